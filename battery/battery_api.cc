@@ -1,0 +1,108 @@
+#include <android/log.h>
+
+#include <cerrno>
+
+#include "battery/battery_info.h"
+#include "quorvel.h"
+
+namespace {
+
+using norvik::qel::audio::BatteryInfo;
+
+constexpr char kLogTag[] = "audio_hw_battery_api";
+
+int Get(void* handle, int (BatteryInfo::*getter)(bool), bool use_cached) {
+  if (handle == nullptr) return -EINVAL;
+  return (static_cast<BatteryInfo*>(handle)->*getter)(use_cached);
+}
+
+int Register(void* handle, BatteryInfo::PropertyType type, BatteryInfoCallback callback,
+             void* cookie) {
+  if (handle == nullptr || callback == nullptr) return -EINVAL;
+  return static_cast<BatteryInfo*>(handle)->RegisterInfoCallback(type, callback, cookie);
+}
+
+int Deregister(void* handle, BatteryInfo::PropertyType type, BatteryInfoCallback callback) {
+  if (handle == nullptr || callback == nullptr) return -EINVAL;
+  return static_cast<BatteryInfo*>(handle)->DeregisterInfoCallback(type, callback);
+}
+
+}  // namespace
+
+extern "C" {
+
+void InitBatteryInfo(void** handle_out) {
+  if (handle_out == nullptr) return;
+  auto* battery_info = new BatteryInfo;
+  if (battery_info->Initialize()) {
+    *handle_out = battery_info;
+    return;
+  }
+  battery_info->Deinitialize();
+  delete battery_info;
+  *handle_out = nullptr;
+  __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: unable to initialize BatteryInfo.", __func__);
+}
+
+void DeinitBatteryInfo(void** handle_inout) {
+  if (handle_inout == nullptr || *handle_inout == nullptr) return;
+  auto* battery_info = static_cast<BatteryInfo*>(*handle_inout);
+  battery_info->Deinitialize();
+  delete battery_info;
+  *handle_inout = nullptr;
+}
+
+void DumpBatteryInfo(void* handle, int fd) {
+  if (handle != nullptr) static_cast<BatteryInfo*>(handle)->Dump(fd);
+}
+
+int GetBatteryLevel(void* handle, bool use_cached) {
+  return Get(handle, &BatteryInfo::GetBatteryLevel, use_cached);
+}
+
+int GetBatteryCycleCount(void* handle, bool use_cached) {
+  return Get(handle, &BatteryInfo::GetBatteryCycleCount, use_cached);
+}
+
+int GetWirelessChargerIsOnline(void* handle, bool use_cached) {
+  return Get(handle, &BatteryInfo::GetWirelessChargerIsOnline, use_cached);
+}
+
+int GetDockChargerIsOnline(void* handle, bool use_cached) {
+  return Get(handle, &BatteryInfo::GetDockChargerIsOnline, use_cached);
+}
+
+int RegisterBatteryLevelCallback(void* handle, BatteryInfoCallback callback, void* cookie) {
+  return Register(handle, BatteryInfo::kBatteryLevel, callback, cookie);
+}
+
+int DeregisterBatteryLevelCallback(void* handle, BatteryInfoCallback callback) {
+  return Deregister(handle, BatteryInfo::kBatteryLevel, callback);
+}
+
+int RegisterBatteryCycleCountCallback(void* handle, BatteryInfoCallback callback, void* cookie) {
+  return Register(handle, BatteryInfo::kBatteryCycleCount, callback, cookie);
+}
+
+int DeregisterBatteryCycleCountCallback(void* handle, BatteryInfoCallback callback) {
+  return Deregister(handle, BatteryInfo::kBatteryCycleCount, callback);
+}
+
+int RegisterWirelessChargerIsOnlineCallback(void* handle, BatteryInfoCallback callback,
+                                            void* cookie) {
+  return Register(handle, BatteryInfo::kWirelessChargerIsOnline, callback, cookie);
+}
+
+int DeregisterWirelessChargerIsOnlineCallback(void* handle, BatteryInfoCallback callback) {
+  return Deregister(handle, BatteryInfo::kWirelessChargerIsOnline, callback);
+}
+
+int RegisterDockChargerIsOnlineCallback(void* handle, BatteryInfoCallback callback, void* cookie) {
+  return Register(handle, BatteryInfo::kDockChargerIsOnline, callback, cookie);
+}
+
+int DeregisterDockChargerIsOnlineCallback(void* handle, BatteryInfoCallback callback) {
+  return Deregister(handle, BatteryInfo::kDockChargerIsOnline, callback);
+}
+
+}  // extern "C"

@@ -1,0 +1,347 @@
+#include "battery/battery_info.h"
+
+#include <android/binder_ibinder.h>
+#include <android/binder_manager.h>
+#include <android/log.h>
+#include <stdio.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <string>
+#include <utility>
+
+#include "common/live_objects.h"
+
+namespace norvik::qel::audio {
+
+namespace {
+
+using aidl::android::hardware::health::HealthInfo;
+using aidl::android::hardware::health::IHealth;
+
+constexpr char kLogTag[] = "audio_hw_battery";
+
+constexpr int32_t kNoValue = -1;
+
+constexpr std::array kPropertyNames = {
+    "Battery Level",
+    "Battery Cycle Count",
+    "Wireless Charger Is Online",
+    "Dock Charger Is Online",
+};
+
+const char* PropertyName(BatteryInfo::PropertyType type) {
+  const auto index = static_cast<size_t>(type);
+  return index < kPropertyNames.size() ? kPropertyNames[index] : "";
+}
+
+// Whether the service's death answered a call. The getter must not be asked of a null status.
+bool IsDeadObject(const ndk::ScopedAStatus& status) {
+  return status.get() != nullptr && status.getStatus() == STATUS_DEAD_OBJECT;
+}
+
+class HealthReconnectedThread : public RepeatedThread {
+ public:
+  explicit HealthReconnectedThread(BatteryInfo* owner)
+      : RepeatedThread("battery_reconnect", /*pause_ms=*/200, /*repeat_count=*/10), owner_(owner) {}
+
+ private:
+  bool ClientAction() override { return owner_->ReconnectToHealthService(); }
+
+  BatteryInfo* const owner_;
+};
+
+class HealthCallbackThread : public RepeatedThread {
+ public:
+  explicit HealthCallbackThread(BatteryInfo* owner)
+      : RepeatedThread("battery_callback", /*pause_ms=*/0, /*repeat_count=*/0), owner_(owner) {}
+
+ private:
+  bool ClientAction() override { return owner_->CallbackToClients(); }
+
+  BatteryInfo* const owner_;
+};
+
+}  // namespace
+
+BatteryInfo::BatteryInfo() {
+  for (auto& value : values_) value.store(kNoValue, std::memory_order_relaxed);
+}
+
+BatteryInfo::~BatteryInfo() = default;
+
+bool BatteryInfo::Initialize() {
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    health_callback_ = ndk::SharedRefBase::make<AudioHealthInfoCallback>();
+    if (health_callback_ == nullptr) return false;
+    reconnect_thread_ = std::make_unique<HealthReconnectedThread>(this);
+    reconnect_thread_->Initialize();
+    callback_thread_ = std::make_unique<HealthCallbackThread>(this);
+    callback_thread_->Initialize();
+    death_recipient_.set(AIBinder_DeathRecipient_new(HealthBinderDied));
+    // The cookie is not owned, so there is nothing to do when a link ends; but without this the
+    // platform writes a warning at every link.
+    AIBinder_DeathRecipient_setOnUnlinked(death_recipient_.get(), [](void* /*cookie*/) {});
+  }
+  LiveObjects<BatteryInfo>::Shared().Add(this);
+  health_callback_->SetBatteryInfo(this);
+  return true;
+}
+
+void BatteryInfo::Deinitialize() {
+  // With no lock held: the workers' actions take lock_.
+  if (reconnect_thread_ != nullptr) reconnect_thread_->Deinitialize();
+  if (callback_thread_ != nullptr) callback_thread_->Deinitialize();
+  if (health_callback_ != nullptr) health_callback_->SetBatteryInfo(nullptr);
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    UnlinkToHealthService();
+  }
+  death_recipient_.set(nullptr);
+  // A notice may still be running, or about to: neither unlinking nor deleting waits for it.
+  LiveObjects<BatteryInfo>::Shared().Remove(this);
+}
+
+int BatteryInfo::RegisterInfoCallback(PropertyType type, BatteryInfoCallback callback,
+                                      void* cookie) {
+  if (callback == nullptr) return -EINVAL;
+  std::lock_guard<std::mutex> lock(lock_);
+  std::vector<ClientInfo>& clients = clients_[type];
+  const bool registered =
+      std::any_of(clients.begin(), clients.end(),
+                  [&](const ClientInfo& client) { return client.callback == callback; });
+  if (registered) return -EINVAL;
+
+  const bool first_client = !HasClients();
+  clients.push_back({.callback = callback, .cookie = cookie});
+  client_counts_[type].fetch_add(1, std::memory_order_relaxed);
+  if (first_client) {
+    // The service reports its data when the link is made: that is how this client gets a value.
+    LinkToHealthService();
+    if (!linked_) {
+      __android_log_print(ANDROID_LOG_WARN, kLogTag,
+                          "%s: health service isn't ready. start to restore callback.", __func__);
+      reconnect_thread_->Start();
+    }
+  } else if (values_[type] != kNoValue) {
+    pending_callback_[type] = true;
+    callback_thread_->Start();
+  } else {
+    __android_log_print(ANDROID_LOG_DEBUG, kLogTag,
+                        "%s: %s will updated while getting valid value from health service.",
+                        __func__, PropertyName(type));
+  }
+  return 0;
+}
+
+int BatteryInfo::DeregisterInfoCallback(PropertyType type, BatteryInfoCallback callback) {
+  if (callback == nullptr) return -EINVAL;
+  std::lock_guard<std::mutex> lock(lock_);
+  std::vector<ClientInfo>& clients = clients_[type];
+  const auto client =
+      std::find_if(clients.begin(), clients.end(),
+                   [&](const ClientInfo& candidate) { return candidate.callback == callback; });
+  if (client == clients.end()) return -EINVAL;
+  clients.erase(client);
+  client_counts_[type].fetch_sub(1, std::memory_order_relaxed);
+  if (!HasClients()) UnlinkToHealthService();
+  return 0;
+}
+
+int BatteryInfo::GetBatteryLevel(bool use_cached) {
+  return GetProperty(kBatteryLevel, use_cached);
+}
+
+int BatteryInfo::GetBatteryCycleCount(bool use_cached) {
+  return GetProperty(kBatteryCycleCount, use_cached);
+}
+
+int BatteryInfo::GetWirelessChargerIsOnline(bool use_cached) {
+  return GetProperty(kWirelessChargerIsOnline, use_cached);
+}
+
+int BatteryInfo::GetDockChargerIsOnline(bool use_cached) {
+  return GetProperty(kDockChargerIsOnline, use_cached);
+}
+
+int BatteryInfo::GetProperty(PropertyType type, bool use_cached) {
+  if (!use_cached && !GetInfoFromHealthService()) return -EAGAIN;
+  return UnlockedValue(type);
+}
+
+void BatteryInfo::Dump(int fd) const {
+  dprintf(fd, "BatteryInfo:\n");
+  dprintf(fd, "  linked to services = %s\n", linked_.load(std::memory_order_relaxed) ? "T" : "F");
+  for (size_t i = 0; i < kPropertyCount; ++i) {
+    const auto type = static_cast<PropertyType>(i);
+    dprintf(fd, "  %s = %d (clients:%d)\n", PropertyName(type), UnlockedValue(type),
+            client_counts_[i].load(std::memory_order_relaxed));
+  }
+}
+
+bool BatteryInfo::GetInfoFromHealthService() {
+  std::lock_guard<std::mutex> lock(lock_);
+  if (!IsHealthServiceReady()) return false;
+  HealthInfo info;
+  const ndk::ScopedAStatus status = health_service_->getHealthInfo(&info);
+  if (!status.isOk()) {
+    __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: Unable to get healthInfo", __func__);
+    if (IsDeadObject(status)) ForgetUnlinkedService();
+    return false;
+  }
+  // Whoever asks is not a reason to call the clients: they hear of a change at the next dispatch.
+  static_cast<void>(UpdateBatteryProperties(info));
+  return true;
+}
+
+void BatteryInfo::UpdateHealthInfo(const HealthInfo& info) {
+  std::lock_guard<std::mutex> lock(lock_);
+  if (UpdateBatteryProperties(info)) callback_thread_->Start();
+}
+
+bool BatteryInfo::UpdateBatteryProperties(const HealthInfo& info) {
+  bool changed = UpdateProperty(kBatteryLevel, info.batteryLevel);
+  changed |= UpdateProperty(kBatteryCycleCount, info.batteryCycleCount);
+  // Inverted on purpose: clients receive 0 while the charger is online.
+  changed |= UpdateProperty(kWirelessChargerIsOnline, info.chargerWirelessOnline ? 0 : 1);
+  changed |= UpdateProperty(kDockChargerIsOnline, info.chargerDockOnline ? 0 : 1);
+  return changed;
+}
+
+bool BatteryInfo::UpdateProperty(PropertyType type, int32_t value) {
+  const int32_t old_value = values_[type].load(std::memory_order_relaxed);
+  if (old_value == value) return false;
+  __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s: update %s from %d to %d", __func__,
+                      PropertyName(type), old_value, value);
+  values_[type].store(value, std::memory_order_relaxed);
+  pending_callback_[type] = true;
+  return true;
+}
+
+bool BatteryInfo::CallbackToClients() {
+  struct Dispatch {
+    PropertyType type;
+    int32_t value;
+    std::vector<ClientInfo> clients;
+  };
+  std::array<Dispatch, kPropertyCount> dispatches;
+  size_t count = 0;
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    for (size_t i = 0; i < kPropertyCount; ++i) {
+      if (!std::exchange(pending_callback_[i], false)) continue;
+      dispatches[count++] = {.type = static_cast<PropertyType>(i),
+                             .value = values_[i].load(std::memory_order_relaxed),
+                             .clients = clients_[i]};
+    }
+  }
+  for (size_t i = 0; i < count; ++i) {
+    const Dispatch& dispatch = dispatches[i];
+    for (const ClientInfo& client : dispatch.clients) {
+      __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s: callback data[%s] = %d", __func__,
+                          PropertyName(dispatch.type), dispatch.value);
+      client.callback(dispatch.value, client.cookie);
+    }
+  }
+  return true;
+}
+
+bool BatteryInfo::ReconnectToHealthService() {
+  std::lock_guard<std::mutex> lock(lock_);
+  __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s", __func__);
+  LinkToHealthService();
+  return linked_;
+}
+
+void BatteryInfo::HealthServiceDied() {
+  std::lock_guard<std::mutex> lock(lock_);
+  ForgetHealthService();
+}
+
+void BatteryInfo::HealthBinderDied(void* cookie) {
+  if (cookie == nullptr) return;
+  LiveObjects<BatteryInfo>::Shared().Visit(
+      cookie, [](BatteryInfo& battery_info) { battery_info.HandleDeathNotice(); });
+}
+
+void BatteryInfo::HandleDeathNotice() {
+  std::lock_guard<std::mutex> lock(lock_);
+  // A notice can be late: the service that died may be one that this object has replaced by now,
+  // or one that an earlier object at this address was linked to. Forgetting the present service
+  // then would drop its link and leave this object's callback registered with it twice.
+  if (health_service_ != nullptr && AIBinder_isAlive(health_service_->asBinder().get())) return;
+  ForgetHealthService();
+}
+
+void BatteryInfo::ForgetHealthService() {
+  health_service_.reset();
+  linked_ = false;
+  if (HasClients()) reconnect_thread_->Start();
+}
+
+void BatteryInfo::ForgetUnlinkedService() {
+  // While a link stands the notice is on its way, and dropping the handle would drop it, too.
+  if (!linked_) health_service_.reset();
+}
+
+bool BatteryInfo::HasClients() const {
+  return std::any_of(clients_.begin(), clients_.end(),
+                     [](const auto& clients) { return !clients.empty(); });
+}
+
+bool BatteryInfo::IsHealthServiceReady() {
+  if (health_service_ != nullptr) return true;
+  const std::string instance = std::string(IHealth::descriptor) + "/default";
+  if (!AServiceManager_isDeclared(instance.c_str())) return false;
+  // Waits a few seconds for a service that is declared but not running, which is what is wanted
+  // here: the platform's advice against that is for callers that must not block.
+  const ndk::SpAIBinder binder(AServiceManager_getService(instance.c_str()));
+  health_service_ = IHealth::fromBinder(binder);
+  if (health_service_ == nullptr) {
+    __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: Unable to AIDL health service", __func__);
+    return false;
+  }
+  return true;
+}
+
+void BatteryInfo::LinkToHealthService() {
+  if (!IsHealthServiceReady() || linked_) return;
+  const ndk::ScopedAStatus status = health_service_->registerCallback(health_callback_);
+  if (!status.isOk()) {
+    __android_log_print(ANDROID_LOG_WARN, kLogTag,
+                        "%s: Failed to register callback to health service", __func__);
+    if (IsDeadObject(status)) ForgetUnlinkedService();
+    return;
+  }
+  const binder_status_t link =
+      AIBinder_linkToDeath(health_service_->asBinder().get(), death_recipient_.get(), this);
+  if (link != STATUS_OK) {
+    __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s:Failed to link to health death", __func__);
+    // The link is what counts; a service that is gone has forgotten the callback anyway.
+    static_cast<void>(health_service_->unregisterCallback(health_callback_));
+    if (link == STATUS_DEAD_OBJECT) ForgetUnlinkedService();
+    return;
+  }
+  linked_ = true;
+}
+
+void BatteryInfo::UnlinkToHealthService() {
+  if (!IsHealthServiceReady() || !linked_) return;
+  const ndk::ScopedAStatus status = health_service_->unregisterCallback(health_callback_);
+  if (!status.isOk()) {
+    __android_log_print(ANDROID_LOG_WARN, kLogTag,
+                        "%s: Failed to unregister callback to health service", __func__);
+  }
+  const binder_status_t unlink =
+      AIBinder_unlinkToDeath(health_service_->asBinder().get(), death_recipient_.get(), this);
+  if (unlink != STATUS_OK && unlink != STATUS_DEAD_OBJECT) {
+    __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: Failed to unlink to health death.",
+                        __func__);
+  }
+  linked_ = false;
+  // Whether or not the notice still comes, the next client is to find the service's successor.
+  if (IsDeadObject(status) || unlink == STATUS_DEAD_OBJECT) ForgetUnlinkedService();
+}
+
+}  // namespace norvik::qel::audio

@@ -1,0 +1,16 @@
+# libquorvel.so, from the object libraries of its folders. What Android.bp does on a device.
+add_library(quorvel SHARED)
+add_library(quorvel::quorvel ALIAS quorvel)
+target_link_libraries(quorvel PRIVATE quorvel_common quorvel_battery PUBLIC quorvel_platform)
+target_include_directories(quorvel PUBLIC ${PROJECT_SOURCE_DIR}/include)
+set_target_properties(quorvel PROPERTIES
+  VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
+  LINK_DEPENDS ${PROJECT_SOURCE_DIR}/libquorvel.map.txt)
+target_link_options(quorvel PRIVATE
+  # The exports, and nothing else.
+  LINKER:--version-script=${PROJECT_SOURCE_DIR}/libquorvel.map.txt
+  # The platform may hold callbacks of the library after the last handle is gone: its code stays.
+  LINKER:-z,nodelete)
+if(NOT QUORVEL_SANITIZE)
+  target_link_options(quorvel PRIVATE LINKER:-z,defs)
+endif()

@@ -1,0 +1,128 @@
+#include "common/repeated_thread.h"
+
+#include <android/log.h>
+#include <pthread.h>
+
+#include <chrono>
+
+namespace norvik::qel::audio {
+
+namespace {
+
+constexpr char kLogTag[] = "audio_hw_repeated_thread";
+
+// Linux keeps 15 characters of a thread's name and refuses longer ones.
+void NameThisThread(std::string_view name) {
+  char kept[16] = {};
+  name.copy(kept, sizeof kept - 1);
+  pthread_setname_np(pthread_self(), kept);
+}
+
+}  // namespace
+
+RepeatedThread::RepeatedThread(std::string_view name, uint32_t pause_ms, uint32_t repeat_count)
+    : name_(name), pause_ms_(pause_ms), repeat_count_(repeat_count) {}
+
+RepeatedThread::~RepeatedThread() = default;
+
+void RepeatedThread::Initialize() {
+  thread_ = std::thread(&RepeatedThread::ThreadLoop, this);
+}
+
+void RepeatedThread::Start() {
+  std::lock_guard<std::mutex> lock(lock_);
+  if (exit_requested_) return;
+  if (state_ != TriggerState::kTriggered) {
+    state_ = TriggerState::kTriggered;
+    cv_.notify_one();
+    return;
+  }
+  // Not notified: a thread in its pause finishes the pause first.
+  if (run_again_) {
+    __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s[%s]: run again is already ready.", "Start",
+                        name_.data());
+    return;
+  }
+  run_again_ = true;
+  __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s[%s]: trigger run again.", "Start",
+                      name_.data());
+}
+
+void RepeatedThread::ThreadLoop() {
+  NameThisThread(name_);
+  std::unique_lock<std::mutex> lock(lock_);
+  AssertHeld(lock_);
+  if (exit_requested_) return;  // Deinitialize() came before the thread got going.
+  running_ = true;
+  uint32_t count = 0;
+  while (running_) {
+    if (state_ == TriggerState::kIdle) {
+      cv_.wait(lock);
+      continue;
+    }
+    lock.unlock();
+    const bool done = ClientAction();
+    lock.lock();
+    if (!running_) return;
+    if (done) {
+      FinishSuccess();
+      count = 0;
+      continue;
+    }
+    ++count;
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(pause_ms_);
+    if (cv_.wait_until(lock, deadline, [this]() REQUIRES(lock_) { return !running_; })) {
+      __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s[%s]: thread existed after sleep!",
+                          "ThreadLoop", name_.data());
+      return;
+    }
+    FinishFailure(count);
+  }
+}
+
+void RepeatedThread::FinishSuccess() {
+  if (!run_again_) {
+    state_ = TriggerState::kIdle;
+    return;
+  }
+  run_again_ = false;
+  __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s[%s]: action run again!", "ThreadLoop",
+                      name_.data());
+}
+
+void RepeatedThread::FinishFailure(uint32_t& count) {
+  const bool run_again = run_again_;
+  run_again_ = false;
+  if (count < repeat_count_) {
+    if (!run_again) return;
+    __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s[%s]: action run again at repeated %d !",
+                        "ThreadLoop", name_.data(), count);
+    return;
+  }
+  if (!run_again) {
+    // Given up until the next request.
+    count = 0;
+    state_ = TriggerState::kIdle;
+    return;
+  }
+  // `count` stays: the further run gets no retries of its own.
+  __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s[%s]: action run again at last count(%d:%d)!",
+                      "ThreadLoop", name_.data(), count, repeat_count_);
+}
+
+void RepeatedThread::Deinitialize() {
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    if (!running_) {
+      __android_log_print(ANDROID_LOG_WARN, kLogTag,
+                          "%s[%s]: Thread wasn't started, force to end the thread.", "Deinitialize",
+                          name_.data());
+    }
+    exit_requested_ = true;
+    running_ = false;
+    cv_.notify_one();
+  }
+  if (thread_.joinable()) thread_.join();
+}
+
+}  // namespace norvik::qel::audio

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+#include <string_view>
+#include <thread>
+
+#include "common/thread_annotations.h"
+
+namespace norvik::qel::audio {
+
+// Runs one action on a thread of its own each time somebody asks for it. Requests that come during
+// a run, or during the pause after a failed one, fold into one further run. An action that returns
+// false is run again after a pause, max(repeat count, 1) times in all for one request.
+//
+// Threads: Start() from any thread, another worker's action and the own one included. Initialize()
+// and Deinitialize() once each, by the owner. Deinitialize() joins: never from the action, and
+// never with a lock held that the action takes. It has to come before the destructor, which ends
+// the process when the thread is still there.
+// Locks: lock_ is the innermost lock of the library; an owner may hold its own around Start().
+// It is free while the action runs.
+// Costs: one thread; no allocation after Initialize(); an idle thread sleeps without a time-out.
+class RepeatedThread {
+ public:
+  // `name` must be a literal: it is kept, not copied. The thread carries its first 15 characters.
+  RepeatedThread(std::string_view name, uint32_t pause_ms, uint32_t repeat_count);
+  virtual ~RepeatedThread();
+  RepeatedThread(const RepeatedThread&) = delete;
+  RepeatedThread& operator=(const RepeatedThread&) = delete;
+
+  // Makes the thread. std::system_error reaches the caller when the system has none to give.
+  void Initialize();
+
+  // Asks for one run and returns at once. Nothing happens after Deinitialize().
+  void Start() EXCLUDES(lock_);
+
+  // Cuts a pause short, waits for a run that is under way, and joins the thread.
+  void Deinitialize() EXCLUDES(lock_);
+
+  // The body of the thread: for Initialize() only.
+  void ThreadLoop() EXCLUDES(lock_);
+
+ private:
+  enum class TriggerState : int32_t {
+    kIdle = 0,       // waits for a request
+    kTriggered = 1,  // a run is asked for or under way, the pauses between runs included
+  };
+
+  // The job, called without lock_. False: run it again after the pause.
+  virtual bool ClientAction() = 0;
+
+  // What follows a run, and the pause after a failed one; `count` is how many have failed.
+  void FinishSuccess() REQUIRES(lock_);
+  void FinishFailure(uint32_t& count) REQUIRES(lock_);
+
+  bool exit_requested_ GUARDED_BY(lock_) = false;
+  bool running_ GUARDED_BY(lock_) = false;    // the thread is inside its loop
+  bool run_again_ GUARDED_BY(lock_) = false;  // a request came during a run; one is remembered
+  const std::string_view name_;
+  TriggerState state_ GUARDED_BY(lock_) = TriggerState::kIdle;
+  std::thread thread_;  // touched by the owner only
+  std::mutex lock_;
+  std::condition_variable cv_;
+  const uint32_t pause_ms_;
+  const uint32_t repeat_count_;
+};
+
+}  // namespace norvik::qel::audio

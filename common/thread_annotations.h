@@ -1,0 +1,28 @@
+// Names for clang's thread-safety analysis; nothing for other compilers. The analysis runs in the
+// clang + libc++ build, whose std::mutex and std::lock_guard carry the attributes it needs.
+#pragma once
+
+#include <mutex>
+
+#if defined(__clang__)
+#define QUORVEL_THREAD_ANNOTATION(x) __attribute__((x))
+#else
+#define QUORVEL_THREAD_ANNOTATION(x)
+#endif
+
+// The member is read and written with the lock held.
+#define GUARDED_BY(lock) QUORVEL_THREAD_ANNOTATION(guarded_by(lock))
+// The caller holds the lock.
+#define REQUIRES(...) QUORVEL_THREAD_ANNOTATION(requires_capability(__VA_ARGS__))
+// The function takes the lock itself: the caller must not hold it.
+#define EXCLUDES(...) QUORVEL_THREAD_ANNOTATION(locks_excluded(__VA_ARGS__))
+
+namespace norvik::qel::audio {
+
+// std::unique_lock, which a wait needs, is not annotated: one call of this tells the analysis that
+// the lock is held from here on.
+inline void AssertHeld(std::mutex& lock) QUORVEL_THREAD_ANNOTATION(assert_capability(lock)) {
+  static_cast<void>(lock);
+}
+
+}  // namespace norvik::qel::audio

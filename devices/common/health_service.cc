@@ -1,0 +1,190 @@
+#include "devices/common/health_service.h"
+
+#include <stdio.h>
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+#include <utility>
+
+namespace norvik::qel::devices {
+
+using aidl::android::hardware::health::BatteryChargingPolicy;
+using aidl::android::hardware::health::BatteryHealthData;
+using aidl::android::hardware::health::BatteryStatus;
+using aidl::android::hardware::health::DiskStats;
+using aidl::android::hardware::health::IHealthInfoCallback;
+using aidl::android::hardware::health::StorageInfo;
+
+std::string_view HealthOperationName(HealthOperation operation) {
+  static constexpr std::array<std::string_view, static_cast<size_t>(HealthOperation::kCount)>
+      kNames = {"registerCallback",    "unregisterCallback",     "update",
+                "getChargeCounterUah", "getCurrentNowMicroamps", "getCurrentAverageMicroamps",
+                "getCapacity",         "getEnergyCounterNwh",    "getChargeStatus",
+                "getStorageInfo",      "getDiskStats",           "getHealthInfo",
+                "setChargingPolicy",   "getChargingPolicy",      "getBatteryHealthData"};
+  return kNames.at(static_cast<size_t>(operation));
+}
+
+HealthService::HealthService(HealthInfo info, DeviceObserver observer)
+    : observer_(std::move(observer)), info_(std::move(info)) {}
+
+void HealthService::Report(const HealthInfo& info) {
+  std::lock_guard<std::mutex> lock(lock_);
+  info_ = info;
+  for (const auto& callback : callbacks_) {
+    // One-way: it fails only when the receiver's process is gone, which is its own affair.
+    static_cast<void>(callback->healthInfoChanged(info_));
+  }
+}
+
+HealthService::HealthInfo HealthService::info() const {
+  std::lock_guard<std::mutex> lock(lock_);
+  return info_;
+}
+
+size_t HealthService::callback_count() const {
+  std::lock_guard<std::mutex> lock(lock_);
+  return callbacks_.size();
+}
+
+ndk::ScopedAStatus HealthService::registerCallback(
+    const std::shared_ptr<IHealthInfoCallback>& callback) {
+  ndk::ScopedAStatus permitted = Ask(HealthOperation::kRegisterCallback);
+  if (!permitted.isOk()) return permitted;
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    callbacks_.push_back(callback);
+    static_cast<void>(callback->healthInfoChanged(info_));  // as in Report()
+  }
+  Tell(DeviceEvent::Kind::kRegistered);
+  return ndk::ScopedAStatus::ok();
+}
+
+ndk::ScopedAStatus HealthService::unregisterCallback(
+    const std::shared_ptr<IHealthInfoCallback>& callback) {
+  ndk::ScopedAStatus permitted = Ask(HealthOperation::kUnregisterCallback);
+  if (!permitted.isOk()) return permitted;
+  std::vector<std::shared_ptr<IHealthInfoCallback>> removed;  // released without the lock
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    const ndk::SpAIBinder binder = callback->asBinder();
+    const auto first_removed = std::stable_partition(
+        callbacks_.begin(), callbacks_.end(),
+        [&](const auto& candidate) { return candidate->asBinder() != binder; });
+    removed.assign(std::make_move_iterator(first_removed),
+                   std::make_move_iterator(callbacks_.end()));
+    callbacks_.erase(first_removed, callbacks_.end());
+  }
+  if (removed.empty()) return ndk::ScopedAStatus::fromExceptionCode(EX_ILLEGAL_ARGUMENT);
+  Tell(DeviceEvent::Kind::kUnregistered);
+  return ndk::ScopedAStatus::ok();
+}
+
+ndk::ScopedAStatus HealthService::update() {
+  ndk::ScopedAStatus permitted = Ask(HealthOperation::kUpdate);
+  if (permitted.isOk()) Report(info());
+  return permitted;
+}
+
+ndk::ScopedAStatus HealthService::getChargeCounterUah(int32_t* out) {
+  return Answer(HealthOperation::kGetChargeCounterUah, out,
+                [](const HealthInfo& info) { return info.batteryChargeCounterUah; });
+}
+
+ndk::ScopedAStatus HealthService::getCurrentNowMicroamps(int32_t* out) {
+  return Answer(HealthOperation::kGetCurrentNowMicroamps, out,
+                [](const HealthInfo& info) { return info.batteryCurrentMicroamps; });
+}
+
+ndk::ScopedAStatus HealthService::getCurrentAverageMicroamps(int32_t* out) {
+  return Answer(HealthOperation::kGetCurrentAverageMicroamps, out,
+                [](const HealthInfo& info) { return info.batteryCurrentAverageMicroamps; });
+}
+
+ndk::ScopedAStatus HealthService::getCapacity(int32_t* out) {
+  return Answer(HealthOperation::kGetCapacity, out,
+                [](const HealthInfo& info) { return info.batteryLevel; });
+}
+
+ndk::ScopedAStatus HealthService::getEnergyCounterNwh(int64_t* /*out*/) {
+  ndk::ScopedAStatus permitted = Ask(HealthOperation::kGetEnergyCounterNwh);
+  if (!permitted.isOk()) return permitted;
+  return ndk::ScopedAStatus::fromExceptionCode(EX_UNSUPPORTED_OPERATION);  // no such counter here
+}
+
+ndk::ScopedAStatus HealthService::getChargeStatus(BatteryStatus* out) {
+  return Answer(HealthOperation::kGetChargeStatus, out,
+                [](const HealthInfo& info) { return info.batteryStatus; });
+}
+
+ndk::ScopedAStatus HealthService::getStorageInfo(std::vector<StorageInfo>* out) {
+  return Answer(HealthOperation::kGetStorageInfo, out,
+                [](const HealthInfo& info) { return info.storageInfos; });
+}
+
+ndk::ScopedAStatus HealthService::getDiskStats(std::vector<DiskStats>* out) {
+  return Answer(HealthOperation::kGetDiskStats, out,
+                [](const HealthInfo& info) { return info.diskStats; });
+}
+
+ndk::ScopedAStatus HealthService::getHealthInfo(HealthInfo* out) {
+  return Answer(HealthOperation::kGetHealthInfo, out, [](const HealthInfo& info) { return info; });
+}
+
+ndk::ScopedAStatus HealthService::setChargingPolicy(BatteryChargingPolicy policy) {
+  ndk::ScopedAStatus permitted = Ask(HealthOperation::kSetChargingPolicy);
+  if (!permitted.isOk()) return permitted;
+  std::lock_guard<std::mutex> lock(lock_);
+  info_.chargingPolicy = policy;
+  return ndk::ScopedAStatus::ok();
+}
+
+ndk::ScopedAStatus HealthService::getChargingPolicy(BatteryChargingPolicy* out) {
+  return Answer(HealthOperation::kGetChargingPolicy, out,
+                [](const HealthInfo& info) { return info.chargingPolicy; });
+}
+
+ndk::ScopedAStatus HealthService::getBatteryHealthData(BatteryHealthData* out) {
+  ndk::ScopedAStatus permitted = Ask(HealthOperation::kGetBatteryHealthData);
+  if (!permitted.isOk()) return permitted;
+  const HealthInfo current = info();
+  if (!current.batteryHealthData) {
+    return ndk::ScopedAStatus::fromExceptionCode(EX_UNSUPPORTED_OPERATION);
+  }
+  *out = *current.batteryHealthData;
+  return ndk::ScopedAStatus::ok();
+}
+
+binder_status_t HealthService::dump(int fd, const char** /*args*/, uint32_t /*numArgs*/) {
+  dprintf(fd, "callbacks: %zu\n%s\n", callback_count(), info().toString().c_str());
+  return STATUS_OK;
+}
+
+ndk::ScopedAStatus HealthService::Permit(HealthOperation /*operation*/) {
+  return ndk::ScopedAStatus::ok();
+}
+
+ndk::ScopedAStatus HealthService::Ask(HealthOperation operation) {
+  ndk::ScopedAStatus permitted = Permit(operation);
+  if (!permitted.isOk()) {
+    Tell(DeviceEvent::Kind::kRefused,
+         std::string(HealthOperationName(operation)) + ": " + permitted.getDescription());
+  }
+  return permitted;
+}
+
+template <typename T, typename Read>
+ndk::ScopedAStatus HealthService::Answer(HealthOperation operation, T* out, Read read) {
+  ndk::ScopedAStatus permitted = Ask(operation);
+  if (permitted.isOk()) *out = read(info());
+  return permitted;
+}
+
+void HealthService::Tell(DeviceEvent::Kind kind, std::string detail) const {
+  if (observer_ != nullptr) {
+    observer_({.kind = kind, .service = "health", .detail = std::move(detail)});
+  }
+}
+
+}  // namespace norvik::qel::devices

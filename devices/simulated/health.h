@@ -1,0 +1,67 @@
+// The simulated phone's battery and its health service, under remote control.
+#pragma once
+
+#include <array>
+#include <functional>
+#include <memory>
+#include <mutex>
+
+#include "devices/common/device_event.h"
+#include "devices/common/health_service.h"
+#include "standin/script.h"
+#include "standin/service_process.h"
+
+namespace norvik::qel::simulated {
+
+// The battery's state, the scripts and the call counts belong to the phone: they outlive the
+// service, which can die and come back.
+//
+// Threads: any.
+class Health {
+ public:
+  using HealthInfo = aidl::android::hardware::health::HealthInfo;
+
+  // Declares the instance; the service does not run yet. The battery is at 50 percent and has 10
+  // cycles; no charger is online.
+  explicit Health(devices::DeviceObserver observer = nullptr);
+  // Kills the service and takes the declaration back.
+  ~Health();
+  Health(const Health&) = delete;
+  Health& operator=(const Health&) = delete;
+
+  void Declare();
+  void Undeclare();
+
+  // A new process with a new service under the old name. Kills the one that runs, if any.
+  void Start();
+  void Kill();
+
+  // Changes the state; a running service reports it.
+  void Change(const std::function<void(HealthInfo&)>& change);
+  void SetLevel(int percent);
+  void SetCycleCount(int cycles);
+  void SetWirelessOnline(bool online);
+  void SetDockOnline(bool online);
+  HealthInfo info() const;
+
+  // How many callbacks the running service holds; 0 while none runs.
+  size_t callback_count() const;
+
+  // What the next calls of an operation do, and how often it has been called.
+  standin::Script& on(devices::HealthOperation operation);
+
+ private:
+  class Service;
+  using Scripts =
+      std::array<standin::Script, static_cast<size_t>(devices::HealthOperation::kCount)>;
+
+  const devices::DeviceObserver observer_;
+  // Shared with the service, whose threads may still be inside a call when the phone goes away.
+  const std::shared_ptr<Scripts> scripts_ = std::make_shared<Scripts>();
+  mutable std::mutex lock_;  // held while the state changes and is reported, so that both agree
+  HealthInfo info_;
+  std::unique_ptr<standin::ServiceProcess> process_;
+  std::shared_ptr<Service> service_;
+};
+
+}  // namespace norvik::qel::simulated

@@ -1,0 +1,197 @@
+/**
+ * @file quorvel.h
+ * What an audio stack needs to know of the device it runs on, as plain C functions.
+ *
+ * C11 and C++. Include nothing else.
+ *
+ * Handles. Each family has an object behind an opaque handle: Init...() makes it, every other
+ * function of the family takes it, Deinit...() destroys it. Any number of handles may exist side
+ * by side; each has its own threads and its own link to the platform's service.
+ *
+ * Results. 0, or a negated errno number; each function lists its own. A NULL handle is refused
+ * with -EINVAL, or ignored by functions without a result.
+ *
+ * Threads. Functions may be called from any thread, several at a time, from inside callbacks too,
+ * with one exception: Deinit...() must not run beside any other call on the same handle and must
+ * not be called from a callback of that handle (it waits for callbacks to end).
+ *
+ * Callbacks run on a worker thread of the library, one at a time per handle and family, with no
+ * lock of the library held. A callback that takes long delays other clients of its handle, nobody
+ * else. No function calls back on its caller's thread.
+ *
+ * Process. The platform delivers through its binder threads, which the program has to have
+ * started (ABinderProcess_startThreadPool() and the like): without them no value and no death of
+ * a service is ever heard of. The library stays mapped when it is unloaded with dlclose(), since
+ * the platform may still hold objects of it.
+ */
+#ifndef QUORVEL_H
+#define QUORVEL_H
+
+#include <stdbool.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/**
+ * @defgroup battery Battery and chargers
+ *
+ * Four properties, taken from the platform's health service (AIDL health, instance "default"):
+ *
+ * | property                | value                                                         |
+ * |-------------------------|---------------------------------------------------------------|
+ * | battery level           | percent, 0 to 100 as the service reports it                   |
+ * | battery cycle count     | full charge cycles so far                                     |
+ * | wireless charger online | **0 while it is online, 1 while it is not**                   |
+ * | dock charger online     | **0 while it is online, 1 while it is not**                   |
+ *
+ * Each is -1 until the first report has arrived. Values are passed on as reported, not checked.
+ *
+ * The link to the service. The first client of any property makes the link, the last one to leave
+ * ends it. A new link brings a report at once, so clients hear the first values without asking.
+ *
+ * When the service dies, values stay as they are and the library links again in the background:
+ * ten attempts, 200 ms apart. (An attempt takes up to five seconds longer while the device
+ * declares a service that does not run, because the platform's look-up waits for it.) The same
+ * happens when the first client finds no service. When the link is back the service reports, and
+ * clients hear whatever has changed.
+ *
+ * When all ten attempts have failed the library gives up: the clients stay registered but hear
+ * nothing, cached values grow old, and registering further clients changes nothing. What brings
+ * the link back is a first client: deregister all clients of all four properties, then register
+ * again (or call BatteryInfo::ReconnectToHealthService(), for C++ callers with that class).
+ * @{
+ */
+
+/**
+ * Tells a client the value of the property it registered for.
+ * @param value   see the table above.
+ * @param cookie  as given at registration.
+ *
+ * Called when the value has changed; once soon after a registration that finds a value known
+ * (and then again for the other clients of the same property); and never with a value that is
+ * not known. Changes that come faster than clients are called fold into one call with the latest
+ * value.
+ */
+typedef void (*BatteryInfoCallback)(int value, void* cookie);
+
+/**
+ * Makes a battery object with its two worker threads. Does not contact the health service.
+ * @param handle_out  receives the handle, or NULL on failure; an earlier value is overwritten, not
+ *                    destroyed. Nothing happens when NULL.
+ *
+ * When the system cannot give a thread, std::system_error reaches the caller, *handle_out is left
+ * alone, and what had been made by then is lost; in a C program that ends the process.
+ */
+void InitBatteryInfo(void** handle_out);
+
+/**
+ * Ends all calls to clients, leaves the health service and destroys the object. Registrations that
+ * are left need not be undone first.
+ * @param handle_inout  the variable with the handle; NULL afterwards. Nothing happens when it is
+ *                      NULL or holds NULL.
+ *
+ * Blocks until a callback under way has returned, and for calls to the health service: a look-up
+ * first (up to five seconds when the device declares a service that does not run), then, while
+ * linked, the call that ends the registration there. Afterwards no client is called any more and
+ * cookies may go.
+ */
+void DeinitBatteryInfo(void** handle_inout);
+
+/**
+ * Writes the link state, the four values and their numbers of clients to a file descriptor, as
+ * text for people. Never waits for the library or the service; what it shows may be of different
+ * moments.
+ * @param handle  a battery handle; nothing is written when NULL.
+ * @param fd      an open descriptor; it stays open.
+ */
+void DumpBatteryInfo(void* handle, int fd);
+
+/**
+ * Reads the battery level.
+ * @param handle      a battery handle.
+ * @param use_cached  true: the last known value, at once, without asking the service. false: asks
+ *                    the service, which may block: for the service's answer, and up to five
+ *                    seconds when the device declares a service that does not run. All four cached
+ *                    values are refreshed; clients hear of a change found this way together with
+ *                    the next change that the service reports.
+ * @return percent; -1 while no value is known; -EAGAIN when the service cannot be asked or fails;
+ *         -EINVAL when `handle` is NULL.
+ */
+int GetBatteryLevel(void* handle, bool use_cached);
+
+/**
+ * Reads the number of charge cycles. Arguments and errors as for GetBatteryLevel().
+ * @return full charge cycles; -1, -EAGAIN or -EINVAL.
+ */
+int GetBatteryCycleCount(void* handle, bool use_cached);
+
+/**
+ * Reads whether a wireless charger is online. Arguments and errors as for GetBatteryLevel().
+ * @return 0 while it is online, 1 while it is not; -1, -EAGAIN or -EINVAL.
+ */
+int GetWirelessChargerIsOnline(void* handle, bool use_cached);
+
+/**
+ * Reads whether a dock charger is online. Arguments and errors as for GetBatteryLevel().
+ * @return 0 while it is online, 1 while it is not; -1, -EAGAIN or -EINVAL.
+ */
+int GetDockChargerIsOnline(void* handle, bool use_cached);
+
+/**
+ * Has `callback` called with the battery level.
+ * @param handle    a battery handle.
+ * @param callback  identifies the registration: one function can be registered once per property,
+ *                  whatever the cookie.
+ * @param cookie    handed back on every call; may be NULL. Keep what it points to until
+ *                  DeinitBatteryInfo() has returned, see DeregisterBatteryLevelCallback().
+ * @return 0, also while the service is away: the client hears once it is back. -EINVAL when
+ *         `handle` or `callback` is NULL, or `callback` is registered for the level already.
+ *
+ * The first client of any property waits for the service's answer to the registration, and up to
+ * five seconds when the device declares a service that does not run.
+ */
+int RegisterBatteryLevelCallback(void* handle, BatteryInfoCallback callback, void* cookie);
+
+/**
+ * Stops calls to `callback` for the battery level.
+ * @return 0; -EINVAL when an argument is NULL or `callback` is not registered for the level.
+ *
+ * A call that is already on its way may still arrive after this returns: cookies have to live
+ * until DeinitBatteryInfo() has returned. The last client of all properties ends the link and
+ * waits for the service's answer.
+ */
+int DeregisterBatteryLevelCallback(void* handle, BatteryInfoCallback callback);
+
+/** Has `callback` called with the cycle count; otherwise as RegisterBatteryLevelCallback(). */
+int RegisterBatteryCycleCountCallback(void* handle, BatteryInfoCallback callback, void* cookie);
+
+/** The reverse; as DeregisterBatteryLevelCallback(). */
+int DeregisterBatteryCycleCountCallback(void* handle, BatteryInfoCallback callback);
+
+/**
+ * Has `callback` called with 0 when a wireless charger comes online and 1 when it leaves;
+ * otherwise as RegisterBatteryLevelCallback().
+ */
+int RegisterWirelessChargerIsOnlineCallback(void* handle, BatteryInfoCallback callback,
+                                            void* cookie);
+
+/** The reverse; as DeregisterBatteryLevelCallback(). */
+int DeregisterWirelessChargerIsOnlineCallback(void* handle, BatteryInfoCallback callback);
+
+/**
+ * Has `callback` called with 0 when a dock charger comes online and 1 when it leaves; otherwise as
+ * RegisterBatteryLevelCallback().
+ */
+int RegisterDockChargerIsOnlineCallback(void* handle, BatteryInfoCallback callback, void* cookie);
+
+/** The reverse; as DeregisterBatteryLevelCallback(). */
+int DeregisterDockChargerIsOnlineCallback(void* handle, BatteryInfoCallback callback);
+
+/** @} */
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* QUORVEL_H */

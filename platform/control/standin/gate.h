@@ -1,0 +1,40 @@
+// A door at which a thread can be kept until somebody lets it go on.
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+
+namespace norvik::qel::standin {
+
+// Threads: any. A gate opens once and stays open.
+class Gate {
+ public:
+  // The side that is kept: returns at once when the gate is open already.
+  void Pass() {
+    std::unique_lock<std::mutex> lock(lock_);
+    ++arrived_;
+    changed_.notify_all();
+    changed_.wait(lock, [this] { return open_; });
+  }
+
+  void Open() {
+    std::lock_guard<std::mutex> lock(lock_);
+    open_ = true;
+    changed_.notify_all();
+  }
+
+  // Waits until `count` threads have come to the gate; false after `limit`.
+  bool WaitForArrivals(int count = 1, std::chrono::milliseconds limit = std::chrono::seconds(10)) {
+    std::unique_lock<std::mutex> lock(lock_);
+    return changed_.wait_for(lock, limit, [&] { return arrived_ >= count; });
+  }
+
+ private:
+  std::mutex lock_;
+  std::condition_variable changed_;
+  int arrived_ = 0;
+  bool open_ = false;
+};
+
+}  // namespace norvik::qel::standin

@@ -1,0 +1,39 @@
+// Another process of the pretended device: what lives in it is remote for everybody else.
+#pragma once
+
+#include <android/binder_interface_utils.h>
+
+#include <memory>
+#include <string>
+
+namespace norvik::qel::standin {
+
+class Process;
+
+// A process that offers services. Calls on them run on its own threads; it holds references to
+// the callbacks it is given until it dies.
+//
+// Threads: any.
+class ServiceProcess {
+ public:
+  explicit ServiceProcess(std::string name);
+  // Kills it if nobody has.
+  ~ServiceProcess();
+  ServiceProcess(const ServiceProcess&) = delete;
+  ServiceProcess& operator=(const ServiceProcess&) = delete;
+
+  // Registers `service` under an instance name, as a service's main() does. False when the process
+  // is dead.
+  bool AddService(const std::shared_ptr<ndk::ICInterface>& service, const std::string& instance);
+
+  // Its end, as sudden as a crash: its names leave the service manager, calls under way fail, its
+  // references are dropped, and everybody who linked to one of its objects gets a notice. Returns
+  // when all that is on its way; notices arrive on the receivers' binder threads.
+  void Kill();
+  bool alive() const;
+
+ private:
+  const std::shared_ptr<Process> process_;
+};
+
+}  // namespace norvik::qel::standin

@@ -1,0 +1,39 @@
+// Stand-in for the generated header of the same path: an enum of the health interface.
+#pragma once
+
+#include <android/binder_enums.h>
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+namespace aidl::android::hardware::health {
+
+enum class BatteryCapacityLevel : int32_t {
+  UNSUPPORTED = -1,
+  UNKNOWN = 0,
+  CRITICAL = 1,
+  LOW = 2,
+  NORMAL = 3,
+  HIGH = 4,
+  FULL = 5,
+};
+
+// The name of the value, or its number when it has none.
+std::string toString(BatteryCapacityLevel value);
+
+}  // namespace aidl::android::hardware::health
+
+namespace ndk::internal {
+template <>
+constexpr inline std::array<aidl::android::hardware::health::BatteryCapacityLevel, 7>
+    enum_values<aidl::android::hardware::health::BatteryCapacityLevel> = {
+        aidl::android::hardware::health::BatteryCapacityLevel::UNSUPPORTED,
+        aidl::android::hardware::health::BatteryCapacityLevel::UNKNOWN,
+        aidl::android::hardware::health::BatteryCapacityLevel::CRITICAL,
+        aidl::android::hardware::health::BatteryCapacityLevel::LOW,
+        aidl::android::hardware::health::BatteryCapacityLevel::NORMAL,
+        aidl::android::hardware::health::BatteryCapacityLevel::HIGH,
+        aidl::android::hardware::health::BatteryCapacityLevel::FULL,
+};
+}  // namespace ndk::internal

@@ -1,0 +1,33 @@
+// Stand-in for the generated header of the same path: an enum of the health interface.
+#pragma once
+
+#include <android/binder_enums.h>
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+namespace aidl::android::hardware::health {
+
+enum class BatteryChargingPolicy : int32_t {
+  INVALID = 0,
+  DEFAULT = 1,
+  LONG_LIFE = 2,
+  ADAPTIVE = 3,
+};
+
+// The name of the value, or its number when it has none.
+std::string toString(BatteryChargingPolicy value);
+
+}  // namespace aidl::android::hardware::health
+
+namespace ndk::internal {
+template <>
+constexpr inline std::array<aidl::android::hardware::health::BatteryChargingPolicy, 4>
+    enum_values<aidl::android::hardware::health::BatteryChargingPolicy> = {
+        aidl::android::hardware::health::BatteryChargingPolicy::INVALID,
+        aidl::android::hardware::health::BatteryChargingPolicy::DEFAULT,
+        aidl::android::hardware::health::BatteryChargingPolicy::LONG_LIFE,
+        aidl::android::hardware::health::BatteryChargingPolicy::ADAPTIVE,
+};
+}  // namespace ndk::internal

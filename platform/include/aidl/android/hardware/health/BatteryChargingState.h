@@ -1,0 +1,37 @@
+// Stand-in for the generated header of the same path: an enum of the health interface.
+#pragma once
+
+#include <android/binder_enums.h>
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+namespace aidl::android::hardware::health {
+
+enum class BatteryChargingState : int32_t {
+  INVALID = 0,
+  NORMAL = 1,
+  TOO_COLD = 2,
+  TOO_HOT = 3,
+  LONG_LIFE = 4,
+  ADAPTIVE = 5,
+};
+
+// The name of the value, or its number when it has none.
+std::string toString(BatteryChargingState value);
+
+}  // namespace aidl::android::hardware::health
+
+namespace ndk::internal {
+template <>
+constexpr inline std::array<aidl::android::hardware::health::BatteryChargingState, 6>
+    enum_values<aidl::android::hardware::health::BatteryChargingState> = {
+        aidl::android::hardware::health::BatteryChargingState::INVALID,
+        aidl::android::hardware::health::BatteryChargingState::NORMAL,
+        aidl::android::hardware::health::BatteryChargingState::TOO_COLD,
+        aidl::android::hardware::health::BatteryChargingState::TOO_HOT,
+        aidl::android::hardware::health::BatteryChargingState::LONG_LIFE,
+        aidl::android::hardware::health::BatteryChargingState::ADAPTIVE,
+};
+}  // namespace ndk::internal

@@ -1,0 +1,45 @@
+// Stand-in for the generated header of the same path: an enum of the health interface.
+#pragma once
+
+#include <android/binder_enums.h>
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+namespace aidl::android::hardware::health {
+
+enum class BatteryHealth : int32_t {
+  UNKNOWN = 1,
+  GOOD = 2,
+  OVERHEAT = 3,
+  DEAD = 4,
+  OVER_VOLTAGE = 5,
+  UNSPECIFIED_FAILURE = 6,
+  COLD = 7,
+  FAIR = 8,
+  NOT_AVAILABLE = 11,
+  INCONSISTENT = 12,
+};
+
+// The name of the value, or its number when it has none.
+std::string toString(BatteryHealth value);
+
+}  // namespace aidl::android::hardware::health
+
+namespace ndk::internal {
+template <>
+constexpr inline std::array<aidl::android::hardware::health::BatteryHealth, 10>
+    enum_values<aidl::android::hardware::health::BatteryHealth> = {
+        aidl::android::hardware::health::BatteryHealth::UNKNOWN,
+        aidl::android::hardware::health::BatteryHealth::GOOD,
+        aidl::android::hardware::health::BatteryHealth::OVERHEAT,
+        aidl::android::hardware::health::BatteryHealth::DEAD,
+        aidl::android::hardware::health::BatteryHealth::OVER_VOLTAGE,
+        aidl::android::hardware::health::BatteryHealth::UNSPECIFIED_FAILURE,
+        aidl::android::hardware::health::BatteryHealth::COLD,
+        aidl::android::hardware::health::BatteryHealth::FAIR,
+        aidl::android::hardware::health::BatteryHealth::NOT_AVAILABLE,
+        aidl::android::hardware::health::BatteryHealth::INCONSISTENT,
+};
+}  // namespace ndk::internal

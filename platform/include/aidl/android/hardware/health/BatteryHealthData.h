@@ -1,0 +1,39 @@
+// Stand-in for the generated header of the same path: a record of the health interface.
+#pragma once
+
+#include <aidl/android/hardware/health/BatteryPartStatus.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <tuple>
+
+namespace aidl::android::hardware::health {
+
+class BatteryHealthData {
+ public:
+  static const char* descriptor;
+  int64_t batteryManufacturingDateSeconds = 0;
+  int64_t batteryFirstUsageSeconds = 0;
+  int64_t batteryStateOfHealth = 0;
+  std::optional<std::string> batterySerialNumber = {};
+  BatteryPartStatus batteryPartStatus = BatteryPartStatus::UNSUPPORTED;
+
+  std::string toString() const;
+
+ private:
+  auto Tie() const {
+    return std::tie(batteryManufacturingDateSeconds, batteryFirstUsageSeconds, batteryStateOfHealth,
+                    batterySerialNumber, batteryPartStatus);
+  }
+
+ public:
+  bool operator!=(const BatteryHealthData& other) const { return Tie() != other.Tie(); }
+  bool operator<(const BatteryHealthData& other) const { return Tie() < other.Tie(); }
+  bool operator<=(const BatteryHealthData& other) const { return Tie() <= other.Tie(); }
+  bool operator==(const BatteryHealthData& other) const { return Tie() == other.Tie(); }
+  bool operator>(const BatteryHealthData& other) const { return Tie() > other.Tie(); }
+  bool operator>=(const BatteryHealthData& other) const { return Tie() >= other.Tie(); }
+};
+
+}  // namespace aidl::android::hardware::health

@@ -1,0 +1,31 @@
+// Stand-in for the generated header of the same path: an enum of the health interface.
+#pragma once
+
+#include <android/binder_enums.h>
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+namespace aidl::android::hardware::health {
+
+enum class BatteryPartStatus : int32_t {
+  UNSUPPORTED = 0,
+  ORIGINAL = 1,
+  REPLACED = 2,
+};
+
+// The name of the value, or its number when it has none.
+std::string toString(BatteryPartStatus value);
+
+}  // namespace aidl::android::hardware::health
+
+namespace ndk::internal {
+template <>
+constexpr inline std::array<aidl::android::hardware::health::BatteryPartStatus, 3>
+    enum_values<aidl::android::hardware::health::BatteryPartStatus> = {
+        aidl::android::hardware::health::BatteryPartStatus::UNSUPPORTED,
+        aidl::android::hardware::health::BatteryPartStatus::ORIGINAL,
+        aidl::android::hardware::health::BatteryPartStatus::REPLACED,
+};
+}  // namespace ndk::internal

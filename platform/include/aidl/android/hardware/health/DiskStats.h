@@ -1,0 +1,42 @@
+// Stand-in for the generated header of the same path: a record of the health interface.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <tuple>
+
+namespace aidl::android::hardware::health {
+
+class DiskStats {
+ public:
+  static const char* descriptor;
+  int64_t reads = 0;
+  int64_t readMerges = 0;
+  int64_t readSectors = 0;
+  int64_t readTicks = 0;
+  int64_t writes = 0;
+  int64_t writeMerges = 0;
+  int64_t writeSectors = 0;
+  int64_t writeTicks = 0;
+  int64_t ioInFlight = 0;
+  int64_t ioTicks = 0;
+  int64_t ioInQueue = 0;
+
+  std::string toString() const;
+
+ private:
+  auto Tie() const {
+    return std::tie(reads, readMerges, readSectors, readTicks, writes, writeMerges, writeSectors,
+                    writeTicks, ioInFlight, ioTicks, ioInQueue);
+  }
+
+ public:
+  bool operator!=(const DiskStats& other) const { return Tie() != other.Tie(); }
+  bool operator<(const DiskStats& other) const { return Tie() < other.Tie(); }
+  bool operator<=(const DiskStats& other) const { return Tie() <= other.Tie(); }
+  bool operator==(const DiskStats& other) const { return Tie() == other.Tie(); }
+  bool operator>(const DiskStats& other) const { return Tie() > other.Tie(); }
+  bool operator>=(const DiskStats& other) const { return Tie() >= other.Tie(); }
+};
+
+}  // namespace aidl::android::hardware::health

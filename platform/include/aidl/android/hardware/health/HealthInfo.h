@@ -1,0 +1,76 @@
+// Stand-in for the generated header of the same path: a record of the health interface.
+#pragma once
+
+#include <aidl/android/hardware/health/BatteryCapacityLevel.h>
+#include <aidl/android/hardware/health/BatteryChargingPolicy.h>
+#include <aidl/android/hardware/health/BatteryChargingState.h>
+#include <aidl/android/hardware/health/BatteryHealth.h>
+#include <aidl/android/hardware/health/BatteryHealthData.h>
+#include <aidl/android/hardware/health/BatteryStatus.h>
+#include <aidl/android/hardware/health/DiskStats.h>
+#include <aidl/android/hardware/health/StorageInfo.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <tuple>
+#include <vector>
+
+namespace aidl::android::hardware::health {
+
+class HealthInfo {
+ public:
+  static const char* descriptor;
+  static constexpr int32_t BATTERY_CHARGE_TIME_TO_FULL_NOW_SECONDS_UNSUPPORTED = -1;
+
+  bool chargerAcOnline = false;
+  bool chargerUsbOnline = false;
+  bool chargerWirelessOnline = false;
+  bool chargerDockOnline = false;
+  int32_t maxChargingCurrentMicroamps = 0;
+  int32_t maxChargingVoltageMicrovolts = 0;
+  BatteryStatus batteryStatus = BatteryStatus(0);
+  BatteryHealth batteryHealth = BatteryHealth(0);
+  bool batteryPresent = false;
+  int32_t batteryLevel = 0;
+  int32_t batteryVoltageMillivolts = 0;
+  int32_t batteryTemperatureTenthsCelsius = 0;
+  int32_t batteryCurrentMicroamps = 0;
+  int32_t batteryCycleCount = 0;
+  int32_t batteryFullChargeUah = 0;
+  int32_t batteryChargeCounterUah = 0;
+  std::string batteryTechnology = {};
+  int32_t batteryCurrentAverageMicroamps = 0;
+  std::vector<DiskStats> diskStats = {};
+  std::vector<StorageInfo> storageInfos = {};
+  BatteryCapacityLevel batteryCapacityLevel = BatteryCapacityLevel(0);
+  int64_t batteryChargeTimeToFullNowSeconds = 0;
+  int32_t batteryFullChargeDesignCapacityUah = 0;
+  BatteryChargingState chargingState = BatteryChargingState(0);
+  BatteryChargingPolicy chargingPolicy = BatteryChargingPolicy(0);
+  std::optional<BatteryHealthData> batteryHealthData = {};
+
+  std::string toString() const;
+
+ private:
+  auto Tie() const {
+    return std::tie(chargerAcOnline, chargerUsbOnline, chargerWirelessOnline, chargerDockOnline,
+                    maxChargingCurrentMicroamps, maxChargingVoltageMicrovolts, batteryStatus,
+                    batteryHealth, batteryPresent, batteryLevel, batteryVoltageMillivolts,
+                    batteryTemperatureTenthsCelsius, batteryCurrentMicroamps, batteryCycleCount,
+                    batteryFullChargeUah, batteryChargeCounterUah, batteryTechnology,
+                    batteryCurrentAverageMicroamps, diskStats, storageInfos, batteryCapacityLevel,
+                    batteryChargeTimeToFullNowSeconds, batteryFullChargeDesignCapacityUah,
+                    chargingState, chargingPolicy, batteryHealthData);
+  }
+
+ public:
+  bool operator!=(const HealthInfo& other) const { return Tie() != other.Tie(); }
+  bool operator<(const HealthInfo& other) const { return Tie() < other.Tie(); }
+  bool operator<=(const HealthInfo& other) const { return Tie() <= other.Tie(); }
+  bool operator==(const HealthInfo& other) const { return Tie() == other.Tie(); }
+  bool operator>(const HealthInfo& other) const { return Tie() > other.Tie(); }
+  bool operator>=(const HealthInfo& other) const { return Tie() >= other.Tie(); }
+};
+
+}  // namespace aidl::android::hardware::health

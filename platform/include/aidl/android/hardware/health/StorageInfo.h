@@ -1,0 +1,32 @@
+// Stand-in for the generated header of the same path: a record of the health interface.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <tuple>
+
+namespace aidl::android::hardware::health {
+
+class StorageInfo {
+ public:
+  static const char* descriptor;
+  int32_t eol = 0;
+  int32_t lifetimeA = 0;
+  int32_t lifetimeB = 0;
+  std::string version = {};
+
+  std::string toString() const;
+
+ private:
+  auto Tie() const { return std::tie(eol, lifetimeA, lifetimeB, version); }
+
+ public:
+  bool operator!=(const StorageInfo& other) const { return Tie() != other.Tie(); }
+  bool operator<(const StorageInfo& other) const { return Tie() < other.Tie(); }
+  bool operator<=(const StorageInfo& other) const { return Tie() <= other.Tie(); }
+  bool operator==(const StorageInfo& other) const { return Tie() == other.Tie(); }
+  bool operator>(const StorageInfo& other) const { return Tie() > other.Tie(); }
+  bool operator>=(const StorageInfo& other) const { return Tie() >= other.Tie(); }
+};
+
+}  // namespace aidl::android::hardware::health

@@ -1,0 +1,119 @@
+// Stand-in for the platform header of the same path: the bases of generated interface code.
+#pragma once
+
+#include <android/binder_auto_utils.h>
+#include <android/binder_ibinder.h>
+
+#include <atomic>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+
+namespace ndk {
+
+// An object that lives in shared_ptrs only: made with make(), found again with ref().
+class SharedRefBase {
+ public:
+  SharedRefBase() = default;
+  SharedRefBase(const SharedRefBase&) = delete;
+  SharedRefBase& operator=(const SharedRefBase&) = delete;
+  // Aborts when no reference was ever made, or when one can still be had.
+  virtual ~SharedRefBase();
+
+  template <class T, class... Args>
+  static std::shared_ptr<T> make(Args&&... args) {
+    T* object = new T(std::forward<Args>(args)...);
+    return object->template ref<T>();
+  }
+
+  std::shared_ptr<SharedRefBase> ref();
+  template <class CHILD>
+  std::shared_ptr<CHILD> ref() {
+    return std::static_pointer_cast<CHILD>(ref());
+  }
+
+  static void operator delete(void* memory) { std::free(memory); }
+
+ private:
+  static void* operator new(size_t size) {
+    void* memory = std::malloc(size);
+    if (memory == nullptr) std::abort();
+    return memory;
+  }
+
+  std::atomic<bool> referenced_{false};  // the first reference has been made
+  std::weak_ptr<SharedRefBase> self_;
+};
+
+// Any interface, local or remote.
+class ICInterface : public SharedRefBase {
+ public:
+  virtual SpAIBinder asBinder() = 0;
+  virtual bool isRemote() = 0;
+  virtual binder_status_t dump(int fd, const char** args, uint32_t numArgs);
+  virtual binder_status_t handleShellCommand(int in, int out, int err, const char** argv,
+                                             uint32_t argc);
+  // The object behind a local binder; null for a remote one.
+  static std::shared_ptr<ICInterface> asInterface(AIBinder* binder);
+};
+
+// The local side of INTERFACE: a service, or a callback that is handed to one.
+template <typename INTERFACE>
+class BnCInterface : public INTERFACE {
+ public:
+  // The first call makes an AIBinder that holds this object. The object holds it weakly only:
+  // when nobody keeps it, the next call makes another one.
+  SpAIBinder asBinder() final {
+    std::lock_guard<std::mutex> lock(lock_);
+    SpAIBinder binder = binder_.promote();
+    if (binder.get() == nullptr) {
+      binder = createBinder();
+      binder_.set(AIBinder_Weak_new(binder.get()));
+    }
+    return binder;
+  }
+  bool isRemote() final { return false; }
+  static std::string makeServiceName(std::string_view instance) {
+    return INTERFACE::descriptor + ("/" + std::string(instance));
+  }
+
+ protected:
+  virtual SpAIBinder createBinder() = 0;
+
+ private:
+  std::mutex lock_;
+  ScopedAIBinder_Weak binder_;
+};
+
+// The remote side of INTERFACE: holds the binder strongly.
+template <typename INTERFACE>
+class BpCInterface : public INTERFACE {
+ public:
+  explicit BpCInterface(const SpAIBinder& binder) : binder_(binder) {}
+  SpAIBinder asBinder() final { return binder_; }
+  bool isRemote() final { return AIBinder_isRemote(binder_.get()); }
+  binder_status_t dump(int fd, const char** args, uint32_t numArgs) override {
+    return AIBinder_dump(binder_.get(), fd, args, numArgs);
+  }
+
+ private:
+  SpAIBinder binder_;
+};
+
+}  // namespace ndk
+
+// Objects of these types are made with SharedRefBase::make() only: a second candidate makes the
+// call ambiguous, which is how the platform refuses the two.
+namespace std {
+template <typename T, typename... Args>
+requires std::is_base_of_v<::ndk::SharedRefBase, T> shared_ptr<T> make_shared(Args&&...)
+= delete;
+template <typename T, typename... Args>
+requires std::is_base_of_v<::ndk::SharedRefBase, T> unique_ptr<T> make_unique(Args&&...)
+= delete;
+}  // namespace std

@@ -1,0 +1,71 @@
+// Stand-in for the platform header of the same path: the log.
+//
+// Messages below the minimum priority are dropped before they are formatted; the others go, cut
+// to 1023 bytes, to one process-wide logger. By default that is standard error, in the layout of
+// `logcat -v threadtime`.
+#pragma once
+
+#include <stdarg.h>
+#include <stdbool.h>
+#include <stddef.h>
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef enum android_LogPriority {
+  ANDROID_LOG_UNKNOWN = 0,
+  ANDROID_LOG_DEFAULT,
+  ANDROID_LOG_VERBOSE,
+  ANDROID_LOG_DEBUG,
+  ANDROID_LOG_INFO,
+  ANDROID_LOG_WARN,
+  ANDROID_LOG_ERROR,
+  ANDROID_LOG_FATAL,
+  ANDROID_LOG_SILENT,
+} android_LogPriority;
+
+// 1 when written, -EPERM when below the loggable level. errno is preserved. A null tag stands
+// for the process's default tag.
+int __android_log_print(int prio, const char* tag, const char* fmt, ...)
+    __attribute__((__format__(printf, 3, 4)));
+int __android_log_vprint(int prio, const char* tag, const char* fmt, va_list ap)
+    __attribute__((__format__(printf, 3, 0)));
+// As above, but the text is taken as it is and not cut.
+int __android_log_write(int prio, const char* tag, const char* text);
+// Logs at FATAL (`cond` when there is no format), calls the aborter and aborts.
+void __android_log_assert(const char* cond, const char* tag, const char* fmt, ...)
+    __attribute__((__noreturn__)) __attribute__((__format__(printf, 3, 4)));
+
+struct __android_log_message {
+  size_t struct_size;
+  int32_t buffer_id;  // 0: main
+  int32_t priority;
+  const char* tag;
+  const char* file;  // null from __android_log_print()
+  uint32_t line;
+  const char* message;  // without a newline at its end
+};
+
+typedef void (*__android_logger_function)(const struct __android_log_message* log_message);
+typedef void (*__android_aborter_function)(const char* abort_message);
+
+// Process-wide. The logger gets every message that passed the level test.
+void __android_log_set_logger(__android_logger_function logger);
+void __android_log_stderr_logger(const struct __android_log_message* log_message);
+// There is no log daemon on a host: the same as the one above.
+void __android_log_logd_logger(const struct __android_log_message* log_message);
+void __android_log_set_aborter(__android_aborter_function aborter);
+void __android_log_call_aborter(const char* abort_message);
+
+// Returns the earlier minimum, ANDROID_LOG_DEFAULT when none was set.
+int32_t __android_log_set_minimum_priority(int32_t priority);
+int32_t __android_log_get_minimum_priority(void);
+void __android_log_set_default_tag(const char* tag);
+// 1 or 0. `default_prio` counts while no minimum is set.
+int __android_log_is_loggable(int prio, const char* tag, int default_prio);
+
+#ifdef __cplusplus
+}
+#endif

@@ -1,0 +1,249 @@
+#include "binder.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include "deliveries.h"
+
+namespace norvik::qel::standin {
+
+namespace {
+
+std::atomic<uint64_t> g_next_id{1};
+
+bool IsHost(const std::shared_ptr<Process>& process) {
+  return process == Process::Host();
+}
+
+void CallUnlinked(const Link& link) {
+  if (link.unlinked != nullptr) link.unlinked(link.cookie);
+}
+
+}  // namespace
+
+ndk::SpAIBinder Anchor::Promote() {
+  std::lock_guard<std::mutex> lock(lock_);
+  if (binder_ == nullptr || !binder_->TryIncStrong()) return {};
+  return ndk::SpAIBinder(binder_);
+}
+
+void Anchor::Clear() {
+  std::lock_guard<std::mutex> lock(lock_);
+  binder_ = nullptr;
+}
+
+LocalBinder::LocalBinder(const AIBinder_Class* clazz, void* args, std::shared_ptr<Process> process)
+    : clazz_(clazz), args_(args), process_(std::move(process)), id_(g_next_id.fetch_add(1)) {}
+
+LocalBinder::~LocalBinder() {
+  clazz_->destroy(args_);
+}
+
+void LocalBinder::PostOneway(std::function<void(ndk::ICInterface&)> call) {
+  if (IsHost(process_)) NoteSent();
+  std::lock_guard<std::mutex> lock(lock_);
+  oneway_.push_back(std::move(call));
+  if (std::exchange(draining_, true)) return;  // the running call sees to this one
+  IncStrong();
+  process_->Post([self = ndk::SpAIBinder(this)] { self.get()->AsLocal()->RunOneOneway(); });
+}
+
+void LocalBinder::RunOneOneway() {
+  std::function<void(ndk::ICInterface&)> call;
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    call = std::move(oneway_.front());
+    oneway_.pop_front();
+  }
+  if (IsHost(process_)) PassDeliveryGate(Delivery::kOneway);
+  call(*object());
+  call = nullptr;
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    draining_ = !oneway_.empty();
+    if (draining_) {
+      // Queued again rather than looped over: other objects' calls get their turn.
+      IncStrong();
+      process_->Post([self = ndk::SpAIBinder(this)] { self.get()->AsLocal()->RunOneOneway(); });
+    }
+  }
+  if (IsHost(process_)) NoteHandled();
+}
+
+bool Link::End() {
+  State linked = State::kLinked;
+  return state.compare_exchange_strong(linked, State::kEnded);
+}
+
+std::shared_ptr<Link> RecipientState::TakeNewest(const AIBinder* who, const void* cookie) {
+  std::lock_guard<std::mutex> guard(lock);
+  const auto found = std::find_if(links.rbegin(), links.rend(), [&](const auto& link) {
+    return link->who == who && link->cookie == cookie;
+  });
+  if (found == links.rend()) return nullptr;
+  std::shared_ptr<Link> link = *found;
+  links.erase(std::next(found).base());
+  return link;
+}
+
+void RecipientState::Remove(const std::shared_ptr<Link>& link) {
+  std::lock_guard<std::mutex> guard(lock);
+  std::erase(links, link);
+}
+
+RemoteBinder::RemoteBinder(LocalBinder* target, std::shared_ptr<Process> holder)
+    : holder_(std::move(holder)), target_process_(target->process()), target_id_(target->id()) {
+  AIBinder_incStrong(target);
+  target_.set(target);
+  target_process_->AddInbound(anchor);
+  holder_->AddOutbound(target_id_, anchor);
+}
+
+RemoteBinder::~RemoteBinder() {
+  holder_->RemoveOutbound(target_id_, anchor);
+  target_process_->RemoveInbound(anchor);
+  for (const auto& link : links_) {
+    if (const auto recipient = link->recipient.lock()) recipient->Remove(link);
+    if (link->End()) CallUnlinked(*link);
+  }
+}
+
+bool RemoteBinder::alive() const {
+  std::lock_guard<std::mutex> lock(lock_);
+  return alive_;
+}
+
+ndk::SpAIBinder RemoteBinder::Target() {
+  std::lock_guard<std::mutex> lock(lock_);
+  if (target_.get() == nullptr) alive_ = false;
+  return target_;
+}
+
+void RemoteBinder::NoteDead() {
+  std::lock_guard<std::mutex> lock(lock_);
+  alive_ = false;
+}
+
+bool RemoteBinder::IsOfClass(const AIBinder_Class* clazz) {
+  const auto matches = [clazz](const AIBinder_Class* other) {
+    return strcmp(clazz->descriptor, other->descriptor) == 0;
+  };
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    if (class_ != nullptr) return matches(class_);
+  }
+  const ndk::SpAIBinder target = Target();
+  if (target.get() == nullptr) return false;
+  const AIBinder_Class* asked = target.get()->AsLocal()->clazz();
+  // A service that asks about a callback gets its answer on the thread that waits for the service,
+  // so there is no thread to wait for here. The host's pool may not even be started.
+  if (!IsHost(target_process_) && !target_process_->RunAndWait([] {})) {
+    NoteDead();
+    return false;
+  }
+  std::lock_guard<std::mutex> lock(lock_);
+  class_ = asked;
+  return matches(asked);
+}
+
+binder_status_t RemoteBinder::Link(const std::shared_ptr<RecipientState>& recipient,
+                                   std::shared_ptr<standin::Link> link) {
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    if (!alive_) return STATUS_DEAD_OBJECT;
+    // A deleted recipient ends its links without coming here.
+    std::erase_if(links_,
+                  [](const auto& old) { return old->state == standin::Link::State::kEnded; });
+    link->who = this;
+    links_.push_back(link);
+    // The notice may come at once, on another thread: it must find the link at the recipient.
+    std::lock_guard<std::mutex> guard(recipient->lock);
+    recipient->links.push_back(std::move(link));
+  }
+  // Dead already, though nobody has noticed yet: the notice follows.
+  if (target_process_->dead()) TargetDied();
+  return STATUS_OK;
+}
+
+binder_status_t RemoteBinder::Unlink(RecipientState& recipient, void* cookie) {
+  const std::shared_ptr<standin::Link> link = recipient.TakeNewest(this, cookie);
+  if (link == nullptr) return STATUS_NAME_NOT_FOUND;
+  bool telling;
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    telling = std::erase(links_, link) == 0;  // taken by TellRecipients()
+  }
+  if (link->End()) CallUnlinked(*link);
+  return telling ? STATUS_DEAD_OBJECT : STATUS_OK;
+}
+
+void RemoteBinder::TargetDied() {
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    PostObituaryLocked();
+  }
+  DropTarget();
+}
+
+void RemoteBinder::HolderDied() {
+  NoteDead();
+  DropTarget();
+}
+
+void RemoteBinder::DropTarget() {
+  ndk::SpAIBinder dropped;  // released without the lock
+  std::lock_guard<std::mutex> lock(lock_);
+  std::swap(dropped, target_);
+}
+
+void RemoteBinder::PostObituaryLocked() {
+  if (links_.empty() || std::exchange(obituary_posted_, true)) return;
+  const bool counted = IsHost(holder_);
+  if (counted) NoteSent();
+  // By anchor: a reference that is dropped before its turn takes its links with it.
+  holder_->Post([anchor = anchor, counted] {
+    ndk::SpAIBinder self = anchor->Promote();
+    if (self.get() != nullptr) self.get()->AsRemote()->TellRecipients();
+    self.set(nullptr);
+    if (counted) NoteHandled();
+  });
+}
+
+void RemoteBinder::TellRecipients() {
+  std::vector<std::shared_ptr<standin::Link>> links;
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    alive_ = false;
+    links.swap(links_);
+  }
+  for (const auto& link : links) {
+    standin::Link::State linked = standin::Link::State::kLinked;
+    if (!link->state.compare_exchange_strong(linked, standin::Link::State::kTelling)) continue;
+    if (IsHost(holder_)) PassDeliveryGate(Delivery::kDeathNotice);
+    link->died(link->cookie);
+    link->state = standin::Link::State::kEnded;
+    if (const auto recipient = link->recipient.lock()) recipient->Remove(link);
+    CallUnlinked(*link);
+  }
+}
+
+}  // namespace norvik::qel::standin
+
+AIBinder::AIBinder() : anchor(std::make_shared<norvik::qel::standin::Anchor>(this)) {}
+
+AIBinder::~AIBinder() = default;
+
+bool AIBinder::TryIncStrong() {
+  int32_t count = strong_.load(std::memory_order_relaxed);
+  while (count > 0) {
+    if (strong_.compare_exchange_weak(count, count + 1, std::memory_order_relaxed)) return true;
+  }
+  return false;
+}
+
+void AIBinder::DecStrong() {
+  if (strong_.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+  anchor->Clear();
+  delete this;
+}

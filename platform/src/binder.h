@@ -1,0 +1,159 @@
+// What an AIBinder is: an object of some process, or a reference that another process has to it.
+#pragma once
+
+#include <android/binder_ibinder.h>
+#include <android/binder_interface_utils.h>
+
+#include <atomic>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "process.h"
+
+namespace norvik::qel::standin {
+
+// Finds a binder again that may be gone: behind weak references and the tables of a Process.
+class Anchor {
+ public:
+  explicit Anchor(AIBinder* binder) : binder_(binder) {}
+  // One strong reference, or an empty one when the binder is gone.
+  ndk::SpAIBinder Promote();
+  // The binder is about to be freed.
+  void Clear();
+
+ private:
+  std::mutex lock_;  // innermost
+  AIBinder* binder_;
+};
+
+}  // namespace norvik::qel::standin
+
+// Interface code describes its class with one of these. Objects of it own their `args` and give
+// them to `destroy` at the end.
+struct AIBinder_Class {
+  const char* descriptor;
+  std::shared_ptr<ndk::ICInterface>& (*object)(void* args);
+  void (*destroy)(void* args);
+};
+
+struct AIBinder {
+  AIBinder();
+  virtual ~AIBinder();
+  AIBinder(const AIBinder&) = delete;
+  AIBinder& operator=(const AIBinder&) = delete;
+
+  void IncStrong() { strong_.fetch_add(1, std::memory_order_relaxed); }
+  bool TryIncStrong();  // false when the count has reached 0
+  void DecStrong();     // the last one deletes
+  int32_t strong() const { return strong_.load(std::memory_order_relaxed); }
+
+  virtual norvik::qel::standin::LocalBinder* AsLocal() { return nullptr; }
+  virtual norvik::qel::standin::RemoteBinder* AsRemote() { return nullptr; }
+
+  const std::shared_ptr<norvik::qel::standin::Anchor> anchor;
+
+ private:
+  std::atomic<int32_t> strong_{1};
+};
+
+namespace norvik::qel::standin {
+
+// An object of `process`, with the queue of one-way calls that have been sent to it.
+class LocalBinder final : public AIBinder {
+ public:
+  LocalBinder(const AIBinder_Class* clazz, void* args, std::shared_ptr<Process> process);
+  ~LocalBinder() override;
+  LocalBinder* AsLocal() override { return this; }
+
+  const std::shared_ptr<Process>& process() const { return process_; }
+  const AIBinder_Class* clazz() const { return clazz_; }
+  const std::shared_ptr<ndk::ICInterface>& object() const { return clazz_->object(args_); }
+  uint64_t id() const { return id_; }
+
+  // Queues a one-way call: calls of one object run in order, one at a time.
+  void PostOneway(std::function<void(ndk::ICInterface&)> call);
+
+ private:
+  void RunOneOneway();
+
+  const AIBinder_Class* const clazz_;
+  void* const args_;
+  const std::shared_ptr<Process> process_;
+  const uint64_t id_;  // never used again, unlike an address
+  std::mutex lock_;    // guards what follows; nothing is called under it
+  std::deque<std::function<void(ndk::ICInterface&)>> oneway_;
+  bool draining_ = false;  // a task that takes the next call is posted or running
+};
+
+struct RecipientState;
+
+// One link call that succeeded. Its notice runs at most once, its onUnlinked exactly once.
+struct Link {
+  // Whoever ends a link decides in one step what still happens.
+  enum class State { kLinked, kTelling, kEnded };
+  std::atomic<State> state{State::kLinked};
+  AIBinder_DeathRecipient_onBinderDied died;
+  AIBinder_DeathRecipient_onBinderUnlinked unlinked;  // may be null
+  void* cookie;
+  const AIBinder* who;  // for comparison only
+  std::weak_ptr<RecipientState> recipient;
+
+  // Ends the link unless its notice has started; true when this call did it.
+  bool End();
+};
+
+// What a recipient knows of its links, apart from the recipient, which may be deleted at any time.
+struct RecipientState {
+  std::mutex lock;
+  std::vector<std::shared_ptr<Link>> links;
+
+  std::shared_ptr<Link> TakeNewest(const AIBinder* who, const void* cookie);
+  void Remove(const std::shared_ptr<Link>& link);
+};
+
+// The reference of `holder` to an object of another process.
+class RemoteBinder final : public AIBinder {
+ public:
+  RemoteBinder(LocalBinder* target, std::shared_ptr<Process> holder);
+  ~RemoteBinder() override;
+  RemoteBinder* AsRemote() override { return this; }
+
+  bool alive() const;
+  // The object behind; empty, and known to be dead from now on, when either process has died.
+  ndk::SpAIBinder Target();
+  // Marks it as known to be dead: a call has been answered so.
+  void NoteDead();
+  // Whether the object is of that class; asks it once. False as well when it cannot be asked.
+  bool IsOfClass(const AIBinder_Class* clazz);
+
+  binder_status_t Link(const std::shared_ptr<RecipientState>& recipient,
+                       std::shared_ptr<standin::Link> link);
+  binder_status_t Unlink(RecipientState& recipient, void* cookie);
+
+  // The process of the object has died: tells the recipients on a thread of the holder.
+  void TargetDied();
+  // The process that holds this reference has died.
+  void HolderDied();
+
+ private:
+  void PostObituaryLocked();
+  void TellRecipients();
+  void DropTarget();
+
+  const std::shared_ptr<Process> holder_;
+  const std::shared_ptr<Process> target_process_;
+  const uint64_t target_id_;
+  mutable std::mutex lock_;  // guards what follows; nothing is called or released under it
+  ndk::SpAIBinder target_;   // empty after the death of either process
+  const AIBinder_Class* class_ = nullptr;  // once known
+  bool alive_ = true;                      // last known state
+  bool obituary_posted_ = false;
+  std::vector<std::shared_ptr<standin::Link>> links_;
+};
+
+}  // namespace norvik::qel::standin

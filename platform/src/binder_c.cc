@@ -1,0 +1,212 @@
+// The C face of binder objects and death recipients.
+#include <android/binder_ibinder.h>
+#include <android/binder_process.h>
+#include <android/log.h>
+#include <unistd.h>
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "binder.h"
+#include "deliveries.h"
+
+using norvik::qel::standin::Anchor;
+using norvik::qel::standin::Link;
+using norvik::qel::standin::LinkToDeathScript;
+using norvik::qel::standin::LocalBinder;
+using norvik::qel::standin::Process;
+using norvik::qel::standin::RecipientState;
+using norvik::qel::standin::RemoteBinder;
+using norvik::qel::standin::UnlinkToDeathScript;
+
+struct AIBinder_Weak {
+  std::shared_ptr<Anchor> anchor;
+};
+
+struct AIBinder_DeathRecipient {
+  AIBinder_DeathRecipient_onBinderDied died;
+  AIBinder_DeathRecipient_onBinderUnlinked unlinked = nullptr;
+  std::shared_ptr<RecipientState> state = std::make_shared<RecipientState>();
+};
+
+extern "C" {
+
+void AIBinder_incStrong(AIBinder* binder) {
+  if (binder != nullptr) binder->IncStrong();
+}
+
+void AIBinder_decStrong(AIBinder* binder) {
+  if (binder == nullptr) {
+    __android_log_print(ANDROID_LOG_ERROR, "libbinder_ndk", "%s: null binder", __func__);
+    return;
+  }
+  binder->DecStrong();
+}
+
+int32_t AIBinder_debugGetRefCount(AIBinder* binder) {
+  return binder != nullptr ? binder->strong() : -1;
+}
+
+bool AIBinder_isRemote(const AIBinder* binder) {
+  return binder != nullptr && const_cast<AIBinder*>(binder)->AsRemote() != nullptr;
+}
+
+bool AIBinder_isAlive(const AIBinder* binder) {
+  if (binder == nullptr) return false;
+  const RemoteBinder* remote = const_cast<AIBinder*>(binder)->AsRemote();
+  return remote == nullptr || remote->alive();
+}
+
+binder_status_t AIBinder_ping(AIBinder* binder) {
+  if (binder == nullptr) return STATUS_UNEXPECTED_NULL;
+  RemoteBinder* remote = binder->AsRemote();
+  if (remote == nullptr) return STATUS_OK;
+  const ndk::SpAIBinder target = remote->Target();
+  if (target.get() != nullptr && target.get()->AsLocal()->process()->RunAndWait([] {})) {
+    return STATUS_OK;
+  }
+  remote->NoteDead();
+  return STATUS_DEAD_OBJECT;
+}
+
+binder_status_t AIBinder_dump(AIBinder* binder, int fd, const char** args, uint32_t numArgs) {
+  if (binder == nullptr) return STATUS_UNEXPECTED_NULL;
+  if (LocalBinder* local = binder->AsLocal()) return local->object()->dump(fd, args, numArgs);
+  RemoteBinder* remote = binder->AsRemote();
+  const ndk::SpAIBinder target = remote->Target();
+  // The service writes to a descriptor of its own and reads copies: the caller may be gone by then.
+  struct Request {
+    ndk::ScopedFileDescriptor fd;
+    std::vector<std::string> args;
+    binder_status_t result = STATUS_OK;
+  };
+  auto request = std::make_shared<Request>();
+  request->fd.set(dup(fd));
+  for (uint32_t i = 0; i < numArgs; ++i) request->args.emplace_back(args[i]);
+  const auto task = [request, target] {
+    std::vector<const char*> texts;
+    for (const std::string& arg : request->args) texts.push_back(arg.c_str());
+    request->result = target.get()->AsLocal()->object()->dump(request->fd.get(), texts.data(),
+                                                              static_cast<uint32_t>(texts.size()));
+  };
+  if (target.get() != nullptr && target.get()->AsLocal()->process()->RunAndWait(task)) {
+    return request->result;
+  }
+  remote->NoteDead();
+  return STATUS_DEAD_OBJECT;
+}
+
+AIBinder_DeathRecipient* AIBinder_DeathRecipient_new(
+    AIBinder_DeathRecipient_onBinderDied onBinderDied) {
+  if (onBinderDied == nullptr) {
+    __android_log_print(ANDROID_LOG_ERROR, "libbinder_ndk", "%s: null onBinderDied", __func__);
+    return nullptr;
+  }
+  return new AIBinder_DeathRecipient{.died = onBinderDied};
+}
+
+void AIBinder_DeathRecipient_setOnUnlinked(AIBinder_DeathRecipient* recipient,
+                                           AIBinder_DeathRecipient_onBinderUnlinked onUnlinked) {
+  if (recipient != nullptr) recipient->unlinked = onUnlinked;
+}
+
+void AIBinder_DeathRecipient_delete(AIBinder_DeathRecipient* recipient) {
+  if (recipient == nullptr) return;
+  std::vector<std::shared_ptr<Link>> links;
+  {
+    std::lock_guard<std::mutex> lock(recipient->state->lock);
+    links.swap(recipient->state->links);
+  }
+  delete recipient;
+  for (const auto& link : links) {
+    if (link->End() && link->unlinked != nullptr) link->unlinked(link->cookie);
+  }
+}
+
+binder_status_t AIBinder_linkToDeath(AIBinder* binder, AIBinder_DeathRecipient* recipient,
+                                     void* cookie) {
+  if (binder == nullptr || recipient == nullptr) return STATUS_UNEXPECTED_NULL;
+  if (cookie != nullptr && recipient->unlinked == nullptr) {
+    __android_log_print(ANDROID_LOG_WARN, "libbinder_ndk",
+                        "%s: linked with a cookie and without onUnlinked: the cookie may leak",
+                        __func__);
+  }
+  auto link = std::make_shared<Link>();
+  link->died = recipient->died;
+  link->unlinked = recipient->unlinked;
+  link->cookie = cookie;
+  link->recipient = recipient->state;
+
+  binder_status_t result = LinkToDeathScript().Next().status;
+  if (result == STATUS_OK) {
+    RemoteBinder* remote = binder->AsRemote();
+    result = remote != nullptr ? remote->Link(recipient->state, link) : STATUS_INVALID_OPERATION;
+  }
+  if (result != STATUS_OK && link->unlinked != nullptr) link->unlinked(cookie);
+  return result;
+}
+
+binder_status_t AIBinder_unlinkToDeath(AIBinder* binder, AIBinder_DeathRecipient* recipient,
+                                       void* cookie) {
+  if (binder == nullptr || recipient == nullptr) return STATUS_UNEXPECTED_NULL;
+  const binder_status_t scripted = UnlinkToDeathScript().Next().status;
+  RemoteBinder* remote = binder->AsRemote();
+  const binder_status_t result =
+      remote != nullptr ? remote->Unlink(*recipient->state, cookie) : STATUS_NAME_NOT_FOUND;
+  return scripted != STATUS_OK ? scripted : result;
+}
+
+AIBinder* AIBinder_new(const AIBinder_Class* clazz, void* args) {
+  if (clazz == nullptr) return nullptr;
+  return new LocalBinder(clazz, args, Process::Current());
+}
+
+bool AIBinder_associateClass(AIBinder* binder, const AIBinder_Class* clazz) {
+  if (binder == nullptr || clazz == nullptr) return false;
+  if (LocalBinder* local = binder->AsLocal()) {
+    return std::string_view(local->clazz()->descriptor) == clazz->descriptor;
+  }
+  return binder->AsRemote()->IsOfClass(clazz);
+}
+
+AIBinder_Weak* AIBinder_Weak_new(AIBinder* binder) {
+  return binder != nullptr ? new AIBinder_Weak{binder->anchor} : nullptr;
+}
+
+void AIBinder_Weak_delete(AIBinder_Weak* weakBinder) {
+  delete weakBinder;
+}
+
+AIBinder* AIBinder_Weak_promote(AIBinder_Weak* weakBinder) {
+  if (weakBinder == nullptr) return nullptr;
+  const ndk::SpAIBinder binder = weakBinder->anchor->Promote();
+  AIBinder_incStrong(binder.get());
+  return binder.get();
+}
+
+bool AIBinder_lt(const AIBinder* lhs, const AIBinder* rhs) {
+  return lhs < rhs;
+}
+
+void ABinderProcess_startThreadPool() {
+  Process::Host()->pool().Start();
+}
+
+bool ABinderProcess_setThreadPoolMaxThreadCount(uint32_t numThreads) {
+  // Besides the one that startThreadPool() brings.
+  Process::Host()->pool().SetMaxThreads(numThreads + 1);
+  return true;
+}
+
+bool ABinderProcess_isThreadPoolStarted() {
+  return Process::Host()->pool().started();
+}
+
+void ABinderProcess_joinThreadPool() {
+  ABinderProcess_startThreadPool();
+  Process::Host()->pool().Run();
+}
+
+}  // extern "C"

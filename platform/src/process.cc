@@ -1,0 +1,172 @@
+#include "process.h"
+
+#include <android/binder_manager.h>
+
+#include <utility>
+#include <vector>
+
+#include "binder.h"
+#include "service_manager.h"
+#include "standin/service_process.h"
+
+namespace norvik::qel::standin {
+
+namespace {
+thread_local std::shared_ptr<Process> t_current;
+}  // namespace
+
+Process::Process(const std::string& name) : pool_(std::make_shared<ThreadPool>("binder:" + name)) {}
+
+const std::shared_ptr<Process>& Process::Host() {
+  // Never destroyed: its threads run to the end of the program.
+  static const auto& host = *new std::shared_ptr<Process>(std::make_shared<Process>("host"));
+  return host;
+}
+
+std::shared_ptr<Process> Process::Current() {
+  return t_current != nullptr ? t_current : Host();
+}
+
+Process::Scope::Scope(std::shared_ptr<Process> process)
+    : before_(std::exchange(t_current, std::move(process))) {}
+
+Process::Scope::~Scope() {
+  t_current = std::move(before_);
+}
+
+ndk::SpAIBinder Process::Reach(AIBinder* binder) {
+  ndk::SpAIBinder target;
+  if (LocalBinder* local = binder->AsLocal()) {
+    AIBinder_incStrong(local);
+    target.set(local);
+  } else {
+    target = binder->AsRemote()->Target();
+  }
+  if (target.get() == nullptr) return {};
+  LocalBinder* object = target.get()->AsLocal();
+  if (object->process().get() == this) return target;
+
+  std::lock_guard<std::mutex> one_at_a_time(reach_lock_);
+  std::shared_ptr<Anchor> known;
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    const auto found = outbound_.find(object->id());
+    if (found != outbound_.end()) known = found->second;
+  }
+  if (known != nullptr) {
+    ndk::SpAIBinder reference = known->Promote();
+    if (reference.get() != nullptr) return reference;
+  }
+  return ndk::SpAIBinder(new RemoteBinder(object, shared_from_this()));
+}
+
+void Process::Post(std::function<void()> task) {
+  pool_->Post([self = shared_from_this(), task = std::move(task)]() mutable {
+    const Scope scope(self);
+    task();
+    task = nullptr;  // what the task holds goes on this process's behalf, too
+  });
+}
+
+bool Process::RunAndWait(std::function<void()> task) {
+  auto call = std::make_shared<PendingCall>();
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    if (dead_) return false;
+    calls_.insert(call);
+  }
+  Post([call, task = std::move(task)]() mutable {
+    task();
+    task = nullptr;  // before the caller goes on: it may count on what it holds being released
+    std::lock_guard<std::mutex> lock(call->lock);
+    call->done = true;
+    call->changed.notify_all();
+  });
+  {
+    std::unique_lock<std::mutex> lock(call->lock);
+    call->changed.wait(lock, [&] { return call->done || call->dead; });
+    if (call->dead) return false;
+  }
+  std::lock_guard<std::mutex> lock(lock_);
+  calls_.erase(call);
+  return true;
+}
+
+bool Process::dead() const {
+  std::lock_guard<std::mutex> lock(lock_);
+  return dead_;
+}
+
+void Process::Kill() {
+  std::set<std::shared_ptr<PendingCall>> calls;
+  std::vector<std::shared_ptr<Anchor>> outbound;
+  std::vector<std::shared_ptr<Anchor>> inbound;
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    if (dead_) return;
+    dead_ = true;
+    calls.swap(calls_);
+    for (const auto& [id, reference] : outbound_) outbound.push_back(reference);
+    inbound.assign(inbound_.begin(), inbound_.end());
+  }
+  ServiceManager::Get().Forget(*this);
+  for (const auto& call : calls) {
+    std::lock_guard<std::mutex> lock(call->lock);
+    call->dead = !call->done;
+    call->changed.notify_all();
+  }
+  for (const auto& anchor : inbound) {
+    const ndk::SpAIBinder reference = anchor->Promote();
+    if (reference.get() != nullptr) reference.get()->AsRemote()->TargetDied();
+  }
+  for (const auto& anchor : outbound) {
+    const ndk::SpAIBinder reference = anchor->Promote();
+    if (reference.get() != nullptr) reference.get()->AsRemote()->HolderDied();
+  }
+  pool_->Close();
+}
+
+void Process::AddOutbound(uint64_t target_id, std::shared_ptr<Anchor> reference) {
+  std::lock_guard<std::mutex> lock(lock_);
+  outbound_[target_id] = std::move(reference);
+}
+
+void Process::RemoveOutbound(uint64_t target_id, const std::shared_ptr<Anchor>& reference) {
+  std::lock_guard<std::mutex> lock(lock_);
+  const auto found = outbound_.find(target_id);
+  if (found != outbound_.end() && found->second == reference) outbound_.erase(found);
+}
+
+void Process::AddInbound(std::shared_ptr<Anchor> reference) {
+  std::lock_guard<std::mutex> lock(lock_);
+  inbound_.insert(std::move(reference));
+}
+
+void Process::RemoveInbound(const std::shared_ptr<Anchor>& reference) {
+  std::lock_guard<std::mutex> lock(lock_);
+  inbound_.erase(reference);
+}
+
+ServiceProcess::ServiceProcess(std::string name) : process_(std::make_shared<Process>(name)) {
+  process_->pool().Start();
+}
+
+ServiceProcess::~ServiceProcess() {
+  Kill();
+}
+
+bool ServiceProcess::AddService(const std::shared_ptr<ndk::ICInterface>& service,
+                                const std::string& instance) {
+  const Process::Scope scope(process_);
+  return AServiceManager_addService(service->asBinder().get(), instance.c_str()) == EX_NONE;
+}
+
+void ServiceProcess::Kill() {
+  process_->Kill();
+}
+
+bool ServiceProcess::alive() const {
+  return !process_->dead();
+}
+
+}  // namespace norvik::qel::standin

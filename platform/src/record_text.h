@@ -1,0 +1,55 @@
+// Builds the text of a record, "Name{field: value, ...}", as its toString() gives it.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+namespace norvik::qel::standin {
+
+inline std::string ValueText(const std::string& value) {
+  return value;
+}
+
+template <typename T>
+std::string ValueText(const T& value) {
+  if constexpr (std::is_same_v<T, bool>) {
+    return value ? "true" : "false";
+  } else if constexpr (std::is_arithmetic_v<T>) {
+    return std::to_string(value);
+  } else if constexpr (std::is_enum_v<T>) {
+    return toString(value);
+  } else {
+    return value.toString();
+  }
+}
+
+template <typename T>
+std::string ValueText(const std::optional<T>& value) {
+  return value ? ValueText(*value) : "(null)";
+}
+
+template <typename T>
+std::string ValueText(const std::vector<T>& values) {
+  std::string text = "[";
+  for (const T& value : values) text += (text.size() > 1 ? ", " : "") + ValueText(value);
+  return text + "]";
+}
+
+class RecordText {
+ public:
+  explicit RecordText(const char* name) : text_(std::string(name) + "{") {}
+  template <typename T>
+  RecordText& Add(const char* field, const T& value) {
+    if (text_.back() != '{') text_ += ", ";
+    text_ += std::string(field) + ": " + ValueText(value);
+    return *this;
+  }
+  std::string End() const { return text_ + "}"; }
+
+ private:
+  std::string text_;
+};
+
+}  // namespace norvik::qel::standin

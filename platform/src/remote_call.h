@@ -1,0 +1,157 @@
+// What the generated code of an interface is made of here: calls travel as C++ closures over
+// copied arguments instead of parcels.
+#pragma once
+
+#include <android/binder_interface_utils.h>
+
+#include <functional>
+#include <memory>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+
+#include "binder.h"
+#include "status.h"
+
+namespace norvik::qel::standin {
+
+// Makes the binder of a local object.
+template <const AIBinder_Class& kClass>
+ndk::SpAIBinder MakeLocal(std::shared_ptr<ndk::ICInterface> object) {
+  return ndk::SpAIBinder(
+      AIBinder_new(&kClass, new std::shared_ptr<ndk::ICInterface>(std::move(object))));
+}
+
+// For the AIBinder_Class of each interface, whose args are a shared_ptr to the object.
+inline std::shared_ptr<ndk::ICInterface>& ObjectOf(void* args) {
+  return *static_cast<std::shared_ptr<ndk::ICInterface>*>(args);
+}
+inline void DestroyArgs(void* args) {
+  delete static_cast<std::shared_ptr<ndk::ICInterface>*>(args);
+}
+
+// fromBinder() of each interface: the object itself when it is local, a new proxy otherwise, null
+// when it is of another class or cannot be asked.
+template <typename Interface, typename Proxy, const AIBinder_Class& kClass>
+std::shared_ptr<Interface> FromBinder(const ndk::SpAIBinder& binder) {
+  if (!AIBinder_associateClass(binder.get(), &kClass)) return nullptr;
+  if (LocalBinder* local = binder.get()->AsLocal()) {
+    return std::static_pointer_cast<Interface>(local->object());
+  }
+  return ndk::SharedRefBase::make<Proxy>(binder);
+}
+
+// How one argument of a call travels. `Prepare` runs at the caller, `Pass` on the service's
+// thread, `Deliver` at the caller again when the call has succeeded.
+template <typename T>
+struct Parcelled {
+  explicit Parcelled(const T& value) : value(value) {}
+  bool ok() const { return true; }
+  const T& Pass() { return value; }
+  void Deliver(const T&) {}
+  T value;
+};
+
+// A result: the service writes to storage that the call owns.
+template <typename T>
+struct Parcelled<T*> {
+  explicit Parcelled(T*) {}
+  bool ok() const { return true; }
+  T* Pass() { return &value; }
+  void Deliver(T* out) { *out = std::move(value); }
+  T value{};
+};
+
+// An interface: the receiver gets its own reference. Null is not allowed to travel.
+template <typename I>
+requires std::is_base_of_v<ndk::ICInterface, I>
+struct Parcelled<std::shared_ptr<I>> {
+  explicit Parcelled(const std::shared_ptr<I>& object) {
+    if (object != nullptr) binder = object->asBinder();
+  }
+  bool ok() const { return binder.get() != nullptr; }
+  std::shared_ptr<I> Pass() {
+    return I::fromBinder(Process::Current()->Reach(std::exchange(binder, {}).get()));
+  }
+  void Deliver(const std::shared_ptr<I>&) {}
+  ndk::SpAIBinder binder;
+};
+
+template <typename T>
+using ParcelledArg = Parcelled<std::remove_cvref_t<T>>;
+
+// A synchronous call on the object behind a proxy's binder.
+template <typename I, typename... Params, typename... Args>
+ndk::ScopedAStatus CallRemote(const ndk::SpAIBinder& binder,
+                              ndk::ScopedAStatus (I::*method)(Params...), Args&&... args) {
+  struct Call {
+    explicit Call(const std::remove_cvref_t<Params>&... values) : params(values...) {}
+    std::tuple<ParcelledArg<Params>...> params;
+    ndk::ScopedAStatus status;
+  };
+  auto call = std::make_shared<Call>(args...);
+  const bool complete =
+      std::apply([](const auto&... param) { return (param.ok() && ...); }, call->params);
+  if (!complete) return ndk::ScopedAStatus::fromStatus(STATUS_UNEXPECTED_NULL);
+
+  RemoteBinder* remote = binder.get()->AsRemote();
+  ndk::SpAIBinder target = remote->Target();
+  const std::shared_ptr<Process> process =
+      target.get() != nullptr ? target.get()->AsLocal()->process() : nullptr;
+  auto serve = [call, method, target = std::move(target)]() mutable {
+    I& object = static_cast<I&>(*target.get()->AsLocal()->object());
+    call->status =
+        std::apply([&](auto&... param) { return (object.*method)(param.Pass()...); }, call->params);
+    target.set(nullptr);
+  };
+  if (process == nullptr || !process->RunAndWait(std::move(serve))) {
+    remote->NoteDead();
+    return ndk::ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT);
+  }
+  // A service that answers with no status at all crashes on a device; so does this.
+  if (AStatus_isOk(call->status.get())) {
+    std::apply([&](auto&... param) { (param.Deliver(args), ...); }, call->params);
+  }
+  return ndk::ScopedAStatus(Clone(call->status.get()));
+}
+
+// A one-way call: ok as soon as it is on its way.
+template <typename I, typename... Params, typename... Args>
+ndk::ScopedAStatus SendRemote(const ndk::SpAIBinder& binder,
+                              ndk::ScopedAStatus (I::*method)(Params...), const Args&... args) {
+  RemoteBinder* remote = binder.get()->AsRemote();
+  const ndk::SpAIBinder target = remote->Target();
+  if (target.get() == nullptr || target.get()->AsLocal()->process()->dead()) {
+    remote->NoteDead();
+    return ndk::ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT);
+  }
+  target.get()->AsLocal()->PostOneway([method, params = std::tuple<std::remove_cvref_t<Params>...>(
+                                                   args...)](ndk::ICInterface& object) {
+    std::apply([&](const auto&... param) { (static_cast<I&>(object).*method)(param...); }, params);
+  });
+  return ndk::ScopedAStatus::ok();
+}
+
+// What getInterfaceVersion() and getInterfaceHash() of a proxy do: ask once, keep the answer.
+template <typename T>
+class AskedOnce {
+ public:
+  template <typename Ask>
+  ndk::ScopedAStatus Get(T* out, Ask ask) {
+    std::lock_guard<std::mutex> lock(lock_);
+    if (!known_) {
+      ndk::ScopedAStatus status = ask(&value_);
+      if (!status.isOk()) return status;
+      known_ = true;
+    }
+    *out = value_;
+    return ndk::ScopedAStatus::ok();
+  }
+
+ private:
+  std::mutex lock_;
+  bool known_ = false;
+  T value_{};
+};
+
+}  // namespace norvik::qel::standin

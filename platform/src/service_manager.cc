@@ -1,0 +1,176 @@
+#include "service_manager.h"
+
+#include <android/binder_manager.h>
+#include <android/log.h>
+
+#include <string_view>
+#include <thread>
+#include <vector>
+
+#include "binder.h"
+#include "standin/service_manager.h"
+
+namespace norvik::qel::standin {
+
+ServiceManager& ServiceManager::Get() {
+  static ServiceManager& manager = *new ServiceManager;  // binder threads may outlive main()
+  return manager;
+}
+
+void ServiceManager::Add(const std::string& instance, AIBinder* binder) {
+  ndk::SpAIBinder service(binder);
+  AIBinder_incStrong(binder);
+  std::lock_guard<std::mutex> lock(lock_);
+  std::swap(services_[instance], service);  // the old one is released after the lock
+  added_.notify_all();
+}
+
+ndk::SpAIBinder ServiceManager::Check(const std::string& instance) {
+  ndk::SpAIBinder service;
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    const auto found = services_.find(instance);
+    if (found == services_.end()) return {};
+    service = found->second;
+  }
+  return Process::Current()->Reach(service.get());
+}
+
+ndk::SpAIBinder ServiceManager::Wait(const std::string& instance) {
+  while (true) {
+    {
+      std::unique_lock<std::mutex> lock(lock_);
+      added_.wait(lock, [&] { return services_.contains(instance); });
+    }
+    ndk::SpAIBinder service = Check(instance);
+    if (service.get() != nullptr) return service;
+  }
+}
+
+void ServiceManager::Forget(const Process& process) {
+  std::vector<ndk::SpAIBinder> gone;  // released after the lock
+  std::lock_guard<std::mutex> lock(lock_);
+  for (auto service = services_.begin(); service != services_.end();) {
+    const LocalBinder* local = service->second.get()->AsLocal();
+    if (local != nullptr && local->process().get() == &process) {
+      gone.push_back(std::move(service->second));
+      service = services_.erase(service);
+    } else {
+      ++service;
+    }
+  }
+}
+
+void ServiceManager::SetDeclared(const std::string& instance, bool declared) {
+  std::lock_guard<std::mutex> lock(lock_);
+  if (declared) {
+    declared_.insert(instance);
+  } else {
+    declared_.erase(instance);
+  }
+}
+
+bool ServiceManager::IsDeclared(const std::string& instance) const {
+  std::lock_guard<std::mutex> lock(lock_);
+  return declared_.contains(instance);
+}
+
+std::set<std::string> ServiceManager::Declared() const {
+  std::lock_guard<std::mutex> lock(lock_);
+  return declared_;
+}
+
+void Declare(const std::string& instance) {
+  ServiceManager::Get().SetDeclared(instance, true);
+}
+
+void Undeclare(const std::string& instance) {
+  ServiceManager::Get().SetDeclared(instance, false);
+}
+
+Script& IsDeclaredScript() {
+  static Script& script = *new Script;
+  return script;
+}
+
+Script& CheckServiceScript() {
+  static Script& script = *new Script;
+  return script;
+}
+
+Script& GetServiceScript() {
+  static Script& script = *new Script;
+  return script;
+}
+
+void SetGetServiceWait(std::chrono::milliseconds pause, int attempts) {
+  ServiceManager::Get().get_service_pause_ms = pause.count();
+  ServiceManager::Get().get_service_attempts = attempts;
+}
+
+}  // namespace norvik::qel::standin
+
+using norvik::qel::standin::CheckServiceScript;
+using norvik::qel::standin::GetServiceScript;
+using norvik::qel::standin::IsDeclaredScript;
+using norvik::qel::standin::ServiceManager;
+
+namespace {
+
+AIBinder* Release(const ndk::SpAIBinder& binder) {
+  AIBinder_incStrong(binder.get());
+  return binder.get();
+}
+
+}  // namespace
+
+extern "C" {
+
+binder_exception_t AServiceManager_addService(AIBinder* binder, const char* instance) {
+  if (binder == nullptr || instance == nullptr) return EX_ILLEGAL_ARGUMENT;
+  if (binder->AsLocal() != nullptr && binder->AsLocal()->process()->dead()) return EX_ILLEGAL_STATE;
+  ServiceManager::Get().Add(instance, binder);
+  return EX_NONE;
+}
+
+AIBinder* AServiceManager_checkService(const char* instance) {
+  if (instance == nullptr) return nullptr;
+  if (!CheckServiceScript().Next().works()) return nullptr;
+  return Release(ServiceManager::Get().Check(instance));
+}
+
+AIBinder* AServiceManager_getService(const char* instance) {
+  if (instance == nullptr) return nullptr;
+  ServiceManager& manager = ServiceManager::Get();
+  const bool works = GetServiceScript().Next().works();
+  ndk::SpAIBinder service;
+  if (works) service = manager.Check(instance);
+  for (int attempt = 0; service.get() == nullptr && attempt < manager.get_service_attempts;
+       ++attempt) {
+    __android_log_print(ANDROID_LOG_INFO, "ServiceManager", "Waiting for service '%s'...",
+                        instance);
+    std::this_thread::sleep_for(std::chrono::milliseconds(manager.get_service_pause_ms));
+    if (works) service = manager.Check(instance);
+  }
+  return Release(service);
+}
+
+AIBinder* AServiceManager_waitForService(const char* instance) {
+  return instance != nullptr ? Release(ServiceManager::Get().Wait(instance)) : nullptr;
+}
+
+bool AServiceManager_isDeclared(const char* instance) {
+  return instance != nullptr && IsDeclaredScript().Next().works() &&
+         ServiceManager::Get().IsDeclared(instance);
+}
+
+void AServiceManager_forEachDeclaredInstance(const char* interface, void* context,
+                                             void (*callback)(const char* instance,
+                                                              void* context)) {
+  const std::string prefix = std::string(interface) + "/";
+  for (const std::string& name : ServiceManager::Get().Declared()) {
+    if (name.starts_with(prefix)) callback(name.c_str() + prefix.size(), context);
+  }
+}
+
+}  // extern "C"

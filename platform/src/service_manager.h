@@ -1,0 +1,44 @@
+// Who offers what under which name.
+#pragma once
+
+#include <android/binder_auto_utils.h>
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <map>
+#include <mutex>
+#include <set>
+#include <string>
+
+#include "process.h"
+
+namespace norvik::qel::standin {
+
+// Locks: lock_ guards the tables; no reference is released under it.
+class ServiceManager {
+ public:
+  static ServiceManager& Get();
+
+  void Add(const std::string& instance, AIBinder* binder);
+  // The calling process's reference to a service; empty when it does not run.
+  ndk::SpAIBinder Check(const std::string& instance);
+  ndk::SpAIBinder Wait(const std::string& instance);
+  // A process has died: its names go.
+  void Forget(const Process& process);
+
+  void SetDeclared(const std::string& instance, bool declared);
+  bool IsDeclared(const std::string& instance) const;
+  std::set<std::string> Declared() const;
+
+  std::atomic<int64_t> get_service_pause_ms{1000};
+  std::atomic<int> get_service_attempts{5};
+
+ private:
+  mutable std::mutex lock_;
+  std::condition_variable added_;
+  std::map<std::string, ndk::SpAIBinder> services_;
+  std::set<std::string> declared_;
+};
+
+}  // namespace norvik::qel::standin
