@@ -48,7 +48,9 @@ extern "C" {
  * Each is -1 until the first report has arrived. Values are passed on as reported, not checked.
  *
  * The link to the service. The first client of any property makes the link, the last one to leave
- * ends it. A new link brings a report at once, so clients hear the first values without asking.
+ * ends it. A new link brings a report at once, so clients hear the first values without asking; a
+ * value that is known already and that the report only repeats calls nobody (see
+ * BatteryInfoCallback).
  *
  * When the service dies, values stay as they are and the library links again in the background:
  * ten attempts, 200 ms apart. (An attempt takes up to five seconds longer while the device
@@ -68,10 +70,12 @@ extern "C" {
  * @param value   see the table above.
  * @param cookie  as given at registration.
  *
- * Called when the value has changed; once soon after a registration that finds a value known
- * (and then again for the other clients of the same property); and never with a value that is
- * not known. Changes that come faster than clients are called fold into one call with the latest
- * value.
+ * Called when the value has changed, and once soon after a registration that finds a value known
+ * (together with the other clients of the same property, which hear it again). The exception is a
+ * first client, one that registers while no property has any: it makes the link, and hears from it
+ * only what differs from the value known before. After registering a first client, read the cached
+ * value where that matters. Not called before a value has arrived. Changes that come faster
+ * than clients are called fold into one call with the latest value.
  */
 typedef void (*BatteryInfoCallback)(int value, void* cookie);
 

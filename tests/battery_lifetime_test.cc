@@ -1,0 +1,226 @@
+// What happens to a battery handle that goes away while the platform still knows of it.
+#include <android/binder_ibinder.h>
+#include <android/binder_manager.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <semaphore>
+#include <string>
+#include <system_error>
+#include <thread>
+
+#include "standin/service_manager.h"
+#include "tests/support/battery_fixture.h"
+#include "tests/support/sanitizers.h"
+
+namespace norvik::qel {
+namespace {
+
+using devices::HealthOperation;
+using standin::Delivery;
+using standin::HoldDeliveries;
+
+using BatteryLifetimeTest = BatteryFixture;
+
+// The threads of the library in this process, by their names. (The stand-in for the platform makes
+// and keeps binder threads as it needs them.)
+int LibraryThreads() {
+  int count = 0;
+  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+    std::string name;
+    std::getline(std::ifstream(task.path() / "comm"), name);  // empty when it has just ended
+    if (name.starts_with("battery_")) ++count;
+  }
+  return count;
+}
+
+int Descriptors() {
+  const std::filesystem::directory_iterator entries("/proc/self/fd");
+  return static_cast<int>(std::distance(begin(entries), end(entries)));
+}
+
+size_t ResidentBytes() {
+  size_t pages = 0;
+  FILE* statm = fopen("/proc/self/statm", "r");
+  EXPECT_EQ(fscanf(statm, "%*u %zu", &pages), 1);
+  fclose(statm);
+  return pages * static_cast<size_t>(sysconf(_SC_PAGESIZE));
+}
+
+TEST_F(BatteryLifetimeTest, AHandleMayGoWhileItsDeathNoticeIsAboutToRun) {
+  for (int round = 0; round < 50; ++round) {
+    void* handle = nullptr;
+    InitBatteryInfo(&handle);
+    ASSERT_EQ(RegisterBatteryLevelCallback(handle, Client<0>, &seen_), 0);
+    ASSERT_TRUE(seen_.Take());
+    HoldDeliveries hold(Delivery::kDeathNotice);
+    health_.Kill();
+    ASSERT_TRUE(hold.WaitForHeld());
+    DeinitBatteryInfo(&handle);
+    health_.Start();
+    // The allocator likes to give the address away again: the notice must not harm the new owner.
+    void* successor = nullptr;
+    InitBatteryInfo(&successor);
+    ASSERT_EQ(RegisterBatteryLevelCallback(successor, Client<1>, &seen_), 0);
+    ASSERT_TRUE(seen_.Take());
+    log_.Clear();
+    hold.Release();
+    ASSERT_TRUE(standin::WaitUntilDelivered());
+    ASSERT_TRUE(IsLinked(successor));
+    ASSERT_EQ(log_.Count("ReconnectToHealthService"), 0);
+    ASSERT_EQ(health_.callback_count(), 1u);
+    DeinitBatteryInfo(&successor);
+  }
+}
+
+// Somebody else's recipient, which is told of the same death first and destroys the handle.
+struct Stranger {
+  void** handle;
+  std::atomic<bool> told{false};
+
+  static void Died(void* cookie) {
+    auto* self = static_cast<Stranger*>(cookie);
+    DeinitBatteryInfo(self->handle);
+    self->told = true;
+  }
+};
+
+TEST_F(BatteryLifetimeTest, AHandleMayGoInsideSomebodyElsesDeathNotice) {
+  const ndk::SpAIBinder service(AServiceManager_checkService(devices::kHealthInstance));
+  void* handle = nullptr;
+  InitBatteryInfo(&handle);
+  Stranger stranger = {.handle = &handle};
+  const ndk::ScopedAIBinder_DeathRecipient recipient(AIBinder_DeathRecipient_new(Stranger::Died));
+  ASSERT_EQ(AIBinder_linkToDeath(service.get(),
+                                 const_cast<AIBinder_DeathRecipient*>(recipient.get()), &stranger),
+            STATUS_OK);
+  ASSERT_EQ(RegisterBatteryLevelCallback(handle, Client<0>, &seen_), 0);
+  ASSERT_TRUE(seen_.Take());
+  const standin::ShortGetServiceWait short_wait;
+  health_.Kill();
+  ASSERT_TRUE(standin::WaitUntilDelivered());
+  EXPECT_TRUE(stranger.told);
+  EXPECT_EQ(handle, nullptr);
+  health_.Start();
+}
+
+TEST_F(BatteryLifetimeTest, AReportThatComesTooLateTouchesNothing) {
+  RegisterAndHearLevel();
+  HoldDeliveries hold(Delivery::kOneway);
+  health_.SetLevel(1);
+  ASSERT_TRUE(hold.WaitForHeld());
+  DeinitBatteryInfo(&handle_);
+  hold.Release();
+  ASSERT_TRUE(standin::WaitUntilDelivered());
+  EXPECT_TRUE(seen_.empty());
+}
+
+TEST_F(BatteryLifetimeTest, NobodyIsCalledAfterDeinitHasReturned) {
+  const standin::ShortGetServiceWait short_wait;
+  std::atomic<bool> stop{false};
+  std::counting_semaphore<> bursts{0};
+  std::thread battery([&] {
+    for (int level = 0; bursts.acquire(), !stop;) {
+      for (int i = 0; i < 20; ++i) health_.SetLevel(++level % 100);
+    }
+  });
+  const int rounds = kSanitized ? 100 : 500;
+  for (int round = 0; round < rounds; ++round) {
+    Seen<Call> seen;  // goes right after the handle: a later call would be a use after free
+    void* handle = nullptr;
+    InitBatteryInfo(&handle);
+    bursts.release();
+    ASSERT_EQ(RegisterBatteryLevelCallback(handle, Client<0>, &seen), 0);
+    ASSERT_EQ(RegisterBatteryCycleCountCallback(handle, Client<1>, &seen), 0);
+    if (round % 2 == 0) {
+      ASSERT_TRUE(seen.Take());
+    }
+    if (round % 3 == 0) {
+      health_.Kill();
+      health_.Start();
+    }
+    DeinitBatteryInfo(&handle);
+  }
+  stop = true;
+  bursts.release();
+  battery.join();
+}
+
+TEST_F(BatteryLifetimeTest, ADeathStormEndsWithEveryRegistrationRestored) {
+  const standin::ShortGetServiceWait short_wait;
+  RegisterAndHearLevel();
+  const int rounds = kSanitized ? 100 : 500;
+  for (int round = 0; round < rounds; ++round) {
+    health_.Kill();
+    health_.Start();
+  }
+  health_.SetLevel(7);
+  EXPECT_TRUE(Eventually([this] {
+    return IsLinked(handle_) && health_.callback_count() == 1 && standin::WaitUntilDelivered() &&
+           IsLinked(handle_);
+  }));
+  EXPECT_EQ(GetBatteryLevel(handle_, true), 7);
+}
+
+TEST_F(BatteryLifetimeTest, InitAndDeinitLeaveNothingBehind) {
+  const auto cycle = [] {
+    void* handle = nullptr;
+    InitBatteryInfo(&handle);
+    ASSERT_NE(handle, nullptr);
+    DeinitBatteryInfo(&handle);
+    ASSERT_EQ(handle, nullptr);
+    DeinitBatteryInfo(&handle);
+  };
+  for (int i = 0; i < 1000; ++i) cycle();  // the allocator and the thread stacks settle
+  log_.Clear();
+  const int threads = LibraryThreads();
+  const int descriptors = Descriptors();
+  const size_t resident = ResidentBytes();
+  const int count = kSanitized ? 2'000 : 100'000;
+  for (int i = 0; i < count; ++i) {
+    cycle();
+    log_.Clear();  // the capture's own memory
+  }
+  EXPECT_TRUE(Eventually([=] { return LibraryThreads() == threads; }));
+  EXPECT_EQ(Descriptors(), descriptors);
+  if (!kSanitized) {
+    // 20 bytes a round would show.
+    EXPECT_LT(ResidentBytes(), resident + 2'000'000);
+  }
+  for (int operation = 0; operation < static_cast<int>(HealthOperation::kCount); ++operation) {
+    EXPECT_EQ(Calls(static_cast<HealthOperation>(operation)), 0);
+  }
+}
+
+// Runs in a process of its own. The first worker finds room for its stack or not; in neither case
+// may anything but the exception come of it.
+[[noreturn]] void InitWithoutRoom() {
+  const rlimit no_room = {.rlim_cur = 1, .rlim_max = RLIM_INFINITY};
+  setrlimit(RLIMIT_AS, &no_room);
+  int untouched = 0;
+  void* handle = &untouched;
+  try {
+    InitBatteryInfo(&handle);
+  } catch (const std::system_error& error) {
+    std::_Exit(handle == &untouched && error.code() == std::errc::resource_unavailable_try_again
+                   ? 0
+                   : 1);
+  }
+  std::_Exit(2);
+}
+
+TEST(BatteryLifetimeDeathTest, AFailureToMakeAThreadReachesTheCaller) {
+  if (kSanitized) GTEST_SKIP() << "the sanitizers need the address space that this test takes away";
+  testing::FLAGS_gtest_death_test_style = "threadsafe";  // no stacks of earlier threads to reuse
+  EXPECT_EXIT(InitWithoutRoom(), testing::ExitedWithCode(0), "");
+}
+
+}  // namespace
+}  // namespace norvik::qel

@@ -1,0 +1,88 @@
+/* Every function of quorvel.h from C11, with no service about: links, and refuses what it has to. */
+#define _POSIX_C_SOURCE 200809L
+
+#include <errno.h>
+#include <stdio.h>
+#include <string.h>
+#include <unistd.h>
+
+#include "quorvel.h"
+
+static int failures = 0;
+
+static void Check(int ok, const char* what, int line) {
+  if (ok) return;
+  fprintf(stderr, "line %d: %s\n", line, what);
+  ++failures;
+}
+#define CHECK(condition) Check((condition), #condition, __LINE__)
+
+static void OnValue(int value, void* cookie) { *(int*)cookie = value; }
+
+typedef int (*Getter)(void* handle, bool use_cached);
+typedef int (*Registrar)(void* handle, BatteryInfoCallback callback, void* cookie);
+typedef int (*Deregistrar)(void* handle, BatteryInfoCallback callback);
+
+static const struct {
+  Getter get;
+  Registrar enlist;
+  Deregistrar leave;
+} kProperties[] = {
+    {GetBatteryLevel, RegisterBatteryLevelCallback, DeregisterBatteryLevelCallback},
+    {GetBatteryCycleCount, RegisterBatteryCycleCountCallback, DeregisterBatteryCycleCountCallback},
+    {GetWirelessChargerIsOnline, RegisterWirelessChargerIsOnlineCallback,
+     DeregisterWirelessChargerIsOnlineCallback},
+    {GetDockChargerIsOnline, RegisterDockChargerIsOnlineCallback,
+     DeregisterDockChargerIsOnlineCallback},
+};
+
+static void TestBatteryRefusals(void) {
+  InitBatteryInfo(NULL);
+  DeinitBatteryInfo(NULL);
+  DumpBatteryInfo(NULL, STDERR_FILENO);
+  int value = 0;
+  void* handle = NULL;
+  InitBatteryInfo(&handle);
+  CHECK(handle != NULL);
+  for (size_t i = 0; i < sizeof kProperties / sizeof kProperties[0]; ++i) {
+    CHECK(kProperties[i].get(NULL, true) == -EINVAL);
+    CHECK(kProperties[i].get(NULL, false) == -EINVAL);
+    CHECK(kProperties[i].enlist(NULL, OnValue, &value) == -EINVAL);
+    CHECK(kProperties[i].enlist(handle, NULL, &value) == -EINVAL);
+    CHECK(kProperties[i].leave(NULL, OnValue) == -EINVAL);
+    CHECK(kProperties[i].leave(handle, NULL) == -EINVAL);
+  }
+  DeinitBatteryInfo(&handle);
+  CHECK(handle == NULL);
+  DeinitBatteryInfo(&handle);
+}
+
+static void TestBatteryWithoutAService(void) {
+  int value = 0;
+  void* handle = NULL;
+  InitBatteryInfo(&handle);
+  for (size_t i = 0; i < sizeof kProperties / sizeof kProperties[0]; ++i) {
+    CHECK(kProperties[i].get(handle, true) == -1);
+    CHECK(kProperties[i].get(handle, false) == -EAGAIN);
+    CHECK(kProperties[i].enlist(handle, OnValue, &value) == 0);
+    CHECK(kProperties[i].enlist(handle, OnValue, NULL) == -EINVAL);
+  }
+  FILE* file = tmpfile();
+  DumpBatteryInfo(handle, fileno(file));
+  char text[512] = {0};
+  CHECK(pread(fileno(file), text, sizeof text - 1, 0) > 0);
+  CHECK(strstr(text, "  Dock Charger Is Online = -1 (clients:1)\n") != NULL);
+  fclose(file);
+  for (size_t i = 0; i < sizeof kProperties / sizeof kProperties[0]; ++i) {
+    CHECK(kProperties[i].leave(handle, OnValue) == 0);
+    CHECK(kProperties[i].leave(handle, OnValue) == -EINVAL);
+  }
+  DeinitBatteryInfo(&handle);
+  CHECK(value == 0);
+}
+
+int main(void) {
+  TestBatteryRefusals();
+  TestBatteryWithoutAService();
+  return failures == 0 ? 0 : 1;
+}

@@ -1,0 +1,32 @@
+#!/usr/bin/env bash
+# exports_test.sh LIBRARY MAP HEADER: the list of exports, the header's functions and the library's
+# symbols, each compared with the others.
+set -euo pipefail
+export LC_ALL=C
+library=$1 map=$2 header=$3
+
+compare() {  # compare NAME-OF-FIRST FIRST NAME-OF-SECOND SECOND
+  local only
+  only=$(comm -23 <(sort -u <<<"$2") <(sort -u <<<"$4"))
+  [ -z "$only" ] || { printf 'in %s, not in %s:\n%s\n' "$1" "$3" "$only"; failed=1; }
+  only=$(comm -13 <(sort -u <<<"$2") <(sort -u <<<"$4"))
+  [ -z "$only" ] || { printf 'in %s, not in %s:\n%s\n' "$3" "$1" "$only"; failed=1; }
+}
+
+failed=0
+listed=$(sed -n 's/^ *\([A-Z][A-Za-z0-9]*\);$/\1/p' "$map")
+declared=$(sed -n 's/^[a-z][a-z0-9 ]*[ *]\([A-Z][A-Za-z0-9]*\)(.*/\1/p' "$header")
+symbols=$(nm --dynamic --defined-only --demangle "$library" | cut -d' ' -f3-)
+exported=$(grep -vE '[:(]| for ' <<<"$symbols")
+[ -n "$listed" ] && [ -n "$declared" ] && [ -n "$exported" ] || { echo "nothing to compare"; exit 1; }
+compare "the list" "$listed" "the header" "$declared"
+compare "the list" "$listed" "the library" "$exported"
+
+# Classes: each listed one has exported members, and nothing else of C++ is exported.
+listed=$(sed -n 's/^ *\([a-zA-Z:]*\)::\*;$/\1/p' "$map")
+exported=$(grep -E '::' <<<"$symbols" | sed -e 's/^vtable for \(.*\)$/\1::vtable/' -e 's/(.*//' \
+  -e 's/::~\?[A-Za-z_]*$//')
+[ -n "$listed" ] && [ -n "$exported" ] || { echo "no classes to compare"; exit 1; }
+compare "the list" "$listed" "the library" "$exported"
+[ "$failed" = 0 ] && echo "exports agree: $(wc -l <<<"$declared") functions, $(wc -l <<<"$listed") classes"
+exit "$failed"

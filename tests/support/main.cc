@@ -1,0 +1,12 @@
+// The host program of the tests: it starts the binder threads, as on a device.
+#include <android/binder_process.h>
+#include <android/log.h>
+#include <gtest/gtest.h>
+
+int main(int argc, char** argv) {
+  testing::InitGoogleTest(&argc, argv);
+  // Tests look at the log through a LogCapture; what is logged outside one is only noise.
+  __android_log_set_minimum_priority(ANDROID_LOG_ERROR);
+  ABinderProcess_startThreadPool();
+  return RUN_ALL_TESTS();
+}

@@ -1,0 +1,57 @@
+// How tests wait: for the event itself, with a limit that only a broken build meets.
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <thread>
+
+namespace norvik::qel {
+
+inline constexpr std::chrono::seconds kHangGuard(10);
+
+// What happened on another thread, in order; the test takes it out one by one.
+//
+// Threads: any.
+template <typename T>
+class Seen {
+ public:
+  void Put(T value) {
+    std::lock_guard<std::mutex> lock(lock_);
+    values_.push_back(std::move(value));
+    changed_.notify_all();
+  }
+  // The oldest one, waited for; nothing after `limit`.
+  std::optional<T> Take(std::chrono::milliseconds limit = kHangGuard) {
+    std::unique_lock<std::mutex> lock(lock_);
+    if (!changed_.wait_for(lock, limit, [this] { return !values_.empty(); })) return std::nullopt;
+    T value = std::move(values_.front());
+    values_.pop_front();
+    return value;
+  }
+  bool empty() const {
+    std::lock_guard<std::mutex> lock(lock_);
+    return values_.empty();
+  }
+
+ private:
+  mutable std::mutex lock_;
+  std::condition_variable changed_;
+  std::deque<T> values_;
+};
+
+// For what the system tells to those who ask only, such as the number of threads: asks until it is
+// so. False after the hang guard.
+inline bool Eventually(const std::function<bool()>& is_so) {
+  const auto deadline = std::chrono::steady_clock::now() + kHangGuard;
+  while (!is_so()) {
+    if (std::chrono::steady_clock::now() > deadline) return false;
+    std::this_thread::yield();
+  }
+  return true;
+}
+
+}  // namespace norvik::qel
