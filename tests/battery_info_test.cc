@@ -247,11 +247,10 @@ TEST_F(BatteryInfoTest, AFreshQueryThatFailsSaysSoAndKeepsTheValues) {
       .Then(standin::Outcome::ServiceSpecific(2 /* unknown */));
   log_.Clear();
   EXPECT_EQ(GetBatteryLevel(handle_, false), -EAGAIN);
-  EXPECT_THAT(log_.Lines(),
-              ElementsAre(standin::LogLine{
-                  .priority = ANDROID_LOG_WARN,
-                  .tag = "audio_hw_battery",
-                  .text = "GetInfoFromHealthService: Unable to get healthInfo"}));
+  EXPECT_THAT(log_.Lines(), ElementsAre(standin::LogLine{
+                                .priority = ANDROID_LOG_WARN,
+                                .tag = "audio_hw_battery",
+                                .text = "GetInfoFromHealthService: Unable to get healthInfo"}));
   EXPECT_EQ(GetBatteryLevel(handle_, true), 50);
 
   void* fresh = nullptr;

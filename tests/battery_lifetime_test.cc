@@ -209,16 +209,14 @@ TEST_F(BatteryLifetimeTest, InitAndDeinitLeaveNothingBehind) {
   try {
     InitBatteryInfo(&handle);
   } catch (const std::system_error& error) {
-    std::_Exit(handle == &untouched && error.code() == std::errc::resource_unavailable_try_again
-                   ? 0
-                   : 1);
+    std::_Exit(
+        handle == &untouched && error.code() == std::errc::resource_unavailable_try_again ? 0 : 1);
   }
   std::_Exit(2);
 }
 
 TEST(BatteryLifetimeDeathTest, AFailureToMakeAThreadReachesTheCaller) {
   if (kSanitized) GTEST_SKIP() << "the sanitizers need the address space that this test takes away";
-  testing::FLAGS_gtest_death_test_style = "threadsafe";  // no stacks of earlier threads to reuse
   EXPECT_EXIT(InitWithoutRoom(), testing::ExitedWithCode(0), "");
 }
 

@@ -71,10 +71,10 @@ TEST_F(BatteryLinkTest, ARefusedRegistrationIsRetried) {
   health_.on(HealthOperation::kRegisterCallback).Then(Outcome::ServiceSpecific(2));
   ASSERT_EQ(RegisterBatteryLevelCallback(handle_, Client<0>, &seen_), 0);
   EXPECT_EQ(seen_.Take(), (Call{0, 50}));
-  EXPECT_THAT(BatteryLog(),
-              testing::IsSupersetOf(
-                  {"LinkToHealthService: Failed to register callback to health service",
-                   kStartsToRestore, kAttempt}));
+  EXPECT_THAT(
+      BatteryLog(),
+      testing::IsSupersetOf({"LinkToHealthService: Failed to register callback to health service",
+                             kStartsToRestore, kAttempt}));
   EXPECT_EQ(Calls(HealthOperation::kRegisterCallback), 2);
   EXPECT_EQ(health_.callback_count(), 1u);
 }
@@ -86,8 +86,8 @@ TEST_F(BatteryLinkTest, ARefusedLinkTakesTheRegistrationBackAndIsRetried) {
   health_.on(HealthOperation::kRegisterCallback).Then(Outcome{});
   health_.on(HealthOperation::kRegisterCallback).Then(Outcome::After(gate));
   ASSERT_EQ(RegisterBatteryLevelCallback(handle_, Client<0>, &seen_), 0);
-  EXPECT_THAT(Warnings(), ElementsAre("LinkToHealthService:Failed to link to health death",
-                                      kStartsToRestore));
+  EXPECT_THAT(Warnings(),
+              ElementsAre("LinkToHealthService:Failed to link to health death", kStartsToRestore));
   ASSERT_TRUE(gate->WaitForArrivals());
   EXPECT_EQ(Calls(HealthOperation::kUnregisterCallback), 1);
   EXPECT_EQ(health_.callback_count(), 0u);

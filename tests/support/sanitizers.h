@@ -1,24 +1,18 @@
-// Which sanitizer this is built with.
+// Whether this is built with a sanitizer.
 #pragma once
 
 #if defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define QUORVEL_ASAN 1
-#endif
-#if __has_feature(thread_sanitizer)
-#define QUORVEL_TSAN 1
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define QUORVEL_SANITIZED 1
 #endif
 #endif
-#if defined(__SANITIZE_ADDRESS__)
-#define QUORVEL_ASAN 1
-#endif
-#if defined(__SANITIZE_THREAD__)
-#define QUORVEL_TSAN 1
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define QUORVEL_SANITIZED 1
 #endif
 
 namespace norvik::qel {
 
-#if defined(QUORVEL_ASAN) || defined(QUORVEL_TSAN)
+#if defined(QUORVEL_SANITIZED)
 inline constexpr bool kSanitized = true;
 #else
 inline constexpr bool kSanitized = false;

@@ -1,0 +1,516 @@
+// The Linux machine's battery and chargers, on device trees made up for each test.
+#include "devices/linux/health.h"
+
+#include <android/binder_manager.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <umockdev.h>
+
+#include <algorithm>
+#include <atomic>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "devices/linux/power_supplies.h"
+#include "quorvel.h"
+#include "standin/deliveries.h"
+#include "tests/support/waiting.h"
+
+namespace norvik::qel {
+namespace {
+
+using aidl::android::hardware::health::BatteryCapacityLevel;
+using aidl::android::hardware::health::BatteryHealth;
+using aidl::android::hardware::health::BatteryStatus;
+using aidl::android::hardware::health::IHealth;
+using devices::DeviceEvent;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::IsSupersetOf;
+
+using Files = std::map<std::string, std::string>;
+
+const Files kGoodBattery = {
+    {"type", "Battery\n"}, {"status", "Discharging\n"}, {"present", "1\n"},
+    {"capacity", "73\n"},  {"cycle_count", "312\n"},
+};
+
+Files With(Files files, const Files& others) {
+  for (const auto& [file, content] : others) files[file] = content;
+  return files;
+}
+
+// A machine of whose devices only those exist that a test adds.
+class Machine {
+ public:
+  Machine() : testbed_(umockdev_testbed_new()) {}
+  ~Machine() { g_object_unref(testbed_); }
+  Machine(const Machine&) = delete;
+  Machine& operator=(const Machine&) = delete;
+
+  // The kernel announces it.
+  void Add(const std::string& name, const Files& files) {
+    std::vector<gchar*> attributes;
+    for (const auto& [file, content] : files) {
+      attributes.push_back(const_cast<gchar*>(file.c_str()));
+      attributes.push_back(const_cast<gchar*>(content.c_str()));
+    }
+    attributes.push_back(nullptr);
+    gchar* no_properties[] = {nullptr};
+    g_free(umockdev_testbed_add_devicev(testbed_, "power_supply", name.c_str(), /*parent=*/nullptr,
+                                        attributes.data(), no_properties));
+  }
+  // Announced before the files have gone, as the kernel does.
+  void Remove(const std::string& name) {
+    Announce(name, "remove");
+    Vanish(name);
+  }
+  void Vanish(const std::string& name) {
+    umockdev_testbed_remove_device(testbed_, DevPath(name).c_str());
+  }
+  void Set(const std::string& name, const std::string& file, const std::string& content) {
+    umockdev_testbed_set_attribute(testbed_, DevPath(name).c_str(), file.c_str(), content.c_str());
+  }
+  void Announce(const std::string& name, const char* action = "change") {
+    umockdev_testbed_uevent(testbed_, DevPath(name).c_str(), action);
+  }
+  void Change(const std::string& name, const std::string& file, const std::string& content) {
+    Set(name, file, content);
+    Announce(name);
+  }
+  void Erase(const std::string& name, const std::string& file) {
+    EXPECT_TRUE(std::filesystem::remove(RealPath(name, file)));
+  }
+  // Root may read anything, so this is the one way that libudev refuses to.
+  void MakeUnreadable(const std::string& name, const std::string& file) {
+    EXPECT_EQ(chmod(RealPath(name, file).c_str(), 0200), 0);
+  }
+
+ private:
+  static std::string DevPath(const std::string& name) { return "/sys/devices/" + name; }
+  std::string RealPath(const std::string& name, const std::string& file) {
+    const std::unique_ptr<gchar, decltype(&g_free)> root(umockdev_testbed_get_root_dir(testbed_),
+                                                         g_free);
+    return root.get() + DevPath(name) + "/" + file;
+  }
+
+  UMockdevTestbed* const testbed_;
+};
+
+class LinuxHealthTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    machine_ = std::make_unique<Machine>();
+    // Of a real machine's directories only those exist that hold a device.
+    ASSERT_FALSE(std::filesystem::exists("/sys/kernel")) << "run this under umockdev-wrapper";
+    InitBatteryInfo(&handle_);
+  }
+  void TearDown() override {
+    DeinitBatteryInfo(&handle_);
+    health_.Stop();
+    EXPECT_TRUE(standin::WaitUntilDelivered());
+  }
+
+  static void Hear(int value, void* cookie) { static_cast<Seen<int>*>(cookie)->Put(value); }
+
+  // Clients for all four properties, on a machine that knows them; their first calls are taken.
+  void RegisterAll() {
+    ASSERT_EQ(RegisterBatteryLevelCallback(handle_, Hear, &levels_), 0);
+    ASSERT_EQ(RegisterBatteryCycleCountCallback(handle_, Hear, &cycles_), 0);
+    ASSERT_EQ(RegisterWirelessChargerIsOnlineCallback(handle_, Hear, &wireless_), 0);
+    ASSERT_EQ(RegisterDockChargerIsOnlineCallback(handle_, Hear, &dock_), 0);
+  }
+
+  // What people have been told since they were last asked. A supply of no known type is told after
+  // all that.
+  std::vector<std::string> Notices() {
+    const std::string marker = "marker" + std::to_string(++markers_);
+    machine_->Add(marker, {{"type", "Gizmo\n"}});
+    std::vector<std::string> notices;
+    while (const std::optional<DeviceEvent> event = events_.Take()) {
+      if (event->kind != DeviceEvent::Kind::kNotice) continue;
+      if (event->detail == marker + "/type: \"Gizmo\" is not a known word") return notices;
+      notices.push_back(event->detail);
+    }
+    ADD_FAILURE() << "no word of the marker";
+    return notices;
+  }
+
+  std::unique_ptr<Machine> machine_;
+  Seen<DeviceEvent> events_;
+  Seen<int> levels_, cycles_, wireless_, dock_;
+  linux_device::Health health_{[this](const DeviceEvent& event) { events_.Put(event); }};
+  void* handle_ = nullptr;
+  int markers_ = 0;
+};
+
+TEST_F(LinuxHealthTest, ALaptopsBatteryIsServedInTheUnitsOfTheService) {
+  machine_->Add("AC", {{"type", "Mains\n"}, {"online", "1\n"}});
+  machine_->Add("BAT0", With(kGoodBattery, {{"status", "Charging\n"},
+                                            {"health", "Good\n"},
+                                            {"capacity_level", "Normal\n"},
+                                            {"technology", "Li-ion\n"},
+                                            {"voltage_now", "12345678\n"},
+                                            {"temp", "-52\n"},
+                                            {"current_now", "-1500000\n"},
+                                            {"current_avg", "-1400000\n"},
+                                            {"charge_full", "4500000\n"},
+                                            {"charge_full_design", "5000000\n"},
+                                            {"charge_now", "3285000\n"},
+                                            {"time_to_full_now", "5400\n"}}));
+  health_.Start();
+  RegisterAll();
+  EXPECT_EQ(levels_.Take(), 73);
+  EXPECT_EQ(cycles_.Take(), 312);
+  EXPECT_EQ(wireless_.Take(), 1);  // 1: not online
+  EXPECT_EQ(dock_.Take(), 1);
+
+  linux_device::Health::HealthInfo expected;
+  expected.chargerAcOnline = true;
+  expected.batteryPresent = true;
+  expected.batteryLevel = 73;
+  expected.batteryCycleCount = 312;
+  expected.batteryStatus = BatteryStatus::CHARGING;
+  expected.batteryHealth = BatteryHealth::GOOD;
+  expected.batteryCapacityLevel = BatteryCapacityLevel::NORMAL;
+  expected.batteryTechnology = "Li-ion";
+  expected.batteryVoltageMillivolts = 12345;
+  expected.batteryTemperatureTenthsCelsius = -52;
+  expected.batteryCurrentMicroamps = -1500000;
+  expected.batteryCurrentAverageMicroamps = -1400000;
+  expected.batteryFullChargeUah = 4500000;
+  expected.batteryFullChargeDesignCapacityUah = 5000000;
+  expected.batteryChargeCounterUah = 3285000;
+  expected.batteryChargeTimeToFullNowSeconds = 5400;
+  EXPECT_EQ(health_.info(), expected) << health_.info().toString();
+  EXPECT_THAT(Notices(), IsEmpty());
+}
+
+TEST_F(LinuxHealthTest, APhonesWirelessChargerAndDockAreOnline) {
+  machine_->Add("battery", kGoodBattery);
+  machine_->Add("usb", {{"type", "USB\n"}, {"online", "0\n"}, {"current_max", "500000\n"}});
+  machine_->Add("wireless", {{"type", "Wireless\n"},
+                             {"online", "2\n"},  // online, with a programmable voltage
+                             {"current_max", "1100000\n"},
+                             {"voltage_max", "9000000\n"}});
+  machine_->Add("Pogo-Dock", {{"type", "Mains\n"}, {"online", "1\n"}});
+  health_.Start();
+  RegisterAll();
+  EXPECT_EQ(wireless_.Take(), 0);  // 0: online
+  EXPECT_EQ(dock_.Take(), 0);
+  const auto info = health_.info();
+  EXPECT_FALSE(info.chargerAcOnline) << "a dock is no AC charger besides";
+  EXPECT_FALSE(info.chargerUsbOnline);
+  EXPECT_EQ(info.maxChargingCurrentMicroamps, 1100000) << "of a charger that is online";
+  EXPECT_EQ(info.maxChargingVoltageMicrovolts, 9000000);
+
+  machine_->Change("wireless", "online", "0\n");
+  EXPECT_EQ(wireless_.Take(), 1);
+  machine_->Remove("Pogo-Dock");
+  EXPECT_EQ(dock_.Take(), 1);
+  machine_->Add("cradle", {{"type", "Dock\n"}, {"online", "1\n"}});
+  EXPECT_EQ(dock_.Take(), 0);
+  machine_->Change("usb", "online", "1\n");
+  EXPECT_TRUE(Eventually([&] { return health_.info().chargerUsbOnline; }));
+}
+
+TEST_F(LinuxHealthTest, WhatTheKernelAnnouncesReachesClients) {
+  machine_->Add("BAT0", kGoodBattery);
+  health_.Start();
+  RegisterAll();
+  ASSERT_EQ(levels_.Take(), 73);
+  ASSERT_EQ(cycles_.Take(), 312);
+
+  machine_->Change("BAT0", "capacity", "72\n");
+  EXPECT_EQ(levels_.Take(), 72);
+  machine_->Announce("BAT0");  // nothing has changed: a call would come before the next one
+  machine_->Change("BAT0", "capacity", "71\n");
+  EXPECT_EQ(levels_.Take(), 71);
+  machine_->Change("BAT0", "cycle_count", "313\n");
+  EXPECT_EQ(cycles_.Take(), 313);
+}
+
+TEST_F(LinuxHealthTest, WhoAsksHearsWhatTheDriverHasNotAnnounced) {
+  machine_->Add("BAT0", kGoodBattery);
+  health_.Start();
+  ASSERT_EQ(GetBatteryLevel(handle_, /*use_cached=*/false), 73);
+  machine_->Set("BAT0", "capacity", "64\n");
+  EXPECT_EQ(GetBatteryLevel(handle_, /*use_cached=*/false), 64);
+
+  // Faults met on the way are told, too.
+  machine_->Set("BAT0", "capacity", "\n");
+  EXPECT_EQ(GetBatteryLevel(handle_, /*use_cached=*/false), -1);
+  EXPECT_THAT(Notices(), ElementsAre("BAT0/capacity: empty"));
+}
+
+TEST_F(LinuxHealthTest, PeripheralsAreNotTheMachine) {
+  // Before BAT0 by name.
+  machine_->Add("A_mouse", {{"type", "Battery\n"}, {"scope", "Device\n"}, {"capacity", "11\n"}});
+  // Perhaps a peripheral: nobody can tell.
+  machine_->Add("A_riddle", {{"type", "Battery\n"}, {"scope", "?\n"}, {"capacity", "12\n"}});
+  machine_->Add("A_ups", {{"type", "UPS\n"}, {"capacity", "13\n"}});
+  machine_->Add("A_pen_charger",
+                {{"type", "Wireless\n"}, {"scope", "Device\n"}, {"online", "1\n"}});
+  health_.Start();
+  EXPECT_EQ(GetBatteryLevel(handle_, /*use_cached=*/false), -1);
+  EXPECT_EQ(GetWirelessChargerIsOnline(handle_, /*use_cached=*/false), 1);
+  EXPECT_FALSE(health_.info().batteryPresent);
+  EXPECT_THAT(Notices(), ElementsAre("A_riddle/scope: \"?\" is not a known word",
+                                     "this machine has no battery"));
+
+  machine_->Add("BAT0", With(kGoodBattery, {{"scope", "System\n"}}));
+  EXPECT_EQ(GetBatteryLevel(handle_, /*use_cached=*/false), 73);
+}
+
+TEST_F(LinuxHealthTest, TheFirstBatteryThatIsThereCounts) {
+  machine_->Add("BAT2", With(kGoodBattery, {{"capacity", "22\n"}}));
+  machine_->Add("BAT1", With(kGoodBattery, {{"capacity", "21\n"}}));
+  machine_->Add("BAT0", {{"type", "Battery\n"}, {"present", "0\n"}});  // an empty bay
+  health_.Start();
+  RegisterAll();
+  EXPECT_EQ(levels_.Take(), 21);
+  machine_->Set("BAT0", "capacity", "20\n");
+  machine_->Set("BAT0", "cycle_count", "5\n");
+  machine_->Change("BAT0", "present", "1\n");
+  EXPECT_EQ(levels_.Take(), 20);
+  EXPECT_THAT(Notices(), IsEmpty()) << "what is not there misses nothing";
+}
+
+TEST_F(LinuxHealthTest, AMachineWithoutABatterySaysSoAndServesItsChargers) {
+  machine_->Add("AC", {{"type", "Mains\n"}, {"online", "1\n"}});
+  machine_->Add("BAT0", {{"type", "Battery\n"}, {"present", "0\n"}, {"capacity", "0\n"}});
+  machine_->Add("pad", {{"type", "Wireless\n"}, {"online", "0\n"}});
+  health_.Start();
+  ASSERT_EQ(RegisterWirelessChargerIsOnlineCallback(handle_, Hear, &wireless_), 0);
+  EXPECT_EQ(wireless_.Take(), 1);
+  machine_->Change("pad", "online", "1\n");
+  EXPECT_EQ(wireless_.Take(), 0);
+
+  EXPECT_EQ(GetBatteryLevel(handle_, /*use_cached=*/true), -1);
+  EXPECT_EQ(GetBatteryCycleCount(handle_, /*use_cached=*/true), -1);
+  EXPECT_TRUE(health_.info().chargerAcOnline);
+  EXPECT_FALSE(health_.info().batteryPresent);
+  EXPECT_THAT(Notices(), ElementsAre("this machine has no battery"));
+}
+
+TEST_F(LinuxHealthTest, ABatteryComesAndGoes) {
+  health_.Start();
+  ASSERT_EQ(RegisterBatteryLevelCallback(handle_, Hear, &levels_), 0);
+  EXPECT_THAT(Notices(), ElementsAre("this machine has no battery"));
+
+  for (const char* const level : {"40", "50"}) {
+    machine_->Add("BAT0", With(kGoodBattery, {{"capacity", level}, {"cycle_count", "0\n"}}));
+    ASSERT_TRUE(Eventually(
+        [&] { return GetBatteryLevel(handle_, /*use_cached=*/true) == std::stoi(level); }));
+    EXPECT_TRUE(health_.info().batteryPresent);
+    machine_->Remove("BAT0");
+    ASSERT_TRUE(Eventually([&] { return GetBatteryLevel(handle_, /*use_cached=*/true) == -1; }));
+    EXPECT_FALSE(health_.info().batteryPresent);
+    // A battery that comes back is a new one: its fault is told again.
+    EXPECT_THAT(Notices(), ElementsAre("BAT0/cycle_count: 0, which means not available",
+                                       "this machine has no battery"));
+  }
+}
+
+TEST_F(LinuxHealthTest, ASupplyAnnouncedAsGoneIsNotReadFromItsLeftovers) {
+  machine_->Add("BAT0", kGoodBattery);
+  health_.Start();
+  RegisterAll();
+  ASSERT_EQ(levels_.Take(), 73);
+  machine_->Announce("BAT0", "remove");
+  ASSERT_TRUE(Eventually([&] { return GetBatteryLevel(handle_, /*use_cached=*/true) == -1; }));
+  machine_->Vanish("BAT0");
+  EXPECT_EQ(GetBatteryLevel(handle_, /*use_cached=*/false), -1);
+  EXPECT_THAT(Notices(), ElementsAre("this machine has no battery"));
+}
+
+TEST_F(LinuxHealthTest, ASupplyThatVanishesBeforeItIsReadIsNone) {
+  machine_->Add("BAT0", kGoodBattery);
+  machine_->Add("BAT1", With(kGoodBattery, {{"capacity", "21\n"}}));
+  const auto listed = linux_device::ListPowerSupplies();
+  ASSERT_TRUE(listed);
+  ASSERT_EQ(listed->size(), 2u);
+  machine_->Vanish("BAT0");
+  const linux_device::PowerReading reading = linux_device::ReadPowerSupplies(*listed);
+  ASSERT_TRUE(reading.battery);
+  EXPECT_EQ(reading.battery->level_percent, 21) << "the next one stands in";
+  ASSERT_EQ(reading.faults.size(), 1u);
+  EXPECT_EQ(reading.faults[0].supply, "BAT0");
+  EXPECT_EQ(reading.faults[0].what, "vanished while it was read");
+}
+
+// One file of an otherwise good battery.
+struct BrokenFile {
+  enum class How { kContent, kAbsent, kUnreadable };
+  const char* test;
+  const char* file;
+  const char* content;
+  const char* notice;  // after the supply's name
+  How how = How::kContent;
+  friend std::ostream& operator<<(std::ostream& os, const BrokenFile& broken) {
+    return os << broken.file;
+  }
+};
+
+class LinuxBrokenFileTest : public LinuxHealthTest,
+                            public testing::WithParamInterface<BrokenFile> {};
+
+TEST_P(LinuxBrokenFileTest, IsToldOnceAndMakesUpNothing) {
+  const BrokenFile& broken = GetParam();
+  machine_->Add("BAT0",
+                With(With(kGoodBattery, {{"health", "Good\n"}}), {{broken.file, broken.content}}));
+  if (broken.how == BrokenFile::How::kAbsent) machine_->Erase("BAT0", broken.file);
+  if (broken.how == BrokenFile::How::kUnreadable) machine_->MakeUnreadable("BAT0", broken.file);
+  health_.Start();
+  const bool no_level = std::string_view(broken.file) == "capacity";
+  const bool no_cycles = std::string_view(broken.file) == "cycle_count";
+  const int level = no_level ? -1 : 73;
+  const int cycles = no_cycles ? -1 : 312;
+  for (int reading = 0; reading < 3; ++reading) {
+    EXPECT_EQ(GetBatteryLevel(handle_, /*use_cached=*/false), level);
+    EXPECT_EQ(GetBatteryCycleCount(handle_, /*use_cached=*/false), cycles);
+    machine_->Announce("BAT0");
+  }
+  EXPECT_THAT(Notices(), ElementsAre(std::string("BAT0/") + broken.file + ": " + broken.notice));
+
+  // Nothing else of the battery suffers, and the file's own field is what it is on a machine
+  // without the file.
+  auto expected = health_.info();
+  expected.batteryPresent = true;
+  expected.batteryStatus = BatteryStatus::DISCHARGING;
+  expected.batteryVoltageMillivolts = 0;
+  expected.batteryTemperatureTenthsCelsius = 0;
+  expected.batteryTechnology = "";
+  EXPECT_EQ(health_.info(), expected) << health_.info().toString();
+  const bool no_health = std::string_view(broken.file) == "health";
+  EXPECT_EQ(health_.info().batteryHealth, no_health ? BatteryHealth::UNKNOWN : BatteryHealth::GOOD);
+}
+
+using How = BrokenFile::How;
+INSTANTIATE_TEST_SUITE_P(
+    , LinuxBrokenFileTest,
+    testing::Values(
+        BrokenFile{"EmptyLevel", "capacity", "", "empty"},
+        BrokenFile{"TextLevel", "capacity", "full\n", "\"full\" is not a number"},
+        BrokenFile{"LevelWithUnit", "capacity", "55%\n", "\"55%\" is not a number"},
+        BrokenFile{"HexLevel", "capacity", "0x37\n", "\"0x37\" is not a number"},
+        BrokenFile{"FractionalLevel", "capacity", "55.5\n", "\"55.5\" is not a number"},
+        BrokenFile{"BinaryLevel", "capacity", "\x01\xff\n", "\"??\" is not a number"},
+        BrokenFile{"TooHighLevel", "capacity", "250\n", "\"250\" is not within 0 to 100"},
+        BrokenFile{"JustTooHighLevel", "capacity", "101\n", "\"101\" is not within 0 to 100"},
+        BrokenFile{"NegativeLevel", "capacity", "-1\n", "\"-1\" is not within 0 to 100"},
+        // 2 to the power of 32, and 55 more: what is left of it in 32 bits would do.
+        BrokenFile{"WrappingLevel", "capacity", "4294967351\n",
+                   "\"4294967351\" is not within 0 to 100"},
+        BrokenFile{"EndlessLevel", "capacity", "99999999999999999999999999999999999999999999\n",
+                   "\"9999999999999999999999999999999999999999...\" is not within 0 to 100"},
+        BrokenFile{"AbsentLevel", "capacity", "", "not there", How::kAbsent},
+        BrokenFile{"UnreadableLevel", "capacity", "55\n", "cannot be read: Operation not permitted",
+                   How::kUnreadable},
+        BrokenFile{"ZeroCycles", "cycle_count", "0\n", "0, which means not available"},
+        BrokenFile{"NegativeCycles", "cycle_count", "-3\n", "\"-3\" is not within 0 to 2147483647"},
+        BrokenFile{"TooManyCycles", "cycle_count", "2147483648\n",
+                   "\"2147483648\" is not within 0 to 2147483647"},
+        BrokenFile{"AbsentCycles", "cycle_count", "", "not there", How::kAbsent},
+        BrokenFile{"TextVoltage", "voltage_now", "high\n", "\"high\" is not a number"},
+        BrokenFile{"BelowAbsoluteZero", "temp", "-2732\n",
+                   "\"-2732\" is not within -2731 to 2147483647"},
+        BrokenFile{"BinaryTechnology", "technology", "\x02Li\n", "\"?Li\" is not a word"},
+        BrokenFile{"StrangeHealth", "health", "Peachy\n", "\"Peachy\" is not a known word"}),
+    [](const auto& info) { return std::string(info.param.test); });
+
+TEST_F(LinuxHealthTest, AChargerOfWhichNothingIsKnownIsNotOnline) {
+  machine_->Add("BAT0", kGoodBattery);
+  machine_->Add("mute", {{"type", "Wireless\n"}});
+  machine_->Add("odd_dock", {{"type", "USB\n"}, {"online", "3\n"}});
+  machine_->Add("nameless", {{"online", "1\n"}});
+  health_.Start();
+  EXPECT_EQ(GetWirelessChargerIsOnline(handle_, /*use_cached=*/false), 1);
+  EXPECT_EQ(GetDockChargerIsOnline(handle_, /*use_cached=*/false), 1);
+  EXPECT_THAT(Notices(), ElementsAre("mute/online: not there", "nameless/type: not there",
+                                     "odd_dock/online: \"3\" is not within 0 to 2"));
+}
+
+TEST_F(LinuxHealthTest, WhatTheMachineCannotTellIsRefused) {
+  machine_->Add("BAT0", With(kGoodBattery, {{"capacity", "\n"}, {"current_now", "-250\n"}}));
+  health_.Start();
+  const auto service =
+      IHealth::fromBinder(ndk::SpAIBinder(AServiceManager_checkService(devices::kHealthInstance)));
+  ASSERT_NE(service, nullptr);
+  int32_t value = 0;
+  EXPECT_EQ(service->getCapacity(&value).getExceptionCode(), EX_UNSUPPORTED_OPERATION);
+  EXPECT_EQ(service->getChargeCounterUah(&value).getExceptionCode(), EX_UNSUPPORTED_OPERATION);
+  EXPECT_TRUE(service->getCurrentNowMicroamps(&value).isOk());
+  EXPECT_EQ(value, -250);
+}
+
+size_t OpenFiles() {
+  for (auto& e : std::filesystem::directory_iterator("/proc/self/fd")) {
+    std::error_code ec;
+    fprintf(stderr, "%s->%s  ", e.path().c_str(), std::filesystem::read_symlink(e, ec).c_str());
+  }
+  fprintf(stderr, "\n");
+  const std::filesystem::directory_iterator files("/proc/self/fd");
+  return static_cast<size_t>(std::distance(begin(files), end(files)));
+}
+
+TEST_F(LinuxHealthTest, StoppingLeavesNothingBehindAndStartingBringsClientsBack) {
+  machine_->Add("BAT0", kGoodBattery);
+  const size_t files_before = OpenFiles();
+  health_.Start();
+  RegisterAll();
+  ASSERT_EQ(levels_.Take(), 73);
+  EXPECT_TRUE(AServiceManager_isDeclared(devices::kHealthInstance));
+
+  health_.Stop();
+  EXPECT_FALSE(AServiceManager_isDeclared(devices::kHealthInstance));
+  EXPECT_EQ(GetBatteryLevel(handle_, /*use_cached=*/false), -EAGAIN);
+  machine_->Change("BAT0", "capacity", "60\n");  // nobody listens
+
+  health_.Start();
+  EXPECT_EQ(levels_.Take(), 60);
+  DeregisterBatteryLevelCallback(handle_, Hear);
+  DeregisterBatteryCycleCountCallback(handle_, Hear);
+  DeregisterWirelessChargerIsOnlineCallback(handle_, Hear);
+  DeregisterDockChargerIsOnlineCallback(handle_, Hear);
+  health_.Stop();
+  // A thread of the service's process may still be on its way out of a call.
+  EXPECT_TRUE(Eventually([&] { return OpenFiles() == files_before; }));
+}
+
+TEST_F(LinuxHealthTest, SuppliesThatComeAndGoWhileManyAskEndInTheLastState) {
+  machine_->Add("BAT0", kGoodBattery);
+  health_.Start();
+  RegisterAll();
+  std::atomic<bool> done = false;
+  std::thread asker([&] {
+    while (!done) {
+      const int level = GetBatteryLevel(handle_, /*use_cached=*/false);
+      EXPECT_TRUE(level == 73 || level == 10 || level == -1) << level;
+    }
+  });
+  for (int i = 0; i < 50; ++i) {
+    machine_->Add("A_spare", With(kGoodBattery, {{"capacity", "10\n"}}));
+    machine_->Change("BAT0", "status", i % 2 == 0 ? "Charging\n" : "Discharging\n");
+    machine_->Remove("A_spare");
+  }
+  EXPECT_TRUE(Eventually([&] { return GetBatteryLevel(handle_, /*use_cached=*/true) == 73; }));
+  done = true;
+  asker.join();
+  EXPECT_EQ(GetBatteryLevel(handle_, /*use_cached=*/false), 73);
+  EXPECT_EQ(health_.info().batteryStatus, BatteryStatus::DISCHARGING);
+}
+
+}  // namespace
+}  // namespace norvik::qel

@@ -1,0 +1,426 @@
+// The rules of the stand-in that decide whether the other tests mean anything: who is remote, on
+// which thread a call runs, what a death does.
+#include <aidl/android/hardware/health/BnHealth.h>
+#include <aidl/android/hardware/health/BnHealthInfoCallback.h>
+#include <android/binder_manager.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "devices/common/health_service.h"
+#include "devices/simulated/health.h"
+#include "standin/deliveries.h"
+#include "standin/log_capture.h"
+#include "standin/service_manager.h"
+#include "standin/service_process.h"
+#include "tests/support/waiting.h"
+
+namespace norvik::qel {
+namespace {
+
+using aidl::android::hardware::health::BnHealthInfoCallback;
+using aidl::android::hardware::health::HealthInfo;
+using aidl::android::hardware::health::IHealth;
+using aidl::android::hardware::health::IHealthInfoCallback;
+using devices::HealthOperation;
+using devices::kHealthInstance;
+using standin::Delivery;
+using standin::HoldDeliveries;
+using standin::Outcome;
+using testing::ElementsAre;
+
+// Remembers what arrives and on which thread.
+class Callback : public BnHealthInfoCallback {
+ public:
+  ndk::ScopedAStatus healthInfoChanged(const HealthInfo& info) override {
+    threads.Put(std::this_thread::get_id());
+    levels.Put(info.batteryLevel);
+    return ndk::ScopedAStatus::ok();
+  }
+  Seen<int> levels;
+  Seen<std::thread::id> threads;
+};
+
+class BinderTest : public testing::Test {
+ protected:
+  BinderTest() { health_.Start(); }
+  ~BinderTest() override { EXPECT_TRUE(standin::WaitUntilDelivered()); }
+
+  static ndk::SpAIBinder LookUp() {
+    return ndk::SpAIBinder(AServiceManager_checkService(kHealthInstance));
+  }
+  static std::shared_ptr<IHealth> Proxy() { return IHealth::fromBinder(LookUp()); }
+
+  standin::LogCapture log_;
+  simulated::Health health_;
+};
+
+TEST_F(BinderTest, AServiceOfAnotherProcessIsARemoteObject) {
+  const ndk::SpAIBinder binder = LookUp();
+  EXPECT_TRUE(AIBinder_isRemote(binder.get()));
+  EXPECT_TRUE(AIBinder_isAlive(binder.get()));
+  EXPECT_EQ(LookUp(), binder) << "one AIBinder per remote object";
+  const std::shared_ptr<IHealth> proxy = IHealth::fromBinder(binder);
+  ASSERT_NE(proxy, nullptr);
+  EXPECT_TRUE(proxy->isRemote());
+  EXPECT_NE(IHealth::fromBinder(binder), proxy) << "a new proxy each time";
+  EXPECT_EQ(IHealthInfoCallback::fromBinder(binder), nullptr) << "another class";
+  EXPECT_EQ(IHealth::fromBinder(nullptr), nullptr);
+  EXPECT_EQ(AIBinder_ping(binder.get()), STATUS_OK);
+}
+
+TEST_F(BinderTest, AServiceOfTheSameProcessIsTheObjectItself) {
+  const auto service = ndk::SharedRefBase::make<devices::HealthService>(HealthInfo{});
+  const std::string instance = devices::HealthService::makeServiceName("own");
+  ASSERT_EQ(AServiceManager_addService(service->asBinder().get(), instance.c_str()), EX_NONE);
+  const ndk::SpAIBinder binder(AServiceManager_getService(instance.c_str()));
+  EXPECT_FALSE(AIBinder_isRemote(binder.get()));
+  EXPECT_EQ(IHealth::fromBinder(binder), service);
+  const ndk::ScopedAIBinder_DeathRecipient recipient(AIBinder_DeathRecipient_new([](void*) {}));
+  EXPECT_EQ(AIBinder_linkToDeath(binder.get(), recipient.get(), nullptr), STATUS_INVALID_OPERATION);
+  // A null interface reaches a local service; a proxy refuses it before (below).
+  EXPECT_DEATH(static_cast<void>(service->registerCallback(nullptr)), "");
+}
+
+TEST_F(BinderTest, LookUpsDistinguishDeclaredFromRunning) {
+  const standin::ShortGetServiceWait short_wait;
+  EXPECT_TRUE(AServiceManager_isDeclared(kHealthInstance));
+  health_.Kill();
+  EXPECT_TRUE(AServiceManager_isDeclared(kHealthInstance));
+  EXPECT_EQ(AServiceManager_checkService(kHealthInstance), nullptr);
+  EXPECT_EQ(AServiceManager_getService(kHealthInstance), nullptr);
+  std::vector<std::string> declared;
+  AServiceManager_forEachDeclaredInstance(
+      IHealth::descriptor, &declared, [](const char* instance, void* context) {
+        static_cast<std::vector<std::string>*>(context)->push_back(instance);
+      });
+  EXPECT_THAT(declared, ElementsAre("default"));
+  health_.Undeclare();
+  EXPECT_FALSE(AServiceManager_isDeclared(kHealthInstance));
+  for (const auto look_up : {AServiceManager_checkService, AServiceManager_waitForService}) {
+    EXPECT_EQ(look_up(nullptr), nullptr);
+  }
+  EXPECT_FALSE(AServiceManager_isDeclared(nullptr));
+  EXPECT_EQ(AServiceManager_addService(nullptr, "x"), EX_ILLEGAL_ARGUMENT);
+
+  Seen<bool> found;
+  std::thread waiter([&] {
+    found.Put(ndk::SpAIBinder(AServiceManager_waitForService(kHealthInstance)).get() != nullptr);
+  });
+  health_.Start();
+  EXPECT_EQ(found.Take(), true);
+  waiter.join();
+}
+
+TEST_F(BinderTest, GetServiceAsksAgainAndAgainForAServiceThatIsLate) {
+  health_.Kill();
+  standin::SetGetServiceWait(std::chrono::milliseconds(1), 1'000'000);
+  Seen<bool> found;
+  std::thread waiter([&] {
+    found.Put(ndk::SpAIBinder(AServiceManager_getService(kHealthInstance)).get() != nullptr);
+  });
+  ASSERT_TRUE(log_.WaitFor("Waiting for service '" + std::string(kHealthInstance) + "'..."));
+  health_.Start();
+  EXPECT_EQ(found.Take(), true);
+  waiter.join();
+  standin::SetGetServiceWait(std::chrono::seconds(1), 5);
+}
+
+TEST_F(BinderTest, ACallRunsInTheServiceAndCarriesItsResultBack) {
+  const std::shared_ptr<IHealth> proxy = Proxy();
+  int32_t capacity = -7;
+  EXPECT_TRUE(proxy->getCapacity(&capacity).isOk());
+  EXPECT_EQ(capacity, 50);
+  std::vector<aidl::android::hardware::health::StorageInfo> storage(3);
+  EXPECT_TRUE(proxy->getStorageInfo(&storage).isOk());
+  EXPECT_TRUE(storage.empty()) << "replaced, not appended to";
+  int32_t version = 0;
+  EXPECT_TRUE(proxy->getInterfaceVersion(&version).isOk());
+  EXPECT_EQ(version, 3);
+
+  health_.on(HealthOperation::kGetCapacity).Then(Outcome::Exception(EX_ILLEGAL_STATE, "not now"));
+  capacity = -7;
+  const ndk::ScopedAStatus refused = proxy->getCapacity(&capacity);
+  EXPECT_EQ(refused.getExceptionCode(), EX_ILLEGAL_STATE);
+  EXPECT_STREQ(refused.getMessage(), "not now");
+  EXPECT_EQ(refused.getDescription(), "Status(-5, EX_ILLEGAL_STATE): 'not now'");
+
+  EXPECT_EQ(proxy->registerCallback(nullptr).getStatus(), STATUS_UNEXPECTED_NULL);
+  EXPECT_EQ(health_.on(HealthOperation::kRegisterCallback).calls(), 0) << "not even sent";
+
+  int pipe_ends[2];
+  ASSERT_EQ(pipe(pipe_ends), 0);
+  EXPECT_EQ(proxy->dump(pipe_ends[1], nullptr, 0), STATUS_OK);
+  close(pipe_ends[1]);
+  char text[16] = {};
+  EXPECT_GT(read(pipe_ends[0], text, 12), 0);
+  EXPECT_STREQ(text, "callbacks: 0");
+  close(pipe_ends[0]);
+}
+
+TEST_F(BinderTest, ADeathAnswersCallsUnderWayAndLaterOnes) {
+  const std::shared_ptr<IHealth> proxy = Proxy();
+  const ndk::SpAIBinder never_asked = LookUp();
+  auto gate = std::make_shared<standin::Gate>();
+  health_.on(HealthOperation::kGetCapacity).Then(Outcome::After(gate));
+  int32_t capacity = -7;
+  ndk::ScopedAStatus status;
+  std::thread caller([&] { status = proxy->getCapacity(&capacity); });
+  ASSERT_TRUE(gate->WaitForArrivals());
+  health_.Kill();
+  caller.join();
+  EXPECT_EQ(status.getExceptionCode(), EX_TRANSACTION_FAILED);
+  EXPECT_EQ(status.getStatus(), STATUS_DEAD_OBJECT);
+  EXPECT_STREQ(status.getMessage(), "");
+  EXPECT_EQ(capacity, -7);
+  EXPECT_FALSE(AIBinder_isAlive(proxy->asBinder().get()));
+  EXPECT_EQ(AIBinder_ping(proxy->asBinder().get()), STATUS_DEAD_OBJECT);
+
+  health_.Start();
+  EXPECT_EQ(proxy->getCapacity(&capacity).getStatus(), STATUS_DEAD_OBJECT)
+      << "a restarted service is another object";
+  EXPECT_NE(LookUp(), proxy->asBinder());
+  EXPECT_TRUE(Proxy()->getCapacity(&capacity).isOk());
+}
+
+TEST_F(BinderTest, ADeadServiceNeverAskedBeforeIsOfNoClass) {
+  const ndk::SpAIBinder binder = LookUp();
+  health_.Kill();
+  EXPECT_EQ(IHealth::fromBinder(binder), nullptr);
+}
+
+TEST_F(BinderTest, OnewayCallsArriveInOrderOnAThreadOfTheirOwn) {
+  const auto callback = ndk::SharedRefBase::make<Callback>();
+  const auto other = ndk::SharedRefBase::make<Callback>();
+  const std::shared_ptr<IHealth> proxy = Proxy();
+  {
+    // Even while nothing is delivered, nobody who sends has to wait.
+    HoldDeliveries hold(Delivery::kOneway);
+    ASSERT_TRUE(proxy->registerCallback(callback).isOk());
+    ASSERT_TRUE(proxy->registerCallback(other).isOk());
+    for (int level = 0; level < 20; ++level) health_.SetLevel(level);
+    EXPECT_TRUE(hold.WaitForHeld(2)) << "calls to different objects run side by side";
+    EXPECT_TRUE(callback->levels.empty());
+  }
+  EXPECT_EQ(callback->levels.Take(), 50) << "sent from inside the registration";
+  for (int level = 0; level < 20; ++level) {
+    EXPECT_EQ(callback->levels.Take(), level);
+  }
+  EXPECT_NE(callback->threads.Take(), std::this_thread::get_id());
+}
+
+TEST_F(BinderTest, TheServiceKeepsACallbackUntilItIsWithdrawnOrTheServiceDies) {
+  for (const bool dies : {false, true}) {
+    health_.Start();
+    const std::shared_ptr<IHealth> proxy = Proxy();
+    auto callback = ndk::SharedRefBase::make<Callback>();
+    const std::weak_ptr<Callback> kept = callback;
+    ASSERT_TRUE(proxy->registerCallback(callback).isOk());
+    ASSERT_TRUE(proxy->registerCallback(callback).isOk());
+    EXPECT_EQ(health_.callback_count(), 2u) << "duplicates are kept";
+    ASSERT_TRUE(standin::WaitUntilDelivered());
+    if (dies) {
+      callback.reset();
+      EXPECT_FALSE(kept.expired());
+      health_.Kill();
+    } else {
+      EXPECT_TRUE(proxy->unregisterCallback(callback).isOk());
+      EXPECT_EQ(health_.callback_count(), 0u) << "and go together";
+      EXPECT_EQ(proxy->unregisterCallback(callback).getExceptionCode(), EX_ILLEGAL_ARGUMENT);
+      callback.reset();
+    }
+    EXPECT_TRUE(Eventually([&] { return kept.expired(); })) << "dies: " << dies;
+  }
+}
+
+TEST_F(BinderTest, StrongReferencesAreCounted) {
+  AIBinder* raw = AServiceManager_checkService(kHealthInstance);
+  EXPECT_EQ(AIBinder_debugGetRefCount(raw), 1) << "a look-up hands over one reference";
+  ndk::SpAIBinder adopted(raw);
+  EXPECT_EQ(AIBinder_debugGetRefCount(raw), 1);
+  {
+    const ndk::SpAIBinder copy = adopted;
+    EXPECT_EQ(AIBinder_debugGetRefCount(raw), 2);
+  }
+  ndk::ScopedAIBinder_Weak weak(AIBinder_Weak_new(raw));
+  EXPECT_EQ(weak.promote(), adopted);
+  adopted.set(nullptr);
+  EXPECT_EQ(weak.promote().get(), nullptr);
+  EXPECT_EQ(AIBinder_debugGetRefCount(nullptr), -1);
+  EXPECT_FALSE(AIBinder_isRemote(nullptr));
+  EXPECT_FALSE(AIBinder_isAlive(nullptr));
+  EXPECT_EQ(AIBinder_ping(nullptr), STATUS_UNEXPECTED_NULL);
+}
+
+template <typename T>
+concept MadeByNew = requires {
+  new T;
+};
+template <typename T>
+concept MadeByMakeShared = requires {
+  std::make_shared<T>();
+};
+template <typename T>
+concept MadeByMakeUnique = requires {
+  std::make_unique<T>();
+};
+
+TEST(SharedRefBaseTest, LivesInSharedPointersOnly) {
+  static_assert(MadeByNew<std::string> && MadeByMakeShared<std::string> &&
+                MadeByMakeUnique<std::string>);
+  static_assert(!MadeByNew<Callback> && !MadeByMakeShared<Callback> && !MadeByMakeUnique<Callback>);
+  EXPECT_DEATH({ Callback never_referenced; }, "");
+  const auto callback = ndk::SharedRefBase::make<Callback>();
+  EXPECT_EQ(callback->ref<Callback>(), callback);
+}
+
+// Counts what one link brings. Each notice waits at a gate if there is one.
+struct Counter {
+  std::atomic<int> died{0};
+  std::atomic<int> unlinked{0};
+  standin::Gate* gate = nullptr;
+
+  static void OnDied(void* cookie) {
+    auto* self = static_cast<Counter*>(cookie);
+    if (self->gate != nullptr) self->gate->Pass();
+    ++self->died;
+  }
+  static void OnUnlinked(void* cookie) { ++static_cast<Counter*>(cookie)->unlinked; }
+};
+
+class DeathNoticeTest : public BinderTest {
+ protected:
+  DeathNoticeTest() { AIBinder_DeathRecipient_setOnUnlinked(recipient(), Counter::OnUnlinked); }
+
+  AIBinder_DeathRecipient* recipient() { return recipient_.get(); }
+  binder_status_t Link(Counter& counter) {
+    return AIBinder_linkToDeath(binder_.get(), recipient(), &counter);
+  }
+  binder_status_t Unlink(Counter& counter) {
+    return AIBinder_unlinkToDeath(binder_.get(), recipient(), &counter);
+  }
+  void KillAndTell() {
+    health_.Kill();
+    ASSERT_TRUE(standin::WaitUntilDelivered());
+  }
+
+  ndk::SpAIBinder binder_ = LookUp();
+  ndk::ScopedAIBinder_DeathRecipient recipient_{AIBinder_DeathRecipient_new(Counter::OnDied)};
+};
+
+TEST_F(DeathNoticeTest, EachLinkIsToldOnce) {
+  Counter once;
+  Counter twice;
+  ASSERT_EQ(Link(once), STATUS_OK);
+  ASSERT_EQ(Link(twice), STATUS_OK);
+  ASSERT_EQ(Link(twice), STATUS_OK);
+  KillAndTell();
+  health_.Start();
+  KillAndTell();  // a successor's death is no business of the old links
+  EXPECT_EQ(once.died, 1);
+  EXPECT_EQ(once.unlinked, 1);
+  EXPECT_EQ(twice.died, 2);
+  EXPECT_EQ(twice.unlinked, 2);
+  EXPECT_EQ(Unlink(once), STATUS_NAME_NOT_FOUND) << "gone with its notice";
+  EXPECT_EQ(Link(once), STATUS_DEAD_OBJECT) << "known to be dead";
+  EXPECT_EQ(once.unlinked, 2) << "a link call that fails gives the cookie back, too";
+}
+
+TEST_F(DeathNoticeTest, ALinkThatIsUndoneTellsNobody) {
+  Counter counter;
+  Counter stranger;
+  ASSERT_EQ(Link(counter), STATUS_OK);
+  EXPECT_EQ(Unlink(stranger), STATUS_NAME_NOT_FOUND);
+  EXPECT_EQ(Unlink(counter), STATUS_OK);
+  EXPECT_EQ(Unlink(counter), STATUS_NAME_NOT_FOUND);
+  KillAndTell();
+  EXPECT_EQ(counter.died, 0);
+  EXPECT_EQ(counter.unlinked, 1);
+}
+
+TEST_F(DeathNoticeTest, DeletingTheRecipientEndsItsLinksSilently) {
+  Counter counter;
+  ASSERT_EQ(Link(counter), STATUS_OK);
+  recipient_.set(nullptr);
+  EXPECT_EQ(counter.unlinked, 1);
+  KillAndTell();
+  EXPECT_EQ(counter.died, 0);
+}
+
+TEST_F(DeathNoticeTest, DroppingTheProxyEndsItsLinksSilently) {
+  Counter counter;
+  ASSERT_EQ(Link(counter), STATUS_OK);
+  binder_.set(nullptr);
+  EXPECT_EQ(counter.unlinked, 1);
+  KillAndTell();
+  EXPECT_EQ(counter.died, 0);
+}
+
+TEST_F(DeathNoticeTest, UnlinkingDoesNotWaitForANoticeThatRuns) {
+  standin::Gate gate;
+  Counter counter;
+  counter.gate = &gate;
+  ASSERT_EQ(Link(counter), STATUS_OK);
+  health_.Kill();
+  ASSERT_TRUE(gate.WaitForArrivals());
+  EXPECT_EQ(Unlink(counter), STATUS_DEAD_OBJECT);
+  EXPECT_EQ(Unlink(counter), STATUS_NAME_NOT_FOUND);
+  recipient_.set(nullptr);
+  binder_.set(nullptr);
+  EXPECT_EQ(counter.unlinked, 0) << "the notice still has the cookie";
+  gate.Open();
+  ASSERT_TRUE(standin::WaitUntilDelivered());
+  EXPECT_EQ(counter.died, 1);
+  EXPECT_EQ(counter.unlinked, 1);
+}
+
+TEST_F(DeathNoticeTest, ALinkToAServiceWhoseDeathNobodyHasNoticedIsTold) {
+  health_.Kill();
+  Counter counter;
+  EXPECT_EQ(Link(counter), STATUS_OK);
+  ASSERT_TRUE(standin::WaitUntilDelivered());
+  EXPECT_EQ(counter.died, 1);
+}
+
+TEST_F(DeathNoticeTest, RecipientsOfOneProxyAreToldOneAfterAnother) {
+  standin::Gate gate;
+  Counter first;
+  Counter second;
+  first.gate = &gate;
+  ASSERT_EQ(Link(first), STATUS_OK);
+  ASSERT_EQ(Link(second), STATUS_OK);
+  health_.Kill();
+  ASSERT_TRUE(gate.WaitForArrivals());
+  EXPECT_EQ(second.died, 0);
+  EXPECT_EQ(Unlink(second), STATUS_DEAD_OBJECT) << "delivery has begun for the proxy";
+  gate.Open();
+  ASSERT_TRUE(standin::WaitUntilDelivered());
+  EXPECT_EQ(first.died, 1);
+  EXPECT_EQ(second.died, 0) << "its notice had not started";
+  EXPECT_EQ(second.unlinked, 1);
+}
+
+TEST_F(DeathNoticeTest, NullsAndMissingHooks) {
+  Counter counter;
+  EXPECT_EQ(AIBinder_DeathRecipient_new(nullptr), nullptr);
+  EXPECT_EQ(AIBinder_linkToDeath(nullptr, recipient(), &counter), STATUS_UNEXPECTED_NULL);
+  EXPECT_EQ(AIBinder_linkToDeath(binder_.get(), nullptr, &counter), STATUS_UNEXPECTED_NULL);
+  EXPECT_EQ(AIBinder_unlinkToDeath(nullptr, recipient(), &counter), STATUS_UNEXPECTED_NULL);
+  AIBinder_DeathRecipient_delete(nullptr);
+  EXPECT_TRUE(log_.Lines("libbinder_ndk").size() == 1);  // the null function, no more
+  const ndk::ScopedAIBinder_DeathRecipient unhooked(AIBinder_DeathRecipient_new(Counter::OnDied));
+  ASSERT_EQ(AIBinder_linkToDeath(binder_.get(),
+                                 const_cast<AIBinder_DeathRecipient*>(unhooked.get()), &counter),
+            STATUS_OK);
+  EXPECT_EQ(log_.Lines("libbinder_ndk").size(), 2u) << "a cookie without a hook is warned of";
+}
+
+}  // namespace
+}  // namespace norvik::qel

@@ -1,0 +1,254 @@
+#!/usr/bin/env python3
+"""Runs the monitor as its users do.
+
+usage: tool_test.py QUORVEL QUORVEL_BARE
+
+QUORVEL_BARE is the monitor built for a device without any service.
+"""
+
+import datetime
+import json
+import os
+import re
+import signal
+import subprocess
+import sys
+import tempfile
+import unittest
+
+QUORVEL, QUORVEL_BARE = (os.path.abspath(path) for path in sys.argv[1:3])
+LIMIT = 60  # seconds; only a broken monitor meets it
+
+PROPERTIES = ["battery_level", "battery_cycle_count", "wireless_charger", "dock_charger"]
+VALUE_LINE = re.compile(r"^\d\d:\d\d:\d\d\.\d{3}  ([a-z ]+?)  +(.+)  ->  (.+)$", re.MULTILINE)
+
+# A machine with a battery at 77 % on a wireless charger.
+MACHINE = """\
+P: /devices/test/power_supply/BAT0
+E: SUBSYSTEM=power_supply
+A: type=Battery
+A: scope=System
+A: present=1
+A: status=Charging
+A: capacity=77
+A: cycle_count=123
+
+P: /devices/test/power_supply/pad
+E: SUBSYSTEM=power_supply
+A: type=Wireless
+A: online=1
+"""
+
+
+def start(*args, program=QUORVEL, **kwargs):
+    return subprocess.Popen(
+        (program, *args), stdin=subprocess.DEVNULL,
+        **{"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, "text": True, **kwargs})
+
+
+def finish(process):
+    out, err = process.communicate(timeout=LIMIT)
+    return process.returncode, out, err
+
+
+def run(*args, **kwargs):
+    return finish(start(*args, **kwargs))
+
+
+def on_machine(description, *args):
+    """The Linux device, with power supplies as described and no others."""
+    with tempfile.NamedTemporaryFile("w", suffix=".umockdev") as file:
+        file.write(description)
+        file.flush()
+        devices = ("--device", file.name) if description else ()
+        return run(*devices, "--", QUORVEL, *args, "--device", "linux", program="umockdev-run")
+
+
+class ToolTest(unittest.TestCase):
+    maxDiff = None
+
+    @classmethod
+    def setUpClass(cls):
+        # What takes long runs beside all the rest.
+        cls.demo = start("demo")
+        cls.demo_json = start("demo", "--json")
+        cls.life = start("watch", "battery", "--json", "--for", "16s")
+        cls.bare_dump = start("dump", program=QUORVEL_BARE)
+        cls.bare_demo = start("demo", "--json", program=QUORVEL_BARE)
+
+    def parse(self, out):
+        """The objects of a JSON output, each a whole line with its time."""
+        self.assertTrue(out.endswith("\n"))
+        objects = [json.loads(line) for line in out.splitlines()]
+        times = [o["time"] for o in objects]
+        for time in times:
+            datetime.datetime.strptime(time, "%Y-%m-%dT%H:%M:%S.%fZ")
+            self.assertRegex(time, r"\.\d{3}Z$")
+        return objects
+
+    def success(self, result):
+        code, out, err = result
+        self.assertEqual(code, 0, out + err)
+        return out
+
+    def values(self, objects, name):
+        return [o["new"] for o in objects
+                if o["event"] == "value" and o["property"] == name]
+
+    def test_help_and_version_go_to_standard_output(self):
+        text = self.success(run("--help"))
+        for word in ("watch battery", "get battery", "dump", "demo", "--device", "simulated",
+                     "linux", "--json", "--for", "--verbose", "--version", "Exit code"):
+            self.assertIn(word, text)
+        self.assertEqual(self.success(run("watch", "-h", "--json")), text)
+        self.assertRegex(self.success(run("--version")), r"^quorvel \d+\.\d+\.\d+\n$")
+
+    def test_a_wrong_command_line_is_one_line_and_exit_code_2(self):
+        for args, complaint in {
+                "": "command", "sing": "sing", "watch": "battery", "get fish": "fish",
+                "watch battery get": "get", "demo battery": "battery", "dump --fast": "--fast",
+                "dump --device toaster": "toaster", "dump --device": "--device",
+                "dump --json=maybe": "maybe", "get battery --for 1s": "--for",
+                "demo --for 1s": "--for", "watch battery --for": "--for",
+                "watch battery --for 10": "10", "watch battery --for 0s": "0s",
+                "watch battery --for -1s": "-1s", "watch battery --for 1.5s": "1.5s",
+                "watch battery --for 99999999999999999999s": "99999999999999999999s",
+                "watch battery --for 9999999h": "9999999h", "no\nsuch": "no such"}.items():
+            with self.subTest(args):
+                code, out, err = run(*(args.split(" ") if args else []))
+                self.assertEqual((code, out), (2, ""))
+                self.assertRegex(err, r"\Aquorvel: [^\n]+\n\Z")
+                self.assertIn(complaint, err)
+
+    def test_get_asks_for_the_four_values(self):
+        self.assertEqual(
+            self.success(run("get", "battery")),
+            "battery level             50 %\nbattery cycle count       10\n"
+            "wireless charger          offline\ndock charger              offline\n")
+        objects = self.parse(self.success(run("--json", "get", "battery")))
+        self.assertEqual([(o["event"], o["property"], o["value"]) for o in objects],
+                         list(zip(["reading"] * 4, PROPERTIES, [50, 10, False, False])))
+
+    def test_dump_shows_the_library_after_the_first_report(self):
+        text = self.success(run("dump"))
+        self.assertIn("linked to services = T", text)
+        self.assertIn("Battery Level = 50 (clients:1)", text)
+        self.assertIn("Dock Charger Is Online = 1 (clients:1)", text)
+        [dump] = self.parse(self.success(run("dump", "--json")))
+        self.assertEqual((dump["event"], dump["text"]), ("dump", text))
+
+    def test_watch_ends_after_its_time_in_any_locale(self):
+        outputs = [VALUE_LINE.findall(self.success(
+            run("watch", "battery", "--for", "200ms", env={**os.environ, "LC_ALL": locale})))
+            for locale in ("C", "de_DE.UTF-8")]
+        self.assertEqual(outputs[0], [
+            ("battery level", "unknown", "50 %"), ("battery cycle count", "unknown", "10"),
+            ("wireless charger", "unknown", "offline"), ("dock charger", "unknown", "offline")])
+        self.assertEqual(outputs[1], outputs[0])
+
+    def test_the_simulated_phone_lives_while_it_is_watched(self):
+        objects = self.parse(self.success(finish(self.life)))
+        events = [o["event"] for o in objects]
+        self.assertEqual(self.values(objects, "battery_level")[:6], [50, 49, 48, 49, 50, 51])
+        self.assertEqual(self.values(objects, "battery_cycle_count"), [10, 11])
+        self.assertEqual(self.values(objects, "wireless_charger"), [False, True, False])
+        self.assertEqual(self.values(objects, "dock_charger"), [False, True, False])
+        changes = [o for o in objects if o["event"] == "value"]
+        self.assertEqual([o["old"] for o in changes[:5]], [None] * 4 + [50])
+        # What fell while the service was away arrives with the new link.
+        after = events[events.index("service_died"):]
+        self.assertIn("callback_registered", after)
+        self.assertEqual(self.values(objects[events.index("service_died"):], "battery_level"), [50])
+        self.assertEqual(sorted(o["time"] for o in objects), [o["time"] for o in objects])
+
+    def test_a_signal_ends_watch_and_demo_cleanly(self):
+        for command in (["watch", "battery"], ["demo"]):
+            for number in (signal.SIGINT, signal.SIGTERM):
+                with self.subTest(command=command, number=number):
+                    process = start(*command)
+                    while "dock charger" not in process.stdout.readline():
+                        pass  # It runs once this line has come.
+                    process.send_signal(number)
+                    code, out, err = finish(process)
+                    self.assertEqual((code, err), (0, ""))
+                    self.assertEqual(out.count("Demo stopped"), command == ["demo"])
+
+    def test_a_reader_that_leaves_ends_watch_quietly(self):
+        process = start("watch", "battery")
+        process.stdout.readline()
+        process.stdout.close()
+        _, err = process.communicate(timeout=LIMIT)
+        self.assertEqual((process.returncode, err), (0, ""))
+
+    def test_output_that_cannot_be_written_is_a_failure(self):
+        with open("/dev/full", "w", encoding="ascii") as full:
+            code, _, err = run("get", "battery", stdout=full)
+        self.assertEqual(code, 1)
+        self.assertIn("quorvel: cannot write", err)
+
+    def test_verbose_shows_the_debug_log(self):
+        quiet = run("dump")
+        verbose = run("dump", "--verbose")
+        self.assertNotIn(" D audio_hw_battery", quiet[2])
+        self.assertIn(" D audio_hw_battery", verbose[2])
+        self.assertEqual(verbose[:2], quiet[:2])
+
+    def test_demo_tells_its_story(self):
+        text = self.success(finish(self.demo))
+        self.assertEqual(len(re.findall(r"^\d\. ", text, re.MULTILINE)), 6)
+        heard = [new for name, _, new in VALUE_LINE.findall(text) if name == "battery level"]
+        self.assertEqual(heard, ["50 %", "51 %", "52 %", "53 %", "47 %", "46 %"])
+        self.assertIn("** device: the health service died", text)
+        self.assertIn("callback is registered with the health service", text)
+        self.assertIn("refused a call: registerCallback", text)
+        last = text.splitlines()[-1]
+        self.assertIn("Demo OK: ", last)
+        self.assertIn("13 callbacks, 2 deaths of the service, 1 refusal and 2 relinks", last)
+        self.assertEqual(text.count("Demo "), 1)
+
+    def test_demo_in_json_sums_up_what_was_seen(self):
+        objects = self.parse(self.success(finish(self.demo_json)))
+        counts = {name: sum(o["event"] == name for o in objects)
+                  for name in ("value", "service_died", "callback_registered", "call_refused",
+                               "callback_unregistered", "heading", "summary")}
+        self.assertEqual(counts, {"value": 13, "service_died": 2, "callback_registered": 3,
+                                  "call_refused": 1, "callback_unregistered": 1, "heading": 6,
+                                  "summary": 1})
+        summary = objects[-1]
+        self.assertEqual([summary[key] for key in
+                          ("event", "success", "callbacks", "deaths", "relinks", "refusals")],
+                         ["summary", True, 13, 2, 2, 1])
+
+    def test_a_machine_without_a_battery_is_said_to_have_none(self):
+        text = self.success(on_machine("", "demo", "--for", "100ms"))
+        self.assertIn("** device: this machine has no battery", text)
+        self.assertIn("No battery level is known", text)
+        self.assertIn("No wireless charger and no dock charger is online", text)
+        self.assertIn("Demo done: ", text.splitlines()[-1])
+        objects = self.parse(self.success(on_machine("", "get", "battery", "--json")))
+        self.assertEqual([o["value"] for o in objects], [None, None, False, False])
+
+    def test_a_machine_with_a_battery_is_shown_as_it_is(self):
+        objects = self.parse(self.success(
+            on_machine(MACHINE, "watch", "battery", "--json", "--for", "100ms")))
+        self.assertEqual([self.values(objects, name) for name in PROPERTIES],
+                         [[77], [123], [True], [False]])
+        text = self.success(on_machine(MACHINE, "demo", "--for", "100ms"))
+        self.assertNotIn("No battery", text)
+        self.assertNotIn("No wireless charger", text)
+
+    def test_a_device_without_a_service_is_a_failure(self):
+        code, out, err = run("get", "battery", program=QUORVEL_BARE)
+        self.assertEqual((code, out), (1, ""))
+        self.assertIn("quorvel: the health service cannot be asked", err)
+        code, out, err = finish(self.bare_dump)
+        self.assertEqual(code, 1)
+        self.assertIn("linked to services = F", out)
+        self.assertIn("quorvel: the health service has not reported", err)
+        code, out, err = finish(self.bare_demo)
+        self.assertEqual(code, 1, err)
+        self.assertEqual(self.parse(out)[-1]["success"], False)
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1], verbosity=2)
