@@ -147,7 +147,8 @@ void Process::RemoveInbound(const std::shared_ptr<Anchor>& reference) {
   inbound_.erase(reference);
 }
 
-ServiceProcess::ServiceProcess(std::string name) : process_(std::make_shared<Process>(name)) {
+ServiceProcess::ServiceProcess(const std::string& name)
+    : process_(std::make_shared<Process>(name)) {
   process_->pool().Start();
 }
 

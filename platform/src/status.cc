@@ -11,7 +11,7 @@
 
 namespace {
 
-using std::string_view_literals::operator""sv;
+using namespace std::string_view_literals;  // NOLINT(google-build-using-namespace): the literal
 
 constexpr std::array kStatusNames = {
     std::pair{STATUS_OK, "OK"sv},
@@ -60,7 +60,7 @@ std::string_view Name(const Table& table, int32_t code) {
 AStatus* FromException(binder_exception_t exception, const char* message) {
   if (exception == EX_NONE) return AStatus_newOk();
   if (Name(kExceptionNames, exception).empty()) exception = EX_TRANSACTION_FAILED;
-  AStatus* status = new AStatus{.exception = exception, .message = message};
+  auto* status = new AStatus{.exception = exception, .message = message};
   if (exception == EX_TRANSACTION_FAILED) status->status = STATUS_FAILED_TRANSACTION;
   return status;
 }
@@ -90,14 +90,13 @@ AStatus* AStatus_fromExceptionCodeWithMessage(binder_exception_t exception, cons
   return FromException(exception, message);
 }
 
-AStatus* AStatus_fromServiceSpecificError(int32_t service_specific) {
-  return AStatus_fromServiceSpecificErrorWithMessage(service_specific, "");
+AStatus* AStatus_fromServiceSpecificError(int32_t serviceSpecific) {
+  return AStatus_fromServiceSpecificErrorWithMessage(serviceSpecific, "");
 }
 
-AStatus* AStatus_fromServiceSpecificErrorWithMessage(int32_t service_specific,
-                                                     const char* message) {
+AStatus* AStatus_fromServiceSpecificErrorWithMessage(int32_t serviceSpecific, const char* message) {
   return new AStatus{
-      .exception = EX_SERVICE_SPECIFIC, .service_specific = service_specific, .message = message};
+      .exception = EX_SERVICE_SPECIFIC, .service_specific = serviceSpecific, .message = message};
 }
 
 AStatus* AStatus_fromStatus(binder_status_t status) {

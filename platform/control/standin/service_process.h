@@ -16,7 +16,7 @@ class Process;
 // Threads: any.
 class ServiceProcess {
  public:
-  explicit ServiceProcess(std::string name);
+  explicit ServiceProcess(const std::string& name);
   // Kills it if nobody has.
   ~ServiceProcess();
   ServiceProcess(const ServiceProcess&) = delete;

@@ -37,6 +37,7 @@ class SharedRefBase {
     return std::static_pointer_cast<CHILD>(ref());
   }
 
+  // NOLINTNEXTLINE(misc-new-delete-overloads): its new is private, below
   static void operator delete(void* memory) { std::free(memory); }
 
  private:
@@ -94,6 +95,7 @@ class BnCInterface : public INTERFACE {
 template <typename INTERFACE>
 class BpCInterface : public INTERFACE {
  public:
+  // NOLINTNEXTLINE(modernize-pass-by-value): the platform's signature
   explicit BpCInterface(const SpAIBinder& binder) : binder_(binder) {}
   SpAIBinder asBinder() final { return binder_; }
   bool isRemote() final { return AIBinder_isRemote(binder_.get()); }

@@ -29,8 +29,8 @@ class HealthInfo {
   bool chargerDockOnline = false;
   int32_t maxChargingCurrentMicroamps = 0;
   int32_t maxChargingVoltageMicrovolts = 0;
-  BatteryStatus batteryStatus = BatteryStatus(0);
-  BatteryHealth batteryHealth = BatteryHealth(0);
+  BatteryStatus batteryStatus = static_cast<BatteryStatus>(0);
+  BatteryHealth batteryHealth = static_cast<BatteryHealth>(0);
   bool batteryPresent = false;
   int32_t batteryLevel = 0;
   int32_t batteryVoltageMillivolts = 0;
@@ -43,11 +43,11 @@ class HealthInfo {
   int32_t batteryCurrentAverageMicroamps = 0;
   std::vector<DiskStats> diskStats = {};
   std::vector<StorageInfo> storageInfos = {};
-  BatteryCapacityLevel batteryCapacityLevel = BatteryCapacityLevel(0);
+  BatteryCapacityLevel batteryCapacityLevel = static_cast<BatteryCapacityLevel>(0);
   int64_t batteryChargeTimeToFullNowSeconds = 0;
   int32_t batteryFullChargeDesignCapacityUah = 0;
-  BatteryChargingState chargingState = BatteryChargingState(0);
-  BatteryChargingPolicy chargingPolicy = BatteryChargingPolicy(0);
+  BatteryChargingState chargingState = static_cast<BatteryChargingState>(0);
+  BatteryChargingPolicy chargingPolicy = static_cast<BatteryChargingPolicy>(0);
   std::optional<BatteryHealthData> batteryHealthData = {};
 
   std::string toString() const;
