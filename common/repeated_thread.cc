@@ -4,6 +4,7 @@
 #include <pthread.h>
 
 #include <chrono>
+#include <exception>
 
 namespace norvik::qel::audio {
 
@@ -23,7 +24,12 @@ void NameThisThread(std::string_view name) {
 RepeatedThread::RepeatedThread(std::string_view name, uint32_t pause_ms, uint32_t repeat_count)
     : name_(name), pause_ms_(pause_ms), repeat_count_(repeat_count) {}
 
-RepeatedThread::~RepeatedThread() = default;
+RepeatedThread::~RepeatedThread() {
+  // A std::thread that still runs ends the process when it is destroyed. Said here, before the
+  // members go: some C libraries wait for ever in the destructor of a condition variable that a
+  // thread sleeps on.
+  if (thread_.joinable()) std::terminate();
+}
 
 void RepeatedThread::Initialize() {
   thread_ = std::thread(&RepeatedThread::ThreadLoop, this);

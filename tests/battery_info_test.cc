@@ -286,6 +286,7 @@ TEST_F(BatteryInfoTest, HandlesLiveSideBySide) {
   EXPECT_EQ(other_seen.Take(), (Call{0, 20}));
   DeinitBatteryInfo(&other);
   EXPECT_EQ(other, nullptr);
+  EXPECT_EQ(health_.callback_count(), 1u) << "a client that was left leaves with its handle";
   health_.SetLevel(10);
   EXPECT_EQ(seen_.Take(), (Call{0, 10}));
   EXPECT_TRUE(other_seen.empty());

@@ -201,6 +201,14 @@ TEST_F(BatteryLinkTest, AFailedQueryBeforeTheNoticeDoesNotLoseTheNotice) {
   health_.Start();
   hold.Release();
   EXPECT_EQ(seen_.Take(), (Call{0, 12}));
+
+  // The same answer well before the death.
+  health_.on(HealthOperation::kGetHealthInfo).Then({STATUS_DEAD_OBJECT});
+  EXPECT_EQ(GetBatteryLevel(handle_, false), -EAGAIN);
+  health_.Kill();
+  health_.SetLevel(11);
+  health_.Start();
+  EXPECT_EQ(seen_.Take(), (Call{0, 11}));
 }
 
 TEST_F(BatteryLinkTest, ALateNoticeLeavesTheNextLinkAlone) {
@@ -213,6 +221,7 @@ TEST_F(BatteryLinkTest, ALateNoticeLeavesTheNextLinkAlone) {
   health_.SetLevel(30);
   ASSERT_EQ(RegisterBatteryLevelCallback(handle_, Client<0>, &seen_), 0);
   ASSERT_EQ(seen_.Take(), (Call{0, 30}));
+  EXPECT_THAT(Warnings(), Not(Contains(kStartsToRestore))) << "unlinking had let the dead one go";
   log_.Clear();
   hold.Release();
   ASSERT_TRUE(standin::WaitUntilDelivered());

@@ -25,9 +25,8 @@ compare "the list" "$listed" "the header" "$declared"
 compare "the list" "$listed" "the library" "$exported"
 
 # Classes: each listed one has exported members, and nothing else of C++ is exported.
-listed=$(sed -n 's/^ *\([a-zA-Z:]*\)::\*;$/\1/p' "$map")
-exported=$(grep -E '::' <<<"$symbols" | sed -e 's/^vtable for \(.*\)$/\1::vtable/' -e 's/(.*//' \
-  -e 's/::~\?[A-Za-z_]*$//')
+listed=$(sed -n 's/^ *\(_ZN\)K\?\(.*\)\*;$/\1\2E/p' "$map" | c++filt)
+exported=$(grep '::' <<<"$symbols" | sed -e 's/^vtable for //' -e 's/\([a-z:]*::[A-Za-z]*\).*/\1/')
 for list in "$listed" "$exported"; do
   [ -n "$list" ] || { echo "no classes to compare"; exit 1; }
 done
@@ -36,4 +35,4 @@ compare "the list" "$listed" "the library" "$exported"
 readelf --dynamic --wide "$library" | grep -q NODELETE ||
   { echo "the library can be unmapped: linked without -z nodelete"; failed=1; }
 [ "$failed" = 0 ] || exit 1
-echo "exports agree: $(wc -l <<<"$declared") functions, $(wc -l <<<"$listed") classes"
+echo "exports agree: $(wc -l <<<"$declared") functions, $(sort -u <<<"$listed" | wc -l) classes"

@@ -1,0 +1,72 @@
+#include "tools/battery_client.h"
+
+#include <errno.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <system_error>
+#include <thread>
+#include <utility>
+
+namespace norvik::qel::tool {
+
+BatteryClient::BatteryClient(std::shared_ptr<EventQueue> events) : events_(std::move(events)) {
+  for (size_t i = 0; i < cookies_.size(); ++i) {
+    cookies_[i] = {.property = kBatteryProperties[i], .events = events_.get()};
+  }
+  InitBatteryInfo(&handle_);
+  if (handle_ == nullptr) {
+    throw std::system_error(ENOMEM, std::generic_category(), "cannot make a battery object");
+  }
+}
+
+BatteryClient::~BatteryClient() {
+  DeinitBatteryInfo(&handle_);
+}
+
+bool BatteryClient::Register() {
+  for (Cookie& cookie : cookies_) {
+    if (cookie.property->register_callback(handle_, OnValue, &cookie) != 0) return false;
+  }
+  return true;
+}
+
+bool BatteryClient::Deregister() {
+  bool all = true;
+  for (const Cookie& cookie : cookies_) {
+    all &= cookie.property->deregister_callback(handle_, OnValue) == 0;
+  }
+  return all;
+}
+
+void BatteryClient::OnValue(int number, void* cookie) {
+  Cookie& mine = *static_cast<Cookie*>(cookie);
+  const Value value = Interpret(*mine.property, number);
+  mine.events->Post(ValueChange{.property = mine.property,
+                                .old_value = std::exchange(mine.last, value),
+                                .new_value = value,
+                                .thread = std::this_thread::get_id()});
+}
+
+std::optional<Value> BatteryClient::Read(const BatteryProperty& property) {
+  const int number = property.get(handle_, /*use_cached=*/false);
+  if (number == -EAGAIN || number == -EINVAL) return std::nullopt;
+  return Interpret(property, number);
+}
+
+std::string BatteryClient::Dump() {
+  // A file in memory takes a dump of any length; a pipe would fill up with nobody to read it.
+  const int fd = memfd_create("dump", MFD_CLOEXEC);
+  if (fd < 0) throw std::system_error(errno, std::generic_category(), "memfd_create");
+  DumpBatteryInfo(handle_, fd);
+  lseek(fd, 0, SEEK_SET);
+  std::string text;
+  char part[1024];
+  for (ssize_t size; (size = read(fd, part, sizeof part)) > 0;) {
+    text.append(part, static_cast<size_t>(size));
+  }
+  close(fd);
+  return text;
+}
+
+}  // namespace norvik::qel::tool

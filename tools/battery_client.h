@@ -1,0 +1,47 @@
+// A client of the library's battery family.
+#pragma once
+
+#include <array>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "tools/battery_properties.h"
+#include "tools/event_queue.h"
+
+namespace norvik::qel::tool {
+
+// Owns a handle. What its callbacks hear goes to the queue.
+//
+// Threads: the main thread; the callbacks come on the library's.
+class BatteryClient {
+ public:
+  explicit BatteryClient(std::shared_ptr<EventQueue> events);
+  // No callback comes afterwards.
+  ~BatteryClient();
+  BatteryClient(const BatteryClient&) = delete;
+  BatteryClient& operator=(const BatteryClient&) = delete;
+
+  // For all four properties. False when the library refuses one of them.
+  bool Register();
+  bool Deregister();
+  // Asks the service; nothing when it cannot be asked.
+  std::optional<Value> Read(const BatteryProperty& property);
+  std::string Dump();
+
+ private:
+  // What a callback is handed back. Lives until the handle is gone.
+  struct Cookie {
+    const BatteryProperty* property = nullptr;
+    EventQueue* events = nullptr;
+    Value last = {};  // touched by callbacks only, which come one at a time
+  };
+
+  static void OnValue(int number, void* cookie);
+
+  const std::shared_ptr<EventQueue> events_;
+  std::array<Cookie, kBatteryProperties.size()> cookies_;
+  void* handle_ = nullptr;
+};
+
+}  // namespace norvik::qel::tool

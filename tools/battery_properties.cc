@@ -1,0 +1,39 @@
+#include "tools/battery_properties.h"
+
+namespace norvik::qel::tool {
+
+constexpr BatteryProperty kBatteryLevel = {
+    {.key = "battery_level", .name = "battery level", .unit = " %"},
+    /*is_charger=*/false,
+    GetBatteryLevel,
+    RegisterBatteryLevelCallback,
+    DeregisterBatteryLevelCallback};
+
+constexpr BatteryProperty kBatteryCycleCount = {
+    {.key = "battery_cycle_count", .name = "battery cycle count", .unit = ""},
+    /*is_charger=*/false,
+    GetBatteryCycleCount,
+    RegisterBatteryCycleCountCallback,
+    DeregisterBatteryCycleCountCallback};
+
+constexpr BatteryProperty kWirelessCharger = {
+    {.key = "wireless_charger", .name = "wireless charger", .unit = ""},
+    /*is_charger=*/true,
+    GetWirelessChargerIsOnline,
+    RegisterWirelessChargerIsOnlineCallback,
+    DeregisterWirelessChargerIsOnlineCallback};
+
+constexpr BatteryProperty kDockCharger = {
+    {.key = "dock_charger", .name = "dock charger", .unit = ""},
+    /*is_charger=*/true,
+    GetDockChargerIsOnline,
+    RegisterDockChargerIsOnlineCallback,
+    DeregisterDockChargerIsOnlineCallback};
+
+Value Interpret(const BatteryProperty& property, int number) {
+  if (number == -1) return {};
+  if (property.is_charger) return number == 0;  // 0 means online
+  return number;
+}
+
+}  // namespace norvik::qel::tool

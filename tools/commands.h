@@ -1,0 +1,23 @@
+// The monitor's commands. Each returns the program's exit code.
+#pragma once
+
+#include <stdlib.h>
+
+#include <string>
+
+namespace norvik::qel::tool {
+
+struct Options;
+class Output;
+
+inline constexpr int kExitUsage = 2;  // beside EXIT_SUCCESS and EXIT_FAILURE
+
+int WatchBattery(const Options& options, Output& output);
+int GetBattery(const Options& options, Output& output);
+int Dump(const Options& options, Output& output);
+int Demo(const Options& options, Output& output);
+
+// One line on standard error, whatever the text holds.
+void Complain(std::string text);
+
+}  // namespace norvik::qel::tool

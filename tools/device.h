@@ -1,0 +1,57 @@
+// The device that the monitor looks at: the seam between the monitor and whatever brings the
+// services up. Everything that knows a device in particular is behind it, in the device files.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <span>
+#include <string_view>
+
+#include "tools/event.h"
+
+namespace norvik::qel::tool {
+
+// For a device whose battery can be told what to do.
+//
+// Threads: the main thread.
+class BatteryDriver {
+ public:
+  virtual ~BatteryDriver() = default;
+
+  virtual void SetLevel(int percent) = 0;
+  virtual void SetCycleCount(int cycles) = 0;
+  virtual void SetWirelessOnline(bool online) = 0;
+  virtual void SetDockOnline(bool online) = 0;
+  // Ends the service as a crash would. The battery lives on.
+  virtual void KillService() = 0;
+  // Nothing happens while it runs.
+  virtual void StartService() = 0;
+  // The service will turn the next registration of a callback down.
+  virtual void RefuseNextRegistration() = 0;
+};
+
+// What the device tells of itself; called on any thread, also after the device is gone.
+using DeviceObserver = std::function<void(DeviceEvent)>;
+
+// Threads: the main thread.
+class Device {
+ public:
+  virtual ~Device() = default;
+
+  // Makes the program a host for the library (binder threads, log) and brings the services up.
+  // Once, before the library's first handle; the library's last handle goes before the device.
+  virtual void Start(bool verbose) = 0;
+  // Null when the battery leads a life of its own.
+  virtual BatteryDriver* battery_driver() { return nullptr; }
+};
+
+struct DeviceType {
+  std::string_view name;
+  std::string_view description;  // for the help
+  std::unique_ptr<Device> (*make)(DeviceObserver observer);
+};
+
+// What there is to choose from in this build. The first is the default.
+std::span<const DeviceType> DeviceTypes();
+
+}  // namespace norvik::qel::tool

@@ -1,0 +1,36 @@
+// Brings events from all threads to the one that shows them.
+#pragma once
+
+#include <deque>
+#include <mutex>
+#include <optional>
+#include <variant>
+
+#include "tools/event.h"
+
+namespace norvik::qel::tool {
+
+// Shared by whoever posts: threads of a device may outlive the command that started them.
+//
+// Threads: any.
+class EventQueue {
+ public:
+  EventQueue();
+  ~EventQueue();
+  EventQueue(const EventQueue&) = delete;
+  EventQueue& operator=(const EventQueue&) = delete;
+
+  // Stamps the event with the present time. Never blocks for long: callbacks of the library post.
+  void Post(std::variant<ValueChange, DeviceEvent> what);
+  // The oldest, if there is one.
+  std::optional<Event> Take();
+  // Readable while an event waits.
+  int fd() const { return fd_; }
+
+ private:
+  const int fd_;
+  std::mutex lock_;
+  std::deque<Event> events_;
+};
+
+}  // namespace norvik::qel::tool

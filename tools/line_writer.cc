@@ -1,0 +1,32 @@
+#include "tools/line_writer.h"
+
+#include <errno.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <string_view>
+
+namespace norvik::qel::tool {
+
+void LineWriter::Write(std::string line) {
+  line += '\n';
+  std::string_view rest = line;
+  while (open() && !rest.empty()) {
+    const ssize_t written = write(STDOUT_FILENO, rest.data(), rest.size());
+    if (written >= 0) {
+      rest.remove_prefix(static_cast<size_t>(written));
+    } else if (errno == EAGAIN) {
+      // A terminal or pipe that somebody else has made non-blocking.
+      pollfd out = {.fd = STDOUT_FILENO, .events = POLLOUT, .revents = 0};
+      poll(&out, 1, -1);
+    } else if (errno != EINTR) {
+      error_ = errno;
+    }
+  }
+}
+
+int LineWriter::error() const {
+  return error_ == EPIPE ? 0 : error_;
+}
+
+}  // namespace norvik::qel::tool

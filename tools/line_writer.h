@@ -1,0 +1,24 @@
+// Lines on standard output, whole ones only.
+#pragma once
+
+#include <string>
+
+namespace norvik::qel::tool {
+
+// Unbuffered: each line is out before the next thing happens.
+//
+// Threads: the main thread.
+class LineWriter {
+ public:
+  // Adds the newline. Nothing is written after a failure.
+  void Write(std::string line);
+  // Whether somebody still reads.
+  bool open() const { return error_ == 0; }
+  // The error that ended the writing; 0 also when the reader has left, which is no error.
+  int error() const;
+
+ private:
+  int error_ = 0;
+};
+
+}  // namespace norvik::qel::tool

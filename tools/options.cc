@@ -1,0 +1,104 @@
+#include "tools/options.h"
+
+#include <CLI/CLI.hpp>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tools/duration.h"
+
+namespace norvik::qel::tool {
+
+namespace {
+
+// The words as they stand on the command line.
+struct Words {
+  bool help = false;
+  bool version = false;
+  bool json = false;
+  bool verbose = false;
+  std::string device = std::string(DeviceTypes().front().name);
+  std::string duration;
+  std::string family;
+};
+
+// CLI11's own help and its checks for what is missing are off: --help is to work wherever it
+// stands, and all else is to be refused in one line.
+void Describe(CLI::App& app, Words& words) {
+  app.set_help_flag();
+  app.fallthrough();
+  app.require_subcommand(0, 1);
+  app.add_flag("-h,--help", words.help);
+  app.add_flag("--version", words.version);
+  app.add_flag("--json", words.json);
+  app.add_flag("--verbose", words.verbose);
+  app.add_option("--device", words.device)->type_name("NAME");
+  app.add_option("--for", words.duration)->type_name("DURATION");
+  for (const char* command : {"watch", "get"}) {
+    app.add_subcommand(command)->fallthrough()->add_option("FAMILY", words.family);
+  }
+  for (const char* command : {"dump", "demo"}) app.add_subcommand(command)->fallthrough();
+}
+
+// The entry of that name; otherwise the error lists the names there are.
+template <typename Entry>
+const Entry& Find(std::span<const Entry> entries, std::string_view name, const std::string& where) {
+  std::string names;
+  for (const Entry& entry : entries) {
+    if (entry.name == name) return entry;
+    names += (names.empty() ? "" : " or ") + std::string(entry.name);
+  }
+  const std::string wrong =
+      name.empty() ? "a name is missing" : "unknown '" + std::string(name) + "'";
+  throw UsageError(where + ": " + wrong + ", use " + names);
+}
+
+Options::Command FindCommand(const CLI::App& app) {
+  const std::vector<CLI::App*> found = app.get_subcommands();
+  if (found.empty()) throw UsageError("a command is missing, use watch, get, dump or demo");
+  const std::string name = found.front()->get_name();
+  if (name == "watch") return Options::Command::kWatch;
+  if (name == "get") return Options::Command::kGet;
+  if (name == "dump") return Options::Command::kDump;
+  return Options::Command::kDemo;
+}
+
+std::chrono::milliseconds FindDuration(const std::string& text, Options::Command command) {
+  if (command != Options::Command::kWatch && command != Options::Command::kDemo) {
+    throw UsageError("--for: only watch and demo take it");
+  }
+  const auto duration = ParseDuration(text);
+  if (!duration) {
+    throw UsageError("--for: '" + text + "' is no duration, use one such as 500ms, 10s or 2m");
+  }
+  return *duration;
+}
+
+}  // namespace
+
+Options ParseOptions(int argc, char** argv) {
+  CLI::App app;
+  Words words;
+  Describe(app, words);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    throw UsageError(error.what());
+  }
+  Options options;
+  options.json = words.json;
+  options.verbose = words.verbose;
+  if (words.help || words.version) {
+    options.command = words.help ? Options::Command::kHelp : Options::Command::kVersion;
+    return options;
+  }
+  options.command = FindCommand(app);
+  options.device = &Find(DeviceTypes(), words.device, "--device");
+  if (options.command == Options::Command::kWatch || options.command == Options::Command::kGet) {
+    options.family = &Find(Families(), words.family, app.get_subcommands().front()->get_name());
+  }
+  if (app.count("--for") > 0) options.duration = FindDuration(words.duration, options.command);
+  return options;
+}
+
+}  // namespace norvik::qel::tool

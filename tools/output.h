@@ -1,0 +1,39 @@
+// What the monitor prints: lines for people, or JSON objects for programs.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "tools/event.h"
+#include "tools/line_writer.h"
+#include "tools/observed.h"
+#include "tools/value.h"
+
+namespace norvik::qel::tool {
+
+// Threads: the main thread.
+class Output {
+ public:
+  virtual ~Output() = default;
+
+  virtual void Show(const Event& event) = 0;
+  // A value that was asked for.
+  virtual void ShowReading(const Property& property, const Value& value) = 0;
+  virtual void ShowDump(const std::string& text) = 0;
+  // Help for people; programs get none of it.
+  virtual void Explain(const std::string& text) = 0;
+  // The parts of a demonstration.
+  virtual void Heading(const std::string& text) = 0;
+  virtual void Say(const std::string& text) = 0;
+  virtual void Summary(bool success, const std::string& text, const Observed& observed) = 0;
+
+  const LineWriter& lines() const { return lines_; }
+
+ protected:
+  LineWriter lines_;
+};
+
+std::unique_ptr<Output> MakeTextOutput();
+std::unique_ptr<Output> MakeJsonOutput();
+
+}  // namespace norvik::qel::tool

@@ -1,0 +1,66 @@
+// What a command that waits works with.
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <variant>
+
+#include "tools/device.h"
+#include "tools/event_queue.h"
+#include "tools/options.h"
+#include "tools/output.h"
+#include "tools/stop_signals.h"
+
+namespace norvik::qel::tool {
+
+// How long to wait for the first report; only a device without a working service needs it.
+inline constexpr std::chrono::seconds kReportLimit(5);
+
+// Takes the events while somebody waits for them. Clients of the library are made after the session
+// and go before it.
+//
+// Threads: the main thread.
+class Session {
+ public:
+  using Clock = std::chrono::steady_clock;
+
+  enum class Events { kShow, kHide };
+
+  Session(const Options& options, Output& output, Events events = Events::kShow);
+
+  enum class Wake {
+    kEvent,  // one was noted
+    kTime,   // none came until then
+    kStop,   // somebody wants the program to end, or nobody reads its output any more
+  };
+  Wake WaitUntil(Clock::time_point until);
+
+  // Waits until what has been observed fulfils `condition`.
+  template <typename Condition>
+  Wake WaitFor(Condition condition, Clock::duration limit) {
+    const Clock::time_point until = Clock::now() + limit;
+    while (!condition()) {
+      if (const Wake wake = WaitUntil(until); wake != Wake::kEvent) return wake;
+    }
+    return Wake::kEvent;
+  }
+
+  Output& output() { return output_; }
+  Device& device() { return *device_; }
+  const std::shared_ptr<EventQueue>& events() { return events_; }
+  const Observed& observed() const { return observed_; }
+
+ private:
+  bool Stopped(Clock::time_point until);
+
+  Output& output_;
+  const bool show_events_;
+  StopSignals signals_;  // before the device, whose threads inherit the mask
+  const std::shared_ptr<EventQueue> events_ = std::make_shared<EventQueue>();
+  const std::unique_ptr<Device> device_;
+  Observed observed_;
+  bool stopped_ = false;
+};
+
+}  // namespace norvik::qel::tool

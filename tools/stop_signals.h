@@ -1,0 +1,30 @@
+// SIGINT and SIGTERM as something to wait for.
+#pragma once
+
+#include <signal.h>
+
+namespace norvik::qel::tool {
+
+// Made before the program's other threads, which inherit that the signals are blocked.
+//
+// Threads: the main thread.
+class StopSignals {
+ public:
+  StopSignals();
+  // The signals are what they were.
+  ~StopSignals();
+  StopSignals(const StopSignals&) = delete;
+  StopSignals& operator=(const StopSignals&) = delete;
+
+  // Readable once a signal has come.
+  int fd() const { return fd_; }
+  // Takes the signal. From here on a second one ends the program at once, should the way out take
+  // too long for somebody.
+  void Accept();
+
+ private:
+  int fd_;
+  sigset_t before_;
+};
+
+}  // namespace norvik::qel::tool

@@ -1,0 +1,74 @@
+#include <string>
+#include <string_view>
+
+#include "tools/output.h"
+
+namespace norvik::qel::tool {
+
+namespace {
+
+constexpr size_t kNameWidth = 26;
+
+std::string Padded(std::string_view text) {
+  std::string padded(text);
+  if (padded.size() < kNameWidth) padded.append(kNameWidth - padded.size(), ' ');
+  return padded;
+}
+
+std::string InWords(const DeviceEvent& event) {
+  const std::string service = "the " + event.service + " service";
+  switch (event.kind) {
+    case DeviceEvent::Kind::kServiceStarted:
+      return service + " is up";
+    case DeviceEvent::Kind::kServiceDied:
+      return service + " died";
+    case DeviceEvent::Kind::kCallbackRegistered:
+      return "linked: the library's callback is registered with " + service;
+    case DeviceEvent::Kind::kCallbackUnregistered:
+      return "unlinked: the library has withdrawn its callback from " + service;
+    case DeviceEvent::Kind::kCallRefused:
+      return service + " refused a call: " + event.detail;
+    case DeviceEvent::Kind::kNotice:
+      return event.detail;
+  }
+  return event.detail;
+}
+
+class TextOutput : public Output {
+ public:
+  void Show(const Event& event) override {
+    if (const auto* device_event = std::get_if<DeviceEvent>(&event.what)) {
+      lines_.Write(TimeOfDay(event.time) + "  ** device: " + InWords(*device_event));
+      return;
+    }
+    const auto& change = std::get<ValueChange>(event.what);
+    lines_.Write(TimeOfDay(event.time) + "  " + Padded(change.property->name) +
+                 tool::InWords(*change.property, change.old_value) + "  ->  " +
+                 tool::InWords(*change.property, change.new_value));
+  }
+
+  void ShowReading(const Property& property, const Value& value) override {
+    lines_.Write(Padded(property.name) + tool::InWords(property, value));
+  }
+
+  void ShowDump(const std::string& text) override {
+    // The dump ends its own last line.
+    lines_.Write(text.ends_with('\n') ? text.substr(0, text.size() - 1) : text);
+  }
+
+  void Explain(const std::string& text) override { lines_.Write(text); }
+  void Heading(const std::string& text) override { lines_.Write("\n" + text); }
+  void Say(const std::string& text) override { lines_.Write("   " + text); }
+
+  void Summary(bool /*success*/, const std::string& text, const Observed& /*observed*/) override {
+    lines_.Write("\n" + text);
+  }
+};
+
+}  // namespace
+
+std::unique_ptr<Output> MakeTextOutput() {
+  return std::make_unique<TextOutput>();
+}
+
+}  // namespace norvik::qel::tool

@@ -1,0 +1,70 @@
+#include "tools/usage.h"
+
+#include "tools/device.h"
+
+namespace norvik::qel::tool {
+
+namespace {
+
+constexpr char kCommands[] =
+    R"(quorvel: watch what the Quorvel library tells an audio stack of its device
+
+Usage: quorvel COMMAND [OPTIONS]
+
+Commands:
+  demo                tell the library's story on a simulated phone, in some 15 seconds;
+                      with another device: show what that device has
+  watch battery       print battery and charger values as they change, until Ctrl-C
+  get battery         ask for the values once
+  dump                print the state of the library as the library describes it
+
+Options:
+  --device NAME       where the values come from:
+)";
+
+constexpr char kOptions[] =
+    R"(  --for DURATION      end by itself after this time: 500ms, 10s, 2m, 1h
+                      (watch; demo on a device without a story, where it is 5s)
+  --json              one JSON object a line instead of text
+  --verbose           the library's debug log on standard error; else warnings only
+  --help, -h          this text
+  --version           the version
+
+Output of watch and demo: a line for each call of a client's callback,
+  12:00:03.120  battery level             50 %  ->  49 %
+and lines marked ** for what only the device knows: that its service died, came back, refused
+a call, or that the library has linked to it (registered its callback there).
+
+JSON: every object has "time" (ISO 8601, UTC) and "event", and by event:
+  value                    "property", "old", "new": numbers; true or false for a charger that is
+                           online or not; null for what is not known
+  reading                  "property", "value" (get)
+  service_started, service_died, callback_registered, callback_unregistered
+                           "service": "health"
+  call_refused, notice     "service", "detail": text
+  dump, heading, narration "text"
+  summary                  "success", "callbacks", "deaths", "relinks", "refusals", "text" (demo)
+Properties: battery_level (percent), battery_cycle_count, wireless_charger, dock_charger.
+
+Exit code: 0 on success, also when Ctrl-C ends a command; 1 when something failed; 2 when the
+command line is wrong.
+)";
+
+std::string Devices() {
+  std::string text;
+  for (const DeviceType& type : DeviceTypes()) {
+    std::string name(type.name);
+    name.resize(11, ' ');
+    text += "                        " + name + std::string(type.description);
+    text += &type == DeviceTypes().data() ? " (default)\n" : "\n";
+  }
+  return text;
+}
+
+}  // namespace
+
+std::string Usage() {
+  return kCommands + Devices() + kOptions;
+}
+
+}  // namespace norvik::qel::tool

@@ -1,0 +1,22 @@
+// The values that the monitor shows, whatever family they are of.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <variant>
+
+namespace norvik::qel::tool {
+
+// Not known; a number; whether something is online.
+using Value = std::variant<std::monostate, int, bool>;
+
+struct Property {
+  std::string_view key;   // for programs: "battery_level"
+  std::string_view name;  // for people: "battery level"
+  std::string_view unit;  // follows a number: " %"
+};
+
+// "50 %", "online", "unknown".
+std::string InWords(const Property& property, const Value& value);
+
+}  // namespace norvik::qel::tool

@@ -1,0 +1,45 @@
+#include "tools/wall_clock.h"
+
+#include <stdio.h>
+#include <time.h>
+
+namespace norvik::qel::tool {
+
+namespace {
+
+struct Instant {
+  time_t seconds;
+  int milliseconds;
+};
+
+Instant Split(WallTime time) {
+  const auto seconds = std::chrono::floor<std::chrono::seconds>(time);
+  const auto rest = std::chrono::floor<std::chrono::milliseconds>(time - seconds);
+  return {.seconds = std::chrono::system_clock::to_time_t(seconds),
+          .milliseconds = static_cast<int>(rest.count())};
+}
+
+}  // namespace
+
+// Numbers only: strftime() with names of days or months would follow the locale.
+std::string TimeOfDay(WallTime time) {
+  const Instant instant = Split(time);
+  tm local = {};
+  localtime_r(&instant.seconds, &local);
+  char text[64];
+  snprintf(text, sizeof text, "%02d:%02d:%02d.%03d", local.tm_hour, local.tm_min, local.tm_sec,
+           instant.milliseconds);
+  return text;
+}
+
+std::string Iso8601(WallTime time) {
+  const Instant instant = Split(time);
+  tm utc = {};
+  gmtime_r(&instant.seconds, &utc);
+  char text[96];
+  snprintf(text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02d.%03dZ", utc.tm_year + 1900,
+           utc.tm_mon + 1, utc.tm_mday, utc.tm_hour, utc.tm_min, utc.tm_sec, instant.milliseconds);
+  return text;
+}
+
+}  // namespace norvik::qel::tool
