@@ -1,6 +1,6 @@
 if(QUORVEL_SANITIZE)
   add_compile_options(-fsanitize=${QUORVEL_SANITIZE} -fno-sanitize-recover=all
-                      -fno-omit-frame-pointer -g)
+                      -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${QUORVEL_SANITIZE})
   if(QUORVEL_SANITIZE MATCHES "undefined")
     # This check reads run-time type information, which the library is built without.

@@ -1,0 +1,60 @@
+// This machine's battery and chargers, served as a device's health service.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <thread>
+
+#include "devices/common/device_event.h"
+#include "devices/common/health_service.h"
+#include "standin/service_process.h"
+
+namespace norvik::qel::linux_device {
+
+class PowerSupplyMonitor;
+
+// The service reports what the kernel's power-supply class says, at every event of the class, and
+// reads it anew whenever somebody asks. The level and the cycle count are -1 while unknown.
+//
+// Threads: Start() and Stop() by the owner, one at a time, not from the observer; the rest from any
+// thread in between.
+class Health {
+ public:
+  using HealthInfo = aidl::android::hardware::health::HealthInfo;
+
+  // Does nothing yet. The observer hears, besides what the service has to say, of a machine without
+  // a battery and once of every file that cannot be read or believed.
+  explicit Health(devices::DeviceObserver observer = nullptr);
+  // Stops it if nobody has.
+  ~Health();
+  Health(const Health&) = delete;
+  Health& operator=(const Health&) = delete;
+
+  // Declares the instance, reads the machine and runs the service. Stops the one that runs, if any.
+  void Start();
+  // Kills the service and takes the declaration back.
+  void Stop();
+
+  // What the service has last reported; nothing is known while none runs.
+  HealthInfo info() const;
+  // How many callbacks the running service holds; 0 while none runs.
+  size_t callback_count() const;
+
+ private:
+  class Service;
+
+  void Watch();
+  void HearEvents();
+  void Tell(devices::DeviceEvent::Kind kind, std::string detail = {}) const;
+  void TellNotices();
+
+  const devices::DeviceObserver observer_;
+  // All below change in Start() and Stop() only. The monitor is the thread's while that runs.
+  std::shared_ptr<Service> service_;
+  std::unique_ptr<standin::ServiceProcess> process_;
+  std::unique_ptr<PowerSupplyMonitor> monitor_;
+  std::thread thread_;
+};
+
+}  // namespace norvik::qel::linux_device

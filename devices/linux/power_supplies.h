@@ -1,0 +1,72 @@
+// What the kernel's power-supply class knows of this machine: its battery and its chargers.
+//
+// The files, their units and their special values are described in the kernel's
+// Documentation/ABI/testing/sysfs-class-power and Documentation/power/power_supply_class.rst.
+#pragma once
+
+#include <aidl/android/hardware/health/BatteryCapacityLevel.h>
+#include <aidl/android/hardware/health/BatteryHealth.h>
+#include <aidl/android/hardware/health/BatteryStatus.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace norvik::qel::linux_device {
+
+// Something that could not be read or believed, for people.
+struct Fault {
+  std::string supply;  // "BAT0"; empty when all of them are concerned
+  std::string file;    // "capacity"; empty when the whole supply is concerned
+  std::string what;    // "\"250\" is not within 0 to 100"
+};
+
+// In the units of the health service. What is not known has no value.
+struct Battery {
+  std::string name = {};
+  std::optional<int32_t> level_percent = {};
+  std::optional<int32_t> cycle_count = {};
+  std::optional<aidl::android::hardware::health::BatteryStatus> status = {};
+  std::optional<aidl::android::hardware::health::BatteryHealth> health = {};
+  std::optional<aidl::android::hardware::health::BatteryCapacityLevel> capacity_level = {};
+  std::optional<std::string> technology = {};
+  std::optional<int32_t> voltage_millivolts = {};
+  std::optional<int32_t> temperature_tenths_celsius = {};
+  std::optional<int32_t> current_microamps = {};
+  std::optional<int32_t> current_average_microamps = {};
+  std::optional<int32_t> full_charge_uah = {};
+  std::optional<int32_t> full_charge_design_uah = {};
+  std::optional<int32_t> charge_counter_uah = {};
+  std::optional<int32_t> seconds_to_full = {};
+};
+
+// A charger counts as online only when the kernel says so.
+struct Chargers {
+  bool ac_online = false;
+  bool usb_online = false;
+  bool wireless_online = false;
+  bool dock_online = false;
+  // Of the first charger by name that is online and tells its limit of current.
+  std::optional<int32_t> max_current_microamps = {};
+  std::optional<int32_t> max_voltage_microvolts = {};
+};
+
+struct PowerReading {
+  // The first by name of the machine's batteries that are there.
+  std::optional<Battery> battery = {};
+  Chargers chargers = {};
+  std::vector<Fault> faults = {};
+};
+
+// The last part of a sysfs path.
+std::string SupplyName(const std::string& syspath);
+
+// Sets the sysfs paths of all power supplies, ordered by name; a kernel without the class has none.
+// 0, or an errno number when they cannot be listed.
+[[nodiscard]] int ListPowerSupplies(std::vector<std::string>* syspaths);
+
+// Reads supplies that have been listed; they may have vanished since.
+PowerReading ReadPowerSupplies(const std::vector<std::string>& syspaths);
+
+}  // namespace norvik::qel::linux_device

@@ -1,0 +1,52 @@
+#include "devices/linux/power_supply_monitor.h"
+
+#include <errno.h>
+#include <unistd.h>
+
+#include <string_view>
+
+namespace norvik::qel::linux_device {
+
+namespace {
+
+// udevd passes events on when its rules have run. Without one, as in a container, only the kernel's
+// own can be heard.
+const char* EventSource() {
+  return access("/run/udev/control", F_OK) == 0 ? "udev" : "kernel";
+}
+
+}  // namespace
+
+PowerSupplyMonitor::PowerSupplyMonitor() : error_(Open()) {}
+
+int PowerSupplyMonitor::Open() {
+  udev_.reset(udev_new());
+  if (udev_ == nullptr) return errno;
+  monitor_.reset(udev_monitor_new_from_netlink(udev_.get(), EventSource()));
+  if (monitor_ == nullptr) return errno;
+  int result =
+      udev_monitor_filter_add_match_subsystem_devtype(monitor_.get(), kPowerSupplySubsystem,
+                                                      /*devtype=*/nullptr);
+  if (result >= 0) result = udev_monitor_enable_receiving(monitor_.get());
+  return result < 0 ? -result : 0;
+}
+
+std::optional<SupplyEvent> PowerSupplyMonitor::Next() {
+  using Kind = SupplyEvent::Kind;
+  const UdevDevice device(udev_monitor_receive_device(monitor_.get()));
+  if (device == nullptr) {
+    return errno == ENOBUFS ? std::optional(SupplyEvent{.kind = Kind::kLost}) : std::nullopt;
+  }
+  const char* const action = udev_device_get_action(device.get());
+  const bool removed = action != nullptr && std::string_view(action) == "remove";
+  return SupplyEvent{.kind = removed ? Kind::kRemoved : Kind::kThere,
+                     .syspath = udev_device_get_syspath(device.get())};
+}
+
+void PowerSupplyMonitor::GiveUp(int error) {
+  monitor_.reset();
+  udev_.reset();
+  error_ = error;
+}
+
+}  // namespace norvik::qel::linux_device

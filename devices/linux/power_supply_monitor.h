@@ -1,0 +1,44 @@
+// Word from the kernel that a power supply has come, changed or gone.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "devices/linux/udev.h"
+
+namespace norvik::qel::linux_device {
+
+struct SupplyEvent {
+  enum class Kind {
+    kThere,    // it has come or changed
+    kRemoved,  // it is going; its files may still be there for a moment
+    kLost,     // too many at once: any number of events has been dropped
+  };
+  Kind kind;
+  std::string syspath = {};
+};
+
+// Hears from the moment it is made. Threads: one at a time.
+class PowerSupplyMonitor {
+ public:
+  PowerSupplyMonitor();
+
+  // False, with errno of the constructor in error(), when nothing will ever be heard.
+  bool works() const { return error_ == 0; }
+  int error() const { return error_; }
+  // Readable while something waits; -1 when nothing will ever be heard.
+  int fd() const { return works() ? udev_monitor_get_fd(monitor_.get()) : -1; }
+  // The next event; nothing when no more wait. Never blocks.
+  std::optional<SupplyEvent> Next();
+  // Closes the socket, which is of no use any more.
+  void GiveUp(int error);
+
+ private:
+  int Open();
+
+  Udev udev_;
+  UdevMonitor monitor_;
+  int error_ = 0;
+};
+
+}  // namespace norvik::qel::linux_device

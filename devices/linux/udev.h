@@ -1,0 +1,27 @@
+// Owners of libudev's objects.
+#pragma once
+
+#include <libudev.h>
+
+#include <memory>
+
+namespace norvik::qel::linux_device {
+
+template <auto kUnref>
+struct Unref {
+  template <typename T>
+  void operator()(T* object) const {
+    kUnref(object);
+  }
+};
+
+// libudev counts references without locking: no object is shared between threads, the context
+// included.
+using Udev = std::unique_ptr<udev, Unref<udev_unref>>;
+using UdevDevice = std::unique_ptr<udev_device, Unref<udev_device_unref>>;
+using UdevEnumerate = std::unique_ptr<udev_enumerate, Unref<udev_enumerate_unref>>;
+using UdevMonitor = std::unique_ptr<udev_monitor, Unref<udev_monitor_unref>>;
+
+inline constexpr char kPowerSupplySubsystem[] = "power_supply";
+
+}  // namespace norvik::qel::linux_device
