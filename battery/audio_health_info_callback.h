@@ -20,14 +20,14 @@ class AudioHealthInfoCallback : public aidl::android::hardware::health::BnHealth
   ~AudioHealthInfoCallback() override;
 
   // Where reports go; null for nowhere. Waits for a report that is being handled.
-  void SetBatteryInfo(BatteryInfo* battery_info) EXCLUDES(lock_);
+  void SetBatteryInfo(BatteryInfo* battery_info) QEL_EXCLUDES(lock_);
 
   ndk::ScopedAStatus healthInfoChanged(
-      const aidl::android::hardware::health::HealthInfo& info) override EXCLUDES(lock_);
+      const aidl::android::hardware::health::HealthInfo& info) override QEL_EXCLUDES(lock_);
 
  private:
   std::mutex lock_;
-  BatteryInfo* battery_info_ GUARDED_BY(lock_) = nullptr;  // not owned
+  BatteryInfo* battery_info_ QEL_GUARDED_BY(lock_) = nullptr;  // not owned
 };
 
 }  // namespace norvik::qel::audio

@@ -115,7 +115,7 @@ int BatteryInfo::RegisterInfoCallback(PropertyType type, BatteryInfoCallback cal
 
   const bool first_client = !HasClients();
   clients.push_back({.callback = callback, .cookie = cookie});
-  client_counts_[type].fetch_add(1, std::memory_order_relaxed);
+  client_counts_[type].store(static_cast<int32_t>(clients.size()), std::memory_order_relaxed);
   if (first_client) {
     // The service reports its data when the link is made: that is how this client gets a value.
     LinkToHealthService();
@@ -144,7 +144,7 @@ int BatteryInfo::DeregisterInfoCallback(PropertyType type, BatteryInfoCallback c
                    [&](const ClientInfo& candidate) { return candidate.callback == callback; });
   if (client == clients.end()) return -EINVAL;
   clients.erase(client);
-  client_counts_[type].fetch_sub(1, std::memory_order_relaxed);
+  client_counts_[type].store(static_cast<int32_t>(clients.size()), std::memory_order_relaxed);
   if (!HasClients()) UnlinkToHealthService();
   return 0;
 }
@@ -318,9 +318,9 @@ void BatteryInfo::LinkToHealthService() {
       AIBinder_linkToDeath(health_service_->asBinder().get(), death_recipient_.get(), this);
   if (link != STATUS_OK) {
     __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s:Failed to link to health death", __func__);
-    // The link is what counts; a service that is gone has forgotten the callback anyway.
-    static_cast<void>(health_service_->unregisterCallback(health_callback_));
-    if (link == STATUS_DEAD_OBJECT) ForgetUnlinkedService();
+    // Its outcome only tells whether the service still lives.
+    const ndk::ScopedAStatus undone = health_service_->unregisterCallback(health_callback_);
+    if (link == STATUS_DEAD_OBJECT || IsDeadObject(undone)) ForgetUnlinkedService();
     return;
   }
   linked_ = true;

@@ -51,37 +51,38 @@ class BatteryInfo {
   BatteryInfo& operator=(const BatteryInfo&) = delete;
 
   // Makes the workers, idle. The health service is not contacted.
-  bool Initialize() EXCLUDES(lock_);
+  bool Initialize() QEL_EXCLUDES(lock_);
   // Joins the workers, then leaves the service. Also after an Initialize() that failed half-way.
-  void Deinitialize() EXCLUDES(lock_);
+  void Deinitialize() QEL_EXCLUDES(lock_);
 
   // 0; -EINVAL for a null callback or one that `type` has already.
   int RegisterInfoCallback(PropertyType type, BatteryInfoCallback callback, void* cookie)
-      EXCLUDES(lock_);
+      QEL_EXCLUDES(lock_);
   // 0; -EINVAL for a callback that `type` does not have.
-  int DeregisterInfoCallback(PropertyType type, BatteryInfoCallback callback) EXCLUDES(lock_);
+  int DeregisterInfoCallback(PropertyType type, BatteryInfoCallback callback) QEL_EXCLUDES(lock_);
 
   // The value; -1 while none has arrived; -EAGAIN when the service was asked in vain.
-  int GetBatteryLevel(bool use_cached) EXCLUDES(lock_);
-  int GetBatteryCycleCount(bool use_cached) EXCLUDES(lock_);
-  int GetWirelessChargerIsOnline(bool use_cached) EXCLUDES(lock_);
-  int GetDockChargerIsOnline(bool use_cached) EXCLUDES(lock_);
+  int GetBatteryLevel(bool use_cached) QEL_EXCLUDES(lock_);
+  int GetBatteryCycleCount(bool use_cached) QEL_EXCLUDES(lock_);
+  int GetWirelessChargerIsOnline(bool use_cached) QEL_EXCLUDES(lock_);
+  int GetDockChargerIsOnline(bool use_cached) QEL_EXCLUDES(lock_);
 
   // Takes no lock and may mix states.
   void Dump(int fd) const;
 
   // Asks the service for all values. Clients hear of a change at the next dispatch only.
-  bool GetInfoFromHealthService() EXCLUDES(lock_);
+  bool GetInfoFromHealthService() QEL_EXCLUDES(lock_);
   // Stores what the service reported and has the clients of changed values called.
-  void UpdateHealthInfo(const aidl::android::hardware::health::HealthInfo& info) EXCLUDES(lock_);
+  void UpdateHealthInfo(const aidl::android::hardware::health::HealthInfo& info)
+      QEL_EXCLUDES(lock_);
   // Links to the service unless linked; true when the link stands.
-  bool ReconnectToHealthService() EXCLUDES(lock_);
+  bool ReconnectToHealthService() QEL_EXCLUDES(lock_);
   // The service has died: forgets it, and has it looked for while there are clients.
-  void HealthServiceDied() EXCLUDES(lock_);
+  void HealthServiceDied() QEL_EXCLUDES(lock_);
   // Stores a value and marks it for the clients; true when it is new.
-  bool UpdateProperty(PropertyType type, int32_t value) REQUIRES(lock_);
+  bool UpdateProperty(PropertyType type, int32_t value) QEL_REQUIRES(lock_);
   // Calls the clients of every property that is marked. For the "battery_callback" worker.
-  bool CallbackToClients() EXCLUDES(lock_);
+  bool CallbackToClients() QEL_EXCLUDES(lock_);
 
   // A death notice of the platform; `cookie` is the BatteryInfo that linked, perhaps gone by now.
   static void HealthBinderDied(void* cookie);
@@ -90,18 +91,18 @@ class BatteryInfo {
   static constexpr size_t kPropertyCount = 4;
 
   bool UpdateBatteryProperties(const aidl::android::hardware::health::HealthInfo& info)
-      REQUIRES(lock_);
-  bool HasClients() const REQUIRES(lock_);
-  int GetProperty(PropertyType type, bool use_cached) EXCLUDES(lock_);
+      QEL_REQUIRES(lock_);
+  bool HasClients() const QEL_REQUIRES(lock_);
+  int GetProperty(PropertyType type, bool use_cached) QEL_EXCLUDES(lock_);
 
   // Looks the service up unless it is known. May block as the platform's look-up does.
-  bool IsHealthServiceReady() REQUIRES(lock_);
-  void LinkToHealthService() REQUIRES(lock_);
-  void UnlinkToHealthService() REQUIRES(lock_);
-  void ForgetHealthService() REQUIRES(lock_);
+  bool IsHealthServiceReady() QEL_REQUIRES(lock_);
+  void LinkToHealthService() QEL_REQUIRES(lock_);
+  void UnlinkToHealthService() QEL_REQUIRES(lock_);
+  void ForgetHealthService() QEL_REQUIRES(lock_);
   // For a call that the service's death has answered.
-  void ForgetUnlinkedService() REQUIRES(lock_);
-  void HandleDeathNotice() EXCLUDES(lock_);
+  void ForgetUnlinkedService() QEL_REQUIRES(lock_);
+  void HandleDeathNotice() QEL_EXCLUDES(lock_);
 
   // Reads without lock_, deliberately: a getter or a dump never waits for a call to the service.
   int32_t UnlockedValue(PropertyType type) const {
@@ -110,19 +111,19 @@ class BatteryInfo {
 
   // Members are released in reverse order.
   std::mutex lock_;
-  std::array<std::vector<ClientInfo>, kPropertyCount> clients_ GUARDED_BY(lock_);
+  std::array<std::vector<ClientInfo>, kPropertyCount> clients_ QEL_GUARDED_BY(lock_);
   // Written with lock_ held; atomic for the unlocked readers. -1: no value has arrived yet.
   std::array<std::atomic<int32_t>, kPropertyCount> values_;
   std::array<std::atomic<int32_t>, kPropertyCount> client_counts_{};  // for Dump()
   // The value changed, or a new client is to be told, and the clients have not been called yet.
-  std::array<bool, kPropertyCount> pending_callback_ GUARDED_BY(lock_){};
+  std::array<bool, kPropertyCount> pending_callback_ QEL_GUARDED_BY(lock_){};
   // The callback is registered and the death linked. Written with lock_ held; atomic for Dump().
   std::atomic<bool> linked_{false};
   // Set by Initialize() before any other thread knows this object, and then only read.
   std::unique_ptr<RepeatedThread> reconnect_thread_;
   std::unique_ptr<RepeatedThread> callback_thread_;
   // While a link stands, dropping this drops the death notice, too.
-  std::shared_ptr<aidl::android::hardware::health::IHealth> health_service_ GUARDED_BY(lock_);
+  std::shared_ptr<aidl::android::hardware::health::IHealth> health_service_ QEL_GUARDED_BY(lock_);
   std::shared_ptr<AudioHealthInfoCallback> health_callback_;  // as the two threads
   ndk::ScopedAIBinder_DeathRecipient death_recipient_;        // as the two threads
 };

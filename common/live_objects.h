@@ -32,7 +32,7 @@ class LiveObjects {
     return table;
   }
 
-  void Add(Object* object) EXCLUDES(lock_) {
+  void Add(Object* object) QEL_EXCLUDES(lock_) {
     auto entry = std::make_shared<Entry>();
     {
       std::lock_guard<std::mutex> lock(entry->lock);
@@ -43,7 +43,7 @@ class LiveObjects {
   }
 
   // Nothing for an object that was never added. Never with a lock held that a visit takes.
-  void Remove(Object* object) EXCLUDES(lock_) {
+  void Remove(Object* object) QEL_EXCLUDES(lock_) {
     const std::shared_ptr<Entry> entry = Find(object, /*erase=*/true);
     if (entry == nullptr) return;
     std::lock_guard<std::mutex> lock(entry->lock);
@@ -52,7 +52,7 @@ class LiveObjects {
 
   // Calls `visitor` with the object at `address` if there is one.
   template <typename Visitor>
-  void Visit(void* address, Visitor visitor) EXCLUDES(lock_) {
+  void Visit(void* address, Visitor visitor) QEL_EXCLUDES(lock_) {
     const std::shared_ptr<Entry> entry = Find(address, /*erase=*/false);
     if (entry == nullptr) return;
     std::lock_guard<std::mutex> lock(entry->lock);
@@ -62,10 +62,10 @@ class LiveObjects {
  private:
   struct Entry {
     std::mutex lock;
-    Object* object GUARDED_BY(lock) = nullptr;  // null once removed
+    Object* object QEL_GUARDED_BY(lock) = nullptr;  // null once removed
   };
 
-  std::shared_ptr<Entry> Find(void* address, bool erase) EXCLUDES(lock_) {
+  std::shared_ptr<Entry> Find(void* address, bool erase) QEL_EXCLUDES(lock_) {
     std::lock_guard<std::mutex> lock(lock_);
     const auto found = entries_.find(address);
     if (found == entries_.end()) return nullptr;
@@ -75,7 +75,7 @@ class LiveObjects {
   }
 
   std::mutex lock_;
-  std::map<void*, std::shared_ptr<Entry>> entries_ GUARDED_BY(lock_);
+  std::map<void*, std::shared_ptr<Entry>> entries_ QEL_GUARDED_BY(lock_);
 };
 
 }  // namespace norvik::qel::audio

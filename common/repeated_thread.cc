@@ -77,7 +77,7 @@ void RepeatedThread::ThreadLoop() {
     }
     ++count;
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(pause_ms_);
-    if (cv_.wait_until(lock, deadline, [this]() REQUIRES(lock_) { return !running_; })) {
+    if (cv_.wait_until(lock, deadline, [this]() QEL_REQUIRES(lock_) { return !running_; })) {
       __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s[%s]: thread existed after sleep!",
                           "ThreadLoop", name_.data());
       return;

@@ -33,13 +33,13 @@ class RepeatedThread {
   void Initialize();
 
   // Asks for one run and returns at once. Nothing happens after Deinitialize().
-  void Start() EXCLUDES(lock_);
+  void Start() QEL_EXCLUDES(lock_);
 
   // Cuts a pause short, waits for a run that is under way, and joins the thread.
-  void Deinitialize() EXCLUDES(lock_);
+  void Deinitialize() QEL_EXCLUDES(lock_);
 
   // The body of the thread: for Initialize() only.
-  void ThreadLoop() EXCLUDES(lock_);
+  void ThreadLoop() QEL_EXCLUDES(lock_);
 
  private:
   enum class TriggerState : int32_t {
@@ -51,14 +51,14 @@ class RepeatedThread {
   virtual bool ClientAction() = 0;
 
   // What follows a run, and the pause after a failed one; `count` is how many have failed.
-  void FinishSuccess() REQUIRES(lock_);
-  void FinishFailure(uint32_t& count) REQUIRES(lock_);
+  void FinishSuccess() QEL_REQUIRES(lock_);
+  void FinishFailure(uint32_t& count) QEL_REQUIRES(lock_);
 
-  bool exit_requested_ GUARDED_BY(lock_) = false;
-  bool running_ GUARDED_BY(lock_) = false;    // the thread is inside its loop
-  bool run_again_ GUARDED_BY(lock_) = false;  // a request came during a run; one is remembered
+  bool exit_requested_ QEL_GUARDED_BY(lock_) = false;
+  bool running_ QEL_GUARDED_BY(lock_) = false;    // the thread is inside its loop
+  bool run_again_ QEL_GUARDED_BY(lock_) = false;  // a request came during a run; one is remembered
   const std::string_view name_;
-  TriggerState state_ GUARDED_BY(lock_) = TriggerState::kIdle;
+  TriggerState state_ QEL_GUARDED_BY(lock_) = TriggerState::kIdle;
   std::thread thread_;  // touched by the owner only
   std::mutex lock_;
   std::condition_variable cv_;

@@ -1,5 +1,6 @@
 // Names for clang's thread-safety analysis; nothing for other compilers. The analysis runs in the
-// clang + libc++ build, whose std::mutex and std::lock_guard carry the attributes it needs.
+// clang + libc++ build, whose std::mutex and std::lock_guard carry the attributes it needs. The
+// names have a prefix because some platform headers define the bare ones.
 #pragma once
 
 #include <mutex>
@@ -11,11 +12,11 @@
 #endif
 
 // The member is read and written with the lock held.
-#define GUARDED_BY(lock) QUORVEL_THREAD_ANNOTATION(guarded_by(lock))
+#define QEL_GUARDED_BY(lock) QUORVEL_THREAD_ANNOTATION(guarded_by(lock))
 // The caller holds the lock.
-#define REQUIRES(...) QUORVEL_THREAD_ANNOTATION(requires_capability(__VA_ARGS__))
+#define QEL_REQUIRES(...) QUORVEL_THREAD_ANNOTATION(requires_capability(__VA_ARGS__))
 // The function takes the lock itself: the caller must not hold it.
-#define EXCLUDES(...) QUORVEL_THREAD_ANNOTATION(locks_excluded(__VA_ARGS__))
+#define QEL_EXCLUDES(...) QUORVEL_THREAD_ANNOTATION(locks_excluded(__VA_ARGS__))
 
 namespace norvik::qel::audio {
 

@@ -20,8 +20,8 @@
  * else. No function calls back on its caller's thread.
  *
  * Process. The platform delivers through its binder threads, which the program has to have
- * started (ABinderProcess_startThreadPool() and the like): without them no value and no death of
- * a service is ever heard of. The library stays mapped when it is unloaded with dlclose(), since
+ * started (ABinderProcess_startThreadPool() and the like): without them no report and no death of
+ * a service is ever heard of, and clients are never called. The library stays mapped when it is unloaded with dlclose(), since
  * the platform may still hold objects of it.
  */
 #ifndef QUORVEL_H
@@ -48,7 +48,8 @@ extern "C" {
  * Each is -1 until the first report has arrived. Values are passed on as reported, not checked.
  *
  * The link to the service. The first client of any property makes the link, the last one to leave
- * ends it. A new link brings a report at once, so clients hear the first values without asking; a
+ * ends it. (Attempts to link that are under way when the last one leaves go on; the link that they
+ * make stays for the next client.) A new link brings a report at once, so clients hear the first values without asking; a
  * value that is known already and that the report only repeats calls nobody (see
  * BatteryInfoCallback).
  *
@@ -62,6 +63,12 @@ extern "C" {
  * nothing, cached values grow old, and registering further clients changes nothing. What brings
  * the link back is a first client: deregister all clients of all four properties, then register
  * again (or call BatteryInfo::ReconnectToHealthService(), for C++ callers with that class).
+ *
+ * What may block. A handle talks to the service with its lock held, so while it waits for the
+ * service, its background attempts included, everything else on the same handle waits as well:
+ * registrations, deregistrations, fresh queries, Deinit...(). Cached values and dumps never wait,
+ * nor do other handles. A look-up takes up to five seconds while the device declares a service that
+ * does not run; a call to the service takes as long as the service does.
  * @{
  */
 
@@ -95,9 +102,10 @@ void InitBatteryInfo(void** handle_out);
  * @param handle_inout  the variable with the handle; NULL afterwards. Nothing happens when it is
  *                      NULL or holds NULL.
  *
- * Blocks until a callback under way has returned, and for calls to the health service: a look-up
- * first (up to five seconds when the device declares a service that does not run), then, while
- * linked, the call that ends the registration there. Afterwards no client is called any more and
+ * Blocks until an attempt to link and a callback that are under way have returned, and for calls to
+ * the health service: a look-up unless the service is known, then, while linked, the call that ends
+ * the registration there. With a service that the device declares but that does not run, that is
+ * five seconds for the attempt and five for the look-up. Afterwards no client is called any more and
  * cookies may go.
  */
 void DeinitBatteryInfo(void** handle_inout);
@@ -149,11 +157,11 @@ int GetDockChargerIsOnline(void* handle, bool use_cached);
  *                  whatever the cookie.
  * @param cookie    handed back on every call; may be NULL. Keep what it points to until
  *                  DeinitBatteryInfo() has returned, see DeregisterBatteryLevelCallback().
- * @return 0, also while the service is away: the client hears once it is back. -EINVAL when
- *         `handle` or `callback` is NULL, or `callback` is registered for the level already.
+ * @return 0, also while the service is away: the client hears when the link is made again, if that
+ *         is before the library gives up (see above). -EINVAL when `handle` or `callback` is NULL,
+ *         or `callback` is registered for the level already.
  *
- * The first client of any property waits for the service's answer to the registration, and up to
- * five seconds when the device declares a service that does not run.
+ * The first client of any property makes the link and waits for the service's answer.
  */
 int RegisterBatteryLevelCallback(void* handle, BatteryInfoCallback callback, void* cookie);
 

@@ -7,6 +7,7 @@
 #include <memory>
 #include <thread>
 #include <tuple>
+#include <vector>
 
 #include "tests/support/battery_fixture.h"
 
@@ -54,12 +55,15 @@ TEST_F(BatteryInfoTest, TheFirstClientLinksAndHearsTheValueTheServiceReports) {
             "  Battery Cycle Count = 7 (clients:0)\n"
             "  Wireless Charger Is Online = 0 (clients:0)\n"
             "  Dock Charger Is Online = 1 (clients:0)\n");
-  EXPECT_THAT(BatteryLog(),
-              ElementsAre("UpdateProperty: update Battery Level from -1 to 55",
-                          "UpdateProperty: update Battery Cycle Count from -1 to 7",
-                          "UpdateProperty: update Wireless Charger Is Online from -1 to 0",
-                          "UpdateProperty: update Dock Charger Is Online from -1 to 1",
-                          "CallbackToClients: callback data[Battery Level] = 55"));
+  const auto debug = [](const char* text) {
+    return standin::LogLine{.priority = ANDROID_LOG_DEBUG, .tag = "audio_hw_battery", .text = text};
+  };
+  EXPECT_THAT(log_.Lines(),
+              ElementsAre(debug("UpdateProperty: update Battery Level from -1 to 55"),
+                          debug("UpdateProperty: update Battery Cycle Count from -1 to 7"),
+                          debug("UpdateProperty: update Wireless Charger Is Online from -1 to 0"),
+                          debug("UpdateProperty: update Dock Charger Is Online from -1 to 1"),
+                          debug("CallbackToClients: callback data[Battery Level] = 55")));
 }
 
 TEST_F(BatteryInfoTest, AClientOfAKnownValueIsCalledSoonAndSoAreItsFellows) {
@@ -156,6 +160,21 @@ TEST_F(BatteryInfoTest, ADispatchGoesByPropertyThenByRegistration) {
       << "one line a client";
 }
 
+TEST_F(BatteryInfoTest, TheOthersKeepTheirOrderWhenOneLeaves) {
+  RegisterAndHearLevel();
+  for (const BatteryInfoCallback client : {Client<1>, Client<2>, Client<3>}) {
+    ASSERT_EQ(RegisterBatteryLevelCallback(handle_, client, &seen_), 0);
+  }
+  ASSERT_EQ(DeregisterBatteryLevelCallback(handle_, Client<0>), 0);
+  while (seen_.Take() != Call{3, 50}) {
+    // The first calls of each, and what those brought the others.
+  }
+  health_.SetLevel(49);
+  std::vector<Call> calls;
+  for (int i = 0; i < 3; ++i) calls.push_back(seen_.Take().value_or(Call{-1, -1}));
+  EXPECT_THAT(calls, ElementsAre(Call{1, 49}, Call{2, 49}, Call{3, 49}));
+}
+
 // A client that leaves inside its first call and takes client 2 with it.
 struct Leaver {
   void* handle;
@@ -170,6 +189,7 @@ struct Leaver {
 };
 
 TEST_F(BatteryInfoTest, TheLastClientsMayLeaveInsideACall) {
+  const standin::ShortGetServiceWait short_wait;
   // Without a service at first, so that both are there before either is called.
   health_.Kill();
   health_.Undeclare();

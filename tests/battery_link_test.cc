@@ -41,6 +41,7 @@ class BatteryLinkTest : public BatteryFixture {
 };
 
 TEST_F(BatteryLinkTest, AnUndeclaredServiceIsPassedOverSilentlyAndFoundLater) {
+  const standin::ShortGetServiceWait short_wait;  // for an attempt between Declare() and Start()
   health_.Kill();
   health_.Undeclare();
   ASSERT_EQ(RegisterBatteryLevelCallback(handle_, Client<0>, &seen_), 0);

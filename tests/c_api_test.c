@@ -1,4 +1,5 @@
-/* Every function of quorvel.h from C11, with no service about: links, and refuses what it has to. */
+/* Every function of quorvel.h from C11, with no service about: links, and refuses what it has to.
+ */
 #define _POSIX_C_SOURCE 200809L
 
 #include <errno.h>
@@ -17,7 +18,9 @@ static void Check(int ok, const char* what, int line) {
 }
 #define CHECK(condition) Check((condition), #condition, __LINE__)
 
-static void OnValue(int value, void* cookie) { *(int*)cookie = value; }
+static void OnValue(int value, void* cookie) {
+  *(int*)cookie = value;
+}
 
 typedef int (*Getter)(void* handle, bool use_cached);
 typedef int (*Registrar)(void* handle, BatteryInfoCallback callback, void* cookie);

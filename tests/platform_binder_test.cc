@@ -416,9 +416,7 @@ TEST_F(DeathNoticeTest, NullsAndMissingHooks) {
   AIBinder_DeathRecipient_delete(nullptr);
   EXPECT_TRUE(log_.Lines("libbinder_ndk").size() == 1);  // the null function, no more
   const ndk::ScopedAIBinder_DeathRecipient unhooked(AIBinder_DeathRecipient_new(Counter::OnDied));
-  ASSERT_EQ(AIBinder_linkToDeath(binder_.get(),
-                                 const_cast<AIBinder_DeathRecipient*>(unhooked.get()), &counter),
-            STATUS_OK);
+  ASSERT_EQ(AIBinder_linkToDeath(binder_.get(), unhooked.get(), &counter), STATUS_OK);
   EXPECT_EQ(log_.Lines("libbinder_ndk").size(), 2u) << "a cookie without a hook is warned of";
 }
 

@@ -16,6 +16,7 @@ std::span<const DeviceType> DeviceTypes() {
   static constexpr DeviceType kTypes[] = {
       {.name = "bare",
        .description = "no service at all",
+       // NOLINTNEXTLINE(performance-unnecessary-value-param): the signature is the seam's
        .make = [](DeviceObserver) -> std::unique_ptr<Device> {
          return std::make_unique<BareDevice>();
        }},

@@ -6,7 +6,7 @@ namespace norvik::qel::tool {
 
 namespace {
 
-using std::chrono_literals::operator""ms;
+using namespace std::chrono_literals;
 
 struct Step {
   std::chrono::milliseconds pause_before;

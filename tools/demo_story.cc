@@ -12,8 +12,7 @@ namespace norvik::qel::tool {
 
 namespace {
 
-using std::chrono_literals::operator""ms;
-using std::chrono_literals::operator""s;
+using namespace std::chrono_literals;
 using Kind = DeviceEvent::Kind;
 
 // The library may wait five seconds for the service in one attempt to link.

@@ -32,6 +32,10 @@ HealthService::HealthService(HealthInfo info, DeviceObserver observer)
 void HealthService::Report(const HealthInfo& info) {
   std::lock_guard<std::mutex> lock(lock_);
   info_ = info;
+  SendLocked();
+}
+
+void HealthService::SendLocked() {
   for (const auto& callback : callbacks_) {
     // One-way: it fails only when the receiver's process is gone, which is its own affair.
     static_cast<void>(callback->healthInfoChanged(info_));
@@ -55,7 +59,7 @@ ndk::ScopedAStatus HealthService::registerCallback(
   {
     std::lock_guard<std::mutex> lock(lock_);
     callbacks_.push_back(callback);
-    static_cast<void>(callback->healthInfoChanged(info_));  // as in Report()
+    static_cast<void>(callback->healthInfoChanged(info_));  // as in SendLocked()
   }
   Tell(DeviceEvent::Kind::kRegistered);
   return ndk::ScopedAStatus::ok();
@@ -83,7 +87,9 @@ ndk::ScopedAStatus HealthService::unregisterCallback(
 
 ndk::ScopedAStatus HealthService::update() {
   ndk::ScopedAStatus permitted = Ask(HealthOperation::kUpdate);
-  if (permitted.isOk()) Report(info());
+  if (!permitted.isOk()) return permitted;
+  std::lock_guard<std::mutex> lock(lock_);
+  SendLocked();
   return permitted;
 }
 
@@ -135,8 +141,7 @@ ndk::ScopedAStatus HealthService::getHealthInfo(HealthInfo* out) {
 ndk::ScopedAStatus HealthService::setChargingPolicy(BatteryChargingPolicy policy) {
   ndk::ScopedAStatus permitted = Ask(HealthOperation::kSetChargingPolicy);
   if (!permitted.isOk()) return permitted;
-  std::lock_guard<std::mutex> lock(lock_);
-  info_.chargingPolicy = policy;
+  ChangeChargingPolicy(policy);
   return ndk::ScopedAStatus::ok();
 }
 
@@ -163,6 +168,12 @@ binder_status_t HealthService::dump(int fd, const char** /*args*/, uint32_t /*nu
 
 ndk::ScopedAStatus HealthService::Permit(HealthOperation /*operation*/) {
   return ndk::ScopedAStatus::ok();
+}
+
+void HealthService::ChangeChargingPolicy(BatteryChargingPolicy policy) {
+  std::lock_guard<std::mutex> lock(lock_);
+  info_.chargingPolicy = policy;
+  SendLocked();
 }
 
 ndk::ScopedAStatus HealthService::Ask(HealthOperation operation) {

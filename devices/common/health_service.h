@@ -43,7 +43,8 @@ inline constexpr char kHealthInstance[] = "android.hardware.health.IHealth/defau
 // one unregistration removes all of them.
 //
 // Threads: any. Locks: lock_ is held while a report is put on its way, so that reports reach every
-// callback in the order in which they were made; nothing waits for a receiver there.
+// callback in the order in which they were made. Callbacks belong to other processes: nothing waits
+// for a receiver there, and no last reference is released.
 class HealthService : public aidl::android::hardware::health::BnHealth {
  public:
   using HealthInfo = aidl::android::hardware::health::HealthInfo;
@@ -84,12 +85,15 @@ class HealthService : public aidl::android::hardware::health::BnHealth {
  protected:
   // Asked before a call does anything: anything but ok is its answer. May block.
   virtual ndk::ScopedAStatus Permit(HealthOperation operation);
+  // A client has set another policy: to be stored and reported.
+  virtual void ChangeChargingPolicy(aidl::android::hardware::health::BatteryChargingPolicy policy);
 
  private:
   // Permit(), and the observer hears of a refusal.
   ndk::ScopedAStatus Ask(HealthOperation operation);
   template <typename T, typename Read>
   ndk::ScopedAStatus Answer(HealthOperation operation, T* out, Read read);
+  void SendLocked();
   void Tell(DeviceEvent::Kind kind, std::string detail = {}) const;
 
   const DeviceObserver observer_;

@@ -52,14 +52,16 @@ class Health {
 
  private:
   class Service;
-  using Scripts =
-      std::array<standin::Script, static_cast<size_t>(devices::HealthOperation::kCount)>;
+  // Shared with the service, whose threads may still be inside a call when the phone goes away.
+  struct Phone {
+    std::array<standin::Script, static_cast<size_t>(devices::HealthOperation::kCount)> scripts;
+    std::mutex lock;  // held while the state changes and is reported, so that both agree
+    HealthInfo info;
+  };
 
   const devices::DeviceObserver observer_;
-  // Shared with the service, whose threads may still be inside a call when the phone goes away.
-  const std::shared_ptr<Scripts> scripts_ = std::make_shared<Scripts>();
-  mutable std::mutex lock_;  // held while the state changes and is reported, so that both agree
-  HealthInfo info_;
+  const std::shared_ptr<Phone> phone_ = std::make_shared<Phone>();
+  // Guarded by the phone's lock.
   std::unique_ptr<standin::ServiceProcess> process_;
   std::shared_ptr<Service> service_;
 };

@@ -97,7 +97,8 @@ RemoteBinder::RemoteBinder(LocalBinder* target, std::shared_ptr<Process> holder)
   AIBinder_incStrong(target);
   target_.set(target);
   target_process_->AddInbound(anchor);
-  holder_->AddOutbound(target_id_, anchor);
+  // The dead hold no references; one made while its holder dies is dropped by either side.
+  if (!holder_->AddOutbound(target_id_, anchor)) HolderDied();
 }
 
 RemoteBinder::~RemoteBinder() {

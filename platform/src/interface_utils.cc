@@ -18,10 +18,13 @@ SharedRefBase::~SharedRefBase() {
 }
 
 std::shared_ptr<SharedRefBase> SharedRefBase::ref() {
-  if (referenced_.exchange(true)) return self_.lock();
-  std::shared_ptr<SharedRefBase> first(this);
-  self_ = first;
-  return first;
+  std::shared_ptr<SharedRefBase> self;
+  std::call_once(first_reference_, [&] {
+    self.reset(this);
+    self_ = self;
+    referenced_ = true;
+  });
+  return self != nullptr ? self : self_.lock();
 }
 
 binder_status_t ICInterface::dump(int /*fd*/, const char** /*args*/, uint32_t /*numArgs*/) {

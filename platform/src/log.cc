@@ -133,8 +133,11 @@ void __android_log_set_aborter(__android_aborter_function aborter) {
 }
 
 void __android_log_call_aborter(const char* abort_message) {
-  if (__android_aborter_function aborter = g_aborter.load()) aborter(abort_message);
-  abort();
+  if (__android_aborter_function aborter = g_aborter.load()) {
+    aborter(abort_message);
+  } else {
+    abort();
+  }
 }
 
 int32_t __android_log_set_minimum_priority(int32_t priority) {

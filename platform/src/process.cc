@@ -126,9 +126,11 @@ void Process::Kill() {
   pool_->Close();
 }
 
-void Process::AddOutbound(uint64_t target_id, std::shared_ptr<Anchor> reference) {
+bool Process::AddOutbound(uint64_t target_id, std::shared_ptr<Anchor> reference) {
   std::lock_guard<std::mutex> lock(lock_);
+  if (dead_) return false;
   outbound_[target_id] = std::move(reference);
+  return true;
 }
 
 void Process::RemoveOutbound(uint64_t target_id, const std::shared_ptr<Anchor>& reference) {
@@ -159,7 +161,12 @@ ServiceProcess::~ServiceProcess() {
 bool ServiceProcess::AddService(const std::shared_ptr<ndk::ICInterface>& service,
                                 const std::string& instance) {
   const Process::Scope scope(process_);
-  return AServiceManager_addService(service->asBinder().get(), instance.c_str()) == EX_NONE;
+  if (AServiceManager_addService(service->asBinder().get(), instance.c_str()) != EX_NONE) {
+    return false;
+  }
+  if (!process_->dead()) return true;
+  ServiceManager::Get().Forget(*process_);  // killed while it was being added
+  return false;
 }
 
 void ServiceProcess::Kill() {

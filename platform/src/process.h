@@ -68,8 +68,9 @@ class Process : public std::enable_shared_from_this<Process> {
 
  private:
   friend class RemoteBinder;
-  // Kept by each RemoteBinder for the two processes that it connects.
-  void AddOutbound(uint64_t target_id, std::shared_ptr<Anchor> reference);
+  // Kept by each RemoteBinder for the two processes that it connects. A dead process holds nothing
+  // any more: false.
+  bool AddOutbound(uint64_t target_id, std::shared_ptr<Anchor> reference);
   void RemoveOutbound(uint64_t target_id, const std::shared_ptr<Anchor>& reference);
   void AddInbound(std::shared_ptr<Anchor> reference);
   void RemoveInbound(const std::shared_ptr<Anchor>& reference);

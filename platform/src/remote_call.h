@@ -41,12 +41,13 @@ std::shared_ptr<Interface> FromBinder(const ndk::SpAIBinder& binder) {
   return ndk::SharedRefBase::make<Proxy>(binder);
 }
 
-// How one argument of a call travels. `Prepare` runs at the caller, `Pass` on the service's
-// thread, `Deliver` at the caller again when the call has succeeded.
+// How one argument of a call travels. It is made at the caller; Arrive() and Pass() run on the
+// service's thread, Deliver() at the caller again when the call has succeeded.
 template <typename T>
 struct Parcelled {
   explicit Parcelled(const T& value) : value(value) {}
   bool ok() const { return true; }
+  bool Arrive() { return true; }
   const T& Pass() { return value; }
   void Deliver(const T&) {}
   T value;
@@ -57,6 +58,7 @@ template <typename T>
 struct Parcelled<T*> {
   explicit Parcelled(T*) {}
   bool ok() const { return true; }
+  bool Arrive() { return true; }
   T* Pass() { return &value; }
   void Deliver(T* out) { *out = std::move(value); }
   T value{};
@@ -70,11 +72,15 @@ struct Parcelled<std::shared_ptr<I>> {
     if (object != nullptr) binder = object->asBinder();
   }
   bool ok() const { return binder.get() != nullptr; }
-  std::shared_ptr<I> Pass() {
-    return I::fromBinder(Process::Current()->Reach(std::exchange(binder, {}).get()));
+  // False when the service's process has died meanwhile: the dead take no references.
+  bool Arrive() {
+    object = I::fromBinder(Process::Current()->Reach(std::exchange(binder, {}).get()));
+    return object != nullptr;
   }
+  std::shared_ptr<I> Pass() { return std::move(object); }
   void Deliver(const std::shared_ptr<I>&) {}
   ndk::SpAIBinder binder;
+  std::shared_ptr<I> object;
 };
 
 template <typename T>
@@ -100,8 +106,12 @@ ndk::ScopedAStatus CallRemote(const ndk::SpAIBinder& binder,
       target.get() != nullptr ? target.get()->AsLocal()->process() : nullptr;
   auto serve = [call, method, target = std::move(target)]() mutable {
     I& object = static_cast<I&>(*target.get()->AsLocal()->object());
-    call->status =
-        std::apply([&](auto&... param) { return (object.*method)(param.Pass()...); }, call->params);
+    call->status = std::apply(
+        [&](auto&... param) {
+          if (!(param.Arrive() && ...)) return ndk::ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT);
+          return (object.*method)(param.Pass()...);
+        },
+        call->params);
     target.set(nullptr);
   };
   if (process == nullptr || !process->RunAndWait(std::move(serve))) {
@@ -120,13 +130,17 @@ template <typename I, typename... Params, typename... Args>
 ndk::ScopedAStatus SendRemote(const ndk::SpAIBinder& binder,
                               ndk::ScopedAStatus (I::*method)(Params...), const Args&... args) {
   RemoteBinder* remote = binder.get()->AsRemote();
-  const ndk::SpAIBinder target = remote->Target();
+  ndk::SpAIBinder target = remote->Target();
   if (target.get() == nullptr || target.get()->AsLocal()->process()->dead()) {
     remote->NoteDead();
     return ndk::ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT);
   }
-  target.get()->AsLocal()->PostOneway([method, params = std::tuple<std::remove_cvref_t<Params>...>(
-                                                   args...)](ndk::ICInterface& object) {
+  LocalBinder* const receiver = target.get()->AsLocal();
+  // The reference goes with the call, so that the sender, who may hold a lock, never releases the
+  // last one.
+  receiver->PostOneway([method, target = std::move(target),
+                        params = std::tuple<std::remove_cvref_t<Params>...>(args...)](
+                           ndk::ICInterface& object) {
     std::apply([&](const auto&... param) { (static_cast<I&>(object).*method)(param...); }, params);
   });
   return ndk::ScopedAStatus::ok();

@@ -11,7 +11,7 @@
 
 namespace {
 
-using namespace std::string_view_literals;  // NOLINT(google-build-using-namespace): the literal
+using namespace std::string_view_literals;
 
 constexpr std::array kStatusNames = {
     std::pair{STATUS_OK, "OK"sv},

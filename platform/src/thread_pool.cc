@@ -18,7 +18,7 @@ void ThreadPool::Post(std::function<void()> task) {
 void ThreadPool::Start() {
   std::lock_guard<std::mutex> lock(lock_);
   started_ = true;
-  SpawnIfNeededLocked();
+  for (size_t i = 0; i < tasks_.size(); ++i) SpawnIfNeededLocked();
 }
 
 bool ThreadPool::started() const {

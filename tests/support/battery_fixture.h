@@ -14,6 +14,7 @@
 #include "quorvel.h"
 #include "standin/deliveries.h"
 #include "standin/log_capture.h"
+#include "standin/service_manager.h"
 #include "tests/support/waiting.h"
 
 namespace norvik::qel {

@@ -79,7 +79,10 @@ class Script {
       }
       if (outcome.gate != nullptr) waiting_.push_back(outcome.gate);
     }
-    if (outcome.gate != nullptr) outcome.gate->Pass();
+    if (outcome.gate == nullptr) return outcome;
+    outcome.gate->Pass();
+    std::lock_guard<std::mutex> lock(lock_);
+    std::erase(waiting_, outcome.gate);
     return outcome;
   }
 

@@ -83,7 +83,7 @@ class ScopedAResource {
   ~ScopedAResource() { set(DEFAULT); }
 
   T get() { return value_; }
-  const T get() const { return value_; }  // NOLINT(readability-const-return-type)
+  const T get() const { return value_; }
   // Adopts `value` and frees what was held.
   void set(T value) {
     T old = std::exchange(value_, value);

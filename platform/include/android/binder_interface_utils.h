@@ -4,7 +4,6 @@
 #include <android/binder_auto_utils.h>
 #include <android/binder_ibinder.h>
 
-#include <atomic>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
@@ -37,7 +36,6 @@ class SharedRefBase {
     return std::static_pointer_cast<CHILD>(ref());
   }
 
-  // NOLINTNEXTLINE(misc-new-delete-overloads): its new is private, below
   static void operator delete(void* memory) { std::free(memory); }
 
  private:
@@ -47,7 +45,8 @@ class SharedRefBase {
     return memory;
   }
 
-  std::atomic<bool> referenced_{false};  // the first reference has been made
+  std::once_flag first_reference_;
+  bool referenced_ = false;  // it has been made
   std::weak_ptr<SharedRefBase> self_;
 };
 
@@ -95,7 +94,6 @@ class BnCInterface : public INTERFACE {
 template <typename INTERFACE>
 class BpCInterface : public INTERFACE {
  public:
-  // NOLINTNEXTLINE(modernize-pass-by-value): the platform's signature
   explicit BpCInterface(const SpAIBinder& binder) : binder_(binder) {}
   SpAIBinder asBinder() final { return binder_; }
   bool isRemote() final { return AIBinder_isRemote(binder_.get()); }

@@ -22,5 +22,11 @@
 #define ALOGE(...) ALOG_STANDIN_PRINT(ERROR, __VA_ARGS__)
 
 #define LOG_ALWAYS_FATAL(...) __android_log_assert(NULL, LOG_TAG, __VA_ARGS__)
-#define LOG_ALWAYS_FATAL_IF(condition, ...) \
-  ((condition) ? __android_log_assert(#condition, LOG_TAG, __VA_ARGS__) : (void)0)
+// The message may be left out.
+#define LOG_ALWAYS_FATAL_IF(condition, ...)                                                        \
+  ((condition) ? ALOG_STANDIN_FATAL##__VA_OPT__(_WITH_TEXT)(#condition __VA_OPT__(, ) __VA_ARGS__) \
+               : (void)0)
+#define ALOG_STANDIN_FATAL(condition) \
+  __android_log_assert(condition, LOG_TAG, "Assertion failed: %s", condition)
+#define ALOG_STANDIN_FATAL_WITH_TEXT(condition, ...) \
+  __android_log_assert(condition, LOG_TAG, __VA_ARGS__)

@@ -1,0 +1,65 @@
+#include "common/live_objects.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+
+#include "standin/gate.h"
+#include "tests/support/waiting.h"
+
+namespace norvik::qel {
+namespace {
+
+struct Object {};
+
+TEST(LiveObjectsTest, VisitsReachThoseThatAreThere) {
+  audio::LiveObjects<Object> live;
+  Object object;
+  int visits = 0;
+  const auto visit = [&](Object& visited) {
+    EXPECT_EQ(&visited, &object);
+    ++visits;
+  };
+  live.Visit(&object, visit);
+  EXPECT_EQ(visits, 0);
+  live.Add(&object);
+  live.Visit(&object, visit);
+  EXPECT_EQ(visits, 1);
+  live.Remove(&object);
+  live.Remove(&object);
+  live.Visit(&object, visit);
+  EXPECT_EQ(visits, 1);
+}
+
+TEST(LiveObjectsTest, RemoveWaitsForAVisitAndNobodyElseDoes) {
+  audio::LiveObjects<Object> live;
+  Object visited;
+  Object other;
+  live.Add(&visited);
+  live.Add(&other);
+  standin::Gate gate;
+  std::atomic<bool> left{false};
+  std::thread visitor([&] {
+    live.Visit(&visited, [&](Object&) {
+      gate.Pass();
+      left = true;
+    });
+  });
+  ASSERT_TRUE(gate.WaitForArrivals());
+  Seen<bool> removed;
+  std::thread remover([&] {
+    live.Remove(&visited);
+    removed.Put(left);
+  });
+  live.Visit(&other, [](Object&) {});
+  live.Remove(&other);
+  EXPECT_FALSE(removed.Take(std::chrono::milliseconds(20)));  // can miss a bug, never invent one
+  gate.Open();
+  EXPECT_EQ(removed.Take(), true);
+  visitor.join();
+  remover.join();
+}
+
+}  // namespace
+}  // namespace norvik::qel
