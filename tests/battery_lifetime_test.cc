@@ -158,12 +158,12 @@ TEST_F(BatteryLifetimeTest, NobodyIsCalledAfterDeinitHasReturned) {
 // and the service dies now and then.
 TEST_F(BatteryLifetimeTest, OneHandleServesManyThreads) {
   const standin::ShortGetServiceWait short_wait;
-  const int rounds = kSanitized ? 100 : 500;
+  constexpr int kRounds = kSanitized ? 100 : 500;
   std::atomic<int> heard{0};
   const auto count = [](int, void* cookie) { ++*static_cast<std::atomic<int>*>(cookie); };
-  const auto in_turn = [&](auto action) {
-    return std::thread([rounds, action] {
-      for (int round = 0; round < rounds; ++round) action(round);
+  const auto in_turn = [](auto action) {
+    return std::thread([action] {
+      for (int round = 0; round < kRounds; ++round) action(round);
     });
   };
   std::vector<std::thread> threads;

@@ -240,6 +240,23 @@ TEST_F(BinderTest, TheServiceKeepsACallbackUntilItIsWithdrawnOrTheServiceDies) {
   }
 }
 
+TEST_F(BinderTest, TheSimulatedPhoneKeepsWhatAClientSets) {
+  using aidl::android::hardware::health::BatteryChargingPolicy;
+  const auto callback = ndk::SharedRefBase::make<Callback>();
+  std::shared_ptr<IHealth> proxy = Proxy();
+  ASSERT_TRUE(proxy->registerCallback(callback).isOk());
+  ASSERT_EQ(callback->levels.Take(), 50);
+  ASSERT_TRUE(proxy->setChargingPolicy(BatteryChargingPolicy::LONG_LIFE).isOk());
+  EXPECT_EQ(callback->levels.Take(), 50) << "a change is reported";
+  EXPECT_TRUE(proxy->update().isOk());
+  EXPECT_EQ(callback->levels.Take(), 50) << "and so is what somebody asks for";
+  health_.SetLevel(49);
+  health_.Start();
+  BatteryChargingPolicy policy = BatteryChargingPolicy::INVALID;
+  EXPECT_TRUE(Proxy()->getChargingPolicy(&policy).isOk());
+  EXPECT_EQ(policy, BatteryChargingPolicy::LONG_LIFE);
+}
+
 TEST_F(BinderTest, StrongReferencesAreCounted) {
   AIBinder* raw = AServiceManager_checkService(kHealthInstance);
   EXPECT_EQ(AIBinder_debugGetRefCount(raw), 1) << "a look-up hands over one reference";

@@ -23,9 +23,18 @@ TEST(NoBinderThreadsTest, NothingArrivesBeforeTheThreadPoolIsStarted) {
   EXPECT_FALSE(standin::WaitUntilDelivered(std::chrono::milliseconds(20)));
   EXPECT_TRUE(IsLinked(handle)) << "the death is not heard of";
 
-  ABinderProcess_startThreadPool();
+  // A second object with something to hear: it need not wait for the first.
+  void* other = nullptr;
+  InitBatteryInfo(&other);
+  ASSERT_EQ(RegisterBatteryLevelCallback(other, Client<1>, &seen), 0);
+  {
+    standin::HoldDeliveries hold(standin::Delivery::kOneway);
+    ABinderProcess_startThreadPool();
+    EXPECT_TRUE(hold.WaitForHeld(2));
+  }
   EXPECT_TRUE(standin::WaitUntilDelivered());
   EXPECT_TRUE(Eventually([&] { return GetBatteryLevel(handle, true) == 9; }));
+  DeinitBatteryInfo(&other);
   DeinitBatteryInfo(&handle);
 }
 

@@ -121,6 +121,16 @@ ndk::SpAIBinder RemoteBinder::Target() {
   return target_;
 }
 
+bool RemoteBinder::PostOneway(std::function<void(ndk::ICInterface&)> call) {
+  std::lock_guard<std::mutex> lock(lock_);
+  if (target_.get() == nullptr) {
+    alive_ = false;
+    return false;
+  }
+  target_.get()->AsLocal()->PostOneway(std::move(call));
+  return true;
+}
+
 void RemoteBinder::NoteDead() {
   std::lock_guard<std::mutex> lock(lock_);
   alive_ = false;

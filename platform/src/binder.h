@@ -126,6 +126,9 @@ class RemoteBinder final : public AIBinder {
   bool alive() const;
   // The object behind; empty, and known to be dead from now on, when either process has died.
   ndk::SpAIBinder Target();
+  // Sends a one-way call; false, and known to be dead, when either process has died. In one step
+  // with that: the dead send nothing.
+  bool PostOneway(std::function<void(ndk::ICInterface&)> call);
   // Marks it as known to be dead: a call has been answered so.
   void NoteDead();
   // Whether the object is of that class; asks it once. False as well when it cannot be asked.

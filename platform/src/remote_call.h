@@ -129,21 +129,13 @@ ndk::ScopedAStatus CallRemote(const ndk::SpAIBinder& binder,
 template <typename I, typename... Params, typename... Args>
 ndk::ScopedAStatus SendRemote(const ndk::SpAIBinder& binder,
                               ndk::ScopedAStatus (I::*method)(Params...), const Args&... args) {
-  RemoteBinder* remote = binder.get()->AsRemote();
-  ndk::SpAIBinder target = remote->Target();
-  if (target.get() == nullptr || target.get()->AsLocal()->process()->dead()) {
-    remote->NoteDead();
-    return ndk::ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT);
-  }
-  LocalBinder* const receiver = target.get()->AsLocal();
-  // The reference goes with the call, so that the sender, who may hold a lock, never releases the
-  // last one.
-  receiver->PostOneway([method, target = std::move(target),
-                        params = std::tuple<std::remove_cvref_t<Params>...>(args...)](
-                           ndk::ICInterface& object) {
-    std::apply([&](const auto&... param) { (static_cast<I&>(object).*method)(param...); }, params);
-  });
-  return ndk::ScopedAStatus::ok();
+  const bool sent = binder.get()->AsRemote()->PostOneway(
+      [method,
+       params = std::tuple<std::remove_cvref_t<Params>...>(args...)](ndk::ICInterface& object) {
+        std::apply([&](const auto&... param) { (static_cast<I&>(object).*method)(param...); },
+                   params);
+      });
+  return sent ? ndk::ScopedAStatus::ok() : ndk::ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT);
 }
 
 // What getInterfaceVersion() and getInterfaceHash() of a proxy do: ask once, keep the answer.
