@@ -21,8 +21,8 @@
  *
  * Process. The platform delivers through its binder threads, which the program has to have
  * started (ABinderProcess_startThreadPool() and the like): without them no report and no death of
- * a service is ever heard of, and clients are never called. The library stays mapped when it is unloaded with dlclose(), since
- * the platform may still hold objects of it.
+ * a service is ever heard of, and clients are never called. The library stays mapped when it is
+ * unloaded with dlclose(), since the platform may still hold objects of it.
  */
 #ifndef QUORVEL_H
 #define QUORVEL_H
@@ -49,9 +49,9 @@ extern "C" {
  *
  * The link to the service. The first client of any property makes the link, the last one to leave
  * ends it. (Attempts to link that are under way when the last one leaves go on; the link that they
- * make stays for the next client.) A new link brings a report at once, so clients hear the first values without asking; a
- * value that is known already and that the report only repeats calls nobody (see
- * BatteryInfoCallback).
+ * make stays for the next client.) A new link brings a report at once, so clients hear the first
+ * values without asking; a value that is known already and that the report only repeats calls
+ * nobody (see BatteryInfoCallback).
  *
  * When the service dies, values stay as they are and the library links again in the background:
  * ten attempts, 200 ms apart. (An attempt takes up to five seconds longer while the device
@@ -105,8 +105,8 @@ void InitBatteryInfo(void** handle_out);
  * Blocks until an attempt to link and a callback that are under way have returned, and for calls to
  * the health service: a look-up unless the service is known, then, while linked, the call that ends
  * the registration there. With a service that the device declares but that does not run, that is
- * five seconds for the attempt and five for the look-up. Afterwards no client is called any more and
- * cookies may go.
+ * five seconds for the attempt and five for the look-up. Afterwards no client is called any more
+ * and cookies may go.
  */
 void DeinitBatteryInfo(void** handle_inout);
 
