@@ -219,7 +219,9 @@ TEST_F(BatteryLifetimeTest, ADeathStormEndsWithEveryRegistrationRestored) {
   EXPECT_EQ(GetBatteryLevel(handle_, true), 7);
 }
 
-TEST_F(BatteryLifetimeTest, InitAndDeinitLeaveNothingBehind) {
+using BatteryLifetimeSlowTest = BatteryFixture;
+
+TEST_F(BatteryLifetimeSlowTest, InitAndDeinitLeaveNothingBehind) {
   const auto cycle = [] {
     void* handle = nullptr;
     InitBatteryInfo(&handle);

@@ -235,7 +235,9 @@ TEST_F(BatteryLinkTest, ALateNoticeLeavesTheNextLinkAlone) {
   EXPECT_EQ(seen_.Take(), (Call{0, 29}));
 }
 
-TEST_F(BatteryLinkTest, GivingUpAfterTenAttemptsAndWhatBringsTheLinkBack) {
+using BatteryLinkSlowTest = BatteryLinkTest;
+
+TEST_F(BatteryLinkSlowTest, GivingUpAfterTenAttemptsAndWhatBringsTheLinkBack) {
   using std::chrono::steady_clock;
   health_.Kill();
   health_.Undeclare();
