@@ -183,11 +183,20 @@ TEST_F(BatteryLinkTest, AServiceThatDiedUnlinkedIsLookedUpAnewByTheNextAttempt) 
 }
 
 TEST_F(BatteryLinkTest, ALinkRefusedByADeathLooksTheServiceUpAnew) {
+  const auto lookups_until_linked = [this] {
+    const int before = standin::GetServiceScript().calls();
+    EXPECT_EQ(RegisterBatteryLevelCallback(handle_, Client<0>, &seen_), 0);
+    EXPECT_TRUE(Eventually([this] { return IsLinked(handle_); }));
+    return standin::GetServiceScript().calls() - before;
+  };
   standin::LinkToDeathScript().Then({STATUS_DEAD_OBJECT});
-  const int lookups = standin::GetServiceScript().calls();
-  ASSERT_EQ(RegisterBatteryLevelCallback(handle_, Client<0>, &seen_), 0);
-  ASSERT_TRUE(Eventually([this] { return IsLinked(handle_); }));
-  EXPECT_EQ(standin::GetServiceScript().calls(), lookups + 2);
+  EXPECT_EQ(lookups_until_linked(), 2);
+
+  // The same, heard of only when the registration is taken back.
+  ASSERT_EQ(DeregisterBatteryLevelCallback(handle_, Client<0>), 0);
+  standin::LinkToDeathScript().Then({STATUS_NO_MEMORY});
+  health_.on(HealthOperation::kUnregisterCallback).Then({STATUS_DEAD_OBJECT});
+  EXPECT_EQ(lookups_until_linked(), 1) << "known at first, looked up by the second attempt";
 }
 
 // While a link stands the handle has to stay, whatever a call says: the notice hangs on it.
