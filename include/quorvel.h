@@ -202,6 +202,131 @@ int DeregisterDockChargerIsOnlineCallback(void* handle, BatteryInfoCallback call
 
 /** @} */
 
+/**
+ * @defgroup sensor Proximity and hinge angle
+ *
+ * Two sensors, taken from the platform's sensor service:
+ *
+ * | sensor      | value                                                                        |
+ * |-------------|------------------------------------------------------------------------------|
+ * | proximity   | distance in centimetres; many sensors know two values only, near (0) and far |
+ * | hinge angle | angle between the halves of a folding device in degrees, 0 when it is closed |
+ *
+ * Readings are whole numbers, cut off towards zero: 4.9 cm is 4, -0.5 degrees is 0. One that no int
+ * can hold becomes the nearest int, one that is no number 0. Each is 0 until the sensor has
+ * reported for the first time.
+ *
+ * The first client of a sensor enables it, at the sensor's fastest rate and without batching; the
+ * last one to leave disables it.
+ *
+ * A service that is late. While the sensor service does not run yet, registrations succeed and
+ * wait, and the library looks for the service once a second for as long as that takes. When the
+ * service runs but cannot be used (no sensor manager, looper or event queue), there are ten such
+ * attempts for each time the service was found missing or a library call asked, then none. A sensor
+ * that turns out not to exist, or that the service refuses, when its turn comes is given up: its
+ * clients stay registered and hear nothing until all of them have left and a first client registers
+ * anew.
+ *
+ * A service that dies. **The library does not survive the end of the sensor service while a sensor
+ * is or was in use**: the platform then frees the objects that it has given to this process. (The
+ * service lives in the system server, whose end restarts the device's user space.)
+ *
+ * The looper. A device has one looper per process, and a handle with an enabled sensor waits on it
+ * in a thread of the library. Any number of handles share it. A program that polls the looper
+ * itself takes news and wakes away from the library: it must not do so while a sensor handle
+ * exists.
+ *
+ * What may block. A handle talks to the platform with its lock held, so while it waits, everything
+ * else on the same handle waits as well: registrations, deregistrations, calls to clients,
+ * Deinit...(). Dumps never wait, nor do other handles.
+ * @{
+ */
+
+/**
+ * Tells a client the reading of the sensor it registered for.
+ * @param value   see the table above.
+ * @param cookie  as given at registration.
+ *
+ * Called once soon after a registration that finds its sensor enabled or enables it, with the last
+ * reading, which is 0 while there is none; and then whenever the sensor has reported, also when the
+ * reading is the same. Reports that come faster than clients are called fold into one call with the
+ * latest reading.
+ */
+typedef void (*SensorCallbackFunc)(int value, void* cookie);
+
+/**
+ * Makes a sensor object with its three worker threads. Does not contact the sensor service.
+ * @param handle  receives the handle, or NULL on failure; an earlier value is overwritten, not
+ *                destroyed. Nothing happens when NULL.
+ *
+ * When the system cannot give a thread, std::system_error reaches the caller, *handle is left
+ * alone, and what had been made by then is lost; in a C program that ends the process.
+ */
+void InitSensorInfo(void** handle);
+
+/**
+ * Ends all calls to clients, disables the sensors and destroys the object. Registrations that are
+ * left need not be undone first.
+ * @param handle  the variable with the handle; NULL afterwards. Nothing happens when it is NULL or
+ *                holds NULL.
+ *
+ * Blocks until callbacks and an attempt to connect that are under way have returned, and for the
+ * calls that disable sensors and end the event queue. Afterwards no client is called any more and
+ * cookies may go.
+ */
+void DeinitSensorInfo(void** handle);
+
+/**
+ * Writes the state of both sensors and their clients to a file descriptor, as text for people.
+ * Never waits for the library or the service; what it shows may be of different moments.
+ * @param handle  a sensor handle; nothing is written when NULL.
+ * @param fd      an open descriptor; it stays open.
+ */
+void DumpSensorInfo(void* handle, int fd);
+
+/**
+ * Has `callback` called with the proximity reading.
+ * @param handle    a sensor handle.
+ * @param id        identifies the registration: any number that no other client of this sensor uses
+ *                  on this handle.
+ * @param callback  what to call; several clients may have the same.
+ * @param cookie    handed back on every call; not NULL. Keep what it points to until
+ *                  DeinitSensorInfo() has returned, see DeregisterProximitySensorCallback().
+ * @return 0, also while the service is late (see above). -EINVAL when an argument is NULL, or `id`
+ *         is registered for this sensor already. -ENOSYS when the device has no such sensor. Any
+ *         other value is what the platform answered to enabling the sensor. The client is
+ *         registered only when 0 is returned.
+ *
+ * The first client of a sensor waits for the sensor service's answers: three calls or four, the
+ * first time with the look-up of the sensor manager. On a device the look-up returns at once while
+ * the service runs, but waits without limit should the service vanish between being found and being
+ * asked; also then everything else on the handle waits.
+ */
+int RegisterProximitySensorCallback(void* handle, int id, SensorCallbackFunc callback,
+                                    void* cookie);
+
+/**
+ * Stops calls to the client `id` of the proximity sensor. May be called from inside a callback.
+ * @return 0; -EINVAL when `handle` is NULL or `id` is not registered. The last client's leaving
+ *         disables the sensor, and what becomes of that is the result: -ENOSYS for a sensor that
+ *         was never found, -EINVAL for one that could not be enabled when the service came up, and
+ *         any other value is what the platform answered. Whatever the result, a client that was
+ *         registered no longer is.
+ *
+ * A call that is already on its way may still arrive after this returns: cookies have to live
+ * until DeinitSensorInfo() has returned.
+ */
+int DeregisterProximitySensorCallback(void* handle, int id);
+
+/** Has `callback` called with the hinge angle; otherwise as RegisterProximitySensorCallback(). */
+int RegisterHingeAngleSensorCallback(void* handle, int id, SensorCallbackFunc callback,
+                                     void* cookie);
+
+/** The reverse; as DeregisterProximitySensorCallback(). */
+int DeregisterHingeAngleSensorCallback(void* handle, int id);
+
+/** @} */
+
 #ifdef __cplusplus
 }
 #endif

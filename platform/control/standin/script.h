@@ -111,6 +111,12 @@ class Script {
     std::lock_guard<std::mutex> lock(lock_);
     outcomes_.clear();
   }
+  // And the calls so far.
+  void Reset() {
+    std::lock_guard<std::mutex> lock(lock_);
+    outcomes_.clear();
+    calls_ = 0;
+  }
 
  private:
   mutable std::mutex lock_;

@@ -1,0 +1,166 @@
+#include "devices/common/sensor_service.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+namespace norvik::qel::devices {
+
+using standin::ISensorEvents;
+using standin::SensorDescription;
+
+namespace {
+
+ASensorEvent MakeEvent(const SensorDescription& sensor, float value) {
+  ASensorEvent event = {};
+  event.version = sizeof event;
+  event.sensor = sensor.handle;
+  event.type = sensor.type;
+  event.timestamp = std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch())
+                        .count();
+  event.data[0] = value;
+  return event;
+}
+
+ndk::ScopedAStatus Refuse(const char* why) {
+  return ndk::ScopedAStatus::fromExceptionCodeWithMessage(EX_ILLEGAL_ARGUMENT, why);
+}
+
+}  // namespace
+
+SensorService::SensorService(std::vector<SensorDescription> sensors, DeviceObserver observer)
+    : sensors_(std::move(sensors)), observer_(std::move(observer)) {}
+
+// One-way calls fail only when the receiver's process is gone, which is its own affair.
+void SensorService::Report(const std::vector<SensorReading>& readings) {
+  std::lock_guard<std::mutex> lock(lock_);
+  std::vector<ASensorEvent> events;
+  for (const SensorReading& reading : readings) {
+    const SensorDescription* sensor = FindDefault(reading.type);
+    if (sensor == nullptr) continue;
+    events.push_back(MakeEvent(*sensor, reading.value));
+    latest_[sensor->handle] = events.back();
+  }
+  for (const auto& [id, queue] : queues_) {
+    std::vector<ASensorEvent> wanted;
+    std::copy_if(
+        events.begin(), events.end(), std::back_inserter(wanted),
+        [&](const ASensorEvent& event) { return queue.enabled.contains(event.sensor); });
+    if (!wanted.empty()) static_cast<void>(queue.events->onEvents(wanted));
+  }
+}
+
+void SensorService::SendUnasked(const std::vector<ASensorEvent>& events) {
+  std::lock_guard<std::mutex> lock(lock_);
+  for (const auto& [id, queue] : queues_) static_cast<void>(queue.events->onEvents(events));
+}
+
+size_t SensorService::queue_count() const {
+  std::lock_guard<std::mutex> lock(lock_);
+  return queues_.size();
+}
+
+int SensorService::listeners(int32_t type) const {
+  const SensorDescription* sensor = FindDefault(type);
+  if (sensor == nullptr) return 0;
+  std::lock_guard<std::mutex> lock(lock_);
+  return static_cast<int>(std::count_if(queues_.begin(), queues_.end(), [&](const auto& entry) {
+    return entry.second.enabled.contains(sensor->handle);
+  }));
+}
+
+std::optional<SensorRequest> SensorService::last_request(int32_t type) const {
+  const SensorDescription* sensor = FindDefault(type);
+  if (sensor == nullptr) return std::nullopt;
+  std::lock_guard<std::mutex> lock(lock_);
+  const auto found = last_requests_.find(sensor->handle);
+  if (found == last_requests_.end()) return std::nullopt;
+  return found->second;
+}
+
+ndk::ScopedAStatus SensorService::getSensorList(std::vector<SensorDescription>* out) {
+  *out = sensors_;
+  return ndk::ScopedAStatus::ok();
+}
+
+ndk::ScopedAStatus SensorService::getDefaultSensor(int32_t type,
+                                                   std::optional<SensorDescription>* out) {
+  const SensorDescription* sensor = FindDefault(type);
+  if (sensor != nullptr) *out = *sensor;
+  return ndk::ScopedAStatus::ok();
+}
+
+ndk::ScopedAStatus SensorService::createEventQueue(const std::shared_ptr<ISensorEvents>& events,
+                                                   int64_t* out_queue) {
+  std::lock_guard<std::mutex> lock(lock_);
+  *out_queue = next_queue_++;
+  queues_[*out_queue] = {.events = events, .enabled = {}};
+  return ndk::ScopedAStatus::ok();
+}
+
+ndk::ScopedAStatus SensorService::destroyEventQueue(int64_t queue) {
+  Queue gone;
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    const auto found = queues_.find(queue);
+    if (found == queues_.end()) return Refuse("no such queue");
+    gone = std::move(found->second);
+    queues_.erase(found);
+  }
+  for (const auto& [handle, request] : gone.enabled) {
+    Tell(DeviceEvent::Kind::kUnregistered, *Find(handle));
+  }
+  return ndk::ScopedAStatus::ok();
+}
+
+ndk::ScopedAStatus SensorService::enableSensor(int64_t queue, int32_t handle, int32_t period_us,
+                                               int64_t max_latency_us) {
+  const SensorDescription* sensor = Find(handle);
+  if (sensor == nullptr) return Refuse("no such sensor");
+  bool newly = false;
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    const auto found = queues_.find(queue);
+    if (found == queues_.end()) return Refuse("no such queue");
+    const SensorRequest request = {.period_us = period_us, .max_latency_us = max_latency_us};
+    newly = found->second.enabled.insert_or_assign(handle, request).second;
+    last_requests_[handle] = request;
+    const auto latest = latest_.find(handle);
+    if (newly && latest != latest_.end()) {
+      static_cast<void>(found->second.events->onEvents({latest->second}));
+    }
+  }
+  if (newly) Tell(DeviceEvent::Kind::kRegistered, *sensor);
+  return ndk::ScopedAStatus::ok();
+}
+
+ndk::ScopedAStatus SensorService::disableSensor(int64_t queue, int32_t handle) {
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    const auto found = queues_.find(queue);
+    if (found == queues_.end() || found->second.enabled.erase(handle) == 0) {
+      return Refuse("the sensor is not enabled on this queue");
+    }
+  }
+  Tell(DeviceEvent::Kind::kUnregistered, *Find(handle));
+  return ndk::ScopedAStatus::ok();
+}
+
+const SensorDescription* SensorService::Find(int32_t handle) const {
+  const auto found = std::find_if(sensors_.begin(), sensors_.end(), [=](const auto& sensor) {
+    return sensor.handle == handle;
+  });
+  return found != sensors_.end() ? &*found : nullptr;
+}
+
+const SensorDescription* SensorService::FindDefault(int32_t type) const {
+  const auto found = std::find_if(sensors_.begin(), sensors_.end(),
+                                  [=](const auto& sensor) { return sensor.type == type; });
+  return found != sensors_.end() ? &*found : nullptr;
+}
+
+void SensorService::Tell(DeviceEvent::Kind kind, const SensorDescription& sensor) const {
+  if (observer_) observer_({.kind = kind, .service = "sensor", .detail = sensor.name});
+}
+
+}  // namespace norvik::qel::devices

@@ -1,0 +1,84 @@
+// The sensor service of a device, over whatever has the sensors.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <vector>
+
+#include "devices/common/device_event.h"
+#include "standin/sensor_service.h"
+
+namespace norvik::qel::devices {
+
+inline constexpr char kSensorInstance[] = "android.frameworks.sensorservice.ISensorManager/default";
+
+// Centimetres for proximity, degrees for the hinge angle.
+struct SensorReading {
+  int32_t type;  // ASENSOR_TYPE_...
+  float value;
+};
+
+// How a sensor has been enabled on a queue.
+struct SensorRequest {
+  int32_t period_us;
+  int64_t max_latency_us;
+};
+
+// Each queue gets the events of the sensors that are enabled on it. A sensor that is enabled on a
+// queue reports its latest reading there at once, if it has one, as sensors that report on change
+// do.
+//
+// Threads: any. Locks: lock_ is held while events are put on their way, so that they reach every
+// queue in the order in which they were reported; nothing waits for a receiver there. The observer
+// is called without it.
+class SensorService : public standin::BnSensorService {
+ public:
+  explicit SensorService(std::vector<standin::SensorDescription> sensors,
+                         DeviceObserver observer = nullptr);
+
+  // The readings of one moment, in one delivery to each queue. Those of a type that the device
+  // does not have go nowhere.
+  void Report(const std::vector<SensorReading>& readings);
+  // Sends the events to every queue, whatever they are, as a service gone wrong might.
+  void SendUnasked(const std::vector<ASensorEvent>& events);
+
+  size_t queue_count() const;
+  // On how many queues the sensor is enabled, and how it was enabled last.
+  int listeners(int32_t type) const;
+  std::optional<SensorRequest> last_request(int32_t type) const;
+
+  ndk::ScopedAStatus getSensorList(std::vector<standin::SensorDescription>* out) override;
+  ndk::ScopedAStatus getDefaultSensor(int32_t type,
+                                      std::optional<standin::SensorDescription>* out) override;
+  ndk::ScopedAStatus createEventQueue(const std::shared_ptr<standin::ISensorEvents>& events,
+                                      int64_t* out_queue) override;
+  ndk::ScopedAStatus destroyEventQueue(int64_t queue) override;
+  ndk::ScopedAStatus enableSensor(int64_t queue, int32_t handle, int32_t period_us,
+                                  int64_t max_latency_us) override;
+  ndk::ScopedAStatus disableSensor(int64_t queue, int32_t handle) override;
+
+ private:
+  struct Queue {
+    std::shared_ptr<standin::ISensorEvents> events;
+    std::map<int32_t, SensorRequest> enabled;  // by handle
+  };
+
+  const standin::SensorDescription* Find(int32_t handle) const;
+  // The one that stands for its type.
+  const standin::SensorDescription* FindDefault(int32_t type) const;
+  void Tell(DeviceEvent::Kind kind, const standin::SensorDescription& sensor) const;
+
+  const std::vector<standin::SensorDescription> sensors_;
+  const DeviceObserver observer_;
+  mutable std::mutex lock_;
+  std::map<int64_t, Queue> queues_;
+  int64_t next_queue_ = 1;
+  std::map<int32_t, ASensorEvent> latest_;          // by handle
+  std::map<int32_t, SensorRequest> last_requests_;  // by handle
+};
+
+}  // namespace norvik::qel::devices

@@ -1,0 +1,77 @@
+#include "devices/simulated/sensor_hub.h"
+
+#include <utility>
+
+#include "standin/deliveries.h"
+
+namespace norvik::qel::simulated {
+
+using devices::DeviceEvent;
+using devices::SensorReading;
+using devices::SensorService;
+
+SensorHub::SensorHub(devices::DeviceObserver observer) : observer_(std::move(observer)) {
+  standin::ResetSensorScripts();
+}
+
+SensorHub::~SensorHub() {
+  if (process_ == nullptr) return;
+  process_->Kill();
+  static_cast<void>(standin::WaitUntilDelivered());
+}
+
+void SensorHub::Add(int32_t type, const std::string& name, int32_t min_delay_us) {
+  std::lock_guard<std::mutex> lock(lock_);
+  sensors_.push_back({.handle = static_cast<int32_t>(sensors_.size()) + 1,
+                      .type = type,
+                      .name = name,
+                      .vendor = "simulated",
+                      .string_type = "simulated." + name,
+                      .min_delay_us = min_delay_us});
+}
+
+void SensorHub::Start() {
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    if (service_ != nullptr) return;
+    service_ = ndk::SharedRefBase::make<SensorService>(sensors_, observer_);
+    std::vector<SensorReading> readings;
+    for (const auto& [type, value] : latest_) readings.push_back({.type = type, .value = value});
+    service_->Report(readings);
+    process_ = std::make_unique<standin::ServiceProcess>("sensor");
+    process_->AddService(service_, devices::kSensorInstance);
+  }
+  if (observer_) observer_({.kind = DeviceEvent::Kind::kStarted, .service = "sensor"});
+}
+
+void SensorHub::Report(const std::vector<SensorReading>& readings) {
+  std::lock_guard<std::mutex> lock(lock_);
+  for (const SensorReading& reading : readings) latest_[reading.type] = reading.value;
+  if (service_ != nullptr) service_->Report(readings);
+}
+
+void SensorHub::SendUnasked(const std::vector<ASensorEvent>& events) {
+  if (const auto running = service()) running->SendUnasked(events);
+}
+
+size_t SensorHub::queue_count() const {
+  const auto running = service();
+  return running != nullptr ? running->queue_count() : 0;
+}
+
+int SensorHub::listeners(int32_t type) const {
+  const auto running = service();
+  return running != nullptr ? running->listeners(type) : 0;
+}
+
+std::optional<devices::SensorRequest> SensorHub::last_request(int32_t type) const {
+  const auto running = service();
+  return running != nullptr ? running->last_request(type) : std::nullopt;
+}
+
+std::shared_ptr<SensorService> SensorHub::service() const {
+  std::lock_guard<std::mutex> lock(lock_);
+  return service_;
+}
+
+}  // namespace norvik::qel::simulated

@@ -1,0 +1,35 @@
+// Control of the sensor and looper functions: how calls fare.
+#pragma once
+
+#include <cstddef>
+
+#include "standin/script.h"
+
+namespace norvik::qel::standin {
+
+// For a function that returns a pointer, any outcome but STATUS_OK means null, nothing done. For
+// the others a negative status is the result, nothing done; a positive one is the result of a
+// call that works.
+enum class SensorFunction {
+  kGetInstance,  // of the manager
+  kGetDefaultSensor,
+  kCreateEventQueue,
+  kDestroyEventQueue,
+  kRegisterSensor,
+  kDisableSensor,
+  kGetEvents,
+  kForThread,
+  kPrepare,
+  kPollOnce,
+  kWake,
+  kCount,
+};
+
+Script& ScriptOf(SensorFunction function);
+// Forgets all outcomes and counts.
+void ResetSensorScripts();
+
+// How many threads wait in ALooper_pollOnce() now.
+int LooperWaiters();
+
+}  // namespace norvik::qel::standin

@@ -1,0 +1,99 @@
+#include "looper.h"
+
+#include <chrono>
+
+#include "standin/sensor_functions.h"
+
+using norvik::qel::standin::NewsSource;
+using norvik::qel::standin::Outcome;
+using norvik::qel::standin::ScriptOf;
+using norvik::qel::standin::SensorFunction;
+
+namespace {
+thread_local bool t_in_callback = false;
+}  // namespace
+
+ALooper& ALooper::Get() {
+  static ALooper& looper = *new ALooper;  // polls may go on to the end of the program
+  return looper;
+}
+
+bool ALooper::InCallback() {
+  return t_in_callback;
+}
+
+int ALooper::PollOnce(int timeout_ms) {
+  std::set<std::shared_ptr<NewsSource>> taken;
+  {
+    std::unique_lock<std::mutex> lock(lock_);
+    const auto ready = [this] { return !marked_.empty() || woken_; };
+    ++waiters_;
+    if (timeout_ms < 0) {
+      changed_.wait(lock, ready);
+    } else {
+      changed_.wait_for(lock, std::chrono::milliseconds(timeout_ms), ready);
+    }
+    --waiters_;
+    if (marked_.empty()) {
+      const bool woken = woken_;
+      woken_ = false;
+      return woken ? ALOOPER_POLL_WAKE : ALOOPER_POLL_TIMEOUT;
+    }
+    taken.swap(marked_);  // and a wake stays for the next poll
+  }
+  t_in_callback = true;
+  for (const auto& source : taken) source->Dispatch();
+  t_in_callback = false;
+  return ALOOPER_POLL_CALLBACK;
+}
+
+void ALooper::Wake() {
+  std::lock_guard<std::mutex> lock(lock_);
+  woken_ = true;
+  changed_.notify_one();
+}
+
+void ALooper::Mark(const std::shared_ptr<NewsSource>& source) {
+  std::lock_guard<std::mutex> lock(lock_);
+  marked_.insert(source);
+  changed_.notify_one();
+}
+
+void ALooper::Forget(const std::shared_ptr<NewsSource>& source) {
+  std::lock_guard<std::mutex> lock(lock_);
+  marked_.erase(source);  // never the last reference: the caller holds one
+}
+
+int ALooper::waiters() const {
+  std::lock_guard<std::mutex> lock(lock_);
+  return waiters_;
+}
+
+int norvik::qel::standin::LooperWaiters() {
+  return ALooper::Get().waiters();
+}
+
+extern "C" {
+
+ALooper* ALooper_forThread() {
+  return ScriptOf(SensorFunction::kForThread).Next().works() ? &ALooper::Get() : nullptr;
+}
+
+ALooper* ALooper_prepare(int /*opts*/) {
+  return ScriptOf(SensorFunction::kPrepare).Next().works() ? &ALooper::Get() : nullptr;
+}
+
+int ALooper_pollOnce(int timeoutMillis, int* outFd, int* outEvents, void** outData) {
+  if (outFd != nullptr) *outFd = 0;
+  if (outEvents != nullptr) *outEvents = 0;
+  if (outData != nullptr) *outData = nullptr;
+  const Outcome outcome = ScriptOf(SensorFunction::kPollOnce).Next();
+  return outcome.status < 0 ? outcome.status : ALooper::Get().PollOnce(timeoutMillis);
+}
+
+void ALooper_wake(ALooper* looper) {
+  static_cast<void>(ScriptOf(SensorFunction::kWake).Next());
+  looper->Wake();
+}
+
+}  // extern "C"

@@ -1,0 +1,42 @@
+// The one looper of the process.
+#pragma once
+
+#include <android/looper.h>
+
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <set>
+
+namespace norvik::qel::standin {
+
+// Something that can have news for whoever polls.
+class NewsSource {
+ public:
+  virtual ~NewsSource() = default;
+  // A poll has taken the news: calls the callback if there is one.
+  virtual void Dispatch() = 0;
+};
+
+}  // namespace norvik::qel::standin
+
+// Locks: lock_ is innermost; nothing is called under it.
+struct ALooper {
+ public:
+  static ALooper& Get();
+  // Whether the calling thread runs a callback of the looper's.
+  static bool InCallback();
+
+  int PollOnce(int timeout_ms);
+  void Wake();
+  void Mark(const std::shared_ptr<norvik::qel::standin::NewsSource>& source);
+  void Forget(const std::shared_ptr<norvik::qel::standin::NewsSource>& source);
+  int waiters() const;
+
+ private:
+  mutable std::mutex lock_;
+  std::condition_variable changed_;
+  std::set<std::shared_ptr<norvik::qel::standin::NewsSource>> marked_;
+  bool woken_ = false;
+  int waiters_ = 0;
+};

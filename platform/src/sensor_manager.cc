@@ -1,0 +1,216 @@
+#include "sensor_manager.h"
+
+#include <android/binder_ibinder.h>
+#include <android/binder_manager.h>
+#include <android/binder_process.h>
+#include <android/log.h>
+
+#include <string>
+#include <thread>
+#include <utility>
+
+using aidl::android::frameworks::sensorservice::ISensorManager;
+using norvik::qel::standin::BnSensorEvents;
+using norvik::qel::standin::ISensorService;
+using norvik::qel::standin::SensorDescription;
+using norvik::qel::standin::SensorEvents;
+
+namespace norvik::qel::standin {
+
+void SensorEvents::Append(const std::vector<ASensorEvent>& events) {
+  std::lock_guard<std::mutex> lock(lock_);
+  for (const ASensorEvent& event : events) {
+    if (event.type == ASENSOR_TYPE_ADDITIONAL_INFO && !additional_info_) continue;
+    events_.push_back(event);
+  }
+}
+
+size_t SensorEvents::Take(ASensorEvent* out, size_t count) {
+  std::lock_guard<std::mutex> lock(lock_);
+  size_t taken = 0;
+  for (; taken < count && !events_.empty(); ++taken) {
+    out[taken] = events_.front();
+    events_.pop_front();
+  }
+  return taken;
+}
+
+bool SensorEvents::empty() const {
+  std::lock_guard<std::mutex> lock(lock_);
+  return events_.empty();
+}
+
+void SensorEvents::set_additional_info(bool wanted) {
+  std::lock_guard<std::mutex> lock(lock_);
+  additional_info_ = wanted;
+}
+
+void SensorEvents::Dispatch() {
+  ALooper_callbackFunc callback = nullptr;
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    callback = callback_;
+  }
+  if (callback == nullptr) return;
+  // There is no descriptor behind a queue.
+  if (callback(/*fd=*/-1, ALOOPER_EVENT_INPUT, data_) != 0) return;
+  std::lock_guard<std::mutex> lock(lock_);
+  callback_ = nullptr;
+}
+
+}  // namespace norvik::qel::standin
+
+namespace {
+
+// Lives with the client; the service sends to it, perhaps later than the queue lives.
+class EventSink : public BnSensorEvents {
+ public:
+  explicit EventSink(std::weak_ptr<SensorEvents> events) : events_(std::move(events)) {}
+
+  ndk::ScopedAStatus onEvents(const std::vector<ASensorEvent>& events) override {
+    const std::shared_ptr<SensorEvents> target = events_.lock();
+    if (target == nullptr) return ndk::ScopedAStatus::ok();
+    target->Append(events);
+    if (!target->empty()) ALooper::Get().Mark(target);
+    return ndk::ScopedAStatus::ok();
+  }
+
+ private:
+  const std::weak_ptr<SensorEvents> events_;
+};
+
+// The process's one manager. Never destroyed: a notice can come at any time.
+struct Singleton {
+  std::mutex making;  // one at a time makes it; held while it waits for the service
+  std::mutex lock;    // guards what follows
+  std::unique_ptr<ASensorManager> manager;
+  uintptr_t generation = 0;  // of the manager; the cookie of its link
+
+  static Singleton& Get() {
+    static Singleton& singleton = *new Singleton;
+    return singleton;
+  }
+};
+
+void ServiceDied(void* cookie) {
+  std::unique_ptr<ASensorManager> gone;
+  Singleton& singleton = Singleton::Get();
+  {
+    std::lock_guard<std::mutex> lock(singleton.lock);
+    if (reinterpret_cast<uintptr_t>(cookie) != singleton.generation) return;
+    gone = std::move(singleton.manager);
+  }
+  if (gone != nullptr) gone->DropQueues();
+}
+
+AIBinder_DeathRecipient* Recipient() {
+  static AIBinder_DeathRecipient* recipient = [] {
+    AIBinder_DeathRecipient* made = AIBinder_DeathRecipient_new(ServiceDied);
+    AIBinder_DeathRecipient_setOnUnlinked(made, [](void* /*cookie*/) {});
+    return made;
+  }();
+  return recipient;
+}
+
+}  // namespace
+
+ASensorManager* ASensorManager::Get() {
+  Singleton& singleton = Singleton::Get();
+  std::lock_guard<std::mutex> one_at_a_time(singleton.making);
+  uintptr_t generation = 0;
+  {
+    std::lock_guard<std::mutex> lock(singleton.lock);
+    if (singleton.manager != nullptr) return singleton.manager.get();
+    generation = ++singleton.generation;
+  }
+  const std::string name = std::string(ISensorManager::descriptor) + "/default";
+  const ndk::SpAIBinder binder(AServiceManager_waitForService(name.c_str()));
+  std::shared_ptr<ISensorManager> service = ISensorManager::fromBinder(binder);
+  if (service == nullptr) return nullptr;
+  auto manager = std::make_unique<ASensorManager>(
+      std::static_pointer_cast<ISensorService>(std::move(service)));
+  if (!ABinderProcess_isThreadPoolStarted()) std::thread(ABinderProcess_joinThreadPool).detach();
+  {
+    std::lock_guard<std::mutex> lock(singleton.lock);
+    singleton.manager = std::move(manager);
+  }
+  // Last: the notice may come at once, and has to find the manager.
+  if (AIBinder_linkToDeath(binder.get(), Recipient(), reinterpret_cast<void*>(generation)) !=
+      STATUS_OK) {
+    __android_log_print(ANDROID_LOG_ERROR, "sensors", "cannot watch for the service's death");
+    ServiceDied(reinterpret_cast<void*>(generation));
+    return nullptr;
+  }
+  std::lock_guard<std::mutex> lock(singleton.lock);
+  return singleton.manager.get();
+}
+
+int ASensorManager::GetSensorList(ASensorList* list) {
+  std::vector<SensorDescription> descriptions;
+  if (!service_->getSensorList(&descriptions).isOk()) return -EINVAL;
+  auto refs = std::make_unique<std::vector<ASensorRef>>();
+  std::lock_guard<std::mutex> lock(lock_);
+  for (const SensorDescription& description : descriptions) {
+    refs->push_back(KeepLocked(description));
+  }
+  const int count = static_cast<int>(refs->size());
+  if (list != nullptr) *list = refs->data();
+  lists_.push_back(std::move(refs));
+  return count;
+}
+
+const ASensor* ASensorManager::GetDefaultSensor(int type) {
+  std::optional<SensorDescription> description;
+  if (!service_->getDefaultSensor(type, &description).isOk()) {
+    __android_log_print(ANDROID_LOG_ERROR, "sensors", "cannot ask for the sensor of type %d", type);
+    return nullptr;
+  }
+  if (!description) return nullptr;
+  std::lock_guard<std::mutex> lock(lock_);
+  return KeepLocked(*description);
+}
+
+const ASensor* ASensorManager::KeepLocked(const SensorDescription& description) {
+  std::unique_ptr<ASensor>& sensor = sensors_[description.handle];
+  if (sensor == nullptr) sensor.reset(new ASensor{description});
+  return sensor.get();
+}
+
+ASensorEventQueue* ASensorManager::CreateEventQueue(ALooper_callbackFunc callback, void* data) {
+  auto events = std::make_shared<SensorEvents>(callback, data);
+  int64_t id = 0;
+  if (!service_->createEventQueue(ndk::SharedRefBase::make<EventSink>(events), &id).isOk()) {
+    return nullptr;
+  }
+  std::unique_ptr<ASensorEventQueue> queue(
+      new ASensorEventQueue{.service = service_, .id = id, .events = std::move(events)});
+  ASensorEventQueue* const made = queue.get();
+  std::lock_guard<std::mutex> lock(lock_);
+  queues_[made] = std::move(queue);
+  return made;
+}
+
+void ASensorManager::DestroyEventQueue(ASensorEventQueue* queue) {
+  std::unique_ptr<ASensorEventQueue> gone;
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    const auto found = queues_.find(queue);
+    if (found == queues_.end()) {
+      __android_log_assert(nullptr, "sensors", "an event queue that does not exist is destroyed");
+    }
+    gone = std::move(found->second);
+    queues_.erase(found);
+  }
+  // A service that has died has dropped the queue already.
+  static_cast<void>(service_->destroyEventQueue(gone->id));
+  ALooper::Get().Forget(gone->events);
+}
+
+void ASensorManager::DropQueues() {
+  std::map<ASensorEventQueue*, std::unique_ptr<ASensorEventQueue>> gone;
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    gone.swap(queues_);
+  }
+  for (const auto& [address, queue] : gone) ALooper::Get().Forget(queue->events);
+}

@@ -1,0 +1,77 @@
+// What the pointers of <android/sensor.h> point to.
+#pragma once
+
+#include <android/sensor.h>
+
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "looper.h"
+#include "standin/sensor_service.h"
+
+struct ASensor {
+  const norvik::qel::standin::SensorDescription description;
+};
+
+namespace norvik::qel::standin {
+
+// The events of one queue, from the binder thread that brings them to whoever reads them.
+//
+// Locks: lock_ is held for bookkeeping only.
+class SensorEvents : public NewsSource {
+ public:
+  SensorEvents(ALooper_callbackFunc callback, void* data) : callback_(callback), data_(data) {}
+
+  void Append(const std::vector<ASensorEvent>& events);
+  size_t Take(ASensorEvent* out, size_t count);
+  bool empty() const;
+  void set_additional_info(bool wanted);
+  void Dispatch() override;
+
+ private:
+  mutable std::mutex lock_;
+  std::deque<ASensorEvent> events_;
+  bool additional_info_ = false;
+  ALooper_callbackFunc callback_;  // null when there is none, or when it has asked to leave
+  void* const data_;
+};
+
+}  // namespace norvik::qel::standin
+
+struct ASensorEventQueue {
+  const std::shared_ptr<norvik::qel::standin::ISensorService> service;
+  const int64_t id;
+  const std::shared_ptr<norvik::qel::standin::SensorEvents> events;
+};
+
+// The process's link to the sensor service, with all that has been made of it.
+//
+// Locks: lock_ guards the tables; the service is called without it.
+struct ASensorManager {
+ public:
+  // Waits for the service. Null when its death cannot be watched for.
+  static ASensorManager* Get();
+
+  explicit ASensorManager(std::shared_ptr<norvik::qel::standin::ISensorService> service)
+      : service_(std::move(service)) {}
+
+  int GetSensorList(ASensorList* list);
+  const ASensor* GetDefaultSensor(int type);
+  ASensorEventQueue* CreateEventQueue(ALooper_callbackFunc callback, void* data);
+  void DestroyEventQueue(ASensorEventQueue* queue);
+  // Frees the queues as the service's death does.
+  void DropQueues();
+
+ private:
+  const ASensor* KeepLocked(const norvik::qel::standin::SensorDescription& description);
+
+  const std::shared_ptr<norvik::qel::standin::ISensorService> service_;
+  std::mutex lock_;
+  std::map<int32_t, std::unique_ptr<ASensor>> sensors_;
+  std::vector<std::unique_ptr<std::vector<ASensorRef>>> lists_;
+  std::map<ASensorEventQueue*, std::unique_ptr<ASensorEventQueue>> queues_;
+};

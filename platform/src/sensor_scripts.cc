@@ -1,0 +1,24 @@
+#include <array>
+
+#include "standin/sensor_functions.h"
+
+namespace norvik::qel::standin {
+
+namespace {
+
+std::array<Script, static_cast<size_t>(SensorFunction::kCount)>& Scripts() {
+  static auto& scripts = *new std::array<Script, static_cast<size_t>(SensorFunction::kCount)>;
+  return scripts;
+}
+
+}  // namespace
+
+Script& ScriptOf(SensorFunction function) {
+  return Scripts().at(static_cast<size_t>(function));
+}
+
+void ResetSensorScripts() {
+  for (Script& script : Scripts()) script.Reset();
+}
+
+}  // namespace norvik::qel::standin

@@ -1,0 +1,80 @@
+// The local and remote sides of the sensor service.
+#include "standin/sensor_service.h"
+
+#include "remote_call.h"
+
+namespace norvik::qel::standin {
+
+namespace {
+
+using aidl::android::frameworks::sensorservice::ISensorManager;
+
+constexpr AIBinder_Class kServiceClass = {"android.frameworks.sensorservice.ISensorManager",
+                                          ObjectOf, DestroyArgs};
+constexpr AIBinder_Class kEventsClass = {"norvik.qel.standin.ISensorEvents", ObjectOf, DestroyArgs};
+
+class BpSensorEvents : public ndk::BpCInterface<ISensorEvents> {
+ public:
+  using BpCInterface::BpCInterface;
+  ndk::ScopedAStatus onEvents(const std::vector<ASensorEvent>& events) override {
+    return SendRemote(asBinder(), &ISensorEvents::onEvents, events);
+  }
+};
+
+class BpSensorService : public ndk::BpCInterface<ISensorService> {
+ public:
+  using BpCInterface::BpCInterface;
+  ndk::ScopedAStatus getSensorList(std::vector<SensorDescription>* out) override {
+    return CallRemote(asBinder(), &ISensorService::getSensorList, out);
+  }
+  ndk::ScopedAStatus getDefaultSensor(int32_t type,
+                                      std::optional<SensorDescription>* out) override {
+    return CallRemote(asBinder(), &ISensorService::getDefaultSensor, type, out);
+  }
+  ndk::ScopedAStatus createEventQueue(const std::shared_ptr<ISensorEvents>& events,
+                                      int64_t* out_queue) override {
+    return CallRemote(asBinder(), &ISensorService::createEventQueue, events, out_queue);
+  }
+  ndk::ScopedAStatus destroyEventQueue(int64_t queue) override {
+    return CallRemote(asBinder(), &ISensorService::destroyEventQueue, queue);
+  }
+  ndk::ScopedAStatus enableSensor(int64_t queue, int32_t handle, int32_t period_us,
+                                  int64_t max_latency_us) override {
+    return CallRemote(asBinder(), &ISensorService::enableSensor, queue, handle, period_us,
+                      max_latency_us);
+  }
+  ndk::ScopedAStatus disableSensor(int64_t queue, int32_t handle) override {
+    return CallRemote(asBinder(), &ISensorService::disableSensor, queue, handle);
+  }
+};
+
+}  // namespace
+
+const char* ISensorEvents::descriptor = kEventsClass.descriptor;
+
+std::shared_ptr<ISensorEvents> ISensorEvents::fromBinder(const ndk::SpAIBinder& binder) {
+  return FromBinder<ISensorEvents, BpSensorEvents, kEventsClass>(binder);
+}
+
+ndk::SpAIBinder BnSensorEvents::createBinder() {
+  return MakeLocal<kEventsClass>(ref<ndk::ICInterface>());
+}
+
+ndk::SpAIBinder BnSensorService::createBinder() {
+  return MakeLocal<kServiceClass>(ref<ndk::ICInterface>());
+}
+
+}  // namespace norvik::qel::standin
+
+namespace aidl::android::frameworks::sensorservice {
+
+namespace standin = ::norvik::qel::standin;
+
+const char* ISensorManager::descriptor = standin::kServiceClass.descriptor;
+
+std::shared_ptr<ISensorManager> ISensorManager::fromBinder(const ndk::SpAIBinder& binder) {
+  return standin::FromBinder<standin::ISensorService, standin::BpSensorService,
+                             standin::kServiceClass>(binder);
+}
+
+}  // namespace aidl::android::frameworks::sensorservice
