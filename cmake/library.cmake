@@ -1,7 +1,8 @@
 # libquorvel.so, from the object libraries of its folders. What Android.bp does on a device.
 add_library(quorvel SHARED)
 add_library(quorvel::quorvel ALIAS quorvel)
-target_link_libraries(quorvel PRIVATE quorvel_common quorvel_battery PUBLIC quorvel_platform)
+target_link_libraries(quorvel PRIVATE quorvel_common quorvel_battery quorvel_sensor
+                      PUBLIC quorvel_platform)
 target_include_directories(quorvel PUBLIC ${PROJECT_SOURCE_DIR}/include)
 set_target_properties(quorvel PROPERTIES
   VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}

@@ -17,6 +17,8 @@
 #define QEL_REQUIRES(...) QUORVEL_THREAD_ANNOTATION(requires_capability(__VA_ARGS__))
 // The function takes the lock itself: the caller must not hold it.
 #define QEL_EXCLUDES(...) QUORVEL_THREAD_ANNOTATION(locks_excluded(__VA_ARGS__))
+// The function reads or writes without the lock, for a reason that stands beside it.
+#define QEL_UNCHECKED QUORVEL_THREAD_ANNOTATION(no_thread_safety_analysis)
 
 namespace norvik::qel::audio {
 

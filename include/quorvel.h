@@ -220,12 +220,13 @@ int DeregisterDockChargerIsOnlineCallback(void* handle, BatteryInfoCallback call
  * last one to leave disables it.
  *
  * A service that is late. While the sensor service does not run yet, registrations succeed and
- * wait, and the library looks for the service once a second for as long as that takes. When the
- * service runs but cannot be used (no sensor manager, looper or event queue), there are ten such
- * attempts for each time the service was found missing or a library call asked, then none. A sensor
- * that turns out not to exist, or that the service refuses, when its turn comes is given up: its
- * clients stay registered and hear nothing until all of them have left and a first client registers
- * anew.
+ * wait, and the library looks for the service once a second for as long as that takes. Then it
+ * enables the sensors that are waited for. One that turns out not to exist, or that the service
+ * refuses, is given up: its clients stay registered and hear nothing until all of them have left
+ * and a first client registers anew. A service that runs but cannot be used (no sensor manager,
+ * looper or event queue) is a rarer case: when it was missing before, the library gives up once it
+ * has made ten attempts in all; when a registration meets it so, nothing is tried again. In both
+ * cases clients have to leave and register anew, as above.
  *
  * A service that dies. **The library does not survive the end of the sensor service while a sensor
  * is or was in use**: the platform then frees the objects that it has given to this process. (The

@@ -16,8 +16,8 @@ ASensorEvent MakeEvent(const SensorDescription& sensor, float value) {
   event.version = sizeof event;
   event.sensor = sensor.handle;
   event.type = sensor.type;
-  event.timestamp = std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch())
-                        .count();
+  event.timestamp =
+      std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
   event.data[0] = value;
   return event;
 }
@@ -43,9 +43,8 @@ void SensorService::Report(const std::vector<SensorReading>& readings) {
   }
   for (const auto& [id, queue] : queues_) {
     std::vector<ASensorEvent> wanted;
-    std::copy_if(
-        events.begin(), events.end(), std::back_inserter(wanted),
-        [&](const ASensorEvent& event) { return queue.enabled.contains(event.sensor); });
+    std::copy_if(events.begin(), events.end(), std::back_inserter(wanted),
+                 [&](const ASensorEvent& event) { return queue.enabled.contains(event.sensor); });
     if (!wanted.empty()) static_cast<void>(queue.events->onEvents(wanted));
   }
 }
@@ -147,9 +146,8 @@ ndk::ScopedAStatus SensorService::disableSensor(int64_t queue, int32_t handle) {
 }
 
 const SensorDescription* SensorService::Find(int32_t handle) const {
-  const auto found = std::find_if(sensors_.begin(), sensors_.end(), [=](const auto& sensor) {
-    return sensor.handle == handle;
-  });
+  const auto found = std::find_if(sensors_.begin(), sensors_.end(),
+                                  [=](const auto& sensor) { return sensor.handle == handle; });
   return found != sensors_.end() ? &*found : nullptr;
 }
 

@@ -39,9 +39,9 @@ typedef struct ASensorVector {
 } ASensorVector;
 
 typedef struct ASensorEvent {
-  int32_t version;    // sizeof(ASensorEvent)
-  int32_t sensor;     // the sensor's handle
-  int32_t type;       // ASENSOR_TYPE_...
+  int32_t version;  // sizeof(ASensorEvent)
+  int32_t sensor;   // the sensor's handle
+  int32_t type;     // ASENSOR_TYPE_...
   int32_t reserved0;
   int64_t timestamp;  // nanoseconds
   union {

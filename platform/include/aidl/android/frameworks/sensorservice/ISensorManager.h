@@ -1,6 +1,6 @@
 // Stand-in for the generated header of the same path: the sensor service that the system registers
-// some time after boot, version 1. Clients reach its sensors through <android/sensor.h>, which makes
-// the calls; they need this for the name.
+// some time after boot, version 1. Clients reach its sensors through <android/sensor.h>, which
+// makes the calls; they need this for the name.
 #pragma once
 
 #include <android/binder_interface_utils.h>
