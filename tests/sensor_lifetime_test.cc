@@ -1,0 +1,343 @@
+// Sensor handles that go away, share the process's looper, and are used by many threads.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <semaphore>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "standin/gate.h"
+#include "standin/service_manager.h"
+#include "tests/support/sanitizers.h"
+#include "tests/support/sensor_fixture.h"
+
+namespace norvik::qel {
+namespace {
+
+using standin::Delivery;
+using standin::Gate;
+using standin::HoldDeliveries;
+using standin::Outcome;
+using standin::SensorFunction;
+
+class SensorLifetimeTest : public SensorFixture {
+ protected:
+  SensorLifetimeTest() { hub_.Start(); }
+
+  // Takes calls until one brings `value`; earlier ones may come before it.
+  static bool Hears(Seen<Call>& seen, int value) {
+    while (const std::optional<Call> call = seen.Take()) {
+      if (call->value == value) return true;
+    }
+    return false;
+  }
+};
+
+// A handle with a client of the proximity sensor that remembers.
+struct Listener {
+  Listener() {
+    InitSensorInfo(&handle);
+    EXPECT_EQ(RegisterProximitySensorCallback(handle, 0, Client<0>, &seen), 0);
+  }
+  ~Listener() { Close(); }
+  void Close() {
+    EndsInTime([this] { DeinitSensorInfo(&handle); });
+  }
+
+  Seen<Call> seen;
+  void* handle = nullptr;
+};
+
+TEST_F(SensorLifetimeTest, AHandleThatWaitsForEventsEndsAtOnce) {
+  RegisterProximityAndHearZero();
+  ASSERT_TRUE(Eventually([] { return standin::LooperWaiters() == 1; }));
+  EndsInTime([this] { DeinitSensorInfo(&handle_); });
+  EXPECT_EQ(handle_, nullptr);
+  EXPECT_EQ(hub_.queue_count(), 0u);
+  DeinitSensorInfo(&handle_);
+}
+
+// The looper is one for both: each poll may take the other's news, each wake the other's end.
+TEST_F(SensorLifetimeTest, TwoHandlesHearEveryReportAndEndAlone) {
+  auto first = std::make_unique<Listener>();
+  auto second = std::make_unique<Listener>();
+  const int rounds = kSanitized ? 300 : 2'000;
+  for (int round = 1; round <= rounds; ++round) {
+    hub_.Report(kProximity, static_cast<float>(round));
+    ASSERT_TRUE(Hears(first->seen, round)) << "round " << round;
+    ASSERT_TRUE(Hears(second->seen, round)) << "round " << round;
+    ASSERT_LE(standin::LooperWaiters(), 1);
+    (round % 2 == 0 ? first : second) = std::make_unique<Listener>();
+  }
+}
+
+TEST_F(SensorLifetimeTest, HandlesComeAndGoUnderAStormOfReports) {
+  std::atomic<bool> stop{false};
+  std::atomic<int> latest{0};
+  std::thread sensor([&] {
+    while (!stop) {
+      hub_.Report(kProximity, static_cast<float>(++latest % 1000));
+      std::this_thread::yield();
+    }
+  });
+  Listener lasting;
+  const int rounds = kSanitized ? 50 : 300;
+  std::vector<std::thread> owners;
+  for (int owner = 0; owner < 2; ++owner) {
+    owners.emplace_back([&] {
+      for (int round = 0; round < rounds; ++round) {
+        Listener listener;
+        EXPECT_TRUE(listener.seen.Take());
+        if (round % 3 == 0) {
+          EXPECT_EQ(DeregisterProximitySensorCallback(listener.handle, 0), 0);
+        }
+      }
+    });
+  }
+  for (std::thread& owner : owners) owner.join();
+  stop = true;
+  sensor.join();
+  hub_.Report(kProximity, 5000);
+  EXPECT_TRUE(Hears(lasting.seen, 5000));
+}
+
+// One handle is inside a call to the platform, with its lock held; the other goes on.
+TEST_F(SensorLifetimeTest, AHandleThatIsHeldUpHoldsNoOtherUp) {
+  Listener busy;
+  Listener idle;
+  ASSERT_TRUE(busy.seen.Take());
+  ASSERT_TRUE(idle.seen.Take());
+  const auto gate = std::make_shared<Gate>();
+  hub_.on(SensorFunction::kRegisterSensor).Then(Outcome::After(gate));
+  std::thread registration([&] {
+    EXPECT_EQ(RegisterHingeAngleSensorCallback(busy.handle, 0, Client<1>, &busy.seen), 0);
+  });
+  ASSERT_TRUE(gate->WaitForArrivals());
+  for (int value = 1; value <= 20; ++value) {
+    hub_.Report(kProximity, static_cast<float>(value));
+    ASSERT_TRUE(Hears(idle.seen, value));
+  }
+  // A dump waits for nobody.
+  EndsInTime([&] { EXPECT_NE(TextOf(DumpSensorInfo, busy.handle).find("client id:0"), 0u); });
+  Listener late;
+  EXPECT_TRUE(Hears(late.seen, 20));
+  idle.Close();
+  gate->Open();
+  registration.join();
+  EXPECT_TRUE(Hears(busy.seen, 20));
+}
+
+// A client whose call lasts until the test lets it go, and which then does something.
+struct LastGuest {
+  std::function<void()> act;
+  std::shared_ptr<Gate> gate = std::make_shared<Gate>();
+  std::shared_ptr<Gate> done = std::make_shared<Gate>();
+  static void OnValue(int, void* cookie) {
+    const auto& self = *static_cast<LastGuest*>(cookie);
+    self.gate->Pass();
+    if (self.act) self.act();
+    self.done->Open();
+  }
+};
+
+// Between the moment at which Deinit tells the poll thread to end, and the one at which it has.
+TEST_F(SensorLifetimeTest, ACallbackThatRegistersDoesNotKeepAnEndingHandleGoing) {
+  LastGuest guest;
+  guest.act = [&] {
+    EXPECT_EQ(DeregisterProximitySensorCallback(handle_, 0), 0);
+    EXPECT_EQ(RegisterProximitySensorCallback(handle_, 1, Client<1>, &seen_), 0);
+  };
+  const auto poll = std::make_shared<Gate>();
+  hub_.on(SensorFunction::kPollOnce).Then(Outcome::After(poll));
+  ASSERT_EQ(RegisterProximitySensorCallback(handle_, 0, LastGuest::OnValue, &guest), 0);
+  ASSERT_TRUE(poll->WaitForArrivals());
+  ASSERT_TRUE(guest.gate->WaitForArrivals());
+  std::thread deinit([this] { EndsInTime([this] { DeinitSensorInfo(&handle_); }); });
+  ASSERT_TRUE(hub_.on(SensorFunction::kWake).WaitForCalls(1));
+  guest.gate->Open();
+  guest.done->Pass();
+  EXPECT_EQ(log_.Count("EnableSensor: poll started."), 2);
+  poll->Open();
+  deinit.join();
+  EXPECT_EQ(hub_.queue_count(), 0u);
+}
+
+TEST_F(SensorLifetimeTest, EventsUnderWayTouchNothingThatIsGone) {
+  RegisterProximityAndHearZero();
+  HoldDeliveries hold(Delivery::kOneway);
+  hub_.Report(kProximity, 1);
+  ASSERT_TRUE(hold.WaitForHeld());
+  EndsInTime([this] { DeinitSensorInfo(&handle_); });
+  hold.Release();
+  ASSERT_TRUE(standin::WaitUntilDelivered());
+  EXPECT_TRUE(seen_.empty());
+}
+
+TEST_F(SensorLifetimeTest, NobodyIsCalledAfterDeinitHasReturned) {
+  const int rounds = kSanitized ? 200 : 1'000;
+  for (int round = 0; round < rounds; ++round) {
+    Seen<Call> seen;  // goes right after the handle: a later call would be a use after free
+    void* handle = nullptr;
+    InitSensorInfo(&handle);
+    ASSERT_EQ(RegisterProximitySensorCallback(handle, 0, Client<0>, &seen), 0);
+    ASSERT_EQ(RegisterHingeAngleSensorCallback(handle, 0, Client<1>, &seen), 0);
+    hub_.Report({{.type = kProximity, .value = 1}, {.type = kHinge, .value = 2}});
+    if (round % 2 == 0) {
+      ASSERT_TRUE(seen.Take());
+    }
+    EndsInTime([&] { DeinitSensorInfo(&handle); });
+  }
+}
+
+// Clients that come and go and dumps, each on two threads, beside the reports.
+TEST_F(SensorLifetimeTest, OneHandleServesManyThreads) {
+  constexpr int kRounds = kSanitized ? 200 : 1'000;
+  std::atomic<int> heard{0};
+  const auto count = [](int, void* cookie) { ++*static_cast<std::atomic<int>*>(cookie); };
+  std::vector<std::thread> threads;
+  const auto in_turn = [&](auto action) {
+    threads.emplace_back([action] {
+      for (int round = 0; round < kRounds; ++round) action(round);
+    });
+  };
+  for (int id = 0; id < 2; ++id) {
+    in_turn([&, id](int) {
+      EXPECT_EQ(RegisterProximitySensorCallback(handle_, id, count, &heard), 0);
+      EXPECT_EQ(RegisterHingeAngleSensorCallback(handle_, id, count, &heard), 0);
+      EXPECT_EQ(DeregisterProximitySensorCallback(handle_, id), 0);
+      EXPECT_EQ(DeregisterHingeAngleSensorCallback(handle_, id), 0);
+    });
+    in_turn([&](int) {
+      const std::string dump = Dump();
+      EXPECT_TRUE(dump.starts_with("SensorInfo:\n  Poll :"));
+      EXPECT_NE(dump.find("  Sensor: HINGE_ANGLE\n"), std::string::npos);
+    });
+  }
+  in_turn([&](int round) {
+    const auto value = static_cast<float>(round);
+    hub_.Report({{.type = kProximity, .value = value}, {.type = kHinge, .value = value}});
+  });
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_GT(heard, 0);
+  ASSERT_EQ(RegisterProximitySensorCallback(handle_, 0, Client<0>, &seen_), 0);
+  hub_.Report(kProximity, 5000);
+  EXPECT_TRUE(Hears(seen_, 5000));
+  DeinitSensorInfo(&handle_);  // before the counter goes
+}
+
+TEST_F(SensorLifetimeTest, HandlesLeaveNothingBehind) {
+  const auto threads = [] {
+    int count = 0;
+    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+      std::string name;
+      std::getline(std::ifstream(task.path() / "comm"), name);  // empty when it has just ended
+      // A name holds 15 characters.
+      if (name == "sensor_poll" || name == "sensor_callback" || name == "sensor_reconnec") ++count;
+    }
+    return count;
+  };
+  EXPECT_TRUE(Eventually([&] { return threads() == 3; }));
+  DeinitSensorInfo(&handle_);
+  const int rounds = kSanitized ? 100 : 1'000;
+  for (int round = 0; round < rounds; ++round) Listener();
+  EXPECT_EQ(hub_.queue_count(), 0u);
+  EXPECT_TRUE(Eventually([&] { return threads() == 0; }));
+}
+
+// Two handles that are never given back, one of which polls while the other waits its turn.
+[[noreturn]] void ExitWithHandles() {
+  auto* hub = new simulated::SensorHub;
+  hub->Add(kProximity, "proximity");
+  hub->Start();
+  static Seen<Call>& seen = *new Seen<Call>;
+  for (int i = 0; i < 2; ++i) {
+    void* handle = nullptr;
+    InitSensorInfo(&handle);
+    RegisterProximitySensorCallback(handle, 0, Client<0>, &seen);
+    seen.Take();
+  }
+  if (!Eventually([] { return standin::LooperWaiters() == 1; })) std::_Exit(1);
+  std::exit(0);
+}
+
+TEST(SensorExitDeathTest, TheProcessMayExitWithHandlesLeft) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(ExitWithHandles(), testing::ExitedWithCode(0), "");
+}
+
+// The worker may find the service at any point of Deinit.
+TEST(SensorLateServiceTest, TheServiceMayAppearWhileAHandleEnds) {
+  const standin::LogCapture log;
+  const int rounds = kSanitized ? 50 : 200;
+  int enabled = 0;
+  for (int round = 0; round < rounds; ++round) {
+    simulated::SensorHub hub;
+    hub.Add(kProximity, "proximity");
+    Seen<Call> seen;
+    void* handle = nullptr;
+    InitSensorInfo(&handle);
+    // The worker's first attempt waits until the service is there; for it Deinit waits.
+    const int looked = standin::CheckServiceScript().calls();
+    const auto gate = std::make_shared<Gate>();
+    standin::CheckServiceScript().Then({.status = STATUS_NAME_NOT_FOUND});
+    standin::CheckServiceScript().Then(Outcome::After(gate));
+    EXPECT_EQ(RegisterProximitySensorCallback(handle, 0, Client<0>, &seen), 0);
+    ASSERT_TRUE(standin::CheckServiceScript().WaitForCalls(looked + 2));
+    hub.Start();
+    std::thread opener([&] {
+      if (round % 2 == 0) std::this_thread::yield();
+      gate->Open();
+    });
+    EndsInTime([&] { DeinitSensorInfo(&handle); });
+    opener.join();
+    EXPECT_EQ(hub.queue_count(), 0u);
+    enabled += hub.on(SensorFunction::kRegisterSensor).calls();
+    ASSERT_TRUE(standin::WaitUntilDelivered());
+  }
+  EXPECT_GT(enabled, 0);
+}
+
+// The same moment as above, and now it is the worker that enables a sensor, one that was asked for
+// before the service was up. Its second attempt comes a second after the first.
+TEST(SensorLateServiceSlowTest, ASensorThatWaitedDoesNotKeepAnEndingHandleGoing) {
+  const standin::LogCapture log;
+  simulated::SensorHub hub;
+  hub.Add(kProximity, "proximity");
+  hub.Add(kHinge, "hinge angle");
+  Seen<Call> seen;
+  void* handle = nullptr;
+  InitSensorInfo(&handle);
+  const int looked = standin::CheckServiceScript().calls();
+  ASSERT_EQ(RegisterProximitySensorCallback(handle, 0, Client<0>, &seen), 0);
+  ASSERT_TRUE(standin::CheckServiceScript().WaitForCalls(looked + 2));
+  hub.Start();
+  LastGuest guest;
+  guest.act = [&] { EXPECT_EQ(DeregisterHingeAngleSensorCallback(handle, 0), 0); };
+  const auto poll = std::make_shared<Gate>();
+  hub.on(SensorFunction::kPollOnce).Then(Outcome::After(poll));
+  ASSERT_EQ(RegisterHingeAngleSensorCallback(handle, 0, LastGuest::OnValue, &guest), 0);
+  ASSERT_TRUE(poll->WaitForArrivals());
+  ASSERT_TRUE(guest.gate->WaitForArrivals());
+  std::thread deinit([&] { EndsInTime([&] { DeinitSensorInfo(&handle); }); });
+  ASSERT_TRUE(hub.on(SensorFunction::kWake).WaitForCalls(1));
+  guest.gate->Open();
+  guest.done->Pass();
+  EXPECT_TRUE(Eventually([&] { return hub.listeners(kProximity) == 1; }));
+  poll->Open();
+  deinit.join();
+  EXPECT_EQ(hub.queue_count(), 0u);
+}
+
+}  // namespace
+}  // namespace norvik::qel

@@ -1,0 +1,77 @@
+// A simulated phone with a sensor hub, a sensor handle, and clients that remember.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <future>
+#include <iostream>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "devices/simulated/sensor_hub.h"
+#include "quorvel.h"
+#include "standin/deliveries.h"
+#include "standin/log_capture.h"
+#include "tests/support/clients.h"
+#include "tests/support/waiting.h"
+
+namespace norvik::qel {
+
+inline constexpr int kProximity = ASENSOR_TYPE_PROXIMITY;
+inline constexpr int kHinge = ASENSOR_TYPE_HINGE_ANGLE;
+inline constexpr int kProximityMinDelayUs = 20'000;
+
+// Runs what must come to an end. A thread that hangs can only be ended with the process.
+inline void EndsInTime(std::function<void()> action) {
+  std::packaged_task<void()> task(std::move(action));
+  std::future<void> done = task.get_future();
+  std::thread thread(std::move(task));
+  if (done.wait_for(kHangGuard) != std::future_status::ready) {
+    std::cerr << "hangs\n";
+    std::abort();
+  }
+  thread.join();
+}
+
+class SensorFixture : public testing::Test {
+ protected:
+  SensorFixture() {
+    hub_.Add(kProximity, "proximity", kProximityMinDelayUs);
+    hub_.Add(kHinge, "hinge angle");
+    InitSensorInfo(&handle_);
+  }
+  ~SensorFixture() override { DeinitSensorInfo(&handle_); }
+
+  // Registers with the sensor and takes the first call, which brings the 0 of a sensor that has not
+  // reported yet.
+  void RegisterProximityAndHearZero(int id = 0) {
+    ASSERT_EQ(RegisterProximitySensorCallback(handle_, id, Client<0>, &seen_), 0);
+    ASSERT_EQ(seen_.Take(), (Call{0, 0}));
+  }
+  void RegisterHingeAndHearZero(int id = 0) {
+    ASSERT_EQ(RegisterHingeAngleSensorCallback(handle_, id, Client<1>, &seen_), 0);
+    ASSERT_EQ(seen_.Take(), (Call{1, 0}));
+  }
+
+  int Calls(standin::SensorFunction function) { return hub_.on(function).calls(); }
+  std::string Dump() const { return TextOf(DumpSensorInfo, handle_); }
+  // What the sensors have logged so far, of one priority if one is given.
+  std::vector<std::string> Log(int priority = 0) const {
+    std::vector<std::string> texts;
+    for (const auto& line : log_.Lines("audio_hw_sensor")) {
+      if (priority == 0 || line.priority == priority) texts.push_back(line.text);
+    }
+    return texts;
+  }
+
+  standin::LogCapture log_;
+  Seen<Call> seen_;
+  simulated::SensorHub hub_;
+  void* handle_ = nullptr;
+};
+
+}  // namespace norvik::qel
