@@ -84,8 +84,58 @@ static void TestBatteryWithoutAService(void) {
   CHECK(value == 0);
 }
 
+static const struct {
+  int (*enlist)(void* handle, int id, SensorCallbackFunc callback, void* cookie);
+  int (*leave)(void* handle, int id);
+} kSensors[] = {
+    {RegisterProximitySensorCallback, DeregisterProximitySensorCallback},
+    {RegisterHingeAngleSensorCallback, DeregisterHingeAngleSensorCallback},
+};
+
+static void TestSensorRefusals(void) {
+  InitSensorInfo(NULL);
+  DeinitSensorInfo(NULL);
+  DumpSensorInfo(NULL, STDERR_FILENO);
+  int value = 0;
+  void* handle = NULL;
+  DeinitSensorInfo(&handle);
+  InitSensorInfo(&handle);
+  CHECK(handle != NULL);
+  for (size_t i = 0; i < sizeof kSensors / sizeof kSensors[0]; ++i) {
+    CHECK(kSensors[i].enlist(NULL, 1, OnValue, &value) == -EINVAL);
+    CHECK(kSensors[i].enlist(handle, 1, NULL, &value) == -EINVAL);
+    CHECK(kSensors[i].enlist(handle, 1, OnValue, NULL) == -EINVAL);
+    CHECK(kSensors[i].leave(NULL, 1) == -EINVAL);
+    CHECK(kSensors[i].leave(handle, 1) == -EINVAL);
+  }
+  DeinitSensorInfo(&handle);
+  CHECK(handle == NULL);
+  DeinitSensorInfo(&handle);
+}
+
+static void TestSensorWithoutAService(void) {
+  int value = 0;
+  void* handle = NULL;
+  InitSensorInfo(&handle);
+  for (size_t i = 0; i < sizeof kSensors / sizeof kSensors[0]; ++i) {
+    CHECK(kSensors[i].enlist(handle, 1, OnValue, &value) == 0);
+    CHECK(kSensors[i].enlist(handle, 1, OnValue, &value) == -EINVAL);
+  }
+  FILE* file = tmpfile();
+  DumpSensorInfo(handle, fileno(file));
+  char text[512] = {0};
+  CHECK(pread(fileno(file), text, sizeof text - 1, 0) > 0);
+  CHECK(strstr(text, "  Sensor: HINGE_ANGLE\n    initialized:F active:F, data:0\n") != NULL);
+  fclose(file);
+  CHECK(kSensors[0].leave(handle, 1) == 0);
+  DeinitSensorInfo(&handle);
+  CHECK(value == 0);
+}
+
 int main(void) {
   TestBatteryRefusals();
   TestBatteryWithoutAService();
+  TestSensorRefusals();
+  TestSensorWithoutAService();
   return failures == 0 ? 0 : 1;
 }

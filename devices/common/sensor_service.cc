@@ -41,7 +41,8 @@ void SensorService::Report(const std::vector<SensorReading>& readings) {
     events.push_back(MakeEvent(*sensor, reading.value));
     latest_[sensor->handle] = events.back();
   }
-  for (const auto& [id, queue] : queues_) {
+  for (const auto& entry : queues_) {
+    const Queue& queue = entry.second;
     std::vector<ASensorEvent> wanted;
     std::copy_if(events.begin(), events.end(), std::back_inserter(wanted),
                  [&](const ASensorEvent& event) { return queue.enabled.contains(event.sensor); });
