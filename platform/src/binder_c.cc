@@ -19,6 +19,7 @@ using norvik::qel::standin::LocalBinder;
 using norvik::qel::standin::Process;
 using norvik::qel::standin::RecipientState;
 using norvik::qel::standin::RemoteBinder;
+using norvik::qel::standin::Transport;
 using norvik::qel::standin::UnlinkToDeathScript;
 
 struct AIBinder_Weak {
@@ -64,7 +65,8 @@ binder_status_t AIBinder_ping(AIBinder* binder) {
   RemoteBinder* remote = binder->AsRemote();
   if (remote == nullptr) return STATUS_OK;
   const ndk::SpAIBinder target = remote->Target();
-  if (target.get() != nullptr && target.get()->AsLocal()->process()->RunAndWait([] {})) {
+  if (target.get() != nullptr &&
+      target.get()->AsLocal()->process()->RunAndWait(Transport::kBinder, [] {})) {
     return STATUS_OK;
   }
   remote->NoteDead();
@@ -91,7 +93,8 @@ binder_status_t AIBinder_dump(AIBinder* binder, int fd, const char** args, uint3
     request->result = target.get()->AsLocal()->object()->dump(request->fd.get(), texts.data(),
                                                               static_cast<uint32_t>(texts.size()));
   };
-  if (target.get() != nullptr && target.get()->AsLocal()->process()->RunAndWait(task)) {
+  if (target.get() != nullptr &&
+      target.get()->AsLocal()->process()->RunAndWait(Transport::kBinder, task)) {
     return request->result;
   }
   remote->NoteDead();
@@ -114,15 +117,9 @@ void AIBinder_DeathRecipient_setOnUnlinked(AIBinder_DeathRecipient* recipient,
 
 void AIBinder_DeathRecipient_delete(AIBinder_DeathRecipient* recipient) {
   if (recipient == nullptr) return;
-  std::vector<std::shared_ptr<Link>> links;
-  {
-    std::lock_guard<std::mutex> lock(recipient->state->lock);
-    links.swap(recipient->state->links);
-  }
+  const std::shared_ptr<RecipientState> state = recipient->state;
   delete recipient;
-  for (const auto& link : links) {
-    if (link->End() && link->unlinked != nullptr) link->unlinked(link->cookie);
-  }
+  state->EndAll();
 }
 
 binder_status_t AIBinder_linkToDeath(AIBinder* binder, AIBinder_DeathRecipient* recipient,
@@ -134,9 +131,11 @@ binder_status_t AIBinder_linkToDeath(AIBinder* binder, AIBinder_DeathRecipient* 
                         __func__);
   }
   auto link = std::make_shared<Link>();
-  link->died = recipient->died;
-  link->unlinked = recipient->unlinked;
-  link->cookie = cookie;
+  link->died = [died = recipient->died, cookie] { died(cookie); };
+  if (recipient->unlinked != nullptr) {
+    link->unlinked = [unlinked = recipient->unlinked, cookie] { unlinked(cookie); };
+  }
+  link->key = cookie;
   link->recipient = recipient->state;
 
   binder_status_t result = LinkToDeathScript().Next().status;
@@ -144,7 +143,7 @@ binder_status_t AIBinder_linkToDeath(AIBinder* binder, AIBinder_DeathRecipient* 
     RemoteBinder* remote = binder->AsRemote();
     result = remote != nullptr ? remote->Link(recipient->state, link) : STATUS_INVALID_OPERATION;
   }
-  if (result != STATUS_OK && link->unlinked != nullptr) link->unlinked(cookie);
+  if (result != STATUS_OK && link->unlinked != nullptr) link->unlinked();
   return result;
 }
 
@@ -191,22 +190,22 @@ bool AIBinder_lt(const AIBinder* lhs, const AIBinder* rhs) {
 }
 
 void ABinderProcess_startThreadPool() {
-  Process::Host()->pool().Start();
+  Process::Host()->pool(Transport::kBinder).Start();
 }
 
 bool ABinderProcess_setThreadPoolMaxThreadCount(uint32_t numThreads) {
   // Besides the one that startThreadPool() brings.
-  Process::Host()->pool().SetMaxThreads(numThreads + 1);
+  Process::Host()->pool(Transport::kBinder).SetMaxThreads(numThreads + 1);
   return true;
 }
 
 bool ABinderProcess_isThreadPoolStarted() {
-  return Process::Host()->pool().started();
+  return Process::Host()->pool(Transport::kBinder).started();
 }
 
 void ABinderProcess_joinThreadPool() {
   ABinderProcess_startThreadPool();
-  Process::Host()->pool().Run();
+  Process::Host()->pool(Transport::kBinder).Run();
 }
 
 }  // extern "C"

@@ -114,7 +114,7 @@ ndk::ScopedAStatus CallRemote(const ndk::SpAIBinder& binder,
         call->params);
     target.set(nullptr);
   };
-  if (process == nullptr || !process->RunAndWait(std::move(serve))) {
+  if (process == nullptr || !process->RunAndWait(Transport::kBinder, std::move(serve))) {
     remote->NoteDead();
     return ndk::ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT);
   }
@@ -130,10 +130,9 @@ template <typename I, typename... Params, typename... Args>
 ndk::ScopedAStatus SendRemote(const ndk::SpAIBinder& binder,
                               ndk::ScopedAStatus (I::*method)(Params...), const Args&... args) {
   const bool sent = binder.get()->AsRemote()->PostOneway(
-      [method,
-       params = std::tuple<std::remove_cvref_t<Params>...>(args...)](ndk::ICInterface& object) {
-        std::apply([&](const auto&... param) { (static_cast<I&>(object).*method)(param...); },
-                   params);
+      [method, params = std::tuple<std::remove_cvref_t<Params>...>(args...)](LocalBinder& target) {
+        I& object = static_cast<I&>(*target.object());
+        std::apply([&](const auto&... param) { (object.*method)(param...); }, params);
       });
   return sent ? ndk::ScopedAStatus::ok() : ndk::ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT);
 }
