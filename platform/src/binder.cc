@@ -137,6 +137,18 @@ ndk::SpAIBinder RemoteBinder::Target() {
   return target_;
 }
 
+bool RemoteBinder::CallAndWait(std::function<void(LocalBinder&)> call) {
+  ndk::SpAIBinder target = Target();
+  if (target.get() == nullptr) return false;
+  auto task = [target = std::move(target), call = std::move(call)]() mutable {
+    call(*target.get()->AsLocal());
+    call = nullptr;  // what it holds goes before its object
+  };
+  if (target_process_->RunAndWait(transport_, std::move(task))) return true;
+  NoteDead();
+  return false;
+}
+
 bool RemoteBinder::PostOneway(std::function<void(LocalBinder&)> call) {
   std::lock_guard<std::mutex> lock(lock_);
   if (target_.get() == nullptr) {
@@ -165,10 +177,7 @@ bool RemoteBinder::IsOfClass(const AIBinder_Class* clazz) {
   const AIBinder_Class* asked = target.get()->AsLocal()->clazz();
   // A service that asks about a callback gets its answer on the thread that waits for the service,
   // so there is no thread to wait for here. The host's pool may not even be started.
-  if (!IsHost(target_process_) && !target_process_->RunAndWait(transport_, [] {})) {
-    NoteDead();
-    return false;
-  }
+  if (!IsHost(target_process_) && !CallAndWait([](LocalBinder&) {})) return false;
   std::lock_guard<std::mutex> lock(lock_);
   class_ = asked;
   return matches(asked);

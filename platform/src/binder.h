@@ -133,6 +133,9 @@ class RemoteBinder final : public AIBinder {
   bool alive() const;
   // The object behind; empty, and known to be dead from now on, when either process has died.
   ndk::SpAIBinder Target();
+  // Runs `call` on a thread of the object's process and waits for its end. False, and known to be
+  // dead, when either process has died or dies meanwhile.
+  bool CallAndWait(std::function<void(LocalBinder&)> call);
   // Sends a one-way call; false, and known to be dead, when either process has died. In one step
   // with that: the dead send nothing.
   bool PostOneway(std::function<void(LocalBinder&)> call);

@@ -64,20 +64,12 @@ binder_status_t AIBinder_ping(AIBinder* binder) {
   if (binder == nullptr) return STATUS_UNEXPECTED_NULL;
   RemoteBinder* remote = binder->AsRemote();
   if (remote == nullptr) return STATUS_OK;
-  const ndk::SpAIBinder target = remote->Target();
-  if (target.get() != nullptr &&
-      target.get()->AsLocal()->process()->RunAndWait(Transport::kBinder, [] {})) {
-    return STATUS_OK;
-  }
-  remote->NoteDead();
-  return STATUS_DEAD_OBJECT;
+  return remote->CallAndWait([](LocalBinder&) {}) ? STATUS_OK : STATUS_DEAD_OBJECT;
 }
 
 binder_status_t AIBinder_dump(AIBinder* binder, int fd, const char** args, uint32_t numArgs) {
   if (binder == nullptr) return STATUS_UNEXPECTED_NULL;
   if (LocalBinder* local = binder->AsLocal()) return local->object()->dump(fd, args, numArgs);
-  RemoteBinder* remote = binder->AsRemote();
-  const ndk::SpAIBinder target = remote->Target();
   // The service writes to a descriptor of its own and reads copies: the caller may be gone by then.
   struct Request {
     ndk::ScopedFileDescriptor fd;
@@ -87,18 +79,13 @@ binder_status_t AIBinder_dump(AIBinder* binder, int fd, const char** args, uint3
   auto request = std::make_shared<Request>();
   request->fd.set(dup(fd));
   for (uint32_t i = 0; i < numArgs; ++i) request->args.emplace_back(args[i]);
-  const auto task = [request, target] {
+  const bool served = binder->AsRemote()->CallAndWait([request](LocalBinder& target) {
     std::vector<const char*> texts;
     for (const std::string& arg : request->args) texts.push_back(arg.c_str());
-    request->result = target.get()->AsLocal()->object()->dump(request->fd.get(), texts.data(),
-                                                              static_cast<uint32_t>(texts.size()));
-  };
-  if (target.get() != nullptr &&
-      target.get()->AsLocal()->process()->RunAndWait(Transport::kBinder, task)) {
-    return request->result;
-  }
-  remote->NoteDead();
-  return STATUS_DEAD_OBJECT;
+    request->result =
+        target.object()->dump(request->fd.get(), texts.data(), static_cast<uint32_t>(texts.size()));
+  });
+  return served ? request->result : STATUS_DEAD_OBJECT;
 }
 
 AIBinder_DeathRecipient* AIBinder_DeathRecipient_new(

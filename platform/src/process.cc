@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "binder.h"
+#include "hidl_service_manager.h"
 #include "service_manager.h"
 #include "standin/service_process.h"
 
@@ -172,6 +173,12 @@ bool ServiceProcess::AddService(const std::shared_ptr<ndk::ICInterface>& service
   if (!process_->dead()) return true;
   ServiceManager::Get().Forget(*process_);  // killed while it was being added
   return false;
+}
+
+bool ServiceProcess::AddHidlService(
+    const ::android::sp<::android::hidl::base::V1_0::IBase>& service, const std::string& name) {
+  const Process::Scope scope(process_);
+  return AddHidl(service, name) == ::android::OK;
 }
 
 void ServiceProcess::Kill() {
