@@ -16,7 +16,7 @@ struct DeviceEvent {
     kNotice,        // something that people should know of the device
   };
   Kind kind;
-  std::string service;      // "health"
+  std::string service;      // "health", "thermal", "thermal (HIDL)"
   std::string detail = {};  // the operation refused and the reason; the notice
 };
 

@@ -17,7 +17,7 @@ bool IsHost(const std::shared_ptr<Process>& process) {
 }
 
 void CallUnlinked(const Link& link) {
-  if (link.unlinked != nullptr) link.unlinked(link.cookie);
+  if (link.unlinked != nullptr) link.unlinked();
 }
 
 }  // namespace
@@ -40,33 +40,35 @@ LocalBinder::~LocalBinder() {
   clazz_->destroy(args_);
 }
 
-void LocalBinder::PostOneway(std::function<void(ndk::ICInterface&)> call) {
+void LocalBinder::PostOneway(std::function<void(LocalBinder&)> call) {
   if (IsHost(process_)) NoteSent();
   std::lock_guard<std::mutex> lock(lock_);
   oneway_.push_back(std::move(call));
   if (std::exchange(draining_, true)) return;  // the running call sees to this one
+  PostDrainLocked();
+}
+
+void LocalBinder::PostDrainLocked() {
   IncStrong();
-  process_->Post([self = ndk::SpAIBinder(this)] { self.get()->AsLocal()->RunOneOneway(); });
+  process_->Post(transport(),
+                 [self = ndk::SpAIBinder(this)] { self.get()->AsLocal()->RunOneOneway(); });
 }
 
 void LocalBinder::RunOneOneway() {
-  std::function<void(ndk::ICInterface&)> call;
+  std::function<void(LocalBinder&)> call;
   {
     std::lock_guard<std::mutex> lock(lock_);
     call = std::move(oneway_.front());
     oneway_.pop_front();
   }
   if (IsHost(process_)) PassDeliveryGate(Delivery::kOneway);
-  call(*object());
+  call(*this);
   call = nullptr;
   {
     std::lock_guard<std::mutex> lock(lock_);
     draining_ = !oneway_.empty();
-    if (draining_) {
-      // Queued again rather than looped over: other objects' calls get their turn.
-      IncStrong();
-      process_->Post([self = ndk::SpAIBinder(this)] { self.get()->AsLocal()->RunOneOneway(); });
-    }
+    // Queued again rather than looped over: other objects' calls get their turn.
+    if (draining_) PostDrainLocked();
   }
   if (IsHost(process_)) NoteHandled();
 }
@@ -76,10 +78,10 @@ bool Link::End() {
   return state.compare_exchange_strong(linked, State::kEnded);
 }
 
-std::shared_ptr<Link> RecipientState::TakeNewest(const AIBinder* who, const void* cookie) {
+std::shared_ptr<Link> RecipientState::TakeNewest(const AIBinder* who, const void* key) {
   std::lock_guard<std::mutex> guard(lock);
   const auto found = std::find_if(links.rbegin(), links.rend(), [&](const auto& link) {
-    return link->who == who && link->cookie == cookie;
+    return link->who == who && link->key == key;
   });
   if (found == links.rend()) return nullptr;
   std::shared_ptr<Link> link = *found;
@@ -92,8 +94,22 @@ void RecipientState::Remove(const std::shared_ptr<Link>& link) {
   std::erase(links, link);
 }
 
+void RecipientState::EndAll() {
+  std::vector<std::shared_ptr<Link>> ended;
+  {
+    std::lock_guard<std::mutex> guard(lock);
+    ended.swap(links);
+  }
+  for (const auto& link : ended) {
+    if (link->End()) CallUnlinked(*link);
+  }
+}
+
 RemoteBinder::RemoteBinder(LocalBinder* target, std::shared_ptr<Process> holder)
-    : holder_(std::move(holder)), target_process_(target->process()), target_id_(target->id()) {
+    : holder_(std::move(holder)),
+      target_process_(target->process()),
+      target_id_(target->id()),
+      transport_(target->transport()) {
   AIBinder_incStrong(target);
   target_.set(target);
   target_process_->AddInbound(anchor);
@@ -121,7 +137,19 @@ ndk::SpAIBinder RemoteBinder::Target() {
   return target_;
 }
 
-bool RemoteBinder::PostOneway(std::function<void(ndk::ICInterface&)> call) {
+bool RemoteBinder::CallAndWait(std::function<void(LocalBinder&)> call) {
+  ndk::SpAIBinder target = Target();
+  if (target.get() == nullptr) return false;
+  auto task = [target = std::move(target), call = std::move(call)]() mutable {
+    call(*target.get()->AsLocal());
+    call = nullptr;  // what it holds goes before its object
+  };
+  if (target_process_->RunAndWait(transport_, std::move(task))) return true;
+  NoteDead();
+  return false;
+}
+
+bool RemoteBinder::PostOneway(std::function<void(LocalBinder&)> call) {
   std::lock_guard<std::mutex> lock(lock_);
   if (target_.get() == nullptr) {
     alive_ = false;
@@ -149,10 +177,7 @@ bool RemoteBinder::IsOfClass(const AIBinder_Class* clazz) {
   const AIBinder_Class* asked = target.get()->AsLocal()->clazz();
   // A service that asks about a callback gets its answer on the thread that waits for the service,
   // so there is no thread to wait for here. The host's pool may not even be started.
-  if (!IsHost(target_process_) && !target_process_->RunAndWait([] {})) {
-    NoteDead();
-    return false;
-  }
+  if (!IsHost(target_process_) && !CallAndWait([](LocalBinder&) {})) return false;
   std::lock_guard<std::mutex> lock(lock_);
   class_ = asked;
   return matches(asked);
@@ -177,8 +202,8 @@ binder_status_t RemoteBinder::Link(const std::shared_ptr<RecipientState>& recipi
   return STATUS_OK;
 }
 
-binder_status_t RemoteBinder::Unlink(RecipientState& recipient, void* cookie) {
-  const std::shared_ptr<standin::Link> link = recipient.TakeNewest(this, cookie);
+binder_status_t RemoteBinder::Unlink(RecipientState& recipient, const void* key) {
+  const std::shared_ptr<standin::Link> link = recipient.TakeNewest(this, key);
   if (link == nullptr) return STATUS_NAME_NOT_FOUND;
   bool telling;
   {
@@ -213,7 +238,7 @@ void RemoteBinder::PostObituaryLocked() {
   const bool counted = IsHost(holder_);
   if (counted) NoteSent();
   // By anchor: a reference that is dropped before its turn takes its links with it.
-  holder_->Post([anchor = anchor, counted] {
+  holder_->Post(transport_, [anchor = anchor, counted] {
     ndk::SpAIBinder self = anchor->Promote();
     if (self.get() != nullptr) self.get()->AsRemote()->TellRecipients();
     self.set(nullptr);
@@ -232,7 +257,7 @@ void RemoteBinder::TellRecipients() {
     standin::Link::State linked = standin::Link::State::kLinked;
     if (!link->state.compare_exchange_strong(linked, standin::Link::State::kTelling)) continue;
     if (IsHost(holder_)) PassDeliveryGate(Delivery::kDeathNotice);
-    link->died(link->cookie);
+    link->died();
     link->state = standin::Link::State::kEnded;
     if (const auto recipient = link->recipient.lock()) recipient->Remove(link);
     CallUnlinked(*link);

@@ -37,8 +37,9 @@ class Anchor {
 // them to `destroy` at the end.
 struct AIBinder_Class {
   const char* descriptor;
-  std::shared_ptr<ndk::ICInterface>& (*object)(void* args);
+  std::shared_ptr<ndk::ICInterface>& (*object)(void* args);  // null for HIDL objects
   void (*destroy)(void* args);
+  norvik::qel::standin::Transport transport = norvik::qel::standin::Transport::kBinder;
 };
 
 struct AIBinder {
@@ -73,20 +74,23 @@ class LocalBinder final : public AIBinder {
   const std::shared_ptr<Process>& process() const { return process_; }
   const AIBinder_Class* clazz() const { return clazz_; }
   const std::shared_ptr<ndk::ICInterface>& object() const { return clazz_->object(args_); }
+  void* args() const { return args_; }
+  Transport transport() const { return clazz_->transport; }
   uint64_t id() const { return id_; }
 
   // Queues a one-way call: calls of one object run in order, one at a time.
-  void PostOneway(std::function<void(ndk::ICInterface&)> call);
+  void PostOneway(std::function<void(LocalBinder&)> call);
 
  private:
   void RunOneOneway();
+  void PostDrainLocked();
 
   const AIBinder_Class* const clazz_;
   void* const args_;
   const std::shared_ptr<Process> process_;
   const uint64_t id_;  // never used again, unlike an address
   std::mutex lock_;    // guards what follows; nothing is called under it
-  std::deque<std::function<void(ndk::ICInterface&)>> oneway_;
+  std::deque<std::function<void(LocalBinder&)>> oneway_;
   bool draining_ = false;  // a task that takes the next call is posted or running
 };
 
@@ -97,23 +101,26 @@ struct Link {
   // Whoever ends a link decides in one step what still happens.
   enum class State { kLinked, kTelling, kEnded };
   std::atomic<State> state{State::kLinked};
-  AIBinder_DeathRecipient_onBinderDied died;
-  AIBinder_DeathRecipient_onBinderUnlinked unlinked;  // may be null
-  void* cookie;
-  const AIBinder* who;  // for comparison only
+  std::function<void()> died;      // the notice
+  std::function<void()> unlinked;  // may be empty
+  const void* key = nullptr;       // what tells it from others; for comparison only
+  const AIBinder* who = nullptr;   // for comparison only
   std::weak_ptr<RecipientState> recipient;
 
   // Ends the link unless its notice has started; true when this call did it.
   bool End();
 };
 
-// What a recipient knows of its links, apart from the recipient, which may be deleted at any time.
+// What a recipient, or a HIDL proxy, knows of its links, apart from its owner, which may be deleted
+// at any time.
 struct RecipientState {
   std::mutex lock;
   std::vector<std::shared_ptr<Link>> links;
 
-  std::shared_ptr<Link> TakeNewest(const AIBinder* who, const void* cookie);
+  std::shared_ptr<Link> TakeNewest(const AIBinder* who, const void* key);
   void Remove(const std::shared_ptr<Link>& link);
+  // The recipient goes away: its links end silently.
+  void EndAll();
 };
 
 // The reference of `holder` to an object of another process.
@@ -126,9 +133,12 @@ class RemoteBinder final : public AIBinder {
   bool alive() const;
   // The object behind; empty, and known to be dead from now on, when either process has died.
   ndk::SpAIBinder Target();
+  // Runs `call` on a thread of the object's process and waits for its end. False, and known to be
+  // dead, when either process has died or dies meanwhile.
+  bool CallAndWait(std::function<void(LocalBinder&)> call);
   // Sends a one-way call; false, and known to be dead, when either process has died. In one step
   // with that: the dead send nothing.
-  bool PostOneway(std::function<void(ndk::ICInterface&)> call);
+  bool PostOneway(std::function<void(LocalBinder&)> call);
   // Marks it as known to be dead: a call has been answered so.
   void NoteDead();
   // Whether the object is of that class; asks it once. False as well when it cannot be asked.
@@ -136,7 +146,7 @@ class RemoteBinder final : public AIBinder {
 
   binder_status_t Link(const std::shared_ptr<RecipientState>& recipient,
                        std::shared_ptr<standin::Link> link);
-  binder_status_t Unlink(RecipientState& recipient, void* cookie);
+  binder_status_t Unlink(RecipientState& recipient, const void* key);
 
   // The process of the object has died: tells the recipients on a thread of the holder.
   void TargetDied();
@@ -151,6 +161,7 @@ class RemoteBinder final : public AIBinder {
   const std::shared_ptr<Process> holder_;
   const std::shared_ptr<Process> target_process_;
   const uint64_t target_id_;
+  const Transport transport_;
   mutable std::mutex lock_;  // guards what follows; nothing is called or released under it
   ndk::SpAIBinder target_;   // empty after the death of either process
   const AIBinder_Class* class_ = nullptr;  // once known

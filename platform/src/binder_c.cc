@@ -19,6 +19,7 @@ using norvik::qel::standin::LocalBinder;
 using norvik::qel::standin::Process;
 using norvik::qel::standin::RecipientState;
 using norvik::qel::standin::RemoteBinder;
+using norvik::qel::standin::Transport;
 using norvik::qel::standin::UnlinkToDeathScript;
 
 struct AIBinder_Weak {
@@ -63,19 +64,12 @@ binder_status_t AIBinder_ping(AIBinder* binder) {
   if (binder == nullptr) return STATUS_UNEXPECTED_NULL;
   RemoteBinder* remote = binder->AsRemote();
   if (remote == nullptr) return STATUS_OK;
-  const ndk::SpAIBinder target = remote->Target();
-  if (target.get() != nullptr && target.get()->AsLocal()->process()->RunAndWait([] {})) {
-    return STATUS_OK;
-  }
-  remote->NoteDead();
-  return STATUS_DEAD_OBJECT;
+  return remote->CallAndWait([](LocalBinder&) {}) ? STATUS_OK : STATUS_DEAD_OBJECT;
 }
 
 binder_status_t AIBinder_dump(AIBinder* binder, int fd, const char** args, uint32_t numArgs) {
   if (binder == nullptr) return STATUS_UNEXPECTED_NULL;
   if (LocalBinder* local = binder->AsLocal()) return local->object()->dump(fd, args, numArgs);
-  RemoteBinder* remote = binder->AsRemote();
-  const ndk::SpAIBinder target = remote->Target();
   // The service writes to a descriptor of its own and reads copies: the caller may be gone by then.
   struct Request {
     ndk::ScopedFileDescriptor fd;
@@ -85,17 +79,13 @@ binder_status_t AIBinder_dump(AIBinder* binder, int fd, const char** args, uint3
   auto request = std::make_shared<Request>();
   request->fd.set(dup(fd));
   for (uint32_t i = 0; i < numArgs; ++i) request->args.emplace_back(args[i]);
-  const auto task = [request, target] {
+  const bool served = binder->AsRemote()->CallAndWait([request](LocalBinder& target) {
     std::vector<const char*> texts;
     for (const std::string& arg : request->args) texts.push_back(arg.c_str());
-    request->result = target.get()->AsLocal()->object()->dump(request->fd.get(), texts.data(),
-                                                              static_cast<uint32_t>(texts.size()));
-  };
-  if (target.get() != nullptr && target.get()->AsLocal()->process()->RunAndWait(task)) {
-    return request->result;
-  }
-  remote->NoteDead();
-  return STATUS_DEAD_OBJECT;
+    request->result =
+        target.object()->dump(request->fd.get(), texts.data(), static_cast<uint32_t>(texts.size()));
+  });
+  return served ? request->result : STATUS_DEAD_OBJECT;
 }
 
 AIBinder_DeathRecipient* AIBinder_DeathRecipient_new(
@@ -114,15 +104,9 @@ void AIBinder_DeathRecipient_setOnUnlinked(AIBinder_DeathRecipient* recipient,
 
 void AIBinder_DeathRecipient_delete(AIBinder_DeathRecipient* recipient) {
   if (recipient == nullptr) return;
-  std::vector<std::shared_ptr<Link>> links;
-  {
-    std::lock_guard<std::mutex> lock(recipient->state->lock);
-    links.swap(recipient->state->links);
-  }
+  const std::shared_ptr<RecipientState> state = recipient->state;
   delete recipient;
-  for (const auto& link : links) {
-    if (link->End() && link->unlinked != nullptr) link->unlinked(link->cookie);
-  }
+  state->EndAll();
 }
 
 binder_status_t AIBinder_linkToDeath(AIBinder* binder, AIBinder_DeathRecipient* recipient,
@@ -134,9 +118,11 @@ binder_status_t AIBinder_linkToDeath(AIBinder* binder, AIBinder_DeathRecipient* 
                         __func__);
   }
   auto link = std::make_shared<Link>();
-  link->died = recipient->died;
-  link->unlinked = recipient->unlinked;
-  link->cookie = cookie;
+  link->died = [died = recipient->died, cookie] { died(cookie); };
+  if (recipient->unlinked != nullptr) {
+    link->unlinked = [unlinked = recipient->unlinked, cookie] { unlinked(cookie); };
+  }
+  link->key = cookie;
   link->recipient = recipient->state;
 
   binder_status_t result = LinkToDeathScript().Next().status;
@@ -144,7 +130,7 @@ binder_status_t AIBinder_linkToDeath(AIBinder* binder, AIBinder_DeathRecipient* 
     RemoteBinder* remote = binder->AsRemote();
     result = remote != nullptr ? remote->Link(recipient->state, link) : STATUS_INVALID_OPERATION;
   }
-  if (result != STATUS_OK && link->unlinked != nullptr) link->unlinked(cookie);
+  if (result != STATUS_OK && link->unlinked != nullptr) link->unlinked();
   return result;
 }
 
@@ -191,22 +177,22 @@ bool AIBinder_lt(const AIBinder* lhs, const AIBinder* rhs) {
 }
 
 void ABinderProcess_startThreadPool() {
-  Process::Host()->pool().Start();
+  Process::Host()->pool(Transport::kBinder).Start();
 }
 
 bool ABinderProcess_setThreadPoolMaxThreadCount(uint32_t numThreads) {
   // Besides the one that startThreadPool() brings.
-  Process::Host()->pool().SetMaxThreads(numThreads + 1);
+  Process::Host()->pool(Transport::kBinder).SetMaxThreads(numThreads + 1);
   return true;
 }
 
 bool ABinderProcess_isThreadPoolStarted() {
-  return Process::Host()->pool().started();
+  return Process::Host()->pool(Transport::kBinder).started();
 }
 
 void ABinderProcess_joinThreadPool() {
   ABinderProcess_startThreadPool();
-  Process::Host()->pool().Run();
+  Process::Host()->pool(Transport::kBinder).Run();
 }
 
 }  // extern "C"

@@ -77,4 +77,14 @@ Script& UnlinkToDeathScript() {
   return script;
 }
 
+Script& HidlLinkToDeathScript() {
+  static Script& script = *new Script;
+  return script;
+}
+
+Script& HidlUnlinkToDeathScript() {
+  static Script& script = *new Script;
+  return script;
+}
+
 }  // namespace norvik::qel::standin

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "binder.h"
+#include "hidl_service_manager.h"
 #include "service_manager.h"
 #include "standin/service_process.h"
 
@@ -15,7 +16,9 @@ namespace {
 thread_local std::shared_ptr<Process> t_current;
 }  // namespace
 
-Process::Process(const std::string& name) : pool_(std::make_shared<ThreadPool>("binder:" + name)) {}
+Process::Process(const std::string& name)
+    : binder_pool_(std::make_shared<ThreadPool>("binder:" + name)),
+      hwbinder_pool_(std::make_shared<ThreadPool>("hwbinder:" + name)) {}
 
 const std::shared_ptr<Process>& Process::Host() {
   // Never destroyed: its threads run to the end of the program.
@@ -60,22 +63,22 @@ ndk::SpAIBinder Process::Reach(AIBinder* binder) {
   return ndk::SpAIBinder(new RemoteBinder(object, shared_from_this()));
 }
 
-void Process::Post(std::function<void()> task) {
-  pool_->Post([self = shared_from_this(), task = std::move(task)]() mutable {
+void Process::Post(Transport transport, std::function<void()> task) {
+  pool(transport).Post([self = shared_from_this(), task = std::move(task)]() mutable {
     const Scope scope(self);
     task();
     task = nullptr;  // what the task holds goes on this process's behalf, too
   });
 }
 
-bool Process::RunAndWait(std::function<void()> task) {
+bool Process::RunAndWait(Transport transport, std::function<void()> task) {
   auto call = std::make_shared<PendingCall>();
   {
     std::lock_guard<std::mutex> lock(lock_);
     if (dead_) return false;
     calls_.insert(call);
   }
-  Post([call, task = std::move(task)]() mutable {
+  Post(transport, [call, task = std::move(task)]() mutable {
     task();
     task = nullptr;  // before the caller goes on: it may count on what it holds being released
     std::lock_guard<std::mutex> lock(call->lock);
@@ -110,6 +113,7 @@ void Process::Kill() {
     inbound.assign(inbound_.begin(), inbound_.end());
   }
   ServiceManager::Get().Forget(*this);
+  ServiceManager::Hidl().Forget(*this);
   for (const auto& call : calls) {
     std::lock_guard<std::mutex> lock(call->lock);
     call->dead = !call->done;
@@ -123,7 +127,8 @@ void Process::Kill() {
     const ndk::SpAIBinder reference = anchor->Promote();
     if (reference.get() != nullptr) reference.get()->AsRemote()->HolderDied();
   }
-  pool_->Close();
+  binder_pool_->Close();
+  hwbinder_pool_->Close();
 }
 
 bool Process::AddOutbound(uint64_t target_id, std::shared_ptr<Anchor> reference) {
@@ -151,7 +156,8 @@ void Process::RemoveInbound(const std::shared_ptr<Anchor>& reference) {
 
 ServiceProcess::ServiceProcess(const std::string& name)
     : process_(std::make_shared<Process>(name)) {
-  process_->pool().Start();
+  process_->pool(Transport::kBinder).Start();
+  process_->pool(Transport::kHwBinder).Start();
 }
 
 ServiceProcess::~ServiceProcess() {
@@ -167,6 +173,12 @@ bool ServiceProcess::AddService(const std::shared_ptr<ndk::ICInterface>& service
   if (!process_->dead()) return true;
   ServiceManager::Get().Forget(*process_);  // killed while it was being added
   return false;
+}
+
+bool ServiceProcess::AddHidlService(
+    const ::android::sp<::android::hidl::base::V1_0::IBase>& service, const std::string& name) {
+  const Process::Scope scope(process_);
+  return AddHidl(service, name) == ::android::OK;
 }
 
 void ServiceProcess::Kill() {

@@ -21,6 +21,12 @@ class Anchor;
 class LocalBinder;
 class RemoteBinder;
 
+// The two ways between processes. Each process has a pool of threads for either.
+enum class Transport {
+  kBinder,    // AIDL
+  kHwBinder,  // HIDL
+};
+
 // One synchronous call under way, shared between the caller and the thread that serves it, so that
 // a caller released by a death leaves nothing behind that is its own.
 struct PendingCall {
@@ -57,14 +63,16 @@ class Process : public std::enable_shared_from_this<Process> {
   ndk::SpAIBinder Reach(AIBinder* binder);
 
   // Runs `task` on a thread of this process on this process's behalf.
-  void Post(std::function<void()> task);
+  void Post(Transport transport, std::function<void()> task);
   // Does so and waits for its end. False when the process is dead, or dies meanwhile.
-  bool RunAndWait(std::function<void()> task);
+  bool RunAndWait(Transport transport, std::function<void()> task);
 
   bool dead() const;
   void Kill();
 
-  ThreadPool& pool() { return *pool_; }
+  ThreadPool& pool(Transport transport) {
+    return transport == Transport::kBinder ? *binder_pool_ : *hwbinder_pool_;
+  }
 
  private:
   friend class RemoteBinder;
@@ -75,7 +83,8 @@ class Process : public std::enable_shared_from_this<Process> {
   void AddInbound(std::shared_ptr<Anchor> reference);
   void RemoveInbound(const std::shared_ptr<Anchor>& reference);
 
-  const std::shared_ptr<ThreadPool> pool_;
+  const std::shared_ptr<ThreadPool> binder_pool_;
+  const std::shared_ptr<ThreadPool> hwbinder_pool_;
   mutable std::mutex lock_;
   bool dead_ = false;
   std::mutex reach_lock_;  // taken before lock_: one new reference at a time

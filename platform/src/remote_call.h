@@ -100,24 +100,16 @@ ndk::ScopedAStatus CallRemote(const ndk::SpAIBinder& binder,
       std::apply([](const auto&... param) { return (param.ok() && ...); }, call->params);
   if (!complete) return ndk::ScopedAStatus::fromStatus(STATUS_UNEXPECTED_NULL);
 
-  RemoteBinder* remote = binder.get()->AsRemote();
-  ndk::SpAIBinder target = remote->Target();
-  const std::shared_ptr<Process> process =
-      target.get() != nullptr ? target.get()->AsLocal()->process() : nullptr;
-  auto serve = [call, method, target = std::move(target)]() mutable {
-    I& object = static_cast<I&>(*target.get()->AsLocal()->object());
+  const bool served = binder.get()->AsRemote()->CallAndWait([call, method](LocalBinder& target) {
+    I& object = static_cast<I&>(*target.object());
     call->status = std::apply(
         [&](auto&... param) {
           if (!(param.Arrive() && ...)) return ndk::ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT);
           return (object.*method)(param.Pass()...);
         },
         call->params);
-    target.set(nullptr);
-  };
-  if (process == nullptr || !process->RunAndWait(std::move(serve))) {
-    remote->NoteDead();
-    return ndk::ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT);
-  }
+  });
+  if (!served) return ndk::ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT);
   // A service that answers with no status at all crashes on a device; so does this.
   if (AStatus_isOk(call->status.get())) {
     std::apply([&](auto&... param) { (param.Deliver(args), ...); }, call->params);
@@ -130,10 +122,9 @@ template <typename I, typename... Params, typename... Args>
 ndk::ScopedAStatus SendRemote(const ndk::SpAIBinder& binder,
                               ndk::ScopedAStatus (I::*method)(Params...), const Args&... args) {
   const bool sent = binder.get()->AsRemote()->PostOneway(
-      [method,
-       params = std::tuple<std::remove_cvref_t<Params>...>(args...)](ndk::ICInterface& object) {
-        std::apply([&](const auto&... param) { (static_cast<I&>(object).*method)(param...); },
-                   params);
+      [method, params = std::tuple<std::remove_cvref_t<Params>...>(args...)](LocalBinder& target) {
+        I& object = static_cast<I&>(*target.object());
+        std::apply([&](const auto&... param) { (object.*method)(param...); }, params);
       });
   return sent ? ndk::ScopedAStatus::ok() : ndk::ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT);
 }

@@ -17,6 +17,11 @@ ServiceManager& ServiceManager::Get() {
   return manager;
 }
 
+ServiceManager& ServiceManager::Hidl() {
+  static ServiceManager& manager = *new ServiceManager;
+  return manager;
+}
+
 void ServiceManager::Add(const std::string& instance, AIBinder* binder) {
   ndk::SpAIBinder service(binder);
   AIBinder_incStrong(binder);

@@ -18,7 +18,8 @@ namespace norvik::qel::standin {
 // Locks: lock_ guards the tables; no reference is released under it.
 class ServiceManager {
  public:
-  static ServiceManager& Get();
+  static ServiceManager& Get();   // of AIDL services
+  static ServiceManager& Hidl();  // of HIDL services; instances are "package@1.0::IFoo/name"
 
   void Add(const std::string& instance, AIBinder* binder);
   // The calling process's reference to a service; empty when it does not run.

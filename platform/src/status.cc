@@ -69,6 +69,14 @@ AStatus* FromException(binder_exception_t exception, const char* message) {
 
 namespace norvik::qel::standin {
 
+std::string_view StatusName(binder_status_t status) {
+  return Name(kStatusNames, status);
+}
+
+std::string_view ExceptionName(binder_exception_t exception) {
+  return Name(kExceptionNames, exception);
+}
+
 AStatus* Clone(const AStatus* status) {
   return AStatus_isOk(status) ? AStatus_newOk() : new AStatus(*status);
 }

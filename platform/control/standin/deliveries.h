@@ -42,5 +42,8 @@ bool WaitUntilDelivered(std::chrono::milliseconds limit = std::chrono::seconds(1
 // scripted unlink ends the link all the same.
 Script& LinkToDeathScript();
 Script& UnlinkToDeathScript();
+// The same of HIDL proxies, whose results are true and false.
+Script& HidlLinkToDeathScript();
+Script& HidlUnlinkToDeathScript();
 
 }  // namespace norvik::qel::standin

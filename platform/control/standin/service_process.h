@@ -2,6 +2,7 @@
 #pragma once
 
 #include <android/binder_interface_utils.h>
+#include <android/hidl/base/1.0/IBase.h>
 
 #include <memory>
 #include <string>
@@ -25,6 +26,9 @@ class ServiceProcess {
   // Registers `service` under an instance name, as a service's main() does. False when the process
   // is dead.
   bool AddService(const std::shared_ptr<ndk::ICInterface>& service, const std::string& instance);
+  // The same for a HIDL service, under a name such as "default" for each of its interfaces.
+  bool AddHidlService(const ::android::sp<::android::hidl::base::V1_0::IBase>& service,
+                      const std::string& name = "default");
 
   // Its end, as sudden as a crash: its names leave the service manager, calls under way fail, its
   // references are dropped, and everybody who linked to one of its objects gets a notice. Returns

@@ -1,0 +1,71 @@
+// The callbacks that a service keeps, each for one type or for all.
+#pragma once
+
+#include <android/binder_auto_utils.h>
+#include <hidl/HidlTransportSupport.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace norvik::qel::devices {
+
+// Whether both lead to the same object.
+template <typename I>
+bool SameCallback(const std::shared_ptr<I>& left, const std::shared_ptr<I>& right) {
+  return left->asBinder() == right->asBinder();
+}
+template <typename I>
+bool SameCallback(const android::sp<I>& left, const android::sp<I>& right) {
+  return android::hardware::interfacesEqual(left, right);
+}
+
+// Pointer is a shared_ptr to an AIDL interface or an sp to a HIDL one.
+//
+// Threads: the owner's lock guards it.
+template <typename Pointer, typename Type>
+class CallbackList {
+ public:
+  // Without a type the callback hears of all. False when it is in the list already.
+  bool Add(const Pointer& callback, std::optional<Type> type) {
+    if (Find(callback) != entries_.end()) return false;
+    entries_.push_back({callback, type});
+    return true;
+  }
+
+  // What was kept, for the caller to release after its lock; null when it is not in the list.
+  Pointer Remove(const Pointer& callback) {
+    const auto found = Find(callback);
+    if (found == entries_.end()) return nullptr;
+    Pointer removed = std::move(found->callback);
+    entries_.erase(found);
+    return removed;
+  }
+
+  template <typename Send>
+  void ForEach(Type type, Send send) const {
+    for (const Entry& entry : entries_) {
+      if (!entry.type || *entry.type == type) send(*entry.callback);
+    }
+  }
+
+  size_t size() const { return entries_.size(); }
+
+ private:
+  struct Entry {
+    Pointer callback;
+    std::optional<Type> type;
+  };
+
+  auto Find(const Pointer& callback) {
+    return std::find_if(entries_.begin(), entries_.end(),
+                        [&](const Entry& entry) { return SameCallback(entry.callback, callback); });
+  }
+
+  std::vector<Entry> entries_;
+};
+
+}  // namespace norvik::qel::devices

@@ -1,0 +1,235 @@
+#include "devices/common/hidl_thermal_service.h"
+
+#include <array>
+#include <limits>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace norvik::qel::devices {
+
+namespace aidl_thermal = aidl::android::hardware::thermal;
+namespace V1_0 = android::hardware::thermal::V1_0;
+namespace V2_0 = android::hardware::thermal::V2_0;
+using android::hardware::Void;
+using V1_0::ThermalStatusCode;
+
+namespace {
+
+// All of them, or those of one type.
+template <typename Record, typename Type>
+auto Select(const std::vector<Record>& records, bool filter, Type type) {
+  std::vector<decltype(ToHidl(records.front()))> selected;
+  for (const Record& record : records) {
+    auto hidl = ToHidl(record);
+    if (!filter || hidl.type == type) selected.push_back(std::move(hidl));
+  }
+  return selected;
+}
+
+// The threshold of `temperature` for a severity; NaN when there is none.
+float HotThreshold(const ThermalData& data, const V2_0::Temperature& temperature,
+                   V2_0::ThrottlingSeverity severity) {
+  for (const auto& threshold : Select(data.thresholds, /*filter=*/true, temperature.type)) {
+    if (threshold.name == temperature.name) {
+      return threshold.hotThrottlingThresholds[static_cast<size_t>(severity)];
+    }
+  }
+  return std::numeric_limits<float>::quiet_NaN();
+}
+
+// Version 1.0 knows the first four types only.
+std::vector<V1_0::Temperature> TemperaturesOf1_0(const ThermalData& data) {
+  std::vector<V1_0::Temperature> old;
+  for (const auto& temperature :
+       Select(data.temperatures, /*filter=*/false, V2_0::TemperatureType::UNKNOWN)) {
+    if (temperature.type < V2_0::TemperatureType::CPU ||
+        temperature.type > V2_0::TemperatureType::SKIN) {
+      continue;
+    }
+    old.push_back(
+        {.type = static_cast<V1_0::TemperatureType>(temperature.type),
+         .name = temperature.name,
+         .currentValue = temperature.value,
+         .throttlingThreshold = HotThreshold(data, temperature, V2_0::ThrottlingSeverity::SEVERE),
+         .shutdownThreshold = HotThreshold(data, temperature, V2_0::ThrottlingSeverity::SHUTDOWN),
+         .vrThrottlingThreshold = std::numeric_limits<float>::quiet_NaN()});
+  }
+  return old;
+}
+
+std::vector<V1_0::CoolingDevice> FansOf1_0(const ThermalData& data) {
+  std::vector<V1_0::CoolingDevice> fans;
+  for (const auto& device : Select(data.cooling_devices, true, V2_0::CoolingType::FAN)) {
+    fans.push_back({.type = V1_0::CoolingType::FAN_RPM,
+                    .name = device.name,
+                    .currentValue = static_cast<float>(device.value)});
+  }
+  return fans;
+}
+
+}  // namespace
+
+std::string_view HidlThermalOperationName(HidlThermalOperation operation) {
+  static constexpr std::array<std::string_view, static_cast<size_t>(HidlThermalOperation::kCount)>
+      kNames = {"getTemperatures",
+                "getCpuUsages",
+                "getCoolingDevices",
+                "getCurrentTemperatures",
+                "getTemperatureThresholds",
+                "registerThermalChangedCallback",
+                "unregisterThermalChangedCallback",
+                "getCurrentCoolingDevices"};
+  return kNames.at(static_cast<size_t>(operation));
+}
+
+HidlThermalService::HidlThermalService(ThermalData data, DeviceObserver observer)
+    : observer_(std::move(observer)), data_(std::move(data)) {}
+
+void HidlThermalService::Report(const ThermalData& data) {
+  std::lock_guard<std::mutex> lock(lock_);
+  const ThermalData before = std::exchange(data_, data);
+  for (const auto& temperature : ChangedSeverities(before, data_)) SendLocked(temperature);
+}
+
+void HidlThermalService::Notify(const aidl_thermal::Temperature& temperature) {
+  std::lock_guard<std::mutex> lock(lock_);
+  SendLocked(temperature);
+}
+
+void HidlThermalService::SendLocked(const aidl_thermal::Temperature& temperature) {
+  const V2_0::Temperature hidl = ToHidl(temperature);
+  callbacks_.ForEach(hidl.type, [&](V2_0::IThermalChangedCallback& callback) {
+    // One-way: it fails only when the receiver's process is gone, which is its own affair.
+    static_cast<void>(callback.notifyThrottling(hidl).isOk());
+  });
+}
+
+ThermalData HidlThermalService::data() const {
+  std::lock_guard<std::mutex> lock(lock_);
+  return data_;
+}
+
+size_t HidlThermalService::callback_count() const {
+  std::lock_guard<std::mutex> lock(lock_);
+  return callbacks_.size();
+}
+
+HidlThermalService::Return<void> HidlThermalService::getTemperatures(getTemperatures_cb _hidl_cb) {
+  return Answer(HidlThermalOperation::kGetTemperatures, _hidl_cb, TemperaturesOf1_0);
+}
+
+HidlThermalService::Return<void> HidlThermalService::getCpuUsages(getCpuUsages_cb _hidl_cb) {
+  return Answer(HidlThermalOperation::kGetCpuUsages, _hidl_cb,
+                [](const ThermalData&) { return std::vector<V1_0::CpuUsage>(); });
+}
+
+HidlThermalService::Return<void> HidlThermalService::getCoolingDevices(
+    getCoolingDevices_cb _hidl_cb) {
+  return Answer(HidlThermalOperation::kGetCoolingDevices, _hidl_cb, FansOf1_0);
+}
+
+HidlThermalService::Return<void> HidlThermalService::getCurrentTemperatures(
+    bool filterType, TemperatureType type, getCurrentTemperatures_cb _hidl_cb) {
+  return Answer(
+      HidlThermalOperation::kGetCurrentTemperatures, _hidl_cb,
+      [=](const ThermalData& data) { return Select(data.temperatures, filterType, type); });
+}
+
+HidlThermalService::Return<void> HidlThermalService::getTemperatureThresholds(
+    bool filterType, TemperatureType type, getTemperatureThresholds_cb _hidl_cb) {
+  return Answer(HidlThermalOperation::kGetTemperatureThresholds, _hidl_cb,
+                [=](const ThermalData& data) { return Select(data.thresholds, filterType, type); });
+}
+
+HidlThermalService::Return<void> HidlThermalService::registerThermalChangedCallback(
+    const Callback& callback, bool filterType, TemperatureType type,
+    registerThermalChangedCallback_cb _hidl_cb) {
+  return Perform(HidlThermalOperation::kRegisterThermalChangedCallback,
+                 DeviceEvent::Kind::kRegistered, _hidl_cb, [&]() -> const char* {
+                   if (callback == nullptr) return "the callback is null";
+                   std::lock_guard<std::mutex> lock(lock_);
+                   const bool added =
+                       callbacks_.Add(callback, filterType ? std::optional(type) : std::nullopt);
+                   return added ? nullptr : "the callback is registered already";
+                 });
+}
+
+HidlThermalService::Return<void> HidlThermalService::unregisterThermalChangedCallback(
+    const Callback& callback, unregisterThermalChangedCallback_cb _hidl_cb) {
+  return Perform(HidlThermalOperation::kUnregisterThermalChangedCallback,
+                 DeviceEvent::Kind::kUnregistered, _hidl_cb, [&]() -> const char* {
+                   if (callback == nullptr) return "the callback is null";
+                   Callback removed;  // released without the lock
+                   std::lock_guard<std::mutex> lock(lock_);
+                   removed = callbacks_.Remove(callback);
+                   return removed != nullptr ? nullptr : "the callback is not registered";
+                 });
+}
+
+HidlThermalService::Return<void> HidlThermalService::getCurrentCoolingDevices(
+    bool filterType, CoolingType type, getCurrentCoolingDevices_cb _hidl_cb) {
+  return Answer(
+      HidlThermalOperation::kGetCurrentCoolingDevices, _hidl_cb,
+      [=](const ThermalData& data) { return Select(data.cooling_devices, filterType, type); });
+}
+
+HidlThermalService::Verdict HidlThermalService::Verdict::Failure(const std::string& message) {
+  return {.transport = {}, .status = {.code = ThermalStatusCode::FAILURE, .debugMessage = message}};
+}
+
+HidlThermalService::Verdict HidlThermalService::Permit(HidlThermalOperation /*operation*/) {
+  return {};
+}
+
+HidlThermalService::Verdict HidlThermalService::Ask(HidlThermalOperation operation) {
+  Verdict verdict = Permit(operation);
+  if (!verdict.works()) {
+    TellRefusal(operation, verdict.transport.isOk() ? std::string(verdict.status.debugMessage)
+                                                    : verdict.transport.description());
+  }
+  return verdict;
+}
+
+void HidlThermalService::TellRefusal(HidlThermalOperation operation,
+                                     const std::string& reason) const {
+  Tell(DeviceEvent::Kind::kRefused,
+       std::string(HidlThermalOperationName(operation)) + ": " + reason);
+}
+
+template <typename Handler, typename Read>
+HidlThermalService::Return<void> HidlThermalService::Answer(HidlThermalOperation operation,
+                                                            const Handler& _hidl_cb, Read read) {
+  const Verdict verdict = Ask(operation);
+  if (!verdict.transport.isOk()) return verdict.transport;
+  _hidl_cb(verdict.status, verdict.works() ? read(data()) : decltype(read(data()))());
+  return Void();
+}
+
+template <typename Handler, typename Change>
+HidlThermalService::Return<void> HidlThermalService::Perform(HidlThermalOperation operation,
+                                                             DeviceEvent::Kind kind,
+                                                             const Handler& _hidl_cb,
+                                                             Change change) {
+  Verdict verdict = Ask(operation);
+  if (!verdict.transport.isOk()) return verdict.transport;
+  if (verdict.works()) {
+    const char* reason = change();
+    if (reason == nullptr) {
+      Tell(kind);
+    } else {
+      verdict = Verdict::Failure(reason);
+      TellRefusal(operation, reason);
+    }
+  }
+  _hidl_cb(verdict.status);
+  return Void();
+}
+
+void HidlThermalService::Tell(DeviceEvent::Kind kind, std::string detail) const {
+  if (observer_ != nullptr) {
+    observer_({.kind = kind, .service = "thermal (HIDL)", .detail = std::move(detail)});
+  }
+}
+
+}  // namespace norvik::qel::devices

@@ -1,0 +1,85 @@
+#include "devices/common/thermal_data.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace norvik::qel::devices {
+
+namespace V2_0 = android::hardware::thermal::V2_0;
+using aidl::android::hardware::thermal::CoolingDevice;
+using aidl::android::hardware::thermal::CoolingType;
+using aidl::android::hardware::thermal::Temperature;
+using aidl::android::hardware::thermal::TemperatureThreshold;
+using aidl::android::hardware::thermal::TemperatureType;
+using aidl::android::hardware::thermal::ThrottlingSeverity;
+
+namespace {
+
+// The record of the same type and name; null when there is none.
+template <typename Record>
+const Record* Find(const std::vector<Record>& records, const Record& like) {
+  const auto found = std::find_if(records.begin(), records.end(), [&](const Record& record) {
+    return record.type == like.type && record.name == like.name;
+  });
+  return found != records.end() ? &*found : nullptr;
+}
+
+void Copy(const std::vector<float>& from, android::hardware::hidl_array<float, 7>& to) {
+  for (size_t i = 0; i < to.size(); ++i) {
+    to[i] = i < from.size() ? from[i] : std::numeric_limits<float>::quiet_NaN();
+  }
+}
+
+}  // namespace
+
+std::vector<Temperature> ChangedSeverities(const ThermalData& before, const ThermalData& now) {
+  std::vector<Temperature> changed;
+  for (const Temperature& temperature : now.temperatures) {
+    const Temperature* old = Find(before.temperatures, temperature);
+    const auto severity = old != nullptr ? old->throttlingStatus : ThrottlingSeverity::NONE;
+    if (temperature.throttlingStatus != severity) changed.push_back(temperature);
+  }
+  return changed;
+}
+
+std::vector<CoolingDevice> ChangedCoolingDevices(const ThermalData& before,
+                                                 const ThermalData& now) {
+  std::vector<CoolingDevice> changed;
+  for (const CoolingDevice& device : now.cooling_devices) {
+    const CoolingDevice* old = Find(before.cooling_devices, device);
+    if (old == nullptr || *old != device) changed.push_back(device);
+  }
+  return changed;
+}
+
+V2_0::TemperatureType ToHidl(TemperatureType type) {
+  const bool known = type >= TemperatureType::CPU && type <= TemperatureType::NPU;
+  return known ? static_cast<V2_0::TemperatureType>(type) : V2_0::TemperatureType::UNKNOWN;
+}
+
+V2_0::Temperature ToHidl(const Temperature& temperature) {
+  return {.type = ToHidl(temperature.type),
+          .name = temperature.name,
+          .value = temperature.value,
+          .throttlingStatus = static_cast<V2_0::ThrottlingSeverity>(temperature.throttlingStatus)};
+}
+
+V2_0::TemperatureThreshold ToHidl(const TemperatureThreshold& threshold) {
+  V2_0::TemperatureThreshold hidl{};
+  hidl.type = ToHidl(threshold.type);
+  hidl.name = threshold.name;
+  Copy(threshold.hotThrottlingThresholds, hidl.hotThrottlingThresholds);
+  Copy(threshold.coldThrottlingThresholds, hidl.coldThrottlingThresholds);
+  hidl.vrThrottlingThreshold = std::numeric_limits<float>::quiet_NaN();
+  return hidl;
+}
+
+V2_0::CoolingDevice ToHidl(const CoolingDevice& device) {
+  const bool known = device.type >= CoolingType::FAN && device.type <= CoolingType::COMPONENT;
+  return {
+      .type = known ? static_cast<V2_0::CoolingType>(device.type) : V2_0::CoolingType::COMPONENT,
+      .name = device.name,
+      .value = static_cast<uint64_t>(device.value)};
+}
+
+}  // namespace norvik::qel::devices

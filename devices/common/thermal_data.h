@@ -1,0 +1,38 @@
+// What a device knows of its heat, in the terms of the AIDL interface, which can say the most.
+#pragma once
+
+#include <aidl/android/hardware/thermal/CoolingDevice.h>
+#include <aidl/android/hardware/thermal/Temperature.h>
+#include <aidl/android/hardware/thermal/TemperatureThreshold.h>
+#include <android/hardware/thermal/2.0/types.h>
+
+#include <vector>
+
+namespace norvik::qel::devices {
+
+struct ThermalData {
+  std::vector<aidl::android::hardware::thermal::Temperature> temperatures = {};
+  std::vector<aidl::android::hardware::thermal::TemperatureThreshold> thresholds = {};
+  std::vector<aidl::android::hardware::thermal::CoolingDevice> cooling_devices = {};
+};
+
+// The temperatures whose severity is another one now: what a service notifies. One that was not
+// there before had none.
+std::vector<aidl::android::hardware::thermal::Temperature> ChangedSeverities(
+    const ThermalData& before, const ThermalData& now);
+// The cooling devices that are new or have changed.
+std::vector<aidl::android::hardware::thermal::CoolingDevice> ChangedCoolingDevices(
+    const ThermalData& before, const ThermalData& now);
+
+// The same in the terms of HIDL 2.0. A type that it does not know becomes UNKNOWN, or COMPONENT for
+// a cooling device; a threshold that is not there becomes NaN.
+android::hardware::thermal::V2_0::TemperatureType ToHidl(
+    aidl::android::hardware::thermal::TemperatureType type);
+android::hardware::thermal::V2_0::Temperature ToHidl(
+    const aidl::android::hardware::thermal::Temperature& temperature);
+android::hardware::thermal::V2_0::TemperatureThreshold ToHidl(
+    const aidl::android::hardware::thermal::TemperatureThreshold& threshold);
+android::hardware::thermal::V2_0::CoolingDevice ToHidl(
+    const aidl::android::hardware::thermal::CoolingDevice& device);
+
+}  // namespace norvik::qel::devices

@@ -1,0 +1,220 @@
+#include "devices/common/thermal_service.h"
+
+#include <stdio.h>
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+#include <optional>
+#include <utility>
+
+namespace norvik::qel::devices {
+
+namespace {
+
+constexpr auto kAll = [](const auto&) { return true; };
+
+template <typename Type>
+auto OfType(Type type) {
+  return [type](const auto& record) { return record.type == type; };
+}
+
+}  // namespace
+
+std::string_view ThermalOperationName(ThermalOperation operation) {
+  static constexpr std::array<std::string_view, static_cast<size_t>(ThermalOperation::kCount)>
+      kNames = {"getCoolingDevices",
+                "getCoolingDevicesWithType",
+                "getTemperatures",
+                "getTemperaturesWithType",
+                "getTemperatureThresholds",
+                "getTemperatureThresholdsWithType",
+                "registerThermalChangedCallback",
+                "registerThermalChangedCallbackWithType",
+                "unregisterThermalChangedCallback",
+                "registerCoolingDeviceChangedCallbackWithType",
+                "unregisterCoolingDeviceChangedCallback"};
+  return kNames.at(static_cast<size_t>(operation));
+}
+
+ThermalService::ThermalService(ThermalData data, DeviceObserver observer)
+    : observer_(std::move(observer)), data_(std::move(data)) {}
+
+void ThermalService::Report(const ThermalData& data) {
+  std::lock_guard<std::mutex> lock(lock_);
+  const ThermalData before = std::exchange(data_, data);
+  for (const Temperature& temperature : ChangedSeverities(before, data_)) SendLocked(temperature);
+  for (const CoolingDevice& device : ChangedCoolingDevices(before, data_)) {
+    cooling_callbacks_.ForEach(device.type, [&](auto& callback) {
+      static_cast<void>(callback.notifyCoolingDeviceChanged(device));  // as in SendLocked()
+    });
+  }
+}
+
+void ThermalService::Notify(const Temperature& temperature) {
+  std::lock_guard<std::mutex> lock(lock_);
+  SendLocked(temperature);
+}
+
+void ThermalService::SendLocked(const Temperature& temperature) {
+  callbacks_.ForEach(temperature.type, [&](auto& callback) {
+    // One-way: it fails only when the receiver's process is gone, which is its own affair.
+    static_cast<void>(callback.notifyThrottling(temperature));
+  });
+}
+
+ThermalData ThermalService::data() const {
+  std::lock_guard<std::mutex> lock(lock_);
+  return data_;
+}
+
+size_t ThermalService::callback_count() const {
+  std::lock_guard<std::mutex> lock(lock_);
+  return callbacks_.size();
+}
+
+size_t ThermalService::cooling_callback_count() const {
+  std::lock_guard<std::mutex> lock(lock_);
+  return cooling_callbacks_.size();
+}
+
+ndk::ScopedAStatus ThermalService::getCoolingDevices(std::vector<CoolingDevice>* out) {
+  return Answer(ThermalOperation::kGetCoolingDevices, &ThermalData::cooling_devices, kAll, out);
+}
+
+ndk::ScopedAStatus ThermalService::getCoolingDevicesWithType(CoolingType type,
+                                                             std::vector<CoolingDevice>* out) {
+  return Answer(ThermalOperation::kGetCoolingDevicesWithType, &ThermalData::cooling_devices,
+                OfType(type), out);
+}
+
+ndk::ScopedAStatus ThermalService::getTemperatures(std::vector<Temperature>* out) {
+  return Answer(ThermalOperation::kGetTemperatures, &ThermalData::temperatures, kAll, out);
+}
+
+ndk::ScopedAStatus ThermalService::getTemperaturesWithType(TemperatureType type,
+                                                           std::vector<Temperature>* out) {
+  return Answer(ThermalOperation::kGetTemperaturesWithType, &ThermalData::temperatures,
+                OfType(type), out);
+}
+
+ndk::ScopedAStatus ThermalService::getTemperatureThresholds(
+    std::vector<TemperatureThreshold>* out) {
+  return Answer(ThermalOperation::kGetTemperatureThresholds, &ThermalData::thresholds, kAll, out);
+}
+
+ndk::ScopedAStatus ThermalService::getTemperatureThresholdsWithType(
+    TemperatureType type, std::vector<TemperatureThreshold>* out) {
+  return Answer(ThermalOperation::kGetTemperatureThresholdsWithType, &ThermalData::thresholds,
+                OfType(type), out);
+}
+
+ndk::ScopedAStatus ThermalService::registerThermalChangedCallback(const Callback& callback) {
+  return Register(ThermalOperation::kRegisterThermalChangedCallback, callbacks_, callback,
+                  std::optional<TemperatureType>());
+}
+
+ndk::ScopedAStatus ThermalService::registerThermalChangedCallbackWithType(const Callback& callback,
+                                                                          TemperatureType type) {
+  return Register(ThermalOperation::kRegisterThermalChangedCallbackWithType, callbacks_, callback,
+                  std::optional(type));
+}
+
+ndk::ScopedAStatus ThermalService::unregisterThermalChangedCallback(const Callback& callback) {
+  return Unregister(ThermalOperation::kUnregisterThermalChangedCallback, callbacks_, callback);
+}
+
+ndk::ScopedAStatus ThermalService::registerCoolingDeviceChangedCallbackWithType(
+    const CoolingCallback& callback, CoolingType type) {
+  return Register(ThermalOperation::kRegisterCoolingDeviceChangedCallbackWithType,
+                  cooling_callbacks_, callback, std::optional(type));
+}
+
+ndk::ScopedAStatus ThermalService::unregisterCoolingDeviceChangedCallback(
+    const CoolingCallback& callback) {
+  return Unregister(ThermalOperation::kUnregisterCoolingDeviceChangedCallback, cooling_callbacks_,
+                    callback);
+}
+
+binder_status_t ThermalService::dump(int fd, const char** /*args*/, uint32_t /*numArgs*/) {
+  dprintf(fd, "callbacks: %zu\n", callback_count());
+  const ThermalData current = data();
+  for (const Temperature& temperature : current.temperatures) {
+    dprintf(fd, "%s\n", temperature.toString().c_str());
+  }
+  for (const CoolingDevice& device : current.cooling_devices) {
+    dprintf(fd, "%s\n", device.toString().c_str());
+  }
+  return STATUS_OK;
+}
+
+ndk::ScopedAStatus ThermalService::Permit(ThermalOperation /*operation*/) {
+  return ndk::ScopedAStatus::ok();
+}
+
+ndk::ScopedAStatus ThermalService::Ask(ThermalOperation operation) {
+  ndk::ScopedAStatus permitted = Permit(operation);
+  if (!permitted.isOk()) {
+    Tell(DeviceEvent::Kind::kRefused,
+         std::string(ThermalOperationName(operation)) + ": " + permitted.getDescription());
+  }
+  return permitted;
+}
+
+template <typename Record, typename Filter>
+ndk::ScopedAStatus ThermalService::Answer(ThermalOperation operation,
+                                          std::vector<Record> ThermalData::*records, Filter filter,
+                                          std::vector<Record>* out) {
+  ndk::ScopedAStatus permitted = Ask(operation);
+  if (!permitted.isOk()) return permitted;
+  const ThermalData current = data();
+  out->clear();
+  std::copy_if((current.*records).begin(), (current.*records).end(), std::back_inserter(*out),
+               filter);
+  return permitted;
+}
+
+template <typename List, typename Pointer, typename Type>
+ndk::ScopedAStatus ThermalService::Register(ThermalOperation operation, List& list,
+                                            const Pointer& callback, Type type) {
+  ndk::ScopedAStatus permitted = Ask(operation);
+  if (!permitted.isOk()) return permitted;
+  if (callback == nullptr) return Refuse(operation, "the callback is null");
+  bool added;
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    added = list.Add(callback, type);
+  }
+  if (!added) return Refuse(operation, "the callback is registered already");
+  Tell(DeviceEvent::Kind::kRegistered);
+  return permitted;
+}
+
+template <typename List, typename Pointer>
+ndk::ScopedAStatus ThermalService::Unregister(ThermalOperation operation, List& list,
+                                              const Pointer& callback) {
+  ndk::ScopedAStatus permitted = Ask(operation);
+  if (!permitted.isOk()) return permitted;
+  if (callback == nullptr) return Refuse(operation, "the callback is null");
+  Pointer removed;  // released without the lock
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    removed = list.Remove(callback);
+  }
+  if (removed == nullptr) return Refuse(operation, "the callback is not registered");
+  Tell(DeviceEvent::Kind::kUnregistered);
+  return permitted;
+}
+
+ndk::ScopedAStatus ThermalService::Refuse(ThermalOperation operation, const char* reason) const {
+  Tell(DeviceEvent::Kind::kRefused, std::string(ThermalOperationName(operation)) + ": " + reason);
+  return ndk::ScopedAStatus::fromExceptionCodeWithMessage(EX_ILLEGAL_ARGUMENT, reason);
+}
+
+void ThermalService::Tell(DeviceEvent::Kind kind, std::string detail) const {
+  if (observer_ != nullptr) {
+    observer_({.kind = kind, .service = "thermal", .detail = std::move(detail)});
+  }
+}
+
+}  // namespace norvik::qel::devices

@@ -1,0 +1,112 @@
+// An AIDL thermal service as a device maker would write it, over whatever knows the temperatures.
+#pragma once
+
+#include <aidl/android/hardware/thermal/BnThermal.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "devices/common/callback_list.h"
+#include "devices/common/device_event.h"
+#include "devices/common/thermal_data.h"
+
+namespace norvik::qel::devices {
+
+enum class ThermalOperation {
+  kGetCoolingDevices,
+  kGetCoolingDevicesWithType,
+  kGetTemperatures,
+  kGetTemperaturesWithType,
+  kGetTemperatureThresholds,
+  kGetTemperatureThresholdsWithType,
+  kRegisterThermalChangedCallback,
+  kRegisterThermalChangedCallbackWithType,
+  kUnregisterThermalChangedCallback,
+  kRegisterCoolingDeviceChangedCallbackWithType,
+  kUnregisterCoolingDeviceChangedCallback,
+  kCount,
+};
+
+std::string_view ThermalOperationName(ThermalOperation operation);
+
+inline constexpr char kThermalInstance[] = "android.hardware.thermal.IThermal/default";
+
+// A callback is told when the severity of a temperature changes, or when a cooling device does, not
+// at its registration. Callbacks are compared by binder identity; each is registered once only.
+//
+// Threads: any. Locks: lock_ is held while a report is put on its way, so that reports reach every
+// callback in the order in which they were made. Callbacks belong to other processes: nothing waits
+// for a receiver there, and no last reference is released.
+class ThermalService : public aidl::android::hardware::thermal::BnThermal {
+ public:
+  using Temperature = aidl::android::hardware::thermal::Temperature;
+  using TemperatureThreshold = aidl::android::hardware::thermal::TemperatureThreshold;
+  using TemperatureType = aidl::android::hardware::thermal::TemperatureType;
+  using CoolingDevice = aidl::android::hardware::thermal::CoolingDevice;
+  using CoolingType = aidl::android::hardware::thermal::CoolingType;
+  using Callback = std::shared_ptr<aidl::android::hardware::thermal::IThermalChangedCallback>;
+  using CoolingCallback =
+      std::shared_ptr<aidl::android::hardware::thermal::ICoolingDeviceChangedCallback>;
+
+  explicit ThermalService(ThermalData data, DeviceObserver observer = nullptr);
+
+  // Replaces the data and tells the callbacks of the changes.
+  void Report(const ThermalData& data);
+  // Tells the callbacks without a change of the data.
+  void Notify(const Temperature& temperature);
+  ThermalData data() const;
+  // Those for temperatures, and those for cooling devices.
+  size_t callback_count() const;
+  size_t cooling_callback_count() const;
+
+  ndk::ScopedAStatus getCoolingDevices(std::vector<CoolingDevice>* out) override;
+  ndk::ScopedAStatus getCoolingDevicesWithType(CoolingType type,
+                                               std::vector<CoolingDevice>* out) override;
+  ndk::ScopedAStatus getTemperatures(std::vector<Temperature>* out) override;
+  ndk::ScopedAStatus getTemperaturesWithType(TemperatureType type,
+                                             std::vector<Temperature>* out) override;
+  ndk::ScopedAStatus getTemperatureThresholds(std::vector<TemperatureThreshold>* out) override;
+  ndk::ScopedAStatus getTemperatureThresholdsWithType(
+      TemperatureType type, std::vector<TemperatureThreshold>* out) override;
+  ndk::ScopedAStatus registerThermalChangedCallback(const Callback& callback) override;
+  ndk::ScopedAStatus registerThermalChangedCallbackWithType(const Callback& callback,
+                                                            TemperatureType type) override;
+  ndk::ScopedAStatus unregisterThermalChangedCallback(const Callback& callback) override;
+  ndk::ScopedAStatus registerCoolingDeviceChangedCallbackWithType(const CoolingCallback& callback,
+                                                                  CoolingType type) override;
+  ndk::ScopedAStatus unregisterCoolingDeviceChangedCallback(
+      const CoolingCallback& callback) override;
+  binder_status_t dump(int fd, const char** args, uint32_t numArgs) override;
+
+ protected:
+  // Asked before a call does anything: anything but ok is its answer. May block.
+  virtual ndk::ScopedAStatus Permit(ThermalOperation operation);
+
+ private:
+  // Permit(), and the observer hears of a refusal.
+  ndk::ScopedAStatus Ask(ThermalOperation operation);
+  template <typename Record, typename Filter>
+  ndk::ScopedAStatus Answer(ThermalOperation operation, std::vector<Record> ThermalData::*records,
+                            Filter filter, std::vector<Record>* out);
+  template <typename List, typename Pointer, typename Type>
+  ndk::ScopedAStatus Register(ThermalOperation operation, List& list, const Pointer& callback,
+                              Type type);
+  template <typename List, typename Pointer>
+  ndk::ScopedAStatus Unregister(ThermalOperation operation, List& list, const Pointer& callback);
+  ndk::ScopedAStatus Refuse(ThermalOperation operation, const char* reason) const;
+  void SendLocked(const Temperature& temperature);
+  void Tell(DeviceEvent::Kind kind, std::string detail = {}) const;
+
+  const DeviceObserver observer_;
+  mutable std::mutex lock_;
+  ThermalData data_;
+  CallbackList<Callback, TemperatureType> callbacks_;
+  CallbackList<CoolingCallback, CoolingType> cooling_callbacks_;
+};
+
+}  // namespace norvik::qel::devices

@@ -1,0 +1,259 @@
+#include "devices/simulated/thermal.h"
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <limits>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+#include "standin/hidl_service_manager.h"
+#include "standin/service_manager.h"
+#include "standin/service_process.h"
+
+namespace norvik::qel::simulated {
+
+using aidl::android::hardware::thermal::CoolingDevice;
+using aidl::android::hardware::thermal::CoolingType;
+using aidl::android::hardware::thermal::TemperatureThreshold;
+using aidl::android::hardware::thermal::TemperatureType;
+using android::hardware::Status;
+using devices::DeviceEvent;
+using devices::HidlThermalOperation;
+using devices::ThermalOperation;
+
+namespace {
+
+template <typename Operation>
+using Scripts = std::array<standin::Script, static_cast<size_t>(Operation::kCount)>;
+
+void AddSensor(Thermal::ThermalData& data, TemperatureType type, const char* name, float value,
+               float severe) {
+  constexpr float kNone = std::numeric_limits<float>::quiet_NaN();
+  data.temperatures.push_back({.type = type, .name = name, .value = value});
+  data.thresholds.push_back({.type = type,
+                             .name = name,
+                             .hotThrottlingThresholds = {kNone, severe - 10, severe - 5, severe,
+                                                         severe + 5, severe + 10, severe + 20},
+                             .coldThrottlingThresholds = std::vector<float>(7, kNone)});
+}
+
+// The element of that name, which has to be there.
+template <typename Record>
+Record& Named(std::vector<Record>& records, const std::string& name) {
+  const auto found = std::find_if(records.begin(), records.end(),
+                                  [&](const Record& record) { return record.name == name; });
+  return records.at(static_cast<size_t>(found - records.begin()));
+}
+
+}  // namespace
+
+// Shared with the services, whose threads may still be inside a call when the phone goes away.
+struct Thermal::Phone {
+  Scripts<ThermalOperation> aidl_scripts;
+  Scripts<HidlThermalOperation> hidl_scripts;
+  // Held while the state changes and is reported, so that all agree.
+  std::mutex lock;
+  ThermalData data;
+  std::unique_ptr<standin::ServiceProcess> aidl_process;
+  std::shared_ptr<AidlService> aidl;
+  std::unique_ptr<standin::ServiceProcess> hidl_process;
+  android::sp<HidlService> hidl;
+};
+
+// The services do what the phone's scripts say before they do their own work.
+class Thermal::AidlService : public devices::ThermalService {
+ public:
+  // Made with the phone's lock held.
+  AidlService(std::shared_ptr<Phone> phone, devices::DeviceObserver observer)
+      : ThermalService(phone->data, std::move(observer)), phone_(std::move(phone)) {}
+
+  // Its process is about to die: from now on it takes no outcomes that are meant for its successor.
+  void End() { ended_ = true; }
+
+ private:
+  ndk::ScopedAStatus Permit(ThermalOperation operation) override {
+    if (ended_) return ndk::ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT);
+    const auto outcome = phone_->aidl_scripts.at(static_cast<size_t>(operation)).Next();
+    return outcome.works() ? ndk::ScopedAStatus::ok() : outcome.ToStatus();
+  }
+
+  const std::shared_ptr<Phone> phone_;
+  std::atomic<bool> ended_{false};
+};
+
+class Thermal::HidlService : public devices::HidlThermalService {
+ public:
+  HidlService(std::shared_ptr<Phone> phone, devices::DeviceObserver observer)
+      : HidlThermalService(phone->data, std::move(observer)), phone_(std::move(phone)) {}
+
+  void End() { ended_ = true; }
+
+ private:
+  Verdict Permit(HidlThermalOperation operation) override {
+    if (ended_) return {.transport = Status::fromStatusT(android::DEAD_OBJECT)};
+    const auto outcome = phone_->hidl_scripts.at(static_cast<size_t>(operation)).Next();
+    if (outcome.status != STATUS_OK) return {.transport = Status::fromStatusT(outcome.status)};
+    return outcome.works() ? Verdict{} : Verdict::Failure(outcome.message);
+  }
+
+  const std::shared_ptr<Phone> phone_;
+  std::atomic<bool> ended_{false};
+};
+
+Thermal::Thermal(devices::DeviceObserver observer)
+    : observer_(std::move(observer)), phone_(std::make_shared<Phone>()) {
+  ThermalData& data = phone_->data;
+  AddSensor(data, TemperatureType::CPU, "cpu", 40, 95);
+  AddSensor(data, TemperatureType::SKIN, "skin", 30, 45);
+  AddSensor(data, TemperatureType::BATTERY, "battery", 30, 50);
+  AddSensor(data, TemperatureType::USB_PORT, "usb_port", 30, 60);
+  AddSensor(data, TemperatureType::BCL_VOLTAGE, "battery_voltage", 3900, 3000);
+  AddSensor(data, TemperatureType::BCL_CURRENT, "battery_current", 500, 6000);
+  AddSensor(data, TemperatureType::BCL_PERCENTAGE, "battery_level", 50, 5);
+  AddSensor(data, TemperatureType::SPEAKER, "speaker", 30, 60);
+  data.cooling_devices = {{.type = CoolingType::CPU, .name = "cpu"},
+                          {.type = CoolingType::BATTERY, .name = "battery"},
+                          {.type = CoolingType::SPEAKER, .name = "speaker"}};
+  Declare(ThermalPath::kAidl);
+}
+
+Thermal::~Thermal() {
+  for (const ThermalPath path : {ThermalPath::kAidl, ThermalPath::kHidl}) {
+    Kill(path);
+    Undeclare(path);
+  }
+}
+
+void Thermal::Declare(ThermalPath path) {
+  if (path == ThermalPath::kAidl) {
+    standin::Declare(devices::kThermalInstance);
+  } else {
+    standin::DeclareHidl(devices::kHidlThermalInstance);
+  }
+}
+
+void Thermal::Undeclare(ThermalPath path) {
+  if (path == ThermalPath::kAidl) {
+    standin::Undeclare(devices::kThermalInstance);
+  } else {
+    standin::UndeclareHidl(devices::kHidlThermalInstance);
+  }
+}
+
+void Thermal::Start(ThermalPath path) {
+  Kill(path);
+  if (path == ThermalPath::kAidl) {
+    StartAidl();
+  } else {
+    StartHidl();
+  }
+  Tell(DeviceEvent::Kind::kStarted, path);
+}
+
+void Thermal::StartAidl() {
+  std::lock_guard<std::mutex> lock(phone_->lock);
+  phone_->aidl_process = std::make_unique<standin::ServiceProcess>("thermal");
+  phone_->aidl = ndk::SharedRefBase::make<AidlService>(phone_, observer_);
+  phone_->aidl_process->AddService(phone_->aidl, devices::kThermalInstance);
+}
+
+void Thermal::StartHidl() {
+  std::lock_guard<std::mutex> lock(phone_->lock);
+  phone_->hidl_process = std::make_unique<standin::ServiceProcess>("thermal");
+  phone_->hidl = android::sp<HidlService>::make(phone_, observer_);
+  phone_->hidl_process->AddHidlService(phone_->hidl);
+}
+
+void Thermal::Kill(ThermalPath path) {
+  const bool ran = path == ThermalPath::kAidl ? KillAidl() : KillHidl();
+  if (ran) Tell(DeviceEvent::Kind::kDied, path);
+}
+
+bool Thermal::KillAidl() {
+  std::unique_ptr<standin::ServiceProcess> process;
+  std::shared_ptr<AidlService> service;
+  {
+    std::lock_guard<std::mutex> lock(phone_->lock);
+    process.swap(phone_->aidl_process);
+    service.swap(phone_->aidl);
+  }
+  if (process == nullptr) return false;
+  service->End();
+  process->Kill();
+  for (standin::Script& script : phone_->aidl_scripts) script.OpenGates();
+  return true;
+}
+
+bool Thermal::KillHidl() {
+  std::unique_ptr<standin::ServiceProcess> process;
+  android::sp<HidlService> service;
+  {
+    std::lock_guard<std::mutex> lock(phone_->lock);
+    process.swap(phone_->hidl_process);
+    service = std::move(phone_->hidl);
+  }
+  if (process == nullptr) return false;
+  service->End();
+  process->Kill();
+  for (standin::Script& script : phone_->hidl_scripts) script.OpenGates();
+  return true;
+}
+
+void Thermal::Change(const std::function<void(ThermalData&)>& change) {
+  std::lock_guard<std::mutex> lock(phone_->lock);
+  change(phone_->data);
+  if (phone_->aidl != nullptr) phone_->aidl->Report(phone_->data);
+  if (phone_->hidl != nullptr) phone_->hidl->Report(phone_->data);
+}
+
+void Thermal::SetTemperature(const std::string& name, float value) {
+  Change([&](ThermalData& data) { Named(data.temperatures, name).value = value; });
+}
+
+void Thermal::SetSeverity(const std::string& name, ThrottlingSeverity severity) {
+  Change([&](ThermalData& data) { Named(data.temperatures, name).throttlingStatus = severity; });
+}
+
+void Thermal::SetCooling(const std::string& name, int64_t value) {
+  Change([&](ThermalData& data) { Named(data.cooling_devices, name).value = value; });
+}
+
+void Thermal::Notify(const Temperature& temperature) {
+  std::lock_guard<std::mutex> lock(phone_->lock);
+  if (phone_->aidl != nullptr) phone_->aidl->Notify(temperature);
+  if (phone_->hidl != nullptr) phone_->hidl->Notify(temperature);
+}
+
+Thermal::ThermalData Thermal::data() const {
+  std::lock_guard<std::mutex> lock(phone_->lock);
+  return phone_->data;
+}
+
+size_t Thermal::callback_count(ThermalPath path) const {
+  std::lock_guard<std::mutex> lock(phone_->lock);
+  if (path == ThermalPath::kAidl)
+    return phone_->aidl != nullptr ? phone_->aidl->callback_count() : 0;
+  return phone_->hidl != nullptr ? phone_->hidl->callback_count() : 0;
+}
+
+size_t Thermal::cooling_callback_count() const {
+  std::lock_guard<std::mutex> lock(phone_->lock);
+  return phone_->aidl != nullptr ? phone_->aidl->cooling_callback_count() : 0;
+}
+
+standin::Script& Thermal::on(ThermalOperation operation) {
+  return phone_->aidl_scripts.at(static_cast<size_t>(operation));
+}
+
+standin::Script& Thermal::on(HidlThermalOperation operation) {
+  return phone_->hidl_scripts.at(static_cast<size_t>(operation));
+}
+
+void Thermal::Tell(DeviceEvent::Kind kind, ThermalPath path) const {
+  if (observer_ == nullptr) return;
+  observer_({.kind = kind, .service = path == ThermalPath::kAidl ? "thermal" : "thermal (HIDL)"});
+}
+
+}  // namespace norvik::qel::simulated

@@ -1,0 +1,24 @@
+// Stand-in for the generated header of the same path: the local side of
+// ICoolingDeviceChangedCallback.
+#pragma once
+
+#include <aidl/android/hardware/thermal/ICoolingDeviceChangedCallback.h>
+#include <android/binder_interface_utils.h>
+
+#include <cstdint>
+#include <string>
+
+namespace aidl::android::hardware::thermal {
+
+class BnCoolingDeviceChangedCallback : public ndk::BnCInterface<ICoolingDeviceChangedCallback> {
+ public:
+  BnCoolingDeviceChangedCallback();
+  ~BnCoolingDeviceChangedCallback() override;
+  ndk::ScopedAStatus getInterfaceVersion(int32_t* out) final;
+  ndk::ScopedAStatus getInterfaceHash(std::string* out) final;
+
+ protected:
+  ndk::SpAIBinder createBinder() override;
+};
+
+}  // namespace aidl::android::hardware::thermal

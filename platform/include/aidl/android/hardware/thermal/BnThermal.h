@@ -1,0 +1,23 @@
+// Stand-in for the generated header of the same path: the local side of IThermal.
+#pragma once
+
+#include <aidl/android/hardware/thermal/IThermal.h>
+#include <android/binder_interface_utils.h>
+
+#include <cstdint>
+#include <string>
+
+namespace aidl::android::hardware::thermal {
+
+class BnThermal : public ndk::BnCInterface<IThermal> {
+ public:
+  BnThermal();
+  ~BnThermal() override;
+  ndk::ScopedAStatus getInterfaceVersion(int32_t* out) final;
+  ndk::ScopedAStatus getInterfaceHash(std::string* out) final;
+
+ protected:
+  ndk::SpAIBinder createBinder() override;
+};
+
+}  // namespace aidl::android::hardware::thermal

@@ -1,0 +1,56 @@
+// Stand-in for the generated header of the same path: an enum of the thermal interface.
+#pragma once
+
+#include <android/binder_enums.h>
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+namespace aidl::android::hardware::thermal {
+
+enum class CoolingType : int32_t {
+  FAN = 0,
+  BATTERY = 1,
+  CPU = 2,
+  GPU = 3,
+  MODEM = 4,
+  NPU = 5,
+  COMPONENT = 6,
+  TPU = 7,
+  POWER_AMPLIFIER = 8,
+  DISPLAY = 9,
+  SPEAKER = 10,
+  // Since version 2.
+  WIFI = 11,
+  CAMERA = 12,
+  FLASHLIGHT = 13,
+  USB_PORT = 14,
+};
+
+// The name of the value, or its number when it has none.
+std::string toString(CoolingType value);
+
+}  // namespace aidl::android::hardware::thermal
+
+namespace ndk::internal {
+template <>
+constexpr inline std::array<aidl::android::hardware::thermal::CoolingType, 15>
+    enum_values<aidl::android::hardware::thermal::CoolingType> = {
+        aidl::android::hardware::thermal::CoolingType::FAN,
+        aidl::android::hardware::thermal::CoolingType::BATTERY,
+        aidl::android::hardware::thermal::CoolingType::CPU,
+        aidl::android::hardware::thermal::CoolingType::GPU,
+        aidl::android::hardware::thermal::CoolingType::MODEM,
+        aidl::android::hardware::thermal::CoolingType::NPU,
+        aidl::android::hardware::thermal::CoolingType::COMPONENT,
+        aidl::android::hardware::thermal::CoolingType::TPU,
+        aidl::android::hardware::thermal::CoolingType::POWER_AMPLIFIER,
+        aidl::android::hardware::thermal::CoolingType::DISPLAY,
+        aidl::android::hardware::thermal::CoolingType::SPEAKER,
+        aidl::android::hardware::thermal::CoolingType::WIFI,
+        aidl::android::hardware::thermal::CoolingType::CAMERA,
+        aidl::android::hardware::thermal::CoolingType::FLASHLIGHT,
+        aidl::android::hardware::thermal::CoolingType::USB_PORT,
+};
+}  // namespace ndk::internal

@@ -1,0 +1,39 @@
+// Stand-in for the generated header of the same path: a record of the thermal interface.
+#pragma once
+
+#include <aidl/android/hardware/thermal/TemperatureType.h>
+
+#include <cstdint>
+#include <string>
+#include <tuple>
+#include <vector>
+
+namespace aidl::android::hardware::thermal {
+
+class TemperatureThreshold {
+ public:
+  static const char* descriptor;
+
+  TemperatureType type = static_cast<TemperatureType>(0);
+  std::string name = {};
+  // One entry per severity, NaN where there is none; nothing checks the length.
+  std::vector<float> hotThrottlingThresholds = {};
+  std::vector<float> coldThrottlingThresholds = {};
+
+  std::string toString() const;
+
+ private:
+  auto Tie() const {
+    return std::tie(type, name, hotThrottlingThresholds, coldThrottlingThresholds);
+  }
+
+ public:
+  bool operator!=(const TemperatureThreshold& other) const { return Tie() != other.Tie(); }
+  bool operator<(const TemperatureThreshold& other) const { return Tie() < other.Tie(); }
+  bool operator<=(const TemperatureThreshold& other) const { return Tie() <= other.Tie(); }
+  bool operator==(const TemperatureThreshold& other) const { return Tie() == other.Tie(); }
+  bool operator>(const TemperatureThreshold& other) const { return Tie() > other.Tie(); }
+  bool operator>=(const TemperatureThreshold& other) const { return Tie() >= other.Tie(); }
+};
+
+}  // namespace aidl::android::hardware::thermal

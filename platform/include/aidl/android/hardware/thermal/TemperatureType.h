@@ -1,0 +1,68 @@
+// Stand-in for the generated header of the same path: an enum of the thermal interface.
+#pragma once
+
+#include <android/binder_enums.h>
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+namespace aidl::android::hardware::thermal {
+
+enum class TemperatureType : int32_t {
+  UNKNOWN = -1,
+  CPU = 0,
+  GPU = 1,
+  BATTERY = 2,
+  SKIN = 3,
+  USB_PORT = 4,
+  POWER_AMPLIFIER = 5,
+  BCL_VOLTAGE = 6,
+  BCL_CURRENT = 7,
+  BCL_PERCENTAGE = 8,
+  NPU = 9,
+  TPU = 10,
+  DISPLAY = 11,
+  MODEM = 12,
+  SOC = 13,
+  // Since version 2.
+  WIFI = 14,
+  CAMERA = 15,
+  FLASHLIGHT = 16,
+  SPEAKER = 17,
+  AMBIENT = 18,
+  POGO = 19,
+};
+
+// The name of the value, or its number when it has none.
+std::string toString(TemperatureType value);
+
+}  // namespace aidl::android::hardware::thermal
+
+namespace ndk::internal {
+template <>
+constexpr inline std::array<aidl::android::hardware::thermal::TemperatureType, 21>
+    enum_values<aidl::android::hardware::thermal::TemperatureType> = {
+        aidl::android::hardware::thermal::TemperatureType::UNKNOWN,
+        aidl::android::hardware::thermal::TemperatureType::CPU,
+        aidl::android::hardware::thermal::TemperatureType::GPU,
+        aidl::android::hardware::thermal::TemperatureType::BATTERY,
+        aidl::android::hardware::thermal::TemperatureType::SKIN,
+        aidl::android::hardware::thermal::TemperatureType::USB_PORT,
+        aidl::android::hardware::thermal::TemperatureType::POWER_AMPLIFIER,
+        aidl::android::hardware::thermal::TemperatureType::BCL_VOLTAGE,
+        aidl::android::hardware::thermal::TemperatureType::BCL_CURRENT,
+        aidl::android::hardware::thermal::TemperatureType::BCL_PERCENTAGE,
+        aidl::android::hardware::thermal::TemperatureType::NPU,
+        aidl::android::hardware::thermal::TemperatureType::TPU,
+        aidl::android::hardware::thermal::TemperatureType::DISPLAY,
+        aidl::android::hardware::thermal::TemperatureType::MODEM,
+        aidl::android::hardware::thermal::TemperatureType::SOC,
+        aidl::android::hardware::thermal::TemperatureType::WIFI,
+        aidl::android::hardware::thermal::TemperatureType::CAMERA,
+        aidl::android::hardware::thermal::TemperatureType::FLASHLIGHT,
+        aidl::android::hardware::thermal::TemperatureType::SPEAKER,
+        aidl::android::hardware::thermal::TemperatureType::AMBIENT,
+        aidl::android::hardware::thermal::TemperatureType::POGO,
+};
+}  // namespace ndk::internal

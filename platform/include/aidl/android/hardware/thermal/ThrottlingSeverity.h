@@ -1,0 +1,39 @@
+// Stand-in for the generated header of the same path: an enum of the thermal interface.
+#pragma once
+
+#include <android/binder_enums.h>
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+namespace aidl::android::hardware::thermal {
+
+enum class ThrottlingSeverity : int32_t {
+  NONE = 0,
+  LIGHT = 1,
+  MODERATE = 2,
+  SEVERE = 3,
+  CRITICAL = 4,
+  EMERGENCY = 5,
+  SHUTDOWN = 6,
+};
+
+// The name of the value, or its number when it has none.
+std::string toString(ThrottlingSeverity value);
+
+}  // namespace aidl::android::hardware::thermal
+
+namespace ndk::internal {
+template <>
+constexpr inline std::array<aidl::android::hardware::thermal::ThrottlingSeverity, 7>
+    enum_values<aidl::android::hardware::thermal::ThrottlingSeverity> = {
+        aidl::android::hardware::thermal::ThrottlingSeverity::NONE,
+        aidl::android::hardware::thermal::ThrottlingSeverity::LIGHT,
+        aidl::android::hardware::thermal::ThrottlingSeverity::MODERATE,
+        aidl::android::hardware::thermal::ThrottlingSeverity::SEVERE,
+        aidl::android::hardware::thermal::ThrottlingSeverity::CRITICAL,
+        aidl::android::hardware::thermal::ThrottlingSeverity::EMERGENCY,
+        aidl::android::hardware::thermal::ThrottlingSeverity::SHUTDOWN,
+};
+}  // namespace ndk::internal

@@ -1,0 +1,119 @@
+// Stand-in for the platform header of the same path: sp, a strong reference to a RefBase.
+#pragma once
+
+#include <compare>
+#include <cstddef>
+#include <utility>
+
+namespace android {
+
+// NOLINTBEGIN(google-explicit-constructor): implicit on the platform, too
+template <typename T>
+class sp {
+ public:
+  constexpr sp() = default;
+  constexpr sp(std::nullptr_t) {}
+  sp(T* object) : object_(object) { Hold(); }
+  sp(const sp& other) : object_(other.object_) { Hold(); }
+  sp(sp&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+  template <typename U>
+  sp(U* object) : object_(object) {
+    Hold();
+  }
+  template <typename U>
+  sp(const sp<U>& other) : object_(other.get()) {
+    Hold();
+  }
+  template <typename U>
+  sp(sp<U>&& other) : object_(other.release()) {}
+  ~sp() { clear(); }
+
+  // A new object, in its first strong reference.
+  template <typename... Args>
+  static sp make(Args&&... args) {
+    return sp(new T(std::forward<Args>(args)...));
+  }
+  // A further reference to an object that has one already.
+  static sp fromExisting(T* object) { return sp(object); }
+  template <typename U>
+  static sp cast(const sp<U>& other) {
+    return sp(static_cast<T*>(other.get()));
+  }
+
+  sp& operator=(const sp& other) {
+    if (this != &other) sp(other).Swap(*this);
+    return *this;
+  }
+  sp& operator=(sp&& other) noexcept {
+    sp(std::move(other)).Swap(*this);
+    return *this;
+  }
+  sp& operator=(T* object) {
+    sp(object).Swap(*this);
+    return *this;
+  }
+  template <typename U>
+  sp& operator=(U* object) {
+    sp(object).Swap(*this);
+    return *this;
+  }
+  template <typename U>
+  sp& operator=(const sp<U>& other) {
+    sp(other).Swap(*this);
+    return *this;
+  }
+  template <typename U>
+  sp& operator=(sp<U>&& other) {
+    sp(std::move(other)).Swap(*this);
+    return *this;
+  }
+
+  T* get() const { return object_; }
+  T& operator*() const { return *object_; }
+  T* operator->() const { return object_; }
+  explicit operator bool() const { return object_ != nullptr; }
+
+  void clear() {
+    T* old = std::exchange(object_, nullptr);
+    if (old != nullptr) old->decStrong(this);
+  }
+  // Gives the reference away without ending it.
+  T* release() { return std::exchange(object_, nullptr); }
+
+ private:
+  template <typename U>
+  friend class wp;
+
+  void Hold() {
+    if (object_ != nullptr) object_->incStrong(this);
+  }
+  void Swap(sp& other) { std::swap(object_, other.object_); }
+  // What a weak reference has obtained: not counted again.
+  void Adopt(T* object) { object_ = object; }
+
+  T* object_ = nullptr;
+};
+// NOLINTEND(google-explicit-constructor)
+
+template <typename T, typename U>
+bool operator==(const sp<T>& left, const sp<U>& right) {
+  return left.get() == right.get();
+}
+template <typename T, typename U>
+bool operator==(const sp<T>& left, const U* right) {
+  return left.get() == right;
+}
+template <typename T>
+bool operator==(const sp<T>& left, std::nullptr_t) {
+  return left.get() == nullptr;
+}
+template <typename T, typename U>
+std::strong_ordering operator<=>(const sp<T>& left, const sp<U>& right) {
+  return left.get() <=> right.get();
+}
+template <typename T, typename U>
+std::strong_ordering operator<=>(const sp<T>& left, const U* right) {
+  return left.get() <=> right;
+}
+
+}  // namespace android

@@ -1,0 +1,81 @@
+// The local side of what every HIDL interface can do.
+#include <android/hidl/base/1.0/IBase.h>
+
+#include "hidl_call.h"
+
+namespace norvik::qel::standin {
+
+template <>
+struct RemoteSide<HidlBase> {
+  using Type = HidlProxyOf<HidlBase>;
+};
+
+}  // namespace norvik::qel::standin
+
+namespace android::hidl::base::V1_0 {
+
+using hardware::Return;
+using hardware::Void;
+
+const char* IBase::descriptor = "android.hidl.base@1.0::IBase";
+
+bool IBase::isRemote() const {
+  return false;
+}
+
+Return<void> IBase::interfaceChain(interfaceChain_cb _hidl_cb) {
+  _hidl_cb({descriptor});
+  return Void();
+}
+
+Return<void> IBase::debug(const hardware::hidl_handle& /*fd*/,
+                          const hardware::hidl_vec<hardware::hidl_string>& /*options*/) {
+  return Void();
+}
+
+Return<void> IBase::interfaceDescriptor(interfaceDescriptor_cb _hidl_cb) {
+  _hidl_cb(descriptor);
+  return Void();
+}
+
+Return<void> IBase::getHashChain(getHashChain_cb _hidl_cb) {
+  // One per interface of the chain; the stand-in knows of no hashes.
+  size_t interfaces = 0;
+  const Return<void> asked =
+      interfaceChain([&](const auto& descriptors) { interfaces = descriptors.size(); });
+  asked.assertOk();  // a local call
+  _hidl_cb(hardware::hidl_vec<hardware::hidl_array<uint8_t, 32>>(interfaces));
+  return Void();
+}
+
+Return<void> IBase::setHALInstrumentation() {
+  return Void();
+}
+
+Return<bool> IBase::linkToDeath(const sp<hardware::hidl_death_recipient>& recipient,
+                                uint64_t /*cookie*/) {
+  return recipient != nullptr;
+}
+
+Return<void> IBase::ping() {
+  return Void();
+}
+
+Return<void> IBase::getDebugInfo(getDebugInfo_cb _hidl_cb) {
+  _hidl_cb({.pid = -1, .ptr = 0, .arch = DebugInfo::Architecture::IS_64BIT});
+  return Void();
+}
+
+Return<void> IBase::notifySyspropsChanged() {
+  return Void();
+}
+
+Return<bool> IBase::unlinkToDeath(const sp<hardware::hidl_death_recipient>& recipient) {
+  return recipient != nullptr;
+}
+
+Return<sp<IBase>> IBase::castFrom(const sp<IBase>& parent, bool /*emitError*/) {
+  return parent;
+}
+
+}  // namespace android::hidl::base::V1_0

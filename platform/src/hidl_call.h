@@ -1,0 +1,196 @@
+// What the generated code of a HIDL interface is made of here. Calls travel as in remote_call.h.
+#pragma once
+
+#include <android/log.h>
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+
+#include "hidl_object.h"
+#include "remote_call.h"
+
+namespace norvik::qel::standin {
+
+// Specialised for each interface: Type is the class of its proxies.
+template <typename I>
+struct RemoteSide;
+
+// The object itself when `binder` is local, a new proxy otherwise; null when it is empty.
+template <typename I>
+::android::sp<I> FromHidlBinder(const ndk::SpAIBinder& binder) {
+  if (binder.get() == nullptr) return nullptr;
+  if (const LocalBinder* local = binder.get()->AsLocal()) {
+    return static_cast<I*>(&HidlObject(*local));
+  }
+  return ::android::sp<typename RemoteSide<I>::Type>::make(binder);
+}
+
+// A result callback: the service fills storage that the call owns, the caller's callback reads it.
+template <typename... Results>
+struct Parcelled<std::function<void(Results...)>> {
+  using Callback = std::function<void(Results...)>;
+  explicit Parcelled(const Callback& callback) : given(callback != nullptr) {}
+  bool ok() const { return given; }
+  bool Arrive() { return true; }
+  Callback Pass() {
+    return [this](Results... values) {
+      if (results) __android_log_assert(nullptr, "hidl", "a result callback is called twice");
+      results.emplace(values...);
+    };
+  }
+  void Deliver(const Callback& callback) { std::apply(callback, *results); }
+  bool given;
+  std::optional<std::tuple<std::remove_cvref_t<Results>...>> results;
+};
+
+// An object: the receiver gets its own reference. Null travels, too.
+template <typename I>
+requires std::is_base_of_v<HidlBase, I>
+struct Parcelled<::android::sp<I>> {
+  explicit Parcelled(const ::android::sp<I>& given) : binder(BinderOf(given)) {
+    if (given != nullptr) StartHidlThreads();  // calls on it may come back
+  }
+  bool ok() const { return true; }
+  // False when the service's process has died meanwhile: the dead take no references.
+  bool Arrive() {
+    if (binder.get() == nullptr) return true;
+    object = FromHidlBinder<I>(Process::Current()->Reach(std::exchange(binder, {}).get()));
+    return object != nullptr;
+  }
+  ::android::sp<I> Pass() { return std::move(object); }
+  void Deliver(const ::android::sp<I>&) {}
+  ndk::SpAIBinder binder;
+  ::android::sp<I> object;
+};
+
+// A service that reports success has to have answered.
+template <typename T>
+void AssertAnswered(const Parcelled<T>&) {}
+template <typename... Results>
+void AssertAnswered(const Parcelled<std::function<void(Results...)>>& callback) {
+  if (!callback.results) __android_log_assert(nullptr, "hidl", "a result callback is not called");
+}
+
+// A synchronous call on the object behind a proxy's binder.
+template <typename I, typename... Params>
+::android::hardware::Return<void> CallHidl(
+    const ndk::SpAIBinder& binder, ::android::hardware::Return<void> (I::*method)(Params...),
+    const std::type_identity_t<std::remove_cvref_t<Params>>&... args) {
+  using ::android::hardware::Return;
+  using ::android::hardware::Status;
+  struct Call {
+    explicit Call(const std::remove_cvref_t<Params>&... values) : params(values...) {}
+    std::tuple<ParcelledArg<Params>...> params;
+    Status status;
+  };
+  auto call = std::make_shared<Call>(args...);
+  const bool complete =
+      std::apply([](const auto&... param) { return (param.ok() && ...); }, call->params);
+  if (!complete) {
+    return Status::fromExceptionCode(Status::EX_ILLEGAL_ARGUMENT, "a result callback is null");
+  }
+
+  const bool served = binder.get()->AsRemote()->CallAndWait([call, method](LocalBinder& target) {
+    I& object = static_cast<I&>(HidlObject(target));
+    std::apply(
+        [&](auto&... param) {
+          if (!(param.Arrive() && ...)) {
+            call->status = Status::fromStatusT(::android::DEAD_OBJECT);
+            return;
+          }
+          const Return<void> result = (object.*method)(param.Pass()...);
+          if (result.isOk()) {
+            (AssertAnswered(param), ...);
+          } else {
+            call->status = StatusToCarry(result);
+          }
+        },
+        call->params);
+  });
+  if (!served) return Status::fromStatusT(::android::DEAD_OBJECT);
+  if (call->status.isOk()) {
+    std::apply([&](auto&... param) { (param.Deliver(args), ...); }, call->params);
+  }
+  return call->status;
+}
+
+// A one-way call: ok as soon as it is on its way.
+template <typename I, typename... Params>
+::android::hardware::Return<void> SendHidl(
+    const ndk::SpAIBinder& binder, ::android::hardware::Return<void> (I::*method)(Params...),
+    const std::type_identity_t<std::remove_cvref_t<Params>>&... args) {
+  const bool sent = binder.get()->AsRemote()->PostOneway(
+      [method, params = std::tuple<std::remove_cvref_t<Params>...>(args...)](LocalBinder& target) {
+        I& object = static_cast<I&>(HidlObject(target));
+        const auto result =
+            std::apply([&](const auto&... param) { return (object.*method)(param...); }, params);
+        static_cast<void>(result.isOk());  // a failure is the receiver's own affair
+      });
+  if (sent) return ::android::hardware::Void();
+  return ::android::hardware::Status::fromStatusT(::android::DEAD_OBJECT);
+}
+
+// The part of a proxy that every interface has.
+template <typename I>
+class HidlProxyOf : public I, public HidlProxy {
+ public:
+  template <typename T>
+  using Return = ::android::hardware::Return<T>;
+
+  explicit HidlProxyOf(ndk::SpAIBinder binder) : HidlProxy(std::move(binder)) {}
+
+  bool isRemote() const override { return true; }
+  Return<void> interfaceChain(HidlBase::interfaceChain_cb _hidl_cb) override {
+    return CallHidl(binder(), &HidlBase::interfaceChain, _hidl_cb);
+  }
+  Return<void> debug(
+      const ::android::hardware::hidl_handle& fd,
+      const ::android::hardware::hidl_vec<::android::hardware::hidl_string>& options) override {
+    return CallHidl(binder(), &HidlBase::debug, fd, options);
+  }
+  Return<void> interfaceDescriptor(HidlBase::interfaceDescriptor_cb _hidl_cb) override {
+    return CallHidl(binder(), &HidlBase::interfaceDescriptor, _hidl_cb);
+  }
+  Return<void> getHashChain(HidlBase::getHashChain_cb _hidl_cb) override {
+    return CallHidl(binder(), &HidlBase::getHashChain, _hidl_cb);
+  }
+  Return<void> setHALInstrumentation() override {
+    return SendHidl(binder(), &HidlBase::setHALInstrumentation);
+  }
+  Return<bool> linkToDeath(
+      const ::android::sp<::android::hardware::hidl_death_recipient>& recipient,
+      uint64_t cookie) override {
+    return LinkRecipient(recipient, cookie, ::android::wp<HidlBase>(this));
+  }
+  Return<void> ping() override { return CallHidl(binder(), &HidlBase::ping); }
+  Return<void> getDebugInfo(HidlBase::getDebugInfo_cb _hidl_cb) override {
+    return CallHidl(binder(), &HidlBase::getDebugInfo, _hidl_cb);
+  }
+  Return<void> notifySyspropsChanged() override {
+    return SendHidl(binder(), &HidlBase::notifySyspropsChanged);
+  }
+  Return<bool> unlinkToDeath(
+      const ::android::sp<::android::hardware::hidl_death_recipient>& recipient) override {
+    return UnlinkRecipient(recipient);
+  }
+};
+
+// castFrom() of each interface: null when the object does not implement it.
+template <typename I>
+::android::hardware::Return<::android::sp<I>> CastFrom(const ::android::sp<HidlBase>& parent,
+                                                       bool emitError) {
+  if (parent == nullptr) return ::android::sp<I>();
+  bool implemented = false;
+  const auto asked = parent->interfaceChain(
+      [&](const auto& descriptors) { implemented = descriptors.contains(I::descriptor); });
+  if (!asked.isOk() && emitError) return StatusToCarry(asked);
+  if (!asked.isOk() || !implemented) return ::android::sp<I>();
+  if (!parent->isRemote()) return ::android::sp<I>(static_cast<I*>(parent.get()));
+  return FromHidlBinder<I>(BinderOf(parent));
+}
+
+}  // namespace norvik::qel::standin

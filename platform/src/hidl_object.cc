@@ -1,0 +1,129 @@
+#include "hidl_object.h"
+
+#include <hidl/HidlTransportSupport.h>
+
+#include <map>
+#include <mutex>
+#include <utility>
+
+#include "standin/deliveries.h"
+
+namespace norvik::qel::standin {
+
+using ::android::sp;
+using ::android::wp;
+using ::android::hardware::hidl_death_recipient;
+
+namespace {
+
+// What the binder of a local object owns.
+struct Node {
+  sp<HidlBase> object;
+  std::shared_ptr<Anchor> binder;  // the binder itself
+};
+
+// Finds the binder of a local object again. The table keeps nothing alive.
+struct NodeTable {
+  std::mutex lock;  // nothing is called or released under it
+  std::map<const HidlBase*, std::shared_ptr<Anchor>> binders;
+};
+
+NodeTable& Nodes() {
+  static NodeTable& nodes = *new NodeTable;
+  return nodes;
+}
+
+void DestroyNode(void* args) {
+  auto* node = static_cast<Node*>(args);
+  {
+    std::lock_guard<std::mutex> lock(Nodes().lock);
+    // A successor may have been made since the count fell to zero.
+    const auto found = Nodes().binders.find(node->object.get());
+    if (found != Nodes().binders.end() && found->second == node->binder) {
+      Nodes().binders.erase(found);
+    }
+  }
+  delete node;
+}
+
+constexpr AIBinder_Class kHidlClass = {.descriptor = "android.hidl.base@1.0::IBase",
+                                       .object = nullptr,
+                                       .destroy = DestroyNode,
+                                       .transport = Transport::kHwBinder};
+
+ndk::SpAIBinder NodeOf(const sp<HidlBase>& object) {
+  std::lock_guard<std::mutex> lock(Nodes().lock);
+  std::shared_ptr<Anchor>& known = Nodes().binders[object.get()];
+  if (known != nullptr) {
+    ndk::SpAIBinder binder = known->Promote();
+    if (binder.get() != nullptr) return binder;
+  }
+  auto* node = new Node{.object = object, .binder = nullptr};
+  ndk::SpAIBinder binder(AIBinder_new(&kHidlClass, node));
+  node->binder = binder.get()->anchor;
+  known = node->binder;
+  return binder;
+}
+
+// Tells recipients apart, as long as a weak reference is kept.
+const void* IdentityOf(const hidl_death_recipient& recipient) {
+  ::android::RefBase::weakref_type* identity = recipient.createWeak();
+  ::android::RefBase::DropWeak(identity);
+  return identity;
+}
+
+}  // namespace
+
+ndk::SpAIBinder BinderOf(const sp<HidlBase>& object) {
+  if (object == nullptr) return {};
+  if (!object->isRemote()) return NodeOf(object);
+  return dynamic_cast<HidlProxy&>(*object).binder();
+}
+
+HidlBase& HidlObject(const LocalBinder& binder) {
+  return *static_cast<const Node*>(binder.args())->object;
+}
+
+void StartHidlThreads() {
+  Process::Current()->pool(Transport::kHwBinder).Start();
+}
+
+HidlProxy::~HidlProxy() {
+  links_->EndAll();
+}
+
+bool HidlProxy::LinkRecipient(const sp<hidl_death_recipient>& recipient, uint64_t cookie,
+                              const wp<HidlBase>& who) {
+  if (!HidlLinkToDeathScript().Next().works()) return false;
+  StartHidlThreads();
+  auto link = std::make_shared<Link>();
+  link->died = [weak = wp<hidl_death_recipient>(recipient), cookie, who] {
+    const sp<hidl_death_recipient> told = weak.promote();
+    if (told != nullptr) told->serviceDied(cookie, who);
+  };
+  // The weak reference in the notice keeps this address from being used again.
+  link->key = recipient != nullptr ? IdentityOf(*recipient) : nullptr;
+  link->recipient = links_;
+  return binder_.get()->AsRemote()->Link(links_, std::move(link)) == STATUS_OK;
+}
+
+bool HidlProxy::UnlinkRecipient(const sp<hidl_death_recipient>& recipient) {
+  const bool refused = !HidlUnlinkToDeathScript().Next().works();
+  if (recipient == nullptr) return false;
+  const binder_status_t status = binder_.get()->AsRemote()->Unlink(*links_, IdentityOf(*recipient));
+  return status == STATUS_OK && !refused;
+}
+
+}  // namespace norvik::qel::standin
+
+namespace android::hardware {
+
+bool interfacesEqual(const sp<::android::hidl::base::V1_0::IBase>& left,
+                     const sp<::android::hidl::base::V1_0::IBase>& right) {
+  if (left == nullptr || right == nullptr || !left->isRemote() || !right->isRemote()) {
+    return left == right;
+  }
+  return norvik::qel::standin::BinderOf(left) == norvik::qel::standin::BinderOf(right);
+}
+
+}  // namespace android::hardware

@@ -1,0 +1,76 @@
+#include "hidl_service_manager.h"
+
+#include <atomic>
+
+#include "service_manager.h"
+#include "standin/hidl_service_manager.h"
+
+namespace norvik::qel::standin {
+
+namespace {
+
+std::atomic<bool> g_present{true};
+
+// As the manifest and the registry name it.
+std::string Instance(const std::string& descriptor, const std::string& name) {
+  return descriptor + "/" + name;
+}
+
+bool MayBeThere(const std::string& instance, bool get_stub) {
+  return g_present && !get_stub && ServiceManager::Hidl().IsDeclared(instance);
+}
+
+}  // namespace
+
+ndk::SpAIBinder TryGetHidl(const std::string& descriptor, const std::string& name, bool get_stub) {
+  const std::string instance = Instance(descriptor, name);
+  if (!TryGetHidlServiceScript().Next().works() || !MayBeThere(instance, get_stub)) return {};
+  return ServiceManager::Hidl().Check(instance);
+}
+
+ndk::SpAIBinder GetHidl(const std::string& descriptor, const std::string& name, bool get_stub) {
+  const std::string instance = Instance(descriptor, name);
+  if (!GetHidlServiceScript().Next().works() || !MayBeThere(instance, get_stub)) return {};
+  return ServiceManager::Hidl().Wait(instance);
+}
+
+::android::status_t AddHidl(const ::android::sp<HidlBase>& service, const std::string& name) {
+  if (!g_present) return ::android::UNKNOWN_ERROR;
+  const std::shared_ptr<Process> process = Process::Current();
+  if (process->dead()) return ::android::DEAD_OBJECT;
+  const ndk::SpAIBinder binder = BinderOf(service);
+  const auto offered = service->interfaceChain([&](const auto& descriptors) {
+    for (const std::string descriptor : descriptors) {
+      if (descriptor == HidlBase::descriptor) continue;
+      ServiceManager::Hidl().Add(Instance(descriptor, name), binder.get());
+    }
+  });
+  if (!offered.isOk()) return ::android::UNKNOWN_ERROR;
+  if (!process->dead()) return ::android::OK;
+  ServiceManager::Hidl().Forget(*process);  // killed while it was being added
+  return ::android::DEAD_OBJECT;
+}
+
+void DeclareHidl(const std::string& instance) {
+  ServiceManager::Hidl().SetDeclared(instance, true);
+}
+
+void UndeclareHidl(const std::string& instance) {
+  ServiceManager::Hidl().SetDeclared(instance, false);
+}
+
+void SetHidlServiceManagerPresent(bool present) {
+  g_present = present;
+}
+
+Script& TryGetHidlServiceScript() {
+  static Script& script = *new Script;
+  return script;
+}
+
+Script& GetHidlServiceScript() {
+  static Script& script = *new Script;
+  return script;
+}
+
+}  // namespace norvik::qel::standin

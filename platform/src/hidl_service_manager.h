@@ -1,0 +1,20 @@
+// What the static functions of HIDL interfaces do.
+#pragma once
+
+#include <android/binder_auto_utils.h>
+#include <utils/Errors.h>
+
+#include <string>
+
+#include "hidl_object.h"
+
+namespace norvik::qel::standin {
+
+// The calling process's reference to a service; empty when there is none.
+ndk::SpAIBinder TryGetHidl(const std::string& descriptor, const std::string& name, bool get_stub);
+// Waits for a declared service.
+ndk::SpAIBinder GetHidl(const std::string& descriptor, const std::string& name, bool get_stub);
+// Offers a service under each of its interfaces.
+::android::status_t AddHidl(const ::android::sp<HidlBase>& service, const std::string& name);
+
+}  // namespace norvik::qel::standin
