@@ -1,0 +1,370 @@
+// The HIDL wrapper's queries, their records and their failures.
+#include <aidl/android/hardware/thermal/BnThermal.h>
+#include <cutils/native_handle.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "tests/support/thermal_wrapper_fixture.h"
+
+// What `debug` hands to the service it leaves to it, deliberately; nothing else may leak.
+extern "C" const char* __lsan_default_suppressions() {  // NOLINT: the sanitizer's name
+  return "leak:ThermalHidlWrapper::debug\n";
+}
+
+namespace norvik::qel {
+namespace {
+
+namespace V1_0 = android::hardware::thermal::V1_0;
+namespace V2_0 = android::hardware::thermal::V2_0;
+using aidl::android::hardware::thermal::CoolingDevice;
+using aidl::android::hardware::thermal::CoolingType;
+using aidl::android::hardware::thermal::Temperature;
+using aidl::android::hardware::thermal::TemperatureThreshold;
+using aidl::android::hardware::thermal::TemperatureType;
+using aidl::android::hardware::thermal::ThrottlingSeverity;
+using android::hardware::hidl_handle;
+using android::hardware::hidl_string;
+using android::hardware::hidl_vec;
+using devices::ThermalOperation;
+using simulated::ThermalPath;
+using standin::Outcome;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+
+uint32_t Bits(float value) {
+  return std::bit_cast<uint32_t>(value);
+}
+
+class ThermalQueryTest : public ThermalWrapperFixture {
+ protected:
+  std::vector<V2_0::Temperature> Temperatures(
+      bool filter = false, V2_0::TemperatureType type = V2_0::TemperatureType::UNKNOWN) {
+    std::vector<V2_0::Temperature> reply;
+    HidlAnswer answer;
+    EXPECT_TRUE(wrapper_->getCurrentTemperatures(filter, type, answer.Take(reply)).isOk());
+    EXPECT_TRUE(Succeeded(answer));
+    EXPECT_EQ(answer.thread, std::this_thread::get_id());
+    return reply;
+  }
+  std::vector<V2_0::TemperatureThreshold> Thresholds(
+      bool filter = false, V2_0::TemperatureType type = V2_0::TemperatureType::UNKNOWN) {
+    std::vector<V2_0::TemperatureThreshold> reply;
+    HidlAnswer answer;
+    EXPECT_TRUE(wrapper_->getTemperatureThresholds(filter, type, answer.Take(reply)).isOk());
+    EXPECT_TRUE(Succeeded(answer));
+    return reply;
+  }
+  std::vector<V2_0::CoolingDevice> Coolers(bool filter = false,
+                                           V2_0::CoolingType type = V2_0::CoolingType::FAN) {
+    std::vector<V2_0::CoolingDevice> reply;
+    HidlAnswer answer;
+    EXPECT_TRUE(wrapper_->getCurrentCoolingDevices(filter, type, answer.Take(reply)).isOk());
+    EXPECT_TRUE(Succeeded(answer));
+    return reply;
+  }
+};
+
+TEST_F(ThermalQueryTest, TheQueriesOfHidl1AreRefusedWithoutAskingTheService) {
+  constexpr char kMessage[] = "Operation unsupported by Thermal HIDL wrapper";
+  // Not even a service is needed.
+  for (const auto& wrapper : {wrapper_, android::sp<ThermalHidlWrapper>::make(nullptr)}) {
+    std::vector<V1_0::Temperature> temperatures(1);
+    std::vector<V1_0::CpuUsage> usages(1);
+    std::vector<V1_0::CoolingDevice> coolers(1);
+    HidlAnswer answers[3];
+    EXPECT_TRUE(wrapper->getTemperatures(answers[0].Take(temperatures)).isOk());
+    EXPECT_TRUE(wrapper->getCpuUsages(answers[1].Take(usages)).isOk());
+    EXPECT_TRUE(wrapper->getCoolingDevices(answers[2].Take(coolers)).isOk());
+    for (const HidlAnswer& answer : answers) EXPECT_TRUE(FailedWith(answer, kMessage));
+    EXPECT_TRUE(temperatures.empty() && usages.empty() && coolers.empty());
+  }
+  EXPECT_EQ(Calls(ThermalOperation::kGetTemperatures), 0);
+  EXPECT_EQ(Calls(ThermalOperation::kGetCoolingDevices), 0);
+}
+
+TEST_F(ThermalQueryTest, TemperaturesKeepAllButATypeThatHidlDoesNotKnow) {
+  const struct {
+    int32_t aidl;
+    int32_t hidl;
+  } kTypes[] = {{INT32_MIN, -1}, {-2, -1}, {-1, -1}, {0, 0},   {3, 3},         {8, 8},
+                {9, 9},          {10, -1}, {12, -1}, {19, -1}, {INT32_MAX, -1}};
+  // Severities as they are, known or not; values bit for bit, a NaN of its own kind among them.
+  const int32_t kSeverities[] = {0, 1, 6, 7, -1, INT32_MIN};
+  const uint32_t kValues[] = {Bits(36.5F), Bits(-0.0F), 0x7fa12345, 0xffc00001, 0xff800000, 1};
+  thermal_.Change([&](auto& data) {
+    data.temperatures.clear();
+    for (size_t i = 0; i < std::size(kTypes); ++i) {
+      data.temperatures.push_back(
+          {.type = static_cast<TemperatureType>(kTypes[i].aidl),
+           .name = i == 0 ? "" : "sensor " + std::to_string(i) + " \xc2\xb0",
+           .value = std::bit_cast<float>(kValues[i % std::size(kValues)]),
+           .throttlingStatus =
+               static_cast<ThrottlingSeverity>(kSeverities[i % std::size(kSeverities)])});
+    }
+  });
+  const std::vector<V2_0::Temperature> reply = Temperatures();
+  ASSERT_EQ(reply.size(), std::size(kTypes));
+  for (size_t i = 0; i < reply.size(); ++i) {
+    EXPECT_EQ(static_cast<int32_t>(reply[i].type), kTypes[i].hidl) << kTypes[i].aidl;
+    EXPECT_EQ(reply[i].name, i == 0 ? "" : "sensor " + std::to_string(i) + " \xc2\xb0");
+    EXPECT_EQ(Bits(reply[i].value), kValues[i % std::size(kValues)]);
+    EXPECT_EQ(static_cast<int32_t>(reply[i].throttlingStatus),
+              kSeverities[i % std::size(kSeverities)]);
+  }
+}
+
+TEST_F(ThermalQueryTest, ThresholdsAreSevenOfEachWhateverTheServiceGives) {
+  const std::vector<float> full = {1, 2, 3, 4, 5, 6, 7};
+  const std::vector<float> cold = {-1, kNan, -3, -4, -5, -6, -7};
+  thermal_.Change([&](auto& data) {
+    using Type = TemperatureType;
+    data.thresholds = {{.type = Type::SKIN,
+                        .name = "full",
+                        .hotThrottlingThresholds = full,
+                        .coldThrottlingThresholds = cold},
+                       {.type = Type::TPU,
+                        .name = "short",
+                        .hotThrottlingThresholds = {1, 2, 3},
+                        .coldThrottlingThresholds = {}},
+                       {.type = Type::NPU,
+                        .name = "long",
+                        .hotThrottlingThresholds = {1, 2, 3, 4, 5, 6, 7, 8, 9},
+                        .coldThrottlingThresholds = full}};
+  });
+  const std::vector<V2_0::TemperatureThreshold> reply = Thresholds();
+  ASSERT_EQ(reply.size(), 3u);
+  const auto expect = [](const auto& array, const std::vector<float>& values) {
+    ASSERT_EQ(array.size(), 7u);
+    for (size_t i = 0; i < 7; ++i) {
+      EXPECT_EQ(Bits(array[i]), Bits(i < values.size() ? values[i] : kNan)) << i;
+    }
+  };
+  expect(reply[0].hotThrottlingThresholds, full);
+  expect(reply[0].coldThrottlingThresholds, cold);
+  expect(reply[1].hotThrottlingThresholds, {1, 2, 3});
+  expect(reply[1].coldThrottlingThresholds, {});
+  expect(reply[2].hotThrottlingThresholds, full);
+  expect(reply[2].coldThrottlingThresholds, full);
+  EXPECT_EQ(reply[0].type, V2_0::TemperatureType::SKIN);
+  EXPECT_EQ(reply[1].type, V2_0::TemperatureType::UNKNOWN);
+  EXPECT_EQ(reply[2].type, V2_0::TemperatureType::NPU);
+  EXPECT_EQ(reply[2].name, "long");
+  for (const auto& threshold : reply) EXPECT_EQ(Bits(threshold.vrThrottlingThreshold), 0x7fc00000u);
+}
+
+TEST_F(ThermalQueryTest, CoolingDevicesOfUnknownTypesAreComponents) {
+  const int32_t kTypes[] = {-1, 0, 5, 6, 7, 10, 14, INT32_MIN};
+  const int64_t kValues[] = {0, 1, -1, INT64_MIN, INT64_MAX, 7, 8, 9};
+  thermal_.Change([&](auto& data) {
+    data.cooling_devices.clear();
+    for (size_t i = 0; i < std::size(kTypes); ++i) {
+      CoolingDevice device;
+      device.type = static_cast<CoolingType>(kTypes[i]);
+      device.name = std::to_string(i);
+      device.value = kValues[i];
+      data.cooling_devices.push_back(device);
+    }
+  });
+  const std::vector<V2_0::CoolingDevice> reply = Coolers();
+  std::vector<uint32_t> types;
+  for (const auto& device : reply) types.push_back(static_cast<uint32_t>(device.type));
+  EXPECT_THAT(types, ElementsAre(6, 0, 5, 6, 6, 6, 6, 6));
+  for (size_t i = 0; i < reply.size(); ++i) {
+    EXPECT_EQ(reply[i].name, std::to_string(i));
+    EXPECT_EQ(reply[i].value, static_cast<uint64_t>(kValues[i]));
+  }
+}
+
+TEST_F(ThermalQueryTest, TheFilterIsTheServicesBusiness) {
+  const auto names = [](const auto& records) {
+    std::vector<std::string> names;
+    for (const auto& record : records) names.push_back(record.name);
+    return names;
+  };
+  // A type that HIDL has no name for travels as the number it is.
+  const auto speaker = static_cast<V2_0::TemperatureType>(TemperatureType::SPEAKER);
+  EXPECT_THAT(names(Temperatures(true, speaker)), ElementsAre("speaker"));
+  EXPECT_THAT(names(Temperatures(true, V2_0::TemperatureType::SKIN)), ElementsAre("skin"));
+  EXPECT_EQ(Temperatures(false, V2_0::TemperatureType::SKIN).size(),
+            thermal_.data().temperatures.size());
+  EXPECT_THAT(Temperatures(true, V2_0::TemperatureType::NPU), IsEmpty());
+  EXPECT_EQ(Calls(ThermalOperation::kGetTemperatures), 1);
+  EXPECT_EQ(Calls(ThermalOperation::kGetTemperaturesWithType), 3);
+
+  thermal_.Change([](auto& data) {
+    data.thresholds.resize(2);
+    data.thresholds[0] = {.type = TemperatureType::CPU, .name = "cpu"};
+    data.thresholds[1] = {.type = TemperatureType::SKIN, .name = "skin"};
+  });
+  EXPECT_THAT(names(Thresholds(true, V2_0::TemperatureType::SKIN)), ElementsAre("skin"));
+  EXPECT_THAT(names(Thresholds(false, V2_0::TemperatureType::SKIN)), ElementsAre("cpu", "skin"));
+  EXPECT_THAT(names(Coolers(true, V2_0::CoolingType::CPU)), ElementsAre("cpu"));
+  EXPECT_EQ(Coolers(false, V2_0::CoolingType::CPU).size(), thermal_.data().cooling_devices.size());
+}
+
+TEST_F(ThermalQueryTest, AFailureOfTheServiceIsAStatusWithItsMessage) {
+  const auto ask = [this](bool filter) {
+    std::vector<HidlAnswer> answers(3);
+    std::vector<V2_0::Temperature> temperatures(1);
+    std::vector<V2_0::TemperatureThreshold> thresholds(1);
+    std::vector<V2_0::CoolingDevice> coolers(1);
+    EXPECT_TRUE(wrapper_
+                    ->getCurrentTemperatures(filter, V2_0::TemperatureType::SKIN,
+                                             answers[0].Take(temperatures))
+                    .isOk());
+    EXPECT_TRUE(wrapper_
+                    ->getTemperatureThresholds(filter, V2_0::TemperatureType::SKIN,
+                                               answers[1].Take(thresholds))
+                    .isOk());
+    EXPECT_TRUE(
+        wrapper_->getCurrentCoolingDevices(filter, V2_0::CoolingType::CPU, answers[2].Take(coolers))
+            .isOk());
+    EXPECT_TRUE(temperatures.empty() && thresholds.empty() && coolers.empty());
+    return answers;
+  };
+  const ThermalOperation kPlain[] = {ThermalOperation::kGetTemperatures,
+                                     ThermalOperation::kGetTemperatureThresholds,
+                                     ThermalOperation::kGetCoolingDevices};
+  const ThermalOperation kFiltered[] = {ThermalOperation::kGetTemperaturesWithType,
+                                        ThermalOperation::kGetTemperatureThresholdsWithType,
+                                        ThermalOperation::kGetCoolingDevicesWithType};
+  for (const ThermalOperation operation : kPlain) {
+    thermal_.on(operation).Then(Outcome::Exception(EX_ILLEGAL_STATE, "not yet"));
+  }
+  for (const HidlAnswer& answer : ask(false)) EXPECT_TRUE(FailedWith(answer, "not yet"));
+  for (const ThermalOperation operation : kFiltered) {
+    thermal_.on(operation).Then(Outcome::ServiceSpecific(-7, "sensor bus"));
+  }
+  for (const HidlAnswer& answer : ask(true)) EXPECT_TRUE(FailedWith(answer, "sensor bus"));
+  thermal_.Kill(ThermalPath::kAidl);
+  for (const HidlAnswer& answer : ask(false)) EXPECT_TRUE(FailedWith(answer, ""));
+}
+
+// A service in the same process, for what a proxy cannot show.
+class LocalThermal : public aidl::android::hardware::thermal::BnThermal {
+ public:
+  template <typename T>
+  using Out = std::vector<T>*;
+  using Callback = std::shared_ptr<aidl::android::hardware::thermal::IThermalChangedCallback>;
+  using CoolingCallback =
+      std::shared_ptr<aidl::android::hardware::thermal::ICoolingDeviceChangedCallback>;
+
+  ndk::ScopedAStatus getCoolingDevices(Out<CoolingDevice>) override { return None(); }
+  ndk::ScopedAStatus getCoolingDevicesWithType(CoolingType, Out<CoolingDevice>) override {
+    return None();
+  }
+  ndk::ScopedAStatus getTemperatures(Out<Temperature>) override { return None(); }
+  ndk::ScopedAStatus getTemperaturesWithType(TemperatureType, Out<Temperature>) override {
+    return None();
+  }
+  ndk::ScopedAStatus getTemperatureThresholds(Out<TemperatureThreshold>) override { return None(); }
+  ndk::ScopedAStatus getTemperatureThresholdsWithType(TemperatureType,
+                                                      Out<TemperatureThreshold>) override {
+    return None();
+  }
+  ndk::ScopedAStatus registerThermalChangedCallback(const Callback&) override { return None(); }
+  ndk::ScopedAStatus registerThermalChangedCallbackWithType(const Callback&,
+                                                            TemperatureType) override {
+    return None();
+  }
+  ndk::ScopedAStatus unregisterThermalChangedCallback(const Callback&) override { return None(); }
+  ndk::ScopedAStatus registerCoolingDeviceChangedCallbackWithType(const CoolingCallback&,
+                                                                  CoolingType) override {
+    return None();
+  }
+  ndk::ScopedAStatus unregisterCoolingDeviceChangedCallback(const CoolingCallback&) override {
+    return None();
+  }
+  binder_status_t dump(int fd, const char** args, uint32_t count) override {
+    ++dumps;
+    for (uint32_t i = 0; i < count; ++i) dprintf(fd, "[%s]", args[i]);
+    return STATUS_UNKNOWN_ERROR;  // nobody looks at it
+  }
+
+  int dumps = 0;
+
+ private:
+  static ndk::ScopedAStatus None() { return ndk::ScopedAStatus(nullptr); }
+};
+
+TEST_F(ThermalQueryTest, NoStatusIsAFailureWithoutAMessage) {
+  wrapper_ = android::sp<ThermalHidlWrapper>::make(ndk::SharedRefBase::make<LocalThermal>());
+  HidlAnswer query;
+  std::vector<V2_0::Temperature> temperatures;
+  EXPECT_TRUE(
+      wrapper_->getCurrentTemperatures(false, V2_0::TemperatureType::SKIN, query.Take(temperatures))
+          .isOk());
+  EXPECT_TRUE(FailedWith(query, ""));
+  HidlAnswer registration;
+  const auto callback = android::sp<HidlThermalCallback>::make();
+  EXPECT_TRUE(wrapper_
+                  ->registerThermalChangedCallback(callback, false, V2_0::TemperatureType::SKIN,
+                                                   registration.Take())
+                  .isOk());
+  EXPECT_TRUE(FailedWith(registration, ""));
+}
+
+TEST_F(ThermalQueryTest, DebugHandsDescriptorAndOptionsToTheService) {
+  const auto local = ndk::SharedRefBase::make<LocalThermal>();
+  wrapper_ = android::sp<ThermalHidlWrapper>::make(local);
+  // Without a handle, and without a descriptor in it.
+  native_handle_t* const empty = native_handle_create(/*numFds=*/0, /*numInts=*/1);
+  EXPECT_TRUE(wrapper_->debug(hidl_handle(), {"a"}).isOk());
+  EXPECT_TRUE(wrapper_->debug(hidl_handle(empty), {"a"}).isOk());
+  EXPECT_EQ(local->dumps, 0);
+  native_handle_delete(empty);
+
+  const int fd = memfd_create("dump", MFD_CLOEXEC);
+  native_handle_t* const native = native_handle_create(/*numFds=*/1, /*numInts=*/0);
+  native->data[0] = fd;
+  EXPECT_TRUE(wrapper_->debug(hidl_handle(native), {"--all", "", "two words"}).isOk());
+  EXPECT_TRUE(wrapper_->debug(hidl_handle(native), {}).isOk());
+  EXPECT_EQ(local->dumps, 2);
+  char text[64] = {};
+  EXPECT_GT(pread(fd, text, sizeof text - 1, 0), 0);
+  EXPECT_STREQ(text, "[--all][][two words]");
+  native_handle_close(native);
+  native_handle_delete(native);
+}
+
+TEST_F(ThermalQueryTest, DebugReachesAServiceInAnotherProcess) {
+  const int fd = memfd_create("dump", MFD_CLOEXEC);
+  native_handle_t* const native = native_handle_create(/*numFds=*/1, /*numInts=*/0);
+  native->data[0] = fd;
+  EXPECT_TRUE(wrapper_->debug(hidl_handle(native), {}).isOk());
+  char text[4096] = {};
+  EXPECT_GT(pread(fd, text, sizeof text - 1, 0), 0);
+  EXPECT_NE(std::string(text).find("skin"), std::string::npos);
+  native_handle_close(native);
+  native_handle_delete(native);
+}
+
+// A caller's mistake is reported and then not survived.
+TEST(ThermalWrapperDeathTest, WithoutAServiceAQueryReportsAndFails) {
+  using aidl::android::hardware::thermal::ThermalHidlWrapper;
+  EXPECT_DEATH(
+      {
+        const auto wrapper = android::sp<ThermalHidlWrapper>::make(nullptr);
+        const auto answer = wrapper->getCurrentTemperatures(
+            false, V2_0::TemperatureType::SKIN, [](const auto& status, const auto&) {
+              fprintf(stderr, "told: %s.\n", status.debugMessage.c_str());
+            });
+        std::_Exit(answer.isOk() ? 0 : 1);
+      },
+      "told: Thermal AIDL HAL client used by HIDL wrapper was not initialized\\.");
+}
+
+}  // namespace
+}  // namespace norvik::qel
