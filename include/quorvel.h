@@ -12,8 +12,9 @@
  * with -EINVAL, or ignored by functions without a result.
  *
  * Threads. Functions may be called from any thread, several at a time, from inside callbacks too,
- * with one exception: Deinit...() must not run beside any other call on the same handle and must
- * not be called from a callback of that handle (it waits for callbacks to end).
+ * with one exception: Deinit...() must not run beside any other call on the same handle, but for
+ * those that the handle's own callbacks make, and must not be called from a callback of that handle
+ * (it waits for callbacks to end).
  *
  * Callbacks run on a worker thread of the library, one at a time per handle and family, with no
  * lock of the library held. A callback that takes long delays other clients of its handle, nobody
@@ -21,7 +22,8 @@
  *
  * Process. The platform delivers through its binder threads, which the program has to have
  * started (ABinderProcess_startThreadPool() and the like): without them no report and no death of
- * a service is ever heard of, and clients are never called. The library stays mapped when it is
+ * the health service is ever heard of, and its clients are never called. (The platform's sensor
+ * manager starts a binder thread where there is none.) The library stays mapped when it is
  * unloaded with dlclose(), since the platform may still hold objects of it.
  */
 #ifndef QUORVEL_H
@@ -249,7 +251,8 @@ int DeregisterDockChargerIsOnlineCallback(void* handle, BatteryInfoCallback call
  * @param cookie  as given at registration.
  *
  * Called once soon after a registration that finds its sensor enabled or enables it, with the last
- * reading, which is 0 while there is none; and then whenever the sensor has reported, also when the
+ * reading of this handle, which is 0 while there is none and may be from long ago when the sensor
+ * was disabled meanwhile; and then whenever the sensor has reported, also when the
  * reading is the same. Reports that come faster than clients are called fold into one call with the
  * latest reading.
  */
@@ -293,15 +296,19 @@ void DumpSensorInfo(void* handle, int fd);
  * @param callback  what to call; several clients may have the same.
  * @param cookie    handed back on every call; not NULL. Keep what it points to until
  *                  DeinitSensorInfo() has returned, see DeregisterProximitySensorCallback().
- * @return 0, also while the service is late (see above). -EINVAL when an argument is NULL, or `id`
- *         is registered for this sensor already. -ENOSYS when the device has no such sensor. Any
- *         other value is what the platform answered to enabling the sensor. The client is
- *         registered only when 0 is returned.
+ * @return 0, also while the service is late (see above). -EINVAL when an argument is NULL, when
+ *         `id` is registered for this sensor already, or when the sensor is still enabled without a
+ *         client (see DeregisterProximitySensorCallback()). -ENOSYS when the device has no such
+ *         sensor; a handle asks once, so that also a question that failed stays answered. Any other
+ *         value is what the platform answered to enabling the sensor. The client is registered only
+ *         when 0 is returned.
  *
- * The first client of a sensor waits for the sensor service's answers: three calls or four, the
- * first time with the look-up of the sensor manager. On a device the look-up returns at once while
- * the service runs, but waits without limit should the service vanish between being found and being
- * asked; also then everything else on the handle waits.
+ * What it costs. The first client of a sensor waits for the sensor service: one call to enable the
+ * sensor, one more to look it up when it is the handle's first use of that sensor, and for the
+ * first sensor of the handle the look-ups of service and manager and the call that makes an event
+ * queue. The look-up of the manager returns at once while the service runs, but waits without limit
+ * should the service vanish between being found and being asked; also then everything else on the
+ * handle waits. Further clients cost no call.
  */
 int RegisterProximitySensorCallback(void* handle, int id, SensorCallbackFunc callback,
                                     void* cookie);
@@ -312,10 +319,12 @@ int RegisterProximitySensorCallback(void* handle, int id, SensorCallbackFunc cal
  *         disables the sensor, and what becomes of that is the result: -ENOSYS for a sensor that
  *         was never found, -EINVAL for one that could not be enabled when the service came up, and
  *         any other value is what the platform answered. Whatever the result, a client that was
- *         registered no longer is.
+ *         registered no longer is. When the platform refuses to disable the sensor it stays
+ *         enabled, and this handle takes no client for it any more.
  *
  * A call that is already on its way may still arrive after this returns: cookies have to live
- * until DeinitSensorInfo() has returned.
+ * until DeinitSensorInfo() has returned. The last client of a sensor waits for the service's
+ * answer.
  */
 int DeregisterProximitySensorCallback(void* handle, int id);
 

@@ -5,9 +5,16 @@
 
 namespace norvik::qel::audio {
 
+SensorClient ClientList::Entry::Copy() const {
+  return {.need_to_update = need_to_update.load(std::memory_order_relaxed),
+          .id = id,
+          .callback = callback,
+          .cookie = cookie};
+}
+
 bool ClientList::Contains(int id) const {
   return !empty() && std::any_of(current_->begin(), current_->end(),
-                                 [=](const Entry& entry) { return entry.client.id == id; });
+                                 [=](const Entry& entry) { return entry.id == id; });
 }
 
 void ClientList::Append(const SensorClient& client) {
@@ -37,8 +44,7 @@ std::vector<SensorClient> ClientList::CopyAndUnmark() {
   if (empty()) return copies;
   copies.reserve(current_->size());
   for (Entry& entry : *current_) {
-    copies.push_back(entry.client);
-    copies.back().need_to_update = entry.need_to_update.load(std::memory_order_relaxed);
+    copies.push_back(entry.Copy());
     entry.need_to_update.store(false, std::memory_order_relaxed);
   }
   return copies;
@@ -49,7 +55,7 @@ std::unique_ptr<ClientList::Entries> ClientList::CopyEntries(const int* without_
   if (current_ == nullptr) return entries;
   entries->reserve(current_->size() + 1);
   for (const Entry& entry : *current_) {
-    if (without_id == nullptr || entry.client.id != *without_id) entries->push_back(entry);
+    if (without_id == nullptr || entry.id != *without_id) entries->push_back(entry);
   }
   return entries;
 }
@@ -70,8 +76,8 @@ std::vector<ClientList::State> ClientList::UnlockedStates() const {
   if (const Entries* entries = published_.load(std::memory_order_seq_cst)) {
     states.reserve(entries->size());
     for (const Entry& entry : *entries) {
-      states.push_back({.id = entry.client.id,
-                        .need_to_update = entry.need_to_update.load(std::memory_order_relaxed)});
+      states.push_back(
+          {.id = entry.id, .need_to_update = entry.need_to_update.load(std::memory_order_relaxed)});
     }
   }
   readers_.fetch_sub(1, std::memory_order_release);

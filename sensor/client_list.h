@@ -50,13 +50,17 @@ class ClientList {
  private:
   struct Entry {
     explicit Entry(const SensorClient& client)
-        : client(client), need_to_update(client.need_to_update) {}
-    Entry(const Entry& other)
-        : client(other.client),
-          need_to_update(other.need_to_update.load(std::memory_order_relaxed)) {}
+        : need_to_update(client.need_to_update),
+          id(client.id),
+          callback(client.callback),
+          cookie(client.cookie) {}
+    Entry(const Entry& other) : Entry(other.Copy()) {}
+    SensorClient Copy() const;
 
-    SensorClient client;  // but for the flag, which is below
     std::atomic<bool> need_to_update;
+    const int id;
+    const SensorCallbackFunc callback;
+    void* const cookie;
   };
   using Entries = std::vector<Entry>;
 

@@ -108,6 +108,7 @@ bool SensorInfo::Initialize() {
       state.data = 0;
     }
     poll_started_ = false;
+    closing_ = false;
     poll_thread_ = std::make_unique<SensorPollThread>(this);
     poll_thread_->Initialize();
     callback_thread_ = std::make_unique<SensorCallbackThread>(this);
@@ -176,12 +177,11 @@ int SensorInfo::DeregisterCallback(AudioSensorType type, int id) {
   if (!IsSensor(type)) return -EINVAL;
   std::lock_guard<std::mutex> lock(lock_);
   ClientList& clients = clients_[type];
-  if (!clients.Contains(id)) {
+  if (!clients.Remove(id)) {
     __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: id(%d) didn't register!", __func__, id);
     return -EINVAL;
   }
   __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s: remove id(%d)", __func__, id);
-  clients.Remove(id);
   return clients.empty() ? DisableSensor(type) : 0;
 }
 
@@ -303,7 +303,7 @@ int SensorInfo::EnableSensor(AudioSensorType type) {
     __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s: start to initialize sensor %s", __func__,
                         GetASensorString(type));
     state.sensor = ASensorManager_getDefaultSensor(sensor_manager_, GetASensorTyep(type));
-    // Also when there is none: what a device has does not change.
+    // Also when there is none, or when the question failed: it is asked once.
     state.initialized = true;
     __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s: end to initialize sensor %s", __func__,
                         GetASensorString(type));
@@ -362,8 +362,8 @@ int SensorInfo::DisableSensor(AudioSensorType type) {
   return result;
 }
 
-// In this order: a wake that came first could be taken, and its round be over, while the poll
-// thread still finds itself wanted (see SharedPoll).
+// Both under the same hold of lock_, with which the poll thread looks whether it is wanted: see
+// SharedPoll for why it cannot miss that it is not.
 void SensorInfo::StopPoll() {
   poll_started_ = false;
   ALooper_wake(looper_);

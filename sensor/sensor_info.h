@@ -25,11 +25,11 @@ namespace norvik::qel::audio {
 // pending_sensors_, and the "sensor_reconnect" worker looks for the service once a second. The
 // service's death is not noticed: the platform's objects do not survive it.
 //
-// Threads: clients and the three workers. Initialize() and Deinitialize() once each, by the owner,
+// Threads: clients and the three workers. Initialize() and Deinitialize() in turn, by the owner,
 // with no other call under way but those of callbacks. Clients are called on the "sensor_callback"
 // worker only, one at a time, with no lock held.
-// Locks: lock_, then a worker's own or that of SharedPoll. Calls to the platform are made with
-// lock_ held, but for the wait for events.
+// Locks: lock_, then a worker's own. Calls to the platform are made with lock_ held, but for the
+// wait for events.
 class SensorInfo {
  public:
   enum AudioSensorType : int32_t {

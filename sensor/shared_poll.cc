@@ -2,24 +2,24 @@
 
 #include <android/looper.h>
 
+#include <type_traits>
+
 namespace norvik::qel::audio {
 
 namespace {
 
-// Its destructor leaves the value alone.
-template <typename T>
-union NeverDestroyed {
-  constexpr NeverDestroyed() : value() {}
-  ~NeverDestroyed() {}  // NOLINT(modernize-use-equals-default): a union's default one is deleted
-  T value;
-};
-
-constinit NeverDestroyed<SharedPoll> shared_poll;
+// Where the standard library's mutex has a destructor to run, it is kept from running.
+#if defined(__clang__)
+[[clang::no_destroy]]
+#else
+static_assert(std::is_trivially_destructible_v<SharedPoll>);
+#endif
+constinit SharedPoll shared_poll;
 
 }  // namespace
 
 SharedPoll& SharedPoll::Get() {
-  return shared_poll.value;
+  return shared_poll;
 }
 
 bool SharedPoll::Wait(uint64_t& seen) {

@@ -25,12 +25,12 @@ namespace norvik::qel::audio {
 // - News. A queue's events are there before its mark. Whichever poll takes the mark begins a round
 //   after that, and in that round the queue's owner finds the events. A thread that starts anew has
 //   seen no round, so it looks at its queue before it first waits.
-// - Ends. Whoever ends a thread first clears, under the handle's lock, what the thread looks at,
-//   and wakes then. A thread that has still found itself wanted saw its last round before that.
-//   The poll that takes the wake returns, and begins its round, after it: that round is new to the
-//   thread, whoever polled. If nobody does, the thread polls itself, and the wake is still there,
-//   because wakes are kept. If a poll takes news first, the wake is left, but its round serves as
-//   well.
+// - Ends. Whoever ends a thread clears what the thread looks at and wakes, under one hold of the
+//   handle's lock, with which the thread looks. A thread that has still found itself wanted saw its
+//   last round before that. The poll that takes the wake returns, and begins its round, after it:
+//   that round is new to the thread, whoever polled. If nobody does, the thread polls itself, and
+//   the wake is still there, because wakes are kept. If a poll takes news first, the wake is left,
+//   but its round serves as well.
 // - Turns. That a poll is over and that a round has begun becomes visible in one step, so nobody
 //   waits for a poll that has returned. A round begins before the thread that polled takes its
 //   handle's lock: a handle that is held up keeps no other waiting. A thread that leaves takes no

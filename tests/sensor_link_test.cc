@@ -1,8 +1,11 @@
 // The way to the sensor service: late, absent, unusable.
+#include <android/binder_ibinder.h>
+#include <android/binder_manager.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -35,20 +38,17 @@ TEST_F(SensorLinkTest, InitAndDeinitDoNotTouchThePlatform) {
   }
 }
 
-TEST_F(SensorLinkTest, ASensorThatIsNoLongerWaitedForIsNotEnabled) {
+TEST_F(SensorLinkTest, ASensorThatWaitsTakesFurtherClientsAndLetsThemGo) {
   const int looked = CheckServiceScript().calls();
   ASSERT_EQ(RegisterProximitySensorCallback(handle_, 0, Client<0>, &seen_), 0);
   // Once for the registration, once for the first attempt of the worker.
   ASSERT_TRUE(CheckServiceScript().WaitForCalls(looked + 2));
   ASSERT_EQ(RegisterProximitySensorCallback(handle_, 1, Client<0>, &seen_), 0);
   EXPECT_EQ(RegisterProximitySensorCallback(handle_, 1, Client<0>, &seen_), -EINVAL);
+  EXPECT_EQ(CheckServiceScript().calls(), looked + 2);
   EXPECT_EQ(DeregisterProximitySensorCallback(handle_, 0), 0);
   EXPECT_EQ(DeregisterProximitySensorCallback(handle_, 1), 0);
   EXPECT_EQ(Calls(SensorFunction::kDisableSensor), 0);
-  hub_.Start();
-  RegisterHingeAndHearZero();
-  EXPECT_EQ(hub_.listeners(kProximity), 0);
-  EXPECT_TRUE(seen_.empty());
   EXPECT_THAT(Log(ANDROID_LOG_ERROR), IsEmpty());
 }
 
@@ -75,14 +75,15 @@ TEST_F(SensorLinkTest, WithoutManagerLooperOrQueueAClientWaits) {
     EXPECT_THAT(Dump(), HasSubstr("client id:0"));
     EXPECT_EQ(DeregisterProximitySensorCallback(handle_, 0), 0);
   }
-  EXPECT_TRUE(seen_.empty());
   // Each time from the beginning, and nobody looks for a service that is there.
   EXPECT_EQ(CheckServiceScript().calls(), looked + 3);
   // A looper that has to be prepared will do.
   hub_.on(SensorFunction::kForThread).Then({.status = STATUS_UNKNOWN_ERROR});
   RegisterProximityAndHearZero();
-  EXPECT_THAT(Log(ANDROID_LOG_DEBUG),
-              Contains("InitSensorInterface: success to initialize sensor interface"));
+  EXPECT_EQ(Count(ANDROID_LOG_DEBUG, "InitSensorInterface: start to initialize sensor interface"),
+            2);  // and once for the last of the cases
+  EXPECT_EQ(Count(ANDROID_LOG_DEBUG, "InitSensorInterface: success to initialize sensor interface"),
+            1);
   EXPECT_EQ(CheckServiceScript().calls(), looked + 4);
   RegisterHingeAndHearZero();
   EXPECT_EQ(CheckServiceScript().calls(), looked + 4);
@@ -90,22 +91,39 @@ TEST_F(SensorLinkTest, WithoutManagerLooperOrQueueAClientWaits) {
   EXPECT_EQ(seen_.Take(), (Call{0, 5}));
 }
 
-TEST_F(SensorLinkTest, TheReferenceToTheServiceIsGivenBack) {
-  hub_.Start();
-  RegisterProximityAndHearZero();
-  DeinitSensorInfo(&handle_);
-  EXPECT_EQ(hub_.queue_count(), 0u);
+TEST(SensorReferenceTest, TheReferenceToTheServiceIsGivenBack) {
+  Seen<Call> seen;
+  ndk::ScopedAIBinder_Weak service;
+  {
+    simulated::SensorHub hub;
+    hub.Add(kProximity, "proximity");
+    hub.Start();
+    ndk::SpAIBinder binder(AServiceManager_checkService(devices::kSensorInstance));
+    service.set(AIBinder_Weak_new(binder.get()));
+    void* handle = nullptr;
+    InitSensorInfo(&handle);
+    ASSERT_EQ(RegisterProximitySensorCallback(handle, 0, Client<0>, &seen), 0);
+    binder.set(nullptr);
+    ASSERT_NE(service.promote().get(), nullptr);
+    DeinitSensorInfo(&handle);
+    EXPECT_EQ(hub.queue_count(), 0u);
+  }
+  // The platform's manager has gone with the service: whoever held it still would be the library.
+  EXPECT_EQ(service.promote().get(), nullptr);
 }
 
 using SensorLinkSlowTest = SensorFixture;
 
 // Longer than the ten runs that a worker has for one trigger.
 TEST_F(SensorLinkSlowTest, AServiceIsLookedForUntilItComes) {
+  const auto begin = std::chrono::steady_clock::now();
   const int looked = CheckServiceScript().calls();
   ASSERT_EQ(RegisterProximitySensorCallback(handle_, 0, Client<0>, &seen_), 0);
   ASSERT_EQ(RegisterHingeAngleSensorCallback(handle_, 0, Client<1>, &seen_), 0);
   ASSERT_EQ(RegisterHingeAngleSensorCallback(handle_, 1, Client<2>, &seen_), 0);
   ASSERT_TRUE(CheckServiceScript().WaitForCalls(looked + 2 + 12, std::chrono::seconds(60)));
+  // Two registrations and the first attempt, and eleven attempts after a pause each.
+  EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
   EXPECT_THAT(Log(ANDROID_LOG_WARN), Each(kAbsent));
   // Nothing is owed to anybody while a sensor is not enabled: the first call comes with a reading.
   EXPECT_THAT(Dump(), Not(HasSubstr("need_to_update:T")));
@@ -115,7 +133,7 @@ TEST_F(SensorLinkSlowTest, AServiceIsLookedForUntilItComes) {
   hub_.Start();
   EXPECT_EQ(seen_.Take(), (Call{1, 120}));
   EXPECT_EQ(seen_.Take(), (Call{2, 120}));
-  EXPECT_EQ(log_.Count(kGivenUp), 1);
+  EXPECT_EQ(Count(ANDROID_LOG_WARN, kGivenUp), 1);
   // The client of the sensor that was refused is there and hears nothing.
   hub_.Report({{.type = kProximity, .value = 1}, {.type = kHinge, .value = 121}});
   EXPECT_EQ(seen_.Take(), (Call{1, 121}));
@@ -123,8 +141,39 @@ TEST_F(SensorLinkSlowTest, AServiceIsLookedForUntilItComes) {
   EXPECT_THAT(Dump(), HasSubstr("client id:0"));
   EXPECT_EQ(DeregisterProximitySensorCallback(handle_, 0), -EINVAL);
   EXPECT_THAT(Log(ANDROID_LOG_DEBUG), Contains("DisableSensor: already disabled."));
-  EXPECT_TRUE(Eventually(
-      [this] { return RegisterProximitySensorCallback(handle_, 0, Client<0>, &seen_) == 0; }));
+  EXPECT_EQ(RegisterProximitySensorCallback(handle_, 0, Client<0>, &seen_), 0);
+}
+
+// The proximity sensor is no longer waited for when the service comes, and the device has no hinge.
+TEST(SensorLateServiceSlowTest, WhatIsNoLongerWantedOrNotThereIsNotEnabled) {
+  const standin::LogCapture log;
+  simulated::SensorHub hub;
+  hub.Add(kProximity, "proximity");
+  Seen<Call> seen;
+  void* handle = nullptr;
+  InitSensorInfo(&handle);
+  ASSERT_EQ(RegisterProximitySensorCallback(handle, 0, Client<0>, &seen), 0);
+  ASSERT_EQ(RegisterHingeAngleSensorCallback(handle, 0, Client<1>, &seen), 0);
+  EXPECT_EQ(DeregisterProximitySensorCallback(handle, 0), 0);
+  hub.Start();
+  ASSERT_TRUE(log.WaitFor(kGivenUp));  // of the hinge angle, which is the last to be waited for
+  EXPECT_EQ(hub.listeners(kProximity), 0);
+  EXPECT_EQ(hub.on(SensorFunction::kRegisterSensor).calls(), 0);
+  const auto lines = log.Lines().size();
+  EXPECT_EQ(DeregisterHingeAngleSensorCallback(handle, 0), -ENOSYS);
+  EXPECT_EQ(log.Lines().size(), lines + 1);  // "remove id" alone
+  EXPECT_EQ(RegisterProximitySensorCallback(handle, 0, Client<0>, &seen), 0);
+  EXPECT_EQ(seen.Take(), (Call{0, 0}));
+  DeinitSensorInfo(&handle);
+}
+
+TEST_F(SensorLinkSlowTest, NobodyLooksForAServiceThatNobodyWaitsFor) {
+  const int looked = CheckServiceScript().calls();
+  ASSERT_EQ(RegisterProximitySensorCallback(handle_, 0, Client<0>, &seen_), 0);
+  ASSERT_TRUE(CheckServiceScript().WaitForCalls(looked + 2));
+  EXPECT_EQ(DeregisterProximitySensorCallback(handle_, 0), 0);
+  // The attempt after the pause: can miss it, never invent it.
+  EXPECT_FALSE(CheckServiceScript().WaitForCalls(looked + 3, std::chrono::milliseconds(2000)));
 }
 
 // A service that is there and cannot be used ends the ten runs, and with them the attempts.

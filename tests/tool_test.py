@@ -3,7 +3,8 @@
 
 usage: tool_test.py QUORVEL QUORVEL_BARE
 
-QUORVEL_BARE is the monitor built for a device without any service.
+QUORVEL_BARE is the monitor built for devices that lack something: "bare" any service, "flat" a
+hinge and a reading of its other sensor.
 """
 
 import datetime
@@ -77,6 +78,8 @@ class ToolTest(unittest.TestCase):
         cls.demo = start("demo")
         cls.demo_json = start("demo", "--json")
         cls.life = start("watch", "battery", "--json", "--for", "15s")
+        cls.sensor_life = start("watch", "sensors", "--json", "--for", "8s")
+        cls.bare_sensors = start("get", "sensors", program=QUORVEL_BARE)
         cls.bare_dump = start("dump", program=QUORVEL_BARE)
         cls.bare_demo = start("demo", "--json", program=QUORVEL_BARE)
 
@@ -101,7 +104,7 @@ class ToolTest(unittest.TestCase):
 
     def test_help_and_version_go_to_standard_output(self):
         text = self.success(run("--help"))
-        for word in ("watch battery", "get battery", "dump", "demo", "--device", "simulated",
+        for word in ("watch battery", "get battery", "watch sensors", "get sensors", "dump", "demo", "--device", "simulated",
                      "linux", "--json", "--for", "--verbose", "--version", "Exit code"):
             self.assertIn(word, text)
         self.assertEqual(self.success(run("watch", "-h", "--json")), text)
@@ -110,7 +113,8 @@ class ToolTest(unittest.TestCase):
     def test_a_wrong_command_line_is_one_line_and_exit_code_2(self):
         for args, complaint in {
                 "": "command", "sing": "sing", "watch": "battery", "get fish": "fish",
-                "watch battery get": "get", "demo battery": "battery", "dump --fast": "--fast",
+                "watch sensors --device linux": "no sensors",
+                "get sensors --device linux": "no sensors", "watch battery get": "get", "demo battery": "battery", "dump --fast": "--fast",
                 "dump --device toaster": "toaster", "dump --device": "--device",
                 "dump --json=maybe": "maybe", "get battery --for 1s": "--for",
                 "demo --for 1s": "--for", "watch battery --for": "--for",
@@ -138,8 +142,11 @@ class ToolTest(unittest.TestCase):
         self.assertIn("linked to services = T", text)
         self.assertIn("Battery Level = 50 (clients:1)", text)
         self.assertIn("Dock Charger Is Online = 1 (clients:1)", text)
-        [dump] = self.parse(self.success(run("dump", "--json")))
-        self.assertEqual((dump["event"], dump["text"]), ("dump", text))
+        sensors = text.index("SensorInfo:\n")
+        self.assertIn("active:T, data:5", text[sensors:])
+        dumps = self.parse(self.success(run("dump", "--json")))
+        self.assertEqual([(o["event"], o["family"], o["text"]) for o in dumps],
+                         [("dump", "battery", text[:sensors]), ("dump", "sensors", text[sensors:])])
 
     def test_watch_ends_after_its_time_in_any_locale(self):
         outputs = [VALUE_LINE.findall(self.success(
@@ -164,6 +171,51 @@ class ToolTest(unittest.TestCase):
         self.assertIn("callback_registered", [o["event"] for o in after])
         self.assertEqual(self.values(after, "battery_level")[0], 50)
         self.assertEqual(sorted(o["time"] for o in objects), [o["time"] for o in objects])
+
+    def test_get_waits_for_what_the_sensors_read(self):
+        self.assertEqual(self.success(run("get", "sensors")),
+                         "proximity                 5 cm\nhinge angle               0 degrees\n")
+        objects = self.parse(self.success(run("get", "sensors", "--json")))
+        self.assertEqual([(o["event"], o["property"], o["value"]) for o in objects],
+                         [("reading", "proximity", 5), ("reading", "hinge_angle", 0)])
+
+    def test_the_sensors_of_the_simulated_phone_live_while_they_are_watched(self):
+        objects = self.parse(self.success(finish(self.sensor_life)))
+        # Readings may be heard twice or, on a busy machine, fold.
+        angles = self.values(objects, "hinge_angle")
+        opening = angles[:angles.index(180) + 1]
+        self.assertEqual(opening[0], 0)
+        self.assertEqual(sorted(opening), opening)
+        self.assertLessEqual(set(opening), {0, 30, 60, 90, 134, 180})
+        distances = self.values(objects, "proximity")
+        self.assertEqual([new for old, new in zip([None] + distances, distances) if old != new][-3:],
+                         [5, 0, 5])
+        self.assertEqual({o["service"] for o in objects if o["event"] != "value"}, {"sensor"})
+
+    def test_a_sensor_that_is_not_there_is_no_failure(self):
+        flat = {"program": QUORVEL_BARE}
+        self.assertEqual(
+            self.success(run("get", "sensors", "--device", "flat", **flat)),
+            "proximity                 0 cm\nhinge angle               not present\n")
+        objects = self.parse(self.success(
+            run("get", "sensors", "--device", "flat", "--json", **flat)))
+        self.assertEqual([o["value"] for o in objects], [0, None])
+        self.assertIn("hinge angle               not present",
+                      self.success(run("watch", "sensors", "--device", "flat", "--for", "100ms",
+                                       **flat)))
+        self.assertIn("HINGE_ANGLE\n    initialized:T active:F",
+                      self.success(run("dump", "--device", "flat", **flat)))
+        text = self.success(run("demo", "--device", "flat", "--for", "1s", **flat))
+        self.assertIn("This device has no hinge angle sensor", text)
+        self.assertRegex(text.splitlines()[-1], "^Demo done: .*; proximity 0 cm[.]$")
+
+    def test_a_device_without_sensors_is_said_to_have_none(self):
+        text = self.success(on_machine(MACHINE, "dump"))
+        self.assertIn("Battery Level = 77", text)
+        self.assertIn("This device has no sensors", text)
+        self.assertNotIn("SensorInfo", text)
+        self.assertIn("This device has no sensors",
+                      self.success(on_machine(MACHINE, "demo", "--for", "1s")))
 
     def test_a_signal_ends_watch_and_demo_cleanly(self):
         for command in (["watch", "battery"], ["demo"]):
@@ -201,7 +253,8 @@ class ToolTest(unittest.TestCase):
 
     def test_demo_tells_its_story(self):
         text = self.success(finish(self.demo))
-        self.assertEqual(len(re.findall(r"^\d\. ", text, re.MULTILINE)), 6)
+        self.assertEqual([int(n) for n in re.findall(r"^(\d+)\. ", text, re.MULTILINE)],
+                         list(range(1, 12)))
         heard = [new for name, _, new in VALUE_LINE.findall(text) if name == "battery level"]
         self.assertEqual(heard, ["50 %", "51 %", "52 %", "53 %", "47 %", "46 %"])
         self.assertIn("** device: the health service died", text)
@@ -209,21 +262,38 @@ class ToolTest(unittest.TestCase):
         self.assertIn("refused a call: registerCallback", text)
         last = text.splitlines()[-1]
         self.assertIn("Demo OK: ", last)
-        self.assertIn("13 callbacks, 2 deaths of the service, 1 refusal and 2 relinks", last)
+        self.assertRegex(last, r"13 callbacks for the battery and \d+ for the sensors, 2 deaths of "
+                               "the health service, 1 refusal and 2 relinks")
         self.assertEqual(text.count("Demo "), 1)
+
+        # The sensors' part: calls may repeat a reading, or fold.
+        listens = text.index("the library listens to the hinge angle sensor")
+        self.assertLess(text.index("the sensor service is up"), listens)
+        self.assertNotRegex(text[:text.index("the sensor service is up")], r"  ->  .* (cm|degrees)")
+        angles = [new for name, _, new in VALUE_LINE.findall(text) if name == "hinge angle"]
+        places = [angles.index(f"{angle} degrees") for angle in (29, 60, 89, 135, 180)]
+        self.assertEqual(places, sorted(places))
+        self.assertEqual(angles[-1], "0 degrees")
+        self.assertIn("no longer listens to the proximity sensor", text)
 
     def test_demo_in_json_sums_up_what_was_seen(self):
         objects = self.parse(self.success(finish(self.demo_json)))
-        counts = {name: sum(o["event"] == name for o in objects)
-                  for name in ("value", "service_died", "callback_registered", "call_refused",
-                               "callback_unregistered", "heading", "summary")}
-        self.assertEqual(counts, {"value": 13, "service_died": 2, "callback_registered": 3,
-                                  "call_refused": 1, "callback_unregistered": 1, "heading": 6,
-                                  "summary": 1})
+        counts = {(o["event"], o.get("service")): 0 for o in objects}
+        for o in objects:
+            counts[o["event"], o.get("service")] += 1
+        values = counts.pop(("value", None))
+        counts.pop(("narration", None))
+        self.assertEqual(counts, {
+            ("heading", None): 11, ("summary", None): 1,
+            ("service_started", "health"): 3, ("service_died", "health"): 2,
+            ("callback_registered", "health"): 3, ("call_refused", "health"): 1,
+            ("callback_unregistered", "health"): 1, ("service_started", "sensor"): 1,
+            ("callback_registered", "sensor"): 2, ("callback_unregistered", "sensor"): 2})
+        self.assertEqual(sum(o.get("property") in PROPERTIES for o in objects), 13)
         summary = objects[-1]
         self.assertEqual([summary[key] for key in
                           ("event", "success", "callbacks", "deaths", "relinks", "refusals")],
-                         ["summary", True, 13, 2, 2, 1])
+                         ["summary", True, values, 2, 2, 1])
 
     def test_a_machine_without_a_battery_is_said_to_have_none(self):
         text = self.success(on_machine("", "demo", "--for", "1s"))
@@ -247,10 +317,15 @@ class ToolTest(unittest.TestCase):
         code, out, err = run("get", "battery", program=QUORVEL_BARE)
         self.assertEqual((code, out), (1, ""))
         self.assertIn("quorvel: the health service cannot be asked", err)
+        code, out, err = finish(self.bare_sensors)
+        self.assertEqual((code, out), (1, ""))
+        self.assertIn("quorvel: the sensor service has not reported", err)
         code, out, err = finish(self.bare_dump)
         self.assertEqual(code, 1)
         self.assertIn("linked to services = F", out)
+        self.assertIn("SensorInfo:", out)
         self.assertIn("quorvel: the health service has not reported", err)
+        self.assertIn("quorvel: the sensor service has not reported", err)
         code, out, err = finish(self.bare_demo)
         self.assertEqual(code, 1, err)
         self.assertEqual(self.parse(out)[-1]["success"], False)

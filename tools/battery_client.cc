@@ -1,12 +1,12 @@
 #include "tools/battery_client.h"
 
 #include <errno.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <system_error>
 #include <thread>
 #include <utility>
+
+#include "tools/dump_text.h"
 
 namespace norvik::qel::tool {
 
@@ -55,18 +55,7 @@ std::optional<Value> BatteryClient::Read(const BatteryProperty& property) {
 }
 
 std::string BatteryClient::Dump() {
-  // A file in memory takes a dump of any length; a pipe would fill up with nobody to read it.
-  const int fd = memfd_create("dump", MFD_CLOEXEC);
-  if (fd < 0) throw std::system_error(errno, std::generic_category(), "memfd_create");
-  DumpBatteryInfo(handle_, fd);
-  lseek(fd, 0, SEEK_SET);
-  std::string text;
-  char part[1024];
-  for (ssize_t size; (size = read(fd, part, sizeof part)) > 0;) {
-    text.append(part, static_cast<size_t>(size));
-  }
-  close(fd);
-  return text;
+  return DumpText(DumpBatteryInfo, handle_);
 }
 
 }  // namespace norvik::qel::tool

@@ -11,9 +11,12 @@ struct Options;
 class Output;
 
 inline constexpr int kExitUsage = 2;  // beside EXIT_SUCCESS and EXIT_FAILURE
+inline constexpr char kRefusal[] = "the library refuses to register a callback";
 
 int WatchBattery(const Options& options, Output& output);
 int GetBattery(const Options& options, Output& output);
+int WatchSensors(const Options& options, Output& output);
+int GetSensors(const Options& options, Output& output);
 int Dump(const Options& options, Output& output);
 int Demo(const Options& options, Output& output);
 

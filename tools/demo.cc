@@ -1,6 +1,8 @@
 #include "tools/battery_client.h"
 #include "tools/commands.h"
 #include "tools/demo_story.h"
+#include "tools/sensor_client.h"
+#include "tools/sensor_readings.h"
 #include "tools/session.h"
 
 namespace norvik::qel::tool {
@@ -8,18 +10,19 @@ namespace norvik::qel::tool {
 namespace {
 
 // What the callbacks have told.
-std::string Findings(const Observed& observed) {
+template <typename Properties>
+std::string Findings(const Properties& properties, const Observed& observed) {
   std::string text;
-  for (const BatteryProperty* property : kBatteryProperties) {
-    if (!text.empty()) text += ", ";
-    text += std::string(property->name) + " " + InWords(*property, observed.value(*property));
+  for (const Property* property : properties) {
+    text +=
+        "; " + std::string(property->name) + " " + InWords(*property, observed.value(*property));
   }
   return text;
 }
 
 void SayWhatIsMissing(Session& session) {
   const Observed& observed = session.observed();
-  if (observed.callbacks() == 0) return;  // Stopped early: nothing is known of the device.
+  if (CallbacksOf(kBatteryProperties, observed) == 0) return;  // Stopped early: nothing is known.
   if (observed.value(kBatteryLevel) == Value()) {
     session.output().Say("No battery level is known: this device has no battery, or hides it.");
   }
@@ -29,31 +32,52 @@ void SayWhatIsMissing(Session& session) {
   }
 }
 
-int Fail(Session& session, const std::string& why) {
-  session.output().Summary(false, "Demo FAILED: " + why + ".", session.observed());
-  return EXIT_FAILURE;
+// What is wrong, or nothing.
+std::string ObserveBattery(BatteryClient& client, Session& session,
+                           Session::Clock::time_point until) {
+  if (!client.Register()) return "a registration was refused";
+  const auto heard = [&] { return CallbacksOf(kBatteryProperties, session.observed()) > 0; };
+  const auto wake = session.WaitFor(heard, until - Session::Clock::now());
+  return wake == Session::Wake::kTime ? SilenceOf(kHealthService) : "";
+}
+
+std::string ObserveSensors(SensorClient& client, Session& session,
+                           Session::Clock::time_point until) {
+  if (!client.Register()) return "a sensor's registration was refused";
+  for (const SensorProperty* sensor : client.absent_sensors()) {
+    session.output().Say("This device has no " + std::string(sensor->name) + " sensor.");
+  }
+  const auto wake = WaitForReadings(session, client, until);
+  return wake == Session::Wake::kTime ? SilenceOf(kSensorService) : "";
 }
 
 // Shows what a device has, without being able to change it.
 int ObserveDevice(const Options& options, Session& session) {
   Output& output = session.output();
-  const auto end = Session::Clock::now() + options.duration.value_or(std::chrono::seconds(5));
+  const auto begin = Session::Clock::now();
+  const auto end = begin + options.duration.value_or(std::chrono::seconds(5));
   output.Heading("A client registers with the device '" + std::string(options.device->name) + "'");
   output.Say("Values arrive in the client's callback, on a thread of the library.");
   output.Explain("   Lines with ** come from the device itself.");
-  BatteryClient client(session.events());
-  if (!client.Register()) return Fail(session, "a registration was refused");
-  const auto heard = [&] { return session.observed().callbacks() > 0; };
-  if (session.WaitFor(heard, kReportLimit) == Session::Wake::kTime) {
-    return Fail(session, "the health service has not reported anything within " +
-                             std::to_string(kReportLimit.count()) + " s");
+  if (!options.device->has_sensor_service) output.Say("This device has no sensors.");
+  BatteryClient battery(session.events());
+  std::optional<SensorClient> sensors;
+  std::string failure = ObserveBattery(battery, session, begin + kReportLimit);
+  if (failure.empty() && options.device->has_sensor_service) {
+    sensors.emplace(session.events());
+    failure = ObserveSensors(*sensors, session, begin + kReportLimit);
+  }
+  const Observed& observed = session.observed();
+  if (!failure.empty()) {
+    output.Summary(false, "Demo FAILED: " + failure + ".", observed);
+    return EXIT_FAILURE;
   }
   session.WaitFor([] { return false; }, end - Session::Clock::now());
   SayWhatIsMissing(session);
-  const Observed& observed = session.observed();
   output.Summary(true,
-                 "Demo done: the callback was called " + Counted(observed.callbacks(), "time") +
-                     "; " + Findings(observed) + ".",
+                 "Demo done: the callbacks were called " + Counted(observed.callbacks(), "time") +
+                     Findings(kBatteryProperties, observed) +
+                     (sensors ? Findings(sensors->sensors(), observed) : "") + ".",
                  observed);
   return EXIT_SUCCESS;
 }
@@ -61,15 +85,16 @@ int ObserveDevice(const Options& options, Session& session) {
 }  // namespace
 
 int Demo(const Options& options, Output& output) {
-  Session session(options, output);
-  BatteryDriver* const driver = session.device().battery_driver();
-  if (driver == nullptr) return ObserveDevice(options, session);
+  Session session(options, output, {.sensors_late = true});
+  BatteryDriver* const battery = session.device().battery_driver();
+  SensorDriver* const sensors = session.device().sensor_driver();
+  if (battery == nullptr || sensors == nullptr) return ObserveDevice(options, session);
   if (options.duration) {
     Complain("--for: the story of the device '" + std::string(options.device->name) +
              "' has its own length");
     return kExitUsage;
   }
-  return TellStory(session, *driver);
+  return TellStory(session, *battery, *sensors);
 }
 
 }  // namespace norvik::qel::tool

@@ -1,4 +1,4 @@
-// The library's story, told on a device whose battery can be told what to do.
+// The library's story, told on a device that can be told what to do.
 #pragma once
 
 #include "tools/device.h"
@@ -6,7 +6,8 @@
 
 namespace norvik::qel::tool {
 
-// Checks itself: every value that it announces has to arrive. Returns the exit code.
-int TellStory(Session& session, BatteryDriver& driver);
+// Checks itself: every value that it announces has to arrive. Returns the exit code. The sensor
+// service is to be late.
+int TellStory(Session& session, BatteryDriver& battery, SensorDriver& sensors);
 
 }  // namespace norvik::qel::tool

@@ -6,6 +6,7 @@
 #include <memory>
 #include <span>
 #include <string_view>
+#include <vector>
 
 #include "tools/event.h"
 
@@ -30,8 +31,28 @@ class BatteryDriver {
   virtual void RefuseNextRegistration() = 0;
 };
 
+// For a device whose sensors can be told what to report. It has both.
+//
+// Threads: the main thread.
+class SensorDriver {
+ public:
+  virtual ~SensorDriver() = default;
+
+  virtual void SetProximity(float centimetres) = 0;
+  // Several readings are one delivery.
+  virtual void SetHingeAngles(const std::vector<float>& degrees) = 0;
+  // For a service that was to be late.
+  virtual void StartSensorService() = 0;
+};
+
 // What the device tells of itself; called on any thread, also after the device is gone.
 using DeviceObserver = std::function<void(DeviceEvent)>;
+
+struct DeviceSetup {
+  bool verbose = false;
+  // The sensor service stays down until the driver starts it. Only for a device with a driver.
+  bool sensors_late = false;
+};
 
 // Threads: the main thread.
 class Device {
@@ -40,14 +61,18 @@ class Device {
 
   // Makes the program a host for the library (binder threads, log) and brings the services up.
   // Once, before the library's first handle; the library's last handle goes before the device.
-  virtual void Start(bool verbose) = 0;
+  virtual void Start(const DeviceSetup& setup) = 0;
   // Null when the battery leads a life of its own.
   virtual BatteryDriver* battery_driver() { return nullptr; }
+  // Null when the sensors report what they like.
+  virtual SensorDriver* sensor_driver() { return nullptr; }
 };
 
 struct DeviceType {
   std::string_view name;
   std::string_view description;  // for the help
+  // False when no sensor service ever comes up on it.
+  bool has_sensor_service;
   std::unique_ptr<Device> (*make)(DeviceObserver observer);
 };
 

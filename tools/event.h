@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <thread>
 #include <variant>
 
@@ -18,19 +19,24 @@ struct ValueChange {
   std::thread::id thread;  // that the callback ran on
 };
 
+// The services that tell of themselves.
+inline constexpr std::string_view kHealthService = "health";
+inline constexpr std::string_view kSensorService = "sensor";
+
 // Something that the device tells of itself; no client sees it.
 struct DeviceEvent {
   enum class Kind {
     kServiceStarted,
     kServiceDied,
-    kCallbackRegistered,    // the library has linked
-    kCallbackUnregistered,  // the library has left
+    kCallbackRegistered,    // the library has linked, or enabled a sensor
+    kCallbackUnregistered,  // the library has left, or disabled a sensor
     kCallRefused,
     kNotice,
   };
   Kind kind;
-  std::string service;      // "health"
-  std::string detail = {};  // the call refused and the reason; the notice
+  std::string service;
+  // The call refused and the reason; the notice; the sensor, by its name for people.
+  std::string detail = {};
 };
 
 struct Event {

@@ -12,6 +12,7 @@ class Output;
 // The commands return the program's exit code.
 struct Family {
   std::string_view name;
+  std::string_view service;  // whose events belong to it
   int (*watch)(const Options& options, Output& output);
   int (*get)(const Options& options, Output& output);
 };

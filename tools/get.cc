@@ -1,14 +1,36 @@
+#include <algorithm>
+
 #include "tools/battery_client.h"
 #include "tools/commands.h"
 #include "tools/options.h"
 #include "tools/output.h"
+#include "tools/sensor_client.h"
+#include "tools/sensor_readings.h"
+#include "tools/session.h"
 
 namespace norvik::qel::tool {
+
+namespace {
+
+// True when all have been heard.
+bool ShowReadings(const SensorClient& client, const Observed& observed, Output& output) {
+  const auto absent = client.absent_sensors();
+  bool complete = true;
+  for (const SensorProperty* property : kSensorProperties) {
+    const bool is_absent = std::find(absent.begin(), absent.end(), property) != absent.end();
+    const Value value = is_absent ? Value(Absent()) : observed.value(*property);
+    complete &= value != Value();
+    output.ShowReading(*property, value);
+  }
+  return complete;
+}
+
+}  // namespace
 
 int GetBattery(const Options& options, Output& output) {
   // No session: this waits for nothing but the service, and signals may end that at once.
   const std::unique_ptr<Device> device = options.device->make([](const DeviceEvent&) {});
-  device->Start(options.verbose);
+  device->Start({.verbose = options.verbose});
   BatteryClient client(std::make_shared<EventQueue>());
   for (const BatteryProperty* property : kBatteryProperties) {
     const std::optional<Value> value = client.Read(*property);
@@ -19,6 +41,25 @@ int GetBattery(const Options& options, Output& output) {
     output.ShowReading(*property, *value);
   }
   return EXIT_SUCCESS;
+}
+
+// The library has no function that reads a sensor: only callbacks tell.
+int GetSensors(const Options& options, Output& output) {
+  Session session(options, output, {.show_events = false});
+  SensorClient client(session.events());
+  if (!client.Register()) {
+    Complain(kRefusal);
+    return EXIT_FAILURE;
+  }
+  const auto wake = WaitForReadings(session, client, Session::Clock::now() + kReportLimit);
+  if (wake == Session::Wake::kStop) return EXIT_SUCCESS;
+  if (wake == Session::Wake::kTime && session.observed().callbacks() == 0) {
+    Complain(SilenceOf(kSensorService));
+    return EXIT_FAILURE;
+  }
+  if (ShowReadings(client, session.observed(), output)) return EXIT_SUCCESS;
+  Complain("a sensor has not been heard");
+  return EXIT_FAILURE;
 }
 
 }  // namespace norvik::qel::tool

@@ -29,8 +29,8 @@ DeviceEvent::Kind Translate(devices::DeviceEvent::Kind kind) {
 
 }  // namespace
 
-void BecomeHostProcess(bool verbose) {
-  __android_log_set_minimum_priority(verbose ? ANDROID_LOG_DEBUG : ANDROID_LOG_WARN);
+void BecomeHostProcess(const DeviceSetup& setup) {
+  __android_log_set_minimum_priority(setup.verbose ? ANDROID_LOG_DEBUG : ANDROID_LOG_WARN);
   ABinderProcess_startThreadPool();
 }
 

@@ -10,7 +10,7 @@ std::unique_ptr<Device> MakeSimulatedDevice(DeviceObserver observer);
 std::unique_ptr<Device> MakeLinuxDevice(DeviceObserver observer);
 
 // What the library expects of the program that it runs in.
-void BecomeHostProcess(bool verbose);
+void BecomeHostProcess(const DeviceSetup& setup);
 
 devices::DeviceObserver Translate(DeviceObserver observer);
 

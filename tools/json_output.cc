@@ -53,7 +53,13 @@ class JsonOutput : public Output {
     Write(line);
   }
 
-  void ShowDump(const std::string& text) override { WriteText("dump", text); }
+  void ShowDump(std::string_view family, const std::string& text) override {
+    Json line = Line("dump");
+    line["family"] = family;
+    line["text"] = text;
+    Write(line);
+  }
+
   void Explain(const std::string& /*text*/) override {}
   void Heading(const std::string& text) override { WriteText("heading", text); }
   void Say(const std::string& text) override { WriteText("narration", text); }
@@ -62,9 +68,9 @@ class JsonOutput : public Output {
     Json line = Line("summary");
     line["success"] = success;
     line["callbacks"] = observed.callbacks();
-    line["deaths"] = observed.count(DeviceEvent::Kind::kServiceDied);
+    line["deaths"] = observed.count(DeviceEvent::Kind::kServiceDied, kHealthService);
     line["relinks"] = observed.relinks();
-    line["refusals"] = observed.count(DeviceEvent::Kind::kCallRefused);
+    line["refusals"] = observed.count(DeviceEvent::Kind::kCallRefused, kHealthService);
     line["text"] = text;
     Write(line);
   }

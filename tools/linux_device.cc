@@ -12,8 +12,8 @@ class LinuxDevice : public Device {
   explicit LinuxDevice(DeviceObserver observer) : health_(Translate(std::move(observer))) {}
   ~LinuxDevice() override { health_.Stop(); }
 
-  void Start(bool verbose) override {
-    BecomeHostProcess(verbose);
+  void Start(const DeviceSetup& setup) override {
+    BecomeHostProcess(setup);
     health_.Start();
   }
 

@@ -6,27 +6,34 @@ namespace norvik::qel::tool {
 
 void Observed::Note(const Event& event) {
   if (const auto* device_event = std::get_if<DeviceEvent>(&event.what)) {
-    ++device_events_[device_event->kind];
+    ++device_events_[{device_event->kind, device_event->service}];
     return;
   }
   const auto& change = std::get<ValueChange>(event.what);
   ++callbacks_;
-  values_[change.property] = change.new_value;
+  Heard& heard = heard_[change.property];
+  heard.last = change.new_value;
+  ++heard.callbacks;
   threads_.insert(change.thread);
 }
 
-int Observed::count(DeviceEvent::Kind kind) const {
-  const auto found = device_events_.find(kind);
+int Observed::callbacks(const Property& property) const {
+  const auto found = heard_.find(&property);
+  return found != heard_.end() ? found->second.callbacks : 0;
+}
+
+int Observed::count(DeviceEvent::Kind kind, std::string_view service) const {
+  const auto found = device_events_.find({kind, std::string(service)});
   return found != device_events_.end() ? found->second : 0;
 }
 
 int Observed::relinks() const {
-  return std::max(0, count(DeviceEvent::Kind::kCallbackRegistered) - 1);
+  return std::max(0, count(DeviceEvent::Kind::kCallbackRegistered, kHealthService) - 1);
 }
 
 Value Observed::value(const Property& property) const {
-  const auto found = values_.find(&property);
-  return found != values_.end() ? found->second : Value();
+  const auto found = heard_.find(&property);
+  return found != heard_.end() ? found->second.last : Value();
 }
 
 std::string Counted(int count, const std::string& noun) {

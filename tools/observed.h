@@ -4,7 +4,9 @@
 #include <map>
 #include <set>
 #include <string>
+#include <string_view>
 #include <thread>
+#include <utility>
 
 #include "tools/event.h"
 
@@ -15,9 +17,11 @@ class Observed {
  public:
   void Note(const Event& event);
 
+  // Of all properties, or of one.
   int callbacks() const { return callbacks_; }
-  int count(DeviceEvent::Kind kind) const;
-  // Links after the first.
+  int callbacks(const Property& property) const;
+  int count(DeviceEvent::Kind kind, std::string_view service) const;
+  // Links to the health service after the first.
   int relinks() const;
   // As the callbacks heard it last.
   Value value(const Property& property) const;
@@ -25,11 +29,24 @@ class Observed {
   const std::set<std::thread::id>& threads() const { return threads_; }
 
  private:
+  struct Heard {
+    Value last;
+    int callbacks = 0;
+  };
+
   int callbacks_ = 0;
-  std::map<DeviceEvent::Kind, int> device_events_;
-  std::map<const Property*, Value> values_;
+  std::map<std::pair<DeviceEvent::Kind, std::string>, int> device_events_;
+  std::map<const Property*, Heard> heard_;
   std::set<std::thread::id> threads_;
 };
+
+// Of the properties of a family.
+template <typename Properties>
+int CallbacksOf(const Properties& properties, const Observed& observed) {
+  int callbacks = 0;
+  for (const Property* property : properties) callbacks += observed.callbacks(*property);
+  return callbacks;
+}
 
 // "1 death", "2 deaths".
 std::string Counted(int count, const std::string& noun);

@@ -97,6 +97,10 @@ Options ParseOptions(int argc, char** argv) {
   if (options.command == Options::Command::kWatch || options.command == Options::Command::kGet) {
     options.family = &Find(Families(), words.family, app.get_subcommands().front()->get_name());
   }
+  if (options.family != nullptr && options.family->service == kSensorService &&
+      !options.device->has_sensor_service) {
+    throw UsageError("the device '" + words.device + "' has no sensors");
+  }
   if (app.count("--for") > 0) options.duration = FindDuration(words.duration, options.command);
   return options;
 }

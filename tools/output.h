@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "tools/event.h"
 #include "tools/line_writer.h"
@@ -19,7 +20,7 @@ class Output {
   virtual void Show(const Event& event) = 0;
   // A value that was asked for.
   virtual void ShowReading(const Property& property, const Value& value) = 0;
-  virtual void ShowDump(const std::string& text) = 0;
+  virtual void ShowDump(std::string_view family, const std::string& text) = 0;
   // Help for people; programs get none of it.
   virtual void Explain(const std::string& text) = 0;
   // The parts of a demonstration.

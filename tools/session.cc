@@ -20,19 +20,25 @@ int MillisecondsUntil(Session::Clock::time_point until) {
 
 }  // namespace
 
-Session::Session(const Options& options, Output& output, Events events)
+std::string SilenceOf(std::string_view service) {
+  return "the " + std::string(service) + " service has not reported anything within " +
+         std::to_string(kReportLimit.count()) + " s";
+}
+
+Session::Session(const Options& options, Output& output, const Setup& setup)
     : output_(output),
-      show_events_(events == Events::kShow),
+      show_events_(setup.show_events),
+      family_(options.family),
       device_(options.device->make(
           [queue = events_](DeviceEvent event) { queue->Post(std::move(event)); })) {
-  device_->Start(options.verbose);
+  device_->Start({.verbose = options.verbose, .sensors_late = setup.sensors_late});
 }
 
 Session::Wake Session::WaitUntil(Clock::time_point until) {
   while (!Stopped(until)) {
     if (const std::optional<Event> event = events_->Take()) {
       observed_.Note(*event);
-      if (show_events_) output_.Show(*event);
+      if (IsShown(*event)) output_.Show(*event);
       return Wake::kEvent;
     }
     if (Clock::now() >= until) return Wake::kTime;
@@ -52,6 +58,13 @@ bool Session::Stopped(Clock::time_point until) {
   if (fds[0].revents != 0) signals_.Accept();
   stopped_ = fds[0].revents != 0 || (fds[1].revents & (POLLERR | POLLHUP)) != 0;
   return stopped_;
+}
+
+bool Session::IsShown(const Event& event) const {
+  const auto* const device_event = std::get_if<DeviceEvent>(&event.what);
+  const bool is_foreign =
+      device_event != nullptr && family_ != nullptr && device_event->service != family_->service;
+  return show_events_ && !is_foreign;
 }
 
 }  // namespace norvik::qel::tool

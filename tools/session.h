@@ -4,6 +4,8 @@
 #include <chrono>
 #include <memory>
 #include <optional>
+#include <string>
+#include <string_view>
 #include <variant>
 
 #include "tools/device.h"
@@ -17,6 +19,9 @@ namespace norvik::qel::tool {
 // How long to wait for the first report; only a device without a working service needs it.
 inline constexpr std::chrono::seconds kReportLimit(5);
 
+// What is wrong when that was not long enough.
+std::string SilenceOf(std::string_view service);
+
 // Takes the events while somebody waits for them. Clients of the library are made after the session
 // and go before it.
 //
@@ -25,9 +30,12 @@ class Session {
  public:
   using Clock = std::chrono::steady_clock;
 
-  enum class Events { kShow, kHide };
+  struct Setup {
+    bool show_events = true;    // those of the family in the options, or all
+    bool sensors_late = false;  // see DeviceSetup
+  };
 
-  Session(const Options& options, Output& output, Events events = Events::kShow);
+  Session(const Options& options, Output& output, const Setup& setup);
 
   enum class Wake {
     kEvent,  // one was noted
@@ -53,10 +61,12 @@ class Session {
 
  private:
   bool Stopped(Clock::time_point until);
+  bool IsShown(const Event& event) const;
 
   Output& output_;
   const bool show_events_;
-  StopSignals signals_;  // before the device, whose threads inherit the mask
+  const Family* const family_;  // null: all
+  StopSignals signals_;         // before the device, whose threads inherit the mask
   const std::shared_ptr<EventQueue> events_ = std::make_shared<EventQueue>();
   const std::unique_ptr<Device> device_;
   Observed observed_;

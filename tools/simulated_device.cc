@@ -1,21 +1,33 @@
+#include <android/sensor.h>
+
 #include <utility>
 
 #include "devices/simulated/health.h"
+#include "devices/simulated/sensor_hub.h"
 #include "tools/host.h"
 
 namespace norvik::qel::tool {
 
 namespace {
 
-class SimulatedDevice : public Device, public BatteryDriver {
+// A folding phone, closed, with nothing near it.
+class SimulatedDevice : public Device, public BatteryDriver, public SensorDriver {
  public:
-  explicit SimulatedDevice(DeviceObserver observer) : health_(Translate(std::move(observer))) {}
+  explicit SimulatedDevice(DeviceObserver observer)
+      : health_(Translate(observer)), sensors_(Translate(std::move(observer))) {
+    sensors_.Add(ASENSOR_TYPE_PROXIMITY, "proximity");
+    sensors_.Add(ASENSOR_TYPE_HINGE_ANGLE, "hinge angle");
+    sensors_.Report(ASENSOR_TYPE_PROXIMITY, 5);
+    sensors_.Report(ASENSOR_TYPE_HINGE_ANGLE, 0);
+  }
 
-  void Start(bool verbose) override {
-    BecomeHostProcess(verbose);
+  void Start(const DeviceSetup& setup) override {
+    BecomeHostProcess(setup);
     StartService();
+    if (!setup.sensors_late) StartSensorService();
   }
   BatteryDriver* battery_driver() override { return this; }
+  SensorDriver* sensor_driver() override { return this; }
 
   void SetLevel(int percent) override { health_.SetLevel(percent); }
   void SetCycleCount(int cycles) override { health_.SetCycleCount(cycles); }
@@ -37,9 +49,25 @@ class SimulatedDevice : public Device, public BatteryDriver {
         .Then(standin::Outcome::Exception(EX_ILLEGAL_STATE, "not ready yet"));
   }
 
+  void SetProximity(float centimetres) override {
+    sensors_.Report(ASENSOR_TYPE_PROXIMITY, centimetres);
+  }
+
+  void SetHingeAngles(const std::vector<float>& degrees) override {
+    std::vector<devices::SensorReading> readings;
+    readings.reserve(degrees.size());
+    for (const float angle : degrees) {
+      readings.push_back({.type = ASENSOR_TYPE_HINGE_ANGLE, .value = angle});
+    }
+    sensors_.Report(readings);
+  }
+
+  void StartSensorService() override { sensors_.Start(); }
+
  private:
   simulated::Health health_;
   bool running_ = false;
+  simulated::SensorHub sensors_;
 };
 
 }  // namespace

@@ -17,14 +17,17 @@ std::string Padded(std::string_view text) {
 
 std::string InWords(const DeviceEvent& event) {
   const std::string service = "the " + event.service + " service";
+  const bool is_sensor = event.service == kSensorService;
   switch (event.kind) {
     case DeviceEvent::Kind::kServiceStarted:
       return service + " is up";
     case DeviceEvent::Kind::kServiceDied:
       return service + " died";
     case DeviceEvent::Kind::kCallbackRegistered:
+      if (is_sensor) return "the library listens to the " + event.detail + " sensor";
       return "linked: the library's callback is registered with " + service;
     case DeviceEvent::Kind::kCallbackUnregistered:
+      if (is_sensor) return "the library no longer listens to the " + event.detail + " sensor";
       return "unlinked: the library has withdrawn its callback from " + service;
     case DeviceEvent::Kind::kCallRefused:
       return service + " refused a call: " + event.detail;
@@ -51,7 +54,7 @@ class TextOutput : public Output {
     lines_.Write(Padded(property.name) + tool::InWords(property, value));
   }
 
-  void ShowDump(const std::string& text) override {
+  void ShowDump(std::string_view /*family*/, const std::string& text) override {
     // The dump ends its own last line.
     lines_.Write(text.ends_with('\n') ? text.substr(0, text.size() - 1) : text);
   }

@@ -12,11 +12,13 @@ constexpr char kCommands[] =
 Usage: quorvel COMMAND [OPTIONS]
 
 Commands:
-  demo                tell the library's story on a simulated phone, in some 15 seconds;
+  demo                tell the library's story on a simulated phone, in some 20 seconds;
                       with another device: show what that device has
   watch battery       print battery and charger values as they change, until Ctrl-C
   get battery         ask for the values once
-  dump                print the state of the library as the library describes it
+  watch sensors       print what the proximity and hinge angle sensors read, until Ctrl-C
+  get sensors         wait for what they read now; one that has never reported reads 0
+  dump                print the state of the library, all families, as the library describes it
 
 Options:
   --device NAME       where the values come from:
@@ -32,19 +34,23 @@ constexpr char kOptions[] =
 
 Output of watch and demo: a line for each call of a client's callback,
   12:00:03.120  battery level             50 %  ->  49 %
-and lines marked ** for what only the device knows: that its service died, came back, refused
-a call, or that the library has linked to it (registered its callback there).
+and lines marked ** for what only the device knows: that a service died, came back, refused
+a call, or that the library has linked to it (registered its callback there) or listens to a
+sensor.
 
 JSON: every object has "time" (ISO 8601, UTC) and "event", and by event:
   value                    "property", "old", "new": numbers; true or false for a charger that is
-                           online or not; null for what is not known
-  reading                  "property", "value" (get)
+                           online or not; null for what is not known or not there
+  reading                  "property", "value" (get; watch, of what is not there)
   service_started, service_died, callback_registered, callback_unregistered
-                           "service": "health"
+                           "service": "health", or "sensor" with the sensor as "detail"
   call_refused, notice     "service", "detail": text
-  dump, heading, narration "text"
-  summary                  "success", "callbacks", "deaths", "relinks", "refusals", "text" (demo)
-Properties: battery_level (percent), battery_cycle_count, wireless_charger, dock_charger.
+  dump                     "family": "battery" or "sensors", "text"
+  heading, narration       "text"
+  summary                  "success", "callbacks", "text"; of the health service "deaths",
+                           "relinks", "refusals" (demo)
+Properties: battery_level (percent), battery_cycle_count, wireless_charger, dock_charger;
+proximity (cm), hinge_angle (degrees).
 
 Exit code: 0 on success, also when Ctrl-C ends a command; 1 when something failed; 2 when the
 command line is wrong.
@@ -56,6 +62,7 @@ std::string Devices() {
     std::string name(type.name);
     name.resize(11, ' ');
     text += "                        " + name + std::string(type.description);
+    if (!type.has_sensor_service) text += " (no sensors)";
     text += &type == DeviceTypes().data() ? " (default)\n" : "\n";
   }
   return text;

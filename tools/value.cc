@@ -7,7 +7,7 @@ std::string InWords(const Property& property, const Value& value) {
     return std::to_string(*number) + std::string(property.unit);
   }
   if (const bool* online = std::get_if<bool>(&value)) return *online ? "online" : "offline";
-  return "unknown";
+  return std::holds_alternative<Absent>(value) ? "not present" : "unknown";
 }
 
 }  // namespace norvik::qel::tool

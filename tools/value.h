@@ -7,8 +7,13 @@
 
 namespace norvik::qel::tool {
 
-// Not known; a number; whether something is online.
-using Value = std::variant<std::monostate, int, bool>;
+// The device has nothing of the kind.
+struct Absent {
+  bool operator==(const Absent&) const = default;
+};
+
+// Not known; a number; whether something is online; not there.
+using Value = std::variant<std::monostate, int, bool, Absent>;
 
 struct Property {
   std::string_view key;   // for programs: "battery_level"
@@ -16,7 +21,7 @@ struct Property {
   std::string_view unit;  // follows a number: " %"
 };
 
-// "50 %", "online", "unknown".
+// "50 %", "online", "unknown", "not present".
 std::string InWords(const Property& property, const Value& value);
 
 }  // namespace norvik::qel::tool

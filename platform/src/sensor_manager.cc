@@ -19,10 +19,19 @@ namespace norvik::qel::standin {
 
 void SensorEvents::Append(const std::vector<ASensorEvent>& events) {
   std::lock_guard<std::mutex> lock(lock_);
+  if (closed_) return;
   for (const ASensorEvent& event : events) {
     if (event.type == ASENSOR_TYPE_ADDITIONAL_INFO && !additional_info_) continue;
     events_.push_back(event);
   }
+  if (!events_.empty()) ALooper::Get().Mark(shared_from_this());
+}
+
+void SensorEvents::Close() {
+  std::lock_guard<std::mutex> lock(lock_);
+  closed_ = true;
+  callback_ = nullptr;
+  ALooper::Get().Forget(shared_from_this());
 }
 
 size_t SensorEvents::Take(ASensorEvent* out, size_t count) {
@@ -68,10 +77,7 @@ class EventSink : public BnSensorEvents {
   explicit EventSink(std::weak_ptr<SensorEvents> events) : events_(std::move(events)) {}
 
   ndk::ScopedAStatus onEvents(const std::vector<ASensorEvent>& events) override {
-    const std::shared_ptr<SensorEvents> target = events_.lock();
-    if (target == nullptr) return ndk::ScopedAStatus::ok();
-    target->Append(events);
-    if (!target->empty()) ALooper::Get().Mark(target);
+    if (const std::shared_ptr<SensorEvents> target = events_.lock()) target->Append(events);
     return ndk::ScopedAStatus::ok();
   }
 
@@ -203,7 +209,7 @@ void ASensorManager::DestroyEventQueue(ASensorEventQueue* queue) {
   }
   // A service that has died has dropped the queue already.
   static_cast<void>(service_->destroyEventQueue(gone->id));
-  ALooper::Get().Forget(gone->events);
+  gone->events->Close();
 }
 
 void ASensorManager::DropQueues() {
@@ -212,5 +218,5 @@ void ASensorManager::DropQueues() {
     std::lock_guard<std::mutex> lock(lock_);
     gone.swap(queues_);
   }
-  for (const auto& [address, queue] : gone) ALooper::Get().Forget(queue->events);
+  for (const auto& [address, queue] : gone) queue->events->Close();
 }

@@ -21,12 +21,15 @@ namespace norvik::qel::standin {
 
 // The events of one queue, from the binder thread that brings them to whoever reads them.
 //
-// Locks: lock_ is held for bookkeeping only.
-class SensorEvents : public NewsSource {
+// Locks: lock_, then the looper's. Neither is held while the callback runs.
+class SensorEvents : public NewsSource, public std::enable_shared_from_this<SensorEvents> {
  public:
   SensorEvents(ALooper_callbackFunc callback, void* data) : callback_(callback), data_(data) {}
 
+  // Brings new events, and marks the looper.
   void Append(const std::vector<ASensorEvent>& events);
+  // The queue goes: what still comes is dropped, and the looper forgets it.
+  void Close();
   size_t Take(ASensorEvent* out, size_t count);
   bool empty() const;
   void set_additional_info(bool wanted);
@@ -36,6 +39,7 @@ class SensorEvents : public NewsSource {
   mutable std::mutex lock_;
   std::deque<ASensorEvent> events_;
   bool additional_info_ = false;
+  bool closed_ = false;
   ALooper_callbackFunc callback_;  // null when there is none, or when it has asked to leave
   void* const data_;
 };

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <future>
 #include <iostream>
@@ -40,6 +41,9 @@ inline void EndsInTime(std::function<void()> action) {
 class SensorFixture : public testing::Test {
  protected:
   SensorFixture() {
+    // The looper is the process's: a wake may be left in it.
+    while (ALooper_pollOnce(0, nullptr, nullptr, nullptr) != ALOOPER_POLL_TIMEOUT) continue;
+    standin::ResetSensorScripts();
     hub_.Add(kProximity, "proximity", kProximityMinDelayUs);
     hub_.Add(kHinge, "hinge angle");
     InitSensorInfo(&handle_);
@@ -59,6 +63,11 @@ class SensorFixture : public testing::Test {
 
   int Calls(standin::SensorFunction function) { return hub_.on(function).calls(); }
   std::string Dump() const { return TextOf(DumpSensorInfo, handle_); }
+  // How often the sensors have logged this, with this priority.
+  int Count(int priority, const std::string& text) const {
+    const std::vector<std::string> texts = Log(priority);
+    return static_cast<int>(std::count(texts.begin(), texts.end(), text));
+  }
   // What the sensors have logged so far, of one priority if one is given.
   std::vector<std::string> Log(int priority = 0) const {
     std::vector<std::string> texts;

@@ -8,8 +8,9 @@
 namespace norvik::qel::standin {
 
 // For a function that returns a pointer, any outcome but STATUS_OK means null, nothing done. For
-// the others a negative status is the result, nothing done; a positive one is the result of a
-// call that works.
+// the others a negative status is the result, nothing done, and for registering and disabling a
+// positive one is the result of a call that works. Destroying a queue and waking always work; like
+// all of them they count their calls and wait at the gate of an outcome.
 enum class SensorFunction {
   kGetInstance,  // of the manager
   kGetDefaultSensor,

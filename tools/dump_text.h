@@ -1,0 +1,11 @@
+// The dumps of the library as text.
+#pragma once
+
+#include <string>
+
+namespace norvik::qel::tool {
+
+// What a family's dump function writes.
+std::string DumpText(void (*dump)(void* handle, int fd), void* handle);
+
+}  // namespace norvik::qel::tool

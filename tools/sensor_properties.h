@@ -1,0 +1,21 @@
+// The sensor family of the library, as a table.
+#pragma once
+
+#include <array>
+
+#include "include/quorvel.h"
+#include "tools/value.h"
+
+namespace norvik::qel::tool {
+
+struct SensorProperty : Property {
+  int (*register_callback)(void* handle, int id, SensorCallbackFunc callback, void* cookie);
+  int (*deregister_callback)(void* handle, int id);
+};
+
+extern const SensorProperty kProximity;
+extern const SensorProperty kHingeAngle;
+
+inline constexpr std::array kSensorProperties = {&kProximity, &kHingeAngle};
+
+}  // namespace norvik::qel::tool

@@ -1,0 +1,15 @@
+// What the sensors read, without the first words of their callbacks.
+#pragma once
+
+#include "tools/sensor_client.h"
+#include "tools/session.h"
+
+namespace norvik::qel::tool {
+
+// Waits until the client has heard what its sensors read. It is first told what the library has
+// stored, which is 0 until the sensor has reported: a sensor that has only said 0 gets a second
+// more. kTime: not every sensor has been heard until then.
+Session::Wake WaitForReadings(Session& session, const SensorClient& client,
+                              Session::Clock::time_point until);
+
+}  // namespace norvik::qel::tool
