@@ -1,0 +1,78 @@
+// What tests hand to thermal services.
+#pragma once
+
+#include <aidl/android/hardware/thermal/BnThermalChangedCallback.h>
+#include <android/hardware/thermal/2.0/IThermal.h>
+#include <pthread.h>
+
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "tests/support/waiting.h"
+
+namespace norvik::qel {
+
+inline std::string ThreadName() {
+  char name[16] = {};
+  pthread_getname_np(pthread_self(), name, sizeof(name));
+  return name;
+}
+
+// One notification: what was told, and on a thread of which name.
+template <typename Temperature>
+struct Heard {
+  Temperature temperature;
+  std::string thread;
+};
+
+class AidlThermalCallback : public aidl::android::hardware::thermal::BnThermalChangedCallback {
+ public:
+  using Temperature = aidl::android::hardware::thermal::Temperature;
+  ndk::ScopedAStatus notifyThrottling(const Temperature& temperature) override {
+    heard.Put({temperature, ThreadName()});
+    return ndk::ScopedAStatus::ok();
+  }
+  Seen<Heard<Temperature>> heard;
+};
+
+class HidlThermalCallback : public android::hardware::thermal::V2_0::IThermalChangedCallback {
+ public:
+  using Temperature = android::hardware::thermal::V2_0::Temperature;
+  android::hardware::Return<void> notifyThrottling(const Temperature& temperature) override {
+    heard.Put({temperature, ThreadName()});
+    return android::hardware::Void();
+  }
+  Seen<Heard<Temperature>> heard;
+};
+
+// Result callbacks of HIDL calls that keep what they are given and count their calls.
+struct HidlAnswer {
+  android::hardware::thermal::V1_0::ThermalStatus status{};
+  int calls = 0;
+  std::thread::id thread;
+
+  auto Take() {
+    return [this](const auto& given) { Keep(given); };
+  }
+  template <typename T>
+  auto Take(std::vector<T>& values) {
+    return [this, &values](const auto& given, const auto& given_values) {
+      Keep(given);
+      values = given_values;
+    };
+  }
+  bool failed() const {
+    return status.code == android::hardware::thermal::V1_0::ThermalStatusCode::FAILURE;
+  }
+
+ private:
+  void Keep(const android::hardware::thermal::V1_0::ThermalStatus& given) {
+    status = given;
+    ++calls;
+    thread = std::this_thread::get_id();
+  }
+};
+
+}  // namespace norvik::qel
