@@ -2,10 +2,31 @@
 #include <android/binder_process.h>
 #include <gtest/gtest.h>
 
+#include "devices/simulated/thermal.h"
 #include "tests/support/battery_fixture.h"
 
 namespace norvik::qel {
 namespace {
+
+// Before the other test, which starts the binder threads.
+TEST(NoBinderThreadsTest, HidlThreadsComeWithTheFirstThingThatCanArrive) {
+  struct Recipient : android::hardware::hidl_death_recipient {
+    void serviceDied(uint64_t cookie,
+                     const android::wp<android::hidl::base::V1_0::IBase>& /*who*/) override {
+      told.Put(cookie);
+    }
+    Seen<uint64_t> told;
+  };
+  simulated::Thermal thermal;
+  thermal.Declare(simulated::ThermalPath::kHidl);
+  thermal.Start(simulated::ThermalPath::kHidl);
+  const auto service = android::hardware::thermal::V2_0::IThermal::tryGetService();
+  const auto recipient = android::sp<Recipient>::make();
+  ASSERT_TRUE(service->linkToDeath(recipient, 7));
+  thermal.Kill(simulated::ThermalPath::kHidl);
+  EXPECT_EQ(recipient->told.Take(), 7u);
+  EXPECT_FALSE(ABinderProcess_isThreadPoolStarted());
+}
 
 TEST(NoBinderThreadsTest, NothingArrivesBeforeTheThreadPoolIsStarted) {
   simulated::Health health;

@@ -185,7 +185,7 @@ HidlThermalService::Verdict HidlThermalService::Permit(HidlThermalOperation /*op
 HidlThermalService::Verdict HidlThermalService::Ask(HidlThermalOperation operation) {
   Verdict verdict = Permit(operation);
   if (!verdict.works()) {
-    TellRefusal(operation, verdict.transport.isOk() ? std::string(verdict.status.debugMessage)
+    TellRefusal(operation, verdict.transport.isOk() ? verdict.status.debugMessage.c_str()
                                                     : verdict.transport.description());
   }
   return verdict;

@@ -16,7 +16,6 @@ namespace norvik::qel::simulated {
 
 using aidl::android::hardware::thermal::CoolingDevice;
 using aidl::android::hardware::thermal::CoolingType;
-using aidl::android::hardware::thermal::TemperatureThreshold;
 using aidl::android::hardware::thermal::TemperatureType;
 using android::hardware::Status;
 using devices::DeviceEvent;

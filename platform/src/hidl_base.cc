@@ -23,6 +23,7 @@ bool IBase::isRemote() const {
   return false;
 }
 
+// NOLINTBEGIN(performance-unnecessary-value-param): the platform's signatures
 Return<void> IBase::interfaceChain(interfaceChain_cb _hidl_cb) {
   _hidl_cb({descriptor});
   return Void();
@@ -77,5 +78,7 @@ Return<bool> IBase::unlinkToDeath(const sp<hardware::hidl_death_recipient>& reci
 Return<sp<IBase>> IBase::castFrom(const sp<IBase>& parent, bool /*emitError*/) {
   return parent;
 }
+
+// NOLINTEND(performance-unnecessary-value-param)
 
 }  // namespace android::hidl::base::V1_0

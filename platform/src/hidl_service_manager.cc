@@ -40,9 +40,9 @@ ndk::SpAIBinder GetHidl(const std::string& descriptor, const std::string& name, 
   if (process->dead()) return ::android::DEAD_OBJECT;
   const ndk::SpAIBinder binder = BinderOf(service);
   const auto offered = service->interfaceChain([&](const auto& descriptors) {
-    for (const std::string descriptor : descriptors) {
+    for (const auto& descriptor : descriptors) {
       if (descriptor == HidlBase::descriptor) continue;
-      ServiceManager::Hidl().Add(Instance(descriptor, name), binder.get());
+      ServiceManager::Hidl().Add(Instance(descriptor.c_str(), name), binder.get());
     }
   });
   if (!offered.isOk()) return ::android::UNKNOWN_ERROR;

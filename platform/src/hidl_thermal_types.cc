@@ -32,7 +32,7 @@ class HidlRecordText {
 
  private:
   static std::string Text(const ::android::hardware::hidl_string& value) {
-    return "\"" + std::string(value) + "\"";
+    return std::string("\"") + value.c_str() + "\"";
   }
   template <size_t N>
   static std::string Text(const ::android::hardware::hidl_array<float, N>& values) {

@@ -32,7 +32,7 @@ class Status final {
   Status() = default;
   static Status ok() { return {}; }
   static Status fromExceptionCode(int32_t exception, const char* message = "");
-  static Status fromStatusT(status_t status);
+  static Status fromStatusT(status_t error);
 
   bool isOk() const { return exception_ == EX_NONE; }
   int32_t exceptionCode() const { return exception_; }

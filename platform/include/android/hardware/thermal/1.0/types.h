@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <string>
+#include <type_traits>
 
 namespace android::hardware::thermal::V1_0 {
 
@@ -71,16 +72,18 @@ std::string toString(const Temperature& record);
 std::string toString(const CoolingDevice& record);
 std::string toString(const CpuUsage& record);
 
-#define HIDL_STANDIN_ENUM_OPERATOR(E, type, op)                                    \
-  constexpr type operator op(E left, E right) {                                    \
-    return static_cast<type>(static_cast<type>(left) op static_cast<type>(right)); \
-  }
-HIDL_STANDIN_ENUM_OPERATOR(ThermalStatusCode, uint32_t, |)
-HIDL_STANDIN_ENUM_OPERATOR(ThermalStatusCode, uint32_t, &)
-HIDL_STANDIN_ENUM_OPERATOR(TemperatureType, int32_t, |)
-HIDL_STANDIN_ENUM_OPERATOR(TemperatureType, int32_t, &)
-HIDL_STANDIN_ENUM_OPERATOR(CoolingType, uint32_t, |)
-HIDL_STANDIN_ENUM_OPERATOR(CoolingType, uint32_t, &)
-#undef HIDL_STANDIN_ENUM_OPERATOR
+// For the enums above: the numbers of two values together.
+template <typename E>
+requires std::is_enum_v<E>
+constexpr std::underlying_type_t<E> operator|(E left, E right) {
+  using Number = std::underlying_type_t<E>;
+  return static_cast<Number>(left) | static_cast<Number>(right);
+}
+template <typename E>
+requires std::is_enum_v<E>
+constexpr std::underlying_type_t<E> operator&(E left, E right) {
+  using Number = std::underlying_type_t<E>;
+  return static_cast<Number>(left) & static_cast<Number>(right);
+}
 
 }  // namespace android::hardware::thermal::V1_0

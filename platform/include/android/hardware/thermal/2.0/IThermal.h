@@ -62,7 +62,7 @@ struct IThermal : public ::android::hardware::thermal::V1_0::IThermal {
     return tryGetService(std::string(serviceName != nullptr ? serviceName : ""), getStub);
   }
   static sp<IThermal> tryGetService(const hidl_string& serviceName, bool getStub = false) {
-    return tryGetService(std::string(serviceName), getStub);
+    return tryGetService(std::string(serviceName.c_str(), serviceName.size()), getStub);
   }
   static sp<IThermal> tryGetService(bool getStub) { return tryGetService("default", getStub); }
   static sp<IThermal> getService(const std::string& serviceName = "default", bool getStub = false);
@@ -70,7 +70,7 @@ struct IThermal : public ::android::hardware::thermal::V1_0::IThermal {
     return getService(std::string(serviceName != nullptr ? serviceName : ""), getStub);
   }
   static sp<IThermal> getService(const hidl_string& serviceName, bool getStub = false) {
-    return getService(std::string(serviceName), getStub);
+    return getService(std::string(serviceName.c_str(), serviceName.size()), getStub);
   }
   static sp<IThermal> getService(bool getStub) { return getService("default", getStub); }
 

@@ -35,7 +35,7 @@ struct IThermalChangedCallback : public ::android::hidl::base::V1_0::IBase {
   }
   static sp<IThermalChangedCallback> tryGetService(const hidl_string& serviceName,
                                                    bool getStub = false) {
-    return tryGetService(std::string(serviceName), getStub);
+    return tryGetService(std::string(serviceName.c_str(), serviceName.size()), getStub);
   }
   static sp<IThermalChangedCallback> tryGetService(bool getStub) {
     return tryGetService("default", getStub);
@@ -47,7 +47,7 @@ struct IThermalChangedCallback : public ::android::hidl::base::V1_0::IBase {
   }
   static sp<IThermalChangedCallback> getService(const hidl_string& serviceName,
                                                 bool getStub = false) {
-    return getService(std::string(serviceName), getStub);
+    return getService(std::string(serviceName.c_str(), serviceName.size()), getStub);
   }
   static sp<IThermalChangedCallback> getService(bool getStub) {
     return getService("default", getStub);

@@ -1,0 +1,408 @@
+// The rules of HIDL in the stand-in: look-ups, proxies, threads, deaths.
+#include <android/binder_process.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <hidl/HidlTransportSupport.h>
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "devices/simulated/thermal.h"
+#include "standin/deliveries.h"
+#include "standin/hidl_service_manager.h"
+#include "standin/service_process.h"
+#include "tests/support/thermal_doubles.h"
+#include "tests/support/waiting.h"
+
+namespace norvik::qel {
+namespace {
+
+namespace V1_0 = android::hardware::thermal::V1_0;
+namespace V2_0 = android::hardware::thermal::V2_0;
+using aidl::android::hardware::thermal::ThrottlingSeverity;
+using android::sp;
+using android::wp;
+using android::hardware::hidl_death_recipient;
+using android::hardware::hidl_string;
+using android::hardware::hidl_vec;
+using android::hardware::interfacesEqual;
+using android::hardware::Return;
+using android::hardware::Void;
+using android::hidl::base::V1_0::IBase;
+using devices::HidlThermalOperation;
+using devices::HidlThermalService;
+using simulated::ThermalPath;
+using standin::Delivery;
+using standin::HoldDeliveries;
+using standin::Outcome;
+using testing::ElementsAre;
+using testing::SizeIs;
+
+constexpr V2_0::TemperatureType kAnyType = V2_0::TemperatureType::UNKNOWN;
+
+class HidlTest : public testing::Test {
+ protected:
+  HidlTest() {
+    thermal_.Declare(ThermalPath::kHidl);
+    thermal_.Start(ThermalPath::kHidl);
+  }
+  ~HidlTest() override { EXPECT_TRUE(standin::WaitUntilDelivered()); }
+
+  static sp<V2_0::IThermal> LookUp() { return V2_0::IThermal::tryGetService("default", false); }
+  // Registers for all types; what the service says.
+  static HidlAnswer Register(const sp<V2_0::IThermal>& service,
+                             const sp<V2_0::IThermalChangedCallback>& callback) {
+    HidlAnswer answer;
+    EXPECT_TRUE(
+        service->registerThermalChangedCallback(callback, false, kAnyType, answer.Take()).isOk());
+    return answer;
+  }
+  static HidlAnswer Unregister(const sp<V2_0::IThermal>& service,
+                               const sp<V2_0::IThermalChangedCallback>& callback) {
+    HidlAnswer answer;
+    EXPECT_TRUE(service->unregisterThermalChangedCallback(callback, answer.Take()).isOk());
+    return answer;
+  }
+  void Kill() { thermal_.Kill(ThermalPath::kHidl); }
+  standin::Script& on(HidlThermalOperation operation) { return thermal_.on(operation); }
+
+  simulated::Thermal thermal_;
+};
+
+TEST_F(HidlTest, ALookUpGivesANewProxyEachTime) {
+  const sp<V2_0::IThermal> service = LookUp();
+  ASSERT_NE(service, nullptr);
+  EXPECT_TRUE(service->isRemote());
+  const sp<V2_0::IThermal> again = V2_0::IThermal::getService();
+  EXPECT_NE(again, service);
+  EXPECT_TRUE(interfacesEqual(again, service));
+  EXPECT_FALSE(interfacesEqual(service, nullptr));
+  EXPECT_TRUE(interfacesEqual(nullptr, nullptr));
+  EXPECT_TRUE(service->ping().isOk());
+
+  const sp<V2_0::IThermal> cast = V2_0::IThermal::castFrom(sp<IBase>(service));
+  ASSERT_NE(cast, nullptr);
+  EXPECT_TRUE(interfacesEqual(cast, service));
+  const sp<V2_0::IThermalChangedCallback> other = V2_0::IThermalChangedCallback::castFrom(service);
+  EXPECT_EQ(other, nullptr) << "another interface";
+}
+
+TEST_F(HidlTest, ADerivedServiceIsFoundUnderItsBaseWhenThatIsDeclared) {
+  EXPECT_EQ(V1_0::IThermal::tryGetService(), nullptr);
+  standin::DeclareHidl("android.hardware.thermal@1.0::IThermal/default");
+  const sp<V1_0::IThermal> base = V1_0::IThermal::tryGetService();
+  standin::UndeclareHidl("android.hardware.thermal@1.0::IThermal/default");
+  ASSERT_NE(base, nullptr);
+  EXPECT_TRUE(interfacesEqual(base, LookUp()));
+  HidlAnswer answer;
+  std::vector<V1_0::Temperature> temperatures;
+  EXPECT_TRUE(base->getTemperatures(answer.Take(temperatures)).isOk());
+  ASSERT_THAT(temperatures, SizeIs(3)) << "the types that version 1.0 knows";
+  EXPECT_EQ(temperatures[0].name, "cpu");
+  EXPECT_EQ(temperatures[0].throttlingThreshold, 95);
+  const sp<V2_0::IThermal> derived = V2_0::IThermal::castFrom(base);
+  EXPECT_NE(derived, nullptr);
+}
+
+TEST_F(HidlTest, ALookUpFindsNothing) {
+  EXPECT_EQ(V2_0::IThermal::tryGetService("other"), nullptr);
+  EXPECT_EQ(V2_0::IThermal::tryGetService(/*getStub=*/true), nullptr);
+  standin::TryGetHidlServiceScript().Then({.status = STATUS_PERMISSION_DENIED});
+  EXPECT_EQ(LookUp(), nullptr);
+  EXPECT_NE(LookUp(), nullptr);
+  {
+    const standin::NoHidlServiceManager absent;
+    EXPECT_EQ(LookUp(), nullptr);
+    EXPECT_EQ(V2_0::IThermal::getService(), nullptr);
+  }
+  thermal_.Undeclare(ThermalPath::kHidl);
+  EXPECT_EQ(LookUp(), nullptr) << "running, but not declared";
+  EXPECT_EQ(V2_0::IThermal::getService(), nullptr);
+  thermal_.Declare(ThermalPath::kHidl);
+  Kill();
+  EXPECT_EQ(LookUp(), nullptr) << "declared, but not running";
+}
+
+TEST_F(HidlTest, GetServiceWaitsForAServiceThatIsLate) {
+  Kill();
+  const int calls = standin::GetHidlServiceScript().calls();
+  Seen<bool> found;
+  std::thread waiter([&] { found.Put(V2_0::IThermal::getService() != nullptr); });
+  ASSERT_TRUE(standin::GetHidlServiceScript().WaitForCalls(calls + 1));
+  thermal_.Start(ThermalPath::kHidl);
+  EXPECT_EQ(found.Take(), true);
+  waiter.join();
+}
+
+struct Recipient : hidl_death_recipient {
+  void serviceDied(uint64_t cookie, const wp<IBase>& who) override {
+    if (gate != nullptr) gate->Pass();
+    thread = ThreadName();
+    told.Put(cookie);
+    last_who = who;
+  }
+  std::shared_ptr<standin::Gate> gate;
+  Seen<uint64_t> told;
+  std::string thread;
+  wp<IBase> last_who;
+};
+
+TEST_F(HidlTest, AServiceOfTheSameProcessIsTheObjectItself) {
+  const auto service = sp<HidlThermalService>::make(devices::ThermalData{});
+  {
+    const standin::NoHidlServiceManager absent;
+    EXPECT_NE(service->registerAsService("own"), android::OK);
+  }
+  ASSERT_EQ(service->registerAsService("own"), android::OK);
+  standin::DeclareHidl("android.hardware.thermal@2.0::IThermal/own");
+  const sp<V2_0::IThermal> found = V2_0::IThermal::tryGetService("own");
+  standin::UndeclareHidl("android.hardware.thermal@2.0::IThermal/own");
+  EXPECT_EQ(found, sp<V2_0::IThermal>(service));
+  EXPECT_FALSE(found->isRemote());
+  EXPECT_FALSE(interfacesEqual(found, LookUp()));
+  // Links to a local object succeed and mean nothing.
+  const auto recipient = sp<Recipient>::make();
+  EXPECT_TRUE(found->linkToDeath(recipient, 1));
+  EXPECT_TRUE(found->unlinkToDeath(recipient));
+  EXPECT_FALSE(found->linkToDeath(nullptr, 1));
+  EXPECT_FALSE(found->unlinkToDeath(nullptr));
+  // A plain call on the caller's thread, notifications included.
+  const auto callback = sp<HidlThermalCallback>::make();
+  EXPECT_FALSE(Register(found, callback).failed());
+  service->Notify({.name = "skin"});
+  EXPECT_FALSE(callback->heard.empty());
+}
+
+TEST_F(HidlTest, ACallRunsInTheServiceAndItsAnswerInTheCaller) {
+  const sp<V2_0::IThermal> service = LookUp();
+  std::vector<V2_0::Temperature> temperatures;
+  HidlAnswer answer;
+  ASSERT_TRUE(service->getCurrentTemperatures(false, kAnyType, answer.Take(temperatures)).isOk());
+  EXPECT_EQ(answer.calls, 1);
+  EXPECT_EQ(answer.thread, std::this_thread::get_id());
+  EXPECT_FALSE(answer.failed());
+  ASSERT_THAT(temperatures, SizeIs(8));
+  EXPECT_EQ(temperatures[1].name, "skin");
+  EXPECT_EQ(temperatures[1].value, 30);
+
+  on(HidlThermalOperation::kGetCurrentTemperatures)
+      .Then(Outcome::Exception(EX_ILLEGAL_STATE, "not now"));
+  ASSERT_TRUE(service->getCurrentTemperatures(false, kAnyType, answer.Take(temperatures)).isOk());
+  EXPECT_TRUE(answer.failed());
+  EXPECT_EQ(answer.status.debugMessage, "not now");
+  EXPECT_THAT(temperatures, SizeIs(0));
+
+  on(HidlThermalOperation::kGetCurrentTemperatures).Then({.status = STATUS_FAILED_TRANSACTION});
+  const Return<void> lost =
+      service->getCurrentTemperatures(false, kAnyType, answer.Take(temperatures));
+  EXPECT_FALSE(lost.isOk());
+  EXPECT_FALSE(lost.isDeadObject());
+  EXPECT_EQ(lost.description(), "Status(EX_TRANSACTION_FAILED): 'FAILED_TRANSACTION: '");
+  EXPECT_EQ(answer.calls, 2) << "no answer when the transport fails";
+
+  EXPECT_FALSE(service->getCurrentTemperatures(false, kAnyType, nullptr).isOk());
+  EXPECT_EQ(on(HidlThermalOperation::kGetCurrentTemperatures).calls(), 3) << "not even sent";
+}
+
+TEST_F(HidlTest, ADeathFailsCallsUnderWayAndLaterOnes) {
+  const sp<V2_0::IThermal> service = LookUp();
+  auto gate = std::make_shared<standin::Gate>();
+  on(HidlThermalOperation::kGetCurrentTemperatures).Then(Outcome::After(gate));
+  std::vector<V2_0::Temperature> temperatures;
+  HidlAnswer answer;
+  const auto call = [&] {
+    return service->getCurrentTemperatures(false, kAnyType, answer.Take(temperatures))
+        .isDeadObject();
+  };
+  bool dead = false;
+  std::thread caller([&] { dead = call(); });
+  ASSERT_TRUE(gate->WaitForArrivals());
+  Kill();
+  caller.join();
+  EXPECT_TRUE(dead);
+  EXPECT_EQ(answer.calls, 0);
+
+  thermal_.Start(ThermalPath::kHidl);
+  EXPECT_TRUE(call()) << "a restarted service is another object";
+  EXPECT_TRUE(service->ping().isDeadObject());
+  EXPECT_EQ(answer.calls, 0);
+  EXPECT_FALSE(interfacesEqual(service, LookUp()));
+  EXPECT_TRUE(LookUp()->ping().isOk());
+}
+
+TEST_F(HidlTest, NotificationsArriveInOrderOnAHidlThread) {
+  const sp<V2_0::IThermal> service = LookUp();
+  const auto callback = sp<HidlThermalCallback>::make();
+  const auto other = sp<HidlThermalCallback>::make();
+  ASSERT_FALSE(Register(service, callback).failed());
+  ASSERT_FALSE(Register(service, other).failed());
+  {
+    // Even while nothing is delivered, nobody who sends has to wait.
+    HoldDeliveries hold(Delivery::kOneway);
+    for (int i = 0; i < 20; ++i) thermal_.Notify({.value = static_cast<float>(i)});
+    EXPECT_TRUE(hold.WaitForHeld(2)) << "calls to different objects run side by side";
+    EXPECT_TRUE(callback->heard.empty());
+    EXPECT_FALSE(Unregister(service, callback).failed());
+  }
+  for (int i = 0; i < 20; ++i) {
+    const auto heard = callback->heard.Take();
+    ASSERT_TRUE(heard.has_value()) << "what was sent before an unregistration arrives";
+    EXPECT_EQ(heard->temperature.value, static_cast<float>(i));
+    EXPECT_EQ(heard->thread, "hwbinder:host");
+  }
+}
+
+TEST_F(HidlTest, TheServiceKeepsACallbackUntilItIsWithdrawnOrTheServiceDies) {
+  for (const bool dies : {false, true}) {
+    thermal_.Start(ThermalPath::kHidl);
+    const sp<V2_0::IThermal> service = LookUp();
+    auto callback = sp<HidlThermalCallback>::make();
+    const wp<HidlThermalCallback> kept = callback;
+    ASSERT_FALSE(Register(service, callback).failed());
+    if (dies) {
+      callback.clear();
+      EXPECT_NE(kept.promote(), nullptr);
+      Kill();
+    } else {
+      EXPECT_FALSE(Unregister(service, callback).failed());
+      EXPECT_EQ(thermal_.callback_count(ThermalPath::kHidl), 0u);
+      callback.clear();
+    }
+    EXPECT_TRUE(Eventually([&] { return kept.promote() == nullptr; })) << "dies: " << dies;
+  }
+}
+
+// What a service must not do with a result callback.
+class RudeService : public HidlThermalService {
+ public:
+  explicit RudeService(int answers) : HidlThermalService({}), answers_(answers) {}
+  Return<void> getCpuUsages(getCpuUsages_cb _hidl_cb) override {
+    for (int i = 0; i < answers_; ++i) _hidl_cb({}, {});
+    return Void();
+  }
+
+ private:
+  const int answers_;
+};
+
+TEST_F(HidlTest, AServiceHasToAnswerOnce) {
+  const auto call = [](int answers) {
+    standin::ServiceProcess process("rude");
+    ASSERT_TRUE(process.AddHidlService(sp<RudeService>::make(answers)));
+    const Return<void> result = LookUp()->getCpuUsages([](const auto&, const auto&) {});
+    EXPECT_TRUE(result.isOk());
+  };
+  call(1);
+  EXPECT_DEATH(call(0), "not called");
+  EXPECT_DEATH(call(2), "called twice");
+}
+
+class HidlDeathTest : public HidlTest {
+ protected:
+  void KillAndTell() {
+    Kill();
+    ASSERT_TRUE(standin::WaitUntilDelivered());
+  }
+
+  sp<V2_0::IThermal> service_ = LookUp();
+  sp<Recipient> recipient_ = sp<Recipient>::make();
+};
+
+TEST_F(HidlDeathTest, EachLinkIsToldOnce) {
+  ASSERT_TRUE(service_->linkToDeath(recipient_, 1));
+  ASSERT_TRUE(service_->linkToDeath(recipient_, 2));
+  const sp<V2_0::IThermal> another = LookUp();
+  ASSERT_TRUE(another->linkToDeath(recipient_, 3));
+  EXPECT_TRUE(service_->unlinkToDeath(recipient_));  // the newest of this proxy
+  KillAndTell();
+  EXPECT_EQ(recipient_->told.Take(), 1u);
+  EXPECT_EQ(recipient_->told.Take(), 3u);
+  EXPECT_TRUE(recipient_->told.empty());
+  EXPECT_EQ(recipient_->thread, "hwbinder:host");
+  EXPECT_EQ(recipient_->last_who.promote(), sp<IBase>(another)) << "the proxy linked on";
+
+  EXPECT_FALSE(service_->unlinkToDeath(recipient_)) << "gone with its notice";
+  EXPECT_FALSE(service_->linkToDeath(recipient_, 4)) << "known to be dead";
+  thermal_.Start(ThermalPath::kHidl);
+  KillAndTell();
+  EXPECT_TRUE(recipient_->told.empty()) << "a successor's death is no business of the old links";
+}
+
+TEST_F(HidlDeathTest, ALinkBelongsToOneProxyAndEndsWithIt) {
+  const sp<V2_0::IThermal> another = LookUp();
+  ASSERT_TRUE(service_->linkToDeath(recipient_, 1));
+  EXPECT_FALSE(another->unlinkToDeath(recipient_)) << "not linked here";
+  service_.clear();
+  KillAndTell();
+  EXPECT_TRUE(recipient_->told.empty());
+}
+
+TEST_F(HidlDeathTest, ARecipientIsHeldWeakly) {
+  const wp<Recipient> weak = recipient_;
+  ASSERT_TRUE(service_->linkToDeath(recipient_, 1));
+  recipient_.clear();
+  EXPECT_EQ(weak.promote(), nullptr);
+  KillAndTell();
+  EXPECT_TRUE(service_->ping().isDeadObject());
+}
+
+TEST_F(HidlDeathTest, ALinkThatIsUndoneOrRefusedTellsNobody) {
+  ASSERT_TRUE(service_->linkToDeath(recipient_, 1));
+  EXPECT_TRUE(service_->unlinkToDeath(recipient_));
+  EXPECT_FALSE(service_->unlinkToDeath(recipient_));
+  standin::HidlLinkToDeathScript().Then({.status = STATUS_UNKNOWN_ERROR});
+  const Return<bool> refused = service_->linkToDeath(recipient_, 2);
+  EXPECT_TRUE(refused.isOk()) << "no failure of the transport";
+  EXPECT_FALSE(refused);
+  // Without a recipient there is a link, and nobody to tell.
+  EXPECT_TRUE(service_->linkToDeath(nullptr, 3));
+  EXPECT_FALSE(service_->unlinkToDeath(nullptr));
+  KillAndTell();
+  EXPECT_TRUE(recipient_->told.empty());
+}
+
+TEST_F(HidlDeathTest, ALinkToAServiceWhoseDeathNobodyHasNoticedIsTold) {
+  Kill();
+  EXPECT_TRUE(service_->linkToDeath(recipient_, 1));
+  EXPECT_EQ(recipient_->told.Take(), 1u);
+}
+
+TEST_F(HidlDeathTest, NobodyWaitsForANoticeThatRuns) {
+  recipient_->gate = std::make_shared<standin::Gate>();
+  ASSERT_TRUE(service_->linkToDeath(recipient_, 1));
+  Kill();
+  ASSERT_TRUE(recipient_->gate->WaitForArrivals());
+  EXPECT_FALSE(service_->unlinkToDeath(recipient_)) << "too late";
+  service_.clear();
+  recipient_->gate->Open();
+  EXPECT_EQ(recipient_->told.Take(), 1u);
+}
+
+TEST_F(HidlDeathTest, ANoticeMayUseAndDropTheProxy) {
+  struct Dropper : hidl_death_recipient {
+    void serviceDied(uint64_t /*cookie*/, const wp<IBase>& who) override {
+      const sp<IBase> proxy = who.promote();
+      linked_again = proxy->linkToDeath(this, 2);
+      static_cast<void>(proxy->unlinkToDeath(this).isOk());
+      service->clear();
+      told.Put(true);
+    }
+    sp<V2_0::IThermal>* service = nullptr;
+    std::atomic<bool> linked_again{true};
+    Seen<bool> told;
+  };
+  const auto dropper = sp<Dropper>::make();
+  dropper->service = &service_;
+  ASSERT_TRUE(service_->linkToDeath(dropper, 1));
+  Kill();
+  EXPECT_EQ(dropper->told.Take(), true);
+  EXPECT_FALSE(dropper->linked_again) << "known to be dead";
+  EXPECT_EQ(service_, nullptr);
+}
+
+}  // namespace
+}  // namespace norvik::qel
