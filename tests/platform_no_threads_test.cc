@@ -1,12 +1,36 @@
 // A host program that has not started its binder threads hears of nothing.
 #include <android/binder_process.h>
+#include <android/sensor.h>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+
+#include "devices/simulated/sensor_hub.h"
 #include "devices/simulated/thermal.h"
 #include "tests/support/battery_fixture.h"
 
 namespace norvik::qel {
 namespace {
+
+// In a process of its own, where it may start a thread.
+[[noreturn]] void HearASensor() {
+  simulated::SensorHub hub;
+  hub.Add(ASENSOR_TYPE_PROXIMITY, "proximity");
+  hub.Start();
+  if (ABinderProcess_isThreadPoolStarted()) std::_Exit(1);
+  ASensorManager* const manager = ASensorManager_getInstance();
+  ASensorEventQueue* const queue =
+      ASensorManager_createEventQueue(manager, ALooper_forThread(), 0, nullptr, nullptr);
+  ASensorEventQueue_registerSensor(
+      queue, ASensorManager_getDefaultSensor(manager, ASENSOR_TYPE_PROXIMITY), 0, 0);
+  hub.Report(ASENSOR_TYPE_PROXIMITY, 1);
+  std::_Exit(ALooper_pollOnce(10'000, nullptr, nullptr, nullptr) == ALOOPER_POLL_CALLBACK ? 0 : 2);
+}
+
+TEST(NoBinderThreadsDeathTest, TheSensorManagerBringsABinderThread) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(HearASensor(), testing::ExitedWithCode(0), "");
+}
 
 // Before the other test, which starts the binder threads.
 TEST(NoBinderThreadsTest, HidlThreadsComeWithTheFirstThingThatCanArrive) {
