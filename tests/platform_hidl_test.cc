@@ -23,12 +23,9 @@ namespace {
 
 namespace V1_0 = android::hardware::thermal::V1_0;
 namespace V2_0 = android::hardware::thermal::V2_0;
-using aidl::android::hardware::thermal::ThrottlingSeverity;
 using android::sp;
 using android::wp;
 using android::hardware::hidl_death_recipient;
-using android::hardware::hidl_string;
-using android::hardware::hidl_vec;
 using android::hardware::interfacesEqual;
 using android::hardware::Return;
 using android::hardware::Void;
@@ -39,7 +36,6 @@ using simulated::ThermalPath;
 using standin::Delivery;
 using standin::HoldDeliveries;
 using standin::Outcome;
-using testing::ElementsAre;
 using testing::SizeIs;
 
 constexpr V2_0::TemperatureType kAnyType = V2_0::TemperatureType::UNKNOWN;

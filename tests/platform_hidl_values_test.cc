@@ -145,9 +145,10 @@ TEST(HidlVecTest, OwnsCopiesAndPointsAtTheRest) {
   const int* const storage = copy.data();
   const hidl_vec<int> target = std::move(copy);
   EXPECT_EQ(target.data(), storage);
-  // NOLINTNEXTLINE(bugprone-use-after-move): what a moved-from vector looks like is the subject
+  // NOLINTBEGIN(bugprone-use-after-move,clang-analyzer-cplusplus.Move): how it looks is the subject
   EXPECT_EQ(copy.size(), 2u);
   EXPECT_EQ(copy.data(), storage) << "still points there, without owning it";
+  // NOLINTEND(bugprone-use-after-move,clang-analyzer-cplusplus.Move)
   EXPECT_THAT(std::vector<int>(target), ElementsAre(1, 2));
   EXPECT_EQ(target, (hidl_vec<int>{1, 2}));
 }

@@ -28,11 +28,9 @@ using aidl::android::hardware::thermal::TemperatureType;
 using aidl::android::hardware::thermal::ThrottlingSeverity;
 using android::sp;
 using devices::DeviceEvent;
-using devices::HidlThermalOperation;
 using devices::ThermalOperation;
 using simulated::ThermalPath;
 using standin::Outcome;
-using testing::ElementsAre;
 using testing::SizeIs;
 
 std::shared_ptr<IThermal> LookUpAidl() {
@@ -205,7 +203,7 @@ TEST_F(ThermalTest, HidlCallbacksHearOfTheirType) {
                     ->registerThermalChangedCallback(callback, filter, V2_0::TemperatureType::SKIN,
                                                      answer.Take())
                     .isOk());
-    return std::string(answer.status.debugMessage);
+    return static_cast<std::string>(answer.status.debugMessage);
   };
   EXPECT_EQ(add(skin, true), "");
   EXPECT_EQ(add(all, false), "");
