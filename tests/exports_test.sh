@@ -31,6 +31,11 @@ for list in "$listed" "$exported"; do
   [ -n "$list" ] || { echo "no classes to compare"; exit 1; }
 done
 compare "the list" "$listed" "the library" "$exported"
+# What is listed by its whole mangled name, such as a table of virtual functions.
+while read -r name; do
+  nm --dynamic --defined-only "$library" | grep -q " $name$" ||
+    { echo "listed, not in the library: $name"; failed=1; }
+done < <(sed -n 's/^ *\(_Z[A-Za-z0-9_]*\);$/\1/p' "$map")
 # The platform may hold callbacks of the library after the last handle is gone.
 readelf --dynamic --wide "$library" | grep -q NODELETE ||
   { echo "the library can be unmapped: linked without -z nodelete"; failed=1; }

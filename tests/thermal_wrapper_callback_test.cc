@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <functional>
 #include <future>
 #include <memory>
@@ -14,6 +15,7 @@
 #include "standin/gate.h"
 #include "standin/hidl_service_manager.h"
 #include "standin/service_process.h"
+#include "tests/support/local_thermal.h"
 #include "tests/support/sanitizers.h"
 #include "tests/support/thermal_wrapper_fixture.h"
 
@@ -75,7 +77,7 @@ TEST_F(ThermalCallbackTest, NotificationsComeConvertedOnAnotherThread) {
   EXPECT_EQ(heard->temperature.name, "display");
   EXPECT_EQ(heard->temperature.value, 45.5F);
   EXPECT_EQ(heard->temperature.throttlingStatus, V2_0::ThrottlingSeverity::SEVERE);
-  EXPECT_NE(heard->thread, ThreadName());
+  EXPECT_EQ(heard->thread, "binder:host");
   EXPECT_TRUE(Succeeded(Unregister(callback)));
   EXPECT_EQ(registered(), 0u);
   EXPECT_TRUE(FailedWith(Unregister(callback), kNotRegistered));
@@ -85,15 +87,21 @@ TEST_F(ThermalCallbackTest, NotificationsComeConvertedOnAnotherThread) {
 TEST_F(ThermalCallbackTest, AFilterGoesToTheServiceAndOnlyItsTypeComesBack) {
   const auto all = sp<HidlThermalCallback>::make();
   const auto batteries = sp<HidlThermalCallback>::make();
+  const auto speakers = sp<HidlThermalCallback>::make();
   ASSERT_TRUE(Succeeded(Register(all, false, V2_0::TemperatureType::BATTERY)));
   ASSERT_TRUE(Succeeded(Register(batteries, true, V2_0::TemperatureType::BATTERY)));
   EXPECT_EQ(Calls(ThermalOperation::kRegisterThermalChangedCallback), 1);
-  EXPECT_EQ(Calls(ThermalOperation::kRegisterThermalChangedCallbackWithType), 1);
+  // A type that HIDL has no name for travels as the number it is.
+  ASSERT_TRUE(Succeeded(
+      Register(speakers, true, static_cast<V2_0::TemperatureType>(TemperatureType::SPEAKER))));
+  EXPECT_EQ(Calls(ThermalOperation::kRegisterThermalChangedCallbackWithType), 2);
   thermal_.Notify(Hot("skin"));
   thermal_.Notify(Hot("battery", TemperatureType::BATTERY));
+  thermal_.Notify(Hot("speaker", TemperatureType::SPEAKER));
   EXPECT_EQ(Take(*all), "skin");
   EXPECT_EQ(Take(*all), "battery");
   EXPECT_EQ(Take(*batteries), "battery");
+  EXPECT_EQ(Take(*speakers), "speaker");
 }
 
 TEST_F(ThermalCallbackTest, ADuplicateIsRefusedBeforeTheServiceHearsOfIt) {
@@ -141,6 +149,31 @@ TEST_F(ThermalCallbackTest, WhatTheServiceRefusesMayBeTriedAgain) {
   EXPECT_TRUE(Succeeded(Unregister(callback)));
   thermal_.Kill(ThermalPath::kAidl);
   EXPECT_TRUE(FailedWith(Register(callback), ""));
+}
+
+// The lock is held from the search for a duplicate to the end of the result callback.
+TEST_F(ThermalCallbackTest, RegistrationsWaitForEachOther) {
+  const auto service = std::make_shared<Gate>();
+  thermal_.on(ThermalOperation::kRegisterThermalChangedCallback).Then(Outcome::After(service));
+  const auto callback = sp<HidlThermalCallback>::make();
+  const auto result = std::make_shared<Gate>();
+  auto first = std::async(std::launch::async, [&] {
+    return wrapper_
+        ->registerThermalChangedCallback(callback, false, V2_0::TemperatureType::SKIN,
+                                         [&](const auto&) { result->Pass(); })
+        .isOk();
+  });
+  ASSERT_TRUE(service->WaitForArrivals());
+  auto duplicate = std::async(std::launch::async, [&] { return Register(callback); });
+  // Can miss that somebody does not wait, never invent it.
+  EXPECT_EQ(duplicate.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
+  service->Open();
+  ASSERT_TRUE(result->WaitForArrivals());
+  EXPECT_EQ(duplicate.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
+  result->Open();
+  EXPECT_TRUE(first.get());
+  EXPECT_TRUE(FailedWith(duplicate.get(), kRegistered));
+  EXPECT_EQ(Calls(ThermalOperation::kRegisterThermalChangedCallback), 1);
 }
 
 TEST_F(ThermalCallbackTest, NoCallbackIsRefusedEvenWhileTheLockIsHeld) {
@@ -217,14 +250,30 @@ TEST_F(ThermalCallbackTest, NotificationsGoOnWhenTheWrapperIsGone) {
   EXPECT_EQ(Take(*callback), "skin");
 }
 
+class Failing : public HidlThermalCallback {
+ public:
+  Return<void> notifyThrottling(const Temperature& temperature) override {
+    Return<void> heard = HidlThermalCallback::notifyThrottling(temperature);
+    return Status::fromStatusT(android::DEAD_OBJECT);
+  }
+};
+
+// A service in the same process sees the answer to a notification, and may send one while a
+// callback is being registered.
+TEST_F(ThermalCallbackTest, TheServiceAlwaysHearsThatAllIsWell) {
+  const auto local = ndk::SharedRefBase::make<LocalThermal>();
+  wrapper_ = sp<ThermalHidlWrapper>::make(local);
+  const auto failing = sp<Failing>::make();
+  EXPECT_TRUE(Succeeded(Register(failing)));
+  EXPECT_TRUE(local->notification_was_ok);
+  EXPECT_EQ(Take(*failing), "early");
+  // A registration that is refused without a status.
+  local->status = [] { return ndk::ScopedAStatus(nullptr); };
+  EXPECT_TRUE(FailedWith(Register(sp<HidlThermalCallback>::make()), ""));
+  EXPECT_TRUE(FailedWith(Unregister(failing), ""));
+}
+
 TEST_F(ThermalCallbackTest, AClientThatFailsHarmsNobody) {
-  class Failing : public HidlThermalCallback {
-   public:
-    Return<void> notifyThrottling(const Temperature& temperature) override {
-      Return<void> heard = HidlThermalCallback::notifyThrottling(temperature);
-      return Status::fromStatusT(android::DEAD_OBJECT);
-    }
-  };
   const auto failing = sp<Failing>::make();
   ASSERT_TRUE(Succeeded(Register(failing)));
   for (const char* name : {"one", "two"}) {

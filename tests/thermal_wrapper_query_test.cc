@@ -1,5 +1,4 @@
 // The HIDL wrapper's queries, their records and their failures.
-#include <aidl/android/hardware/thermal/BnThermal.h>
 #include <cutils/native_handle.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/local_thermal.h"
 #include "tests/support/thermal_wrapper_fixture.h"
 
 // What `debug` hands to the service it leaves to it, deliberately; nothing else may leak.
@@ -40,6 +40,7 @@ using simulated::ThermalPath;
 using standin::Outcome;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::StrEq;
 
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 
@@ -74,6 +75,26 @@ class ThermalQueryTest : public ThermalWrapperFixture {
     EXPECT_TRUE(Succeeded(answer));
     return reply;
   }
+  // All three queries; none gives a record.
+  std::vector<HidlAnswer> AskAll(bool filter) {
+    std::vector<HidlAnswer> answers(3);
+    std::vector<V2_0::Temperature> temperatures(1);
+    std::vector<V2_0::TemperatureThreshold> thresholds(1);
+    std::vector<V2_0::CoolingDevice> coolers(1);
+    EXPECT_TRUE(wrapper_
+                    ->getCurrentTemperatures(filter, V2_0::TemperatureType::SKIN,
+                                             answers[0].Take(temperatures))
+                    .isOk());
+    EXPECT_TRUE(wrapper_
+                    ->getTemperatureThresholds(filter, V2_0::TemperatureType::SKIN,
+                                               answers[1].Take(thresholds))
+                    .isOk());
+    EXPECT_TRUE(
+        wrapper_->getCurrentCoolingDevices(filter, V2_0::CoolingType::CPU, answers[2].Take(coolers))
+            .isOk());
+    EXPECT_TRUE(temperatures.empty() && thresholds.empty() && coolers.empty());
+    return answers;
+  }
 };
 
 TEST_F(ThermalQueryTest, TheQueriesOfHidl1AreRefusedWithoutAskingTheService) {
@@ -90,8 +111,9 @@ TEST_F(ThermalQueryTest, TheQueriesOfHidl1AreRefusedWithoutAskingTheService) {
     for (const HidlAnswer& answer : answers) EXPECT_TRUE(FailedWith(answer, kMessage));
     EXPECT_TRUE(temperatures.empty() && usages.empty() && coolers.empty());
   }
-  EXPECT_EQ(Calls(ThermalOperation::kGetTemperatures), 0);
-  EXPECT_EQ(Calls(ThermalOperation::kGetCoolingDevices), 0);
+  for (int operation = 0; operation < static_cast<int>(ThermalOperation::kCount); ++operation) {
+    EXPECT_EQ(Calls(static_cast<ThermalOperation>(operation)), 0) << operation;
+  }
 }
 
 TEST_F(ThermalQueryTest, TemperaturesKeepAllButATypeThatHidlDoesNotKnow) {
@@ -204,36 +226,22 @@ TEST_F(ThermalQueryTest, TheFilterIsTheServicesBusiness) {
   EXPECT_EQ(Calls(ThermalOperation::kGetTemperaturesWithType), 3);
 
   thermal_.Change([](auto& data) {
-    data.thresholds.resize(2);
+    data.thresholds.resize(3);
     data.thresholds[0] = {.type = TemperatureType::CPU, .name = "cpu"};
     data.thresholds[1] = {.type = TemperatureType::SKIN, .name = "skin"};
+    data.thresholds[2] = {.type = TemperatureType::SPEAKER, .name = "speaker"};
   });
   EXPECT_THAT(names(Thresholds(true, V2_0::TemperatureType::SKIN)), ElementsAre("skin"));
-  EXPECT_THAT(names(Thresholds(false, V2_0::TemperatureType::SKIN)), ElementsAre("cpu", "skin"));
+  EXPECT_THAT(names(Thresholds(true, speaker)), ElementsAre("speaker"));
+  EXPECT_THAT(names(Thresholds(false, V2_0::TemperatureType::SKIN)),
+              ElementsAre("cpu", "skin", "speaker"));
   EXPECT_THAT(names(Coolers(true, V2_0::CoolingType::CPU)), ElementsAre("cpu"));
+  EXPECT_THAT(names(Coolers(true, static_cast<V2_0::CoolingType>(CoolingType::SPEAKER))),
+              ElementsAre("speaker"));
   EXPECT_EQ(Coolers(false, V2_0::CoolingType::CPU).size(), thermal_.data().cooling_devices.size());
 }
 
 TEST_F(ThermalQueryTest, AFailureOfTheServiceIsAStatusWithItsMessage) {
-  const auto ask = [this](bool filter) {
-    std::vector<HidlAnswer> answers(3);
-    std::vector<V2_0::Temperature> temperatures(1);
-    std::vector<V2_0::TemperatureThreshold> thresholds(1);
-    std::vector<V2_0::CoolingDevice> coolers(1);
-    EXPECT_TRUE(wrapper_
-                    ->getCurrentTemperatures(filter, V2_0::TemperatureType::SKIN,
-                                             answers[0].Take(temperatures))
-                    .isOk());
-    EXPECT_TRUE(wrapper_
-                    ->getTemperatureThresholds(filter, V2_0::TemperatureType::SKIN,
-                                               answers[1].Take(thresholds))
-                    .isOk());
-    EXPECT_TRUE(
-        wrapper_->getCurrentCoolingDevices(filter, V2_0::CoolingType::CPU, answers[2].Take(coolers))
-            .isOk());
-    EXPECT_TRUE(temperatures.empty() && thresholds.empty() && coolers.empty());
-    return answers;
-  };
   const ThermalOperation kPlain[] = {ThermalOperation::kGetTemperatures,
                                      ThermalOperation::kGetTemperatureThresholds,
                                      ThermalOperation::kGetCoolingDevices};
@@ -243,99 +251,68 @@ TEST_F(ThermalQueryTest, AFailureOfTheServiceIsAStatusWithItsMessage) {
   for (const ThermalOperation operation : kPlain) {
     thermal_.on(operation).Then(Outcome::Exception(EX_ILLEGAL_STATE, "not yet"));
   }
-  for (const HidlAnswer& answer : ask(false)) EXPECT_TRUE(FailedWith(answer, "not yet"));
+  for (const HidlAnswer& answer : AskAll(false)) EXPECT_TRUE(FailedWith(answer, "not yet"));
   for (const ThermalOperation operation : kFiltered) {
     thermal_.on(operation).Then(Outcome::ServiceSpecific(-7, "sensor bus"));
   }
-  for (const HidlAnswer& answer : ask(true)) EXPECT_TRUE(FailedWith(answer, "sensor bus"));
+  for (const HidlAnswer& answer : AskAll(true)) EXPECT_TRUE(FailedWith(answer, "sensor bus"));
   thermal_.Kill(ThermalPath::kAidl);
-  for (const HidlAnswer& answer : ask(false)) EXPECT_TRUE(FailedWith(answer, ""));
+  for (const HidlAnswer& answer : AskAll(false)) EXPECT_TRUE(FailedWith(answer, ""));
 }
 
-// A service in the same process, for what a proxy cannot show.
-class LocalThermal : public aidl::android::hardware::thermal::BnThermal {
- public:
-  template <typename T>
-  using Out = std::vector<T>*;
-  using Callback = std::shared_ptr<aidl::android::hardware::thermal::IThermalChangedCallback>;
-  using CoolingCallback =
-      std::shared_ptr<aidl::android::hardware::thermal::ICoolingDeviceChangedCallback>;
-
-  ndk::ScopedAStatus getCoolingDevices(Out<CoolingDevice>) override { return None(); }
-  ndk::ScopedAStatus getCoolingDevicesWithType(CoolingType, Out<CoolingDevice>) override {
-    return None();
-  }
-  ndk::ScopedAStatus getTemperatures(Out<Temperature>) override { return None(); }
-  ndk::ScopedAStatus getTemperaturesWithType(TemperatureType, Out<Temperature>) override {
-    return None();
-  }
-  ndk::ScopedAStatus getTemperatureThresholds(Out<TemperatureThreshold>) override { return None(); }
-  ndk::ScopedAStatus getTemperatureThresholdsWithType(TemperatureType,
-                                                      Out<TemperatureThreshold>) override {
-    return None();
-  }
-  ndk::ScopedAStatus registerThermalChangedCallback(const Callback&) override { return None(); }
-  ndk::ScopedAStatus registerThermalChangedCallbackWithType(const Callback&,
-                                                            TemperatureType) override {
-    return None();
-  }
-  ndk::ScopedAStatus unregisterThermalChangedCallback(const Callback&) override { return None(); }
-  ndk::ScopedAStatus registerCoolingDeviceChangedCallbackWithType(const CoolingCallback&,
-                                                                  CoolingType) override {
-    return None();
-  }
-  ndk::ScopedAStatus unregisterCoolingDeviceChangedCallback(const CoolingCallback&) override {
-    return None();
-  }
-  binder_status_t dump(int fd, const char** args, uint32_t count) override {
-    ++dumps;
-    for (uint32_t i = 0; i < count; ++i) dprintf(fd, "[%s]", args[i]);
-    return STATUS_UNKNOWN_ERROR;  // nobody looks at it
-  }
-
-  int dumps = 0;
-
- private:
-  static ndk::ScopedAStatus None() { return ndk::ScopedAStatus(nullptr); }
-};
-
-TEST_F(ThermalQueryTest, NoStatusIsAFailureWithoutAMessage) {
-  wrapper_ = android::sp<ThermalHidlWrapper>::make(ndk::SharedRefBase::make<LocalThermal>());
-  HidlAnswer query;
-  std::vector<V2_0::Temperature> temperatures;
-  EXPECT_TRUE(
-      wrapper_->getCurrentTemperatures(false, V2_0::TemperatureType::SKIN, query.Take(temperatures))
-          .isOk());
-  EXPECT_TRUE(FailedWith(query, ""));
-  HidlAnswer registration;
-  const auto callback = android::sp<HidlThermalCallback>::make();
-  EXPECT_TRUE(wrapper_
-                  ->registerThermalChangedCallback(callback, false, V2_0::TemperatureType::SKIN,
-                                                   registration.Take())
-                  .isOk());
-  EXPECT_TRUE(FailedWith(registration, ""));
-}
-
-TEST_F(ThermalQueryTest, DebugHandsDescriptorAndOptionsToTheService) {
+// A service may have written half an answer when it fails, or give no status at all.
+TEST_F(ThermalQueryTest, NothingOfAFailedAnswerIsShown) {
   const auto local = ndk::SharedRefBase::make<LocalThermal>();
   wrapper_ = android::sp<ThermalHidlWrapper>::make(local);
-  // Without a handle, and without a descriptor in it.
-  native_handle_t* const empty = native_handle_create(/*numFds=*/0, /*numInts=*/1);
-  EXPECT_TRUE(wrapper_->debug(hidl_handle(), {"a"}).isOk());
-  EXPECT_TRUE(wrapper_->debug(hidl_handle(empty), {"a"}).isOk());
-  EXPECT_EQ(local->dumps, 0);
-  native_handle_delete(empty);
+  EXPECT_EQ(Temperatures().size(), 2u);
+  local->status = [] {
+    return ndk::ScopedAStatus::fromExceptionCodeWithMessage(EX_ILLEGAL_STATE, "half");
+  };
+  for (const HidlAnswer& answer : AskAll(false)) EXPECT_TRUE(FailedWith(answer, "half"));
+  local->status = [] { return ndk::ScopedAStatus(nullptr); };
+  for (const HidlAnswer& answer : AskAll(true)) EXPECT_TRUE(FailedWith(answer, ""));
+}
 
-  const int fd = memfd_create("dump", MFD_CLOEXEC);
-  native_handle_t* const native = native_handle_create(/*numFds=*/1, /*numInts=*/0);
-  native->data[0] = fd;
-  EXPECT_TRUE(wrapper_->debug(hidl_handle(native), {"--all", "", "two words"}).isOk());
+TEST_F(ThermalQueryTest, AQueryTakesNoLock) {
+  HidlAnswer registration;
+  EXPECT_TRUE(wrapper_
+                  ->getCurrentTemperatures(
+                      false, V2_0::TemperatureType::SKIN,
+                      [&](const auto&, const auto&) {
+                        // Would wait for itself.
+                        EXPECT_TRUE(wrapper_
+                                        ->registerThermalChangedCallback(
+                                            android::sp<HidlThermalCallback>::make(), false,
+                                            V2_0::TemperatureType::SKIN, registration.Take())
+                                        .isOk());
+                      })
+                  .isOk());
+  EXPECT_TRUE(Succeeded(registration));
+}
+
+TEST_F(ThermalQueryTest, DebugHandsDescriptorAndOptionsToTheServiceForGood) {
+  const auto local = ndk::SharedRefBase::make<LocalThermal>();
+  wrapper_ = android::sp<ThermalHidlWrapper>::make(local);
+  native_handle_t* const native = native_handle_create(/*numFds=*/2, /*numInts=*/0);
+  native->data[0] = 11;
+  native->data[1] = 12;
+  {
+    const hidl_vec<hidl_string> options = {"--all", "", "two words"};
+    EXPECT_TRUE(wrapper_->debug(hidl_handle(native), options).isOk());
+  }
+  EXPECT_EQ(local->dump_descriptor, 11);
+  EXPECT_THAT(local->dump_arguments, ElementsAre(StrEq("--all"), StrEq(""), StrEq("two words")));
   EXPECT_TRUE(wrapper_->debug(hidl_handle(native), {}).isOk());
+  EXPECT_THAT(local->dump_arguments, IsEmpty());
   EXPECT_EQ(local->dumps, 2);
-  char text[64] = {};
-  EXPECT_GT(pread(fd, text, sizeof text - 1, 0), 0);
-  EXPECT_STREQ(text, "[--all][][two words]");
-  native_handle_close(native);
+  // Without a descriptor, or without a handle, nobody is asked.
+  for (const int count : {0, -1}) {
+    native->numFds = count;
+    EXPECT_TRUE(wrapper_->debug(hidl_handle(native), {"a"}).isOk());
+  }
+  EXPECT_TRUE(wrapper_->debug(hidl_handle(), {"a"}).isOk());
+  EXPECT_EQ(local->dumps, 2);
+  native->numFds = 0;
   native_handle_delete(native);
 }
 
@@ -351,19 +328,35 @@ TEST_F(ThermalQueryTest, DebugReachesAServiceInAnotherProcess) {
   native_handle_delete(native);
 }
 
-// A caller's mistake is reported and then not survived.
-TEST(ThermalWrapperDeathTest, WithoutAServiceAQueryReportsAndFails) {
+// A caller's mistake is reported, and then what needs the service is not survived.
+TEST(ThermalWrapperDeathTest, WithoutAServiceEachOperationReportsAndGoesOn) {
   using aidl::android::hardware::thermal::ThermalHidlWrapper;
+  constexpr char kMessage[] = "Thermal AIDL HAL client used by HIDL wrapper was not initialized";
+  const auto wrapper = android::sp<ThermalHidlWrapper>::make(nullptr);
+  const auto say = [](const auto& status, const auto&...) {
+    fprintf(stderr, "told: %s.\n", status.debugMessage.c_str());
+  };
+  const auto callback = android::sp<HidlThermalCallback>::make();
+  const auto type = V2_0::TemperatureType::SKIN;
+  const std::string told = std::string("told: ") + kMessage + "\\.";
+  EXPECT_DEATH(static_cast<void>(wrapper->getCurrentTemperatures(false, type, say).isOk()), told);
+  EXPECT_DEATH(static_cast<void>(wrapper->getTemperatureThresholds(true, type, say).isOk()), told);
+  EXPECT_DEATH(static_cast<void>(
+                   wrapper->getCurrentCoolingDevices(false, V2_0::CoolingType::CPU, say).isOk()),
+               told);
   EXPECT_DEATH(
-      {
-        const auto wrapper = android::sp<ThermalHidlWrapper>::make(nullptr);
-        const auto answer = wrapper->getCurrentTemperatures(
-            false, V2_0::TemperatureType::SKIN, [](const auto& status, const auto&) {
-              fprintf(stderr, "told: %s.\n", status.debugMessage.c_str());
-            });
-        std::_Exit(answer.isOk() ? 0 : 1);
-      },
-      "told: Thermal AIDL HAL client used by HIDL wrapper was not initialized\\.");
+      static_cast<void>(wrapper->registerThermalChangedCallback(callback, false, type, say).isOk()),
+      told);
+
+  // What ends before it needs the service.
+  std::vector<std::string> heard;
+  const auto hear = [&](const auto& status) { heard.push_back(status.debugMessage); };
+  EXPECT_TRUE(wrapper->registerThermalChangedCallback(nullptr, false, type, hear).isOk());
+  EXPECT_TRUE(wrapper->unregisterThermalChangedCallback(nullptr, hear).isOk());
+  EXPECT_TRUE(wrapper->unregisterThermalChangedCallback(callback, hear).isOk());
+  EXPECT_THAT(
+      heard, ElementsAre(kMessage, "Invalid nullptr callback", kMessage, "Invalid nullptr callback",
+                         kMessage, "The callback was not registered through wrapper before"));
 }
 
 }  // namespace

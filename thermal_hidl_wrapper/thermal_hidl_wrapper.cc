@@ -85,8 +85,8 @@ Return<void> ThermalHidlWrapper::getCoolingDevices(getCoolingDevices_cb callback
   return Void();
 }
 
-// Here and below a null service is reported and then used all the same: the report is a diagnosis
-// of a broken caller, not an outcome that one may live with.
+// In the queries and in registering and unregistering, a null service is reported and then used all
+// the same: the report is a diagnosis of a broken caller, not an outcome that one may live with.
 Return<void> ThermalHidlWrapper::getCurrentTemperatures(bool filter_type, HidlTemperatureType type,
                                                         getCurrentTemperatures_cb callback) {
   if (thermal_service_ == nullptr) callback(Failure(kNotInitialized), {});
@@ -128,7 +128,7 @@ Return<void> ThermalHidlWrapper::registerThermalChangedCallback(
     result(Failure(kNullCallback));
     return Void();
   }
-  // Before the lock, so that one that is not kept goes after it: its end may run the client's code.
+  // Before the lock, so that one that is not kept goes after it: no reference is released under it.
   std::shared_ptr<IThermalChangedCallbackWrapper> wrapper;
   std::lock_guard<std::mutex> lock(lock_);
   if (Find(callback) != callback_wrappers_.end()) {

@@ -23,8 +23,9 @@ namespace aidl::android::hardware::thermal {
 // becomes TemperatureType::UNKNOWN or CoolingType::COMPONENT. The operations of HIDL 1.0 are
 // refused.
 //
-// The service handle must not be null. (Operations on a null one report so, and then fail as using
-// a null handle does: whoever makes the wrapper has to look.)
+// The service handle must not be null: whoever makes the wrapper has to look. (With a null one the
+// operations of HIDL 2.0 report so, and go on to whatever comes of using it. Those of HIDL 1.0 need
+// no service.)
 //
 // Threads: any. Result callbacks run on the caller's thread, before the call returns.
 // Locks: lock_ guards the list of callbacks. It is held while one is registered or unregistered,

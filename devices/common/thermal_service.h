@@ -41,7 +41,8 @@ inline constexpr char kThermalInstance[] = "android.hardware.thermal.IThermal/de
 //
 // Threads: any. Locks: lock_ is held while a report is put on its way, so that reports reach every
 // callback in the order in which they were made. Callbacks belong to other processes: nothing waits
-// for a receiver there, and no last reference is released.
+// for a receiver there, and no last reference is released. (One of the same process is called
+// directly, and must not call the service.)
 class ThermalService : public aidl::android::hardware::thermal::BnThermal {
  public:
   using Temperature = aidl::android::hardware::thermal::Temperature;

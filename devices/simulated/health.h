@@ -16,7 +16,7 @@ namespace norvik::qel::simulated {
 // The battery's state, the scripts and the call counts belong to the phone: they outlive the
 // service, which can die and come back.
 //
-// Threads: any.
+// Threads: any, but one at a time starts and kills the service.
 class Health {
  public:
   using HealthInfo = aidl::android::hardware::health::HealthInfo;

@@ -22,7 +22,7 @@ enum class ThermalPath { kAidl, kHidl };
 // the phone: they outlive the services, which can die and come back, and both services give the
 // same account of them. What HIDL has no type for comes as UNKNOWN there.
 //
-// Threads: any.
+// Threads: any, but one at a time starts and kills the service of a path.
 class Thermal {
  public:
   using ThermalData = devices::ThermalData;

@@ -50,8 +50,12 @@ void LocalBinder::PostOneway(std::function<void(LocalBinder&)> call) {
 
 void LocalBinder::PostDrainLocked() {
   IncStrong();
-  process_->Post(transport(),
-                 [self = ndk::SpAIBinder(this)] { self.get()->AsLocal()->RunOneOneway(); });
+  process_->Post(transport(), [self = ndk::SpAIBinder(this), counted = IsHost(process_)]() mutable {
+    self.get()->AsLocal()->RunOneOneway();
+    // What waits for the call to be handled may count on the reference being gone.
+    self.set(nullptr);
+    if (counted) NoteHandled();
+  });
 }
 
 void LocalBinder::RunOneOneway() {
@@ -70,7 +74,6 @@ void LocalBinder::RunOneOneway() {
     // Queued again rather than looped over: other objects' calls get their turn.
     if (draining_) PostDrainLocked();
   }
-  if (IsHost(process_)) NoteHandled();
 }
 
 bool Link::End() {
