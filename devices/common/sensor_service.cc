@@ -16,8 +16,8 @@ ASensorEvent MakeEvent(const SensorDescription& sensor, float value) {
   event.version = sizeof event;
   event.sensor = sensor.handle;
   event.type = sensor.type;
-  event.timestamp =
-      std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
+  const auto now = std::chrono::steady_clock::now().time_since_epoch();
+  event.timestamp = std::chrono::duration_cast<std::chrono::nanoseconds>(now).count();
   event.data[0] = value;
   return event;
 }

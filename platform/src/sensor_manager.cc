@@ -89,8 +89,7 @@ class EventSink : public BnSensorEvents {
 struct Singleton {
   std::mutex making;  // one at a time makes it; held while it waits for the service
   std::mutex lock;    // guards what follows
-  std::unique_ptr<ASensorManager> manager;
-  uintptr_t generation = 0;  // of the manager; the cookie of its link
+  std::unique_ptr<ASensorManager> manager;  // its address is the cookie of its link
 
   static Singleton& Get() {
     static Singleton& singleton = *new Singleton;
@@ -103,7 +102,7 @@ void ServiceDied(void* cookie) {
   Singleton& singleton = Singleton::Get();
   {
     std::lock_guard<std::mutex> lock(singleton.lock);
-    if (reinterpret_cast<uintptr_t>(cookie) != singleton.generation) return;
+    if (cookie != singleton.manager.get()) return;
     gone = std::move(singleton.manager);
   }
   if (gone != nullptr) gone->DropQueues();
@@ -123,28 +122,26 @@ AIBinder_DeathRecipient* Recipient() {
 ASensorManager* ASensorManager::Get() {
   Singleton& singleton = Singleton::Get();
   std::lock_guard<std::mutex> one_at_a_time(singleton.making);
-  uintptr_t generation = 0;
   {
     std::lock_guard<std::mutex> lock(singleton.lock);
     if (singleton.manager != nullptr) return singleton.manager.get();
-    generation = ++singleton.generation;
   }
   const std::string name = std::string(ISensorManager::descriptor) + "/default";
   const ndk::SpAIBinder binder(AServiceManager_waitForService(name.c_str()));
   std::shared_ptr<ISensorManager> service = ISensorManager::fromBinder(binder);
   if (service == nullptr) return nullptr;
-  auto manager = std::make_unique<ASensorManager>(
+  auto made = std::make_unique<ASensorManager>(
       std::static_pointer_cast<ISensorService>(std::move(service)));
+  ASensorManager* const manager = made.get();
   if (!ABinderProcess_isThreadPoolStarted()) std::thread(ABinderProcess_joinThreadPool).detach();
   {
     std::lock_guard<std::mutex> lock(singleton.lock);
-    singleton.manager = std::move(manager);
+    singleton.manager = std::move(made);
   }
   // Last: the notice may come at once, and has to find the manager.
-  if (AIBinder_linkToDeath(binder.get(), Recipient(), reinterpret_cast<void*>(generation)) !=
-      STATUS_OK) {
+  if (AIBinder_linkToDeath(binder.get(), Recipient(), manager) != STATUS_OK) {
     __android_log_print(ANDROID_LOG_ERROR, "sensors", "cannot watch for the service's death");
-    ServiceDied(reinterpret_cast<void*>(generation));
+    ServiceDied(manager);
     return nullptr;
   }
   std::lock_guard<std::mutex> lock(singleton.lock);
