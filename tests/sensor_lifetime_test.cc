@@ -282,12 +282,12 @@ TEST_F(SensorLifetimeTest, AHandleThatLivesLongDoesNotGrow) {
 
 // Two handles that are never given back, one of which polls while the other waits its turn.
 [[noreturn]] void ExitWithHandles() {
-  auto* hub = new simulated::SensorHub;
-  hub->Add(kProximity, "proximity");
-  hub->Start();
-  static Seen<Call>& seen = *new Seen<Call>;
-  for (int i = 0; i < 2; ++i) {
-    void* handle = nullptr;
+  static auto& hub = *new simulated::SensorHub;
+  hub.Add(kProximity, "proximity");
+  hub.Start();
+  static auto& seen = *new Seen<Call>;
+  static std::array<void*, 2> handles;
+  for (void*& handle : handles) {
     InitSensorInfo(&handle);
     RegisterProximitySensorCallback(handle, 0, Client<0>, &seen);
     seen.Take();
