@@ -437,5 +437,15 @@ TEST_F(DeathNoticeTest, NullsAndMissingHooks) {
   EXPECT_EQ(log_.Lines("libbinder_ndk").size(), 2u) << "a cookie without a hook is warned of";
 }
 
+TEST(ScriptTest, AnEndedServiceTakesNothingThatIsMeantForItsSuccessor) {
+  standin::Script script;
+  script.Then({.status = STATUS_UNKNOWN_ERROR});
+  std::atomic<bool> ended{true};
+  EXPECT_EQ(script.Next(&ended).status, STATUS_DEAD_OBJECT);
+  EXPECT_EQ(script.calls(), 0);
+  ended = false;
+  EXPECT_EQ(script.Next(&ended).status, STATUS_UNKNOWN_ERROR);
+}
+
 }  // namespace
 }  // namespace norvik::qel

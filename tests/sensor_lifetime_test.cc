@@ -153,7 +153,7 @@ struct LastGuest {
   static void OnValue(int, void* cookie) {
     const auto& self = *static_cast<LastGuest*>(cookie);
     self.gate->Pass();
-    if (self.act) self.act();
+    self.act();
     self.done->Open();
   }
 };

@@ -22,8 +22,8 @@ class Health::Service : public devices::HealthService {
 
  private:
   ndk::ScopedAStatus Permit(HealthOperation operation) override {
-    if (ended_) return ndk::ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT);
-    const standin::Outcome outcome = phone_->scripts.at(static_cast<size_t>(operation)).Next();
+    const standin::Outcome outcome =
+        phone_->scripts.at(static_cast<size_t>(operation)).Next(&ended_);
     return outcome.works() ? ndk::ScopedAStatus::ok() : outcome.ToStatus();
   }
 

@@ -73,8 +73,7 @@ class Thermal::AidlService : public devices::ThermalService {
 
  private:
   ndk::ScopedAStatus Permit(ThermalOperation operation) override {
-    if (ended_) return ndk::ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT);
-    const auto outcome = phone_->aidl_scripts.at(static_cast<size_t>(operation)).Next();
+    const auto outcome = phone_->aidl_scripts.at(static_cast<size_t>(operation)).Next(&ended_);
     return outcome.works() ? ndk::ScopedAStatus::ok() : outcome.ToStatus();
   }
 
@@ -91,8 +90,7 @@ class Thermal::HidlService : public devices::HidlThermalService {
 
  private:
   Verdict Permit(HidlThermalOperation operation) override {
-    if (ended_) return {.transport = Status::fromStatusT(android::DEAD_OBJECT)};
-    const auto outcome = phone_->hidl_scripts.at(static_cast<size_t>(operation)).Next();
+    const auto outcome = phone_->hidl_scripts.at(static_cast<size_t>(operation)).Next(&ended_);
     if (outcome.status != STATUS_OK) return {.transport = Status::fromStatusT(outcome.status)};
     return outcome.works() ? Verdict{} : Verdict::Failure(outcome.message);
   }

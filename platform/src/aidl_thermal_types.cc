@@ -6,113 +6,31 @@
 #include <string>
 
 #include "record_text.h"
+#include "thermal_names.h"
 
 namespace aidl::android::hardware::thermal {
 
+using norvik::qel::standin::kCoolingTypeNames;
+using norvik::qel::standin::kTemperatureTypeNames;
+using norvik::qel::standin::kThrottlingSeverityNames;
+using norvik::qel::standin::NameOf;
 using norvik::qel::standin::RecordText;
 
 std::string toString(TemperatureType value) {
-  switch (value) {
-    case TemperatureType::UNKNOWN:
-      return "UNKNOWN";
-    case TemperatureType::CPU:
-      return "CPU";
-    case TemperatureType::GPU:
-      return "GPU";
-    case TemperatureType::BATTERY:
-      return "BATTERY";
-    case TemperatureType::SKIN:
-      return "SKIN";
-    case TemperatureType::USB_PORT:
-      return "USB_PORT";
-    case TemperatureType::POWER_AMPLIFIER:
-      return "POWER_AMPLIFIER";
-    case TemperatureType::BCL_VOLTAGE:
-      return "BCL_VOLTAGE";
-    case TemperatureType::BCL_CURRENT:
-      return "BCL_CURRENT";
-    case TemperatureType::BCL_PERCENTAGE:
-      return "BCL_PERCENTAGE";
-    case TemperatureType::NPU:
-      return "NPU";
-    case TemperatureType::TPU:
-      return "TPU";
-    case TemperatureType::DISPLAY:
-      return "DISPLAY";
-    case TemperatureType::MODEM:
-      return "MODEM";
-    case TemperatureType::SOC:
-      return "SOC";
-    case TemperatureType::WIFI:
-      return "WIFI";
-    case TemperatureType::CAMERA:
-      return "CAMERA";
-    case TemperatureType::FLASHLIGHT:
-      return "FLASHLIGHT";
-    case TemperatureType::SPEAKER:
-      return "SPEAKER";
-    case TemperatureType::AMBIENT:
-      return "AMBIENT";
-    case TemperatureType::POGO:
-      return "POGO";
-  }
-  return std::to_string(static_cast<int32_t>(value));
+  const char* name =
+      NameOf(kTemperatureTypeNames, value, TemperatureType::UNKNOWN, TemperatureType::POGO);
+  return name != nullptr ? name : std::to_string(static_cast<int32_t>(value));
 }
 
 std::string toString(ThrottlingSeverity value) {
-  switch (value) {
-    case ThrottlingSeverity::NONE:
-      return "NONE";
-    case ThrottlingSeverity::LIGHT:
-      return "LIGHT";
-    case ThrottlingSeverity::MODERATE:
-      return "MODERATE";
-    case ThrottlingSeverity::SEVERE:
-      return "SEVERE";
-    case ThrottlingSeverity::CRITICAL:
-      return "CRITICAL";
-    case ThrottlingSeverity::EMERGENCY:
-      return "EMERGENCY";
-    case ThrottlingSeverity::SHUTDOWN:
-      return "SHUTDOWN";
-  }
-  return std::to_string(static_cast<int32_t>(value));
+  const char* name = NameOf(kThrottlingSeverityNames, value, ThrottlingSeverity::NONE,
+                            ThrottlingSeverity::SHUTDOWN);
+  return name != nullptr ? name : std::to_string(static_cast<int32_t>(value));
 }
 
 std::string toString(CoolingType value) {
-  switch (value) {
-    case CoolingType::FAN:
-      return "FAN";
-    case CoolingType::BATTERY:
-      return "BATTERY";
-    case CoolingType::CPU:
-      return "CPU";
-    case CoolingType::GPU:
-      return "GPU";
-    case CoolingType::MODEM:
-      return "MODEM";
-    case CoolingType::NPU:
-      return "NPU";
-    case CoolingType::COMPONENT:
-      return "COMPONENT";
-    case CoolingType::TPU:
-      return "TPU";
-    case CoolingType::POWER_AMPLIFIER:
-      return "POWER_AMPLIFIER";
-    case CoolingType::DISPLAY:
-      return "DISPLAY";
-    case CoolingType::SPEAKER:
-      return "SPEAKER";
-    case CoolingType::WIFI:
-      return "WIFI";
-    case CoolingType::CAMERA:
-      return "CAMERA";
-    case CoolingType::FLASHLIGHT:
-      return "FLASHLIGHT";
-    case CoolingType::USB_PORT:
-      return "USB_PORT";
-  }
-  return std::to_string(static_cast<int32_t>(value));
+  const char* name = NameOf(kCoolingTypeNames, value, CoolingType::FAN, CoolingType::USB_PORT);
+  return name != nullptr ? name : std::to_string(static_cast<int32_t>(value));
 }
 
 const char* Temperature::descriptor = "android.hardware.thermal.Temperature";

@@ -90,6 +90,7 @@ void hidl_string::clear() {
 void hidl_string::setToExternal(const char* text, size_t size) {
   if (size > UINT32_MAX) std::abort();
   clear();
+  if (text == nullptr) return;  // c_str() is never null
   text_ = text;
   size_ = static_cast<uint32_t>(size);
 }

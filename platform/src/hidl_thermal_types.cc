@@ -6,6 +6,7 @@
 #include <string>
 
 #include "record_text.h"
+#include "thermal_names.h"
 
 // The sizes are part of the platform's interface.
 static_assert(sizeof(android::hardware::thermal::V1_0::ThermalStatus) == 24);
@@ -48,10 +49,12 @@ class HidlRecordText {
   std::string text_ = "{";
 };
 
-// What stands for a number that has no name.
-std::string HexText(uint32_t value) {
+// What has no name is shown as a number.
+template <typename Enum>
+std::string Named(const char* name, Enum value) {
+  if (name != nullptr) return name;
   char text[11];
-  snprintf(text, sizeof(text), "0x%x", value);
+  snprintf(text, sizeof(text), "0x%x", static_cast<uint32_t>(value));
   return text;
 }
 
@@ -60,41 +63,24 @@ std::string HexText(uint32_t value) {
 
 namespace android::hardware::thermal::V1_0 {
 
-using norvik::qel::standin::HexText;
 using norvik::qel::standin::HidlRecordText;
+using norvik::qel::standin::kTemperatureTypeNames;
+using norvik::qel::standin::Named;
+using norvik::qel::standin::NameOf;
 
 std::string toString(ThermalStatusCode value) {
-  switch (value) {
-    case ThermalStatusCode::SUCCESS:
-      return "SUCCESS";
-    case ThermalStatusCode::FAILURE:
-      return "FAILURE";
-  }
-  return HexText(static_cast<uint32_t>(value));
+  static constexpr const char* kNames[] = {"SUCCESS", "FAILURE"};
+  return Named(NameOf(kNames, value, ThermalStatusCode::SUCCESS, ThermalStatusCode::FAILURE),
+               value);
 }
 
 std::string toString(TemperatureType value) {
-  switch (value) {
-    case TemperatureType::UNKNOWN:
-      return "UNKNOWN";
-    case TemperatureType::CPU:
-      return "CPU";
-    case TemperatureType::GPU:
-      return "GPU";
-    case TemperatureType::BATTERY:
-      return "BATTERY";
-    case TemperatureType::SKIN:
-      return "SKIN";
-  }
-  return HexText(static_cast<uint32_t>(value));
+  return Named(
+      NameOf(kTemperatureTypeNames, value, TemperatureType::UNKNOWN, TemperatureType::SKIN), value);
 }
 
 std::string toString(CoolingType value) {
-  switch (value) {
-    case CoolingType::FAN_RPM:
-      return "FAN_RPM";
-  }
-  return HexText(static_cast<uint32_t>(value));
+  return Named(value == CoolingType::FAN_RPM ? "FAN_RPM" : nullptr, value);
 }
 
 std::string toString(const ThermalStatus& record) {
@@ -133,75 +119,26 @@ std::string toString(const CpuUsage& record) {
 
 namespace android::hardware::thermal::V2_0 {
 
-using norvik::qel::standin::HexText;
 using norvik::qel::standin::HidlRecordText;
+using norvik::qel::standin::kCoolingTypeNames;
+using norvik::qel::standin::kTemperatureTypeNames;
+using norvik::qel::standin::kThrottlingSeverityNames;
+using norvik::qel::standin::Named;
+using norvik::qel::standin::NameOf;
 
 std::string toString(TemperatureType value) {
-  switch (value) {
-    case TemperatureType::UNKNOWN:
-      return "UNKNOWN";
-    case TemperatureType::CPU:
-      return "CPU";
-    case TemperatureType::GPU:
-      return "GPU";
-    case TemperatureType::BATTERY:
-      return "BATTERY";
-    case TemperatureType::SKIN:
-      return "SKIN";
-    case TemperatureType::USB_PORT:
-      return "USB_PORT";
-    case TemperatureType::POWER_AMPLIFIER:
-      return "POWER_AMPLIFIER";
-    case TemperatureType::BCL_VOLTAGE:
-      return "BCL_VOLTAGE";
-    case TemperatureType::BCL_CURRENT:
-      return "BCL_CURRENT";
-    case TemperatureType::BCL_PERCENTAGE:
-      return "BCL_PERCENTAGE";
-    case TemperatureType::NPU:
-      return "NPU";
-  }
-  return HexText(static_cast<uint32_t>(value));
+  return Named(NameOf(kTemperatureTypeNames, value, TemperatureType::UNKNOWN, TemperatureType::NPU),
+               value);
 }
 
 std::string toString(CoolingType value) {
-  switch (value) {
-    case CoolingType::FAN:
-      return "FAN";
-    case CoolingType::BATTERY:
-      return "BATTERY";
-    case CoolingType::CPU:
-      return "CPU";
-    case CoolingType::GPU:
-      return "GPU";
-    case CoolingType::MODEM:
-      return "MODEM";
-    case CoolingType::NPU:
-      return "NPU";
-    case CoolingType::COMPONENT:
-      return "COMPONENT";
-  }
-  return HexText(static_cast<uint32_t>(value));
+  return Named(NameOf(kCoolingTypeNames, value, CoolingType::FAN, CoolingType::COMPONENT), value);
 }
 
 std::string toString(ThrottlingSeverity value) {
-  switch (value) {
-    case ThrottlingSeverity::NONE:
-      return "NONE";
-    case ThrottlingSeverity::LIGHT:
-      return "LIGHT";
-    case ThrottlingSeverity::MODERATE:
-      return "MODERATE";
-    case ThrottlingSeverity::SEVERE:
-      return "SEVERE";
-    case ThrottlingSeverity::CRITICAL:
-      return "CRITICAL";
-    case ThrottlingSeverity::EMERGENCY:
-      return "EMERGENCY";
-    case ThrottlingSeverity::SHUTDOWN:
-      return "SHUTDOWN";
-  }
-  return HexText(static_cast<uint32_t>(value));
+  return Named(NameOf(kThrottlingSeverityNames, value, ThrottlingSeverity::NONE,
+                      ThrottlingSeverity::SHUTDOWN),
+               value);
 }
 
 std::string toString(const Temperature& record) {

@@ -5,6 +5,7 @@
 #include <android/binder_auto_utils.h>
 #include <android/binder_status.h>
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -67,10 +68,14 @@ class Script {
   }
 
   // The operation's side: counts the call, waits at the gate if there is one, and says what to do.
-  Outcome Next() {
+  // With `ended`, a service whose flag is set takes nothing that is meant for its successor: it
+  // is dead. Whoever ends one sets the flag and then calls OpenGates(), so that a call waits at no
+  // gate that nobody opens any more.
+  Outcome Next(const std::atomic<bool>* ended = nullptr) {
     Outcome outcome;
     {
       std::lock_guard<std::mutex> lock(lock_);
+      if (ended != nullptr && *ended) return {.status = STATUS_DEAD_OBJECT};
       ++calls_;
       changed_.notify_all();
       if (!outcomes_.empty()) {
