@@ -12,6 +12,8 @@ namespace {
 
 constexpr char kLogTag[] = "audio_hw_repeated_thread";
 
+thread_local bool is_worker = false;
+
 // Linux keeps 15 characters of a thread's name and refuses longer ones.
 void NameThisThread(std::string_view name) {
   char kept[16] = {};
@@ -32,7 +34,24 @@ RepeatedThread::~RepeatedThread() {
 }
 
 void RepeatedThread::Initialize() {
-  thread_ = std::thread(&RepeatedThread::ThreadLoop, this);
+  thread_ = std::thread(&RepeatedThread::RunThread, this);
+}
+
+void RepeatedThread::RunThread() {
+  is_worker = true;
+  NameThisThread(name_);
+  ThreadLoop();
+  std::lock_guard<std::mutex> lock(lock_);
+  ended_ = true;
+}
+
+bool RepeatedThread::IsWorker() {
+  return is_worker;
+}
+
+bool RepeatedThread::HasEnded() {
+  std::lock_guard<std::mutex> lock(lock_);
+  return ended_;
 }
 
 void RepeatedThread::Start() {
@@ -55,7 +74,6 @@ void RepeatedThread::Start() {
 }
 
 void RepeatedThread::ThreadLoop() {
-  NameThisThread(name_);
   std::unique_lock<std::mutex> lock(lock_);
   AssertHeld(lock_);
   if (exit_requested_) return;  // Deinitialize() came before the thread got going.
@@ -117,18 +135,21 @@ void RepeatedThread::FinishFailure(uint32_t& count) {
 }
 
 void RepeatedThread::Deinitialize() {
-  {
-    std::lock_guard<std::mutex> lock(lock_);
-    if (!running_) {
-      __android_log_print(ANDROID_LOG_WARN, kLogTag,
-                          "%s[%s]: Thread wasn't started, force to end the thread.", "Deinitialize",
-                          name_.data());
-    }
-    exit_requested_ = true;
-    running_ = false;
-    cv_.notify_one();
-  }
+  RequestExit();
   if (thread_.joinable()) thread_.join();
+}
+
+void RepeatedThread::RequestExit() {
+  std::lock_guard<std::mutex> lock(lock_);
+  if (exit_requested_) return;
+  if (!running_) {
+    __android_log_print(ANDROID_LOG_WARN, kLogTag,
+                        "%s[%s]: Thread wasn't started, force to end the thread.", "Deinitialize",
+                        name_.data());
+  }
+  exit_requested_ = true;
+  running_ = false;
+  cv_.notify_one();
 }
 
 }  // namespace norvik::qel::audio

@@ -38,6 +38,14 @@ class RepeatedThread {
   // Cuts a pause short, waits for a run that is under way, and joins the thread.
   void Deinitialize() QEL_EXCLUDES(lock_);
 
+  // The part of Deinitialize() that does not wait, for whoever must not: from now on no run begins,
+  // and the thread ends with the run that is under way. Also from the action itself.
+  void RequestExit() QEL_EXCLUDES(lock_);
+  // Whether the thread has left its loop, so that Deinitialize() would not wait for an action.
+  bool HasEnded() QEL_EXCLUDES(lock_);
+  // Whether the calling thread is a worker, of whatever object.
+  static bool IsWorker();
+
   // The body of the thread: for Initialize() only.
   void ThreadLoop() QEL_EXCLUDES(lock_);
 
@@ -50,6 +58,8 @@ class RepeatedThread {
   // The job, called without lock_. False: run it again after the pause.
   virtual bool ClientAction() = 0;
 
+  // All that the thread does: names it, goes through the loop, and says that it has ended.
+  void RunThread() QEL_EXCLUDES(lock_);
   // What follows a run, and the pause after a failed one; `count` is how many have failed.
   void FinishSuccess() QEL_REQUIRES(lock_);
   void FinishFailure(uint32_t& count) QEL_REQUIRES(lock_);
@@ -64,6 +74,7 @@ class RepeatedThread {
   std::condition_variable cv_;
   const uint32_t pause_ms_;
   const uint32_t repeat_count_;
+  bool ended_ QEL_GUARDED_BY(lock_) = false;
 };
 
 }  // namespace norvik::qel::audio

@@ -16,20 +16,23 @@
  * those that the handle's own callbacks make, and must not be called from a callback of that handle
  * (it waits for callbacks to end).
  *
- * Callbacks run on a worker thread of the library, one at a time per handle and family, with no
- * lock of the library held. A callback that takes long delays other clients of its handle, nobody
- * else. No function calls back on its caller's thread.
+ * Callbacks run on a worker thread of the library, one at a time per handle and family (thermal:
+ * per handle and type of temperature), with no lock of the library held. A callback that takes long
+ * delays the clients that share its thread, nobody else. No function calls back on its caller's
+ * thread.
  *
  * Process. The platform delivers through its binder threads, which the program has to have
  * started (ABinderProcess_startThreadPool() and the like): without them no report and no death of
- * the health service is ever heard of, and its clients are never called. (The platform's sensor
- * manager starts a binder thread where there is none.) The library stays mapped when it is
- * unloaded with dlclose(), since the platform may still hold objects of it.
+ * the health service or an AIDL thermal service is ever heard of, and their clients are never
+ * called. (A HIDL thermal service has threads of its own, which the platform starts.) (The
+ * platform's sensor manager starts a binder thread where there is none.) The library stays mapped
+ * when it is unloaded with dlclose(), since the platform may still hold objects of it.
  */
 #ifndef QUORVEL_H
 #define QUORVEL_H
 
 #include <stdbool.h>
+#include <stddef.h>
 
 #ifdef __cplusplus
 extern "C" {
@@ -336,6 +339,221 @@ int RegisterHingeAngleSensorCallback(void* handle, int id, SensorCallbackFunc ca
 int DeregisterHingeAngleSensorCallback(void* handle, int id);
 
 /** @} */
+
+/**
+ * @defgroup thermal Temperatures, throttling and battery charge limits
+ *
+ * Taken from the platform's thermal service: the AIDL one (instance "default") where the device
+ * declares it and it runs, otherwise the HIDL one, version 2.0. Names of temperatures are the
+ * device maker's, compared exactly.
+ *
+ * | severity  | value | what the device does                            |
+ * |-----------|-------|-------------------------------------------------|
+ * | NONE      | 0     | nothing                                         |
+ * | LIGHT     | 1     | throttles so that nobody notices                |
+ * | MODERATE  | 2     | throttles noticeably, but not much              |
+ * | SEVERE    | 3     | throttles so that the use of it suffers         |
+ * | CRITICAL  | 4     | has done all it can to cool down                |
+ * | EMERGENCY | 5     | shuts parts of itself down                      |
+ * | SHUTDOWN  | 6     | is about to switch itself off                   |
+ *
+ * The types of temperatures, for RegisterThermalCallback() and GetThermalTypeByName(): CPU 0, GPU
+ * 1, BATTERY 2, SKIN 3, USB_PORT 4, POWER_AMPLIFIER 5, BCL_VOLTAGE 6, BCL_CURRENT 7, BCL_PERCENTAGE
+ * 8, NPU 9. BCL stands for battery charge limit: the severities of those say how near the battery
+ * is to a voltage or current at which the device would switch off.
+ *
+ * The link to the service is made by the first call that needs it, and by every later one while
+ * there is none; such a call does not wait for a service that does not run. Once there is one the
+ * library uses it until it dies, whichever it is; after its death both are looked for anew, the
+ * AIDL one first.
+ *
+ * When the service dies the library looks for it in the background, five attempts, 30 ms apart, and
+ * has every type that has clients registered with the service again. Clients stay registered, but
+ * are not told what has changed meanwhile: they hear of the next change. When all five attempts
+ * have failed the library gives up. A call that needs the service then makes the link again, but
+ * **the clients registered before hear nothing** until the service has died once more and come back
+ * in time, or until the last client of their type has left and one has registered anew.
+ *
+ * Registrations while no service can be reached succeed and wait. The library looks for the service
+ * ten times, 1000 ms apart, and when it finds it registers all that wait, once; what fails then (a
+ * name that the service does not know, for one) is dropped, with no more than a line in the log.
+ * When all ten attempts have failed they go on waiting, until a further registration with another
+ * id while the service is still away starts another ten.
+ *
+ * What may block. A handle talks to the service with its lock held, so while it waits for an
+ * answer, everything else on the same handle waits as well: registrations, deregistrations,
+ * queries, dumps, Deinit...(), and calls to clients that have not begun. Other handles do not wait.
+ * @{
+ */
+
+/**
+ * Tells a client the throttling severity of the temperature it registered for.
+ * @param severity  see the table above; passed on as reported, not checked.
+ * @param cookie    as given at registration.
+ *
+ * Called once soon after a registration with the severity of that moment, and then whenever the
+ * service reports the temperature. Of reports that come faster than clients are called the
+ * **oldest** is told and the others are dropped. Clients of one type are called one at a time,
+ * those of different types at the same time.
+ *
+ * It may call every function of this family but DeinitThermalInfo(), also for its own client.
+ */
+typedef void (*ThermalCallbackFunc)(int severity, void* cookie);
+
+/** What RegisterThermalCallback() is asked for. The texts are copied. */
+typedef struct ThermalCallbackParam {
+  int id;                       /**< identifies the registration, see RegisterThermalCallback() */
+  const char* type_name;        /**< a type of temperature by its name, such as "SKIN" */
+  const char* temperature_name; /**< a temperature of that type by the device maker's name */
+  ThermalCallbackFunc callback; /**< what to call; several clients may have the same */
+} ThermalCallbackParam;
+
+/** Bytes in the name of a thermistor, the terminator included. */
+#define QUORVEL_THERMISTOR_NAME_SIZE 64
+
+/** One reading of GetBulkTemperatureByNames(). */
+typedef struct thermistor {
+  char name[QUORVEL_THERMISTOR_NAME_SIZE]; /**< cut off after 63 bytes; filled up with zeros */
+  float value;                             /**< degrees Celsius, as the service reports it */
+} thermistor;
+
+/**
+ * Makes a thermal object with its two worker threads. Does not contact the thermal service.
+ * @param handle  receives the handle, or NULL on failure; an earlier value is overwritten, not
+ *                destroyed. Nothing happens when NULL.
+ *
+ * When the system cannot give a thread, std::system_error reaches the caller, *handle is left
+ * alone, and what had been made by then is lost; in a C program that ends the process.
+ */
+void InitThermalInfo(void** handle);
+
+/**
+ * Ends all calls to clients, leaves the thermal service and destroys the object. Registrations that
+ * are left need not be undone first. A registration that a callback makes meanwhile is refused.
+ * @param handle  the variable with the handle; NULL afterwards. Nothing happens when it is NULL or
+ *                holds NULL.
+ *
+ * Blocks until callbacks and an attempt to connect that are under way have returned, and for the
+ * calls to the service that end the registrations there. Afterwards no client is called any more
+ * and cookies may go.
+ */
+void DeinitThermalInfo(void** handle);
+
+/**
+ * Writes the battery charge limits last read and the clients to a file descriptor, as text for
+ * people. Waits while the handle waits for the service.
+ * @param handle  a thermal handle; nothing is written when NULL.
+ * @param fd      an open descriptor; it stays open.
+ */
+void DumpThermalInfo(void* handle, int fd);
+
+/**
+ * Reads the severities of the battery's current limits, of those temperatures of the type
+ * BCL_CURRENT whose names contain "AUDIO".
+ * @param handle      a thermal handle.
+ * @param values      receives the severities, in the service's order.
+ * @param size        on entry how many `values` has room for, on success how many there are now. A
+ *                    negative number counts as room enough.
+ * @param use_cached  true: as of the last query, of current or voltage. false: asks the service for
+ *                    both first; when none can be reached that of the last query stays, and when
+ *                    the call to it fails there are none.
+ * @return 0, also when there are none; -EINVAL when a pointer is NULL or the room is too small, and
+ *         then nothing is written.
+ */
+int GetBatteryChargeLimitCurrent(void* handle, int* values, int* size, bool use_cached);
+
+/** The same of the battery's voltage limits, the type BCL_VOLTAGE. */
+int GetBatteryChargeLimitVoltage(void* handle, int* values, int* size, bool use_cached);
+
+/**
+ * Tells how much room for values is enough in the usual case; not a bound.
+ * @return 16; -EINVAL when `handle` is NULL.
+ */
+int GetBatteryChargeLimitCapacity(void* handle);
+
+/**
+ * Has a callback called with the throttling severity of one temperature.
+ * @param handle  a thermal handle.
+ * @param param   what to listen to. The id may be any number that no other client of this type uses
+ *                on this handle; use it for one type only if it is to be deregistered, see
+ *                DeregisterThermalCallback().
+ * @param cookie  handed back on every call; not NULL. Keep what it points to until
+ *                DeinitThermalInfo() has returned, see DeregisterThermalCallback().
+ * @return 0, also while no service can be reached (see above; an id that waits already keeps what
+ * it waits for). -EINVAL when a pointer is NULL, when `id` is registered for this type already,
+ *         when the service does not report a temperature of that type and name, or when
+ *         DeinitThermalInfo() has begun.
+ *
+ * Each type with clients has a worker thread of its own, made by the first registration. When the
+ * system cannot give one, std::system_error reaches the caller and the handle cannot be used any
+ * more; in a C program that ends the process.
+ */
+int RegisterThermalCallback(void* handle, const ThermalCallbackParam* param, void* cookie);
+
+/**
+ * Stops calls to the client `id`.
+ * @return 0; -EINVAL when `handle` is NULL or `id` is not registered. An id that several types use
+ *         is deregistered from the type that has had clients for the longest. **While no service
+ * can be reached** this takes back a registration that waits and leaves the others as they are: 0
+ * whatever there was, and for a client that had been registered with the service the call has to be
+ * repeated once it is back. A registration that waits is not found while a service can be reached.
+ *
+ * A call that is already on its way may still arrive after this returns: cookies have to live
+ * until DeinitThermalInfo() has returned. The last client of a type waits for the service's answer
+ * and, unless this is called on a worker thread of the library (from a callback, that is), until a
+ * callback of that type that is under way has returned.
+ */
+int DeregisterThermalCallback(void* handle, int id);
+
+/**
+ * Gives the number of a type of temperatures.
+ * @param name  as in the list above, in capitals.
+ * @return 0 to 9; -1 for another name; -EINVAL when an argument is NULL.
+ */
+int GetThermalTypeByName(void* handle, const char* name);
+
+/**
+ * Gives the number of a severity.
+ * @param name  as in the table above, in capitals.
+ * @return 0 to 6; -EINVAL for another name or when an argument is NULL.
+ */
+int GetThrottlingSeverityByName(void* handle, const char* name);
+
+/**
+ * Reads any number of temperatures with one call to the service.
+ * @param handle     a thermal handle.
+ * @param names      the device maker's names; of several temperatures with one name the service's
+ *                   first is read.
+ * @param count      how many names; **a negative number ends the process**.
+ * @param out        receives the readings, sorted by name byte by byte, each once. A name that the
+ *                   service does not report is left out.
+ * @param out_count  on entry how many `out` has room for, on success how many there are now.
+ * @return 0, also when there are none or no service can be reached; -EINVAL when a pointer or a
+ * name is NULL, when there is no name or no room, or when the room is too small; then nothing is
+ *         written.
+ */
+int GetBulkTemperatureByNames(void* handle, const char** names, int count, thermistor* out,
+                              int* out_count);
+
+/** @} */
+
+/* The records as the platform's modules pass them on; the pointers of 64-bit systems. */
+#ifdef __cplusplus
+#define QUORVEL_ASSERT(condition) static_assert(condition, #condition)
+#else
+#define QUORVEL_ASSERT(condition) _Static_assert(condition, #condition)
+#endif
+QUORVEL_ASSERT(sizeof(thermistor) == 68);
+QUORVEL_ASSERT(offsetof(thermistor, name) == 0);
+QUORVEL_ASSERT(offsetof(thermistor, value) == 64);
+#if defined(__LP64__)
+QUORVEL_ASSERT(sizeof(ThermalCallbackParam) == 32);
+QUORVEL_ASSERT(offsetof(ThermalCallbackParam, id) == 0);
+QUORVEL_ASSERT(offsetof(ThermalCallbackParam, type_name) == 8);
+QUORVEL_ASSERT(offsetof(ThermalCallbackParam, temperature_name) == 16);
+QUORVEL_ASSERT(offsetof(ThermalCallbackParam, callback) == 24);
+#endif
+#undef QUORVEL_ASSERT
 
 #ifdef __cplusplus
 }

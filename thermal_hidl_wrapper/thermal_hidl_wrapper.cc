@@ -1,5 +1,6 @@
 #include "thermal_hidl_wrapper/thermal_hidl_wrapper.h"
 
+#include <android/binder_ibinder.h>
 #include <android/binder_status.h>
 #include <hidl/HidlTransportSupport.h>
 #include <string.h>
@@ -172,6 +173,10 @@ ThermalHidlWrapper::Wrappers::iterator ThermalHidlWrapper::Find(
       callback_wrappers_.begin(), callback_wrappers_.end(), [&](const auto& wrapper) {
         return ::android::hardware::interfacesEqual(wrapper->callback_hidl(), callback);
       });
+}
+
+bool ThermalHidlWrapper::IsServiceAlive() const {
+  return AIBinder_isAlive(thermal_service_->asBinder().get());
 }
 
 Return<void> ThermalHidlWrapper::debug(const hidl_handle& handle,

@@ -65,6 +65,10 @@ class ThermalHidlWrapper : public ::android::hardware::thermal::V2_0::IThermal {
   Return<void> getCurrentCoolingDevices(bool filter_type, HidlCoolingType type,
                                         getCurrentCoolingDevices_cb callback) override;
 
+  // Whether the service's process is still running, as far as this process has been told. It is
+  // false by the time that a death notice runs.
+  bool IsServiceAlive() const;
+
   // Has the service write its dump to the first descriptor of `handle`.
   Return<void> debug(
       const ::android::hardware::hidl_handle& handle,

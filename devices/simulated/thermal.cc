@@ -110,6 +110,8 @@ Thermal::Thermal(devices::DeviceObserver observer)
   AddSensor(data, TemperatureType::BCL_CURRENT, "battery_current", 500, 6000);
   AddSensor(data, TemperatureType::BCL_PERCENTAGE, "battery_level", 50, 5);
   AddSensor(data, TemperatureType::SPEAKER, "speaker", 30, 60);
+  AddSensor(data, TemperatureType::BCL_VOLTAGE, "AUDIO_voltage", 3900, 3000);
+  AddSensor(data, TemperatureType::BCL_CURRENT, "AUDIO_current", 500, 6000);
   data.cooling_devices = {{.type = CoolingType::CPU, .name = "cpu"},
                           {.type = CoolingType::BATTERY, .name = "battery"},
                           {.type = CoolingType::SPEAKER, .name = "speaker"}};

@@ -30,8 +30,9 @@ class Thermal {
   using ThrottlingSeverity = aidl::android::hardware::thermal::ThrottlingSeverity;
 
   // Declares the AIDL service; none runs yet. All is cool: cpu 40 degrees, skin, battery, usb_port
-  // and speaker 30, battery_voltage 3900 mV, battery_current 500 mA, battery_level 50 percent; a
-  // cooling device each for cpu, battery and speaker, at 0.
+  // and speaker 30, battery_voltage 3900 mV, battery_current 500 mA, battery_level 50 percent,
+  // AUDIO_voltage and AUDIO_current as those of the battery; a cooling device each for cpu, battery
+  // and speaker, at 0.
   explicit Thermal(devices::DeviceObserver observer = nullptr);
   // Kills the services and takes their declarations back.
   ~Thermal();

@@ -1,0 +1,214 @@
+#include "thermal/thermal_info.h"
+
+#include <aidl/android/hardware/thermal/IThermal.h>
+#include <android/binder_ibinder.h>
+#include <android/binder_manager.h>
+#include <android/log.h>
+#include <stdio.h>
+
+#include <cstdint>
+
+#include "common/live_objects.h"
+
+namespace norvik::qel::audio {
+
+namespace {
+
+using ::android::sp;
+using ::android::hardware::Return;
+using AidlThermal = ::aidl::android::hardware::thermal::IThermal;
+
+constexpr char kLogTag[] = "audio_hw_thermal";
+
+constexpr size_t kExpectedTypes = 8;
+
+class ThermalReconnectedThread : public RepeatedThread {
+ public:
+  explicit ThermalReconnectedThread(ThermalInfo* owner)
+      : RepeatedThread("thermal_reconnect", /*pause_ms=*/30, /*repeat_count=*/5), owner_(owner) {}
+
+ private:
+  bool ClientAction() override { return owner_->ReconnectToThermalService(); }
+
+  ThermalInfo* const owner_;
+};
+
+class ThermalRestoreCallbackThread : public RepeatedThread {
+ public:
+  explicit ThermalRestoreCallbackThread(ThermalInfo* owner)
+      : RepeatedThread("thermal_restore", /*pause_ms=*/1000, /*repeat_count=*/10), owner_(owner) {}
+
+ private:
+  bool ClientAction() override { return owner_->RestorePendingThermalCallback(); }
+
+  ThermalInfo* const owner_;
+};
+
+}  // namespace
+
+ThermalInfo::ThermalInfo() {
+  bcl_temperatures_.reserve(static_cast<size_t>(GetBatteryChargeLimitCapacity()));
+  pending_callbacks_.max_load_factor(1.0F);
+}
+
+ThermalInfo::~ThermalInfo() = default;
+
+bool ThermalInfo::Initialize() {
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    reconnect_thread_ = std::make_unique<ThermalReconnectedThread>(this);
+    reconnect_thread_->Initialize();
+    restore_thread_ = std::make_unique<ThermalRestoreCallbackThread>(this);
+    restore_thread_->Initialize();
+    thermal_callbacks_.reserve(kExpectedTypes);
+  }
+  LiveObjects<ThermalInfo>::Shared().Add(this);
+  return true;
+}
+
+void ThermalInfo::Deinitialize() {
+  sp<ThermalDeathRecipient> death_recipient;
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    // A death recipient that is made from now on, by what a client calls, tells nobody.
+    deinitializing_ = true;
+    death_recipient = thermal_death_recipient_;
+  }
+  // With no lock held: the workers' actions take lock_, and so does a notice that is under way.
+  if (reconnect_thread_ != nullptr) reconnect_thread_->Deinitialize();
+  if (restore_thread_ != nullptr) restore_thread_->Deinitialize();
+  if (death_recipient != nullptr) death_recipient->Detach();
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    bcl_temperatures_.clear();
+    if (thermal_ != nullptr) {
+      const Return<bool> unlinked = thermal_->unlinkToDeath(thermal_death_recipient_);
+      if (!unlinked.isOk()) {
+        __android_log_print(ANDROID_LOG_WARN, kLogTag, "Failed to unlink to death (HIDL): %s",
+                            unlinked.description().c_str());
+      }
+    }
+    for (auto& callback : thermal_callbacks_) Leave(std::move(callback));
+    thermal_callbacks_.clear();
+  }
+  StopAllCallbacks();
+  // An AIDL notice may still be running, or about to. Not before the last client has returned,
+  // since what it calls may link anew.
+  LiveObjects<ThermalInfo>::Shared().Remove(this);
+}
+
+bool ThermalInfo::GetThermalService() {
+  if (!ConnectToThermalService()) return false;
+  // A link that a death has refused brings no notice, so this stands for it.
+  if (thermal_service_died_) reconnect_thread_->Start();
+  return true;
+}
+
+bool ThermalInfo::ConnectToThermalService() {
+  if (thermal_ != nullptr && !thermal_service_died_) return true;
+  bool died = false;
+  if (!ConnectToAidlService(died) && !ConnectToHidlService(died)) return false;
+  if (thermal_service_died_) {
+    thermal_service_died_ = false;
+    __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s: recover thermal service connection",
+                        "GetThermalService");
+  }
+  if (died) thermal_service_died_ = true;
+  return true;
+}
+
+bool ThermalInfo::ConnectToAidlService(bool& died) {
+  const std::string instance = std::string(AidlThermal::descriptor) + "/default";
+  if (!AServiceManager_isDeclared(instance.c_str())) {
+    __android_log_print(ANDROID_LOG_WARN, kLogTag, "Thermal AIDL service is not declared");
+    return false;
+  }
+  const ndk::SpAIBinder binder(AServiceManager_checkService(instance.c_str()));
+  const std::shared_ptr<AidlThermal> service = AidlThermal::fromBinder(binder);
+  if (service == nullptr) {
+    __android_log_print(ANDROID_LOG_WARN, kLogTag,
+                        "Unable to get Thermal AIDL service, this will be retried...");
+    return false;
+  }
+  const sp<ThermalHidlWrapper> wrapper = sp<ThermalHidlWrapper>::make(service);
+  thermal_ = wrapper;
+  wrapper_ = wrapper.get();
+  if (aidl_death_recipient_.get() == nullptr) {
+    aidl_death_recipient_.set(AIBinder_DeathRecipient_new(onThermalAidlBinderDied));
+    // The cookie is not owned, so there is nothing to do when a link ends; but without this the
+    // platform writes a warning at every link.
+    AIBinder_DeathRecipient_setOnUnlinked(aidl_death_recipient_.get(), [](void* /*cookie*/) {});
+  }
+  const binder_status_t link =
+      AIBinder_linkToDeath(service->asBinder().get(), aidl_death_recipient_.get(), this);
+  if (link != STATUS_OK) {
+    __android_log_print(ANDROID_LOG_WARN, kLogTag, "Failed to link to death (AIDL): %d", link);
+  }
+  died = link == STATUS_DEAD_OBJECT;
+  return true;
+}
+
+bool ThermalInfo::ConnectToHidlService(bool& died) {
+  const sp<IThermal> service = IThermal::tryGetService("default", /*getStub=*/false);
+  if (service == nullptr) return false;
+  if (thermal_death_recipient_ == nullptr) {
+    thermal_death_recipient_ = sp<ThermalDeathRecipient>::make(deinitializing_ ? nullptr : this);
+  }
+  const Return<bool> link = service->linkToDeath(thermal_death_recipient_, /*cookie=*/0);
+  if (!link.isOk()) {
+    __android_log_print(ANDROID_LOG_WARN, kLogTag, "Failed to link to death (HIDL): %s",
+                        link.description().c_str());
+  }
+  died = link.isOk() ? !static_cast<bool>(link) : link.isDeadObject();
+  thermal_ = service;
+  wrapper_ = nullptr;
+  return true;
+}
+
+void ThermalInfo::ThermalServiceDied() {
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    thermal_service_died_ = true;
+  }
+  reconnect_thread_->Start();
+}
+
+void ThermalInfo::onThermalAidlBinderDied(void* cookie) {
+  if (cookie == nullptr) return;
+  LiveObjects<ThermalInfo>::Shared().Visit(
+      cookie, [](ThermalInfo& thermal_info) { thermal_info.HandleAidlDeathNotice(); });
+}
+
+void ThermalInfo::HandleAidlDeathNotice() {
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    // The notice can be one for an earlier object at this address. Making the link anew then would
+    // leave this object's callbacks registered with a living service twice.
+    if (wrapper_ == nullptr || wrapper_->IsServiceAlive()) return;
+    thermal_service_died_ = true;
+  }
+  reconnect_thread_->Start();
+}
+
+bool ThermalInfo::ReconnectToThermalService() {
+  std::lock_guard<std::mutex> lock(lock_);
+  if (!ConnectToThermalService()) return false;
+  for (const auto& callback : thermal_callbacks_) callback->RestoreCallback(thermal_);
+  // A service that was dead when the link was made is one of the failures that this is repeated
+  // for: no notice will come, and a request of the worker's own would never end.
+  return !thermal_service_died_;
+}
+
+void ThermalInfo::Dump(int fd) {
+  dprintf(fd, "ThermalInfo:\n");
+  std::lock_guard<std::mutex> lock(lock_);
+  for (const Temperature& temperature : bcl_temperatures_) {
+    dprintf(fd, "  bcl type = %d\n", static_cast<int>(temperature.type));
+    dprintf(fd, "  bcl name = %s\n", temperature.name.c_str());
+    dprintf(fd, "  bcl status = %d\n", static_cast<int>(temperature.throttlingStatus));
+    dprintf(fd, "\n");
+  }
+  for (const auto& callback : thermal_callbacks_) callback->Dump(fd);
+}
+
+}  // namespace norvik::qel::audio
