@@ -4,7 +4,7 @@
 usage: tool_test.py QUORVEL QUORVEL_BARE
 
 QUORVEL_BARE is the monitor built for devices that lack something: "bare" any service, "flat" a
-hinge and a reading of its other sensor.
+hinge, a reading of its other sensor and limits of its battery's voltage.
 """
 
 import datetime
@@ -22,6 +22,8 @@ LIMIT = 60  # seconds; only a broken monitor meets it
 
 PROPERTIES = ["battery_level", "battery_cycle_count", "wireless_charger", "dock_charger"]
 VALUE_LINE = re.compile(r"^\d\d:\d\d:\d\d\.\d{3}  ([a-z ]+?)  +(.+)  ->  (.+)$", re.MULTILINE)
+
+SEVERITIES = ["NONE", "LIGHT", "MODERATE", "SEVERE", "CRITICAL", "EMERGENCY", "SHUTDOWN"]
 
 # A machine with a battery at 77 % on a wireless charger.
 MACHINE = """\
@@ -60,6 +62,10 @@ def run(*args, **kwargs):
     return finish(start(*args, **kwargs))
 
 
+def without_addresses(text):
+    return re.sub("0x[0-9a-f]+", "0x", text)
+
+
 def on_machine(description, *args):
     """The Linux device, with power supplies as described and no others."""
     with tempfile.NamedTemporaryFile("w", suffix=".umockdev") as file:
@@ -79,6 +85,8 @@ class ToolTest(unittest.TestCase):
         cls.demo_json = start("demo", "--json")
         cls.life = start("watch", "battery", "--json", "--for", "15s")
         cls.sensor_life = start("watch", "sensors", "--json", "--for", "8s")
+        cls.thermal_life = start("watch", "thermal", "SKIN:skin", "CPU:cpu",
+                                 "BCL_CURRENT:AUDIO_current", "--json", "--for", "9s")
         cls.bare_sensors = start("get", "sensors", program=QUORVEL_BARE)
         cls.bare_dump = start("dump", program=QUORVEL_BARE)
         cls.bare_demo = start("demo", "--json", program=QUORVEL_BARE)
@@ -102,10 +110,20 @@ class ToolTest(unittest.TestCase):
         return [o["new"] for o in objects
                 if o["event"] == "value" and o["property"] == name]
 
+    def levels(self, objects, name):
+        """The severities that were heard of one temperature, as a chain of old and new ones."""
+        changes = [o for o in objects if o["event"] == "value" and o["property"] == name]
+        self.assertEqual([o["old"] for o in changes], [None] + [o["new"] for o in changes][:-1])
+        for o in changes:
+            self.assertEqual(o["new"]["name"], SEVERITIES[o["new"]["level"]])
+        return [o["new"]["level"] for o in changes]
+
     def test_help_and_version_go_to_standard_output(self):
         text = self.success(run("--help"))
-        for word in ("watch battery", "get battery", "watch sensors", "get sensors", "dump", "demo", "--device", "simulated",
-                     "linux", "--json", "--for", "--verbose", "--version", "Exit code"):
+        for word in ("watch battery", "get battery", "watch sensors", "get sensors",
+                     "watch thermal TYPE:NAME...", "get temperatures NAME...", "get bcl", "dump",
+                     "demo", "--device", "simulated", "linux", "--json", "--for", "--verbose",
+                     "--version", "Exit code"):
             self.assertIn(word, text)
         self.assertEqual(self.success(run("watch", "-h", "--json")), text)
         self.assertRegex(self.success(run("--version")), r"^quorvel \d+\.\d+\.\d+\n$")
@@ -114,7 +132,16 @@ class ToolTest(unittest.TestCase):
         for args, complaint in {
                 "": "command", "sing": "sing", "watch": "battery", "get fish": "fish",
                 "watch sensors --device linux": "no sensors",
-                "get sensors --device linux": "no sensors", "watch battery get": "get", "demo battery": "battery", "dump --fast": "--fast",
+                "get sensors --device linux": "no sensors", "watch battery get": "get",
+                "watch thermal": "TYPE:NAME", "watch thermal skin": "'skin'",
+                "watch thermal SKIN:": "'SKIN:'", "watch thermal :skin": "':skin'",
+                "watch thermal SKIN:skin skin:x": "'skin'", "watch bcl": "bcl",
+                "get temperatures": "NAME", "get temperatures ": "NAME", "get thermal": "bcl",
+                "get bcl 1": "'1'", "get battery level": "level",
+                "watch thermal SKIN:skin --device linux": "no thermal service",
+                "get temperatures skin --device linux": "no thermal service",
+                "get bcl --device linux": "no thermal service",
+                "demo battery": "battery", "dump --fast": "--fast",
                 "dump --device toaster": "toaster", "dump --device": "--device",
                 "dump --json=maybe": "maybe", "get battery --for 1s": "--for",
                 "demo --for 1s": "--for", "watch battery --for": "--for",
@@ -145,8 +172,13 @@ class ToolTest(unittest.TestCase):
         sensors = text.index("SensorInfo:\n")
         self.assertIn("active:T, data:5", text[sensors:])
         dumps = self.parse(self.success(run("dump", "--json")))
-        self.assertEqual([(o["event"], o["family"], o["text"]) for o in dumps],
-                         [("dump", "battery", text[:sensors]), ("dump", "sensors", text[sensors:])])
+        self.assertEqual([(o["event"], o["family"]) for o in dumps],
+                         [("dump", family) for family in ("battery", "sensors", "thermal")])
+        thermal = text.index("ThermalInfo:\n")
+        self.assertEqual([o["text"] for o in dumps[:2]], [text[:sensors], text[sensors:thermal]])
+        self.assertEqual(without_addresses(dumps[2]["text"]), without_addresses(text[thermal:]))
+        self.assertIn("bcl name = AUDIO_current\n  bcl status = 0\n", text[thermal:])
+        self.assertIn("temperature_name:skin", text[thermal:])
 
     def test_watch_ends_after_its_time_in_any_locale(self):
         outputs = [VALUE_LINE.findall(self.success(
@@ -192,6 +224,63 @@ class ToolTest(unittest.TestCase):
                          [5, 0, 5])
         self.assertEqual({o["service"] for o in objects if o["event"] != "value"}, {"sensor"})
 
+    def test_get_asks_the_thermal_service(self):
+        self.assertEqual(self.success(run("get", "temperatures", "skin", "cpu", "skin")),
+                         "skin                      30.0 degrees C\n"
+                         "cpu                       40.0 degrees C\n"
+                         "skin                      30.0 degrees C\n")
+        self.assertEqual(self.success(run("get", "bcl")),
+                         "battery current limits    NONE\nbattery voltage limits    NONE\n")
+        code, out, err = run("get", "temperatures", "nose", "cpu", "--json")
+        self.assertEqual(code, 1)
+        self.assertIn("quorvel: the thermal service does not report all", err)
+        self.assertEqual([(o["event"], o["property"], o["value"]) for o in self.parse(out)],
+                         [("reading", "nose", None), ("reading", "cpu", 40)])
+
+    def test_a_thermal_service_of_the_older_kind_is_asked_as_well(self):
+        flat = {"program": QUORVEL_BARE}
+        limits = [{"level": 0, "name": "NONE"}] + [{"level": 1, "name": "LIGHT"}] * 19
+        objects = self.parse(self.success(run("get", "bcl", "--device", "flat", "--json", **flat)))
+        self.assertEqual([(o["property"], o["value"]) for o in objects],
+                         [("bcl_current", limits), ("bcl_voltage", [])])
+        self.assertRegex(self.success(run("get", "bcl", "--device", "flat", **flat)),
+                         r"limits    NONE(, LIGHT){19}\n.*limits    none reported\n\Z")
+        # A thermistor that is out of order is there all the same.
+        args = ("get", "temperatures", "back:left", "--device", "flat")
+        self.assertEqual(self.success(run(*args, **flat)), "back:left                 unknown\n")
+        self.assertIsNone(self.parse(self.success(run(*args, "--json", **flat)))[0]["value"])
+        # Its name has a colon.
+        objects = self.parse(self.success(run("watch", "thermal", "SKIN:back:left", "--device",
+                                              "flat", "--json", "--for", "300ms", **flat)))
+        self.assertEqual(self.levels(objects, "SKIN:back:left"), [0])
+        self.assertEqual({o["service"] for o in objects if o["event"] != "value"},
+                         {"thermal (HIDL)"})
+
+    def test_the_simulated_phone_heats_up_while_it_is_watched(self):
+        objects = self.parse(self.success(finish(self.thermal_life)))
+        self.assertEqual(self.levels(objects, "SKIN:skin")[:7], [0, 1, 2, 3, 2, 1, 0])
+        self.assertEqual(self.levels(objects, "CPU:cpu")[:4], [0, 1, 2, 0])
+        self.assertEqual(self.levels(objects, "BCL_CURRENT:AUDIO_current")[:3], [0, 1, 0])
+        # The new service is heard.
+        after = objects[[o["event"] for o in objects].index("service_died"):]
+        self.assertEqual(self.values(after, "SKIN:skin")[0]["level"], 2)
+        self.assertEqual({o["service"] for o in objects if o["event"] != "value"}, {"thermal"})
+
+    def test_what_cannot_be_watched_is_named(self):
+        # All types that the help lists are the library's.
+        types = re.search(r"^TYPE is ([^.]*)[.]", self.success(run("--help")), re.MULTILINE)
+        types = re.findall(r"[A-Z_]{3,}", types[1])
+        self.assertEqual(len(types), 10)
+        for name in types:
+            code, _, err = run("watch", "thermal", name + ":nose", "--for", "1s")
+            self.assertEqual(code, 1)
+            self.assertIn(f"quorvel: the thermal service reports no temperature {name}:nose\n", err)
+            self.assertNotIn("unknown temperature type", err)
+        text = self.success(run("watch", "thermal", "SKIN:skin", "--for", "100ms",
+                                program=QUORVEL_BARE))
+        self.assertIn("No thermal service yet", text)
+        self.assertNotIn("->", text)
+
     def test_a_sensor_that_is_not_there_is_no_failure(self):
         flat = {"program": QUORVEL_BARE}
         self.assertEqual(
@@ -207,15 +296,18 @@ class ToolTest(unittest.TestCase):
                       self.success(run("dump", "--device", "flat", **flat)))
         text = self.success(run("demo", "--device", "flat", "--for", "1s", **flat))
         self.assertIn("This device has no hinge angle sensor", text)
+        self.assertIn("battery voltage limits    none reported", text)
         self.assertRegex(text.splitlines()[-1], "^Demo done: .*; proximity 0 cm[.]$")
 
-    def test_a_device_without_sensors_is_said_to_have_none(self):
+    def test_a_device_without_a_family_is_said_to_have_none(self):
         text = self.success(on_machine(MACHINE, "dump"))
         self.assertIn("Battery Level = 77", text)
         self.assertIn("This device has no sensors", text)
-        self.assertNotIn("SensorInfo", text)
-        self.assertIn("This device has no sensors",
-                      self.success(on_machine(MACHINE, "demo", "--for", "1s")))
+        self.assertIn("This device has no thermal service", text)
+        self.assertNotRegex(text, "(Sensor|Thermal)Info")
+        text = self.success(on_machine(MACHINE, "demo", "--for", "1s"))
+        self.assertIn("This device has no sensors", text)
+        self.assertIn("This device has no thermal service", text)
 
     def test_a_signal_ends_watch_and_demo_cleanly(self):
         for command in (["watch", "battery"], ["demo"]):
@@ -249,12 +341,13 @@ class ToolTest(unittest.TestCase):
         verbose = run("dump", "--verbose")
         self.assertNotIn(" D audio_hw_battery", quiet[2])
         self.assertIn(" D audio_hw_battery", verbose[2])
-        self.assertEqual(verbose[:2], quiet[:2])
+        self.assertEqual(verbose[0], quiet[0])
+        self.assertEqual(without_addresses(verbose[1]), without_addresses(quiet[1]))
 
     def test_demo_tells_its_story(self):
         text = self.success(finish(self.demo))
         self.assertEqual([int(n) for n in re.findall(r"^(\d+)\. ", text, re.MULTILINE)],
-                         list(range(1, 12)))
+                         list(range(1, 18)))
         heard = [new for name, _, new in VALUE_LINE.findall(text) if name == "battery level"]
         self.assertEqual(heard, ["50 %", "51 %", "52 %", "53 %", "47 %", "46 %"])
         self.assertIn("** device: the health service died", text)
@@ -262,8 +355,9 @@ class ToolTest(unittest.TestCase):
         self.assertIn("refused a call: registerCallback", text)
         last = text.splitlines()[-1]
         self.assertIn("Demo OK: ", last)
-        self.assertRegex(last, r"13 callbacks for the battery and \d+ for the sensors, 2 deaths of "
-                               "the health service, 1 refusal and 2 relinks")
+        self.assertRegex(last, r"13 callbacks for the battery, \d+ for the sensors and 10 for the "
+                               "heat, 2 deaths of the health service and 1 of the thermal service, "
+                               "1 refusal and 2 relinks")
         self.assertEqual(text.count("Demo "), 1)
 
         # The sensors' part: calls may repeat a reading, or fold.
@@ -276,6 +370,20 @@ class ToolTest(unittest.TestCase):
         self.assertEqual(angles[-1], "0 degrees")
         self.assertIn("no longer listens to the proximity sensor", text)
 
+        # The heat's part.
+        early, late = text.split("the thermal service is up", maxsplit=1)
+        self.assertNotIn("throttling  ", early)
+        heard = VALUE_LINE.findall(late)
+        self.assertEqual([(old, new) for name, old, new in heard if name == "skin throttling"],
+                         list(zip(["unknown", "NONE", "LIGHT", "MODERATE", "SEVERE", "CRITICAL",
+                                   "MODERATE"],
+                                  ["NONE", "LIGHT", "MODERATE", "SEVERE", "CRITICAL", "MODERATE",
+                                   "NONE"])))
+        self.assertEqual(re.findall(r"reads: skin ([\d.]+) degrees C, cpu [\d.]+ degrees C", late),
+                         ["36.5", "41.2", "46.0", "50.4", "40.7", "31.1"])
+        self.assertIn("battery current limits MODERATE, battery voltage limits LIGHT", late)
+        self.assertLess(late.index("the thermal service died"), late.index("->  CRITICAL"))
+
     def test_demo_in_json_sums_up_what_was_seen(self):
         objects = self.parse(self.success(finish(self.demo_json)))
         counts = {(o["event"], o.get("service")): 0 for o in objects}
@@ -284,16 +392,19 @@ class ToolTest(unittest.TestCase):
         values = counts.pop(("value", None))
         counts.pop(("narration", None))
         self.assertEqual(counts, {
-            ("heading", None): 11, ("summary", None): 1,
+            ("heading", None): 17, ("summary", None): 1,
             ("service_started", "health"): 3, ("service_died", "health"): 2,
             ("callback_registered", "health"): 3, ("call_refused", "health"): 1,
             ("callback_unregistered", "health"): 1, ("service_started", "sensor"): 1,
-            ("callback_registered", "sensor"): 2, ("callback_unregistered", "sensor"): 2})
+            ("callback_registered", "sensor"): 2, ("callback_unregistered", "sensor"): 2,
+            ("service_started", "thermal"): 2, ("service_died", "thermal"): 1,
+            ("callback_registered", "thermal"): 4, ("callback_unregistered", "thermal"): 2})
         self.assertEqual(sum(o.get("property") in PROPERTIES for o in objects), 13)
         summary = objects[-1]
         self.assertEqual([summary[key] for key in
-                          ("event", "success", "callbacks", "deaths", "relinks", "refusals")],
-                         ["summary", True, values, 2, 2, 1])
+                          ("event", "success", "callbacks", "deaths", "relinks", "refusals",
+                           "thermal_deaths")],
+                         ["summary", True, values, 2, 2, 1, 1])
 
     def test_a_machine_without_a_battery_is_said_to_have_none(self):
         text = self.success(on_machine("", "demo", "--for", "1s"))
@@ -320,12 +431,18 @@ class ToolTest(unittest.TestCase):
         code, out, err = finish(self.bare_sensors)
         self.assertEqual((code, out), (1, ""))
         self.assertIn("quorvel: the sensor service has not reported", err)
+        for args in (("bcl",), ("temperatures", "skin")):
+            code, out, err = run("get", *args, program=QUORVEL_BARE)
+            self.assertEqual((code, out), (1, ""))
+            self.assertIn("quorvel: the thermal service cannot be asked", err)
         code, out, err = finish(self.bare_dump)
         self.assertEqual(code, 1)
         self.assertIn("linked to services = F", out)
         self.assertIn("SensorInfo:", out)
+        self.assertIn("ThermalInfo:", out)
         self.assertIn("quorvel: the health service has not reported", err)
         self.assertIn("quorvel: the sensor service has not reported", err)
+        self.assertIn("quorvel: the thermal service cannot be asked", err)
         code, out, err = finish(self.bare_demo)
         self.assertEqual(code, 1, err)
         self.assertEqual(self.parse(out)[-1]["success"], False)

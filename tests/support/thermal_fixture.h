@@ -1,0 +1,124 @@
+// A simulated phone with a thermal service, a thermal handle, and clients that remember.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "devices/simulated/thermal.h"
+#include "quorvel.h"
+#include "standin/deliveries.h"
+#include "standin/hidl_service_manager.h"
+#include "standin/log_capture.h"
+#include "standin/service_manager.h"
+#include "tests/support/clients.h"
+#include "tests/support/waiting.h"
+
+namespace norvik::qel {
+
+using aidl::android::hardware::thermal::ThrottlingSeverity;
+using simulated::ThermalPath;
+
+// What a test may do to the queries with a type, the registrations and the unregistrations of a
+// service.
+enum class ThermalCall { kQuery, kRegister, kUnregister };
+
+inline standin::Script& ScriptOf(simulated::Thermal& thermal, ThermalPath path, ThermalCall call) {
+  using devices::HidlThermalOperation;
+  using devices::ThermalOperation;
+  const bool aidl = path == ThermalPath::kAidl;
+  switch (call) {
+    case ThermalCall::kQuery:
+      return aidl ? thermal.on(ThermalOperation::kGetTemperaturesWithType)
+                  : thermal.on(HidlThermalOperation::kGetCurrentTemperatures);
+    case ThermalCall::kRegister:
+      return aidl ? thermal.on(ThermalOperation::kRegisterThermalChangedCallbackWithType)
+                  : thermal.on(HidlThermalOperation::kRegisterThermalChangedCallback);
+    case ThermalCall::kUnregister:
+      break;
+  }
+  return aidl ? thermal.on(ThermalOperation::kUnregisterThermalChangedCallback)
+              : thermal.on(HidlThermalOperation::kUnregisterThermalChangedCallback);
+}
+
+inline int RegisterClient(void* handle, int id, const char* type, const char* name,
+                          ThermalCallbackFunc callback, void* cookie) {
+  const ThermalCallbackParam param = {
+      .id = id, .type_name = type, .temperature_name = name, .callback = callback};
+  return RegisterThermalCallback(handle, &param, cookie);
+}
+
+// No service is declared or runs at first.
+class ThermalFixture : public testing::Test {
+ protected:
+  ThermalFixture() {
+    thermal_.Undeclare(ThermalPath::kAidl);
+    for (standin::Script* script :
+         {&standin::IsDeclaredScript(), &standin::CheckServiceScript(),
+          &standin::TryGetHidlServiceScript(), &standin::LinkToDeathScript(),
+          &standin::HidlLinkToDeathScript(), &standin::HidlUnlinkToDeathScript()}) {
+      script->Reset();
+    }
+    InitThermalInfo(&handle_);
+  }
+  ~ThermalFixture() override {
+    DeinitThermalInfo(&handle_);
+    for (const ThermalPath path : {ThermalPath::kAidl, ThermalPath::kHidl}) thermal_.Kill(path);
+    EXPECT_TRUE(standin::WaitUntilDelivered());
+  }
+
+  void Bring(ThermalPath path) {
+    thermal_.Declare(path);
+    thermal_.Start(path);
+  }
+  // Registers client kClient, whose id is the same number.
+  template <int kClient>
+  int Register(const char* type, const char* name) {
+    return RegisterClient(handle_, kClient, type, name, Client<kClient>, &seen_);
+  }
+  // And takes its first call, which brings the severity of the moment.
+  template <int kClient>
+  void RegisterAndHear(const char* type, const char* name, int severity = 0) {
+    ASSERT_EQ(Register<kClient>(type, name), 0);
+    ASSERT_EQ(seen_.Take(), (Call{kClient, severity}));
+  }
+  std::string Dump() const { return TextOf(DumpThermalInfo, handle_); }
+  // The texts that the family has logged with this priority or a higher one.
+  std::vector<std::string> Log(int priority = ANDROID_LOG_DEBUG) const {
+    std::vector<std::string> texts;
+    for (const auto& line : log_.Lines()) {
+      if (line.tag.starts_with("audio_hw_thermal") && line.priority >= priority) {
+        texts.push_back(line.text);
+      }
+    }
+    return texts;
+  }
+
+  standin::LogCapture log_;
+  Seen<Call> seen_;
+  simulated::Thermal thermal_;
+  void* handle_ = nullptr;
+};
+
+inline constexpr char kNotDeclared[] = "Thermal AIDL service is not declared";
+inline constexpr char kNotRunning[] = "Unable to get Thermal AIDL service, this will be retried...";
+inline constexpr char kRecovered[] = "GetThermalService: recover thermal service connection";
+
+// The same over either service, which runs from the beginning.
+class ThermalPathTest : public ThermalFixture, public testing::WithParamInterface<ThermalPath> {
+ protected:
+  ThermalPathTest() { Bring(GetParam()); }
+
+  standin::Script& on(ThermalCall call) { return ScriptOf(thermal_, GetParam(), call); }
+  size_t registered() const { return thermal_.callback_count(GetParam()); }
+};
+
+inline std::string PathName(const testing::TestParamInfo<ThermalPath>& info) {
+  return info.param == ThermalPath::kAidl ? "Aidl" : "Hidl";
+}
+
+}  // namespace norvik::qel

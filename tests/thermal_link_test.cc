@@ -1,0 +1,333 @@
+// The link to the thermal service: which service, when, its deaths, and what waits for it.
+#include <android/log.h>
+
+#include <cerrno>
+#include <chrono>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/support/thermal_fixture.h"
+
+namespace norvik::qel {
+namespace {
+
+using standin::Gate;
+using standin::Outcome;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr char kFound[] =
+    "RestorePendingThermalCallback: able to register client 1 "
+    "callback(type:SKIN name:skin)";
+constexpr char kNotReady[] = "RestorePendingThermalCallback: thermal service isn't ready";
+
+std::string Queued(int id) {
+  return "RegisterThermalCallback: Add " + std::to_string(id) +
+         " to pending queue because of thermal service isn't ready.";
+}
+
+class ThermalLinkTest : public ThermalFixture {
+ protected:
+  // Any operation that needs the service and changes nothing; whether it was there.
+  bool Operate() {
+    const char* name = "skin";
+    thermistor out = {};
+    int count = 1;
+    EXPECT_EQ(GetBulkTemperatureByNames(handle_, &name, 1, &out, &count), 0);
+    return count == 1;
+  }
+};
+
+TEST_F(ThermalLinkTest, ANewHandleAsksNobody) {
+  Bring(ThermalPath::kAidl);
+  EXPECT_EQ(GetBatteryChargeLimitCapacity(handle_), 16);
+  EXPECT_EQ(standin::IsDeclaredScript().calls(), 0);
+  EXPECT_EQ(standin::TryGetHidlServiceScript().calls(), 0);
+  DeinitThermalInfo(&handle_);
+  EXPECT_EQ(standin::IsDeclaredScript().calls(), 0);
+  EXPECT_THAT(Log(), IsEmpty());
+}
+
+TEST_F(ThermalLinkTest, AidlComesBeforeHidl) {
+  EXPECT_FALSE(Operate());
+  EXPECT_THAT(Log(), ElementsAre(kNotDeclared));
+  thermal_.Declare(ThermalPath::kAidl);
+  EXPECT_FALSE(Operate());
+  EXPECT_THAT(Log(), ElementsAre(kNotDeclared, kNotRunning));
+  EXPECT_EQ(standin::TryGetHidlServiceScript().calls(), 2) << "asked for in the same call";
+  Bring(ThermalPath::kHidl);
+  EXPECT_TRUE(Operate());
+  thermal_.Start(ThermalPath::kAidl);
+  EXPECT_TRUE(Operate());
+  EXPECT_EQ(thermal_.on(devices::HidlThermalOperation::kGetCurrentTemperatures).calls(), 2)
+      << "a link that stands is kept";
+  EXPECT_EQ(standin::IsDeclaredScript().calls(), 3);
+
+  thermal_.Kill(ThermalPath::kHidl);
+  ASSERT_TRUE(log_.WaitFor(kRecovered));
+  EXPECT_TRUE(Operate());
+  EXPECT_EQ(thermal_.on(devices::ThermalOperation::kGetTemperatures).calls(), 1);
+  EXPECT_THAT(Log(ANDROID_LOG_WARN), ElementsAre(kNotDeclared, kNotRunning, kNotRunning));
+}
+
+TEST_F(ThermalLinkTest, AFailureToLinkIsLoggedAndNothingElse) {
+  Bring(ThermalPath::kAidl);
+  standin::LinkToDeathScript().Then({.status = STATUS_NO_MEMORY});
+  EXPECT_TRUE(Operate());
+  EXPECT_TRUE(Operate());
+  EXPECT_THAT(Log(), ElementsAre("Failed to link to death (AIDL): -12"));
+  EXPECT_EQ(standin::CheckServiceScript().calls(), 1) << "the connection counts as made";
+}
+
+class ThermalDeathTest : public ThermalLinkTest, public testing::WithParamInterface<ThermalPath> {
+ protected:
+  ThermalDeathTest() { Bring(GetParam()); }
+  ~ThermalDeathTest() override { DeinitThermalInfo(&handle_); }
+
+  standin::Script& on(ThermalCall call) { return ScriptOf(thermal_, GetParam(), call); }
+  size_t registered() const { return thermal_.callback_count(GetParam()); }
+  standin::Script& look_up() {
+    return GetParam() == ThermalPath::kAidl ? standin::CheckServiceScript()
+                                            : standin::TryGetHidlServiceScript();
+  }
+  // Back before anybody has been told.
+  void Restart() {
+    standin::HoldDeliveries notices(standin::Delivery::kDeathNotice);
+    thermal_.Start(GetParam());
+  }
+  bool IsRegistered(size_t count) {
+    return Eventually([=, this] { return registered() == count; });
+  }
+};
+using ThermalDeathSlowTest = ThermalDeathTest;
+INSTANTIATE_TEST_SUITE_P(, ThermalDeathTest,
+                         testing::Values(ThermalPath::kAidl, ThermalPath::kHidl), PathName);
+INSTANTIATE_TEST_SUITE_P(, ThermalDeathSlowTest,
+                         testing::Values(ThermalPath::kAidl, ThermalPath::kHidl), PathName);
+
+TEST_P(ThermalDeathTest, EveryTypeIsRegisteredAgainAndHearsTheNextChange) {
+  RegisterAndHear<1>("SKIN", "skin");
+  RegisterAndHear<2>("CPU", "cpu");
+  for (int death = 1; death <= 3; ++death) {
+    log_.Clear();
+    Restart();
+    ASSERT_TRUE(IsRegistered(2)) << "death " << death;
+    ASSERT_TRUE(log_.WaitFor(kRecovered));
+    EXPECT_TRUE(Operate());
+    EXPECT_EQ(log_.Count(kRecovered), 1);
+    EXPECT_TRUE(seen_.empty()) << "nothing is asked for in the clients' name";
+    const int severity = 4 - death;
+    thermal_.SetSeverity("skin", static_cast<ThrottlingSeverity>(severity));
+    EXPECT_EQ(seen_.Take(), (Call{1, severity}));
+    EXPECT_EQ(registered(), 2u) << "once each";
+  }
+}
+
+TEST_P(ThermalDeathTest, AfterGivingUpAnOperationMakesTheLinkButRegistersNobody) {
+  RegisterAndHear<1>("SKIN", "skin");
+  const int before = look_up().calls();
+  thermal_.Kill(GetParam());
+  ASSERT_TRUE(look_up().WaitForCalls(before + 5)) << "the worker's attempts";
+  EXPECT_FALSE(Operate());
+  thermal_.Start(GetParam());
+  EXPECT_TRUE(Operate());
+  EXPECT_EQ(log_.Count(kRecovered), 1);
+  EXPECT_EQ(registered(), 0u) << "only the worker registers";
+  thermal_.SetSeverity("skin", ThrottlingSeverity::LIGHT);
+
+  // A further death that is over in time brings the client back.
+  Restart();
+  ASSERT_TRUE(IsRegistered(1));
+  thermal_.SetSeverity("skin", ThrottlingSeverity::SEVERE);
+  EXPECT_EQ(seen_.Take(), (Call{1, 3})) << "and not what it missed";
+}
+
+TEST_P(ThermalDeathTest, AfterGivingUpANewFirstClientBringsItsTypeBack) {
+  RegisterAndHear<1>("SKIN", "skin");
+  RegisterAndHear<2>("CPU", "cpu");
+  const int before = look_up().calls();
+  thermal_.Kill(GetParam());
+  ASSERT_TRUE(look_up().WaitForCalls(before + 5));
+  EXPECT_FALSE(look_up().WaitForCalls(before + 6, std::chrono::milliseconds(300))) << "gives up";
+  EXPECT_EQ(DeregisterThermalCallback(handle_, 1), 0) << "while the service is away";
+  EXPECT_EQ(log_.Count("DeregisterThermalCallback: double remove for id 1"), 1);
+  thermal_.Start(GetParam());
+  RegisterAndHear<3>("SKIN", "skin");
+  EXPECT_EQ(registered(), 0u) << "the type has clients: nothing is registered for it";
+  EXPECT_EQ(seen_.Take(), (Call{1, 0})) << "still there, and told with the new one";
+  EXPECT_EQ(DeregisterThermalCallback(handle_, 1), 0) << "to be repeated";
+  EXPECT_EQ(DeregisterThermalCallback(handle_, 3), 0);
+  RegisterAndHear<3>("SKIN", "skin");
+  EXPECT_EQ(registered(), 1u);
+  thermal_.SetSeverity("cpu", ThrottlingSeverity::LIGHT);
+  thermal_.SetSeverity("skin", ThrottlingSeverity::LIGHT);
+  EXPECT_EQ(seen_.Take(), (Call{3, 1})) << "the other type stays deaf";
+}
+
+// The service dies between the look-up and the link.
+TEST_P(ThermalDeathTest, ALinkRefusedByADeathStandsForItsNotice) {
+  const auto refuse = [&](int times) {
+    if (GetParam() == ThermalPath::kAidl) {
+      standin::LinkToDeathScript().Then({.status = STATUS_DEAD_OBJECT}, times);
+    } else {
+      standin::HidlLinkToDeathScript().Then({.status = STATUS_DEAD_OBJECT}, times);
+    }
+  };
+  // The operation's own, and then the worker finds one that lives.
+  refuse(1);
+  EXPECT_TRUE(Operate()) << "the connection counts as made";
+  ASSERT_TRUE(log_.WaitFor(kRecovered));
+  EXPECT_EQ(look_up().calls(), 2);
+  EXPECT_TRUE(Operate());
+  EXPECT_EQ(look_up().calls(), 2) << "the second link stands";
+  if (GetParam() == ThermalPath::kAidl) {
+    EXPECT_THAT(Log(ANDROID_LOG_WARN), ElementsAre("Failed to link to death (AIDL): -32"));
+  } else {
+    EXPECT_THAT(Log(ANDROID_LOG_WARN), ElementsAre(kNotDeclared, kNotDeclared));
+  }
+
+  // The worker does not go on for ever, and the next operation looks again.
+  RegisterAndHear<1>("SKIN", "skin");
+  refuse(5);
+  Restart();
+  ASSERT_TRUE(look_up().WaitForCalls(7));
+  EXPECT_FALSE(look_up().WaitForCalls(8, std::chrono::milliseconds(300)));
+  EXPECT_TRUE(Operate());
+  EXPECT_EQ(look_up().calls(), 8);
+}
+
+TEST_P(ThermalDeathTest, DeathBeforeTheFirstQuery) {
+  thermal_.Kill(GetParam());
+  EXPECT_FALSE(Operate());
+  thermal_.Start(GetParam());
+  EXPECT_TRUE(Operate());
+  EXPECT_EQ(log_.Count(kRecovered), 0) << "there was nothing to recover";
+}
+
+TEST_P(ThermalDeathTest, DeathDuringARegistration) {
+  RegisterAndHear<1>("CPU", "cpu");
+  const auto gate = std::make_shared<Gate>();
+  on(ThermalCall::kRegister).Then(Outcome::After(gate));
+  std::thread client([&] { EXPECT_EQ(Register<2>("SKIN", "skin"), -EINVAL); });
+  ASSERT_TRUE(gate->WaitForArrivals());
+  thermal_.Kill(GetParam());
+  client.join();
+  thermal_.Start(GetParam());
+  ASSERT_TRUE(IsRegistered(1)) << "the clients that were there before";
+  RegisterAndHear<2>("SKIN", "skin");
+}
+
+TEST_P(ThermalDeathTest, DeathBetweenANotificationAndItsDispatch) {
+  struct Stall {
+    Gate gate;
+    static void Callback(int /*severity*/, void* cookie) {
+      static_cast<Stall*>(cookie)->gate.Pass();
+    }
+  } stall;
+  RegisterAndHear<1>("SKIN", "skin");
+  ASSERT_EQ(RegisterClient(handle_, 2, "SKIN", "skin", Stall::Callback, &stall), 0);
+  ASSERT_TRUE(stall.gate.WaitForArrivals());
+  thermal_.SetSeverity("skin", ThrottlingSeverity::SEVERE);
+  ASSERT_TRUE(standin::WaitUntilDelivered());
+  thermal_.Kill(GetParam());
+  stall.gate.Open();
+  std::vector<Call> calls;
+  while (calls.empty() || calls.back().value == 0) calls.push_back(*seen_.Take());
+  EXPECT_EQ(calls.back(), (Call{1, 3})) << "what had been reported is told";
+  DeinitThermalInfo(&handle_);
+}
+
+TEST_P(ThermalDeathTest, DeathWhileWaitingClientsAreRegistered) {
+  thermal_.Kill(GetParam());
+  ASSERT_EQ(Register<1>("SKIN", "skin"), 0);
+  const auto gate = std::make_shared<Gate>();
+  on(ThermalCall::kQuery).Then(Outcome::After(gate));
+  thermal_.Start(GetParam());
+  ASSERT_TRUE(gate->WaitForArrivals());
+  thermal_.Kill(GetParam());
+  ASSERT_TRUE(
+      log_.WaitFor("RestorePendingThermalCallback: unable  to register client 1 "
+                   "callback(type:SKIN name:skin)"))
+      << "tried once only";
+  ASSERT_TRUE(standin::WaitUntilDelivered());
+  thermal_.Start(GetParam());
+  EXPECT_EQ(DeregisterThermalCallback(handle_, 1), -EINVAL);
+  RegisterAndHear<1>("SKIN", "skin");
+}
+
+TEST_P(ThermalDeathTest, DeathWhileTheHandleGoes) {
+  RegisterAndHear<1>("SKIN", "skin");
+  RegisterAndHear<2>("CPU", "cpu");
+  const auto gate = std::make_shared<Gate>();
+  on(ThermalCall::kUnregister).Then(Outcome::After(gate));
+  std::thread owner([&] { DeinitThermalInfo(&handle_); });
+  ASSERT_TRUE(gate->WaitForArrivals());
+  thermal_.Kill(GetParam());
+  owner.join();
+  EXPECT_EQ(handle_, nullptr);
+}
+
+TEST_P(ThermalDeathTest, SeveralHandlesEachComeBack) {
+  RegisterAndHear<1>("SKIN", "skin");
+  void* other = nullptr;
+  Seen<Call> other_seen;
+  InitThermalInfo(&other);
+  ASSERT_EQ(RegisterClient(other, 1, "SKIN", "skin", Client<5>, &other_seen), 0);
+  ASSERT_TRUE(other_seen.Take());
+  Restart();
+  ASSERT_TRUE(IsRegistered(2));
+  thermal_.SetSeverity("skin", ThrottlingSeverity::LIGHT);
+  EXPECT_EQ(seen_.Take(), (Call{1, 1}));
+  EXPECT_EQ(other_seen.Take(), (Call{5, 1}));
+  DeinitThermalInfo(&other);
+  EXPECT_EQ(registered(), 1u);
+}
+
+TEST_P(ThermalDeathTest, RegistrationsWaitForALateService) {
+  thermal_.Kill(GetParam());
+  ASSERT_EQ(Register<1>("SKIN", "skin"), 0);
+  EXPECT_EQ(log_.Count(Queued(1)), 1);
+  ASSERT_TRUE(log_.WaitFor(kNotReady));
+  // The same id keeps what it has; another one waits, too.
+  EXPECT_EQ(RegisterClient(handle_, 1, "CPU", "cpu", Client<1>, &seen_), 0);
+  EXPECT_EQ(log_.Count(Queued(1)), 1);
+  ASSERT_EQ(Register<2>("CPU", "nobody"), 0);
+  ASSERT_EQ(Register<3>("CPU", "cpu"), 0);
+  EXPECT_EQ(DeregisterThermalCallback(handle_, 3), 0);
+  EXPECT_EQ(log_.Count("DeregisterThermalCallback: remove 3 from pending queue because of thermal "
+                       "service isn't ready."),
+            1);
+  EXPECT_EQ(DeregisterThermalCallback(handle_, 3), 0);
+  EXPECT_EQ(log_.Count("DeregisterThermalCallback: double remove for id 3"), 1);
+  thermal_.Start(GetParam());
+  EXPECT_EQ(DeregisterThermalCallback(handle_, 1), -EINVAL) << "not found while it waits";
+  EXPECT_EQ(seen_.Take(), (Call{1, 0}));
+  ASSERT_TRUE(log_.WaitFor(kFound));
+  ASSERT_TRUE(
+      log_.WaitFor("RestorePendingThermalCallback: unable  to register client 2 "
+                   "callback(type:CPU name:nobody)"));
+  EXPECT_EQ(registered(), 1u);
+  EXPECT_EQ(DeregisterThermalCallback(handle_, 2), -EINVAL) << "dropped for good";
+  EXPECT_EQ(DeregisterThermalCallback(handle_, 1), 0);
+}
+
+TEST_P(ThermalDeathSlowTest, WaitingRegistrationsOutliveTheWorkersTenAttempts) {
+  thermal_.Kill(GetParam());
+  ASSERT_EQ(Register<1>("SKIN", "skin"), 0);
+  ASSERT_TRUE(log_.WaitFor(kNotReady, 10, std::chrono::seconds(30)));
+  EXPECT_FALSE(log_.WaitFor(kNotReady, 11, std::chrono::milliseconds(1500))) << "given up";
+  EXPECT_EQ(Register<1>("SKIN", "skin"), 0);
+  EXPECT_FALSE(log_.WaitFor(kNotReady, 11, std::chrono::milliseconds(100)))
+      << "the same id starts nothing";
+  EXPECT_EQ(Register<2>("CPU", "cpu"), 0);
+  ASSERT_TRUE(log_.WaitFor(kNotReady, 11));
+  thermal_.Start(GetParam());
+  ASSERT_TRUE(log_.WaitFor(kFound));
+  EXPECT_TRUE(IsRegistered(2));
+}
+
+}  // namespace
+}  // namespace norvik::qel

@@ -1,0 +1,285 @@
+// What the thermal family reads when it is asked: names, battery charge limits, temperatures in
+// bulk.
+#include <android/log.h>
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "tests/support/thermal_fixture.h"
+#include "thermal/thermal_info.h"
+
+namespace norvik::qel {
+namespace {
+
+using aidl::android::hardware::thermal::Temperature;
+using aidl::android::hardware::thermal::TemperatureType;
+using devices::HidlThermalOperation;
+using devices::ThermalOperation;
+using standin::Outcome;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Thermistors = std::vector<std::pair<std::string, float>>;
+
+using ThermalNamesTest = ThermalFixture;
+using ThermalQueriesTest = ThermalPathTest;
+using ThermalHidlQueriesTest = ThermalFixture;
+using ThermalUnreachableTest = ThermalFixture;
+INSTANTIATE_TEST_SUITE_P(, ThermalQueriesTest,
+                         testing::Values(ThermalPath::kAidl, ThermalPath::kHidl), PathName);
+
+TEST_F(ThermalNamesTest, NumbersAreThePlatforms) {
+  const std::array types = {
+      "CPU",         "GPU",         "BATTERY",        "SKIN", "USB_PORT", "POWER_AMPLIFIER",
+      "BCL_VOLTAGE", "BCL_CURRENT", "BCL_PERCENTAGE", "NPU"};
+  for (size_t i = 0; i < types.size(); ++i) {
+    EXPECT_EQ(GetThermalTypeByName(handle_, types.at(i)), static_cast<int>(i));
+  }
+  const std::array severities = {"NONE",     "LIGHT",     "MODERATE", "SEVERE",
+                                 "CRITICAL", "EMERGENCY", "SHUTDOWN"};
+  for (size_t i = 0; i < severities.size(); ++i) {
+    EXPECT_EQ(GetThrottlingSeverityByName(handle_, severities.at(i)), static_cast<int>(i));
+  }
+  EXPECT_EQ(GetThermalTypeByName(nullptr, "SKIN"), -EINVAL);
+  EXPECT_EQ(GetThermalTypeByName(handle_, nullptr), -EINVAL);
+  EXPECT_EQ(GetThrottlingSeverityByName(nullptr, "SHUTDOWN"), -EINVAL);
+  EXPECT_EQ(GetThrottlingSeverityByName(handle_, nullptr), -EINVAL);
+  EXPECT_THAT(Log(), IsEmpty());
+
+  EXPECT_EQ(GetThermalTypeByName(handle_, "skin"), -1);
+  EXPECT_EQ(GetThermalTypeByName(handle_, "SKIN "), -1);
+  EXPECT_EQ(GetThermalTypeByName(handle_, ""), -1);
+  EXPECT_EQ(GetThrottlingSeverityByName(handle_, "None"), -EINVAL);
+  EXPECT_EQ(GetThrottlingSeverityByName(handle_, ""), -EINVAL);
+  EXPECT_THAT(Log(ANDROID_LOG_WARN),
+              ElementsAre("GetThermalTypeByName: unknown temperature type name! skin",
+                          "GetThermalTypeByName: unknown temperature type name! SKIN ",
+                          "GetThermalTypeByName: unknown temperature type name! ",
+                          "GetThrottlingSeverityByName: unknown throttling severity name! None",
+                          "GetThrottlingSeverityByName: unknown throttling severity name! "));
+}
+
+// What a getter gives; the room is `room`.
+using Getter = int (*)(void* handle, int* values, int* size, bool use_cached);
+std::vector<int> Limits(Getter get, void* handle, bool use_cached, int room = 16) {
+  std::vector<int> values(64, -1000);
+  int size = room;
+  EXPECT_EQ(get(handle, values.data(), &size, use_cached), 0);
+  EXPECT_EQ(values.at(static_cast<size_t>(size)), -1000) << "writes no more than it says";
+  values.resize(static_cast<size_t>(size));
+  return values;
+}
+
+void AddLimit(simulated::Thermal& thermal, TemperatureType type, const std::string& name,
+              ThrottlingSeverity severity) {
+  thermal.Change([&](devices::ThermalData& data) {
+    data.temperatures.push_back({.type = type, .name = name, .throttlingStatus = severity});
+  });
+}
+
+TEST_P(ThermalQueriesTest, LimitsAreThoseThatConcernAudio) {
+  AddLimit(thermal_, TemperatureType::BCL_VOLTAGE, "xAUDIO", ThrottlingSeverity::SHUTDOWN);
+  AddLimit(thermal_, TemperatureType::BCL_VOLTAGE, "Audio", ThrottlingSeverity::LIGHT);
+  AddLimit(thermal_, TemperatureType::BCL_PERCENTAGE, "AUDIO_level", ThrottlingSeverity::LIGHT);
+  thermal_.SetSeverity("battery_current", ThrottlingSeverity::CRITICAL);
+  thermal_.SetSeverity("AUDIO_current", ThrottlingSeverity::MODERATE);
+
+  EXPECT_THAT(Limits(GetBatteryChargeLimitCurrent, handle_, true), IsEmpty());
+  EXPECT_EQ(on(ThermalCall::kQuery).calls(), 0) << "the cache is nobody's question";
+  EXPECT_THAT(Limits(GetBatteryChargeLimitCurrent, handle_, false), ElementsAre(2));
+  EXPECT_EQ(on(ThermalCall::kQuery).calls(), 2);
+  EXPECT_THAT(Limits(GetBatteryChargeLimitVoltage, handle_, true), ElementsAre(0, 6));
+  thermal_.SetSeverity("AUDIO_voltage", ThrottlingSeverity::SEVERE);
+  EXPECT_THAT(Limits(GetBatteryChargeLimitVoltage, handle_, true), ElementsAre(0, 6));
+  EXPECT_THAT(Limits(GetBatteryChargeLimitVoltage, handle_, false), ElementsAre(3, 6));
+  EXPECT_EQ(Dump(),
+            "ThermalInfo:\n"
+            "  bcl type = 6\n  bcl name = AUDIO_voltage\n  bcl status = 3\n\n"
+            "  bcl type = 6\n  bcl name = xAUDIO\n  bcl status = 6\n\n"
+            "  bcl type = 7\n  bcl name = AUDIO_current\n  bcl status = 2\n\n");
+}
+
+TEST_P(ThermalQueriesTest, LimitsNeedRoom) {
+  AddLimit(thermal_, TemperatureType::BCL_CURRENT, "2AUDIO", ThrottlingSeverity::LIGHT);
+  int value = 77;
+  int size = 1;
+  EXPECT_EQ(GetBatteryChargeLimitCurrent(handle_, &value, &size, false), -EINVAL);
+  EXPECT_EQ(size, 1);
+  EXPECT_EQ(value, 77);
+  size = 0;
+  EXPECT_EQ(GetBatteryChargeLimitVoltage(handle_, &value, &size, true), -EINVAL);
+  EXPECT_THAT(Log(ANDROID_LOG_WARN),
+              testing::Contains("GetBatteryChargeLimitCurrent: size isn't enough! (1)"));
+  EXPECT_THAT(Log(ANDROID_LOG_WARN),
+              testing::Contains("GetBatteryChargeLimitVoltage: size isn't enough! (0)"));
+  EXPECT_THAT(Limits(GetBatteryChargeLimitCurrent, handle_, true, 2), ElementsAre(0, 1));
+  EXPECT_THAT(Limits(GetBatteryChargeLimitCurrent, handle_, true, -1), ElementsAre(0, 1));
+
+  for (int i = 0; i < 20; ++i) {
+    AddLimit(thermal_, TemperatureType::BCL_CURRENT, "AUDIO", ThrottlingSeverity::LIGHT);
+  }
+  EXPECT_EQ(Limits(GetBatteryChargeLimitCurrent, handle_, false, 64).size(), 22u);
+  EXPECT_EQ(GetBatteryChargeLimitCapacity(handle_), 16);
+
+  EXPECT_EQ(GetBatteryChargeLimitCapacity(nullptr), -EINVAL);
+  for (const Getter get : {GetBatteryChargeLimitCurrent, GetBatteryChargeLimitVoltage}) {
+    EXPECT_EQ(get(nullptr, &value, &size, true), -EINVAL);
+    EXPECT_EQ(get(handle_, nullptr, &size, true), -EINVAL);
+    EXPECT_EQ(get(handle_, &value, nullptr, true), -EINVAL);
+  }
+}
+
+TEST_P(ThermalQueriesTest, ARefusedQueryContributesNoLimits) {
+  thermal_.SetSeverity("AUDIO_current", ThrottlingSeverity::LIGHT);
+  ASSERT_THAT(Limits(GetBatteryChargeLimitVoltage, handle_, false), ElementsAre(0));
+  on(ThermalCall::kQuery).Then(Outcome::Exception(EX_ILLEGAL_STATE, "no voltage today"));
+  EXPECT_THAT(Limits(GetBatteryChargeLimitVoltage, handle_, false), IsEmpty());
+  EXPECT_THAT(Limits(GetBatteryChargeLimitCurrent, handle_, true), ElementsAre(1));
+  EXPECT_EQ(log_.Count("GetCurrentBCLFromThermalService: Transaction failed."), 0);
+}
+
+TEST_P(ThermalQueriesTest, LimitsStayWhileTheServiceIsAway) {
+  thermal_.SetSeverity("AUDIO_current", ThrottlingSeverity::LIGHT);
+  ASSERT_THAT(Limits(GetBatteryChargeLimitCurrent, handle_, false), ElementsAre(1));
+  thermal_.Kill(GetParam());
+  ASSERT_TRUE(standin::WaitUntilDelivered());
+  EXPECT_THAT(Limits(GetBatteryChargeLimitCurrent, handle_, false), ElementsAre(1));
+  EXPECT_EQ(log_.Count("GetCurrentBCLFromThermalService: unable to get a thermal client."), 1);
+}
+
+TEST_F(ThermalHidlQueriesTest, AFailedTransactionLeavesNoLimits) {
+  Bring(ThermalPath::kHidl);
+  const char* const failed = "GetCurrentBCLFromThermalService: Transaction failed.";
+  auto& script = thermal_.on(HidlThermalOperation::kGetCurrentTemperatures);
+  ASSERT_THAT(Limits(GetBatteryChargeLimitCurrent, handle_, false), ElementsAre(0));
+  script.Then({.status = STATUS_FAILED_TRANSACTION});
+  EXPECT_THAT(Limits(GetBatteryChargeLimitCurrent, handle_, false), IsEmpty());
+  EXPECT_EQ(script.calls(), 3) << "the current is not asked for any more";
+  EXPECT_EQ(log_.Count(failed), 1);
+  ASSERT_THAT(Limits(GetBatteryChargeLimitVoltage, handle_, false), ElementsAre(0));
+  script.Then({});
+  script.Then({.status = STATUS_FAILED_TRANSACTION});
+  EXPECT_THAT(Limits(GetBatteryChargeLimitVoltage, handle_, false), IsEmpty());
+  EXPECT_EQ(log_.Count(failed), 2);
+}
+
+Thermistors Bulk(void* handle, std::vector<const char*> names, int room) {
+  std::vector<thermistor> out(static_cast<size_t>(room));
+  std::memset(out.data(), 0x7f, out.size() * sizeof(thermistor));
+  int count = room;
+  EXPECT_EQ(GetBulkTemperatureByNames(handle, names.data(), static_cast<int>(names.size()),
+                                      out.data(), &count),
+            0);
+  Thermistors readings;
+  for (size_t i = 0; i < static_cast<size_t>(count); ++i) {
+    const thermistor& reading = out.at(i);
+    readings.emplace_back(reading.name, reading.value);
+    for (size_t at = std::strlen(reading.name); at < sizeof reading.name; ++at) {
+      EXPECT_EQ(reading.name[at], 0);
+    }
+  }
+  return readings;
+}
+
+TEST_P(ThermalQueriesTest, BulkReadingsAreSortedAndEachOnce) {
+  thermal_.SetTemperature("skin", 36.5F);
+  AddLimit(thermal_, TemperatureType::CPU, "cpu", ThrottlingSeverity::NONE);  // of 0 degrees
+  EXPECT_EQ(Bulk(handle_, {"skin", "cpu", "skin"}, 2), (Thermistors{{"cpu", 40}, {"skin", 36.5F}}));
+  EXPECT_EQ(Bulk(handle_, {"skin", "ski", "SKIN", "nobody"}, 4), (Thermistors{{"skin", 36.5F}}));
+  EXPECT_EQ(Bulk(handle_, {"nobody"}, 1), Thermistors{});
+  const int calls = GetParam() == ThermalPath::kAidl
+                        ? thermal_.on(ThermalOperation::kGetTemperatures).calls()
+                        : on(ThermalCall::kQuery).calls();
+  EXPECT_EQ(calls, 3) << "one call answers all";
+  EXPECT_THAT(Log(ANDROID_LOG_ERROR), IsEmpty());
+}
+
+TEST_P(ThermalQueriesTest, ManyTemperaturesAreReadAtOnce) {
+  std::vector<std::string> names;
+  for (int i = 0; i < 100; ++i) names.push_back("zone " + std::to_string(1000 + i));
+  thermal_.Change([&](devices::ThermalData& data) {
+    data.temperatures.clear();
+    for (const std::string& name : names) {
+      data.temperatures.push_back({.name = name, .value = std::stof(name.substr(5))});
+    }
+  });
+  std::vector<const char*> asked;
+  for (auto name = names.rbegin(); name != names.rend(); ++name) asked.push_back(name->c_str());
+  Thermistors expected;
+  for (const std::string& name : names) expected.emplace_back(name, std::stof(name.substr(5)));
+  EXPECT_EQ(Bulk(handle_, asked, 100), expected);
+}
+
+TEST_P(ThermalQueriesTest, LongNamesAreCutOff) {
+  const std::string fits(63, 'a');
+  const std::string too_long(64, 'b');
+  AddLimit(thermal_, TemperatureType::SKIN, fits, ThrottlingSeverity::NONE);
+  AddLimit(thermal_, TemperatureType::SKIN, too_long, ThrottlingSeverity::NONE);
+  EXPECT_EQ(Bulk(handle_, {too_long.c_str(), fits.c_str()}, 2),
+            (Thermistors{{fits, 0}, {std::string(63, 'b'), 0}}));
+  const std::string warning =
+      "GetBulkTemperatureByNames: string size exceed the maximum. " + too_long + " 64";
+  EXPECT_EQ(log_.Count(warning), 1);
+}
+
+TEST_P(ThermalQueriesTest, BulkQueriesAreRefusedWithoutRoomOrSense) {
+  const char* names[] = {"skin", "cpu"};
+  thermistor out = {.name = "untouched", .value = 7};
+  int room = 1;
+  EXPECT_EQ(GetBulkTemperatureByNames(handle_, names, 2, &out, &room), -EINVAL);
+  EXPECT_EQ(room, 1);
+  EXPECT_STREQ(out.name, "untouched");
+  EXPECT_EQ(log_.Count("GetBulkTemperatureByNames: reply size isn't enough 1 2"), 1);
+  room = -1;
+  EXPECT_EQ(GetBulkTemperatureByNames(handle_, names, 1, &out, &room), -EINVAL);
+  EXPECT_EQ(log_.Count("GetBulkTemperatureByNames: reply size isn't enough -1 1"), 1);
+
+  log_.Clear();
+  room = 2;
+  const char* with_null[] = {"skin", nullptr};
+  EXPECT_EQ(GetBulkTemperatureByNames(nullptr, names, 2, &out, &room), -EINVAL);
+  EXPECT_EQ(GetBulkTemperatureByNames(nullptr, names, -2, &out, &room), -EINVAL);
+  EXPECT_EQ(GetBulkTemperatureByNames(handle_, nullptr, 2, &out, &room), -EINVAL);
+  EXPECT_EQ(GetBulkTemperatureByNames(handle_, names, 2, nullptr, &room), -EINVAL);
+  EXPECT_EQ(GetBulkTemperatureByNames(handle_, names, 2, &out, nullptr), -EINVAL);
+  EXPECT_EQ(GetBulkTemperatureByNames(handle_, names, 0, &out, &room), -EINVAL);
+  EXPECT_EQ(GetBulkTemperatureByNames(handle_, with_null, 2, &out, &room), -EINVAL);
+  room = 0;
+  EXPECT_EQ(GetBulkTemperatureByNames(handle_, names, 2, &out, &room), -EINVAL);
+  EXPECT_THAT(Log(), IsEmpty());
+}
+
+TEST_F(ThermalUnreachableTest, BulkQueriesFindNothingWhereNothingAnswers) {
+  EXPECT_EQ(Bulk(handle_, {"skin"}, 1), Thermistors{});
+  EXPECT_THAT(Log(), ElementsAre(kNotDeclared));
+  Bring(ThermalPath::kHidl);
+  auto& script = thermal_.on(HidlThermalOperation::kGetCurrentTemperatures);
+  script.Then({.status = STATUS_FAILED_TRANSACTION});
+  EXPECT_EQ(Bulk(handle_, {"skin"}, 1), Thermistors{});
+  EXPECT_EQ(log_.Count("GetBulkTemperatureByNames: Transaction failed."), 1);
+  script.Then(Outcome::Exception(EX_ILLEGAL_STATE, "not today"));
+  EXPECT_EQ(Bulk(handle_, {"skin"}, 1), Thermistors{});
+  EXPECT_EQ(log_.Count("GetBulkTemperatureByNames: Transaction failed."), 1);
+}
+
+// C++ callers may ask for no name at all.
+TEST(ThermalInfoTest, NoNamesHaveNoAnswer) {
+  audio::ThermalInfo thermal_info;
+  EXPECT_EQ(thermal_info.GetBulkTemperatureByNames({}), std::nullopt);
+}
+
+TEST(ThermalQueriesDeathTest, ANegativeCountEndsTheProcess) {
+  void* handle = nullptr;
+  InitThermalInfo(&handle);
+  const char* name = "skin";
+  thermistor out = {};
+  int room = 1;
+  EXPECT_EXIT(static_cast<void>(GetBulkTemperatureByNames(handle, &name, -1, &out, &room)),
+              testing::KilledBySignal(SIGABRT), "");
+  DeinitThermalInfo(&handle);
+}
+
+}  // namespace
+}  // namespace norvik::qel
