@@ -132,10 +132,40 @@ static void TestSensorWithoutAService(void) {
   CHECK(value == 0);
 }
 
+static void TestThermal(void) {
+  int value = 0;
+  void* handle = NULL;
+  InitThermalInfo(NULL);
+  DeinitThermalInfo(&handle);
+  InitThermalInfo(&handle);
+  CHECK(handle != NULL);
+  int size = 1;
+  CHECK(GetBatteryChargeLimitCurrent(handle, &value, &size, false) == 0);
+  CHECK(size == 0);
+  CHECK(GetBatteryChargeLimitVoltage(handle, &value, NULL, true) == -EINVAL);
+  CHECK(GetBatteryChargeLimitCapacity(handle) == 16);
+  CHECK(GetThermalTypeByName(handle, "NPU") == 9);
+  CHECK(GetThrottlingSeverityByName(handle, "SHUTDOWN") == 6);
+  const char* names[] = {"skin"};
+  thermistor reading = {.name = "untouched"};
+  int count = 1;
+  CHECK(GetBulkTemperatureByNames(handle, names, 1, &reading, &count) == 0);
+  CHECK(count == 0);
+  const ThermalCallbackParam param = {1, "SKIN", "skin", OnValue};
+  CHECK(RegisterThermalCallback(handle, &param, NULL) == -EINVAL);
+  CHECK(RegisterThermalCallback(handle, &param, &value) == 0);
+  DumpThermalInfo(handle, STDERR_FILENO);
+  CHECK(DeregisterThermalCallback(handle, 1) == 0);
+  DeinitThermalInfo(&handle);
+  CHECK(handle == NULL);
+  CHECK(value == 0);
+}
+
 int main(void) {
   TestBatteryRefusals();
   TestBatteryWithoutAService();
   TestSensorRefusals();
   TestSensorWithoutAService();
+  TestThermal();
   return failures == 0 ? 0 : 1;
 }

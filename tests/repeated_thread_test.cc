@@ -274,6 +274,29 @@ TEST(RepeatedThreadTest, DeinitializeWaitsForARunAndEndsSilently) {
   EXPECT_TRUE(log.Lines().empty());
 }
 
+// For a worker that must not wait for itself or another one.
+TEST(RepeatedThreadTest, AnActionMayAskItsOwnThreadToEnd) {
+  LogCapture log;
+  Seen<bool> on_worker;
+  std::counting_semaphore<> go_on{0};
+  FunctionThread thread(/*pause_ms=*/3'600'000, /*repeat_count=*/10, [&] {
+    thread.RequestExit();
+    thread.Start();  // ignored
+    on_worker.Put(RepeatedThread::IsWorker());
+    return !go_on.try_acquire_for(kHangGuard);
+  });
+  thread.Initialize();
+  thread.Start();
+  EXPECT_EQ(on_worker.Take(), true);
+  EXPECT_FALSE(RepeatedThread::IsWorker());
+  EXPECT_FALSE(thread.HasEnded()) << "while the action runs";
+  go_on.release();
+  EXPECT_TRUE(Eventually([&] { return thread.HasEnded(); }));
+  thread.Deinitialize();
+  EXPECT_TRUE(on_worker.empty());
+  EXPECT_TRUE(log.Lines().empty());
+}
+
 TEST(RepeatedThreadTest, DeinitializeBeforeTheThreadGotGoing) {
   LogCapture log;
   GatedThread thread;

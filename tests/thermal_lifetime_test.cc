@@ -236,7 +236,8 @@ TEST_P(ThermalLifetimeTest, ALinkMadeAtTheVeryEndTouchesNothing) {
       GetParam() == ThermalPath::kAidl ? ThermalPath::kHidl : ThermalPath::kAidl;
   std::optional<HoldDeliveries> notices;
   Caller self = {.handle = handle_, .action = [&](Caller& caller) {
-                   WaitForTheEnd(caller.handle);
+                   // Until the handle has left its service and forgotten its clients.
+                   while (TextOf(DumpThermalInfo, caller.handle) != "ThermalInfo:\n") continue;
                    Bring(other);
                    const char* name = "skin";
                    thermistor reading = {};
