@@ -181,7 +181,7 @@ TEST_F(HidlTest, ACallRunsInTheServiceAndItsAnswerInTheCaller) {
   EXPECT_EQ(answer.calls, 1);
   EXPECT_EQ(answer.thread, std::this_thread::get_id());
   EXPECT_FALSE(answer.failed());
-  ASSERT_THAT(temperatures, SizeIs(8));
+  ASSERT_THAT(temperatures, SizeIs(thermal_.data().temperatures.size()));
   EXPECT_EQ(temperatures[1].name, "skin");
   EXPECT_EQ(temperatures[1].value, 30);
 

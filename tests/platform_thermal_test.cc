@@ -75,7 +75,7 @@ TEST_F(ThermalTest, AidlQueriesSelectByType) {
   EXPECT_EQ(temperatures[0].name, "speaker");
   std::vector<TemperatureThreshold> thresholds;
   ASSERT_TRUE(service->getTemperatureThresholds(&thresholds).isOk());
-  EXPECT_THAT(thresholds, SizeIs(8));
+  EXPECT_THAT(thresholds, SizeIs(thermal_.data().thresholds.size()));
   ASSERT_TRUE(service->getTemperatureThresholdsWithType(TemperatureType::CPU, &thresholds).isOk());
   ASSERT_THAT(thresholds, SizeIs(1));
   EXPECT_THAT(thresholds[0].hotThrottlingThresholds, SizeIs(7));

@@ -251,7 +251,7 @@ class ToolTest(unittest.TestCase):
         self.assertIsNone(self.parse(self.success(run(*args, "--json", **flat)))[0]["value"])
         # Its name has a colon.
         objects = self.parse(self.success(run("watch", "thermal", "SKIN:back:left", "--device",
-                                              "flat", "--json", "--for", "300ms", **flat)))
+                                              "flat", "--json", "--for", "1s", **flat)))
         self.assertEqual(self.levels(objects, "SKIN:back:left"), [0])
         self.assertEqual({o["service"] for o in objects if o["event"] != "value"},
                          {"thermal (HIDL)"})

@@ -40,7 +40,7 @@ bool BatteryStory::Register() {
   return teller_.Check(client_.Register(), "the registration was refused") &&
          teller_.Hear(kBatteryLevel, 50) && teller_.Hear(kBatteryCycleCount, 10) &&
          teller_.Hear(kWirelessCharger, false) && teller_.Hear(kDockCharger, false) &&
-         teller_.CheckThreads() && teller_.Pause(1200ms);
+         teller_.CheckThreads() && teller_.Pause(700ms);
 }
 
 bool BatteryStory::Charge() {
@@ -49,21 +49,21 @@ bool BatteryStory::Charge() {
   if (!teller_.Hear(kWirelessCharger, true)) return false;
   teller_.Say("It charges: the level rises.");
   for (int level = 51; level <= 53; ++level) {
-    if (!teller_.Pause(600ms)) return false;
+    if (!teller_.Pause(300ms)) return false;
     phone_.SetLevel(level);
     if (!teller_.Hear(kBatteryLevel, level)) return false;
   }
-  if (!teller_.Pause(600ms)) return false;
+  if (!teller_.Pause(300ms)) return false;
   phone_.SetWirelessOnline(false);
-  return teller_.Hear(kWirelessCharger, false) && teller_.Pause(800ms);
+  return teller_.Hear(kWirelessCharger, false) && teller_.Pause(400ms);
 }
 
 bool BatteryStory::Dock() {
   teller_.Scene("The phone is put into a dock, and taken out again");
   phone_.SetDockOnline(true);
-  if (!teller_.Hear(kDockCharger, true) || !teller_.Pause(800ms)) return false;
+  if (!teller_.Hear(kDockCharger, true) || !teller_.Pause(400ms)) return false;
   phone_.SetDockOnline(false);
-  return teller_.Hear(kDockCharger, false) && teller_.Pause(800ms);
+  return teller_.Hear(kDockCharger, false) && teller_.Pause(400ms);
 }
 
 bool BatteryStory::SurviveADeath() {
@@ -73,11 +73,11 @@ bool BatteryStory::SurviveADeath() {
   teller_.Say("The level goes on falling, but nobody is there to tell the client. In the");
   teller_.Say("background the library tries to link again: ten attempts, 200 ms apart.");
   phone_.SetLevel(47);
-  if (!teller_.Pause(1000ms)) return false;
+  if (!teller_.Pause(600ms)) return false;
   teller_.Say("A new service comes up. Once linked, the client hears what it has missed.");
   phone_.StartService();
   return teller_.See(Kind::kCallbackRegistered, kHealthService, 2, "the second link") &&
-         teller_.Hear(kBatteryLevel, 47) && teller_.Pause(1000ms);
+         teller_.Hear(kBatteryLevel, 47) && teller_.Pause(500ms);
 }
 
 bool BatteryStory::SurviveARefusal() {
@@ -91,7 +91,7 @@ bool BatteryStory::SurviveARefusal() {
   if (!teller_.See(Kind::kCallRefused, kHealthService, 1, "the refusal")) return false;
   teller_.Say("The library logs a warning on standard error and tries once more.");
   return teller_.See(Kind::kCallbackRegistered, kHealthService, 3, "the third link") &&
-         teller_.Hear(kBatteryLevel, 46) && teller_.Pause(1000ms);
+         teller_.Hear(kBatteryLevel, 46) && teller_.Pause(500ms);
 }
 
 bool BatteryStory::Deregister() {
@@ -103,7 +103,7 @@ bool BatteryStory::Deregister() {
   if (!teller_.See(Kind::kCallbackUnregistered, kHealthService, 1, "the end of the link"))
     return false;
   phone_.SetLevel(45);
-  return teller_.Pause(500ms) && teller_.Check(teller_.observed().callbacks() == heard,
+  return teller_.Pause(300ms) && teller_.Check(teller_.observed().callbacks() == heard,
                                                "a callback came after the deregistration");
 }
 

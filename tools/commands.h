@@ -17,6 +17,9 @@ int WatchBattery(const Options& options, Output& output);
 int GetBattery(const Options& options, Output& output);
 int WatchSensors(const Options& options, Output& output);
 int GetSensors(const Options& options, Output& output);
+int WatchThermal(const Options& options, Output& output);
+int GetTemperatures(const Options& options, Output& output);
+int GetChargeLimits(const Options& options, Output& output);
 int Dump(const Options& options, Output& output);
 int Demo(const Options& options, Output& output);
 

@@ -4,6 +4,7 @@
 #include "tools/sensor_client.h"
 #include "tools/sensor_readings.h"
 #include "tools/session.h"
+#include "tools/thermal_client.h"
 
 namespace norvik::qel::tool {
 
@@ -51,6 +52,17 @@ std::string ObserveSensors(SensorClient& client, Session& session,
   return wake == Session::Wake::kTime ? SilenceOf(kSensorService) : "";
 }
 
+// No function of the library lists the temperatures by name.
+std::string ObserveLimits(Session& session) {
+  ThermalClient client(session.events());
+  const auto limits = client.ReadLimits();
+  if (!limits) return "the thermal service cannot be asked";
+  for (size_t i = 0; i < limits->size(); ++i) {
+    session.output().ShowReading(*kChargeLimitProperties[i], (*limits)[i]);
+  }
+  return "";
+}
+
 // Shows what a device has, without being able to change it.
 int ObserveDevice(const Options& options, Session& session) {
   Output& output = session.output();
@@ -60,6 +72,7 @@ int ObserveDevice(const Options& options, Session& session) {
   output.Say("Values arrive in the client's callback, on a thread of the library.");
   output.Explain("   Lines with ** come from the device itself.");
   if (!options.device->has_sensor_service) output.Say("This device has no sensors.");
+  if (!options.device->has_thermal_service) output.Say("This device has no thermal service.");
   BatteryClient battery(session.events());
   std::optional<SensorClient> sensors;
   std::string failure = ObserveBattery(battery, session, begin + kReportLimit);
@@ -67,6 +80,7 @@ int ObserveDevice(const Options& options, Session& session) {
     sensors.emplace(session.events());
     failure = ObserveSensors(*sensors, session, begin + kReportLimit);
   }
+  if (failure.empty() && options.device->has_thermal_service) failure = ObserveLimits(session);
   const Observed& observed = session.observed();
   if (!failure.empty()) {
     output.Summary(false, "Demo FAILED: " + failure + ".", observed);
@@ -85,16 +99,19 @@ int ObserveDevice(const Options& options, Session& session) {
 }  // namespace
 
 int Demo(const Options& options, Output& output) {
-  Session session(options, output, {.sensors_late = true});
+  Session session(options, output, {.services_late = true});
   BatteryDriver* const battery = session.device().battery_driver();
   SensorDriver* const sensors = session.device().sensor_driver();
-  if (battery == nullptr || sensors == nullptr) return ObserveDevice(options, session);
+  ThermalDriver* const thermal = session.device().thermal_driver();
+  if (battery == nullptr || sensors == nullptr || thermal == nullptr) {
+    return ObserveDevice(options, session);
+  }
   if (options.duration) {
     Complain("--for: the story of the device '" + std::string(options.device->name) +
              "' has its own length");
     return kExitUsage;
   }
-  return TellStory(session, *battery, *sensors);
+  return TellStory(session, *battery, *sensors, *thermal);
 }
 
 }  // namespace norvik::qel::tool

@@ -10,6 +10,8 @@
 #include "tools/sensor_properties.h"
 #include "tools/sensor_story.h"
 #include "tools/teller.h"
+#include "tools/thermal_properties.h"
+#include "tools/thermal_story.h"
 
 namespace norvik::qel::tool {
 
@@ -17,20 +19,25 @@ namespace {
 
 std::string Counts(const Observed& observed) {
   using Kind = DeviceEvent::Kind;
-  return Counted(CallbacksOf(kBatteryProperties, observed), "callback") + " for the battery and " +
-         std::to_string(CallbacksOf(kSensorProperties, observed)) + " for the sensors, " +
+  return Counted(CallbacksOf(kBatteryProperties, observed), "callback") + " for the battery, " +
+         std::to_string(CallbacksOf(kSensorProperties, observed)) + " for the sensors and " +
+         std::to_string(CallbacksOf(kThermalProperties, observed)) + " for the heat, " +
          Counted(observed.count(Kind::kServiceDied, kHealthService), "death") +
-         " of the health service, " +
+         " of the health service and " +
+         std::to_string(observed.count(Kind::kServiceDied, kThermalService)) +
+         " of the thermal service, " +
          Counted(observed.count(Kind::kCallRefused, kHealthService), "refusal") + " and " +
          Counted(observed.relinks(), "relink");
 }
 
 }  // namespace
 
-int TellStory(Session& session, BatteryDriver& battery, SensorDriver& sensors) {
+int TellStory(Session& session, BatteryDriver& battery, SensorDriver& sensors,
+              ThermalDriver& thermal) {
   const auto begin = Session::Clock::now();
   Teller teller(session);
-  const bool success = TellOfTheBattery(teller, battery) && TellOfTheSensors(teller, sensors);
+  const bool success = TellOfTheBattery(teller, battery) && TellOfTheSensors(teller, sensors) &&
+                       TellOfTheHeat(teller, thermal);
   const Observed& observed = session.observed();
   const auto seconds = std::chrono::round<std::chrono::seconds>(Session::Clock::now() - begin);
   const std::string counts =

@@ -6,8 +6,9 @@
 
 namespace norvik::qel::tool {
 
-// Checks itself: every value that it announces has to arrive. Returns the exit code. The sensor
-// service is to be late.
-int TellStory(Session& session, BatteryDriver& battery, SensorDriver& sensors);
+// Checks itself: every value that it announces has to arrive. Returns the exit code. The sensor and
+// the thermal service are to be late.
+int TellStory(Session& session, BatteryDriver& battery, SensorDriver& sensors,
+              ThermalDriver& thermal);
 
 }  // namespace norvik::qel::tool

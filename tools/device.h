@@ -45,13 +45,30 @@ class SensorDriver {
   virtual void StartSensorService() = 0;
 };
 
+// For a device whose temperatures can be told how hot they are. It has those of kThermalProperties
+// and "cpu" and "AUDIO_voltage".
+//
+// Threads: the main thread.
+class ThermalDriver {
+ public:
+  virtual ~ThermalDriver() = default;
+
+  // Of one that the device has, by its name.
+  virtual void SetTemperature(std::string_view name, float celsius, Severity severity) = 0;
+  virtual void SetSeverity(std::string_view name, Severity severity) = 0;
+  // Ends the service as a crash would. The temperatures stay as they are.
+  virtual void KillThermalService() = 0;
+  virtual void StartThermalService() = 0;
+};
+
 // What the device tells of itself; called on any thread, also after the device is gone.
 using DeviceObserver = std::function<void(DeviceEvent)>;
 
 struct DeviceSetup {
   bool verbose = false;
-  // The sensor service stays down until the driver starts it. Only for a device with a driver.
-  bool sensors_late = false;
+  // The sensor and the thermal service stay down until their drivers start them. Only for a device
+  // with drivers.
+  bool services_late = false;
 };
 
 // Threads: the main thread.
@@ -66,13 +83,16 @@ class Device {
   virtual BatteryDriver* battery_driver() { return nullptr; }
   // Null when the sensors report what they like.
   virtual SensorDriver* sensor_driver() { return nullptr; }
+  // Null when the temperatures are what they are.
+  virtual ThermalDriver* thermal_driver() { return nullptr; }
 };
 
 struct DeviceType {
   std::string_view name;
   std::string_view description;  // for the help
-  // False when no sensor service ever comes up on it.
+  // False when no such service ever comes up on it.
   bool has_sensor_service;
+  bool has_thermal_service;
   std::unique_ptr<Device> (*make)(DeviceObserver observer);
 };
 

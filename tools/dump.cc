@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <optional>
 #include <string>
 #include <vector>
@@ -6,20 +7,52 @@
 #include "tools/commands.h"
 #include "tools/sensor_readings.h"
 #include "tools/session.h"
+#include "tools/thermal_client.h"
 
 namespace norvik::qel::tool {
+
+namespace {
+
+// Gives the client something to show: limits that have been read, and clients where names of
+// temperatures are known. What is wrong is added to `wrong`; kStop: somebody wants the end.
+Session::Wake Fill(ThermalClient& client, Session& session, Session::Clock::time_point until,
+                   std::vector<std::string>& wrong) {
+  if (!client.ReadLimits()) {
+    wrong.emplace_back("the thermal service cannot be asked");
+    return Session::Wake::kTime;
+  }
+  if (session.device().thermal_driver() == nullptr) return Session::Wake::kEvent;
+  for (const ThermalProperty* property : kThermalProperties) {
+    if (client.Register(*property)) continue;
+    wrong.emplace_back(kRefusal);
+    return Session::Wake::kTime;
+  }
+  const auto all_heard = [&] {
+    return std::all_of(kThermalProperties.begin(), kThermalProperties.end(),
+                       [&](const ThermalProperty* property) {
+                         return session.observed().callbacks(*property) > 0;
+                       });
+  };
+  const auto wake = session.WaitFor(all_heard, until - Session::Clock::now());
+  if (wake == Session::Wake::kTime) wrong.push_back(SilenceOf(kThermalService));
+  return wake;
+}
+
+}  // namespace
 
 int Dump(const Options& options, Output& output) {
   Session session(options, output, {.show_events = false});
   BatteryClient battery(session.events());
   std::optional<SensorClient> sensors;
   if (options.device->has_sensor_service) sensors.emplace(session.events());
+  std::optional<ThermalClient> thermal;
+  if (options.device->has_thermal_service) thermal.emplace(session.events());
   // What is wrong keeps nobody from seeing the dumps: they may tell why.
   std::vector<std::string> wrong;
   if (!battery.Register()) wrong.push_back(kRefusal);
   if (sensors && !sensors->Register()) wrong.push_back(kRefusal);
 
-  // Both families have the same time.
+  // All families have the same time.
   const auto until = Session::Clock::now() + kReportLimit;
   if (wrong.empty()) {
     const auto heard = [&] { return CallbacksOf(kBatteryProperties, session.observed()) > 0; };
@@ -31,6 +64,9 @@ int Dump(const Options& options, Output& output) {
       if (sensor_wake == Session::Wake::kStop) return EXIT_SUCCESS;
       if (sensor_wake == Session::Wake::kTime) wrong.push_back(SilenceOf(kSensorService));
     }
+    if (thermal && Fill(*thermal, session, until, wrong) == Session::Wake::kStop) {
+      return EXIT_SUCCESS;
+    }
   }
 
   output.ShowDump("battery", battery.Dump());
@@ -38,6 +74,11 @@ int Dump(const Options& options, Output& output) {
     output.ShowDump("sensors", sensors->Dump());
   } else {
     output.Say("This device has no sensors.");
+  }
+  if (thermal) {
+    output.ShowDump("thermal", thermal->Dump());
+  } else {
+    output.Say("This device has no thermal service.");
   }
   for (const std::string& text : wrong) Complain(text);
   return wrong.empty() ? EXIT_SUCCESS : EXIT_FAILURE;

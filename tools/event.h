@@ -13,7 +13,7 @@ namespace norvik::qel::tool {
 
 // A client's callback was called.
 struct ValueChange {
-  const Property* property;  // lives as long as the program
+  const Property* property;  // outlives the session
   Value old_value;           // what the callback heard before; unknown at its first call
   Value new_value;
   std::thread::id thread;  // that the callback ran on
@@ -22,6 +22,8 @@ struct ValueChange {
 // The services that tell of themselves.
 inline constexpr std::string_view kHealthService = "health";
 inline constexpr std::string_view kSensorService = "sensor";
+// The AIDL one. The other one's name is longer: "thermal (HIDL)".
+inline constexpr std::string_view kThermalService = "thermal";
 
 // Something that the device tells of itself; no client sees it.
 struct DeviceEvent {

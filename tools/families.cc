@@ -5,10 +5,27 @@
 
 namespace norvik::qel::tool {
 
-std::span<const Family> Families() {
+std::span<const Family> WatchedFamilies() {
   static constexpr Family kFamilies[] = {
-      {.name = "battery", .service = kHealthService, .watch = WatchBattery, .get = GetBattery},
-      {.name = "sensors", .service = kSensorService, .watch = WatchSensors, .get = GetSensors},
+      {.name = "battery", .service = kHealthService, .operand = "", .run = WatchBattery},
+      {.name = "sensors", .service = kSensorService, .operand = "", .run = WatchSensors},
+      {.name = "thermal",
+       .service = kThermalService,
+       .operand = "TYPE:NAME such as SKIN:skin",
+       .run = WatchThermal},
+  };
+  return kFamilies;
+}
+
+std::span<const Family> AskedFamilies() {
+  static constexpr Family kFamilies[] = {
+      {.name = "battery", .service = kHealthService, .operand = "", .run = GetBattery},
+      {.name = "sensors", .service = kSensorService, .operand = "", .run = GetSensors},
+      {.name = "temperatures",
+       .service = kThermalService,
+       .operand = "NAME such as skin",
+       .run = GetTemperatures},
+      {.name = "bcl", .service = kThermalService, .operand = "", .run = GetChargeLimits},
   };
   return kFamilies;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <span>
+#include <string>
 #include <string_view>
 
 namespace norvik::qel::tool {
@@ -9,14 +10,16 @@ namespace norvik::qel::tool {
 struct Options;
 class Output;
 
-// The commands return the program's exit code.
+// As one of the commands takes it.
 struct Family {
   std::string_view name;
   std::string_view service;  // whose events belong to it
-  int (*watch)(const Options& options, Output& output);
-  int (*get)(const Options& options, Output& output);
+  std::string_view operand;  // what has to follow the name, once or more; empty: nothing
+  int (*run)(const Options& options, Output& output);  // returns the program's exit code
 };
 
-std::span<const Family> Families();
+// Those of watch, and those of get.
+std::span<const Family> WatchedFamilies();
+std::span<const Family> AskedFamilies();
 
 }  // namespace norvik::qel::tool

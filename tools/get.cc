@@ -7,6 +7,7 @@
 #include "tools/sensor_client.h"
 #include "tools/sensor_readings.h"
 #include "tools/session.h"
+#include "tools/thermal_client.h"
 
 namespace norvik::qel::tool {
 
@@ -23,6 +24,11 @@ bool ShowReadings(const SensorClient& client, const Observed& observed, Output& 
     output.ShowReading(*property, value);
   }
   return complete;
+}
+
+int CannotAskForHeat() {
+  Complain("the thermal service cannot be asked");
+  return EXIT_FAILURE;
 }
 
 }  // namespace
@@ -60,6 +66,35 @@ int GetSensors(const Options& options, Output& output) {
   if (ShowReadings(client, session.observed(), output)) return EXIT_SUCCESS;
   Complain("a sensor has not been heard");
   return EXIT_FAILURE;
+}
+
+// These two do without a session, as GetBattery() does.
+int GetTemperatures(const Options& options, Output& output) {
+  const std::unique_ptr<Device> device = options.device->make([](const DeviceEvent&) {});
+  device->Start({.verbose = options.verbose});
+  ThermalClient client(std::make_shared<EventQueue>());
+  const auto values = client.ReadTemperatures(options.operands);
+  if (!values) return CannotAskForHeat();
+  for (size_t i = 0; i < values->size(); ++i) {
+    const std::string& name = options.operands[i];
+    output.ShowReading({.key = name, .name = name, .unit = kCelsius}, (*values)[i]);
+  }
+  const bool complete = std::count(values->begin(), values->end(), Value(Absent())) == 0;
+  if (complete) return EXIT_SUCCESS;
+  Complain("the thermal service does not report all of these temperatures");
+  return EXIT_FAILURE;
+}
+
+int GetChargeLimits(const Options& options, Output& output) {
+  const std::unique_ptr<Device> device = options.device->make([](const DeviceEvent&) {});
+  device->Start({.verbose = options.verbose});
+  ThermalClient client(std::make_shared<EventQueue>());
+  const auto limits = client.ReadLimits();
+  if (!limits) return CannotAskForHeat();
+  for (size_t i = 0; i < limits->size(); ++i) {
+    output.ShowReading(*kChargeLimitProperties[i], (*limits)[i]);
+  }
+  return EXIT_SUCCESS;
 }
 
 }  // namespace norvik::qel::tool

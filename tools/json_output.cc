@@ -1,4 +1,5 @@
 #include <chrono>
+#include <cmath>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <variant>
@@ -12,9 +13,22 @@ namespace {
 // Keys in the order in which they are set: the time leads every line.
 using Json = nlohmann::ordered_json;
 
+Json ToJson(Severity severity) {
+  const auto name = NameOf(severity);
+  return {{"level", static_cast<int>(severity)}, {"name", name ? Json(*name) : Json()}};
+}
+
 Json ToJson(const Value& value) {
   if (const int* number = std::get_if<int>(&value)) return *number;
   if (const bool* online = std::get_if<bool>(&value)) return *online;
+  // Of a float that is written as a double everybody would see where it ends.
+  if (const float* number = std::get_if<float>(&value)) return std::round(*number * 1e3) / 1e3;
+  if (const Severity* severity = std::get_if<Severity>(&value)) return ToJson(*severity);
+  if (const Severities* several = std::get_if<Severities>(&value)) {
+    Json list = Json::array();
+    for (const Severity severity : *several) list.push_back(ToJson(severity));
+    return list;
+  }
   return nullptr;
 }
 
@@ -69,6 +83,7 @@ class JsonOutput : public Output {
     line["success"] = success;
     line["callbacks"] = observed.callbacks();
     line["deaths"] = observed.count(DeviceEvent::Kind::kServiceDied, kHealthService);
+    line["thermal_deaths"] = observed.count(DeviceEvent::Kind::kServiceDied, kThermalService);
     line["relinks"] = observed.relinks();
     line["refusals"] = observed.count(DeviceEvent::Kind::kCallRefused, kHealthService);
     line["text"] = text;

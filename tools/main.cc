@@ -35,9 +35,8 @@ int RunCommand(const Options& options, Output& output) {
       output.Explain("quorvel " QUORVEL_VERSION);
       return EXIT_SUCCESS;
     case Options::Command::kWatch:
-      return options.family->watch(options, output);
     case Options::Command::kGet:
-      return options.family->get(options, output);
+      return options.family->run(options, output);
     case Options::Command::kDump:
       return Dump(options, output);
     case Options::Command::kDemo:

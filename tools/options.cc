@@ -1,6 +1,7 @@
 #include "tools/options.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,6 +21,7 @@ struct Words {
   std::string device = std::string(DeviceTypes().front().name);
   std::string duration;
   std::string family;
+  std::vector<std::string> operands;
 };
 
 // CLI11's own help and its checks for what is missing are off: --help is to work wherever it
@@ -35,7 +37,9 @@ void Describe(CLI::App& app, Words& words) {
   app.add_option("--device", words.device)->type_name("NAME");
   app.add_option("--for", words.duration)->type_name("DURATION");
   for (const char* command : {"watch", "get"}) {
-    app.add_subcommand(command)->fallthrough()->add_option("FAMILY", words.family);
+    CLI::App* const subcommand = app.add_subcommand(command)->fallthrough();
+    subcommand->add_option("FAMILY", words.family);
+    subcommand->add_option("OPERAND", words.operands);
   }
   for (const char* command : {"dump", "demo"}) app.add_subcommand(command)->fallthrough();
 }
@@ -61,6 +65,32 @@ Options::Command FindCommand(const CLI::App& app) {
   if (name == "get") return Options::Command::kGet;
   if (name == "dump") return Options::Command::kDump;
   return Options::Command::kDemo;
+}
+
+// `name` is the command's, whose families they are.
+const Family& FindFamily(std::span<const Family> families, const Words& words,
+                         const std::string& name) {
+  const Family& family = Find(families, words.family, name);
+  const std::string where = name + " " + words.family + ": ";
+  if (family.operand.empty() && !words.operands.empty()) {
+    throw UsageError(where + "'" + words.operands.front() + "' is too much");
+  }
+  const bool complete = std::none_of(words.operands.begin(), words.operands.end(),
+                                     [](const std::string& operand) { return operand.empty(); });
+  if (!family.operand.empty() && (words.operands.empty() || !complete)) {
+    throw UsageError(where + "a name is missing, give one or more " + std::string(family.operand));
+  }
+  return family;
+}
+
+void CheckService(const Family& family, const DeviceType& device) {
+  const std::string where = "the device '" + std::string(device.name) + "' ";
+  if (family.service == kSensorService && !device.has_sensor_service) {
+    throw UsageError(where + "has no sensors");
+  }
+  if (family.service == kThermalService && !device.has_thermal_service) {
+    throw UsageError(where + "has no thermal service");
+  }
 }
 
 std::chrono::milliseconds FindDuration(const std::string& text, Options::Command command) {
@@ -94,13 +124,13 @@ Options ParseOptions(int argc, char** argv) {
   }
   options.command = FindCommand(app);
   options.device = &Find(DeviceTypes(), words.device, "--device");
-  if (options.command == Options::Command::kWatch || options.command == Options::Command::kGet) {
-    options.family = &Find(Families(), words.family, app.get_subcommands().front()->get_name());
+  if (options.command == Options::Command::kWatch) {
+    options.family = &FindFamily(WatchedFamilies(), words, "watch");
+  } else if (options.command == Options::Command::kGet) {
+    options.family = &FindFamily(AskedFamilies(), words, "get");
   }
-  if (options.family != nullptr && options.family->service == kSensorService &&
-      !options.device->has_sensor_service) {
-    throw UsageError("the device '" + words.device + "' has no sensors");
-  }
+  if (options.family != nullptr) CheckService(*options.family, *options.device);
+  options.operands = words.operands;
   if (app.count("--for") > 0) options.duration = FindDuration(words.duration, options.command);
   return options;
 }

@@ -4,6 +4,8 @@
 #include <chrono>
 #include <optional>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 #include "tools/device.h"
 #include "tools/families.h"
@@ -13,7 +15,8 @@ namespace norvik::qel::tool {
 struct Options {
   enum class Command { kHelp, kVersion, kWatch, kGet, kDump, kDemo };
   Command command = Command::kHelp;
-  const Family* family = nullptr;  // for watch and get
+  const Family* family = nullptr;          // for watch and get
+  std::vector<std::string> operands = {};  // of the family
   const DeviceType* device = nullptr;
   bool json = false;
   bool verbose = false;

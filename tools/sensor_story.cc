@@ -38,14 +38,14 @@ bool SensorStory::RegisterEarly() {
                      "a registration was refused")) {
     return false;
   }
-  if (!teller_.Pause(1200ms)) return false;
+  if (!teller_.Pause(600ms)) return false;
   if (!teller_.Check(heard() == 0, "a sensor was heard before there was a service")) return false;
   teller_.Say("The service comes up. At its next look the library finds it.");
   phone_.StartSensorService();
   return teller_.See(Kind::kServiceStarted, kSensorService, 1, "the start of the service") &&
          teller_.See(Kind::kCallbackRegistered, kSensorService, 2, "both sensors' enabling") &&
          teller_.Hear(kProximity, 5) && teller_.Hear(kHingeAngle, 0) && teller_.CheckThreads() &&
-         teller_.Pause(800ms);
+         teller_.Pause(500ms);
 }
 
 bool SensorStory::Unfold() {
@@ -56,17 +56,17 @@ bool SensorStory::Unfold() {
       {29.5F, 29}, {60, 60}, {89.6F, 89}, {135.2F, 135}, {180, 180}};
   for (const auto& [reported, heard] : kAngles) {
     phone_.SetHingeAngles({reported});
-    if (!teller_.Hear(kHingeAngle, heard) || !teller_.Pause(400ms)) return false;
+    if (!teller_.Hear(kHingeAngle, heard) || !teller_.Pause(250ms)) return false;
   }
-  return teller_.Pause(400ms);
+  return teller_.Pause(250ms);
 }
 
 bool SensorStory::TakeACall() {
-  teller_.Scene("It is held to an ear, and taken away again");
+  teller_.Scene("It is held to an ear for a call, and taken away again");
   phone_.SetProximity(0);
-  if (!teller_.Hear(kProximity, 0) || !teller_.Pause(800ms)) return false;
+  if (!teller_.Hear(kProximity, 0) || !teller_.Pause(500ms)) return false;
   phone_.SetProximity(5);
-  return teller_.Hear(kProximity, 5) && teller_.Pause(800ms);
+  return teller_.Hear(kProximity, 5) && teller_.Pause(500ms);
 }
 
 bool SensorStory::SnapShut() {
@@ -98,7 +98,7 @@ bool SensorStory::Deregister() {
     return false;
   }
   phone_.SetHingeAngles({90});
-  return teller_.Pause(500ms) &&
+  return teller_.Pause(300ms) &&
          teller_.Check(heard() == before, "a callback came after the deregistration");
 }
 

@@ -31,7 +31,7 @@ Session::Session(const Options& options, Output& output, const Setup& setup)
       family_(options.family),
       device_(options.device->make(
           [queue = events_](DeviceEvent event) { queue->Post(std::move(event)); })) {
-  device_->Start({.verbose = options.verbose, .sensors_late = setup.sensors_late});
+  device_->Start({.verbose = options.verbose, .services_late = setup.services_late});
 }
 
 Session::Wake Session::WaitUntil(Clock::time_point until) {
@@ -62,8 +62,9 @@ bool Session::Stopped(Clock::time_point until) {
 
 bool Session::IsShown(const Event& event) const {
   const auto* const device_event = std::get_if<DeviceEvent>(&event.what);
-  const bool is_foreign =
-      device_event != nullptr && family_ != nullptr && device_event->service != family_->service;
+  // A service may say which of several kinds it is behind its name.
+  const bool is_foreign = device_event != nullptr && family_ != nullptr &&
+                          !device_event->service.starts_with(family_->service);
   return show_events_ && !is_foreign;
 }
 

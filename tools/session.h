@@ -31,8 +31,8 @@ class Session {
   using Clock = std::chrono::steady_clock;
 
   struct Setup {
-    bool show_events = true;    // those of the family in the options, or all
-    bool sensors_late = false;  // see DeviceSetup
+    bool show_events = true;     // those of the family in the options, or all
+    bool services_late = false;  // see DeviceSetup
   };
 
   Session(const Options& options, Output& output, const Setup& setup);

@@ -1,20 +1,43 @@
 #include <android/sensor.h>
 
+#include <algorithm>
 #include <utility>
 
 #include "devices/simulated/health.h"
 #include "devices/simulated/sensor_hub.h"
+#include "devices/simulated/thermal.h"
 #include "tools/host.h"
 
 namespace norvik::qel::tool {
 
 namespace {
 
-// A folding phone, closed, with nothing near it.
-class SimulatedDevice : public Device, public BatteryDriver, public SensorDriver {
+using aidl::android::hardware::thermal::ThrottlingSeverity;
+using simulated::ThermalPath;
+
+ThrottlingSeverity Translate(Severity severity) {
+  return static_cast<ThrottlingSeverity>(severity);  // they are numbered alike
+}
+
+// The temperature of that name, which has to be there.
+simulated::Thermal::Temperature& Named(simulated::Thermal::ThermalData& data,
+                                       std::string_view name) {
+  const auto found =
+      std::find_if(data.temperatures.begin(), data.temperatures.end(),
+                   [&](const auto& temperature) { return temperature.name == name; });
+  return data.temperatures.at(static_cast<size_t>(found - data.temperatures.begin()));
+}
+
+// A folding phone of today, closed and cool, with nothing near it.
+class SimulatedDevice : public Device,
+                        public BatteryDriver,
+                        public SensorDriver,
+                        public ThermalDriver {
  public:
   explicit SimulatedDevice(DeviceObserver observer)
-      : health_(Translate(observer)), sensors_(Translate(std::move(observer))) {
+      : health_(Translate(observer)),
+        sensors_(Translate(observer)),
+        thermal_(Translate(std::move(observer))) {
     sensors_.Add(ASENSOR_TYPE_PROXIMITY, "proximity");
     sensors_.Add(ASENSOR_TYPE_HINGE_ANGLE, "hinge angle");
     sensors_.Report(ASENSOR_TYPE_PROXIMITY, 5);
@@ -24,10 +47,13 @@ class SimulatedDevice : public Device, public BatteryDriver, public SensorDriver
   void Start(const DeviceSetup& setup) override {
     BecomeHostProcess(setup);
     StartService();
-    if (!setup.sensors_late) StartSensorService();
+    if (setup.services_late) return;
+    StartSensorService();
+    StartThermalService();
   }
   BatteryDriver* battery_driver() override { return this; }
   SensorDriver* sensor_driver() override { return this; }
+  ThermalDriver* thermal_driver() override { return this; }
 
   void SetLevel(int percent) override { health_.SetLevel(percent); }
   void SetCycleCount(int cycles) override { health_.SetCycleCount(cycles); }
@@ -64,10 +90,26 @@ class SimulatedDevice : public Device, public BatteryDriver, public SensorDriver
 
   void StartSensorService() override { sensors_.Start(); }
 
+  void SetTemperature(std::string_view name, float celsius, Severity severity) override {
+    thermal_.Change([&](simulated::Thermal::ThermalData& data) {
+      simulated::Thermal::Temperature& temperature = Named(data, name);
+      temperature.value = celsius;
+      temperature.throttlingStatus = Translate(severity);
+    });
+  }
+
+  void SetSeverity(std::string_view name, Severity severity) override {
+    thermal_.SetSeverity(std::string(name), Translate(severity));
+  }
+
+  void KillThermalService() override { thermal_.Kill(ThermalPath::kAidl); }
+  void StartThermalService() override { thermal_.Start(ThermalPath::kAidl); }
+
  private:
   simulated::Health health_;
   bool running_ = false;
   simulated::SensorHub sensors_;
+  simulated::Thermal thermal_;
 };
 
 }  // namespace

@@ -11,7 +11,7 @@ constexpr size_t kNameWidth = 26;
 
 std::string Padded(std::string_view text) {
   std::string padded(text);
-  if (padded.size() < kNameWidth) padded.append(kNameWidth - padded.size(), ' ');
+  padded.append(padded.size() + 2 < kNameWidth ? kNameWidth - padded.size() : 2, ' ');
   return padded;
 }
 

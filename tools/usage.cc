@@ -18,6 +18,12 @@ Commands:
   get battery         ask for the values once
   watch sensors       print what the proximity and hinge angle sensors read, until Ctrl-C
   get sensors         wait for what they read now; one that has never reported reads 0
+  watch thermal TYPE:NAME...
+                      print how much the device throttles for these temperatures, as it changes,
+                      until Ctrl-C: SKIN:skin, for one
+  get temperatures NAME...
+                      ask for these temperatures once, by the device maker's names
+  get bcl             ask once how near the battery is to its limits of current and voltage
   dump                print the state of the library, all families, as the library describes it
 
 Options:
@@ -25,7 +31,7 @@ Options:
 )";
 
 constexpr char kOptions[] =
-    R"(  --for DURATION      end by itself after this time: 500ms, 10s, 2m, 1h
+    R"help(  --for DURATION      end by itself after this time: 500ms, 10s, 2m, 1h
                       (watch; demo on a device without a story, where it is 5s)
   --json              one JSON object a line instead of text
   --verbose           the library's debug log on standard error; else warnings only
@@ -38,23 +44,31 @@ and lines marked ** for what only the device knows: that a service died, came ba
 a call, or that the library has linked to it (registered its callback there) or listens to a
 sensor.
 
+TYPE is CPU, GPU, BATTERY, SKIN, USB_PORT, POWER_AMPLIFIER, BCL_VOLTAGE, BCL_CURRENT,
+BCL_PERCENTAGE or NPU. Throttling goes NONE, LIGHT, MODERATE, SEVERE, CRITICAL, EMERGENCY,
+SHUTDOWN. While the thermal service is not up, watch waits and the library looks for it, ten times,
+once a second; a temperature that it then does not report is named in the debug log only.
+
 JSON: every object has "time" (ISO 8601, UTC) and "event", and by event:
   value                    "property", "old", "new": numbers; true or false for a charger that is
-                           online or not; null for what is not known or not there
-  reading                  "property", "value" (get; watch, of what is not there)
+                           online or not; null for what is not known or not there; for
+                           throttling an object: "level", 0 to 6, and "name"
+  reading                  "property", "value" (get; watch, of what is not there; demo)
   service_started, service_died, callback_registered, callback_unregistered
-                           "service": "health", or "sensor" with the sensor as "detail"
+                           "service": "health", "thermal", "thermal (HIDL)" for the older kind of
+                           that, or "sensor" with the sensor as "detail"
   call_refused, notice     "service", "detail": text
-  dump                     "family": "battery" or "sensors", "text"
+  dump                     "family": "battery", "sensors" or "thermal"; "text"
   heading, narration       "text"
   summary                  "success", "callbacks", "text"; of the health service "deaths",
-                           "relinks", "refusals" (demo)
+                           "relinks", "refusals"; of the thermal service "thermal_deaths" (demo)
 Properties: battery_level (percent), battery_cycle_count, wireless_charger, dock_charger;
-proximity (cm), hinge_angle (degrees).
+proximity (cm), hinge_angle (degrees); throttling by TYPE:NAME as given; temperatures by NAME as
+given (degrees Celsius); bcl_current and bcl_voltage (lists of throttling).
 
-Exit code: 0 on success, also when Ctrl-C ends a command; 1 when something failed; 2 when the
-command line is wrong.
-)";
+Exit code: 0 on success, also when Ctrl-C ends a command; 1 when something failed, such as asking
+for a temperature that the device does not have; 2 when the command line is wrong.
+)help";
 
 std::string Devices() {
   std::string text;
@@ -62,7 +76,11 @@ std::string Devices() {
     std::string name(type.name);
     name.resize(11, ' ');
     text += "                        " + name + std::string(type.description);
-    if (!type.has_sensor_service) text += " (no sensors)";
+    std::string missing;
+    if (!type.has_sensor_service) missing = "no sensors";
+    if (!type.has_thermal_service)
+      missing += missing.empty() ? "no temperatures" : ", no temperatures";
+    if (!missing.empty()) text += " (" + missing + ")";
     text += &type == DeviceTypes().data() ? " (default)\n" : "\n";
   }
   return text;

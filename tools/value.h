@@ -1,9 +1,11 @@
 // The values that the monitor shows, whatever family they are of.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
+#include <vector>
 
 namespace norvik::qel::tool {
 
@@ -12,8 +14,13 @@ struct Absent {
   bool operator==(const Absent&) const = default;
 };
 
-// Not known; a number; whether something is online; not there.
-using Value = std::variant<std::monostate, int, bool, Absent>;
+// How much the device throttles; other numbers than these may come as well.
+enum class Severity : int { kNone, kLight, kModerate, kSevere, kCritical, kEmergency, kShutdown };
+using Severities = std::vector<Severity>;
+
+// Not known; a number; whether something is online; not there; a measurement; how much something
+// throttles, and the same of several.
+using Value = std::variant<std::monostate, int, bool, Absent, float, Severity, Severities>;
 
 struct Property {
   std::string_view key;   // for programs: "battery_level"
@@ -21,7 +28,10 @@ struct Property {
   std::string_view unit;  // follows a number: " %"
 };
 
-// "50 %", "online", "unknown", "not present".
+// "SEVERE"; nothing for a number that has no name.
+std::optional<std::string_view> NameOf(Severity severity);
+
+// "50 %", "online", "unknown", "not present", "36.5 degrees C", "SEVERE", "NONE, LIGHT".
 std::string InWords(const Property& property, const Value& value);
 
 }  // namespace norvik::qel::tool

@@ -6,21 +6,28 @@
 #include "tools/sensor_client.h"
 #include "tools/sensor_life.h"
 #include "tools/session.h"
+#include "tools/thermal_client.h"
+#include "tools/thermal_life.h"
+#include "tools/thermal_operands.h"
 
 namespace norvik::qel::tool {
 
 namespace {
 
-void Announce(const Options& options, Output& output) {
-  output.Explain("Watching the " + std::string(options.family->name) + " of the device '" +
+void Announce(const std::string& subject, const Options& options, Output& output) {
+  output.Explain("Watching the " + subject + " of the device '" +
                  std::string(options.device->name) + (options.duration ? "'." : "'; Ctrl-C ends."));
   output.Explain("Lines with ** come from the device, all others through a client's callback.");
 }
 
+using Clock = Session::Clock;
+
+Clock::time_point EndOf(std::optional<std::chrono::milliseconds> duration) {
+  return duration ? Clock::now() + *duration : Clock::time_point::max();
+}
+
 // Until somebody stops it or the time is over, if there is an end.
-void Watch(Session& session, Life* life, std::optional<std::chrono::milliseconds> duration) {
-  using Clock = Session::Clock;
-  const Clock::time_point end = duration ? Clock::now() + *duration : Clock::time_point::max();
+void Watch(Session& session, Life* life, Clock::time_point end) {
   while (true) {
     const Clock::time_point step = life != nullptr ? life->next_step() : Clock::time_point::max();
     const Session::Wake wake = session.WaitUntil(std::min(step, end));
@@ -31,6 +38,15 @@ void Watch(Session& session, Life* life, std::optional<std::chrono::milliseconds
   }
 }
 
+// A service that is up answers a registration at once.
+void ExplainSilence(Session& session, Clock::time_point end) {
+  const auto heard = [&] { return session.observed().callbacks() > 0; };
+  const auto wait = std::min<Clock::duration>(std::chrono::seconds(1), end - Clock::now());
+  if (session.WaitFor(heard, wait) != Session::Wake::kTime) return;
+  session.output().Explain(
+      "No thermal service yet: the library looks for it ten times, once a second.");
+}
+
 int RefusedToRegister() {
   Complain(kRefusal);
   return EXIT_FAILURE;
@@ -39,18 +55,18 @@ int RefusedToRegister() {
 }  // namespace
 
 int WatchBattery(const Options& options, Output& output) {
-  Announce(options, output);
+  Announce("battery", options, output);
   Session session(options, output, {});
   BatteryClient client(session.events());
   if (!client.Register()) return RefusedToRegister();
   std::optional<BatteryLife> life;
   if (BatteryDriver* driver = session.device().battery_driver()) life.emplace(*driver);
-  Watch(session, life ? &*life : nullptr, options.duration);
+  Watch(session, life ? &*life : nullptr, EndOf(options.duration));
   return EXIT_SUCCESS;
 }
 
 int WatchSensors(const Options& options, Output& output) {
-  Announce(options, output);
+  Announce("sensors", options, output);
   Session session(options, output, {});
   SensorClient client(session.events());
   if (!client.Register()) return RefusedToRegister();
@@ -59,7 +75,25 @@ int WatchSensors(const Options& options, Output& output) {
   }
   std::optional<SensorLife> life;
   if (SensorDriver* driver = session.device().sensor_driver()) life.emplace(*driver);
-  Watch(session, life ? &*life : nullptr, options.duration);
+  Watch(session, life ? &*life : nullptr, EndOf(options.duration));
+  return EXIT_SUCCESS;
+}
+
+int WatchThermal(const Options& options, Output& output) {
+  const ThermalOperands operands(options.operands);  // before anything is said or started
+  Announce("throttling", options, output);
+  Session session(options, output, {});
+  ThermalClient client(session.events());
+  for (const ThermalProperty& property : operands.properties()) {
+    if (client.Register(property)) continue;
+    Complain("the thermal service reports no temperature " + std::string(property.name));
+    return EXIT_FAILURE;
+  }
+  const Clock::time_point end = EndOf(options.duration);
+  ExplainSilence(session, end);
+  std::optional<ThermalLife> life;
+  if (ThermalDriver* driver = session.device().thermal_driver()) life.emplace(*driver);
+  Watch(session, life ? &*life : nullptr, end);
   return EXIT_SUCCESS;
 }
 

@@ -1,0 +1,35 @@
+// The temperatures to watch, as they stand on the command line.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tools/thermal_properties.h"
+
+namespace norvik::qel::tool {
+
+// Each is a TYPE:NAME. Throws UsageError for one that is not, or whose type the library does not
+// know.
+//
+// Threads: the main thread.
+class ThermalOperands {
+ public:
+  explicit ThermalOperands(const std::vector<std::string>& texts);
+  ThermalOperands(const ThermalOperands&) = delete;
+  ThermalOperands& operator=(const ThermalOperands&) = delete;
+
+  // They live as long as this object.
+  const std::vector<ThermalProperty>& properties() const { return properties_; }
+
+ private:
+  struct Operand {
+    std::string text;
+    std::string type;
+    std::string name;
+  };
+
+  std::vector<Operand> operands_;
+  std::vector<ThermalProperty> properties_;  // they point into the operands
+};
+
+}  // namespace norvik::qel::tool

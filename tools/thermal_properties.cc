@@ -1,0 +1,21 @@
+#include "tools/thermal_properties.h"
+
+namespace norvik::qel::tool {
+
+constexpr ThermalProperty kSkin = {
+    {.key = "SKIN:skin", .name = "skin throttling", .unit = ""}, "SKIN", "skin"};
+
+constexpr ThermalProperty kAudioCurrent = {
+    {.key = "BCL_CURRENT:AUDIO_current", .name = "current throttling", .unit = ""},
+    "BCL_CURRENT",
+    "AUDIO_current"};
+
+constexpr ChargeLimitProperty kCurrentLimits = {
+    {.key = "bcl_current", .name = "battery current limits", .unit = ""},
+    GetBatteryChargeLimitCurrent};
+
+constexpr ChargeLimitProperty kVoltageLimits = {
+    {.key = "bcl_voltage", .name = "battery voltage limits", .unit = ""},
+    GetBatteryChargeLimitVoltage};
+
+}  // namespace norvik::qel::tool

@@ -1,0 +1,40 @@
+// The thermal family of the library, as tables.
+#pragma once
+
+#include <array>
+
+#include "include/quorvel.h"
+#include "tools/value.h"
+
+namespace norvik::qel::tool {
+
+// The throttling severity of a temperature.
+struct ThermalProperty : Property {
+  const char* type_name;
+  const char* temperature_name;
+};
+
+// The types of temperatures.
+inline constexpr std::array<std::string_view, 10> kThermalTypes = {
+    "CPU",         "GPU",         "BATTERY",        "SKIN", "USB_PORT", "POWER_AMPLIFIER",
+    "BCL_VOLTAGE", "BCL_CURRENT", "BCL_PERCENTAGE", "NPU"};
+
+// What every device with a ThermalDriver has.
+extern const ThermalProperty kSkin;
+extern const ThermalProperty kAudioCurrent;
+
+inline constexpr std::array kThermalProperties = {&kSkin, &kAudioCurrent};
+
+// The severities of the battery's limits.
+struct ChargeLimitProperty : Property {
+  int (*get)(void* handle, int* values, int* size, bool use_cached);
+};
+
+extern const ChargeLimitProperty kCurrentLimits;
+extern const ChargeLimitProperty kVoltageLimits;
+
+inline constexpr std::array kChargeLimitProperties = {&kCurrentLimits, &kVoltageLimits};
+
+inline constexpr std::string_view kCelsius = " degrees C";
+
+}  // namespace norvik::qel::tool
