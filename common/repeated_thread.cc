@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <exception>
+#include <utility>
 
 namespace norvik::qel::audio {
 
@@ -135,13 +136,21 @@ void RepeatedThread::FinishFailure(uint32_t& count) {
 }
 
 void RepeatedThread::Deinitialize() {
-  RequestExit();
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    if (!std::exchange(exit_announced_, false)) EndLoop();
+  }
   if (thread_.joinable()) thread_.join();
 }
 
 void RepeatedThread::RequestExit() {
   std::lock_guard<std::mutex> lock(lock_);
   if (exit_requested_) return;
+  EndLoop();
+  exit_announced_ = true;
+}
+
+void RepeatedThread::EndLoop() {
   if (!running_) {
     __android_log_print(ANDROID_LOG_WARN, kLogTag,
                         "%s[%s]: Thread wasn't started, force to end the thread.", "Deinitialize",

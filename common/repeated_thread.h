@@ -60,6 +60,7 @@ class RepeatedThread {
 
   // All that the thread does: names it, goes through the loop, and says that it has ended.
   void RunThread() QEL_EXCLUDES(lock_);
+  void EndLoop() QEL_REQUIRES(lock_);
   // What follows a run, and the pause after a failed one; `count` is how many have failed.
   void FinishSuccess() QEL_REQUIRES(lock_);
   void FinishFailure(uint32_t& count) QEL_REQUIRES(lock_);
@@ -74,6 +75,7 @@ class RepeatedThread {
   std::condition_variable cv_;
   const uint32_t pause_ms_;
   const uint32_t repeat_count_;
+  bool exit_announced_ QEL_GUARDED_BY(lock_) = false;  // by RequestExit(), for Deinitialize()
   bool ended_ QEL_GUARDED_BY(lock_) = false;
 };
 

@@ -17,16 +17,15 @@
  * (it waits for callbacks to end).
  *
  * Callbacks run on a worker thread of the library, one at a time per handle and family (thermal:
- * per handle and type of temperature), with no lock of the library held. A callback that takes long
- * delays the clients that share its thread, nobody else. No function calls back on its caller's
- * thread.
+ * see ThermalCallbackFunc), with no lock of the library held. A callback that takes long delays the
+ * clients that share its thread, nobody else. No function calls back on its caller's thread.
  *
  * Process. The platform delivers through its binder threads, which the program has to have
  * started (ABinderProcess_startThreadPool() and the like): without them no report and no death of
  * the health service or an AIDL thermal service is ever heard of, and their clients are never
- * called. (A HIDL thermal service has threads of its own, which the platform starts.) (The
- * platform's sensor manager starts a binder thread where there is none.) The library stays mapped
- * when it is unloaded with dlclose(), since the platform may still hold objects of it.
+ * called. (For a HIDL thermal service and for sensors the platform starts a thread where there is
+ * none.) The library stays mapped when it is unloaded with dlclose(), since the platform may still
+ * hold objects of it.
  */
 #ifndef QUORVEL_H
 #define QUORVEL_H
@@ -380,9 +379,14 @@ int DeregisterHingeAngleSensorCallback(void* handle, int id);
  * When all ten attempts have failed they go on waiting, until a further registration with another
  * id while the service is still away starts another ten.
  *
+ * When the service refuses to register a type, at the first client's registration or after a death,
+ * that is written to the log and not tried again before another death or a new first client:
+ * the clients of the type hear what they are told at their registration, and nothing more.
+ *
  * What may block. A handle talks to the service with its lock held, so while it waits for an
  * answer, everything else on the same handle waits as well: registrations, deregistrations,
- * queries, dumps, Deinit...(), and calls to clients that have not begun. Other handles do not wait.
+ * queries, cached values too, dumps, Deinit...(), and while the call concerns a type, calls to its
+ * clients that have not begun. Other handles do not wait.
  * @{
  */
 
@@ -391,10 +395,15 @@ int DeregisterHingeAngleSensorCallback(void* handle, int id);
  * @param severity  see the table above; passed on as reported, not checked.
  * @param cookie    as given at registration.
  *
- * Called once soon after a registration with the severity of that moment, and then whenever the
- * service reports the temperature. Of reports that come faster than clients are called the
- * **oldest** is told and the others are dropped. Clients of one type are called one at a time,
- * those of different types at the same time.
+ * Called once soon after a registration with the severity of that moment, together with the other
+ * clients of the same temperature, which hear it again; and then whenever the service reports the
+ * temperature. Of reports that come faster than clients are called the **oldest** is told and the
+ * others are dropped, also the one for a new client: so what a client has heard last may not be the
+ * latest, until the next change.
+ *
+ * Clients of one type are called one at a time, those of different types at the same time. The
+ * exception is a callback that still runs when the last client of its type leaves, as one that
+ * deregisters itself does: clients that register for the type from then on may be called beside it.
  *
  * It may call every function of this family but DeinitThermalInfo(), also for its own client.
  */
@@ -441,7 +450,8 @@ void DeinitThermalInfo(void** handle);
 
 /**
  * Writes the battery charge limits last read and the clients to a file descriptor, as text for
- * people. Waits while the handle waits for the service.
+ * people. Waits while the handle waits for the service, and keeps the handle waiting while the
+ * descriptor takes nothing, as a pipe that nobody empties.
  * @param handle  a thermal handle; nothing is written when NULL.
  * @param fd      an open descriptor; it stays open.
  */
@@ -479,24 +489,26 @@ int GetBatteryChargeLimitCapacity(void* handle);
  *                DeregisterThermalCallback().
  * @param cookie  handed back on every call; not NULL. Keep what it points to until
  *                DeinitThermalInfo() has returned, see DeregisterThermalCallback().
- * @return 0, also while no service can be reached (see above; an id that waits already keeps what
- * it waits for). -EINVAL when a pointer is NULL, when `id` is registered for this type already,
- *         when the service does not report a temperature of that type and name, or when
+ * @return 0, also while no service can be reached (see above; an id that waits already keeps
+ *         what it waits for). -EINVAL when a pointer is NULL, when `id` is registered for this type
+ *         already, when the service does not report a temperature of that type and name, or when
  *         DeinitThermalInfo() has begun.
  *
  * Each type with clients has a worker thread of its own, made by the first registration. When the
  * system cannot give one, std::system_error reaches the caller and the handle cannot be used any
- * more; in a C program that ends the process.
+ * more; in a C program, and for a registration that has waited, that ends the process.
  */
 int RegisterThermalCallback(void* handle, const ThermalCallbackParam* param, void* cookie);
 
 /**
  * Stops calls to the client `id`.
  * @return 0; -EINVAL when `handle` is NULL or `id` is not registered. An id that several types use
- *         is deregistered from the type that has had clients for the longest. **While no service
- * can be reached** this takes back a registration that waits and leaves the others as they are: 0
- * whatever there was, and for a client that had been registered with the service the call has to be
- * repeated once it is back. A registration that waits is not found while a service can be reached.
+ *         is deregistered from the type that has had clients for the longest.
+ *
+ * **While no service can be reached** this takes back a registration that waits and leaves the
+ * others as they are: the result is 0 whatever there was, and for a client that had been registered
+ * with the service the call has to be repeated once it is back. A registration that waits is not
+ * found while a service can be reached.
  *
  * A call that is already on its way may still arrive after this returns: cookies have to live
  * until DeinitThermalInfo() has returned. The last client of a type waits for the service's answer
@@ -529,8 +541,8 @@ int GetThrottlingSeverityByName(void* handle, const char* name);
  *                   service does not report is left out.
  * @param out_count  on entry how many `out` has room for, on success how many there are now.
  * @return 0, also when there are none or no service can be reached; -EINVAL when a pointer or a
- * name is NULL, when there is no name or no room, or when the room is too small; then nothing is
- *         written.
+ *         name is NULL, when there is no name or no room, or when the room is too small; then
+ *         nothing is written.
  */
 int GetBulkTemperatureByNames(void* handle, const char** names, int count, thermistor* out,
                               int* out_count);

@@ -3,8 +3,8 @@
 
 #include <atomic>
 #include <cerrno>
-#include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "standin/service_process.h"
@@ -15,7 +15,6 @@ namespace {
 
 using aidl::android::hardware::thermal::Temperature;
 using aidl::android::hardware::thermal::TemperatureType;
-using standin::Gate;
 using standin::Outcome;
 using testing::Contains;
 using testing::ElementsAre;
@@ -63,12 +62,6 @@ TEST_P(ThermalClientsTest, ALaterClientOfATemperatureHasTheOthersToldToo) {
   EXPECT_EQ(registered(), 1u);
 }
 
-// Keeps the worker of a type inside a client until the gate opens.
-struct Stall {
-  Gate gate;
-  static void Callback(int /*severity*/, void* cookie) { static_cast<Stall*>(cookie)->gate.Pass(); }
-};
-
 TEST_P(ThermalClientsTest, OfARunOfChangesTheOldestIsHeard) {
   Stall stall;
   RegisterAndHear<1>("SKIN", "skin");
@@ -78,9 +71,7 @@ TEST_P(ThermalClientsTest, OfARunOfChangesTheOldestIsHeard) {
   Notify(TemperatureType::SKIN, "skin", ThrottlingSeverity::LIGHT);
   ASSERT_TRUE(standin::WaitUntilDelivered());
   stall.gate.Open();
-  std::vector<Call> calls;
-  while (calls.empty() || calls.back().value == 0) calls.push_back(*seen_.Take());
-  EXPECT_EQ(calls.back(), (Call{1, 3}));
+  EXPECT_EQ(TakeThrottled(), (Call{1, 3}));
   Notify(TemperatureType::SKIN, "skin", ThrottlingSeverity::CRITICAL);
   EXPECT_EQ(seen_.Take(), (Call{1, 4})) << "the later one is not heard afterwards";
   DeinitThermalInfo(&handle_);  // before the cookie goes
@@ -97,7 +88,9 @@ TEST_P(ThermalClientsTest, TypesDoNotWaitForEachOther) {
 
 TEST_P(ThermalClientsTest, AnIdIsUniqueWithinItsType) {
   RegisterAndHear<1>("SKIN", "skin");
+  const int queries = on(ThermalCall::kQuery).calls();
   EXPECT_EQ(Register<1>("SKIN", "skin"), -EINVAL);
+  EXPECT_EQ(on(ThermalCall::kQuery).calls(), queries) << "nobody is asked";
   RegisterAndHear<1>("CPU", "cpu");
   ASSERT_EQ(DeregisterThermalCallback(handle_, 1), 0);
   EXPECT_EQ(registered(), 1u);
@@ -166,6 +159,22 @@ TEST_P(ThermalClientsTest, TheLastClientOfATypeLeavesTheServiceAndALaterOneComes
   RegisterAndHear<1>("SKIN", "skin", 3);
   EXPECT_EQ(registered(), 2u);
   EXPECT_TRUE(seen_.empty());
+}
+
+TEST_P(ThermalClientsTest, TheLastClientsDeregistrationWaitsForACallbackUnderWay) {
+  Stall stall;
+  ASSERT_EQ(RegisterClient(handle_, 1, "SKIN", "skin", Stall::Callback, &stall), 0);
+  ASSERT_TRUE(stall.gate.WaitForArrivals());
+  std::atomic<bool> returned{false};
+  std::thread client([&] {
+    EXPECT_EQ(DeregisterThermalCallback(handle_, 1), 0);
+    returned = true;
+  });
+  ASSERT_TRUE(on(ThermalCall::kUnregister).WaitForCalls(1));
+  RegisterAndHear<2>("CPU", "cpu");  // once the lock is free
+  EXPECT_FALSE(returned);
+  stall.gate.Open();
+  EndsInTime([&] { client.join(); });
 }
 
 TEST_P(ThermalClientsTest, ARefusedRegistrationWithTheServiceIsOnlyLogged) {

@@ -2,19 +2,20 @@
 // leave behind.
 #include <android/log.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "tests/support/sanitizers.h"
-#include "tests/support/sensor_fixture.h"
 #include "tests/support/thermal_fixture.h"
 
 namespace norvik::qel {
@@ -48,6 +49,12 @@ int ThermalThreads() {
     }
   }
   return count;
+}
+
+// Every thread that has not been joined keeps its stack mapped.
+int Mappings() {
+  std::ifstream maps("/proc/self/maps");
+  return static_cast<int>(std::count(std::istreambuf_iterator<char>(maps), {}, '\n'));
 }
 
 // A client that calls the library from its callback.
@@ -105,10 +112,14 @@ TEST_P(ThermalLifetimeTest, CallbacksThatReplaceThemselvesLeaveNothingBehind) {
     }
   };
   Relay relay = {.handle = handle_, .rounds = kSanitized ? 50 : 300};
+  const int mappings = Mappings();
   ASSERT_EQ(RegisterClient(handle_, 0, kTypes[0], kNames[0], Relay::Callback, &relay), 0);
   EXPECT_TRUE(relay.done.Take());
   EXPECT_EQ(Unregistered(), relay.rounds);
   EXPECT_LE(relay.most_threads, 2 + 3);
+  if (!kSanitized) {
+    EXPECT_LT(Mappings(), mappings + relay.rounds / 2);
+  }
   EndsInTime([this] { DeinitThermalInfo(&handle_); });
 }
 
@@ -193,11 +204,15 @@ void WaitForTheEnd(void* handle) {
 }
 
 TEST_P(ThermalLifetimeTest, TheEndWaitsForACallbackAndRefusesItsRegistrations) {
-  Caller self = {.handle = handle_, .action = [](Caller& caller) {
+  Gate called;
+  Caller self = {.handle = handle_, .action = [&called](Caller& caller) {
+                   called.Pass();
                    WaitForTheEnd(caller.handle);
                    caller.results.Put(DeregisterThermalCallback(caller.handle, 1));
                  }};
   ASSERT_EQ(RegisterClient(handle_, 1, "SKIN", "skin", Caller::Callback, &self), 0);
+  ASSERT_TRUE(called.WaitForArrivals());
+  called.Open();
   EndsInTime([this] { DeinitThermalInfo(&handle_); });
   EXPECT_FALSE(self.results.empty());
   EXPECT_EQ(registered(), 0u);
@@ -235,21 +250,26 @@ TEST_P(ThermalLifetimeTest, ALinkMadeAtTheVeryEndTouchesNothing) {
   const ThermalPath other =
       GetParam() == ThermalPath::kAidl ? ThermalPath::kHidl : ThermalPath::kAidl;
   std::optional<HoldDeliveries> notices;
-  Caller self = {.handle = handle_, .action = [&](Caller& caller) {
-                   // Until the handle has left its service and forgotten its clients.
-                   while (TextOf(DumpThermalInfo, caller.handle) != "ThermalInfo:\n") continue;
-                   Bring(other);
-                   const char* name = "skin";
-                   thermistor reading = {};
-                   int count = 1;
-                   EXPECT_EQ(GetBulkTemperatureByNames(caller.handle, &name, 1, &reading, &count),
-                             0);
-                   caller.results.Put(count);
-                   notices.emplace(Delivery::kDeathNotice);
-                   thermal_.Kill(other);
-                   EXPECT_TRUE(notices->WaitForHeld());
-                 }};
+  Gate called;
+  Caller self = {
+      .handle = handle_, .action = [&](Caller& caller) {
+        called.Pass();
+        // Until the handle has left its types and its service.
+        EXPECT_TRUE(
+            Eventually([&] { return TextOf(DumpThermalInfo, caller.handle) == "ThermalInfo:\n"; }));
+        Bring(other);
+        const char* name = "skin";
+        thermistor reading = {};
+        int count = 1;
+        EXPECT_EQ(GetBulkTemperatureByNames(caller.handle, &name, 1, &reading, &count), 0);
+        caller.results.Put(count);
+        notices.emplace(Delivery::kDeathNotice);
+        thermal_.Kill(other);
+        EXPECT_TRUE(notices->WaitForHeld());
+      }};
   ASSERT_EQ(RegisterClient(handle_, 1, "SKIN", "skin", Caller::Callback, &self), 0);
+  ASSERT_TRUE(called.WaitForArrivals());
+  called.Open();
   thermal_.Kill(GetParam());
   thermal_.Undeclare(GetParam());
   ASSERT_TRUE(standin::WaitUntilDelivered());
@@ -257,6 +277,33 @@ TEST_P(ThermalLifetimeTest, ALinkMadeAtTheVeryEndTouchesNothing) {
   EXPECT_EQ(self.results.Take(), 1);
   notices->Release();
   EXPECT_TRUE(standin::WaitUntilDelivered());
+}
+
+TEST_P(ThermalLifetimeTest, TheEndUnlinksFromAHidlService) {
+  RegisterAndHear<1>("SKIN", "skin");
+  DeinitThermalInfo(&handle_);
+  EXPECT_EQ(standin::HidlUnlinkToDeathScript().calls(), GetParam() == ThermalPath::kHidl ? 1 : 0);
+}
+
+// The new handle is probably at the same address.
+TEST_P(ThermalLifetimeTest, ANoticeOfAnEarlierServiceLeavesALinkByTheOtherPathAlone) {
+  RegisterAndHear<1>("SKIN", "skin");
+  HoldDeliveries notices(Delivery::kDeathNotice);
+  thermal_.Kill(GetParam());
+  ASSERT_TRUE(notices.WaitForHeld());
+  thermal_.Undeclare(GetParam());
+  DeinitThermalInfo(&handle_);
+  const ThermalPath other =
+      GetParam() == ThermalPath::kAidl ? ThermalPath::kHidl : ThermalPath::kAidl;
+  Bring(other);
+  InitThermalInfo(&handle_);
+  RegisterAndHear<2>("SKIN", "skin");
+  notices.Release();
+  ASSERT_TRUE(standin::WaitUntilDelivered());
+  thermal_.SetSeverity("skin", ThrottlingSeverity::LIGHT);
+  EXPECT_EQ(seen_.Take(), (Call{2, 1}));
+  EXPECT_EQ(thermal_.callback_count(other), 1u) << "registered once, not twice";
+  EXPECT_EQ(log_.Count(kRecovered), 0);
 }
 
 TEST_P(ThermalLifetimeTest, ALateNotificationTouchesNothing) {
@@ -294,32 +341,34 @@ TEST_P(ThermalLifetimeTest, HandlesLeaveNothingBehind) {
   EXPECT_EQ(ThermalThreads(), 0);
 }
 
-// Everything at once: reports, deaths, and clients that come and go on two handles.
-TEST_P(ThermalLifetimeTest, ClientsComeAndGoUnderAStormOfReportsAndDeaths) {
+// Everything at once: reports, deaths, and handles that come and go with their clients.
+TEST_P(ThermalLifetimeTest, HandlesComeAndGoUnderAStormOfReportsAndDeaths) {
   std::atomic<bool> stop{false};
   std::thread phone([&] {
     for (int round = 0; !stop; ++round) {
       thermal_.SetSeverity("skin", static_cast<ThrottlingSeverity>(round % 7));
-      if (round % 50 == 49) thermal_.Start(GetParam());
+      if (round % 10 == 9) thermal_.Start(GetParam());
       std::this_thread::yield();
     }
   });
   std::vector<std::thread> owners;
   for (int owner = 0; owner < 2; ++owner) {
     owners.emplace_back([&] {
-      void* handle = nullptr;
-      InitThermalInfo(&handle);
-      Seen<Call> seen;
       for (int round = 0; round < (kSanitized ? 100 : 500); ++round) {
+        void* handle = nullptr;
+        InitThermalInfo(&handle);
+        Seen<Call> seen;
         // The service may be away or die meanwhile: only the end is asserted.
         static_cast<void>(RegisterClient(handle, 1, "SKIN", "skin", Client<1>, &seen));
         static_cast<void>(RegisterClient(handle, 2, "CPU", "cpu", Client<2>, &seen));
         static_cast<void>(TextOf(DumpThermalInfo, handle));
-        static_cast<void>(DeregisterThermalCallback(handle, 1));
-        static_cast<void>(DeregisterThermalCallback(handle, 2));
+        if (round % 2 == 0) {
+          static_cast<void>(DeregisterThermalCallback(handle, 1));
+          static_cast<void>(DeregisterThermalCallback(handle, 2));
+        }
+        EndsInTime([&] { DeinitThermalInfo(&handle); });
         log_.Clear();
       }
-      EndsInTime([&] { DeinitThermalInfo(&handle); });
     });
   }
   for (std::thread& owner : owners) owner.join();

@@ -22,6 +22,9 @@ using testing::IsEmpty;
 constexpr char kFound[] =
     "RestorePendingThermalCallback: able to register client 1 "
     "callback(type:SKIN name:skin)";
+constexpr char kDropped[] =
+    "RestorePendingThermalCallback: unable  to register client 2 "
+    "callback(type:CPU name:nobody)";
 constexpr char kNotReady[] = "RestorePendingThermalCallback: thermal service isn't ready";
 
 std::string Queued(int id) {
@@ -221,12 +224,7 @@ TEST_P(ThermalDeathTest, DeathDuringARegistration) {
 }
 
 TEST_P(ThermalDeathTest, DeathBetweenANotificationAndItsDispatch) {
-  struct Stall {
-    Gate gate;
-    static void Callback(int /*severity*/, void* cookie) {
-      static_cast<Stall*>(cookie)->gate.Pass();
-    }
-  } stall;
+  Stall stall;
   RegisterAndHear<1>("SKIN", "skin");
   ASSERT_EQ(RegisterClient(handle_, 2, "SKIN", "skin", Stall::Callback, &stall), 0);
   ASSERT_TRUE(stall.gate.WaitForArrivals());
@@ -234,9 +232,7 @@ TEST_P(ThermalDeathTest, DeathBetweenANotificationAndItsDispatch) {
   ASSERT_TRUE(standin::WaitUntilDelivered());
   thermal_.Kill(GetParam());
   stall.gate.Open();
-  std::vector<Call> calls;
-  while (calls.empty() || calls.back().value == 0) calls.push_back(*seen_.Take());
-  EXPECT_EQ(calls.back(), (Call{1, 3})) << "what had been reported is told";
+  EXPECT_EQ(TakeThrottled(), (Call{1, 3})) << "what had been reported is told";
   DeinitThermalInfo(&handle_);
 }
 
@@ -310,8 +306,15 @@ TEST_P(ThermalDeathTest, RegistrationsWaitForALateService) {
       log_.WaitFor("RestorePendingThermalCallback: unable  to register client 2 "
                    "callback(type:CPU name:nobody)"));
   EXPECT_EQ(registered(), 1u);
-  EXPECT_EQ(DeregisterThermalCallback(handle_, 2), -EINVAL) << "dropped for good";
   EXPECT_EQ(DeregisterThermalCallback(handle_, 1), 0);
+
+  // What has failed is dropped for good.
+  thermal_.Kill(GetParam());
+  ASSERT_TRUE(standin::WaitUntilDelivered());
+  ASSERT_EQ(Register<1>("SKIN", "skin"), 0);
+  thermal_.Start(GetParam());
+  ASSERT_TRUE(log_.WaitFor(kFound, 2));
+  EXPECT_EQ(log_.Count(kDropped), 1);
 }
 
 TEST_P(ThermalDeathSlowTest, WaitingRegistrationsOutliveTheWorkersTenAttempts) {

@@ -222,6 +222,7 @@ TEST_P(ThermalQueriesTest, LongNamesAreCutOff) {
   const std::string warning =
       "GetBulkTemperatureByNames: string size exceed the maximum. " + too_long + " 64";
   EXPECT_EQ(log_.Count(warning), 1);
+  EXPECT_EQ(log_.Lines("audio_hw_thermal_api").size(), 1u);
 }
 
 TEST_P(ThermalQueriesTest, BulkQueriesAreRefusedWithoutRoomOrSense) {

@@ -47,7 +47,7 @@ class AudioThermalCallback {
   // logged, and a reconnection registers again.
   bool Initialize(const ::android::sp<IThermal>& thermal) QEL_EXCLUDES(lock_);
   // Leaves the service, drops the clients, and lets no notification in any more. A client that is
-  // being called goes on.
+  // being called goes on: StopCallbackThread() has to follow.
   void Deinitialize(const ::android::sp<IThermal>& thermal) QEL_EXCLUDES(lock_);
 
   // Has the worker end, without waiting for it.

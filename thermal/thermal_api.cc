@@ -11,12 +11,10 @@
 #include <vector>
 
 #include "quorvel.h"
-#include "thermal/records.h"
 #include "thermal/thermal_info.h"
 
 namespace {
 
-using norvik::qel::audio::NameOf;
 using norvik::qel::audio::ThermalClientInfo;
 using norvik::qel::audio::ThermalInfo;
 
@@ -39,10 +37,10 @@ int GetLimits(const char* function, void* handle, std::vector<int> (ThermalInfo:
 
 thermistor ToThermistor(const char* function, const ThermalInfo::Temperature& temperature) {
   thermistor reading = {};
-  const std::string_view name = NameOf(temperature);
+  const std::string_view name = temperature.name.c_str();
   if (name.size() >= sizeof reading.name) {
     __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: string size exceed the maximum. %s %d",
-                        function, temperature.name.c_str(), static_cast<int>(sizeof reading.name));
+                        function, name.data(), static_cast<int>(sizeof reading.name));
   }
   name.copy(reading.name, sizeof reading.name - 1);
   reading.value = temperature.value;

@@ -78,6 +78,7 @@ void ThermalInfo::Deinitialize() {
   if (reconnect_thread_ != nullptr) reconnect_thread_->Deinitialize();
   if (restore_thread_ != nullptr) restore_thread_->Deinitialize();
   if (death_recipient != nullptr) death_recipient->Detach();
+  Callbacks callbacks;
   {
     std::lock_guard<std::mutex> lock(lock_);
     bcl_temperatures_.clear();
@@ -90,10 +91,10 @@ void ThermalInfo::Deinitialize() {
     }
     for (auto& callback : thermal_callbacks_) Leave(std::move(callback));
     thermal_callbacks_.clear();
+    callbacks = TakeAllLeft();
   }
-  StopAllCallbacks();
-  // An AIDL notice may still be running, or about to. Not before the last client has returned,
-  // since what it calls may link anew.
+  Stop(std::move(callbacks));
+  // An AIDL notice may still be running, or about to: neither unlinking nor deleting waits for it.
   LiveObjects<ThermalInfo>::Shared().Remove(this);
 }
 
@@ -132,7 +133,7 @@ bool ThermalInfo::ConnectToAidlService(bool& died) {
   }
   const sp<ThermalHidlWrapper> wrapper = sp<ThermalHidlWrapper>::make(service);
   thermal_ = wrapper;
-  wrapper_ = wrapper.get();
+  wrapper_ = wrapper;
   if (aidl_death_recipient_.get() == nullptr) {
     aidl_death_recipient_.set(AIBinder_DeathRecipient_new(onThermalAidlBinderDied));
     // The cookie is not owned, so there is nothing to do when a link ends; but without this the
@@ -161,7 +162,7 @@ bool ThermalInfo::ConnectToHidlService(bool& died) {
   }
   died = link.isOk() ? !static_cast<bool>(link) : link.isDeadObject();
   thermal_ = service;
-  wrapper_ = nullptr;
+  wrapper_.clear();
   return true;
 }
 

@@ -44,17 +44,18 @@ namespace norvik::qel::audio {
 // another worker's client that does the same to it. Therefore:
 // - Under lock_ it is unregistered, detached and taken out of thermal_callbacks_, all in one hold
 // of
-//   the lock: of several threads that deregister its last client, one finds it, and the service is
-//   told once. From then on it has no client, no notification reaches it, and nobody finds it.
+//   it: of several threads that deregister its last client, one finds it, and the service is told
+//   once. From then on it has no client, no notification reaches it, and nobody finds it.
 // - It is joined once lock_ is free. So its worker can get lock_, and gets to its end as soon as
-// the
-//   clients that it is calling return.
+//   the clients that it is calling return.
 // - A worker (of any object of the library) joins none that may still be running: it asks that
 //   worker to end and leaves the object in retired_callbacks_. So no worker waits for another one
 //   or for itself, and a chain of threads that wait ends with one that does not.
 // - Later registrations and deregistrations destroy what lies there and has ended, which waits for
-//   no client; Deinitialize() destroys all. It refuses registrations from its beginning on and has
-//   emptied thermal_callbacks_ before it looks, so what it finds is the rest.
+//   no client.
+// - Deinitialize() refuses registrations from its beginning on. In the hold of lock_ in which it
+//   empties thermal_callbacks_ it takes all that lies about: nothing can be left there afterwards.
+//   What a worker has collected by then it joins before its own end, which Deinitialize() awaits.
 class ThermalInfo {
  public:
   using IThermal = ::android::hardware::thermal::V2_0::IThermal;
@@ -135,8 +136,9 @@ class ThermalInfo {
   void Leave(std::unique_ptr<AudioThermalCallback> callback) QEL_REQUIRES(lock_);
   // What the caller has to Stop() once lock_ is free.
   Callbacks TakeLeaving() QEL_REQUIRES(lock_);
+  // The same for the end of all.
+  Callbacks TakeAllLeft() QEL_REQUIRES(lock_);
   static void Stop(Callbacks callbacks);
-  void StopAllCallbacks() QEL_EXCLUDES(lock_);
 
   // Members are released in reverse order.
   bool thermal_service_died_ QEL_GUARDED_BY(lock_) = false;  // thermal_ is a dead one's
@@ -144,7 +146,7 @@ class ThermalInfo {
   std::vector<Temperature> bcl_temperatures_ QEL_GUARDED_BY(lock_);
   ::android::sp<IThermal> thermal_ QEL_GUARDED_BY(lock_);
   // thermal_ when that is the facade, otherwise null.
-  const ThermalHidlWrapper* wrapper_ QEL_GUARDED_BY(lock_) = nullptr;
+  ::android::sp<ThermalHidlWrapper> wrapper_ QEL_GUARDED_BY(lock_);
   Callbacks thermal_callbacks_ QEL_GUARDED_BY(lock_);
   // Taken out of service in the present hold of lock_; empty while it is free.
   Callbacks leaving_callbacks_ QEL_GUARDED_BY(lock_);

@@ -141,19 +141,12 @@ void ThermalInfo::Stop(Callbacks callbacks) {
   for (const auto& callback : callbacks) callback->StopCallbackThread();
 }
 
-void ThermalInfo::StopAllCallbacks() {
-  for (;;) {
-    Callbacks callbacks;
-    {
-      std::lock_guard<std::mutex> lock(lock_);
-      callbacks.swap(leaving_callbacks_);
-      std::move(retired_callbacks_.begin(), retired_callbacks_.end(),
-                std::back_inserter(callbacks));
-      retired_callbacks_.clear();
-    }
-    if (callbacks.empty()) return;
-    Stop(std::move(callbacks));
-  }
+ThermalInfo::Callbacks ThermalInfo::TakeAllLeft() {
+  Callbacks all;
+  all.swap(leaving_callbacks_);
+  std::move(retired_callbacks_.begin(), retired_callbacks_.end(), std::back_inserter(all));
+  retired_callbacks_.clear();
+  return all;
 }
 
 }  // namespace norvik::qel::audio

@@ -5,12 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
-#include <future>
-#include <iostream>
 #include <string>
-#include <thread>
-#include <utility>
 #include <vector>
 
 #include "devices/simulated/sensor_hub.h"
@@ -25,18 +20,6 @@ namespace norvik::qel {
 inline constexpr int kProximity = ASENSOR_TYPE_PROXIMITY;
 inline constexpr int kHinge = ASENSOR_TYPE_HINGE_ANGLE;
 inline constexpr int kProximityMinDelayUs = 20'000;
-
-// Runs what must come to an end. A thread that hangs can only be ended with the process.
-inline void EndsInTime(std::function<void()> action) {
-  std::packaged_task<void()> task(std::move(action));
-  std::future<void> done = task.get_future();
-  std::thread thread(std::move(task));
-  if (done.wait_for(kHangGuard) != std::future_status::ready) {
-    std::cerr << "hangs\n";
-    std::abort();
-  }
-  thread.join();
-}
 
 class SensorFixture : public testing::Test {
  protected:

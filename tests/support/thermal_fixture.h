@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -12,6 +12,7 @@
 #include "devices/simulated/thermal.h"
 #include "quorvel.h"
 #include "standin/deliveries.h"
+#include "standin/gate.h"
 #include "standin/hidl_service_manager.h"
 #include "standin/log_capture.h"
 #include "standin/service_manager.h"
@@ -52,6 +53,12 @@ inline int RegisterClient(void* handle, int id, const char* type, const char* na
   return RegisterThermalCallback(handle, &param, cookie);
 }
 
+// A client that keeps the worker of its type until the gate opens.
+struct Stall {
+  standin::Gate gate = {};
+  static void Callback(int /*severity*/, void* cookie) { static_cast<Stall*>(cookie)->gate.Pass(); }
+};
+
 // No service is declared or runs at first.
 class ThermalFixture : public testing::Test {
  protected:
@@ -85,6 +92,12 @@ class ThermalFixture : public testing::Test {
   void RegisterAndHear(const char* type, const char* name, int severity = 0) {
     ASSERT_EQ(Register<kClient>(type, name), 0);
     ASSERT_EQ(seen_.Take(), (Call{kClient, severity}));
+  }
+  // Takes calls until one brings something else than NONE.
+  std::optional<Call> TakeThrottled() {
+    std::optional<Call> call = seen_.Take();
+    while (call && call->value == 0) call = seen_.Take();
+    return call;
   }
   std::string Dump() const { return TextOf(DumpThermalInfo, handle_); }
   // The texts that the family has logged with this priority or a higher one.

@@ -3,11 +3,15 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <cstdlib>
 #include <deque>
 #include <functional>
+#include <future>
+#include <iostream>
 #include <mutex>
 #include <optional>
 #include <thread>
+#include <utility>
 
 namespace norvik::qel {
 
@@ -52,6 +56,18 @@ inline bool Eventually(const std::function<bool()>& is_so) {
     std::this_thread::yield();
   }
   return true;
+}
+
+// Runs what must come to an end. A thread that hangs can only be ended with the process.
+inline void EndsInTime(std::function<void()> action) {
+  std::packaged_task<void()> task(std::move(action));
+  std::future<void> done = task.get_future();
+  std::thread thread(std::move(task));
+  if (done.wait_for(kHangGuard) != std::future_status::ready) {
+    std::cerr << "hangs\n";
+    std::abort();
+  }
+  thread.join();
 }
 
 }  // namespace norvik::qel
