@@ -20,6 +20,7 @@
 #include <utility>
 #include <vector>
 
+#include "devices/linux/device_files.h"
 #include "devices/linux/power_supplies.h"
 #include "quorvel.h"
 #include "standin/deliveries.h"
@@ -413,14 +414,14 @@ TEST_F(LinuxHealthTest, ASupplyThatVanishesBeforeItIsReadIsNone) {
   machine_->Add("BAT0", kGoodBattery);
   machine_->Add("BAT1", With(kGoodBattery, {{"capacity", "21\n"}}));
   std::vector<std::string> listed;
-  ASSERT_EQ(linux_device::ListPowerSupplies(&listed), 0);
+  ASSERT_EQ(linux_device::ListDevices("power_supply", &listed), 0);
   ASSERT_EQ(listed.size(), 2u);
   machine_->Vanish("BAT0");
   const linux_device::PowerReading reading = linux_device::ReadPowerSupplies(listed);
   ASSERT_TRUE(reading.battery);
   EXPECT_EQ(reading.battery->level_percent, 21) << "the next one stands in";
   ASSERT_EQ(reading.faults.size(), 1u);
-  EXPECT_EQ(reading.faults[0].supply, "BAT0");
+  EXPECT_EQ(reading.faults[0].device, "BAT0");
   EXPECT_EQ(reading.faults[0].what, "vanished while it was read");
 }
 
