@@ -398,15 +398,18 @@ TEST_F(LinuxThermalTest, AZoneThatVanishesBeforeItIsReadIsNone) {
   EXPECT_EQ(NoticeOf(reading.faults[0]), "thermal_zone0: vanished while it was read");
 }
 
-TEST_F(LinuxThermalTest, ClientsOutliveAStopAndNothingStaysOpen) {
+TEST_F(LinuxThermalTest, AServiceThatWasStoppedServesAgainAndLeavesNothingOpen) {
   machine_->Add("thermal_zone0", kProcessorZone);
   Start();
   ASSERT_EQ(Register("CPU", "x86_pkg_temp"), 0);
   ASSERT_EQ(NextSeverity(), 0);
+  ASSERT_EQ(DeregisterThermalCallback(handle_, 1), 0);
   thermal_->Stop();
   EXPECT_FALSE(AServiceManager_isDeclared(devices::kThermalInstance));
+  EXPECT_EQ(Read("x86_pkg_temp"), std::nullopt);
   thermal_->Start();
-  ASSERT_TRUE(Eventually([&] { return thermal_->callback_count() == 1; }));
+  ASSERT_EQ(Register("CPU", "x86_pkg_temp"), 0);
+  ASSERT_EQ(NextSeverity(), 0);
   machine_->Set("thermal_zone0", "temp", "93000\n");
   EXPECT_EQ(NextSeverity(), 2);
 

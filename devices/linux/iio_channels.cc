@@ -26,7 +26,7 @@ std::vector<std::string> ChannelsOf(const DeviceFiles& files, std::string_view t
   for (const std::string& file : files.List()) {
     if (!file.starts_with(type)) continue;
     const size_t end = file.find_first_not_of("0123456789", type.size());
-    const std::string_view what = std::string_view(file).substr(std::min(end, file.size()));
+    const std::string what = file.substr(std::min(end, file.size()));
     if (what == "_raw" || what == "_input") channels.push_back(file.substr(0, end));
   }
   std::stable_sort(channels.begin(), channels.end(),
@@ -36,7 +36,7 @@ std::vector<std::string> ChannelsOf(const DeviceFiles& files, std::string_view t
 
 // A file of the channel's own or, where it has none, of all channels of its type.
 std::string FileOf(const DeviceFiles& files, const std::string& channel, const char* what) {
-  const std::string own = channel + what;
+  std::string own = channel + what;
   if (files.Lists(own)) return own;
   return channel.substr(0, channel.find_last_not_of("0123456789") + 1) + what;
 }

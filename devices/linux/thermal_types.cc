@@ -145,7 +145,9 @@ std::vector<std::string> ThermalTypes::Load(const std::string& path) {
   std::string line;
   for (int number = 1; std::getline(file, line); ++number) {
     const std::string error = loaded.AddLine(line);
-    if (!error.empty()) errors.push_back(path + ":" + std::to_string(number) + ": " + error);
+    if (error.empty()) continue;
+    errors.push_back(path);
+    errors.back().append(":").append(std::to_string(number)).append(": ").append(error);
   }
   // A directory can be opened, but not read.
   if (file.bad()) errors.push_back(path + ": cannot be read");
