@@ -46,6 +46,7 @@ using linux_device::ThermalTypes;
 using linux_device::ThermalZone;
 using linux_device::TripPoint;
 using linux_device::TripType;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::NanSensitiveFloatEq;
@@ -232,7 +233,8 @@ TEST_F(LinuxThermalTest, ZonesComeAndGoAndTakeTheirSeverityAlong) {
   machine_->Add("thermal_zone0", With(kProcessorZone, {{"type", "skin\n"}, {"temp", "87000\n"}}));
   machine_->Change("thermal_zone0", "temp", "96000\n");
   EXPECT_EQ(NextSeverity(), 3);
-  EXPECT_THAT(Notices(), ElementsAre("this machine has no thermal zone"));
+  // Besides, perhaps, a word of the files that a reading found half gone.
+  EXPECT_THAT(Notices(), Contains("this machine has no thermal zone"));
 }
 
 TEST_F(LinuxThermalTest, ZonesOfOneTypeKeepTheirNames) {
@@ -405,6 +407,7 @@ TEST_F(LinuxThermalTest, AServiceThatWasStoppedServesAgainAndLeavesNothingOpen) 
   ASSERT_EQ(NextSeverity(), 0);
   ASSERT_EQ(DeregisterThermalCallback(handle_, 1), 0);
   thermal_->Stop();
+  ASSERT_TRUE(standin::WaitUntilDelivered());  // the library knows
   EXPECT_FALSE(AServiceManager_isDeclared(devices::kThermalInstance));
   EXPECT_EQ(Read("x86_pkg_temp"), std::nullopt);
   thermal_->Start();
@@ -430,7 +433,9 @@ TEST_F(LinuxThermalTest, ZonesThatComeAndGoWhileManyAskEndInTheLastState) {
   });
   for (int i = 0; i < 30; ++i) {
     machine_->Add("thermal_zone1", {{"type", "gpu\n"}, {"temp", "20000\n"}});
+    EXPECT_TRUE(Eventually([&] { return Names().size() == 2; }));
     machine_->Remove("thermal_zone1");
+    EXPECT_TRUE(Eventually([&] { return Names().size() == 1; }));
   }
   done = true;
   asker.join();

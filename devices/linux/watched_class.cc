@@ -61,18 +61,20 @@ void WatchedClass::Refresh() {
   ReadLocked(syspaths);
 }
 
-void WatchedClass::Note(const DeviceChange& change) {
+void WatchedClass::Note(const std::vector<DeviceChange>& changes) {
   std::lock_guard<std::mutex> lock(reading_lock_);
-  switch (change.kind) {
-    case DeviceChange::Kind::kThere:
-      announced_.insert(change.syspath);
-      break;
-    case DeviceChange::Kind::kRemoved:
-      announced_.erase(change.syspath);
-      break;
-    case DeviceChange::Kind::kLost:
-      all_are_announced_ = true;
-      break;
+  for (const DeviceChange& change : changes) {
+    switch (change.kind) {
+      case DeviceChange::Kind::kThere:
+        announced_.insert(change.syspath);
+        break;
+      case DeviceChange::Kind::kRemoved:
+        announced_.erase(change.syspath);
+        break;
+      case DeviceChange::Kind::kLost:
+        all_are_announced_ = true;
+        break;
+    }
   }
 }
 

@@ -58,7 +58,7 @@ class WatchedClass {
 
   // Reads what is there and reports it.
   void Refresh();
-  void Note(const DeviceChange& change);
+  void Note(const std::vector<DeviceChange>& changes);
   // From now on nobody will announce a device.
   void NoteEndOfEvents(int error);
   std::vector<std::string> TakeNotices();

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <iterator>
 #include <utility>
+#include <vector>
 
 namespace norvik::qel::linux_device {
 
@@ -45,7 +46,12 @@ void Watcher::Watch() {
 }
 
 void Watcher::HearEvents() {
-  while (const std::optional<DeviceChange> change = monitor_.Next()) watched_->Note(*change);
+  // All at once: whoever is reading just now must not hold up what fills the socket.
+  std::vector<DeviceChange> changes;
+  while (std::optional<DeviceChange> change = monitor_.Next()) {
+    changes.push_back(std::move(*change));
+  }
+  watched_->Note(changes);
   // One reading for all of them, and one for a message that was nobody's.
   watched_->Refresh();
 }
