@@ -5,39 +5,22 @@
 #include <android/binder_manager.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <umockdev.h>
 
 #include <atomic>
 #include <filesystem>
-#include <map>
 #include <memory>
-#include <optional>
 #include <ostream>
 #include <string>
 #include <string_view>
 #include <thread>
-#include <utility>
 #include <vector>
 
+#include "devices/linux/device_files.h"
 #include "devices/linux/power_supplies.h"
 #include "quorvel.h"
 #include "standin/deliveries.h"
+#include "tests/support/linux_machine.h"
 #include "tests/support/waiting.h"
-
-#if defined(__has_feature)
-#if __has_feature(thread_sanitizer)
-// GLib and what shows the device trees are not built for the sanitizer, which sees their calls of
-// malloc() and the like but not all of their locks. libudev shares one key for its hash tables
-// between threads: each table keeps a copy, so whatever a race leaves there will do.
-extern "C" const char* __tsan_default_suppressions() {
-  return "called_from_lib:libglib-2.0.so\n"
-         "called_from_lib:libumockdev.so\n"
-         "called_from_lib:libumockdev-preload.so\n"
-         "race:getrandom\n";
-}
-#endif
-#endif
 
 namespace norvik::qel {
 namespace {
@@ -48,94 +31,18 @@ using aidl::android::hardware::health::BatteryStatus;
 using aidl::android::hardware::health::BnHealthInfoCallback;
 using aidl::android::hardware::health::HealthInfo;
 using aidl::android::hardware::health::IHealth;
-using devices::DeviceEvent;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-using Files = std::map<std::string, std::string>;
 
 const Files kGoodBattery = {
     {"type", "Battery\n"}, {"status", "Discharging\n"}, {"present", "1\n"},
     {"capacity", "73\n"},  {"cycle_count", "312\n"},
 };
 
-Files With(Files files, const Files& others) {
-  for (const auto& [file, content] : others) files[file] = content;
-  return files;
-}
-
-// A machine of whose devices only those exist that a test adds.
-class Machine {
- public:
-  Machine() : testbed_(umockdev_testbed_new()) {}
-  ~Machine() { g_object_unref(testbed_); }
-  Machine(const Machine&) = delete;
-  Machine& operator=(const Machine&) = delete;
-
-  // The kernel announces it.
-  void Add(const std::string& name, const Files& files) {
-    std::vector<gchar*> attributes;
-    for (const auto& [file, content] : files) {
-      attributes.push_back(const_cast<gchar*>(file.c_str()));
-      attributes.push_back(const_cast<gchar*>(content.c_str()));
-    }
-    attributes.push_back(nullptr);
-    gchar* no_properties[] = {nullptr};
-    g_free(umockdev_testbed_add_devicev(testbed_, "power_supply", name.c_str(), /*parent=*/nullptr,
-                                        attributes.data(), no_properties));
-  }
-  // Announced before the files have gone, as the kernel does.
-  void Remove(const std::string& name) {
-    Announce(name, "remove");
-    Vanish(name);
-  }
-  void Vanish(const std::string& name) {
-    umockdev_testbed_remove_device(testbed_, DevPath(name).c_str());
-  }
-  void Set(const std::string& name, const std::string& file, const std::string& content) {
-    umockdev_testbed_set_attribute(testbed_, DevPath(name).c_str(), file.c_str(), content.c_str());
-  }
-  void Announce(const std::string& name, const char* action = "change") {
-    umockdev_testbed_uevent(testbed_, DevPath(name).c_str(), action);
-  }
-  void Change(const std::string& name, const std::string& file, const std::string& content) {
-    Set(name, file, content);
-    Announce(name);
-  }
-  // Takes it from the list of supplies, or puts it back there, and announces nothing.
-  void Unlist(const std::string& name) { std::filesystem::remove(ListEntry(name)); }
-  void List(const std::string& name) {
-    std::filesystem::create_directory_symlink("../../devices/" + name, ListEntry(name));
-  }
-  void Erase(const std::string& name, const std::string& file) {
-    EXPECT_TRUE(std::filesystem::remove(RealPath(name, file)));
-  }
-  // Root may read anything, so this is the one way that libudev refuses to.
-  void MakeUnreadable(const std::string& name, const std::string& file) {
-    EXPECT_EQ(chmod(RealPath(name, file).c_str(), 0200), 0);
-  }
-
- private:
-  static std::string DevPath(const std::string& name) { return "/sys/devices/" + name; }
-  std::string Root() {
-    const std::unique_ptr<gchar, decltype(&g_free)> root(umockdev_testbed_get_root_dir(testbed_),
-                                                         g_free);
-    return root.get();
-  }
-  std::string RealPath(const std::string& name, const std::string& file) {
-    return Root() + DevPath(name) + "/" + file;
-  }
-  std::string ListEntry(const std::string& name) {
-    return Root() + "/sys/class/power_supply/" + name;
-  }
-
-  UMockdevTestbed* const testbed_;
-};
-
 class LinuxHealthTest : public testing::Test {
  protected:
   void SetUp() override {
-    machine_ = std::make_unique<Machine>();
+    machine_ = std::make_unique<Machine>("power_supply");
     // Of a real machine's directories only those exist that hold a device.
     ASSERT_FALSE(std::filesystem::exists("/sys/kernel")) << "run this under umockdev-wrapper";
     InitBatteryInfo(&handle_);
@@ -161,19 +68,7 @@ class LinuxHealthTest : public testing::Test {
   std::vector<std::string> Notices() {
     const std::string marker = "marker" + std::to_string(++markers_);
     machine_->Add(marker, {{"type", "Gizmo\n"}});
-    std::vector<std::string> notices;
-    while (const std::optional<std::string> notice = NextNotice()) {
-      if (*notice == marker + "/type: \"Gizmo\" is not a known word") return notices;
-      notices.push_back(*notice);
-    }
-    ADD_FAILURE() << "no word of the marker";
-    return notices;
-  }
-  std::optional<std::string> NextNotice() {
-    while (const std::optional<DeviceEvent> event = events_.Take()) {
-      if (event->kind == DeviceEvent::Kind::kNotice) return event->detail;
-    }
-    return std::nullopt;
+    return notices_.Until(marker + "/type: \"Gizmo\" is not a known word");
   }
 
   static std::shared_ptr<IHealth> Service() {
@@ -182,9 +77,9 @@ class LinuxHealthTest : public testing::Test {
   }
 
   std::unique_ptr<Machine> machine_;
-  Seen<DeviceEvent> events_;
+  NoticeListener notices_;
   Seen<int> levels_, cycles_, wireless_, dock_;
-  linux_device::Health health_{[this](const DeviceEvent& event) { events_.Put(event); }};
+  linux_device::Health health_{notices_.observer()};
   void* handle_ = nullptr;
   int markers_ = 0;
 };
@@ -312,7 +207,7 @@ TEST_F(LinuxHealthTest, WhoAsksHearsWhatTheDriverHasNotAnnounced) {
   // Faults met on the way are told, too.
   machine_->Set("BAT0", "capacity", "\n");
   EXPECT_EQ(GetBatteryLevel(handle_, /*use_cached=*/false), -1);
-  EXPECT_EQ(NextNotice(), "BAT0/capacity: empty") << "with no event to wake anybody";
+  EXPECT_EQ(notices_.Next(), "BAT0/capacity: empty") << "with no event to wake anybody";
 }
 
 TEST_F(LinuxHealthTest, PeripheralsAreNotTheMachine) {
@@ -413,14 +308,14 @@ TEST_F(LinuxHealthTest, ASupplyThatVanishesBeforeItIsReadIsNone) {
   machine_->Add("BAT0", kGoodBattery);
   machine_->Add("BAT1", With(kGoodBattery, {{"capacity", "21\n"}}));
   std::vector<std::string> listed;
-  ASSERT_EQ(linux_device::ListPowerSupplies(&listed), 0);
+  ASSERT_EQ(linux_device::ListDevices("power_supply", &listed), 0);
   ASSERT_EQ(listed.size(), 2u);
   machine_->Vanish("BAT0");
   const linux_device::PowerReading reading = linux_device::ReadPowerSupplies(listed);
   ASSERT_TRUE(reading.battery);
   EXPECT_EQ(reading.battery->level_percent, 21) << "the next one stands in";
   ASSERT_EQ(reading.faults.size(), 1u);
-  EXPECT_EQ(reading.faults[0].supply, "BAT0");
+  EXPECT_EQ(reading.faults[0].device, "BAT0");
   EXPECT_EQ(reading.faults[0].what, "vanished while it was read");
 }
 
@@ -542,11 +437,6 @@ TEST_F(LinuxHealthTest, ClientsOutliveAStopAndHearOfTheNextStart) {
 
   health_.Start();
   EXPECT_EQ(levels_.Take(), 60);
-}
-
-ptrdiff_t OpenFiles() {
-  const std::filesystem::directory_iterator files("/proc/self/fd");
-  return std::distance(begin(files), end(files));
 }
 
 TEST_F(LinuxHealthTest, StoppingLeavesNothingOpen) {

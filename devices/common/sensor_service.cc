@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <utility>
 
 namespace norvik::qel::devices {
@@ -29,14 +30,20 @@ ndk::ScopedAStatus Refuse(const char* why) {
 }  // namespace
 
 SensorService::SensorService(std::vector<SensorDescription> sensors, DeviceObserver observer)
-    : sensors_(std::move(sensors)), observer_(std::move(observer)) {}
+    : observer_(std::move(observer)),
+      sensors_(std::make_move_iterator(sensors.begin()), std::make_move_iterator(sensors.end())) {}
+
+void SensorService::Add(SensorDescription sensor) {
+  std::lock_guard<std::mutex> lock(lock_);
+  sensors_.push_back(std::move(sensor));
+}
 
 // One-way calls fail only when the receiver's process is gone, which is its own affair.
 void SensorService::Report(const std::vector<SensorReading>& readings) {
   std::lock_guard<std::mutex> lock(lock_);
   std::vector<ASensorEvent> events;
   for (const SensorReading& reading : readings) {
-    const SensorDescription* sensor = FindDefault(reading.type);
+    const SensorDescription* sensor = FindDefaultLocked(reading.type);
     if (sensor == nullptr) continue;
     events.push_back(MakeEvent(*sensor, reading.value));
     latest_[sensor->handle] = events.back();
@@ -50,6 +57,12 @@ void SensorService::Report(const std::vector<SensorReading>& readings) {
   }
 }
 
+void SensorService::Forget(int32_t type) {
+  std::lock_guard<std::mutex> lock(lock_);
+  const SensorDescription* sensor = FindDefaultLocked(type);
+  if (sensor != nullptr) latest_.erase(sensor->handle);
+}
+
 void SensorService::SendUnasked(const std::vector<ASensorEvent>& events) {
   std::lock_guard<std::mutex> lock(lock_);
   for (const auto& [id, queue] : queues_) static_cast<void>(queue.events->onEvents(events));
@@ -61,31 +74,33 @@ size_t SensorService::queue_count() const {
 }
 
 int SensorService::listeners(int32_t type) const {
-  const SensorDescription* sensor = FindDefault(type);
-  if (sensor == nullptr) return 0;
   std::lock_guard<std::mutex> lock(lock_);
+  const SensorDescription* sensor = FindDefaultLocked(type);
+  if (sensor == nullptr) return 0;
   return static_cast<int>(std::count_if(queues_.begin(), queues_.end(), [&](const auto& entry) {
     return entry.second.enabled.contains(sensor->handle);
   }));
 }
 
 std::optional<SensorRequest> SensorService::last_request(int32_t type) const {
-  const SensorDescription* sensor = FindDefault(type);
-  if (sensor == nullptr) return std::nullopt;
   std::lock_guard<std::mutex> lock(lock_);
+  const SensorDescription* sensor = FindDefaultLocked(type);
+  if (sensor == nullptr) return std::nullopt;
   const auto found = last_requests_.find(sensor->handle);
   if (found == last_requests_.end()) return std::nullopt;
   return found->second;
 }
 
 ndk::ScopedAStatus SensorService::getSensorList(std::vector<SensorDescription>* out) {
-  *out = sensors_;
+  std::lock_guard<std::mutex> lock(lock_);
+  out->assign(sensors_.begin(), sensors_.end());
   return ndk::ScopedAStatus::ok();
 }
 
 ndk::ScopedAStatus SensorService::getDefaultSensor(int32_t type,
                                                    std::optional<SensorDescription>* out) {
-  const SensorDescription* sensor = FindDefault(type);
+  std::lock_guard<std::mutex> lock(lock_);
+  const SensorDescription* sensor = FindDefaultLocked(type);
   if (sensor != nullptr) *out = *sensor;
   return ndk::ScopedAStatus::ok();
 }
@@ -100,26 +115,29 @@ ndk::ScopedAStatus SensorService::createEventQueue(const std::shared_ptr<ISensor
 
 ndk::ScopedAStatus SensorService::destroyEventQueue(int64_t queue) {
   Queue gone;
+  std::vector<const SensorDescription*> disabled;
   {
     std::lock_guard<std::mutex> lock(lock_);
     const auto found = queues_.find(queue);
     if (found == queues_.end()) return Refuse("no such queue");
     gone = std::move(found->second);
     queues_.erase(found);
+    for (const auto& [handle, request] : gone.enabled) disabled.push_back(FindLocked(handle));
   }
-  for (const auto& [handle, request] : gone.enabled) {
-    Tell(DeviceEvent::Kind::kUnregistered, *Find(handle));
+  for (const SensorDescription* sensor : disabled) {
+    Tell(DeviceEvent::Kind::kUnregistered, *sensor);
   }
   return ndk::ScopedAStatus::ok();
 }
 
 ndk::ScopedAStatus SensorService::enableSensor(int64_t queue, int32_t handle, int32_t period_us,
                                                int64_t max_latency_us) {
-  const SensorDescription* sensor = Find(handle);
-  if (sensor == nullptr) return Refuse("no such sensor");
+  const SensorDescription* sensor = nullptr;
   bool newly = false;
   {
     std::lock_guard<std::mutex> lock(lock_);
+    sensor = FindLocked(handle);
+    if (sensor == nullptr) return Refuse("no such sensor");
     const auto found = queues_.find(queue);
     if (found == queues_.end()) return Refuse("no such queue");
     const SensorRequest request = {.period_us = period_us, .max_latency_us = max_latency_us};
@@ -135,24 +153,26 @@ ndk::ScopedAStatus SensorService::enableSensor(int64_t queue, int32_t handle, in
 }
 
 ndk::ScopedAStatus SensorService::disableSensor(int64_t queue, int32_t handle) {
+  const SensorDescription* sensor = nullptr;
   {
     std::lock_guard<std::mutex> lock(lock_);
     const auto found = queues_.find(queue);
     if (found == queues_.end() || found->second.enabled.erase(handle) == 0) {
       return Refuse("the sensor is not enabled on this queue");
     }
+    sensor = FindLocked(handle);
   }
-  Tell(DeviceEvent::Kind::kUnregistered, *Find(handle));
+  Tell(DeviceEvent::Kind::kUnregistered, *sensor);
   return ndk::ScopedAStatus::ok();
 }
 
-const SensorDescription* SensorService::Find(int32_t handle) const {
+const SensorDescription* SensorService::FindLocked(int32_t handle) const {
   const auto found = std::find_if(sensors_.begin(), sensors_.end(),
                                   [=](const auto& sensor) { return sensor.handle == handle; });
   return found != sensors_.end() ? &*found : nullptr;
 }
 
-const SensorDescription* SensorService::FindDefault(int32_t type) const {
+const SensorDescription* SensorService::FindDefaultLocked(int32_t type) const {
   const auto found = std::find_if(sensors_.begin(), sensors_.end(),
                                   [=](const auto& sensor) { return sensor.type == type; });
   return found != sensors_.end() ? &*found : nullptr;

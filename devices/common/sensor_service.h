@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -40,9 +41,13 @@ class SensorService : public standin::BnSensorService {
   explicit SensorService(std::vector<standin::SensorDescription> sensors,
                          DeviceObserver observer = nullptr);
 
+  // One more sensor, which those hear of who ask from now on.
+  void Add(standin::SensorDescription sensor);
   // The readings of one moment, in one delivery to each queue. Those of a type that the device
   // does not have go nowhere.
   void Report(const std::vector<SensorReading>& readings);
+  // The sensor has no latest reading any more.
+  void Forget(int32_t type);
   // Sends the events to every queue, whatever they are, as a service gone wrong might.
   void SendUnasked(const std::vector<ASensorEvent>& events);
 
@@ -67,14 +72,15 @@ class SensorService : public standin::BnSensorService {
     std::map<int32_t, SensorRequest> enabled;  // by handle
   };
 
-  const standin::SensorDescription* Find(int32_t handle) const;
+  // Null when there is none; never dangling.
+  const standin::SensorDescription* FindLocked(int32_t handle) const;
   // The one that stands for its type.
-  const standin::SensorDescription* FindDefault(int32_t type) const;
+  const standin::SensorDescription* FindDefaultLocked(int32_t type) const;
   void Tell(DeviceEvent::Kind kind, const standin::SensorDescription& sensor) const;
 
-  const std::vector<standin::SensorDescription> sensors_;
   const DeviceObserver observer_;
   mutable std::mutex lock_;
+  std::deque<standin::SensorDescription> sensors_;  // only grows: pointers to them stay good
   std::map<int64_t, Queue> queues_;
   int64_t next_queue_ = 1;
   std::map<int32_t, ASensorEvent> latest_;          // by handle

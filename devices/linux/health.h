@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <memory>
 #include <string>
-#include <thread>
 
 #include "devices/common/device_event.h"
 #include "devices/common/health_service.h"
@@ -12,7 +11,7 @@
 
 namespace norvik::qel::linux_device {
 
-class PowerSupplyMonitor;
+class Watcher;
 
 // The service reports what the kernel's power-supply class says, at every event of the class, and
 // reads it anew whenever somebody asks. The level and the cycle count are -1 while unknown.
@@ -44,17 +43,13 @@ class Health {
  private:
   class Service;
 
-  void Watch();
-  void HearEvents();
   void Tell(devices::DeviceEvent::Kind kind, std::string detail = {}) const;
-  void TellNotices();
 
   const devices::DeviceObserver observer_;
-  // All below change in Start() and Stop() only. The monitor is the thread's while that runs.
+  // All below change in Start() and Stop() only.
   std::shared_ptr<Service> service_;
   std::unique_ptr<standin::ServiceProcess> process_;
-  std::unique_ptr<PowerSupplyMonitor> monitor_;
-  std::thread thread_;
+  std::unique_ptr<Watcher> watcher_;
 };
 
 }  // namespace norvik::qel::linux_device

@@ -1,16 +1,9 @@
 #include "devices/linux/power_supplies.h"
 
-#include <errno.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <charconv>
-#include <limits>
 #include <string_view>
-#include <system_error>
 #include <utility>
 
-#include "devices/linux/udev.h"
+#include "devices/linux/device_files.h"
 
 namespace norvik::qel::linux_device {
 
@@ -20,16 +13,7 @@ using aidl::android::hardware::health::BatteryCapacityLevel;
 using aidl::android::hardware::health::BatteryHealth;
 using aidl::android::hardware::health::BatteryStatus;
 
-constexpr int64_t kMaxInt32 = std::numeric_limits<int32_t>::max();
-constexpr int64_t kMinInt32 = std::numeric_limits<int32_t>::min();
 constexpr int64_t kAbsoluteZeroTenthsCelsius = -2731;
-
-// A word of the kernel's and what it stands for.
-template <typename T>
-struct Word {
-  std::string_view word;
-  T value;
-};
 
 constexpr Word<BatteryStatus> kStatusWords[] = {
     {"Unknown", BatteryStatus::UNKNOWN},
@@ -97,125 +81,13 @@ constexpr Word<Type> kTypeWords[] = {
     {"Unknown", Type::kOther},
 };
 
-std::string ErrorText(int error) {
-  return std::system_category().message(error);
-}
-
-bool IsPrintable(std::string_view text) {
-  return std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
-}
-
-// A file's content for a message: it may be anything.
-std::string Quoted(std::string_view text) {
-  constexpr size_t kLongest = 40;
-  std::string quoted = "\"";
-  for (const char c : text.substr(0, kLongest)) quoted += IsPrintable({&c, 1}) ? c : '?';
-  quoted += text.size() > kLongest ? "...\"" : "\"";
-  return quoted;
-}
-
-std::string InLowerCase(std::string text) {
-  // Names are ASCII; no locale has a say here.
-  for (char& c : text) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return text;
-}
-
-enum class Absence {
-  kUsual,    // many drivers do without the file
-  kANotice,  // a client asks for just this
-};
-
-struct Range {
-  int64_t min;
-  int64_t max;
-};
-
-// The files of one supply. What is absent, unreadable or absurd has no value and adds a fault.
-//
-// libudev keeps what it has read of a device: an object of this class is good for one reading.
-class SupplyFiles {
- public:
-  SupplyFiles(std::string name, UdevDevice device, std::vector<Fault>* faults)
-      : name_(std::move(name)), device_(std::move(device)), faults_(faults) {}
-
-  const std::string& name() const { return name_; }
-
-  bool Has(const char* file) {
-    return udev_device_get_sysattr_value(device_.get(), file) != nullptr || !IsAbsence(errno);
-  }
-
-  std::optional<std::string_view> Text(const char* file, Absence absence = Absence::kUsual) {
-    const char* text = udev_device_get_sysattr_value(device_.get(), file);
-    if (text == nullptr) {
-      const int error = errno;
-      if (!IsAbsence(error)) {
-        AddFault(file, "cannot be read: " + ErrorText(error));
-      } else if (absence == Absence::kANotice) {
-        AddFault(file, "not there");
-      }
-      return std::nullopt;
-    }
-    if (*text == '\0') {
-      AddFault(file, "empty");
-      return std::nullopt;
-    }
-    return text;
-  }
-
-  std::optional<int32_t> Number(const char* file, Range range, Absence absence = Absence::kUsual) {
-    const std::optional<std::string_view> text = Text(file, absence);
-    if (!text) return std::nullopt;
-    int64_t value = 0;
-    const char* const end = text->data() + text->size();
-    const auto [stop, error] = std::from_chars(text->data(), end, value);
-    if (error == std::errc::invalid_argument || stop != end) {
-      AddFault(file, Quoted(*text) + " is not a number");
-      return std::nullopt;
-    }
-    if (error != std::errc() || value < range.min || value > range.max) {
-      AddFault(file, Quoted(*text) + " is not within " + std::to_string(range.min) + " to " +
-                         std::to_string(range.max));
-      return std::nullopt;
-    }
-    return static_cast<int32_t>(value);
-  }
-
-  template <typename T, size_t kSize>
-  std::optional<T> OneOf(const char* file, const Word<T> (&words)[kSize],
-                         Absence absence = Absence::kUsual) {
-    const std::optional<std::string_view> text = Text(file, absence);
-    if (!text) return std::nullopt;
-    const auto found = std::find_if(std::begin(words), std::end(words),
-                                    [&](const Word<T>& word) { return word.word == *text; });
-    if (found == std::end(words)) {
-      AddFault(file, Quoted(*text) + " is not a known word");
-      return std::nullopt;
-    }
-    return found->value;
-  }
-
-  void AddFault(const char* file, std::string what) {
-    faults_->push_back({.supply = name_, .file = file, .what = std::move(what)});
-  }
-
- private:
-  // ENODATA: the driver has the file but nothing to say in it.
-  static bool IsAbsence(int error) { return error == ENOENT || error == ENODATA; }
-
-  const std::string name_;
-  const UdevDevice device_;
-  std::vector<Fault>* const faults_;
-};
-
 // A file that is absent makes the machine's own supply, as most drivers have none. One that cannot
 // be believed makes the supply nobody's: the level of a mouse must not pass for the machine's.
-bool BelongsToMachine(SupplyFiles& files) {
+bool BelongsToMachine(DeviceFiles& files) {
   return !files.Has("scope") || files.OneOf("scope", kScopeWords) == Scope::kMachine;
 }
 
-std::optional<int32_t> ReadCycleCount(SupplyFiles& files) {
+std::optional<int32_t> ReadCycleCount(DeviceFiles& files) {
   const std::optional<int32_t> count =
       files.Number("cycle_count", {0, kMaxInt32}, Absence::kANotice);
   if (count != 0) return count;
@@ -223,27 +95,24 @@ std::optional<int32_t> ReadCycleCount(SupplyFiles& files) {
   return std::nullopt;
 }
 
-std::optional<int32_t> ReadVoltageMillivolts(SupplyFiles& files) {
+std::optional<int32_t> ReadVoltageMillivolts(DeviceFiles& files) {
   const std::optional<int32_t> microvolts = files.Number("voltage_now", {0, kMaxInt32});
   if (!microvolts) return std::nullopt;
   return *microvolts / 1000;
 }
 
-std::optional<std::string> ReadTechnology(SupplyFiles& files) {
-  const std::optional<std::string_view> text = files.Text("technology");
-  if (!text || *text == "Unknown") return std::nullopt;
-  if (IsPrintable(*text)) return std::string(*text);
-  files.AddFault("technology", Quoted(*text) + " is not a word");
-  return std::nullopt;
+std::optional<std::string> ReadTechnology(DeviceFiles& files) {
+  const std::optional<std::string> text = files.PrintableText("technology");
+  return text != "Unknown" ? text : std::nullopt;
 }
 
-std::optional<int32_t> ReadChargeCounterUah(SupplyFiles& files) {
+std::optional<int32_t> ReadChargeCounterUah(DeviceFiles& files) {
   // Counts up and down from wherever it started, so it may be negative.
   const char* const file = files.Has("charge_counter") ? "charge_counter" : "charge_now";
   return files.Number(file, {kMinInt32, kMaxInt32});
 }
 
-Battery ReadBattery(SupplyFiles& files) {
+Battery ReadBattery(DeviceFiles& files) {
   constexpr Range kAnyCurrent = {kMinInt32, kMaxInt32};  // negative while it leaves the battery
   constexpr Range kAnyCharge = {0, kMaxInt32};
   return {
@@ -266,7 +135,7 @@ Battery ReadBattery(SupplyFiles& files) {
 }
 
 // An empty bay has a supply all the same. A driver without the file has its battery built in.
-bool IsBatteryThere(SupplyFiles& files) {
+bool IsBatteryThere(DeviceFiles& files) {
   return files.Number("present", {0, 1}).value_or(1) == 1;
 }
 
@@ -277,7 +146,7 @@ Type TypeOfCharger(Type type, const std::string& name) {
   return wired && InLowerCase(name).find("dock") != std::string::npos ? Type::kDock : type;
 }
 
-void AddCharger(Type type, SupplyFiles& files, Chargers* chargers) {
+void AddCharger(Type type, DeviceFiles& files, Chargers* chargers) {
   // 0: offline, 1: online with a fixed voltage, 2: online with a programmable one.
   const bool online = files.Number("online", {0, 2}, Absence::kANotice).value_or(0) != 0;
   if (!online) return;
@@ -304,7 +173,7 @@ void AddCharger(Type type, SupplyFiles& files, Chargers* chargers) {
   chargers->max_voltage_microvolts = files.Number("voltage_max", {0, kMaxInt32});
 }
 
-void AddSupply(SupplyFiles& files, PowerReading* reading) {
+void AddSupply(DeviceFiles& files, PowerReading* reading) {
   const std::optional<Type> type = files.OneOf("type", kTypeWords, Absence::kANotice);
   if (!type || type == Type::kOther || !BelongsToMachine(files)) return;
   if (type != Type::kBattery) {
@@ -314,54 +183,18 @@ void AddSupply(SupplyFiles& files, PowerReading* reading) {
   }
 }
 
-void ReadSupply(const std::string& syspath, PowerReading* reading) {
-  const Udev udev(udev_new());
-  UdevDevice device(udev_device_new_from_syspath(udev.get(), syspath.c_str()));
-  if (device == nullptr) {
-    reading->faults.push_back({.supply = SupplyName(syspath),
-                               .file = "",
-                               .what = "cannot be opened: " + ErrorText(errno)});
-    return;
-  }
-  SupplyFiles files(SupplyName(syspath), std::move(device), &reading->faults);
-  AddSupply(files, reading);
-}
-
 }  // namespace
-
-std::string SupplyName(const std::string& syspath) {
-  return syspath.substr(syspath.rfind('/') + 1);
-}
-
-int ListPowerSupplies(std::vector<std::string>* syspaths) {
-  const Udev udev(udev_new());
-  if (udev == nullptr) return errno;
-  const UdevEnumerate enumerate(udev_enumerate_new(udev.get()));
-  if (enumerate == nullptr) return errno;
-  int result = udev_enumerate_add_match_subsystem(enumerate.get(), kPowerSupplySubsystem);
-  if (result >= 0) result = udev_enumerate_scan_devices(enumerate.get());
-  if (result < 0) return -result;
-  syspaths->clear();
-  udev_list_entry* entry = nullptr;
-  udev_list_entry_foreach(entry, udev_enumerate_get_list_entry(enumerate.get())) {
-    syspaths->emplace_back(udev_list_entry_get_name(entry));
-  }
-  std::sort(syspaths->begin(), syspaths->end(), [](const auto& a, const auto& b) {
-    return std::pair(SupplyName(a), a) < std::pair(SupplyName(b), b);
-  });
-  return 0;
-}
 
 PowerReading ReadPowerSupplies(const std::vector<std::string>& syspaths) {
   PowerReading reading;
   for (const std::string& syspath : syspaths) {
     const PowerReading before = reading;
-    ReadSupply(syspath, &reading);
-    if (access(syspath.c_str(), F_OK) == 0) continue;
+    if (auto files = DeviceFiles::Open(syspath, &reading.faults)) AddSupply(*files, &reading);
+    std::vector<Fault> faults = before.faults;
+    if (IsStillThere(syspath, &faults)) continue;
     // Half of a supply is none: what was missing was not the driver's doing.
     reading = before;
-    reading.faults.push_back(
-        {.supply = SupplyName(syspath), .file = "", .what = "vanished while it was read"});
+    reading.faults = std::move(faults);
   }
   return reading;
 }

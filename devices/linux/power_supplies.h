@@ -13,14 +13,9 @@
 #include <string>
 #include <vector>
 
-namespace norvik::qel::linux_device {
+#include "devices/linux/fault.h"
 
-// Something that could not be read or believed, for people.
-struct Fault {
-  std::string supply;  // "BAT0"; empty when all of them are concerned
-  std::string file;    // "capacity"; empty when the whole supply is concerned
-  std::string what;    // "\"250\" is not within 0 to 100"
-};
+namespace norvik::qel::linux_device {
 
 // In the units of the health service. What is not known has no value.
 struct Battery {
@@ -58,13 +53,6 @@ struct PowerReading {
   Chargers chargers = {};
   std::vector<Fault> faults = {};
 };
-
-// The last part of a sysfs path.
-std::string SupplyName(const std::string& syspath);
-
-// Sets the sysfs paths of all power supplies, ordered by name; a kernel without the class has none.
-// 0, or an errno number when they cannot be listed.
-[[nodiscard]] int ListPowerSupplies(std::vector<std::string>* syspaths);
 
 // Reads supplies that have been listed; they may have vanished since.
 PowerReading ReadPowerSupplies(const std::vector<std::string>& syspaths);

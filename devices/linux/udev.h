@@ -22,6 +22,4 @@ using UdevDevice = std::unique_ptr<udev_device, Unref<udev_device_unref>>;
 using UdevEnumerate = std::unique_ptr<udev_enumerate, Unref<udev_enumerate_unref>>;
 using UdevMonitor = std::unique_ptr<udev_monitor, Unref<udev_monitor_unref>>;
 
-inline constexpr char kPowerSupplySubsystem[] = "power_supply";
-
 }  // namespace norvik::qel::linux_device

@@ -1,4 +1,4 @@
-#include "devices/linux/power_supply_monitor.h"
+#include "devices/linux/device_monitor.h"
 
 #include <errno.h>
 #include <unistd.h>
@@ -17,33 +17,32 @@ const char* EventSource() {
 
 }  // namespace
 
-PowerSupplyMonitor::PowerSupplyMonitor() : error_(Open()) {}
+DeviceMonitor::DeviceMonitor(const char* subsystem) : error_(Open(subsystem)) {}
 
-int PowerSupplyMonitor::Open() {
+int DeviceMonitor::Open(const char* subsystem) {
   udev_.reset(udev_new());
   if (udev_ == nullptr) return errno;
   monitor_.reset(udev_monitor_new_from_netlink(udev_.get(), EventSource()));
   if (monitor_ == nullptr) return errno;
-  int result =
-      udev_monitor_filter_add_match_subsystem_devtype(monitor_.get(), kPowerSupplySubsystem,
-                                                      /*devtype=*/nullptr);
+  int result = udev_monitor_filter_add_match_subsystem_devtype(monitor_.get(), subsystem,
+                                                               /*devtype=*/nullptr);
   if (result >= 0) result = udev_monitor_enable_receiving(monitor_.get());
   return result < 0 ? -result : 0;
 }
 
-std::optional<SupplyEvent> PowerSupplyMonitor::Next() {
-  using Kind = SupplyEvent::Kind;
+std::optional<DeviceChange> DeviceMonitor::Next() {
+  using Kind = DeviceChange::Kind;
   const UdevDevice device(udev_monitor_receive_device(monitor_.get()));
   if (device == nullptr) {
-    return errno == ENOBUFS ? std::optional(SupplyEvent{.kind = Kind::kLost}) : std::nullopt;
+    return errno == ENOBUFS ? std::optional(DeviceChange{.kind = Kind::kLost}) : std::nullopt;
   }
   const char* const action = udev_device_get_action(device.get());
   const bool removed = action != nullptr && std::string_view(action) == "remove";
-  return SupplyEvent{.kind = removed ? Kind::kRemoved : Kind::kThere,
-                     .syspath = udev_device_get_syspath(device.get())};
+  return DeviceChange{.kind = removed ? Kind::kRemoved : Kind::kThere,
+                      .syspath = udev_device_get_syspath(device.get())};
 }
 
-void PowerSupplyMonitor::GiveUp(int error) {
+void DeviceMonitor::GiveUp(int error) {
   monitor_.reset();
   udev_.reset();
   error_ = error;

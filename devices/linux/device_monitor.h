@@ -1,4 +1,4 @@
-// Word from the kernel that a power supply has come, changed or gone.
+// Word from the kernel that a device of one subsystem has come, changed or gone.
 #pragma once
 
 #include <optional>
@@ -8,7 +8,7 @@
 
 namespace norvik::qel::linux_device {
 
-struct SupplyEvent {
+struct DeviceChange {
   enum class Kind {
     kThere,    // it has come or changed
     kRemoved,  // it is going; its files may still be there for a moment
@@ -19,9 +19,9 @@ struct SupplyEvent {
 };
 
 // Hears from the moment it is made. Threads: one at a time.
-class PowerSupplyMonitor {
+class DeviceMonitor {
  public:
-  PowerSupplyMonitor();
+  explicit DeviceMonitor(const char* subsystem);
 
   // False, with errno of the constructor in error(), when nothing will ever be heard.
   bool works() const { return error_ == 0; }
@@ -29,12 +29,12 @@ class PowerSupplyMonitor {
   // Readable while something waits; -1 when nothing will ever be heard.
   int fd() const { return works() ? udev_monitor_get_fd(monitor_.get()) : -1; }
   // The next event; nothing when no more wait. Never blocks.
-  std::optional<SupplyEvent> Next();
+  std::optional<DeviceChange> Next();
   // Closes the socket, which is of no use any more.
   void GiveUp(int error);
 
  private:
-  int Open();
+  int Open(const char* subsystem);
 
   Udev udev_;
   UdevMonitor monitor_;

@@ -1,0 +1,195 @@
+#include "devices/linux/device_files.h"
+
+#include <errno.h>
+#include <unistd.h>
+
+#include <charconv>
+#include <system_error>
+#include <utility>
+
+namespace norvik::qel::linux_device {
+
+namespace {
+
+// ENODATA: the driver has the file but nothing to say in it.
+bool IsAbsence(int error) {
+  return error == ENOENT || error == ENODATA;
+}
+
+bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+}  // namespace
+
+std::string NoticeOf(const Fault& fault) {
+  std::string notice = fault.device;
+  if (!fault.file.empty()) notice += "/" + fault.file;
+  return notice + ": " + fault.what;
+}
+
+std::string DeviceName(const std::string& syspath) {
+  return syspath.substr(syspath.rfind('/') + 1);
+}
+
+int DeviceNumber(const std::string& name) {
+  const auto digits = std::find_if_not(name.rbegin(), name.rend(), IsDigit) - name.rbegin();
+  const char* const end = name.data() + name.size();
+  int number = -1;
+  std::from_chars(end - digits, end, number);
+  return number;
+}
+
+int ListDevices(const char* subsystem, std::vector<std::string>* syspaths) {
+  const Udev udev(udev_new());
+  if (udev == nullptr) return errno;
+  const UdevEnumerate enumerate(udev_enumerate_new(udev.get()));
+  if (enumerate == nullptr) return errno;
+  int result = udev_enumerate_add_match_subsystem(enumerate.get(), subsystem);
+  if (result >= 0) result = udev_enumerate_scan_devices(enumerate.get());
+  if (result < 0) return -result;
+  syspaths->clear();
+  udev_list_entry* entry = nullptr;
+  udev_list_entry_foreach(entry, udev_enumerate_get_list_entry(enumerate.get())) {
+    syspaths->emplace_back(udev_list_entry_get_name(entry));
+  }
+  std::sort(syspaths->begin(), syspaths->end(), [](const auto& a, const auto& b) {
+    return std::pair(DeviceName(a), a) < std::pair(DeviceName(b), b);
+  });
+  return 0;
+}
+
+bool IsStillThere(const std::string& syspath, std::vector<Fault>* faults) {
+  if (access(syspath.c_str(), F_OK) == 0) return true;
+  faults->push_back(
+      {.device = DeviceName(syspath), .file = "", .what = "vanished while it was read"});
+  return false;
+}
+
+std::string ErrorText(int error) {
+  return std::system_category().message(error);
+}
+
+bool IsPrintable(std::string_view text) {
+  return std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
+}
+
+std::string Quoted(std::string_view text) {
+  constexpr size_t kLongest = 40;
+  std::string quoted = "\"";
+  for (const char c : text.substr(0, kLongest)) quoted += IsPrintable({&c, 1}) ? c : '?';
+  quoted += text.size() > kLongest ? "...\"" : "\"";
+  return quoted;
+}
+
+std::string InLowerCase(std::string text) {
+  // Names are ASCII; no locale has a say here.
+  for (char& c : text) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return text;
+}
+
+std::optional<DeviceFiles> DeviceFiles::Open(const std::string& syspath,
+                                             std::vector<Fault>* faults) {
+  Udev udev(udev_new());
+  UdevDevice device(udev_device_new_from_syspath(udev.get(), syspath.c_str()));
+  if (device == nullptr) {
+    faults->push_back({.device = DeviceName(syspath),
+                       .file = "",
+                       .what = "cannot be opened: " + ErrorText(errno)});
+    return std::nullopt;
+  }
+  return DeviceFiles(syspath, std::move(udev), std::move(device), faults);
+}
+
+DeviceFiles::DeviceFiles(const std::string& syspath, Udev udev, UdevDevice device,
+                         std::vector<Fault>* faults)
+    : syspath_(syspath),
+      name_(DeviceName(syspath)),
+      udev_(std::move(udev)),
+      device_(std::move(device)),
+      faults_(faults) {}
+
+bool DeviceFiles::Has(const std::string& file) {
+  return udev_device_get_sysattr_value(device_.get(), file.c_str()) != nullptr || !IsAbsence(errno);
+}
+
+bool DeviceFiles::Lists(const std::string& file) const {
+  return access((syspath_ + "/" + file).c_str(), F_OK) == 0;
+}
+
+std::vector<std::string> DeviceFiles::List() const {
+  std::vector<std::string> files;
+  udev_list_entry* entry = nullptr;
+  udev_list_entry_foreach(entry, udev_device_get_sysattr_list_entry(device_.get())) {
+    files.emplace_back(udev_list_entry_get_name(entry));
+  }
+  std::sort(files.begin(), files.end());
+  return files;
+}
+
+std::optional<std::string_view> DeviceFiles::Text(const std::string& file, Absence absence) {
+  const char* text = udev_device_get_sysattr_value(device_.get(), file.c_str());
+  if (text == nullptr) {
+    const int error = errno;
+    if (!IsAbsence(error)) {
+      AddFault(file, "cannot be read: " + ErrorText(error));
+    } else if (absence == Absence::kANotice) {
+      AddFault(file, "not there");
+    }
+    return std::nullopt;
+  }
+  if (*text == '\0') {
+    AddFault(file, "empty");
+    return std::nullopt;
+  }
+  return text;
+}
+
+std::optional<std::string> DeviceFiles::PrintableText(const std::string& file, Absence absence) {
+  const std::optional<std::string_view> text = Text(file, absence);
+  if (!text) return std::nullopt;
+  if (IsPrintable(*text)) return std::string(*text);
+  AddFault(file, Quoted(*text) + " is not a word");
+  return std::nullopt;
+}
+
+std::optional<int32_t> DeviceFiles::Number(const std::string& file, Range range, Absence absence) {
+  const std::optional<std::string_view> text = Text(file, absence);
+  if (!text) return std::nullopt;
+  int64_t value = 0;
+  const char* const end = text->data() + text->size();
+  const auto [stop, error] = std::from_chars(text->data(), end, value);
+  if (error == std::errc::invalid_argument || stop != end) {
+    AddFault(file, Quoted(*text) + " is not a number");
+    return std::nullopt;
+  }
+  if (error != std::errc() || value < range.min || value > range.max) {
+    AddFault(file, Quoted(*text) + " is not within " + std::to_string(range.min) + " to " +
+                       std::to_string(range.max));
+    return std::nullopt;
+  }
+  return static_cast<int32_t>(value);
+}
+
+std::optional<double> DeviceFiles::Decimal(const std::string& file, Absence absence) {
+  const std::optional<std::string_view> text = Text(file, absence);
+  if (!text) return std::nullopt;
+  double value = 0;
+  const char* const end = text->data() + text->size();
+  const auto [stop, error] = std::from_chars(text->data(), end, value, std::chars_format::fixed);
+  // It takes "inf" and "nan" for numbers, too.
+  const bool is_number = IsDigit(text->back()) || text->back() == '.';
+  if (error != std::errc() || stop != end || !is_number) {
+    AddFault(file, Quoted(*text) + " is not a number");
+    return std::nullopt;
+  }
+  return value;
+}
+
+void DeviceFiles::AddFault(const std::string& file, std::string what) {
+  faults_->push_back({.device = name_, .file = file, .what = std::move(what)});
+}
+
+}  // namespace norvik::qel::linux_device

@@ -1,0 +1,175 @@
+#include "devices/linux/iio_channels.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iomanip>
+#include <numbers>
+#include <sstream>
+#include <string_view>
+
+#include "devices/linux/device_files.h"
+
+namespace norvik::qel::linux_device {
+
+namespace {
+
+constexpr std::string_view kProximity = "in_proximity";
+constexpr std::string_view kAngle = "in_angl";
+constexpr std::string_view kHinge = "hinge";
+// "proximity-wifi", "proximity-palmrest-left" and so on: they look out for a body near an antenna
+// or a palm rest, not for what is before the device.
+constexpr std::string_view kSpecialProximity = "proximity-";
+
+// The channels of one type, without their number or with it: "in_angl", "in_angl0".
+std::vector<std::string> ChannelsOf(const DeviceFiles& files, std::string_view type) {
+  std::vector<std::string> channels;
+  for (const std::string& file : files.List()) {
+    if (!file.starts_with(type)) continue;
+    const size_t end = file.find_first_not_of("0123456789", type.size());
+    const std::string what = file.substr(std::min(end, file.size()));
+    if (what == "_raw" || what == "_input") channels.push_back(file.substr(0, end));
+  }
+  std::stable_sort(channels.begin(), channels.end(),
+                   [](const auto& a, const auto& b) { return DeviceNumber(a) < DeviceNumber(b); });
+  return channels;
+}
+
+// A file of the channel's own or, where it has none, of all channels of its type.
+std::string FileOf(const DeviceFiles& files, const std::string& channel, const char* what) {
+  std::string own = channel + what;
+  if (files.Lists(own)) return own;
+  return channel.substr(0, channel.find_last_not_of("0123456789") + 1) + what;
+}
+
+bool HasUnit(const DeviceFiles& files, const std::string& channel) {
+  return files.Lists(channel + "_input") || files.Lists(FileOf(files, channel, "_scale"));
+}
+
+std::optional<IioChannel::Kind> KindOfProximity(DeviceFiles& files, const std::string& channel) {
+  // What has such a level measures no distance: the nearer something is, the higher it reads.
+  if (files.Lists(FileOf(files, channel, "_nearlevel"))) return IioChannel::Kind::kNearness;
+  if (HasUnit(files, channel)) return IioChannel::Kind::kDistance;
+  files.AddFault(channel + "_raw", "neither a near level nor a scale tells what it means");
+  return std::nullopt;
+}
+
+std::optional<IioChannel::Kind> KindOfAngle(DeviceFiles& files, const std::string& channel) {
+  const std::string own_label = channel + "_label";
+  const auto label = files.PrintableText(files.Lists(own_label) ? own_label : "label");
+  if (label != kHinge) return std::nullopt;
+  if (HasUnit(files, channel)) return IioChannel::Kind::kAngle;
+  files.AddFault(channel + "_raw", "no scale tells what it means");
+  return std::nullopt;
+}
+
+template <typename KindOf>
+void Find(const std::string& syspath, DeviceFiles& files, std::string_view type, KindOf kind_of,
+          std::optional<IioChannel>* found) {
+  for (const std::string& channel : ChannelsOf(files, type)) {
+    if (found->has_value()) return;
+    const std::optional<IioChannel::Kind> kind = kind_of(files, channel);
+    if (!kind) continue;
+    *found = {.kind = *kind,
+              .syspath = syspath,
+              .channel = channel,
+              .name = files.PrintableText("name").value_or(files.name())};
+  }
+}
+
+// So is, perhaps, what has a label that nobody can read.
+bool IsForSomethingSpecial(DeviceFiles& files) {
+  if (!files.Lists("label")) return false;
+  const auto label = files.PrintableText("label");
+  return !label || label->starts_with(kSpecialProximity);
+}
+
+void FindIn(const std::string& syspath, FoundChannels* found) {
+  auto files = DeviceFiles::Open(syspath, &found->faults);
+  if (!files) return;
+  if (!IsForSomethingSpecial(*files)) {
+    Find(syspath, *files, kProximity, KindOfProximity, &found->proximity);
+  }
+  Find(syspath, *files, kAngle, KindOfAngle, &found->hinge);
+}
+
+// In the unit that the kernel's document gives for the type.
+std::optional<double> Scaled(DeviceFiles& files, const std::string& channel) {
+  if (files.Lists(channel + "_input")) {
+    return files.Decimal(channel + "_input", Absence::kANotice);
+  }
+  const std::string offset_file = FileOf(files, channel, "_offset");
+  const std::string scale_file = FileOf(files, channel, "_scale");
+  const auto raw = files.Decimal(channel + "_raw", Absence::kANotice);
+  const auto scale = files.Decimal(scale_file, Absence::kANotice);
+  const bool has_offset = files.Lists(offset_file);
+  const auto offset = has_offset ? files.Decimal(offset_file, Absence::kANotice) : 0.0;
+  if (!raw || !scale || !offset) return std::nullopt;
+  if (*scale == 0) {
+    files.AddFault(scale_file, "0 is no scale");
+    return std::nullopt;
+  }
+  return (*raw + *offset) * *scale;
+}
+
+// Rounded, as the kernel writes scales with so many digits only: a 90 that comes as 89.998 would be
+// an 89 to clients, who are told whole numbers.
+std::optional<float> Believable(DeviceFiles& files, const std::string& channel, double value,
+                                double max, const char* unit) {
+  const double rounded = std::round(value * 10) / 10;
+  if (rounded >= 0 && rounded <= max) return static_cast<float>(rounded);
+  std::ostringstream what;
+  what << std::fixed << std::setprecision(1) << rounded << " " << unit << " is not within 0 to "
+       << std::setprecision(0) << max;
+  files.AddFault(channel, what.str());
+  return std::nullopt;
+}
+
+std::optional<float> MeasureNearness(DeviceFiles& files, const std::string& channel) {
+  const auto raw = files.Decimal(channel + "_raw", Absence::kANotice);
+  const auto level = files.Decimal(FileOf(files, channel, "_nearlevel"), Absence::kANotice);
+  if (!raw || !level) return std::nullopt;
+  return *raw >= *level ? kNearCentimetres : kFarCentimetres;
+}
+
+std::optional<float> MeasureIn(DeviceFiles& files, const IioChannel& channel) {
+  constexpr double kMostCentimetres = 10'000;  // a hundred metres
+  if (channel.kind == IioChannel::Kind::kNearness) return MeasureNearness(files, channel.channel);
+  const std::optional<double> scaled = Scaled(files, channel.channel);
+  if (!scaled) return std::nullopt;
+  if (channel.kind == IioChannel::Kind::kDistance) {
+    return Believable(files, channel.channel, *scaled * 100, kMostCentimetres, "cm");
+  }
+  return Believable(files, channel.channel, *scaled * 180 / std::numbers::pi, 360, "degrees");
+}
+
+}  // namespace
+
+FoundChannels FindChannels(std::vector<std::string> syspaths) {
+  std::stable_sort(syspaths.begin(), syspaths.end(),
+                   [](const auto& a, const auto& b) { return DeviceNumber(a) < DeviceNumber(b); });
+  FoundChannels found;
+  for (const std::string& syspath : syspaths) {
+    const FoundChannels before = found;
+    FindIn(syspath, &found);
+    std::vector<Fault> faults = before.faults;
+    if (IsStillThere(syspath, &faults)) continue;
+    found = before;
+    found.faults = std::move(faults);
+  }
+  return found;
+}
+
+std::optional<float> Measure(const IioChannel& channel, std::vector<Fault>* faults) {
+  std::vector<Fault> met;
+  std::optional<float> value;
+  if (auto files = DeviceFiles::Open(channel.syspath, &met)) value = MeasureIn(*files, channel);
+  std::vector<Fault> vanished;
+  if (!IsStillThere(channel.syspath, &vanished)) {
+    value = std::nullopt;
+    met = std::move(vanished);
+  }
+  faults->insert(faults->end(), met.begin(), met.end());
+  return value;
+}
+
+}  // namespace norvik::qel::linux_device

@@ -1,0 +1,180 @@
+#include "devices/linux/sensors.h"
+
+#include <array>
+#include <atomic>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "devices/linux/iio_channels.h"
+#include "devices/linux/watched_class.h"
+#include "devices/linux/watcher.h"
+#include "standin/deliveries.h"
+
+namespace norvik::qel::linux_device {
+
+using devices::DeviceEvent;
+
+namespace {
+
+// One of the types of sensors that this machine can have.
+struct Sensor {
+  int32_t type;
+  int32_t handle;
+  const char* string_type;
+  const char* lack;  // what people are told while there is none
+  std::optional<IioChannel> channel = {};
+  bool is_listed = false;
+  std::optional<float> last_report = {};
+};
+
+using AllSensors = std::array<Sensor, 2>;
+
+const AllSensors kNoSensors = {{
+    {.type = ASENSOR_TYPE_PROXIMITY,
+     .handle = 1,
+     .string_type = "android.sensor.proximity",
+     .lack = "this machine has no proximity sensor"},
+    {.type = ASENSOR_TYPE_HINGE_ANGLE,
+     .handle = 2,
+     .string_type = "android.sensor.hinge_angle",
+     .lack = "this machine has no hinge angle sensor"},
+}};
+
+}  // namespace
+
+// Locks: reading_lock_ before the lock of SensorService.
+class Sensors::Service : public devices::SensorService, public WatchedClass {
+ public:
+  Service(std::chrono::milliseconds period, devices::DeviceObserver observer,
+          const std::shared_ptr<const Wake>& wake)
+      : SensorService({}, WakingObserver(wake, std::move(observer))),
+        WatchedClass("iio", "IIO devices", wake),
+        period_(period) {}
+
+  ndk::ScopedAStatus enableSensor(int64_t queue, int32_t handle, int32_t period_us,
+                                  int64_t max_latency_us) override;
+
+  std::optional<std::chrono::milliseconds> period() const override;
+  void ReadForListeners() override;
+  int64_t measurement_count() const { return measurements_; }
+
+ private:
+  void ReadLocked(const std::vector<std::string>& syspaths) override;
+  void UseLocked(Sensor& sensor, const std::optional<IioChannel>& channel);
+  void MeasureLocked(Sensor& sensor);
+
+  const std::chrono::milliseconds period_;
+  AllSensors sensors_ = kNoSensors;
+  bool has_looked_ = false;
+  std::atomic<int64_t> measurements_ = 0;
+};
+
+ndk::ScopedAStatus Sensors::Service::enableSensor(int64_t queue, int32_t handle, int32_t period_us,
+                                                  int64_t max_latency_us) {
+  {
+    // A sensor reports at once when it is enabled: what is, not what was when it was disabled.
+    std::lock_guard<std::mutex> lock(reading_lock_);
+    for (Sensor& sensor : sensors_) {
+      if (sensor.handle == handle) MeasureLocked(sensor);
+    }
+  }
+  return SensorService::enableSensor(queue, handle, period_us, max_latency_us);
+}
+
+std::optional<std::chrono::milliseconds> Sensors::Service::period() const {
+  for (const Sensor& sensor : kNoSensors) {
+    if (listeners(sensor.type) != 0) return period_;
+  }
+  return std::nullopt;
+}
+
+void Sensors::Service::ReadForListeners() {
+  std::lock_guard<std::mutex> lock(reading_lock_);
+  for (Sensor& sensor : sensors_) {
+    if (listeners(sensor.type) != 0) MeasureLocked(sensor);
+  }
+}
+
+void Sensors::Service::ReadLocked(const std::vector<std::string>& syspaths) {
+  const FoundChannels found = FindChannels(syspaths);
+  NoticeFaultsLocked(found.faults);
+  auto& [proximity, hinge] = sensors_;
+  UseLocked(proximity, found.proximity);
+  UseLocked(hinge, found.hinge);
+  has_looked_ = true;
+}
+
+void Sensors::Service::UseLocked(Sensor& sensor, const std::optional<IioChannel>& channel) {
+  if (!channel && (sensor.channel || !has_looked_)) AddNoticeLocked(sensor.lack);
+  if (!channel) {
+    sensor.last_report.reset();
+    Forget(sensor.type);
+  }
+  sensor.channel = channel;
+  if (!channel || std::exchange(sensor.is_listed, true)) return;
+  Add({.handle = sensor.handle,
+       .type = sensor.type,
+       .name = channel->name,
+       .string_type = sensor.string_type});
+}
+
+void Sensors::Service::MeasureLocked(Sensor& sensor) {
+  if (!sensor.channel) return;
+  ++measurements_;
+  std::vector<Fault> faults;
+  const std::optional<float> value = Measure(*sensor.channel, &faults);
+  NoticeFaultsLocked(faults);
+  if (std::exchange(sensor.last_report, value) == value) return;
+  if (value) {
+    Report({{.type = sensor.type, .value = *value}});
+  } else {
+    Forget(sensor.type);
+  }
+}
+
+Sensors::Sensors(devices::DeviceObserver observer, SensorSettings settings)
+    : observer_(std::move(observer)), settings_(settings) {}
+
+Sensors::~Sensors() {
+  Stop();
+}
+
+void Sensors::Start() {
+  Stop();
+  service_ =
+      ndk::SharedRefBase::make<Service>(settings_.period, observer_, std::make_shared<Wake>());
+  watcher_ = std::make_unique<Watcher>(service_, [this](std::string notice) {
+    Tell(DeviceEvent::Kind::kNotice, std::move(notice));
+  });
+  process_ = std::make_unique<standin::ServiceProcess>("sensor");
+  process_->AddService(service_, devices::kSensorInstance);
+  Tell(DeviceEvent::Kind::kStarted);
+  watcher_->Run("iio");
+}
+
+void Sensors::Stop() {
+  if (service_ == nullptr) return;
+  watcher_ = nullptr;
+  if (process_ != nullptr) process_->Kill();
+  process_ = nullptr;
+  service_ = nullptr;
+  static_cast<void>(standin::WaitUntilDelivered());
+  Tell(DeviceEvent::Kind::kDied);
+}
+
+int Sensors::listeners(int32_t type) const {
+  return service_ != nullptr ? service_->listeners(type) : 0;
+}
+
+int64_t Sensors::measurement_count() const {
+  return service_ != nullptr ? service_->measurement_count() : 0;
+}
+
+void Sensors::Tell(DeviceEvent::Kind kind, std::string detail) const {
+  if (observer_ != nullptr) {
+    observer_({.kind = kind, .service = "sensor", .detail = std::move(detail)});
+  }
+}
+
+}  // namespace norvik::qel::linux_device

@@ -1,0 +1,67 @@
+// This machine's proximity and hinge-angle sensors, served as a device's sensor service.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "devices/common/device_event.h"
+#include "devices/common/sensor_service.h"
+#include "standin/service_process.h"
+
+namespace norvik::qel::linux_device {
+
+class Watcher;
+
+struct SensorSettings {
+  // Between two measurements while a sensor is enabled.
+  std::chrono::milliseconds period = std::chrono::milliseconds(100);
+};
+
+// The service has one sensor of each type at most: the first that the kernel's industrial-I/O
+// subsystem has. It is measured when it is enabled and once in a period while it stays so, and
+// reported when it has changed.
+//
+// A sensor stays in the service's list once it has been there. When its device goes it reports no
+// more, until there is another device of the type. One that comes while the service runs can be
+// had by those who have not asked for its type before.
+//
+// Threads: Start() and Stop() by the owner, one at a time, not from the observer; the rest from any
+// thread in between.
+class Sensors {
+ public:
+  // Does nothing yet. The observer hears, besides what the service has to say, of types that the
+  // machine has no sensor of, and once of every file that cannot be read or believed.
+  explicit Sensors(devices::DeviceObserver observer = nullptr, SensorSettings settings = {});
+  // Stops it if nobody has.
+  ~Sensors();
+  Sensors(const Sensors&) = delete;
+  Sensors& operator=(const Sensors&) = delete;
+
+  // Looks for the sensors and runs the service. Stops the one that runs, if any.
+  void Start();
+  // Kills the service. No client may be using it any more: its manager, sensors and queues go with
+  // it. Waits until the program has heard of it.
+  void Stop();
+
+  // On how many queues the sensor of a type is enabled, and how often any sensor has been measured;
+  // 0 while no service runs.
+  int listeners(int32_t type) const;
+  int64_t measurement_count() const;
+
+ private:
+  class Service;
+
+  void Tell(devices::DeviceEvent::Kind kind, std::string detail = {}) const;
+
+  const devices::DeviceObserver observer_;
+  const SensorSettings settings_;
+  // All below change in Start() and Stop() only.
+  std::shared_ptr<Service> service_;
+  std::unique_ptr<standin::ServiceProcess> process_;
+  std::unique_ptr<Watcher> watcher_;
+};
+
+}  // namespace norvik::qel::linux_device

@@ -1,0 +1,152 @@
+#include "devices/linux/thermal.h"
+
+#include <algorithm>
+#include <atomic>
+#include <limits>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "devices/linux/thermal_devices.h"
+#include "devices/linux/thermal_history.h"
+#include "devices/linux/thermal_types.h"
+#include "devices/linux/watched_class.h"
+#include "devices/linux/watcher.h"
+#include "standin/service_manager.h"
+
+namespace norvik::qel::linux_device {
+
+using aidl::android::hardware::thermal::Temperature;
+using aidl::android::hardware::thermal::ThrottlingSeverity;
+using devices::DeviceEvent;
+using devices::ThermalData;
+using devices::ThermalOperation;
+
+namespace {
+
+// Those that were throttled by a zone that has gone, and no longer are.
+std::vector<Temperature> Released(const ThermalData& before, const ThermalData& now) {
+  std::vector<Temperature> released;
+  for (const Temperature& old : before.temperatures) {
+    const bool is_there = std::any_of(
+        now.temperatures.begin(), now.temperatures.end(), [&](const Temperature& temperature) {
+          return temperature.type == old.type && temperature.name == old.name;
+        });
+    if (is_there || old.throttlingStatus == ThrottlingSeverity::NONE) continue;
+    released.push_back({.type = old.type,
+                        .name = old.name,
+                        .value = std::numeric_limits<float>::quiet_NaN(),
+                        .throttlingStatus = ThrottlingSeverity::NONE});
+  }
+  return released;
+}
+
+}  // namespace
+
+// Locks: reading_lock_ before the lock of ThermalService.
+class Thermal::Service : public devices::ThermalService, public WatchedClass {
+ public:
+  Service(ThermalTypes types, std::chrono::milliseconds period, devices::DeviceObserver observer,
+          const std::shared_ptr<const Wake>& wake)
+      : ThermalService({}, WakingObserver(wake, std::move(observer))),
+        WatchedClass("thermal", "thermal zones", wake),
+        period_(period),
+        history_(std::move(types)) {}
+
+  std::optional<std::chrono::milliseconds> period() const override {
+    const bool is_heard = callback_count() + cooling_callback_count() != 0;
+    return is_heard ? std::optional(period_) : std::nullopt;
+  }
+  int64_t reading_count() const { return readings_; }
+
+ private:
+  ndk::ScopedAStatus Permit(ThermalOperation operation) override;
+  void ReadLocked(const std::vector<std::string>& syspaths) override;
+  void NoticeLackOfZonesLocked(bool has_zones);
+
+  const std::chrono::milliseconds period_;
+  ThermalHistory history_;
+  bool had_zones_ = true;  // so that a machine that never had one is said so, too
+  std::atomic<int64_t> readings_ = 0;
+};
+
+ndk::ScopedAStatus Thermal::Service::Permit(ThermalOperation operation) {
+  const bool leaves = operation == ThermalOperation::kUnregisterThermalChangedCallback ||
+                      operation == ThermalOperation::kUnregisterCoolingDeviceChangedCallback;
+  if (!leaves) Refresh();
+  return ndk::ScopedAStatus::ok();
+}
+
+void Thermal::Service::ReadLocked(const std::vector<std::string>& syspaths) {
+  ++readings_;
+  const ThermalReading reading = ReadThermalDevices(syspaths);
+  NoticeFaultsLocked(reading.faults);
+  NoticeLackOfZonesLocked(!reading.zones.empty());
+  const ThermalData before = data();
+  const ThermalData now = history_.Continue(reading);
+  Report(now);
+  for (const Temperature& temperature : Released(before, now)) Notify(temperature);
+}
+
+void Thermal::Service::NoticeLackOfZonesLocked(bool has_zones) {
+  if (had_zones_ && !has_zones) AddNoticeLocked("this machine has no thermal zone");
+  had_zones_ = has_zones;
+}
+
+Thermal::Thermal(devices::DeviceObserver observer, ThermalSettings settings)
+    : observer_(std::move(observer)), settings_(std::move(settings)) {}
+
+Thermal::~Thermal() {
+  Stop();
+}
+
+void Thermal::Start() {
+  Stop();
+  ThermalTypes types;
+  if (!settings_.types_file.empty()) {
+    for (std::string& error : types.Load(settings_.types_file)) {
+      Tell(DeviceEvent::Kind::kNotice, std::move(error));
+    }
+  }
+  service_ = ndk::SharedRefBase::make<Service>(std::move(types), settings_.period, observer_,
+                                               std::make_shared<Wake>());
+  watcher_ = std::make_unique<Watcher>(service_, [this](std::string notice) {
+    Tell(DeviceEvent::Kind::kNotice, std::move(notice));
+  });
+  standin::Declare(devices::kThermalInstance);
+  process_ = std::make_unique<standin::ServiceProcess>("thermal");
+  process_->AddService(service_, devices::kThermalInstance);
+  Tell(DeviceEvent::Kind::kStarted);
+  watcher_->Run("thermal");
+}
+
+void Thermal::Stop() {
+  if (service_ == nullptr) return;
+  watcher_ = nullptr;
+  // First, so that nobody waits for a service that the device declares and that will not come.
+  standin::Undeclare(devices::kThermalInstance);
+  if (process_ != nullptr) process_->Kill();
+  process_ = nullptr;
+  service_ = nullptr;
+  Tell(DeviceEvent::Kind::kDied);
+}
+
+ThermalData Thermal::data() const {
+  return service_ != nullptr ? service_->data() : ThermalData{};
+}
+
+size_t Thermal::callback_count() const {
+  return service_ != nullptr ? service_->callback_count() : 0;
+}
+
+int64_t Thermal::reading_count() const {
+  return service_ != nullptr ? service_->reading_count() : 0;
+}
+
+void Thermal::Tell(DeviceEvent::Kind kind, std::string detail) const {
+  if (observer_ != nullptr) {
+    observer_({.kind = kind, .service = "thermal", .detail = std::move(detail)});
+  }
+}
+
+}  // namespace norvik::qel::linux_device

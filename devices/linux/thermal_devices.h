@@ -1,0 +1,52 @@
+// What the kernel's thermal class knows of this machine: its zones, their trip points, and what
+// cools them.
+//
+// The files and their units are described in the kernel's
+// Documentation/ABI/testing/sysfs-class-thermal and Documentation/driver-api/thermal/sysfs-api.rst.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "devices/linux/fault.h"
+
+namespace norvik::qel::linux_device {
+
+enum class TripType { kActive, kPassive, kHot, kCritical };
+
+// At which temperature the kernel does something.
+struct TripPoint {
+  int number;
+  TripType type;
+  int32_t millidegrees;
+  int32_t hysteresis_millidegrees = 0;
+};
+
+struct ThermalZone {
+  std::string syspath = {};
+  std::string type = {};  // "x86_pkg_temp"
+  // Whether the kernel acts on the trip points.
+  bool acts = true;
+  std::optional<int32_t> millidegrees = {};
+  std::vector<TripPoint> trips = {};
+};
+
+struct CoolingState {
+  std::string syspath = {};
+  std::string type = {};  // "Processor"
+  int32_t state = 0;      // 0: does nothing
+};
+
+// Both in the order in which the kernel counts them.
+struct ThermalReading {
+  std::vector<ThermalZone> zones = {};
+  std::vector<CoolingState> cooling_devices = {};
+  std::vector<Fault> faults = {};
+};
+
+// Reads devices that have been listed; they may have vanished since.
+ThermalReading ReadThermalDevices(std::vector<std::string> syspaths);
+
+}  // namespace norvik::qel::linux_device

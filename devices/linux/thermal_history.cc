@@ -1,0 +1,68 @@
+#include "devices/linux/thermal_history.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "devices/linux/device_files.h"
+#include "devices/linux/throttling.h"
+
+namespace norvik::qel::linux_device {
+
+namespace {
+
+constexpr float kNone = std::numeric_limits<float>::quiet_NaN();
+
+}  // namespace
+
+devices::ThermalData ThermalHistory::Continue(const ThermalReading& reading) {
+  Meet(reading.zones, &zones_);
+  Meet(reading.cooling_devices, &cooling_devices_);
+  devices::ThermalData data;
+  for (const ThermalZone& zone : reading.zones) AddZone(zone, &data);
+  for (const CoolingState& device : reading.cooling_devices) {
+    data.cooling_devices.push_back({.type = types_.TypeOfCoolingDevice(device.type),
+                                    .name = cooling_devices_.at(device.syspath).name,
+                                    .value = device.state});
+  }
+  return data;
+}
+
+template <typename Device>
+void ThermalHistory::Meet(const std::vector<Device>& devices, AllKnown* known) {
+  AllKnown there;
+  std::set<std::string> taken;
+  for (const Device& device : devices) {
+    const auto found = known->find(device.syspath);
+    // Another device has come under the old number when the type is another.
+    if (found == known->end() || found->second.type != device.type) continue;
+    taken.insert(found->second.name);
+    there.insert(*found);
+  }
+  for (const Device& device : devices) {
+    if (there.contains(device.syspath)) continue;
+    const bool is_first = taken.insert(device.type).second;
+    std::string name = is_first ? device.type : device.type + "@" + DeviceName(device.syspath);
+    there.insert({device.syspath, {.type = device.type, .name = std::move(name)}});
+  }
+  known->swap(there);
+}
+
+void ThermalHistory::AddZone(const ThermalZone& zone, devices::ThermalData* data) {
+  Known& known = zones_.at(zone.syspath);
+  UpdateCrossed(zone, &known.crossed);
+  const auto type = types_.TypeOfZone(zone.type);
+  const float degrees = zone.millidegrees ? static_cast<float>(*zone.millidegrees) / 1000 : kNone;
+  data->temperatures.push_back({.type = type,
+                                .name = known.name,
+                                .value = degrees,
+                                .throttlingStatus = SeverityOf(zone, known.crossed)});
+  std::vector<float> hot = HotThresholds(zone);
+  // The kernel's trip points are all crossed by getting hotter.
+  std::vector<float> cold(hot.size(), kNone);
+  data->thresholds.push_back({.type = type,
+                              .name = known.name,
+                              .hotThrottlingThresholds = std::move(hot),
+                              .coldThrottlingThresholds = std::move(cold)});
+}
+
+}  // namespace norvik::qel::linux_device

@@ -1,0 +1,48 @@
+// The thermal service's account of the machine, from one reading to the next.
+#pragma once
+
+#include <map>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "devices/common/thermal_data.h"
+#include "devices/linux/thermal_devices.h"
+#include "devices/linux/thermal_types.h"
+
+namespace norvik::qel::linux_device {
+
+// Remembers, of devices for as long as they are there, the names they go by and the trip points
+// they have crossed.
+//
+// A device goes by its `type`. Where that is taken already, as by the first of several processors,
+// its own name is added: "Processor@cooling_device1".
+//
+// Threads: one at a time.
+class ThermalHistory {
+ public:
+  explicit ThermalHistory(ThermalTypes types) : types_(std::move(types)) {}
+
+  devices::ThermalData Continue(const ThermalReading& reading);
+
+ private:
+  struct Known {
+    std::string type;
+    std::string name;
+    std::set<int> crossed = {};
+  };
+  // By sysfs path.
+  using AllKnown = std::map<std::string, Known>;
+
+  // Forgets all devices but these and gives the new ones their names.
+  template <typename Device>
+  static void Meet(const std::vector<Device>& devices, AllKnown* known);
+  void AddZone(const ThermalZone& zone, devices::ThermalData* data);
+
+  const ThermalTypes types_;
+  AllKnown zones_;
+  AllKnown cooling_devices_;
+};
+
+}  // namespace norvik::qel::linux_device

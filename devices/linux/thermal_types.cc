@@ -1,0 +1,187 @@
+#include "devices/linux/thermal_types.h"
+
+#include <android/binder_enums.h>
+#include <errno.h>
+#include <fnmatch.h>
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <string_view>
+
+#include "devices/linux/device_files.h"
+
+namespace norvik::qel::linux_device {
+
+using aidl::android::hardware::thermal::CoolingType;
+using aidl::android::hardware::thermal::TemperatureType;
+
+namespace {
+
+template <typename Type>
+struct Pattern {
+  const char* pattern;
+  Type type;
+};
+
+// A name that does not tell what is measured stays UNKNOWN: "acpitz" may be anywhere on the board.
+constexpr Pattern<TemperatureType> kZones[] = {
+    {"x86_pkg_temp", TemperatureType::CPU},
+    {"coretemp*", TemperatureType::CPU},
+    {"k10temp*", TemperatureType::CPU},
+    {"TCPU*", TemperatureType::CPU},
+    {"B0D4", TemperatureType::CPU},
+    {"cpu*", TemperatureType::CPU},
+    {"gpu*", TemperatureType::GPU},
+    {"battery*", TemperatureType::BATTERY},
+    {"bat", TemperatureType::BATTERY},
+    {"bat[-_0-9]*", TemperatureType::BATTERY},
+    {"skin*", TemperatureType::SKIN},
+    {"TSKN*", TemperatureType::SKIN},
+    {"usb[-_]port*", TemperatureType::USB_PORT},
+    {"usb[-_]therm*", TemperatureType::USB_PORT},
+    {"usb[-_]conn*", TemperatureType::USB_PORT},
+    {"usbc[-_]*", TemperatureType::USB_PORT},
+    {"pa[-_]therm*", TemperatureType::POWER_AMPLIFIER},
+    {"npu*", TemperatureType::NPU},
+    {"tpu*", TemperatureType::TPU},
+    {"display*", TemperatureType::DISPLAY},
+    {"lcd*", TemperatureType::DISPLAY},
+    {"modem*", TemperatureType::MODEM},
+    {"mdm*", TemperatureType::MODEM},
+    {"soc", TemperatureType::SOC},
+    {"soc[-_0-9]*", TemperatureType::SOC},
+    {"iwlwifi*", TemperatureType::WIFI},
+    {"wifi*", TemperatureType::WIFI},
+    {"wlan*", TemperatureType::WIFI},
+    {"camera*", TemperatureType::CAMERA},
+    {"cam[-_]therm*", TemperatureType::CAMERA},
+    {"flashlight*", TemperatureType::FLASHLIGHT},
+    {"speaker*", TemperatureType::SPEAKER},
+    {"spk[-_]*", TemperatureType::SPEAKER},
+    {"ambient*", TemperatureType::AMBIENT},
+    {"pogo*", TemperatureType::POGO},
+};
+
+constexpr Pattern<CoolingType> kCoolingDevices[] = {
+    {"Processor", CoolingType::CPU},
+    {"intel_powerclamp", CoolingType::CPU},
+    {"TCC Offset", CoolingType::CPU},
+    {"cpu*", CoolingType::CPU},
+    {"thermal-cpu*", CoolingType::CPU},
+    {"thermal-idle-*", CoolingType::CPU},
+    {"idle-cpu*", CoolingType::CPU},
+    {"*fan*", CoolingType::FAN},
+    {"gpu*", CoolingType::GPU},
+    {"LCD", CoolingType::DISPLAY},
+    {"*backlight*", CoolingType::DISPLAY},
+    {"battery*", CoolingType::BATTERY},
+    {"bat[-_0-9]*", CoolingType::BATTERY},
+    {"iwlwifi*", CoolingType::WIFI},
+    {"wifi*", CoolingType::WIFI},
+    {"wlan*", CoolingType::WIFI},
+    {"ath1*", CoolingType::WIFI},
+    {"modem*", CoolingType::MODEM},
+    {"mdm*", CoolingType::MODEM},
+    {"npu*", CoolingType::NPU},
+    {"tpu*", CoolingType::TPU},
+    {"camera*", CoolingType::CAMERA},
+    {"flashlight*", CoolingType::FLASHLIGHT},
+    {"speaker*", CoolingType::SPEAKER},
+};
+
+bool Fits(const std::string& type, const char* pattern) {
+  return fnmatch(pattern, type.c_str(), FNM_CASEFOLD) == 0;
+}
+
+template <typename Own, typename Usual, typename Type>
+Type TypeOf(const std::string& name, const Own& own, const Usual& usual, Type none) {
+  for (const auto& [pattern, type] : own) {
+    if (Fits(name, pattern.c_str())) return type;
+  }
+  for (const auto& [pattern, type] : usual) {
+    if (Fits(name, pattern)) return type;
+  }
+  return none;
+}
+
+template <typename Type>
+std::optional<Type> ByName(std::string_view name) {
+  const auto values = ndk::enum_range<Type>();
+  const auto found =
+      std::find_if(values.begin(), values.end(), [&](Type type) { return toString(type) == name; });
+  return found != values.end() ? std::optional(*found) : std::nullopt;
+}
+
+// A zone has degrees, and these are no temperatures.
+bool IsTemperature(TemperatureType type) {
+  return type != TemperatureType::BCL_VOLTAGE && type != TemperatureType::BCL_CURRENT &&
+         type != TemperatureType::BCL_PERCENTAGE;
+}
+
+constexpr std::string_view kSpaces = " \t\r";
+
+std::string_view Trimmed(std::string_view text) {
+  const size_t first = text.find_first_not_of(kSpaces);
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(kSpaces) - first + 1);
+}
+
+// The first word, which is taken off the text.
+std::string_view TakeWord(std::string_view* text) {
+  const std::string_view word = text->substr(0, text->find_first_of(kSpaces));
+  *text = Trimmed(text->substr(word.size()));
+  return word;
+}
+
+}  // namespace
+
+std::vector<std::string> ThermalTypes::Load(const std::string& path) {
+  std::ifstream file(path);
+  if (!file) return {path + ": " + ErrorText(errno)};
+  std::vector<std::string> errors;
+  ThermalTypes loaded;
+  std::string line;
+  for (int number = 1; std::getline(file, line); ++number) {
+    const std::string error = loaded.AddLine(line);
+    if (error.empty()) continue;
+    errors.push_back(path);
+    errors.back().append(":").append(std::to_string(number)).append(": ").append(error);
+  }
+  // A directory can be opened, but not read.
+  if (file.bad()) errors.push_back(path + ": cannot be read");
+  if (errors.empty()) *this = std::move(loaded);
+  return errors;
+}
+
+ThermalTypes::TemperatureType ThermalTypes::TypeOfZone(const std::string& type) const {
+  return TypeOf(type, zones_, kZones, TemperatureType::UNKNOWN);
+}
+
+ThermalTypes::CoolingType ThermalTypes::TypeOfCoolingDevice(const std::string& type) const {
+  return TypeOf(type, cooling_devices_, kCoolingDevices, CoolingType::COMPONENT);
+}
+
+std::string ThermalTypes::AddLine(const std::string& line) {
+  std::string_view rest = Trimmed(line);
+  if (rest.empty() || rest.front() == '#') return {};
+  const std::string_view kind = TakeWord(&rest);
+  const std::string_view type = TakeWord(&rest);
+  if (kind != "temperature" && kind != "cooling") {
+    return Quoted(kind) + " is neither \"temperature\" nor \"cooling\"";
+  }
+  if (kind == "temperature") {
+    const auto known = ByName<TemperatureType>(type);
+    if (!known || !IsTemperature(*known)) return Quoted(type) + " is no type of temperature";
+    zones_.emplace_back(rest, *known);
+  } else {
+    const auto known = ByName<CoolingType>(type);
+    if (!known) return Quoted(type) + " is no type of cooling device";
+    cooling_devices_.emplace_back(rest, *known);
+  }
+  if (rest.empty()) return "the pattern is missing";
+  return IsPrintable(rest) ? "" : Quoted(rest) + " is no pattern";
+}
+
+}  // namespace norvik::qel::linux_device

@@ -1,0 +1,125 @@
+#include "devices/linux/watched_class.h"
+
+#include <errno.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+#include <system_error>
+
+#include "devices/linux/device_files.h"
+
+namespace norvik::qel::linux_device {
+
+Wake::Wake() : fd_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+  if (fd_ < 0) throw std::system_error(errno, std::system_category(), "eventfd");
+}
+
+Wake::~Wake() {
+  close(fd_);
+}
+
+void Wake::Ring() const {
+  const uint64_t one = 1;
+  // Fails when there have been so many that the counter is full, which wakes as well.
+  [[maybe_unused]] const ssize_t result = write(fd_, &one, sizeof(one));
+}
+
+void Wake::Silence() const {
+  uint64_t rings = 0;
+  // Fails when nobody has rung.
+  [[maybe_unused]] const ssize_t result = read(fd_, &rings, sizeof(rings));
+}
+
+devices::DeviceObserver WakingObserver(std::shared_ptr<const Wake> wake,
+                                       devices::DeviceObserver observer) {
+  return
+      [wake = std::move(wake), observer = std::move(observer)](const devices::DeviceEvent& event) {
+        using Kind = devices::DeviceEvent::Kind;
+        if (event.kind == Kind::kRegistered || event.kind == Kind::kUnregistered) wake->Ring();
+        if (observer != nullptr) observer(event);
+      };
+}
+
+WatchedClass::WatchedClass(const char* subsystem, std::string devices,
+                           std::shared_ptr<const Wake> wake)
+    : subsystem_(subsystem), devices_(std::move(devices)), wake_(std::move(wake)) {}
+
+void WatchedClass::Refresh() {
+  std::lock_guard<std::mutex> lock(reading_lock_);
+  std::vector<std::string> listed;
+  if (const int error = ListDevices(subsystem_, &listed); error != 0) {
+    // Not the same as having no devices: what was known stands.
+    NoticeFaultsLocked(
+        {{.device = devices_, .file = "", .what = "cannot be listed: " + ErrorText(error)}});
+    return;
+  }
+  const std::vector<std::string> syspaths = OnlyAnnouncedLocked(listed);
+  ForgetFaultsOfOthersLocked(syspaths);
+  ReadLocked(syspaths);
+}
+
+void WatchedClass::Note(const std::vector<DeviceChange>& changes) {
+  std::lock_guard<std::mutex> lock(reading_lock_);
+  for (const DeviceChange& change : changes) {
+    switch (change.kind) {
+      case DeviceChange::Kind::kThere:
+        announced_.insert(change.syspath);
+        break;
+      case DeviceChange::Kind::kRemoved:
+        announced_.erase(change.syspath);
+        break;
+      case DeviceChange::Kind::kLost:
+        all_are_announced_ = true;
+        break;
+    }
+  }
+}
+
+void WatchedClass::NoteEndOfEvents(int error) {
+  std::lock_guard<std::mutex> lock(reading_lock_);
+  has_events_ = false;
+  all_are_announced_ = true;
+  AddNoticeLocked("changes will not be heard of: " + ErrorText(error));
+}
+
+std::vector<std::string> WatchedClass::TakeNotices() {
+  std::lock_guard<std::mutex> lock(reading_lock_);
+  wake_->Silence();
+  return std::exchange(notices_, {});
+}
+
+void WatchedClass::End() {
+  ending_ = true;
+  wake_->Ring();
+}
+
+void WatchedClass::NoticeFaultsLocked(const std::vector<Fault>& faults) {
+  for (const Fault& fault : faults) {
+    if (faults_told_.emplace(fault.device, fault.file).second) AddNoticeLocked(NoticeOf(fault));
+  }
+}
+
+void WatchedClass::AddNoticeLocked(std::string notice) {
+  notices_.push_back(std::move(notice));
+  wake_->Ring();
+}
+
+std::vector<std::string> WatchedClass::OnlyAnnouncedLocked(const std::vector<std::string>& listed) {
+  if (all_are_announced_) announced_ = {listed.begin(), listed.end()};
+  all_are_announced_ = !has_events_;
+  std::vector<std::string> there;
+  std::copy_if(listed.begin(), listed.end(), std::back_inserter(there),
+               [this](const std::string& syspath) { return announced_.contains(syspath); });
+  return there;
+}
+
+void WatchedClass::ForgetFaultsOfOthersLocked(const std::vector<std::string>& syspaths) {
+  std::set<std::string> there;
+  for (const std::string& syspath : syspaths) there.insert(DeviceName(syspath));
+  std::erase_if(faults_told_, [&](const auto& fault) { return !there.contains(fault.first); });
+}
+
+}  // namespace norvik::qel::linux_device

@@ -1,0 +1,589 @@
+// The Linux machine's temperatures, on device trees made up for each test.
+#include "devices/linux/thermal.h"
+
+#include <aidl/android/hardware/thermal/BnCoolingDeviceChangedCallback.h>
+#include <aidl/android/hardware/thermal/IThermal.h>
+#include <android/binder_manager.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <ostream>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "devices/linux/device_files.h"
+#include "devices/linux/thermal_devices.h"
+#include "devices/linux/thermal_types.h"
+#include "devices/linux/throttling.h"
+#include "quorvel.h"
+#include "standin/deliveries.h"
+#include "tests/support/clients.h"
+#include "tests/support/linux_machine.h"
+#include "tests/support/waiting.h"
+
+namespace norvik::qel {
+namespace {
+
+using aidl::android::hardware::thermal::BnCoolingDeviceChangedCallback;
+using aidl::android::hardware::thermal::CoolingDevice;
+using aidl::android::hardware::thermal::CoolingType;
+using aidl::android::hardware::thermal::IThermal;
+using aidl::android::hardware::thermal::TemperatureType;
+using aidl::android::hardware::thermal::ThrottlingSeverity;
+using linux_device::ThermalTypes;
+using linux_device::ThermalZone;
+using linux_device::TripPoint;
+using linux_device::TripType;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::NanSensitiveFloatEq;
+using testing::Pointwise;
+
+constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+
+// Throttled from 90 degrees on until it is below 85, again from 95 on; off at 105.
+const Files kProcessorZone = {
+    {"type", "x86_pkg_temp\n"},
+    {"temp", "41500\n"},
+    {"mode", "enabled\n"},
+    {"trip_point_0_type", "critical\n"},
+    {"trip_point_0_temp", "105000"},
+    {"trip_point_1_type", "passive\n"},
+    {"trip_point_1_temp", "90000"},
+    {"trip_point_1_hyst", "5000\n"},
+    {"trip_point_2_type", "passive"},
+    {"trip_point_2_temp", "95000\n"},
+};
+
+class LinuxThermalTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    machine_ = std::make_unique<Machine>("thermal");
+    // Of a real machine's directories only those exist that hold a device.
+    ASSERT_FALSE(std::filesystem::exists("/sys/kernel")) << "run this under umockdev-wrapper";
+    InitThermalInfo(&handle_);
+  }
+  void TearDown() override {
+    DeinitThermalInfo(&handle_);
+    if (thermal_ != nullptr) thermal_->Stop();
+    EXPECT_TRUE(standin::WaitUntilDelivered());
+  }
+
+  void Start(const std::string& types_file = "") {
+    thermal_ = std::make_unique<linux_device::Thermal>(
+        notices_.observer(), linux_device::ThermalSettings{.types_file = types_file,
+                                                           .period = std::chrono::milliseconds(2)});
+    thermal_->Start();
+  }
+
+  int Register(const char* type, const char* name) {
+    const ThermalCallbackParam param = {
+        .id = 1, .type_name = type, .temperature_name = name, .callback = Client<0>};
+    return RegisterThermalCallback(handle_, &param, &seen_);
+  }
+  std::optional<int> NextSeverity() {
+    const std::optional<Call> call = seen_.Take();
+    return call ? std::optional(call->value) : std::nullopt;
+  }
+
+  // As clients see it; nothing when there is no such temperature.
+  std::optional<float> Read(const char* name) {
+    thermistor out = {};
+    int count = 1;
+    EXPECT_EQ(GetBulkTemperatureByNames(handle_, &name, 1, &out, &count), 0);
+    return count == 1 ? std::optional(out.value) : std::nullopt;
+  }
+  ThrottlingSeverity SeverityOf(const std::string& name) const {
+    for (const auto& temperature : thermal_->data().temperatures) {
+      if (temperature.name == name) return temperature.throttlingStatus;
+    }
+    ADD_FAILURE() << "no " << name;
+    return ThrottlingSeverity::NONE;
+  }
+  std::vector<std::string> Names() const {
+    std::vector<std::string> names;
+    for (const auto& temperature : thermal_->data().temperatures) names.push_back(temperature.name);
+    return names;
+  }
+
+  // What people have been told since they were last asked.
+  std::vector<std::string> Notices() {
+    const std::string marker = "thermal_zone" + std::to_string(++marker_);
+    machine_->Add(marker, {{"type", "\n"}});
+    return notices_.Until(marker + "/type: empty");
+  }
+
+  std::unique_ptr<Machine> machine_;
+  NoticeListener notices_;
+  Seen<Call> seen_;
+  std::unique_ptr<linux_device::Thermal> thermal_;
+  void* handle_ = nullptr;
+  int marker_ = 9000;
+};
+
+TEST_F(LinuxThermalTest, ALaptopIsServedInTheUnitsOfTheService) {
+  machine_->Add("thermal_zone0", {{"type", "acpitz\n"}, {"temp", "-1250\n"}});
+  machine_->Add("thermal_zone1", kProcessorZone);
+  machine_->Add("cooling_device0",
+                {{"type", "Processor\n"}, {"cur_state", "3\n"}, {"max_state", "10\n"}});
+  machine_->Add("cooling_device1",
+                {{"type", "dell-smm-fan1\n"}, {"cur_state", "0\n"}, {"max_state", "2\n"}});
+  Start();
+  EXPECT_EQ(Read("x86_pkg_temp"), 41.5f);
+  EXPECT_EQ(Read("acpitz"), -1.25f);
+  EXPECT_EQ(Read("acpit"), std::nullopt);
+
+  const devices::ThermalData data = thermal_->data();
+  ASSERT_EQ(data.temperatures.size(), 2u);
+  EXPECT_EQ(data.temperatures[0].type, TemperatureType::UNKNOWN);
+  EXPECT_EQ(data.temperatures[1].type, TemperatureType::CPU);
+  ASSERT_EQ(data.thresholds.size(), 2u);
+  EXPECT_EQ(data.thresholds[1].name, "x86_pkg_temp");
+  EXPECT_EQ(data.thresholds[1].type, TemperatureType::CPU);
+  EXPECT_THAT(
+      data.thresholds[1].hotThrottlingThresholds,
+      Pointwise(NanSensitiveFloatEq(), std::vector<float>{kNan, kNan, 90, 95, kNan, kNan, 105}));
+  const std::vector<float> none(7, kNan);
+  EXPECT_THAT(data.thresholds[0].hotThrottlingThresholds, Pointwise(NanSensitiveFloatEq(), none));
+  EXPECT_THAT(data.thresholds[1].coldThrottlingThresholds, Pointwise(NanSensitiveFloatEq(), none));
+  EXPECT_THAT(data.cooling_devices,
+              ElementsAre(CoolingDevice{.type = CoolingType::CPU, .name = "Processor", .value = 3},
+                          CoolingDevice{.type = CoolingType::FAN, .name = "dell-smm-fan1"}));
+  EXPECT_THAT(Notices(), IsEmpty());
+}
+
+TEST_F(LinuxThermalTest, ClientsHearOfTripPointsThatNobodyAnnounces) {
+  machine_->Add("thermal_zone0", kProcessorZone);
+  Start();
+  ASSERT_EQ(Register("CPU", "x86_pkg_temp"), 0);
+  ASSERT_EQ(NextSeverity(), 0);
+  const auto heat_to = [&](const char* millidegrees) {
+    machine_->Set("thermal_zone0", "temp", millidegrees);
+  };
+  heat_to("89999\n");
+  heat_to("90000\n");
+  EXPECT_EQ(NextSeverity(), 2);
+  heat_to("110000\n");
+  EXPECT_EQ(NextSeverity(), 6);
+  heat_to("95000\n");
+  EXPECT_EQ(NextSeverity(), 3);
+  heat_to("85000\n");
+  EXPECT_EQ(NextSeverity(), 2) << "within the hysteresis";
+  heat_to("84999\n");
+  EXPECT_EQ(NextSeverity(), 0);
+  heat_to("89000\n");  // within the hysteresis, but from below
+  heat_to("97000\n");
+  EXPECT_EQ(NextSeverity(), 3);
+}
+
+TEST_F(LinuxThermalTest, NothingIsReadWhileNobodyListens) {
+  machine_->Add("thermal_zone0", kProcessorZone);
+  Start();
+  EXPECT_EQ(thermal_->reading_count(), 1);
+  ASSERT_EQ(Register("CPU", "x86_pkg_temp"), 0);
+  const int64_t before = thermal_->reading_count();
+  EXPECT_TRUE(Eventually([&] { return thermal_->reading_count() > before + 3; }));
+
+  ASSERT_EQ(DeregisterThermalCallback(handle_, 1), 0);
+  ASSERT_EQ(thermal_->callback_count(), 0u);
+  // From here on its readings are those of the events, however long the events take.
+  Notices();
+  constexpr int kEvents = 30;
+  const int64_t idle = thermal_->reading_count();
+  for (int i = 0; i < kEvents; ++i) Notices();
+  EXPECT_LE(thermal_->reading_count(), idle + kEvents);
+  machine_->Set("thermal_zone0", "temp", "50000\n");
+  EXPECT_EQ(Read("x86_pkg_temp"), 50.0f) << "who asks is told what is";
+}
+
+TEST_F(LinuxThermalTest, AnAnnouncedChangeIsReadAtOnce) {
+  machine_->Add("thermal_zone0", kProcessorZone);
+  Start();
+  // As the governor for user space announces a trip point.
+  machine_->Change("thermal_zone0", "temp", "99000\n");
+  EXPECT_TRUE(Eventually([&] { return SeverityOf("x86_pkg_temp") == ThrottlingSeverity::SEVERE; }));
+}
+
+TEST_F(LinuxThermalTest, ZonesComeAndGoAndTakeTheirSeverityAlong) {
+  Start();
+  EXPECT_THAT(Notices(), ElementsAre("this machine has no thermal zone"));
+  machine_->Add("thermal_zone0", With(kProcessorZone, {{"type", "skin\n"}}));
+  ASSERT_TRUE(Eventually([&] { return Read("skin") == 41.5f; }));
+  ASSERT_EQ(Register("SKIN", "skin"), 0);
+  ASSERT_EQ(NextSeverity(), 0);
+  machine_->Set("thermal_zone0", "temp", "92000\n");
+  ASSERT_EQ(NextSeverity(), 2);
+  machine_->Remove("thermal_zone0");
+  EXPECT_EQ(NextSeverity(), 0) << "nothing throttles for a zone that is gone";
+  EXPECT_EQ(Read("skin"), std::nullopt);
+  // Another comes under the same number, at a temperature within the hysteresis of the old one.
+  machine_->Add("thermal_zone0", With(kProcessorZone, {{"type", "skin\n"}, {"temp", "87000\n"}}));
+  machine_->Change("thermal_zone0", "temp", "96000\n");
+  EXPECT_EQ(NextSeverity(), 3);
+  // Besides, perhaps, a word of the files that a reading found half gone.
+  EXPECT_THAT(Notices(), Contains("this machine has no thermal zone"));
+}
+
+TEST_F(LinuxThermalTest, ZonesOfOneTypeKeepTheirNames) {
+  const Files zone = {{"type", "acpitz\n"}, {"temp", "30000\n"}};
+  machine_->Add("thermal_zone10", With(zone, {{"temp", "40000\n"}}));
+  machine_->Add("thermal_zone9", zone);
+  Start();
+  EXPECT_THAT(Names(), ElementsAre("acpitz", "acpitz@thermal_zone10")) << "as the kernel counts";
+  EXPECT_EQ(Read("acpitz@thermal_zone10"), 40.0f);
+  machine_->Remove("thermal_zone9");
+  machine_->Add("thermal_zone2", With(zone, {{"temp", "20000\n"}}));
+  ASSERT_TRUE(Eventually([&] { return Read("acpitz") == 20.0f; }));
+  EXPECT_EQ(Read("acpitz@thermal_zone10"), 40.0f);
+}
+
+class CoolingListener : public BnCoolingDeviceChangedCallback {
+ public:
+  ndk::ScopedAStatus notifyCoolingDeviceChanged(const CoolingDevice& device) override {
+    states.Put(device.value);
+    return ndk::ScopedAStatus::ok();
+  }
+  Seen<int64_t> states;
+};
+
+TEST_F(LinuxThermalTest, CoolingDevicesAreReadForWhoListensToThemAlone) {
+  machine_->Add("cooling_device0",
+                {{"type", "pwm-fan\n"}, {"cur_state", "0\n"}, {"max_state", "4\n"}});
+  Start();
+  const auto service = IThermal::fromBinder(
+      ndk::SpAIBinder(AServiceManager_checkService(devices::kThermalInstance)));
+  ASSERT_NE(service, nullptr);
+  const auto listener = ndk::SharedRefBase::make<CoolingListener>();
+  ASSERT_TRUE(
+      service->registerCoolingDeviceChangedCallbackWithType(listener, CoolingType::FAN).isOk());
+  for (const int state : {1, 4, 0}) {
+    machine_->Set("cooling_device0", "cur_state", std::to_string(state));
+    EXPECT_EQ(listener->states.Take(), state);
+  }
+  machine_->Set("cooling_device0", "cur_state", "5\n");  // above the maximum
+  EXPECT_EQ(notices_.Next(), "this machine has no thermal zone");
+  EXPECT_EQ(notices_.Next(), "cooling_device0/cur_state: \"5\" is not within 0 to 4");
+  EXPECT_THAT(thermal_->data().cooling_devices, IsEmpty()) << "a state that is not known is none";
+}
+
+// One file of an otherwise good zone.
+struct BrokenZone {
+  const char* test;
+  const char* file;
+  std::optional<std::string> content;  // none: not there
+  std::vector<std::string> notices;    // after the zone's name
+  // What is left of it; no reading: the zone does not count.
+  bool is_listed = true;
+  bool has_reading = true;
+  std::vector<float> thresholds = {kNan, kNan, 90, 95, kNan, kNan, 105};
+  friend std::ostream& operator<<(std::ostream& os, const BrokenZone& broken) {
+    return os << broken.file;
+  }
+};
+
+class LinuxBrokenZoneTest : public LinuxThermalTest,
+                            public testing::WithParamInterface<BrokenZone> {};
+
+TEST_P(LinuxBrokenZoneTest, IsToldOnceAndMakesUpNothing) {
+  const BrokenZone& broken = GetParam();
+  machine_->Add("thermal_zone0",
+                With(kProcessorZone, {{broken.file, broken.content.value_or("")}}));
+  if (!broken.content) machine_->Erase("thermal_zone0", broken.file);
+  machine_->Add("thermal_zone1", {{"type", "good\n"}, {"temp", "20000\n"}});
+  Start();
+  for (int reading = 0; reading < 3; ++reading) EXPECT_EQ(Read("good"), 20.0f);
+  const std::optional<float> value = Read("x86_pkg_temp");
+  EXPECT_EQ(value.has_value(), broken.is_listed);
+  if (broken.is_listed) {
+    EXPECT_THAT(value.value_or(0), NanSensitiveFloatEq(broken.has_reading ? 41.5f : kNan));
+  }
+  std::vector<std::string> expected;
+  for (const std::string& notice : broken.notices) expected.push_back("thermal_zone0/" + notice);
+  EXPECT_EQ(Notices(), expected);
+  if (broken.is_listed) {
+    EXPECT_THAT(thermal_->data().thresholds.at(0).hotThrottlingThresholds,
+                Pointwise(NanSensitiveFloatEq(), broken.thresholds));
+    EXPECT_EQ(SeverityOf("x86_pkg_temp"), ThrottlingSeverity::NONE);
+  }
+}
+
+const std::vector<float> kWithoutFirst = {kNan, kNan, 95, kNan, kNan, kNan, 105};
+INSTANTIATE_TEST_SUITE_P(
+    , LinuxBrokenZoneTest,
+    testing::Values(
+        BrokenZone{"NoType", "type", {}, {"type: not there"}, false},
+        BrokenZone{"BinaryType", "type", "\x01x\n", {"type: \"?x\" is not a word"}, false},
+        BrokenZone{"NoTemp", "temp", {}, {"temp: not there"}, true, false},
+        BrokenZone{"EmptyTemp", "temp", "\n", {"temp: empty"}, true, false},
+        BrokenZone{"TextTemp", "temp", "warm", {"temp: \"warm\" is not a number"}, true, false},
+        BrokenZone{"DegreesTemp", "temp", "41.5", {"temp: \"41.5\" is not a number"}, true, false},
+        BrokenZone{"ColdestTemp",
+                   "temp",
+                   "-273151",
+                   {"temp: \"-273151\" is not within -273150 to 1000000"},
+                   true,
+                   false},
+        // What is left of it in 32 bits would do.
+        BrokenZone{"WrappingTemp",
+                   "temp",
+                   "4295008796",
+                   {"temp: \"4295008796\" is not within -273150 to 1000000"},
+                   true,
+                   false},
+        BrokenZone{"StrangeMode", "mode", "maybe\n", {"mode: \"maybe\" is not a known word"}},
+        BrokenZone{"StrangeTrip",
+                   "trip_point_1_type",
+                   "tepid\n",
+                   {"trip_point_1_type: \"tepid\" is not a known word"},
+                   true,
+                   true,
+                   kWithoutFirst},
+        BrokenZone{"HalfATrip",
+                   "trip_point_1_temp",
+                   {},
+                   {"trip_point_1_temp: not there"},
+                   true,
+                   true,
+                   kWithoutFirst},
+        BrokenZone{"EndlessTrip",
+                   "trip_point_1_temp",
+                   "2147483647",
+                   {"trip_point_1_temp: \"2147483647\" is not within -2147483648 to 1000000"},
+                   true,
+                   true,
+                   kWithoutFirst},
+        // Not faults: a trip point that is not set.
+        BrokenZone{"ZeroTrip", "trip_point_1_temp", "0\n", {}, true, true, kWithoutFirst},
+        BrokenZone{"InvalidTrip", "trip_point_1_temp", "-274000\n", {}, true, true, kWithoutFirst},
+        BrokenZone{"NegativeHysteresis",
+                   "trip_point_1_hyst",
+                   "-1\n",
+                   {"trip_point_1_hyst: \"-1\" is not within 0 to 1000000"}},
+        BrokenZone{"Disabled", "mode", "disabled\n", {}, true, true, std::vector<float>(7, kNan)}),
+    [](const auto& info) { return std::string(info.param.test); });
+
+TEST_F(LinuxThermalTest, AReadingThatFailsChangesNoSeverity) {
+  machine_->Add("thermal_zone0", With(kProcessorZone, {{"temp", "91000\n"}}));
+  Start();
+  ASSERT_EQ(SeverityOf("x86_pkg_temp"), ThrottlingSeverity::MODERATE);
+  machine_->MakeUnreadable("thermal_zone0", "temp");
+  EXPECT_TRUE(std::isnan(Read("x86_pkg_temp").value_or(0)));
+  EXPECT_EQ(SeverityOf("x86_pkg_temp"), ThrottlingSeverity::MODERATE);
+  EXPECT_THAT(Notices(),
+              ElementsAre("thermal_zone0/temp: cannot be read: Operation not permitted"));
+}
+
+TEST_F(LinuxThermalTest, AZoneThatVanishesBeforeItIsReadIsNone) {
+  machine_->Add("thermal_zone0", kProcessorZone);
+  machine_->Add("thermal_zone1", {{"type", "good\n"}, {"temp", "20000\n"}});
+  std::vector<std::string> listed;
+  ASSERT_EQ(linux_device::ListDevices("thermal", &listed), 0);
+  ASSERT_EQ(listed.size(), 2u);
+  machine_->Vanish("thermal_zone0");
+  const linux_device::ThermalReading reading = linux_device::ReadThermalDevices(listed);
+  ASSERT_EQ(reading.zones.size(), 1u);
+  EXPECT_EQ(reading.zones[0].type, "good");
+  ASSERT_EQ(reading.faults.size(), 1u);
+  EXPECT_EQ(NoticeOf(reading.faults[0]), "thermal_zone0: vanished while it was read");
+}
+
+TEST_F(LinuxThermalTest, AServiceThatWasStoppedServesAgainAndLeavesNothingOpen) {
+  machine_->Add("thermal_zone0", kProcessorZone);
+  Start();
+  ASSERT_EQ(Register("CPU", "x86_pkg_temp"), 0);
+  ASSERT_EQ(NextSeverity(), 0);
+  ASSERT_EQ(DeregisterThermalCallback(handle_, 1), 0);
+  thermal_->Stop();
+  ASSERT_TRUE(standin::WaitUntilDelivered());  // the library knows
+  EXPECT_FALSE(AServiceManager_isDeclared(devices::kThermalInstance));
+  EXPECT_EQ(Read("x86_pkg_temp"), std::nullopt);
+  thermal_->Start();
+  ASSERT_EQ(Register("CPU", "x86_pkg_temp"), 0);
+  ASSERT_EQ(NextSeverity(), 0);
+  machine_->Set("thermal_zone0", "temp", "93000\n");
+  EXPECT_EQ(NextSeverity(), 2);
+
+  constexpr int kRounds = 20;
+  const ptrdiff_t before = OpenFiles();
+  for (int i = 0; i < kRounds; ++i) thermal_->Start();
+  // What makes the device tree may have opened a few of its own meanwhile.
+  EXPECT_LT(OpenFiles(), before + kRounds);
+}
+
+TEST_F(LinuxThermalTest, ZonesThatComeAndGoWhileManyAskEndInTheLastState) {
+  machine_->Add("thermal_zone0", kProcessorZone);
+  Start();
+  ASSERT_EQ(Register("CPU", "x86_pkg_temp"), 0);
+  std::atomic<bool> done = false;
+  std::thread asker([&] {
+    while (!done) EXPECT_EQ(Read("x86_pkg_temp"), 41.5f);
+  });
+  for (int i = 0; i < 30; ++i) {
+    machine_->Add("thermal_zone1", {{"type", "gpu\n"}, {"temp", "20000\n"}});
+    EXPECT_TRUE(Eventually([&] { return Names().size() == 2; }));
+    machine_->Remove("thermal_zone1");
+    EXPECT_TRUE(Eventually([&] { return Names().size() == 1; }));
+  }
+  done = true;
+  asker.join();
+  EXPECT_EQ(Read("gpu"), std::nullopt);
+  EXPECT_THAT(Names(), ElementsAre("x86_pkg_temp"));
+}
+
+struct SeverityCase {
+  const char* test;
+  std::vector<TripPoint> trips;
+  int32_t millidegrees;
+  ThrottlingSeverity severity;
+  friend std::ostream& operator<<(std::ostream& os, const SeverityCase& c) { return os << c.test; }
+};
+
+class LinuxSeverityTest : public testing::TestWithParam<SeverityCase> {};
+
+TEST_P(LinuxSeverityTest, IsTheWorstOfTheTripPointsCrossed) {
+  const SeverityCase& c = GetParam();
+  ThermalZone zone = {.millidegrees = c.millidegrees, .trips = c.trips};
+  std::set<int> crossed;
+  UpdateCrossed(zone, &crossed);
+  EXPECT_EQ(SeverityOf(zone, crossed), c.severity);
+  // The thresholds say the same.
+  const std::vector<float> thresholds = HotThresholds(zone);
+  auto by_threshold = ThrottlingSeverity::NONE;
+  for (const auto severity : ndk::enum_range<ThrottlingSeverity>()) {
+    const float threshold = thresholds.at(static_cast<size_t>(severity));
+    if (static_cast<float>(c.millidegrees) / 1000 >= threshold) by_threshold = severity;
+  }
+  EXPECT_EQ(by_threshold, c.severity);
+}
+
+const std::vector<TripPoint> kAllKinds = {
+    {.number = 0, .type = TripType::kCritical, .millidegrees = 100000},
+    {.number = 1, .type = TripType::kHot, .millidegrees = 95000},
+    {.number = 2, .type = TripType::kPassive, .millidegrees = 90000},
+    {.number = 3, .type = TripType::kPassive, .millidegrees = 80000},
+    {.number = 4, .type = TripType::kPassive, .millidegrees = 85000},
+    {.number = 5, .type = TripType::kActive, .millidegrees = 60000},
+    {.number = 6, .type = TripType::kActive, .millidegrees = 50000},
+};
+INSTANTIATE_TEST_SUITE_P(
+    , LinuxSeverityTest,
+    testing::Values(SeverityCase{"Cool", kAllKinds, 49999, ThrottlingSeverity::NONE},
+                    SeverityCase{"FirstFan", kAllKinds, 50000, ThrottlingSeverity::LIGHT},
+                    SeverityCase{"SecondFan", kAllKinds, 79999, ThrottlingSeverity::LIGHT},
+                    SeverityCase{"FirstPassive", kAllKinds, 80000, ThrottlingSeverity::MODERATE},
+                    SeverityCase{"SecondPassive", kAllKinds, 85000, ThrottlingSeverity::SEVERE},
+                    SeverityCase{"ThirdPassive", kAllKinds, 94999, ThrottlingSeverity::SEVERE},
+                    SeverityCase{"Hot", kAllKinds, 95000, ThrottlingSeverity::CRITICAL},
+                    SeverityCase{"Critical", kAllKinds, 100000, ThrottlingSeverity::SHUTDOWN},
+                    SeverityCase{
+                        "OnlyCritical",
+                        {{.number = 0, .type = TripType::kCritical, .millidegrees = 30000}},
+                        30000,
+                        ThrottlingSeverity::SHUTDOWN},
+                    SeverityCase{"TwoPassiveAtOneTemperature",
+                                 {{.number = 0, .type = TripType::kPassive, .millidegrees = 30000},
+                                  {.number = 1, .type = TripType::kPassive, .millidegrees = 30000}},
+                                 31000,
+                                 ThrottlingSeverity::MODERATE}),
+    [](const auto& info) { return std::string(info.param.test); });
+
+class LinuxThermalTypesTest : public LinuxThermalTest {
+ protected:
+  // The name of a file with this text, which lives as long as the test.
+  std::string FileWith(const std::string& text) {
+    std::ofstream(path_) << text;
+    return path_;
+  }
+  void TearDown() override {
+    LinuxThermalTest::TearDown();
+    std::remove(path_.c_str());
+  }
+
+  const std::string path_ =
+      testing::TempDir() + "thermal_types_" + std::to_string(getpid()) + ".txt";
+};
+
+TEST_F(LinuxThermalTypesTest, NamesThatTellNothingStayUnknown) {
+  const ThermalTypes types;
+  EXPECT_EQ(types.TypeOfZone("cpu0-thermal"), TemperatureType::CPU);
+  EXPECT_EQ(types.TypeOfZone("GPU-therm"), TemperatureType::GPU);
+  EXPECT_EQ(types.TypeOfZone("BAT0"), TemperatureType::BATTERY);
+  EXPECT_EQ(types.TypeOfZone("soc_thermal"), TemperatureType::SOC);
+  EXPECT_EQ(types.TypeOfZone("usb_port_therm"), TemperatureType::USB_PORT);
+  for (const char* const other : {"acpitz", "INT3400 Thermal", "bath", "society", "hidpp_battery_0",
+                                  "pch_cannonlake", "usb"}) {
+    EXPECT_EQ(types.TypeOfZone(other), TemperatureType::UNKNOWN) << other;
+  }
+  EXPECT_EQ(types.TypeOfCoolingDevice("cpufreq-cpu0"), CoolingType::CPU);
+  EXPECT_EQ(types.TypeOfCoolingDevice("Fan"), CoolingType::FAN);
+  EXPECT_EQ(types.TypeOfCoolingDevice("devfreq-soc"), CoolingType::COMPONENT);
+}
+
+TEST_F(LinuxThermalTypesTest, AFileComesBeforeTheTables) {
+  machine_->Add("thermal_zone0", {{"type", "acpitz\n"}, {"temp", "30000\n"}});
+  machine_->Add("thermal_zone1", {{"type", "INT3400 Thermal\n"}, {"temp", "31000\n"}});
+  machine_->Add("thermal_zone2", kProcessorZone);
+  machine_->Add("cooling_device0",
+                {{"type", "Processor\n"}, {"cur_state", "0\n"}, {"max_state", "1\n"}});
+  Start(
+      FileWith("# This machine\n"
+               "\n"
+               "temperature SKIN acpitz\n"
+               "temperature\tAMBIENT   int34?? thermal \r\n"
+               "  temperature UNKNOWN x86*\n"
+               "temperature CPU x86_pkg_temp\n"  // comes too late
+               "cooling COMPONENT Proc[eu]ssor"));
+  EXPECT_EQ(Register("SKIN", "acpitz"), 0);
+  const devices::ThermalData data = thermal_->data();
+  ASSERT_EQ(data.temperatures.size(), 3u);
+  EXPECT_EQ(data.temperatures[1].type, TemperatureType::AMBIENT);
+  EXPECT_EQ(data.temperatures[2].type, TemperatureType::UNKNOWN);
+  EXPECT_EQ(data.cooling_devices.at(0).type, CoolingType::COMPONENT);
+  EXPECT_THAT(Notices(), IsEmpty());
+}
+
+TEST_F(LinuxThermalTypesTest, AFileWithErrorsIsToldLineByLineAndChangesNothing) {
+  machine_->Add("thermal_zone0", {{"type", "acpitz\n"}, {"temp", "30000\n"}});
+  const std::string file = FileWith(
+      "temperature SKIN acpitz\n"
+      "temperature WARM acpitz\n"
+      "temperature BCL_VOLTAGE acpitz\n"
+      "cooling SKIN acpitz\n"
+      "heating FAN acpitz\n"
+      "temperature CPU  \n"
+      "cooling\n"
+      "temperature CPU a\x01z\n");
+  Start(file);
+  EXPECT_THAT(Notices(),
+              ElementsAre(file + ":2: \"WARM\" is no type of temperature",
+                          file + ":3: \"BCL_VOLTAGE\" is no type of temperature",
+                          file + ":4: \"SKIN\" is no type of cooling device",
+                          file + ":5: \"heating\" is neither \"temperature\" nor \"cooling\"",
+                          file + ":6: the pattern is missing",
+                          file + ":7: \"\" is no type of cooling device",
+                          file + ":8: \"a?z\" is no pattern"));
+  EXPECT_EQ(thermal_->data().temperatures.at(0).type, TemperatureType::UNKNOWN);
+}
+
+TEST_F(LinuxThermalTypesTest, AFileThatCannotBeReadIsTold) {
+  ThermalTypes types;
+  EXPECT_THAT(types.Load("/nowhere/types"),
+              ElementsAre("/nowhere/types: No such file or directory"));
+  EXPECT_THAT(types.Load("/"), ElementsAre("/: cannot be read"));
+}
+
+}  // namespace
+}  // namespace norvik::qel

@@ -1,0 +1,134 @@
+// Device trees made up for a test, which the program sees instead of the machine's own.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <umockdev.h>
+
+#include <filesystem>
+#include <iterator>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "devices/common/device_event.h"
+#include "tests/support/waiting.h"
+
+namespace norvik::qel {
+
+using Files = std::map<std::string, std::string>;
+
+inline Files With(Files files, const Files& others) {
+  for (const auto& [file, content] : others) files[file] = content;
+  return files;
+}
+
+// A machine of whose devices only those exist that a test adds, all of one subsystem.
+class Machine {
+ public:
+  explicit Machine(const char* subsystem)
+      : testbed_(umockdev_testbed_new()), subsystem_(subsystem) {}
+  ~Machine() { g_object_unref(testbed_); }
+  Machine(const Machine&) = delete;
+  Machine& operator=(const Machine&) = delete;
+
+  // The kernel announces it.
+  void Add(const std::string& name, const Files& files) {
+    std::vector<gchar*> attributes;
+    for (const auto& [file, content] : files) {
+      attributes.push_back(const_cast<gchar*>(file.c_str()));
+      attributes.push_back(const_cast<gchar*>(content.c_str()));
+    }
+    attributes.push_back(nullptr);
+    gchar* no_properties[] = {nullptr};
+    g_free(umockdev_testbed_add_devicev(testbed_, subsystem_.c_str(), name.c_str(),
+                                        /*parent=*/nullptr, attributes.data(), no_properties));
+  }
+  // Announced before the files have gone, as the kernel does.
+  void Remove(const std::string& name) {
+    Announce(name, "remove");
+    Vanish(name);
+  }
+  void Vanish(const std::string& name) {
+    umockdev_testbed_remove_device(testbed_, DevPath(name).c_str());
+  }
+  void Set(const std::string& name, const std::string& file, const std::string& content) {
+    umockdev_testbed_set_attribute(testbed_, DevPath(name).c_str(), file.c_str(), content.c_str());
+  }
+  void Announce(const std::string& name, const char* action = "change") {
+    umockdev_testbed_uevent(testbed_, DevPath(name).c_str(), action);
+  }
+  void Change(const std::string& name, const std::string& file, const std::string& content) {
+    Set(name, file, content);
+    Announce(name);
+  }
+  // Takes it from the list of devices, or puts it back there, and announces nothing.
+  void Unlist(const std::string& name) { std::filesystem::remove(ListEntry(name)); }
+  void List(const std::string& name) {
+    std::filesystem::create_directory_symlink("../../devices/" + name, ListEntry(name));
+  }
+  void Erase(const std::string& name, const std::string& file) {
+    EXPECT_TRUE(std::filesystem::remove(RealPath(name, file)));
+  }
+  // Root may read anything, so this is the one way that libudev refuses to.
+  void MakeUnreadable(const std::string& name, const std::string& file) {
+    EXPECT_EQ(chmod(RealPath(name, file).c_str(), 0200), 0);
+  }
+
+ private:
+  static std::string DevPath(const std::string& name) { return "/sys/devices/" + name; }
+  std::string Root() {
+    const std::unique_ptr<gchar, decltype(&g_free)> root(umockdev_testbed_get_root_dir(testbed_),
+                                                         g_free);
+    return root.get();
+  }
+  std::string RealPath(const std::string& name, const std::string& file) {
+    return Root() + DevPath(name) + "/" + file;
+  }
+  std::string ListEntry(const std::string& name) {
+    return Root() + "/sys/class/" + subsystem_ + "/" + name;
+  }
+
+  UMockdevTestbed* const testbed_;
+  const std::string subsystem_;
+};
+
+// What people are told of a device.
+//
+// Threads: any for the observer, one for the rest.
+class NoticeListener {
+ public:
+  devices::DeviceObserver observer() {
+    return [this](const devices::DeviceEvent& event) { events_.Put(event); };
+  }
+  // The oldest one, waited for.
+  std::optional<std::string> Next() {
+    while (const std::optional<devices::DeviceEvent> event = events_.Take()) {
+      if (event->kind == devices::DeviceEvent::Kind::kNotice) return event->detail;
+    }
+    return std::nullopt;
+  }
+  // All before the one that the test has provoked to know the end.
+  std::vector<std::string> Until(const std::string& marker) {
+    std::vector<std::string> notices;
+    while (std::optional<std::string> notice = Next()) {
+      if (*notice == marker) return notices;
+      notices.push_back(std::move(*notice));
+    }
+    ADD_FAILURE() << "no word of the marker";
+    return notices;
+  }
+
+ private:
+  Seen<devices::DeviceEvent> events_;
+};
+
+inline ptrdiff_t OpenFiles() {
+  const std::filesystem::directory_iterator files("/proc/self/fd");
+  return std::distance(begin(files), end(files));
+}
+
+}  // namespace norvik::qel
