@@ -40,6 +40,27 @@ P: /devices/test/power_supply/pad
 E: SUBSYSTEM=power_supply
 A: type=Wireless
 A: online=1
+
+P: /devices/virtual/thermal/thermal_zone0
+E: SUBSYSTEM=thermal
+A: type=acpitz
+A: temp=warm
+
+P: /devices/virtual/thermal/thermal_zone1
+E: SUBSYSTEM=thermal
+A: type=x86_pkg_temp
+A: temp=81500
+A: mode=enabled
+A: trip_point_0_type=passive
+A: trip_point_0_temp=80000
+A: trip_point_0_hyst=0
+
+P: /devices/test/iio:device0
+E: SUBSYSTEM=iio
+A: name=hinge
+A: label=hinge
+A: in_angl_raw=90
+A: in_angl_scale=0.017453293
 """
 
 
@@ -66,13 +87,14 @@ def without_addresses(text):
     return re.sub("0x[0-9a-f]+", "0x", text)
 
 
-def on_machine(description, *args):
-    """The Linux device, with power supplies as described and no others."""
+def on_machine(description, *args, **kwargs):
+    """The Linux device, with what is described and nothing else."""
     with tempfile.NamedTemporaryFile("w", suffix=".umockdev") as file:
         file.write(description)
         file.flush()
         devices = ("--device", file.name) if description else ()
-        return run(*devices, "--", QUORVEL, *args, "--device", "linux", program="umockdev-run")
+        return run(*devices, "--", QUORVEL, *args, "--device", "linux", program="umockdev-run",
+                   **kwargs)
 
 
 class ToolTest(unittest.TestCase):
@@ -131,16 +153,12 @@ class ToolTest(unittest.TestCase):
     def test_a_wrong_command_line_is_one_line_and_exit_code_2(self):
         for args, complaint in {
                 "": "command", "sing": "sing", "watch": "battery", "get fish": "fish",
-                "watch sensors --device linux": "no sensors",
-                "get sensors --device linux": "no sensors", "watch battery get": "get",
+                "watch battery get": "get",
                 "watch thermal": "TYPE:NAME", "watch thermal skin": "'skin'",
                 "watch thermal SKIN:": "'SKIN:'", "watch thermal :skin": "':skin'",
                 "watch thermal SKIN:skin skin:x": "'skin'", "watch bcl": "bcl",
                 "get temperatures": "NAME", "get temperatures ": "NAME", "get thermal": "bcl",
                 "get bcl 1": "'1'", "get battery level": "level",
-                "watch thermal SKIN:skin --device linux": "no thermal service",
-                "get temperatures skin --device linux": "no thermal service",
-                "get bcl --device linux": "no thermal service",
                 "demo battery": "battery", "dump --fast": "--fast",
                 "dump --device toaster": "toaster", "dump --device": "--device",
                 "dump --json=maybe": "maybe", "get battery --for 1s": "--for",
@@ -299,15 +317,37 @@ class ToolTest(unittest.TestCase):
         self.assertIn("battery voltage limits    none reported", text)
         self.assertRegex(text.splitlines()[-1], "^Demo done: .*; proximity 0 cm[.]$")
 
-    def test_a_device_without_a_family_is_said_to_have_none(self):
+    def test_a_machine_has_what_its_kernel_tells_of(self):
+        self.assertEqual(
+            self.success(on_machine(MACHINE, "get", "temperatures", "acpitz", "x86_pkg_temp")),
+            "acpitz                    unknown\nx86_pkg_temp              81.5 degrees C\n")
+        self.assertEqual(
+            self.success(on_machine(MACHINE, "get", "sensors")),
+            "proximity                 not present\nhinge angle               90 degrees\n")
+        objects = self.parse(self.success(on_machine(
+            MACHINE, "watch", "thermal", "CPU:x86_pkg_temp", "--json", "--for", "1s")))
+        self.assertEqual(self.levels(objects, "CPU:x86_pkg_temp"), [2])
         text = self.success(on_machine(MACHINE, "dump"))
         self.assertIn("Battery Level = 77", text)
-        self.assertIn("This device has no sensors", text)
-        self.assertIn("This device has no thermal service", text)
-        self.assertNotRegex(text, "(Sensor|Thermal)Info")
+        self.assertIn("HINGE_ANGLE\n    initialized:T active:T, data:90", text)
+        self.assertIn("ThermalInfo:\n", text)
         text = self.success(on_machine(MACHINE, "demo", "--for", "1s"))
-        self.assertIn("This device has no sensors", text)
-        self.assertIn("This device has no thermal service", text)
+        self.assertIn("** device: this machine has no proximity sensor", text)
+        self.assertIn("hinge angle 90 degrees.", text.splitlines()[-1])
+
+    def test_a_machine_may_be_told_what_its_zones_are(self):
+        with tempfile.NamedTemporaryFile("w") as types:
+            types.write("temperature SKIN x86_pkg_temp\n")
+            types.flush()
+            environment = os.environ | {"QUORVEL_THERMAL_TYPES": types.name}
+            objects = self.parse(self.success(on_machine(
+                MACHINE, "watch", "thermal", "SKIN:x86_pkg_temp", "--json", "--for", "1s",
+                env=environment)))
+            self.assertEqual(self.levels(objects, "SKIN:x86_pkg_temp"), [2])
+            types.write("temperature COLD x86_pkg_temp\n")
+            types.flush()
+            text = self.success(on_machine(MACHINE, "demo", "--for", "1s", env=environment))
+            self.assertIn("** device: " + types.name + ":2: ", text)
 
     def test_a_signal_ends_watch_and_demo_cleanly(self):
         for command in (["watch", "battery"], ["demo"]):

@@ -69,17 +69,13 @@ class FlatPhone : public Device {
 std::span<const DeviceType> DeviceTypes() {
   static constexpr DeviceType kTypes[] = {
       {.name = "bare",
-       .description = "no service at all",
-       .has_sensor_service = true,  // it is awaited in vain
-       .has_thermal_service = true,
+       .description = "no service at all; they are awaited in vain",
        // NOLINTNEXTLINE(performance-unnecessary-value-param): the signature is the seam's
        .make = [](DeviceObserver) -> std::unique_ptr<Device> {
          return std::make_unique<BareDevice>();
        }},
       {.name = "flat",
        .description = "an old phone that does not fold, under nobody's control",
-       .has_sensor_service = true,
-       .has_thermal_service = true,
        .make = [](DeviceObserver observer) -> std::unique_ptr<Device> {
          return std::make_unique<FlatPhone>(std::move(observer));
        }},

@@ -71,16 +71,11 @@ int ObserveDevice(const Options& options, Session& session) {
   output.Heading("A client registers with the device '" + std::string(options.device->name) + "'");
   output.Say("Values arrive in the client's callback, on a thread of the library.");
   output.Explain("   Lines with ** come from the device itself.");
-  if (!options.device->has_sensor_service) output.Say("This device has no sensors.");
-  if (!options.device->has_thermal_service) output.Say("This device has no thermal service.");
   BatteryClient battery(session.events());
-  std::optional<SensorClient> sensors;
+  SensorClient sensors(session.events());
   std::string failure = ObserveBattery(battery, session, begin + kReportLimit);
-  if (failure.empty() && options.device->has_sensor_service) {
-    sensors.emplace(session.events());
-    failure = ObserveSensors(*sensors, session, begin + kReportLimit);
-  }
-  if (failure.empty() && options.device->has_thermal_service) failure = ObserveLimits(session);
+  if (failure.empty()) failure = ObserveSensors(sensors, session, begin + kReportLimit);
+  if (failure.empty()) failure = ObserveLimits(session);
   const Observed& observed = session.observed();
   if (!failure.empty()) {
     output.Summary(false, "Demo FAILED: " + failure + ".", observed);
@@ -91,7 +86,7 @@ int ObserveDevice(const Options& options, Session& session) {
   output.Summary(true,
                  "Demo done: the callbacks were called " + Counted(observed.callbacks(), "time") +
                      Findings(kBatteryProperties, observed) +
-                     (sensors ? Findings(sensors->sensors(), observed) : "") + ".",
+                     Findings(sensors.sensors(), observed) + ".",
                  observed);
   return EXIT_SUCCESS;
 }

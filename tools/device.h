@@ -90,9 +90,6 @@ class Device {
 struct DeviceType {
   std::string_view name;
   std::string_view description;  // for the help
-  // False when no such service ever comes up on it.
-  bool has_sensor_service;
-  bool has_thermal_service;
   std::unique_ptr<Device> (*make)(DeviceObserver observer);
 };
 

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -43,14 +42,12 @@ Session::Wake Fill(ThermalClient& client, Session& session, Session::Clock::time
 int Dump(const Options& options, Output& output) {
   Session session(options, output, {.show_events = false});
   BatteryClient battery(session.events());
-  std::optional<SensorClient> sensors;
-  if (options.device->has_sensor_service) sensors.emplace(session.events());
-  std::optional<ThermalClient> thermal;
-  if (options.device->has_thermal_service) thermal.emplace(session.events());
+  SensorClient sensors(session.events());
+  ThermalClient thermal(session.events());
   // What is wrong keeps nobody from seeing the dumps: they may tell why.
   std::vector<std::string> wrong;
   if (!battery.Register()) wrong.push_back(kRefusal);
-  if (sensors && !sensors->Register()) wrong.push_back(kRefusal);
+  if (!sensors.Register()) wrong.push_back(kRefusal);
 
   // All families have the same time.
   const auto until = Session::Clock::now() + kReportLimit;
@@ -59,27 +56,15 @@ int Dump(const Options& options, Output& output) {
     const auto wake = session.WaitFor(heard, until - Session::Clock::now());
     if (wake == Session::Wake::kStop) return EXIT_SUCCESS;
     if (wake == Session::Wake::kTime) wrong.push_back(SilenceOf(kHealthService));
-    if (sensors) {
-      const auto sensor_wake = WaitForReadings(session, *sensors, until);
-      if (sensor_wake == Session::Wake::kStop) return EXIT_SUCCESS;
-      if (sensor_wake == Session::Wake::kTime) wrong.push_back(SilenceOf(kSensorService));
-    }
-    if (thermal && Fill(*thermal, session, until, wrong) == Session::Wake::kStop) {
-      return EXIT_SUCCESS;
-    }
+    const auto sensor_wake = WaitForReadings(session, sensors, until);
+    if (sensor_wake == Session::Wake::kStop) return EXIT_SUCCESS;
+    if (sensor_wake == Session::Wake::kTime) wrong.push_back(SilenceOf(kSensorService));
+    if (Fill(thermal, session, until, wrong) == Session::Wake::kStop) return EXIT_SUCCESS;
   }
 
   output.ShowDump("battery", battery.Dump());
-  if (sensors) {
-    output.ShowDump("sensors", sensors->Dump());
-  } else {
-    output.Say("This device has no sensors.");
-  }
-  if (thermal) {
-    output.ShowDump("thermal", thermal->Dump());
-  } else {
-    output.Say("This device has no thermal service.");
-  }
+  output.ShowDump("sensors", sensors.Dump());
+  output.ShowDump("thermal", thermal.Dump());
   for (const std::string& text : wrong) Complain(text);
   return wrong.empty() ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -1,24 +1,45 @@
+#include <cstdlib>
+#include <string>
 #include <utility>
 
 #include "devices/linux/health.h"
+#include "devices/linux/sensors.h"
+#include "devices/linux/thermal.h"
 #include "tools/host.h"
 
 namespace norvik::qel::tool {
 
 namespace {
 
+// A machine keeps its names, so who has had to name them does that once, not at every command.
+std::string TypesFile() {
+  const char* const file = std::getenv("QUORVEL_THERMAL_TYPES");
+  return file != nullptr ? file : "";
+}
+
 class LinuxDevice : public Device {
  public:
-  explicit LinuxDevice(DeviceObserver observer) : health_(Translate(std::move(observer))) {}
-  ~LinuxDevice() override { health_.Stop(); }
+  explicit LinuxDevice(DeviceObserver observer)
+      : health_(Translate(observer)),
+        thermal_(Translate(observer), {.types_file = TypesFile()}),
+        sensors_(Translate(std::move(observer))) {}
+  ~LinuxDevice() override {
+    sensors_.Stop();
+    thermal_.Stop();
+    health_.Stop();
+  }
 
   void Start(const DeviceSetup& setup) override {
     BecomeHostProcess(setup);
     health_.Start();
+    thermal_.Start();
+    sensors_.Start();
   }
 
  private:
   linux_device::Health health_;
+  linux_device::Thermal thermal_;
+  linux_device::Sensors sensors_;
 };
 
 }  // namespace

@@ -83,16 +83,6 @@ const Family& FindFamily(std::span<const Family> families, const Words& words,
   return family;
 }
 
-void CheckService(const Family& family, const DeviceType& device) {
-  const std::string where = "the device '" + std::string(device.name) + "' ";
-  if (family.service == kSensorService && !device.has_sensor_service) {
-    throw UsageError(where + "has no sensors");
-  }
-  if (family.service == kThermalService && !device.has_thermal_service) {
-    throw UsageError(where + "has no thermal service");
-  }
-}
-
 std::chrono::milliseconds FindDuration(const std::string& text, Options::Command command) {
   if (command != Options::Command::kWatch && command != Options::Command::kDemo) {
     throw UsageError("--for: only watch and demo take it");
@@ -129,7 +119,6 @@ Options ParseOptions(int argc, char** argv) {
   } else if (options.command == Options::Command::kGet) {
     options.family = &FindFamily(AskedFamilies(), words, "get");
   }
-  if (options.family != nullptr) CheckService(*options.family, *options.device);
   options.operands = words.operands;
   if (app.count("--for") > 0) options.duration = FindDuration(words.duration, options.command);
   return options;

@@ -66,6 +66,9 @@ Properties: battery_level (percent), battery_cycle_count, wireless_charger, dock
 proximity (cm), hinge_angle (degrees); throttling by TYPE:NAME as given; temperatures by NAME as
 given (degrees Celsius); bcl_current and bcl_voltage (lists of throttling).
 
+Environment: QUORVEL_THERMAL_TYPES names a file that tells what the thermal zones of this machine
+are, for the device linux.
+
 Exit code: 0 on success, also when Ctrl-C ends a command; 1 when something failed, such as asking
 for a temperature that the device does not have; 2 when the command line is wrong.
 )help";
@@ -76,11 +79,6 @@ std::string Devices() {
     std::string name(type.name);
     name.resize(11, ' ');
     text += "                        " + name + std::string(type.description);
-    std::string missing;
-    if (!type.has_sensor_service) missing = "no sensors";
-    if (!type.has_thermal_service)
-      missing += missing.empty() ? "no temperatures" : ", no temperatures";
-    if (!missing.empty()) text += " (" + missing + ")";
     text += &type == DeviceTypes().data() ? " (default)\n" : "\n";
   }
   return text;
