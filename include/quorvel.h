@@ -491,7 +491,8 @@ int GetBatteryChargeLimitCapacity(void* handle);
  *                DeinitThermalInfo() has returned, see DeregisterThermalCallback().
  * @return 0, also while no service can be reached (see above; an id that waits already keeps
  *         what it waits for). -EINVAL when a pointer is NULL, when `id` is registered for this type
- *         already, when the service does not report a temperature of that type and name, or when
+ *         already, when the service does not report a temperature of that type and name, when it
+ *         does not answer (as one that has died a moment ago: worth another try), or when
  *         DeinitThermalInfo() has begun.
  *
  * Each type with clients has a worker thread of its own, made by the first registration. When the
