@@ -15,7 +15,6 @@
 
 namespace {
 
-using norvik::qel::audio::ThermalClientInfo;
 using norvik::qel::audio::ThermalInfo;
 
 constexpr char kLogTag[] = "audio_hw_thermal_api";
@@ -141,10 +140,7 @@ int GetBulkTemperatureByNames(void* handle, const char** names, int count, therm
                         *out_count, reading_count);
     return -EINVAL;
   }
-  std::transform(temperatures->begin(), temperatures->end(), out,
-                 [function = __func__](const auto& temperature) {
-                   return ToThermistor(function, temperature);
-                 });
+  for (const auto& temperature : *temperatures) *out++ = ToThermistor(__func__, temperature);
   *out_count = reading_count;
   return 0;
 }

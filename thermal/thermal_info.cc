@@ -93,7 +93,7 @@ void ThermalInfo::Deinitialize() {
     thermal_callbacks_.clear();
     callbacks = TakeAllLeft();
   }
-  Stop(std::move(callbacks));
+  Stop(callbacks);
   // An AIDL notice may still be running, or about to: neither unlinking nor deleting waits for it.
   LiveObjects<ThermalInfo>::Shared().Remove(this);
 }

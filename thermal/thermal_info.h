@@ -138,7 +138,7 @@ class ThermalInfo {
   Callbacks TakeLeaving() QEL_REQUIRES(lock_);
   // The same for the end of all.
   Callbacks TakeAllLeft() QEL_REQUIRES(lock_);
-  static void Stop(Callbacks callbacks);
+  static void Stop(const Callbacks& callbacks);
 
   // Members are released in reverse order.
   bool thermal_service_died_ QEL_GUARDED_BY(lock_) = false;  // thermal_ is a dead one's

@@ -33,7 +33,7 @@ int ThermalInfo::RegisterThermalCallback(int id, const std::string& type_name,
     }
     leaving = TakeLeaving();
   }
-  Stop(std::move(leaving));
+  Stop(leaving);
   return result;
 }
 
@@ -74,7 +74,7 @@ int ThermalInfo::DeregisterThermalCallback(int id) {
     }
     leaving = TakeLeaving();
   }
-  Stop(std::move(leaving));
+  Stop(leaving);
   return result;
 }
 
@@ -110,7 +110,7 @@ bool ThermalInfo::RestorePendingThermalCallback() {
     pending_callbacks_.clear();
     leaving = TakeLeaving();
   }
-  Stop(std::move(leaving));
+  Stop(leaving);
   return true;
 }
 
@@ -137,7 +137,7 @@ ThermalInfo::Callbacks ThermalInfo::TakeLeaving() {
   return stoppable;
 }
 
-void ThermalInfo::Stop(Callbacks callbacks) {
+void ThermalInfo::Stop(const Callbacks& callbacks) {
   for (const auto& callback : callbacks) callback->StopCallbackThread();
 }
 
