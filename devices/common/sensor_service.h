@@ -71,6 +71,7 @@ class SensorService : public standin::BnSensorService {
   // The one that stands for its type.
   const standin::SensorDescription* FindDefault(int32_t type) const;
   void Tell(DeviceEvent::Kind kind, const standin::SensorDescription& sensor) const;
+  void TellReport(const SensorReading& reading) const;
 
   const std::vector<standin::SensorDescription> sensors_;
   const DeviceObserver observer_;
