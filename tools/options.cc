@@ -18,6 +18,7 @@ struct Words {
   bool version = false;
   bool json = false;
   bool verbose = false;
+  bool force = false;
   std::string device = std::string(DeviceTypes().front().name);
   std::string duration;
   std::string family;
@@ -34,6 +35,7 @@ void Describe(CLI::App& app, Words& words) {
   app.add_flag("--version", words.version);
   app.add_flag("--json", words.json);
   app.add_flag("--verbose", words.verbose);
+  app.add_flag("--force", words.force);
   app.add_option("--device", words.device)->type_name("NAME");
   app.add_option("--for", words.duration)->type_name("DURATION");
   for (const char* command : {"watch", "get"}) {
@@ -42,6 +44,7 @@ void Describe(CLI::App& app, Words& words) {
     subcommand->add_option("OPERAND", words.operands);
   }
   for (const char* command : {"dump", "demo"}) app.add_subcommand(command)->fallthrough();
+  app.add_subcommand("record")->fallthrough()->add_option("FILE", words.operands);
 }
 
 // The entry of that name; otherwise the error lists the names there are.
@@ -59,12 +62,13 @@ const Entry& Find(std::span<const Entry> entries, std::string_view name, const s
 
 Options::Command FindCommand(const CLI::App& app) {
   const std::vector<CLI::App*> found = app.get_subcommands();
-  if (found.empty()) throw UsageError("a command is missing, use watch, get, dump or demo");
+  if (found.empty()) throw UsageError("a command is missing, use watch, get, dump, demo or record");
   const std::string name = found.front()->get_name();
   if (name == "watch") return Options::Command::kWatch;
   if (name == "get") return Options::Command::kGet;
   if (name == "dump") return Options::Command::kDump;
-  return Options::Command::kDemo;
+  if (name == "demo") return Options::Command::kDemo;
+  return Options::Command::kRecord;
 }
 
 // `name` is the command's, whose families they are.
@@ -83,6 +87,16 @@ const Family& FindFamily(std::span<const Family> families, const Words& words,
   return family;
 }
 
+// Of a command that takes one and nothing else.
+void CheckFile(const Words& words, const std::string& command) {
+  if (words.operands.empty() || words.operands.front().empty()) {
+    throw UsageError(command + ": the name of a file is missing");
+  }
+  if (words.operands.size() > 1) {
+    throw UsageError(command + ": '" + words.operands[1] + "' is too much");
+  }
+}
+
 void CheckService(const Family& family, const DeviceType& device) {
   const std::string where = "the device '" + std::string(device.name) + "' ";
   if (family.service == kSensorService && !device.has_sensor_service) {
@@ -94,8 +108,9 @@ void CheckService(const Family& family, const DeviceType& device) {
 }
 
 std::chrono::milliseconds FindDuration(const std::string& text, Options::Command command) {
-  if (command != Options::Command::kWatch && command != Options::Command::kDemo) {
-    throw UsageError("--for: only watch and demo take it");
+  using Command = Options::Command;
+  if (command != Command::kWatch && command != Command::kDemo && command != Command::kRecord) {
+    throw UsageError("--for: only watch, demo and record take it");
   }
   const auto duration = ParseDuration(text);
   if (!duration) {
@@ -130,6 +145,13 @@ Options ParseOptions(int argc, char** argv) {
     options.family = &FindFamily(AskedFamilies(), words, "get");
   }
   if (options.family != nullptr) CheckService(*options.family, *options.device);
+  if (options.command == Options::Command::kRecord) CheckFile(words, "record");
+  if (words.force) {
+    if (options.command != Options::Command::kRecord) {
+      throw UsageError("--force: only record takes it");
+    }
+    options.existing = ExistingFile::kOverwrite;
+  }
   options.operands = words.operands;
   if (app.count("--for") > 0) options.duration = FindDuration(words.duration, options.command);
   return options;

@@ -12,15 +12,19 @@
 
 namespace norvik::qel::tool {
 
+// What becomes of a file that is to be written and exists.
+enum class ExistingFile { kRefuse, kOverwrite };
+
 struct Options {
-  enum class Command { kHelp, kVersion, kWatch, kGet, kDump, kDemo };
+  enum class Command { kHelp, kVersion, kWatch, kGet, kDump, kDemo, kRecord };
   Command command = Command::kHelp;
   const Family* family = nullptr;          // for watch and get
-  std::vector<std::string> operands = {};  // of the family
+  std::vector<std::string> operands = {};  // of the family; the file of record
   const DeviceType* device = nullptr;
   bool json = false;
   bool verbose = false;
   std::optional<std::chrono::milliseconds> duration;
+  ExistingFile existing = ExistingFile::kRefuse;
 };
 
 // The user has asked for something that there is not; the text says what is wrong.
