@@ -23,8 +23,9 @@ struct ValueChange {
 // The services that tell of themselves.
 inline constexpr std::string_view kHealthService = "health";
 inline constexpr std::string_view kSensorService = "sensor";
-// The AIDL one. The other one's name is longer: "thermal (HIDL)".
+// The AIDL one, and the older one.
 inline constexpr std::string_view kThermalService = "thermal";
+inline constexpr std::string_view kHidlThermalService = "thermal (HIDL)";
 
 // What the device reports to the library. Nothing stands for what it does not know.
 struct BatteryReport {

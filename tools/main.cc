@@ -41,6 +41,8 @@ int RunCommand(const Options& options, Output& output) {
       return Dump(options, output);
     case Options::Command::kDemo:
       return Demo(options, output);
+    case Options::Command::kPlay:
+      return Play(options, output);
     case Options::Command::kRecord:
       return Record(options, output);
   }

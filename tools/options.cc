@@ -2,6 +2,8 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <charconv>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,6 +21,9 @@ struct Words {
   bool json = false;
   bool verbose = false;
   bool force = false;
+  bool step = false;
+  std::string record;
+  std::string speed;
   std::string device = std::string(DeviceTypes().front().name);
   std::string duration;
   std::string family;
@@ -36,6 +41,9 @@ void Describe(CLI::App& app, Words& words) {
   app.add_flag("--json", words.json);
   app.add_flag("--verbose", words.verbose);
   app.add_flag("--force", words.force);
+  app.add_flag("--step", words.step);
+  app.add_option("--record", words.record)->type_name("FILE");
+  app.add_option("--speed", words.speed)->type_name("N");
   app.add_option("--device", words.device)->type_name("NAME");
   app.add_option("--for", words.duration)->type_name("DURATION");
   for (const char* command : {"watch", "get"}) {
@@ -44,7 +52,9 @@ void Describe(CLI::App& app, Words& words) {
     subcommand->add_option("OPERAND", words.operands);
   }
   for (const char* command : {"dump", "demo"}) app.add_subcommand(command)->fallthrough();
-  app.add_subcommand("record")->fallthrough()->add_option("FILE", words.operands);
+  for (const char* command : {"record", "play"}) {
+    app.add_subcommand(command)->fallthrough()->add_option("FILE", words.operands);
+  }
 }
 
 // The entry of that name; otherwise the error lists the names there are.
@@ -62,12 +72,14 @@ const Entry& Find(std::span<const Entry> entries, std::string_view name, const s
 
 Options::Command FindCommand(const CLI::App& app) {
   const std::vector<CLI::App*> found = app.get_subcommands();
-  if (found.empty()) throw UsageError("a command is missing, use watch, get, dump, demo or record");
+  if (found.empty())
+    throw UsageError("a command is missing, use watch, get, dump, demo, record or play");
   const std::string name = found.front()->get_name();
   if (name == "watch") return Options::Command::kWatch;
   if (name == "get") return Options::Command::kGet;
   if (name == "dump") return Options::Command::kDump;
   if (name == "demo") return Options::Command::kDemo;
+  if (name == "play") return Options::Command::kPlay;
   return Options::Command::kRecord;
 }
 
@@ -95,6 +107,46 @@ void CheckFile(const Words& words, const std::string& command) {
   if (words.operands.size() > 1) {
     throw UsageError(command + ": '" + words.operands[1] + "' is too much");
   }
+}
+
+double FindSpeed(const std::string& text) {
+  constexpr double kHighest = 1e6;
+  double speed = 0;
+  const char* const end = text.data() + text.size();
+  const auto [number_end, error] = std::from_chars(text.data(), end, speed);
+  if (error == std::errc() && number_end == end && speed > 0 && speed <= kHighest) return speed;
+  throw UsageError("--speed: '" + text + "' is no speed, use a number above 0 such as 0.5 or 10");
+}
+
+void SetUpPlay(const CLI::App& app, const Words& words, Options& options) {
+  CheckFile(words, "play");
+  if (app.count("--device") > 0) throw UsageError("--device: play brings a phone of its own");
+  if (app.count("--speed") > 0 && words.step) throw UsageError("--step: it knows no --speed");
+  if (app.count("--speed") > 0) options.speed = FindSpeed(words.speed);
+  options.step = words.step;
+}
+
+void CheckIsForPlay(const CLI::App& app, std::initializer_list<const char*> names,
+                    Options::Command command) {
+  for (const char* name : names) {
+    if (app.count(name) == 0 || command == Options::Command::kPlay) continue;
+    throw UsageError(std::string(name) + ": only play takes it");
+  }
+}
+
+void SetUpRecording(const CLI::App& app, const Words& words, Options& options) {
+  const bool is_beside =
+      options.command == Options::Command::kDemo || options.command == Options::Command::kPlay;
+  if (app.count("--record") > 0) {
+    if (!is_beside) throw UsageError("--record: only demo and play take it");
+    if (words.record.empty()) throw UsageError("--record: the name of a file is missing");
+    options.record = words.record;
+  }
+  if (!words.force) return;
+  if (options.command != Options::Command::kRecord && options.record.empty()) {
+    throw UsageError("--force: nothing is to be recorded");
+  }
+  options.existing = ExistingFile::kOverwrite;
 }
 
 void CheckService(const Family& family, const DeviceType& device) {
@@ -146,12 +198,9 @@ Options ParseOptions(int argc, char** argv) {
   }
   if (options.family != nullptr) CheckService(*options.family, *options.device);
   if (options.command == Options::Command::kRecord) CheckFile(words, "record");
-  if (words.force) {
-    if (options.command != Options::Command::kRecord) {
-      throw UsageError("--force: only record takes it");
-    }
-    options.existing = ExistingFile::kOverwrite;
-  }
+  if (options.command == Options::Command::kPlay) SetUpPlay(app, words, options);
+  CheckIsForPlay(app, {"--speed", "--step"}, options.command);
+  SetUpRecording(app, words, options);
   options.operands = words.operands;
   if (app.count("--for") > 0) options.duration = FindDuration(words.duration, options.command);
   return options;

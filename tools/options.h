@@ -16,15 +16,18 @@ namespace norvik::qel::tool {
 enum class ExistingFile { kRefuse, kOverwrite };
 
 struct Options {
-  enum class Command { kHelp, kVersion, kWatch, kGet, kDump, kDemo, kRecord };
+  enum class Command { kHelp, kVersion, kWatch, kGet, kDump, kDemo, kRecord, kPlay };
   Command command = Command::kHelp;
   const Family* family = nullptr;          // for watch and get
-  std::vector<std::string> operands = {};  // of the family; the file of record
+  std::vector<std::string> operands = {};  // of the family; the file of record and play
   const DeviceType* device = nullptr;
   bool json = false;
   bool verbose = false;
   std::optional<std::chrono::milliseconds> duration;
+  std::string record = {};  // the file that a recording goes into beside; may be empty
   ExistingFile existing = ExistingFile::kRefuse;
+  double speed = 1;  // of play
+  bool step = false;
 };
 
 // The user has asked for something that there is not; the text says what is wrong.

@@ -46,7 +46,6 @@ inline constexpr std::string_view kSensorFamily = "sensors";
 inline constexpr std::string_view kThermalFamily = "thermal";
 inline constexpr std::array kClientFamilies = {kBatteryFamily, kSensorFamily, kThermalFamily};
 
-inline constexpr std::string_view kHidlThermalService = "thermal (HIDL)";
 inline constexpr std::array kServices = {kHealthService, kSensorService, kThermalService,
                                          kHidlThermalService};
 
