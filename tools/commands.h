@@ -23,6 +23,7 @@ int GetChargeLimits(const Options& options, Output& output);
 int Dump(const Options& options, Output& output);
 int Demo(const Options& options, Output& output);
 int Play(const Options& options, Output& output);
+int Plot(const Options& options, Output& output);
 int Record(const Options& options, Output& output);
 
 // One line on standard error, whatever the text holds.

@@ -43,6 +43,8 @@ int RunCommand(const Options& options, Output& output) {
       return Demo(options, output);
     case Options::Command::kPlay:
       return Play(options, output);
+    case Options::Command::kPlot:
+      return Plot(options, output);
     case Options::Command::kRecord:
       return Record(options, output);
   }

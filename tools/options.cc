@@ -23,6 +23,7 @@ struct Words {
   bool force = false;
   bool step = false;
   std::string record;
+  std::string output;
   std::string speed;
   std::string device = std::string(DeviceTypes().front().name);
   std::string duration;
@@ -43,6 +44,7 @@ void Describe(CLI::App& app, Words& words) {
   app.add_flag("--force", words.force);
   app.add_flag("--step", words.step);
   app.add_option("--record", words.record)->type_name("FILE");
+  app.add_option("--output", words.output)->type_name("FILE");
   app.add_option("--speed", words.speed)->type_name("N");
   app.add_option("--device", words.device)->type_name("NAME");
   app.add_option("--for", words.duration)->type_name("DURATION");
@@ -52,7 +54,7 @@ void Describe(CLI::App& app, Words& words) {
     subcommand->add_option("OPERAND", words.operands);
   }
   for (const char* command : {"dump", "demo"}) app.add_subcommand(command)->fallthrough();
-  for (const char* command : {"record", "play"}) {
+  for (const char* command : {"record", "play", "plot"}) {
     app.add_subcommand(command)->fallthrough()->add_option("FILE", words.operands);
   }
 }
@@ -73,13 +75,14 @@ const Entry& Find(std::span<const Entry> entries, std::string_view name, const s
 Options::Command FindCommand(const CLI::App& app) {
   const std::vector<CLI::App*> found = app.get_subcommands();
   if (found.empty())
-    throw UsageError("a command is missing, use watch, get, dump, demo, record or play");
+    throw UsageError("a command is missing, use watch, get, dump, demo, record, play or plot");
   const std::string name = found.front()->get_name();
   if (name == "watch") return Options::Command::kWatch;
   if (name == "get") return Options::Command::kGet;
   if (name == "dump") return Options::Command::kDump;
   if (name == "demo") return Options::Command::kDemo;
   if (name == "play") return Options::Command::kPlay;
+  if (name == "plot") return Options::Command::kPlot;
   return Options::Command::kRecord;
 }
 
@@ -120,17 +123,26 @@ double FindSpeed(const std::string& text) {
 
 void SetUpPlay(const CLI::App& app, const Words& words, Options& options) {
   CheckFile(words, "play");
-  if (app.count("--device") > 0) throw UsageError("--device: play brings a phone of its own");
   if (app.count("--speed") > 0 && words.step) throw UsageError("--step: it knows no --speed");
   if (app.count("--speed") > 0) options.speed = FindSpeed(words.speed);
   options.step = words.step;
 }
 
-void CheckIsForPlay(const CLI::App& app, std::initializer_list<const char*> names,
-                    Options::Command command) {
+void SetUpPlot(const Words& words, Options& options) {
+  CheckFile(words, "plot");
+  if (words.output.empty()) throw UsageError("plot: --output FILE is missing");
+  if (!words.output.ends_with(".svg") && !words.output.ends_with(".png")) {
+    throw UsageError("--output: '" + words.output + "' ends neither with .svg nor with .png");
+  }
+  options.output = words.output;
+}
+
+void CheckAreFor(const CLI::App& app, std::initializer_list<const char*> names,
+                 Options::Command command, const Options& options) {
   for (const char* name : names) {
-    if (app.count(name) == 0 || command == Options::Command::kPlay) continue;
-    throw UsageError(std::string(name) + ": only play takes it");
+    if (app.count(name) == 0 || options.command == command) continue;
+    const char* const taker = command == Options::Command::kPlay ? "play" : "plot";
+    throw UsageError(std::string(name) + ": only " + taker + " takes it");
   }
 }
 
@@ -199,7 +211,14 @@ Options ParseOptions(int argc, char** argv) {
   if (options.family != nullptr) CheckService(*options.family, *options.device);
   if (options.command == Options::Command::kRecord) CheckFile(words, "record");
   if (options.command == Options::Command::kPlay) SetUpPlay(app, words, options);
-  CheckIsForPlay(app, {"--speed", "--step"}, options.command);
+  if (options.command == Options::Command::kPlot) SetUpPlot(words, options);
+  CheckAreFor(app, {"--speed", "--step"}, Options::Command::kPlay, options);
+  CheckAreFor(app, {"--output"}, Options::Command::kPlot, options);
+  const bool is_for_a_file =
+      options.command == Options::Command::kPlay || options.command == Options::Command::kPlot;
+  if (is_for_a_file && app.count("--device") > 0) {
+    throw UsageError("--device: what a recording tells comes from no other device");
+  }
   SetUpRecording(app, words, options);
   options.operands = words.operands;
   if (app.count("--for") > 0) options.duration = FindDuration(words.duration, options.command);

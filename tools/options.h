@@ -16,10 +16,10 @@ namespace norvik::qel::tool {
 enum class ExistingFile { kRefuse, kOverwrite };
 
 struct Options {
-  enum class Command { kHelp, kVersion, kWatch, kGet, kDump, kDemo, kRecord, kPlay };
+  enum class Command { kHelp, kVersion, kWatch, kGet, kDump, kDemo, kRecord, kPlay, kPlot };
   Command command = Command::kHelp;
   const Family* family = nullptr;          // for watch and get
-  std::vector<std::string> operands = {};  // of the family; the file of record and play
+  std::vector<std::string> operands = {};  // of the family; the file of record, play and plot
   const DeviceType* device = nullptr;
   bool json = false;
   bool verbose = false;
@@ -28,6 +28,7 @@ struct Options {
   ExistingFile existing = ExistingFile::kRefuse;
   double speed = 1;  // of play
   bool step = false;
+  std::string output = {};  // of plot
 };
 
 // The user has asked for something that there is not; the text says what is wrong.
