@@ -70,7 +70,9 @@ bool Player::Play() {
   for (const PlayPlan::Step& step : plan_.steps) {
     const bool by_hand = options_.step && step.event.line > 0;
     if (by_hand) session_.output().Explain("Enter plays " + step.event.text);
-    if (by_hand ? !WaitForEnter() : !options_.step && !WaitUntil(step.event.at)) return accepted;
+    // What has happened so far is noted before the next thing happens.
+    const Seconds due = options_.step ? Seconds(0) : step.event.at;
+    if (by_hand ? !WaitForEnter() : !WaitUntil(due)) return accepted;
     accepted &= Take(step);
   }
   if (!options_.step && !WaitUntil(plan_.length)) return accepted;

@@ -15,9 +15,11 @@ namespace norvik::qel::tool {
 namespace {
 
 // In pixels.
-constexpr double kWidth = 1000;
+constexpr double kWidth = 1260;
+constexpr double kLeft = 160;
+constexpr double kRight = 360;
 constexpr double kTop = 40;
-constexpr double kBottom = 50;
+constexpr double kBottom = 60;
 constexpr double kGap = 16;
 constexpr std::array<std::string_view, 8> kColours = {"#0072b2", "#d55e00", "#009e73", "#cc79a7",
                                                       "#e69f00", "#56b4e9", "#8c510a", "#444444"};
@@ -37,6 +39,12 @@ std::string Quoted(const std::string& text) {
     quoted += static_cast<unsigned char>(c) < ' ' ? ' ' : c;
   }
   return quoted + "'";
+}
+
+// gnuplot refuses to draw a curve of gaps.
+bool HasValue(const Timeline::Curve& curve) {
+  return std::any_of(curve.begin(), curve.end(),
+                     [](const Timeline::Point& point) { return std::isfinite(point.value); });
 }
 
 struct Panel {
@@ -106,7 +114,7 @@ std::string Script::Marks(const Timeline::Moments& moments, double y) {
 }
 
 void Script::AddLevel() {
-  if (timeline_.level.empty()) return;
+  if (!HasValue(timeline_.level)) return;
   panels_.push_back({.height = 150,
                      .setup = "set ylabel 'battery level [%]'\nset yrange [*:*]\n"
                               "set offsets 0, 0, 1, 1\nset ytics autofreq\n",
@@ -132,11 +140,11 @@ void Script::AddChargers() {
 void Script::AddSensors() {
   std::vector<std::string> plots;
   std::string setup = "set offsets 0, 0, 1, 1\nset yrange [0:*]\nset ytics autofreq\n";
-  if (!timeline_.hinge_angle.empty()) {
+  if (HasValue(timeline_.hinge_angle)) {
     setup += "set ylabel 'hinge angle [degrees]'\n";
     plots.push_back(Steps(timeline_.hinge_angle) + Colour(1) + " title 'hinge angle'");
   }
-  if (!timeline_.proximity.empty()) {
+  if (HasValue(timeline_.proximity)) {
     // With an axis of its own where the hinge has the other one.
     const std::string axis = plots.empty() ? "y" : "y2";
     setup += "set " + axis + "label 'proximity [cm]'\nset " + axis + "range [0:*]\nset " + axis +
@@ -234,9 +242,10 @@ std::string Script::Write(const std::string& title, PlotFormat format) {
   std::string script = format == PlotFormat::kSvg ? "set terminal svg font 'sans-serif,12'"
                                                   : "set terminal pngcairo";
   script += " noenhanced background rgb 'white' size " + InWords(kWidth) + "," + InWords(height) +
-            "\nset encoding utf8\n" + data_ +
-            "set multiplot\nset lmargin at screen 0.13\nset rmargin at screen 0.74\n"
-            "set key at screen 0.79, graph 1 left top Left reverse samplen 2 spacing 1.1\n"
+            "\nset encoding utf8\n" + data_ + "set multiplot\nset lmargin at screen " +
+            InWords(kLeft / kWidth) + "\nset rmargin at screen " + InWords(1 - kRight / kWidth) +
+            "\nset key at screen " + InWords(1 - (kRight - 60) / kWidth) +
+            ", graph 1 left top Left reverse samplen 2 spacing 1.1\n"
             "set grid xtics ytics lc rgb '#dddddd'\nset format x ''\n"
             "set xrange [0:" +
             InWords(timeline_.end > 0 ? timeline_.end : 1) + "]\n";
@@ -247,7 +256,7 @@ std::string Script::Write(const std::string& title, PlotFormat format) {
                 ", graph 1 nohead dt 3 lc rgb '#cc0000'\n";
     }
   }
-  script += "set label " + Quoted(title) + " at screen 0.13, screen " +
+  script += "set label " + Quoted(title) + " at screen " + InWords(kLeft / kWidth) + ", screen " +
             InWords(1 - kTop / 2 / height) + " left font ',14'\n";
   double top = height - kTop;
   for (const Panel& panel : panels_) {
