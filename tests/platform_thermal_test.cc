@@ -51,7 +51,10 @@ class ThermalTest : public testing::Test {
   ~ThermalTest() override { EXPECT_TRUE(standin::WaitUntilDelivered()); }
 
   Seen<DeviceEvent> events_;
-  simulated::Thermal thermal_{[this](const DeviceEvent& event) { events_.Put(event); }};
+  Seen<DeviceEvent> reports_;
+  simulated::Thermal thermal_{[this](const DeviceEvent& event) {
+    (event.kind == DeviceEvent::Kind::kReported ? reports_ : events_).Put(event);
+  }};
 };
 
 class CoolingCallback : public BnCoolingDeviceChangedCallback {
@@ -268,6 +271,36 @@ TEST_F(ThermalTest, TheObserverHearsOfBothServices) {
          "getTemperatures: Status(-129, EX_TRANSACTION_FAILED): 'FAILED_TRANSACTION: '");
   thermal_.Kill(ThermalPath::kAidl);
   expect(DeviceEvent::Kind::kDied, "thermal");
+}
+
+TEST_F(ThermalTest, TheObserverHearsOfEveryChangeAndOfTheStateAtTheStart) {
+  const auto expect = [&](const std::string& service, const Temperature& temperature) {
+    const auto event = reports_.Take();
+    ASSERT_TRUE(event.has_value());
+    EXPECT_EQ(event->service, service);
+    ASSERT_TRUE(std::holds_alternative<Temperature>(event->report));
+    EXPECT_EQ(std::get<Temperature>(event->report), temperature);
+  };
+  const auto expect_all = [&](const std::string& service) {
+    for (const Temperature& temperature : thermal_.data().temperatures) {
+      expect(service, temperature);
+    }
+  };
+  expect_all("thermal");
+  expect_all("thermal (HIDL)");
+  thermal_.Kill(ThermalPath::kHidl);
+  // A change of the value alone is one, and what stays as it is is none.
+  thermal_.SetTemperature("skin", 36.5F);
+  thermal_.SetTemperature("skin", 36.5F);
+  thermal_.SetSeverity("skin", ThrottlingSeverity::LIGHT);
+  Temperature skin = {.type = TemperatureType::SKIN, .name = "skin", .value = 36.5F};
+  expect("thermal", skin);
+  skin.throttlingStatus = ThrottlingSeverity::LIGHT;
+  expect("thermal", skin);
+  thermal_.Notify(skin);
+  expect("thermal", skin);
+  thermal_.Start(ThermalPath::kHidl);
+  expect_all("thermal (HIDL)");
 }
 
 TEST(AidlThermalTextTest, RecordsAndEnumsHaveNames) {

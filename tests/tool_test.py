@@ -66,8 +66,9 @@ A: in_angl_scale=0.017453293
 
 def start(*args, program=QUORVEL, **kwargs):
     return subprocess.Popen(
-        (program, *args), stdin=subprocess.DEVNULL,
-        **{"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, "text": True, **kwargs})
+        (program, *args),
+        **{"stdin": subprocess.DEVNULL, "stdout": subprocess.PIPE, "stderr": subprocess.PIPE,
+           "text": True, **kwargs})
 
 
 def finish(process):
@@ -144,7 +145,8 @@ class ToolTest(unittest.TestCase):
         text = self.success(run("--help"))
         for word in ("watch battery", "get battery", "watch sensors", "get sensors",
                      "watch thermal TYPE:NAME...", "get temperatures NAME...", "get bcl", "dump",
-                     "demo", "--device", "simulated", "linux", "--json", "--for", "--verbose",
+                     "demo", "record FILE", "play FILE", "plot FILE", "--speed", "--step",
+                     "--record", "--force", "--output", "--device", "simulated", "linux", "--json", "--for", "--verbose",
                      "--version", "Exit code"):
             self.assertIn(word, text)
         self.assertEqual(self.success(run("watch", "-h", "--json")), text)
@@ -162,7 +164,13 @@ class ToolTest(unittest.TestCase):
                 "demo battery": "battery", "dump --fast": "--fast",
                 "dump --device toaster": "toaster", "dump --device": "--device",
                 "dump --json=maybe": "maybe", "get battery --for 1s": "--for",
-                "demo --for 1s": "--for", "watch battery --for": "--for",
+                "demo --for 1s": "--for", "record": "file", "record a b": "'b'", "play ": "file",
+                "play a --for 1s": "--for", "play a --speed 0": "'0'", "play a --speed x": "'x'",
+                "play a --speed inf": "'inf'", "play a --speed 2 --step": "--step",
+                "play a --device linux": "--device", "demo --speed 2": "--speed",
+                "record a --step": "--step", "record a --record b": "--record",
+                "play a --force": "--force", "plot a": "--output", "plot a --output b.pdf": "b.pdf",
+                "play a --output b.svg": "--output", "watch battery --for": "--for",
                 "watch battery --for 10": "10", "watch battery --for 0s": "0s",
                 "watch battery --for -1s": "-1s", "watch battery --for 1.5s": "1.5s",
                 "watch battery --for 99999999999999999999s": "99999999999999999999s",

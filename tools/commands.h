@@ -22,6 +22,9 @@ int GetTemperatures(const Options& options, Output& output);
 int GetChargeLimits(const Options& options, Output& output);
 int Dump(const Options& options, Output& output);
 int Demo(const Options& options, Output& output);
+int Play(const Options& options, Output& output);
+int Plot(const Options& options, Output& output);
+int Record(const Options& options, Output& output);
 
 // One line on standard error, whatever the text holds.
 void Complain(std::string text);

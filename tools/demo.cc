@@ -1,6 +1,7 @@
 #include "tools/battery_client.h"
 #include "tools/commands.h"
 #include "tools/demo_story.h"
+#include "tools/recorder.h"
 #include "tools/sensor_client.h"
 #include "tools/sensor_readings.h"
 #include "tools/session.h"
@@ -91,10 +92,10 @@ int ObserveDevice(const Options& options, Session& session) {
   return EXIT_SUCCESS;
 }
 
-}  // namespace
-
-int Demo(const Options& options, Output& output) {
-  Session session(options, output, {.services_late = true});
+int Demonstrate(const Options& options, Output& output, Recorder* recorder) {
+  Session session(options, output, {.services_late = true, .listener = [=](const Event& event) {
+                                      return recorder == nullptr || recorder->Note(event);
+                                    }});
   BatteryDriver* const battery = session.device().battery_driver();
   SensorDriver* const sensors = session.device().sensor_driver();
   ThermalDriver* const thermal = session.device().thermal_driver();
@@ -107,6 +108,19 @@ int Demo(const Options& options, Output& output) {
     return kExitUsage;
   }
   return TellStory(session, *battery, *sensors, *thermal);
+}
+
+}  // namespace
+
+int Demo(const Options& options, Output& output) {
+  std::optional<Recorder> recorder;
+  if (!options.record.empty()) {
+    recorder.emplace(options.record, options.existing, options.device->name);
+  }
+  const int exit_code = Demonstrate(options, output, recorder ? &*recorder : nullptr);
+  if (!recorder || recorder->failure().empty()) return exit_code;
+  Complain(recorder->failure());
+  return EXIT_FAILURE;
 }
 
 }  // namespace norvik::qel::tool

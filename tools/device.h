@@ -4,7 +4,9 @@
 
 #include <functional>
 #include <memory>
+#include <set>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -86,6 +88,26 @@ class Device {
   // Null when the temperatures are what they are.
   virtual ThermalDriver* thermal_driver() { return nullptr; }
 };
+
+// What a phone has that goes through what a recording tells.
+struct Equipment {
+  std::set<std::string> services;
+  std::set<Sensor> sensors;
+  std::vector<TemperatureReport> temperatures;  // with the values that they begin with
+};
+
+// No service runs on it before it is told so, and its battery knows nothing of itself.
+class PlayedDevice : public Device {
+ public:
+  // What a device does, not what is done to it: a service starts or dies, something is reported or
+  // noticed. Reports need no running service; one that starts later makes up for them.
+  virtual void Play(const DeviceEvent& event) = 0;
+  // The health service will turn down so many registrations of a callback.
+  virtual void RefuseRegistrations(int count) = 0;
+};
+
+// Null in a build that has no such phone.
+std::unique_ptr<PlayedDevice> MakePlayedDevice(const Equipment& equipment, DeviceObserver observer);
 
 struct DeviceType {
   std::string_view name;

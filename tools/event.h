@@ -1,6 +1,7 @@
 // What happens while the monitor runs.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -22,8 +23,33 @@ struct ValueChange {
 // The services that tell of themselves.
 inline constexpr std::string_view kHealthService = "health";
 inline constexpr std::string_view kSensorService = "sensor";
-// The AIDL one. The other one's name is longer: "thermal (HIDL)".
+// The AIDL one, and the older one.
 inline constexpr std::string_view kThermalService = "thermal";
+inline constexpr std::string_view kHidlThermalService = "thermal (HIDL)";
+
+// What the device reports to the library. Nothing stands for what it does not know.
+struct BatteryReport {
+  std::optional<int> level;  // percent
+  std::optional<int> cycle_count;
+  bool wireless_online = false;
+  bool dock_online = false;
+};
+
+enum class Sensor { kProximity, kHingeAngle };
+
+struct SensorReport {
+  Sensor sensor;
+  std::optional<float> value;  // centimetres, degrees
+};
+
+struct TemperatureReport {
+  std::string type;  // "SKIN"
+  std::string name;  // the device maker's
+  std::optional<float> value;
+  Severity severity;
+};
+
+using Report = std::variant<std::monostate, BatteryReport, SensorReport, TemperatureReport>;
 
 // Something that the device tells of itself; no client sees it.
 struct DeviceEvent {
@@ -34,11 +60,13 @@ struct DeviceEvent {
     kCallbackUnregistered,  // the library has left, or disabled a sensor
     kCallRefused,
     kNotice,
+    kReported,  // only recordings are interested
   };
   Kind kind;
   std::string service;
   // The call refused and the reason; the notice; the sensor, by its name for people.
   std::string detail = {};
+  Report report = {};
 };
 
 struct Event {

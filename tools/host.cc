@@ -2,7 +2,11 @@
 
 #include <android/binder_process.h>
 #include <android/log.h>
+#include <android/sensor.h>
+#include <limits.h>
 
+#include <cmath>
+#include <optional>
 #include <utility>
 
 namespace norvik::qel::tool {
@@ -23,8 +27,50 @@ DeviceEvent::Kind Translate(devices::DeviceEvent::Kind kind) {
       return DeviceEvent::Kind::kCallRefused;
     case devices::DeviceEvent::Kind::kNotice:
       return DeviceEvent::Kind::kNotice;
+    case devices::DeviceEvent::Kind::kReported:
+      return DeviceEvent::Kind::kReported;
   }
   return DeviceEvent::Kind::kNotice;
+}
+
+std::optional<int> IfIn(int number, int lowest, int highest) {
+  return number >= lowest && number <= highest ? std::optional(number) : std::nullopt;
+}
+
+std::optional<float> IfFinite(float number) {
+  return std::isfinite(number) ? std::optional(number) : std::nullopt;
+}
+
+Report Translate(std::monostate /*nothing*/) {
+  return {};
+}
+
+Report Translate(const aidl::android::hardware::health::HealthInfo& info) {
+  return BatteryReport{.level = IfIn(info.batteryLevel, 0, 100),
+                       .cycle_count = IfIn(info.batteryCycleCount, 0, INT_MAX),
+                       .wireless_online = info.chargerWirelessOnline,
+                       .dock_online = info.chargerDockOnline};
+}
+
+// Nothing for a sensor that the library has no use for.
+Report Translate(const devices::SensorReport& report) {
+  const auto of = [&](Sensor sensor) {
+    return SensorReport{.sensor = sensor, .value = IfFinite(report.value)};
+  };
+  if (report.type == ASENSOR_TYPE_PROXIMITY) return of(Sensor::kProximity);
+  if (report.type == ASENSOR_TYPE_HINGE_ANGLE) return of(Sensor::kHingeAngle);
+  return {};
+}
+
+Report Translate(const aidl::android::hardware::thermal::Temperature& temperature) {
+  return TemperatureReport{.type = toString(temperature.type),
+                           .name = temperature.name,
+                           .value = IfFinite(temperature.value),
+                           .severity = static_cast<Severity>(temperature.throttlingStatus)};
+}
+
+Report Translate(const devices::Report& report) {
+  return std::visit([](const auto& what) { return Translate(what); }, report);
 }
 
 }  // namespace
@@ -36,7 +82,10 @@ void BecomeHostProcess(const DeviceSetup& setup) {
 
 devices::DeviceObserver Translate(DeviceObserver observer) {
   return [observer = std::move(observer)](const devices::DeviceEvent& event) {
-    observer({.kind = Translate(event.kind), .service = event.service, .detail = event.detail});
+    observer({.kind = Translate(event.kind),
+              .service = event.service,
+              .detail = event.detail,
+              .report = Translate(event.report)});
   };
 }
 

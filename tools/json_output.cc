@@ -46,6 +46,8 @@ const char* EventName(DeviceEvent::Kind kind) {
       return "call_refused";
     case DeviceEvent::Kind::kNotice:
       return "notice";
+    case DeviceEvent::Kind::kReported:
+      return "reported";
   }
   return "notice";
 }

@@ -41,6 +41,12 @@ int RunCommand(const Options& options, Output& output) {
       return Dump(options, output);
     case Options::Command::kDemo:
       return Demo(options, output);
+    case Options::Command::kPlay:
+      return Play(options, output);
+    case Options::Command::kPlot:
+      return Plot(options, output);
+    case Options::Command::kRecord:
+      return Record(options, output);
   }
   return EXIT_FAILURE;
 }
@@ -53,6 +59,7 @@ int Run(int argc, char** argv) {
   }
   // A reader that leaves is noticed at the next line; it is no reason to die.
   signal(SIGPIPE, SIG_IGN);
+  signal(SIGXFSZ, SIG_IGN);  // and a file that must not grow is an error to tell
   const Options options = ParseOptions(argc, argv);
   const bool for_programs = options.json && options.device != nullptr;
   const std::unique_ptr<Output> output = for_programs ? MakeJsonOutput() : MakeTextOutput();

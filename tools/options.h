@@ -12,15 +12,23 @@
 
 namespace norvik::qel::tool {
 
+// What becomes of a file that is to be written and exists.
+enum class ExistingFile { kRefuse, kOverwrite };
+
 struct Options {
-  enum class Command { kHelp, kVersion, kWatch, kGet, kDump, kDemo };
+  enum class Command { kHelp, kVersion, kWatch, kGet, kDump, kDemo, kRecord, kPlay, kPlot };
   Command command = Command::kHelp;
   const Family* family = nullptr;          // for watch and get
-  std::vector<std::string> operands = {};  // of the family
+  std::vector<std::string> operands = {};  // of the family; the file of record, play and plot
   const DeviceType* device = nullptr;
   bool json = false;
   bool verbose = false;
   std::optional<std::chrono::milliseconds> duration;
+  std::string record = {};  // the file that a recording goes into beside; may be empty
+  ExistingFile existing = ExistingFile::kRefuse;
+  double speed = 1;  // of play
+  bool step = false;
+  std::string output = {};  // of plot
 };
 
 // The user has asked for something that there is not; the text says what is wrong.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -33,6 +34,10 @@ class Session {
   struct Setup {
     bool show_events = true;     // those of the family in the options, or all
     bool services_late = false;  // see DeviceSetup
+    // Hears of every event, shown or not. False: there is no use in going on.
+    std::function<bool(const Event&)> listener = nullptr;
+    // Instead of the device in the options.
+    std::function<std::unique_ptr<Device>(DeviceObserver)> make_device = nullptr;
   };
 
   Session(const Options& options, Output& output, const Setup& setup);
@@ -40,9 +45,12 @@ class Session {
   enum class Wake {
     kEvent,  // one was noted
     kTime,   // none came until then
+    kInput,  // there is something to read
     kStop,   // somebody wants the program to end, or nobody reads its output any more
   };
-  Wake WaitUntil(Clock::time_point until);
+  static constexpr int kNoInput = -1;
+  // `input`: a descriptor that may have something to read.
+  Wake WaitUntil(Clock::time_point until, int input = kNoInput);
 
   // Waits until what has been observed fulfils `condition`.
   template <typename Condition>
@@ -60,13 +68,15 @@ class Session {
   const Observed& observed() const { return observed_; }
 
  private:
-  bool Stopped(Clock::time_point until);
+  // kTime also when an event waits.
+  Wake Wait(Clock::time_point until, int input);
   bool IsShown(const Event& event) const;
 
   Output& output_;
   const bool show_events_;
   const Family* const family_;  // null: all
-  StopSignals signals_;         // before the device, whose threads inherit the mask
+  const std::function<bool(const Event&)> listener_;
+  StopSignals signals_;  // before the device, whose threads inherit the mask
   const std::shared_ptr<EventQueue> events_ = std::make_shared<EventQueue>();
   const std::unique_ptr<Device> device_;
   Observed observed_;

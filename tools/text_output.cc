@@ -32,6 +32,7 @@ std::string InWords(const DeviceEvent& event) {
     case DeviceEvent::Kind::kCallRefused:
       return service + " refused a call: " + event.detail;
     case DeviceEvent::Kind::kNotice:
+    case DeviceEvent::Kind::kReported:
       return event.detail;
   }
   return event.detail;

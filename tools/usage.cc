@@ -25,6 +25,12 @@ Commands:
                       ask for these temperatures once, by the device maker's names
   get bcl             ask once how near the battery is to its limits of current and voltage
   dump                print the state of the library, all families, as the library describes it
+  record FILE         write down what the device reports and when clients of all families are
+                      called, until Ctrl-C; the file is complete at every moment
+  play FILE           let a simulated phone go through what the file tells, and print what the
+                      clients hear; a file with a fault is refused before anything is played
+  plot FILE --output PLOT.svg|PLOT.png
+                      draw the file as a timeline, with gnuplot
 
 Options:
   --device NAME       where the values come from:
@@ -32,7 +38,12 @@ Options:
 
 constexpr char kOptions[] =
     R"help(  --for DURATION      end by itself after this time: 500ms, 10s, 2m, 1h
-                      (watch; demo on a device without a story, where it is 5s)
+                      (watch, record; demo on a device without a story, where it is 5s)
+  --record FILE       write a recording as well (demo, play)
+  --force             overwrite the recording if there is one of that name; else that is refused
+  --speed N           so many times as fast as it was (play)
+  --step              one event at each Enter, at no pace of its own (play)
+  --output FILE       what to draw into (plot); it is replaced
   --json              one JSON object a line instead of text
   --verbose           the library's debug log on standard error; else warnings only
   --help, -h          this text
@@ -69,8 +80,11 @@ given (degrees Celsius); bcl_current and bcl_voltage (lists of throttling).
 Environment: QUORVEL_THERMAL_TYPES names a file that tells what the thermal zones of this machine
 are, for the device linux.
 
+Recordings: one JSON object a line, as docs/recordings.md describes; they can be written by hand.
+
 Exit code: 0 on success, also when Ctrl-C ends a command; 1 when something failed, such as asking
-for a temperature that the device does not have; 2 when the command line is wrong.
+for a temperature that the device does not have or playing a file that is no recording; 2 when the
+command line is wrong.
 )help";
 
 std::string Devices() {

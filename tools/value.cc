@@ -1,5 +1,6 @@
 #include "tools/value.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <limits>
@@ -7,6 +8,9 @@
 namespace norvik::qel::tool {
 
 namespace {
+
+constexpr std::array<std::string_view, 7> kSeverityNames = {
+    "NONE", "LIGHT", "MODERATE", "SEVERE", "CRITICAL", "EMERGENCY", "SHUTDOWN"};
 
 std::string InWords(Severity severity) {
   if (const auto name = NameOf(severity)) return std::string(*name);
@@ -31,11 +35,15 @@ std::string InWords(float number) {
 }  // namespace
 
 std::optional<std::string_view> NameOf(Severity severity) {
-  static constexpr std::array<std::string_view, 7> kNames = {
-      "NONE", "LIGHT", "MODERATE", "SEVERE", "CRITICAL", "EMERGENCY", "SHUTDOWN"};
   const auto number = static_cast<size_t>(severity);
-  if (number >= kNames.size()) return std::nullopt;
-  return kNames[number];
+  if (number >= kSeverityNames.size()) return std::nullopt;
+  return kSeverityNames[number];
+}
+
+std::optional<Severity> SeverityNamed(std::string_view name) {
+  const auto* const found = std::find(kSeverityNames.begin(), kSeverityNames.end(), name);
+  if (found == kSeverityNames.end()) return std::nullopt;
+  return static_cast<Severity>(found - kSeverityNames.begin());
 }
 
 std::string InWords(const Property& property, const Value& value) {

@@ -30,6 +30,8 @@ struct Property {
 
 // "SEVERE"; nothing for a number that has no name.
 std::optional<std::string_view> NameOf(Severity severity);
+// The severity of that name; nothing when there is none.
+std::optional<Severity> SeverityNamed(std::string_view name);
 
 // "50 %", "online", "unknown", "not present", "36.5 degrees C", "SEVERE", "NONE, LIGHT".
 std::string InWords(const Property& property, const Value& value);

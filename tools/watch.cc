@@ -1,8 +1,10 @@
 #include <algorithm>
+#include <optional>
 
 #include "tools/battery_client.h"
 #include "tools/battery_life.h"
 #include "tools/commands.h"
+#include "tools/living.h"
 #include "tools/sensor_client.h"
 #include "tools/sensor_life.h"
 #include "tools/session.h"
@@ -21,22 +23,6 @@ void Announce(const std::string& subject, const Options& options, Output& output
 }
 
 using Clock = Session::Clock;
-
-Clock::time_point EndOf(std::optional<std::chrono::milliseconds> duration) {
-  return duration ? Clock::now() + *duration : Clock::time_point::max();
-}
-
-// Until somebody stops it or the time is over, if there is an end.
-void Watch(Session& session, Life* life, Clock::time_point end) {
-  while (true) {
-    const Clock::time_point step = life != nullptr ? life->next_step() : Clock::time_point::max();
-    const Session::Wake wake = session.WaitUntil(std::min(step, end));
-    if (wake == Session::Wake::kStop) return;
-    if (wake == Session::Wake::kEvent) continue;
-    if (Clock::now() >= end) return;
-    life->TakeStep();  // without a life the end is all that can be due
-  }
-}
 
 // A service that is up answers a registration at once.
 void ExplainSilence(Session& session, Clock::time_point end) {
@@ -61,7 +47,7 @@ int WatchBattery(const Options& options, Output& output) {
   if (!client.Register()) return RefusedToRegister();
   std::optional<BatteryLife> life;
   if (BatteryDriver* driver = session.device().battery_driver()) life.emplace(*driver);
-  Watch(session, life ? &*life : nullptr, EndOf(options.duration));
+  Live(session, {life ? &*life : nullptr}, EndOf(options));
   return EXIT_SUCCESS;
 }
 
@@ -75,7 +61,7 @@ int WatchSensors(const Options& options, Output& output) {
   }
   std::optional<SensorLife> life;
   if (SensorDriver* driver = session.device().sensor_driver()) life.emplace(*driver);
-  Watch(session, life ? &*life : nullptr, EndOf(options.duration));
+  Live(session, {life ? &*life : nullptr}, EndOf(options));
   return EXIT_SUCCESS;
 }
 
@@ -89,11 +75,11 @@ int WatchThermal(const Options& options, Output& output) {
     Complain("the thermal service reports no temperature " + std::string(property.name));
     return EXIT_FAILURE;
   }
-  const Clock::time_point end = EndOf(options.duration);
+  const Clock::time_point end = EndOf(options);
   ExplainSilence(session, end);
   std::optional<ThermalLife> life;
   if (ThermalDriver* driver = session.device().thermal_driver()) life.emplace(*driver);
-  Watch(session, life ? &*life : nullptr, end);
+  Live(session, {life ? &*life : nullptr}, end);
   return EXIT_SUCCESS;
 }
 

@@ -1,10 +1,25 @@
-// What a device has to say of itself besides what its services report.
+// What a device has to say of itself.
 #pragma once
 
+#include <aidl/android/hardware/health/HealthInfo.h>
+#include <aidl/android/hardware/thermal/Temperature.h>
+
+#include <cstdint>
 #include <functional>
 #include <string>
+#include <variant>
 
 namespace norvik::qel::devices {
+
+struct SensorReport {
+  int32_t type;  // ASENSOR_TYPE_...
+  float value;
+};
+
+// What a service reports, whether or not it has a callback to tell. Of the temperatures it is each
+// one that is new or has changed in any way, also where callbacks hear of the severity alone.
+using Report = std::variant<std::monostate, aidl::android::hardware::health::HealthInfo,
+                            SensorReport, aidl::android::hardware::thermal::Temperature>;
 
 struct DeviceEvent {
   enum class Kind {
@@ -14,13 +29,16 @@ struct DeviceEvent {
     kUnregistered,  // somebody has withdrawn one
     kRefused,       // it has refused a call
     kNotice,        // something that people should know of the device
+    kReported,      // it reports what follows
   };
   Kind kind;
   std::string service;      // "health", "thermal", "thermal (HIDL)"
   std::string detail = {};  // the operation refused and the reason; the notice
+  Report report = {};
 };
 
-// Called on the device's threads, with no lock of the device held.
+// Called on the device's threads, with no lock of the device held; but reports are told under the
+// locks that keep them in order, so that an observer must not call the device when it hears one.
 using DeviceObserver = std::function<void(const DeviceEvent&)>;
 
 }  // namespace norvik::qel::devices

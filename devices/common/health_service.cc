@@ -32,6 +32,7 @@ HealthService::HealthService(HealthInfo info, DeviceObserver observer)
 void HealthService::Report(const HealthInfo& info) {
   std::lock_guard<std::mutex> lock(lock_);
   info_ = info;
+  TellReport(info_);
   SendLocked();
 }
 
@@ -173,6 +174,7 @@ ndk::ScopedAStatus HealthService::Permit(HealthOperation /*operation*/) {
 void HealthService::ChangeChargingPolicy(BatteryChargingPolicy policy) {
   std::lock_guard<std::mutex> lock(lock_);
   info_.chargingPolicy = policy;
+  TellReport(info_);
   SendLocked();
 }
 
@@ -196,6 +198,11 @@ void HealthService::Tell(DeviceEvent::Kind kind, std::string detail) const {
   if (observer_ != nullptr) {
     observer_({.kind = kind, .service = "health", .detail = std::move(detail)});
   }
+}
+
+void HealthService::TellReport(const HealthInfo& info) const {
+  if (observer_ == nullptr) return;
+  observer_({.kind = DeviceEvent::Kind::kReported, .service = "health", .report = info});
 }
 
 }  // namespace norvik::qel::devices

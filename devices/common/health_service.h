@@ -95,6 +95,7 @@ class HealthService : public aidl::android::hardware::health::BnHealth {
   ndk::ScopedAStatus Answer(HealthOperation operation, T* out, Read read);
   void SendLocked();
   void Tell(DeviceEvent::Kind kind, std::string detail = {}) const;
+  void TellReport(const HealthInfo& info) const;
 
   const DeviceObserver observer_;
   mutable std::mutex lock_;

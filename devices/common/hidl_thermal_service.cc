@@ -89,11 +89,13 @@ HidlThermalService::HidlThermalService(ThermalData data, DeviceObserver observer
 void HidlThermalService::Report(const ThermalData& data) {
   std::lock_guard<std::mutex> lock(lock_);
   const ThermalData before = std::exchange(data_, data);
+  for (const auto& temperature : ChangedTemperatures(before, data_)) TellReport(temperature);
   for (const auto& temperature : ChangedSeverities(before, data_)) SendLocked(temperature);
 }
 
 void HidlThermalService::Notify(const aidl_thermal::Temperature& temperature) {
   std::lock_guard<std::mutex> lock(lock_);
+  TellReport(temperature);
   SendLocked(temperature);
 }
 
@@ -230,6 +232,12 @@ void HidlThermalService::Tell(DeviceEvent::Kind kind, std::string detail) const 
   if (observer_ != nullptr) {
     observer_({.kind = kind, .service = "thermal (HIDL)", .detail = std::move(detail)});
   }
+}
+
+void HidlThermalService::TellReport(const aidl_thermal::Temperature& temperature) const {
+  if (observer_ == nullptr) return;
+  observer_(
+      {.kind = DeviceEvent::Kind::kReported, .service = "thermal (HIDL)", .report = temperature});
 }
 
 }  // namespace norvik::qel::devices

@@ -95,6 +95,7 @@ class HidlThermalService : public android::hardware::thermal::V2_0::IThermal {
                        const Handler& _hidl_cb, Change change);
   void SendLocked(const aidl::android::hardware::thermal::Temperature& temperature);
   void Tell(DeviceEvent::Kind kind, std::string detail = {}) const;
+  void TellReport(const aidl::android::hardware::thermal::Temperature& temperature) const;
 
   const DeviceObserver observer_;
   mutable std::mutex lock_;

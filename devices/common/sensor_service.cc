@@ -47,6 +47,7 @@ void SensorService::Report(const std::vector<SensorReading>& readings) {
     if (sensor == nullptr) continue;
     events.push_back(MakeEvent(*sensor, reading.value));
     latest_[sensor->handle] = events.back();
+    TellReport(reading);
   }
   for (const auto& entry : queues_) {
     const Queue& queue = entry.second;
@@ -180,6 +181,13 @@ const SensorDescription* SensorService::FindDefaultLocked(int32_t type) const {
 
 void SensorService::Tell(DeviceEvent::Kind kind, const SensorDescription& sensor) const {
   if (observer_) observer_({.kind = kind, .service = "sensor", .detail = sensor.name});
+}
+
+void SensorService::TellReport(const SensorReading& reading) const {
+  if (!observer_) return;
+  observer_({.kind = DeviceEvent::Kind::kReported,
+             .service = "sensor",
+             .report = SensorReport{.type = reading.type, .value = reading.value}});
 }
 
 }  // namespace norvik::qel::devices

@@ -1,6 +1,7 @@
 #include "devices/common/thermal_data.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace norvik::qel::devices {
@@ -24,6 +25,13 @@ const Record* Find(const std::vector<Record>& records, const Record& like) {
   return found != records.end() ? &*found : nullptr;
 }
 
+// A value that is not known stays the same as long as it is not known.
+bool AreSame(const Temperature& left, const Temperature& right) {
+  const bool same_value =
+      left.value == right.value || (std::isnan(left.value) && std::isnan(right.value));
+  return same_value && left.throttlingStatus == right.throttlingStatus;
+}
+
 void Copy(const std::vector<float>& from, android::hardware::hidl_array<float, 7>& to) {
   for (size_t i = 0; i < to.size(); ++i) {
     to[i] = i < from.size() ? from[i] : std::numeric_limits<float>::quiet_NaN();
@@ -38,6 +46,15 @@ std::vector<Temperature> ChangedSeverities(const ThermalData& before, const Ther
     const Temperature* old = Find(before.temperatures, temperature);
     const auto severity = old != nullptr ? old->throttlingStatus : ThrottlingSeverity::NONE;
     if (temperature.throttlingStatus != severity) changed.push_back(temperature);
+  }
+  return changed;
+}
+
+std::vector<Temperature> ChangedTemperatures(const ThermalData& before, const ThermalData& now) {
+  std::vector<Temperature> changed;
+  for (const Temperature& temperature : now.temperatures) {
+    const Temperature* old = Find(before.temperatures, temperature);
+    if (old == nullptr || !AreSame(*old, temperature)) changed.push_back(temperature);
   }
   return changed;
 }

@@ -20,6 +20,9 @@ struct ThermalData {
 // there before had none.
 std::vector<aidl::android::hardware::thermal::Temperature> ChangedSeverities(
     const ThermalData& before, const ThermalData& now);
+// The temperatures that are new or have changed in any way.
+std::vector<aidl::android::hardware::thermal::Temperature> ChangedTemperatures(
+    const ThermalData& before, const ThermalData& now);
 // The cooling devices that are new or have changed.
 std::vector<aidl::android::hardware::thermal::CoolingDevice> ChangedCoolingDevices(
     const ThermalData& before, const ThermalData& now);

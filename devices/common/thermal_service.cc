@@ -43,6 +43,7 @@ ThermalService::ThermalService(ThermalData data, DeviceObserver observer)
 void ThermalService::Report(const ThermalData& data) {
   std::lock_guard<std::mutex> lock(lock_);
   const ThermalData before = std::exchange(data_, data);
+  for (const auto& temperature : ChangedTemperatures(before, data_)) TellReport(temperature);
   for (const Temperature& temperature : ChangedSeverities(before, data_)) SendLocked(temperature);
   for (const CoolingDevice& device : ChangedCoolingDevices(before, data_)) {
     cooling_callbacks_.ForEach(device.type, [&](auto& callback) {
@@ -53,6 +54,7 @@ void ThermalService::Report(const ThermalData& data) {
 
 void ThermalService::Notify(const Temperature& temperature) {
   std::lock_guard<std::mutex> lock(lock_);
+  TellReport(temperature);
   SendLocked(temperature);
 }
 
@@ -215,6 +217,11 @@ void ThermalService::Tell(DeviceEvent::Kind kind, std::string detail) const {
   if (observer_ != nullptr) {
     observer_({.kind = kind, .service = "thermal", .detail = std::move(detail)});
   }
+}
+
+void ThermalService::TellReport(const Temperature& temperature) const {
+  if (observer_ == nullptr) return;
+  observer_({.kind = DeviceEvent::Kind::kReported, .service = "thermal", .report = temperature});
 }
 
 }  // namespace norvik::qel::devices

@@ -102,6 +102,7 @@ class ThermalService : public aidl::android::hardware::thermal::BnThermal {
   ndk::ScopedAStatus Refuse(ThermalOperation operation, const char* reason) const;
   void SendLocked(const Temperature& temperature);
   void Tell(DeviceEvent::Kind kind, std::string detail = {}) const;
+  void TellReport(const Temperature& temperature) const;
 
   const DeviceObserver observer_;
   mutable std::mutex lock_;

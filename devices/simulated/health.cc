@@ -70,6 +70,7 @@ void Health::Start() {
     std::lock_guard<std::mutex> lock(phone_->lock);
     process_ = std::make_unique<standin::ServiceProcess>("health");
     service_ = ndk::SharedRefBase::make<Service>(phone_, observer_);
+    service_->Report(phone_->info);  // for the observer: nobody has registered yet
     process_->AddService(service_, devices::kHealthInstance);
   }
   if (observer_) observer_({.kind = DeviceEvent::Kind::kStarted, .service = "health"});

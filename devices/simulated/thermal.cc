@@ -66,7 +66,9 @@ class Thermal::AidlService : public devices::ThermalService {
  public:
   // Made with the phone's lock held.
   AidlService(std::shared_ptr<Phone> phone, devices::DeviceObserver observer)
-      : ThermalService(phone->data, std::move(observer)), phone_(std::move(phone)) {}
+      : ThermalService({}, std::move(observer)), phone_(std::move(phone)) {
+    Report(phone_->data);
+  }
 
   // Its process is about to die: from now on it takes no outcomes that are meant for its successor.
   void End() { ended_ = true; }
@@ -84,7 +86,9 @@ class Thermal::AidlService : public devices::ThermalService {
 class Thermal::HidlService : public devices::HidlThermalService {
  public:
   HidlService(std::shared_ptr<Phone> phone, devices::DeviceObserver observer)
-      : HidlThermalService(phone->data, std::move(observer)), phone_(std::move(phone)) {}
+      : HidlThermalService({}, std::move(observer)), phone_(std::move(phone)) {
+    Report(phone_->data);
+  }
 
   void End() { ended_ = true; }
 

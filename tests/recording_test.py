@@ -1,0 +1,256 @@
+#!/usr/bin/env python3
+"""Records, plays and plots with the monitor, as its users do.
+
+usage: recording_test.py QUORVEL QUORVEL_BARE
+"""
+
+import json
+import os
+import pathlib
+import resource
+import signal
+import subprocess
+import sys
+import tempfile
+import unittest
+import xml.etree.ElementTree
+
+import jsonschema
+
+from tool_test import finish, run, start
+
+DOCS = pathlib.Path(__file__).resolve().parent.parent / "docs"
+HEADER = '{"format": "quorvel recording", "version": 1}\n'
+# What the library's calls lead to depends on its pauses; all else is the device's own.
+OF_THE_LIBRARY = {"called", "registered", "unregistered", "refused"}
+
+
+class RecordingTest(unittest.TestCase):
+    maxDiff = None
+
+    @classmethod
+    def setUpClass(cls):
+        cls.schema = jsonschema.Draft7Validator(
+            json.loads((DOCS / "recording.schema.json").read_text(encoding="utf-8")))
+        cls.folder = tempfile.TemporaryDirectory()
+        # What takes long runs beside all the rest.
+        cls.life_file = os.path.join(cls.folder.name, "life")
+        cls.life = start("record", cls.life_file, "--for", "13s")
+        cls.demo_file = os.path.join(cls.folder.name, "demo")
+        cls.demo = start("demo", "--record", cls.demo_file)
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.folder.cleanup()
+
+    def path(self, name):
+        return os.path.join(self.folder.name, name)
+
+    def write(self, name, content):
+        path = pathlib.Path(self.path(name))
+        path.write_bytes(content if isinstance(content, bytes) else content.encode())
+        return str(path)
+
+    def success(self, result):
+        code, out, err = result
+        self.assertEqual(code, 0, out + err)
+        return out
+
+    def failure(self, result, complaint):
+        code, _, err = result
+        self.assertEqual(code, 1, err)
+        self.assertIn("quorvel: ", err)
+        self.assertIn(complaint, err)
+
+    def events(self, path):
+        """The events of a recording in which every line is what the schema says."""
+        text = pathlib.Path(path).read_text(encoding="utf-8")
+        self.assertTrue(text.endswith("\n"))
+        lines = [json.loads(line) for line in text.splitlines()]
+        for line in lines:
+            self.schema.validate(line)
+        self.assertIn("format", lines[0])
+        times = [line["at"] for line in lines[1:]]
+        self.assertEqual(times, sorted(times))
+        return lines[1:]
+
+    def of_device(self, events):
+        return [{key: value for key, value in event.items() if key != "at"}
+                for event in events if not OF_THE_LIBRARY & event.keys()]
+
+    def test_what_is_played_is_recorded_as_the_same_again(self):
+        self.success(finish(self.life))
+        self.success(finish(self.demo))
+        for path in (self.life_file, self.demo_file):
+            recorded = self.events(path)
+            for kind in ("battery", "hinge_angle", "proximity", "temperature", "started", "died",
+                         "registered", "called"):
+                self.assertTrue([event for event in recorded if kind in event], kind)
+            again = path + "-again"
+            self.success(run("play", path, "--speed", "10", "--record", again))
+            played = self.of_device(self.events(again))
+            if path == self.demo_file:  # the demo's own clients do not say that they join
+                played = [event for event in played if "join" not in event]
+            self.assertEqual(played, self.of_device(recorded))
+        # Slowly enough, the library does the same as well.
+        calls = [[event for event in self.events(path) if "refused" in event]
+                 for path in (self.demo_file, self.demo_file + "-again")]
+        self.assertEqual([len(refusals) for refusals in calls], [1, 1])
+
+    def test_the_examples_are_recordings_and_can_be_played(self):
+        examples = sorted((DOCS / "examples").iterdir())
+        self.assertTrue(examples)
+        for example in examples:
+            self.events(example)
+        crash = self.path("crash")
+        self.success(run("play", str(DOCS / "examples" / "crash.jsonl"), "--record", crash))
+        heard = [(event["called"], event["value"])
+                 for event in self.events(crash) if "called" in event]
+        self.assertEqual([value for key, value in heard if key == "battery_level"], [50, 47])
+        self.assertEqual([value for key, value in heard if key == "wireless_charger"],
+                         [False, True])
+        self.assertEqual([value for key, value in heard if key == "SKIN:skin"], ["NONE", "SEVERE"])
+        late = self.path("late")
+        self.success(run("play", str(DOCS / "examples" / "late_sensors.jsonl"), "--record", late))
+        kinds = [next(key for key in event if key != "at") for event in self.events(late)]
+        self.assertEqual(kinds[:2], ["notice", "join"])
+        self.assertLess(kinds.index("started"), kinds.index("called"))
+
+    def test_a_broken_recording_is_refused_with_its_line(self):
+        event = HEADER + '{"at": 1, "proximity": 5}\n'
+        for content, place, reason in (
+                ("", "", "empty"),
+                ('{"at": 0, "proximity": 5}\n', "1", "header"),
+                ("[]\n", "1", "header"),
+                ('{"format": "song", "version": 1}\n', "1", "'song'"),
+                ('{"format": "quorvel recording"}\n', "1", "'version' is missing"),
+                ('{"format": "quorvel recording", "version": 2}\n', "1", "version 2"),
+                ('{"format": "quorvel recording", "version": 1, "x": 1}\n', "1", "'x'"),
+                (event + "{\n", "3", "not JSON"),
+                (event + "\n", "3", "not JSON"),
+                (event + "7\n", "3", "not an object"),
+                (event.encode() + b'{"at": 1, "notice": "\xff"}\n', "3", "not UTF-8"),
+                (event + '{"at": 1, "at": 2, "proximity": 5}\n', "3", "twice"),
+                (event + '{"proximity": 5}\n', "3", "'at' is missing"),
+                (event + '{"at": "1", "proximity": 5}\n', "3", "'at' is not a number"),
+                (event + '{"at": -1, "proximity": 5}\n', "3", "out of the range"),
+                (event + '{"at": 0.5, "proximity": 5}\n', "3", "backwards"),
+                (event + '{"at": 1}\n', "3", "what happened"),
+                (event + '{"at": 1, "rain": 5}\n', "3", "what happened"),
+                (event + '{"at": 1, "proximity": 5, "hinge_angle": 5}\n', "3", "'hinge_angle'"),
+                (event + '{"at": 1, "proximity": 1e39}\n', "3", "out of the range"),
+                (event + '{"at": 1, "proximity": 1e999}\n', "3", "too large"),
+                (event + '{"at": 1, "battery": 5}\n', "3", "'battery' is not an object"),
+                (event + '{"at": 1, "battery": {"level": 101}}\n', "3", "101"),
+                (event + '{"at": 1, "battery": {"level": 5.5}}\n', "3", "whole"),
+                (event + '{"at": 1, "battery": {"dock": 1}}\n', "3", "'battery.dock'"),
+                (event + '{"at": 1, "battery": {"volts": 1}}\n', "3", "'battery.volts'"),
+                (event + '{"at": 1, "temperature": {"type": "SKIN"}}\n', "3", "temperature.name"),
+                (event + '{"at": 1, "temperature": {"type": "SKIN", "name": "s", '
+                         '"severity": "HOT"}}\n', "3", "'HOT'"),
+                (event + '{"at": 1, "started": "radio"}\n', "3", "'radio'"),
+                (event + '{"at": 1, "died": "sensor"}\n', "3", "sensor service cannot die"),
+                (event + '{"at": 1, "died": "health"}\n' * 2, "4", "down already"),
+                (event + '{"at": 1, "started": "health"}\n' * 2, "4", "up already"),
+                (event + '{"at": 1, "join": "battery"}\n' * 2, "4", "joined already")):
+            with self.subTest(content):
+                path = self.write("broken", content)
+                code, out, err = run("play", path)
+                self.assertEqual((code, out), (1, ""), err)
+                self.assertIn(f"quorvel: {path}:{place}", err)
+                self.assertIn(reason, err)
+                self.assertEqual(err.count("\n"), 1)
+        for path in (self.path("nothing"), self.folder.name):
+            self.failure(run("play", path), path)
+
+    def test_step_plays_one_event_at_each_enter(self):
+        path = self.write("steps", HEADER + "".join(
+            f'{{"at": {at}, "battery": {{"level": {level}}}}}\n'
+            for at, level in ((0, 50), (100, 51), (200, 52))))
+        again = self.path("steps-again")
+        process = start("play", path, "--step", "--record", again, stdin=subprocess.PIPE)
+        for heard in ("->  50 %", "->  51 %"):
+            process.stdin.write("\n")
+            process.stdin.flush()
+            while heard not in process.stdout.readline():
+                pass
+        self.success(finish(process))  # at the end of its input
+        self.assertEqual([event["value"] for event in self.events(again)
+                          if event.get("called") == "battery_level"], [50, 51])
+
+    def test_a_recording_that_exists_is_kept_unless_it_is_to_be_overwritten(self):
+        path = self.write("precious", "all my work")
+        for args in (("record", path), ("play", self.demo_file, "--record", path),
+                     ("demo", "--record", path)):
+            if args[0] == "play":
+                args = ("play", self.write("short", HEADER), *args[2:])
+            self.failure(run(*args), "exists already")
+            self.assertEqual(pathlib.Path(path).read_text(encoding="ascii"), "all my work")
+        self.success(run("record", path, "--force", "--for", "100ms"))
+        self.events(path)
+
+    def test_a_signal_leaves_a_whole_recording(self):
+        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGKILL):
+            path = self.path(f"stopped-{number}")
+            process = start("record", path)
+            while "->  49 %" not in process.stdout.readline():
+                pass
+            process.send_signal(number)
+            code, _, err = finish(process)
+            self.assertEqual(code, -number if number == signal.SIGKILL else 0, err)
+            self.assertIn({"battery": {"level": 49}}, self.of_device(self.events(path)))
+
+    def test_a_full_disk_leaves_a_whole_recording_and_is_a_failure(self):
+        path = self.path("full")
+        limit = 4001
+        self.failure(run("record", path, "--for", "30s", preexec_fn=lambda: resource.setrlimit(
+            resource.RLIMIT_FSIZE, (limit, limit))), "cannot write " + path)
+        self.events(path)
+        self.assertGreater(os.path.getsize(path), limit - 200)
+        self.failure(run("record", "/dev/full", "--force"), "cannot write /dev/full")
+        self.failure(run("record", self.path("no/such")), "cannot write")
+
+    def test_a_plot_shows_what_there_is_whatever_its_name(self):
+        name = "sk'in \"1\" `touch HERE` $(touch HERE) \\ <&> \u00fc\nEND: {/Bold x}"
+        recording = self.write("plot", HEADER + "".join(json.dumps(event) + "\n" for event in (
+            {"at": 0, "battery": {"level": None, "wireless": True}},
+            {"at": 0, "hinge_angle": 30}, {"at": 0, "proximity": 5},
+            {"at": 1, "temperature": {"type": "SKIN", "name": name, "severity": "SEVERE"}},
+            {"at": 1, "temperature": {"type": "CPU", "name": "cool"}},
+            {"at": 2, "died": "health"}, {"at": 3, "started": "health"},
+            {"at": 3, "called": "battery_level", "value": 50})))
+        svg = self.path("it's a `plot`.svg")
+        self.success(run("plot", recording, "--output", svg, cwd=self.folder.name))
+        texts = ["".join(text.itertext()) for text in xml.etree.ElementTree.parse(svg).iter(
+            "{http://www.w3.org/2000/svg}text")]
+        for text in ("wireless charger online", "hinge angle", "proximity [cm]", "SEVERE 3",
+                     "health service", "service dies", "battery client", "time [s]",
+                     "SKIN:" + name.replace("\n", " ")):
+            self.assertEqual([t for t in texts if t.strip() == text][:1], [text], texts)
+        self.assertNotIn("CPU:cool", texts)
+        png = self.path("plot.png")
+        self.success(run("plot", recording, "--output", png))
+        self.assertEqual(pathlib.Path(png).read_bytes()[:4], b"\x89PNG")
+        names = os.listdir(self.folder.name)
+        self.assertNotIn("HERE", names)
+        self.assertEqual([n for n in names if n.endswith(".part")], [])
+
+    def test_a_plot_that_cannot_be_made_is_a_failure(self):
+        recording = self.write("good", HEADER + '{"at": 0, "battery": {"level": 5}}\n')
+        svg = self.path("none.svg")
+        self.failure(run("plot", recording, "--output", svg, env={"PATH": self.folder.name}),
+                     "gnuplot is not installed")
+        self.failure(run("plot", recording, "--output", self.path("no/such.svg")), "cannot write")
+        self.failure(run("plot", self.write("bare", HEADER), "--output", svg), "nothing")
+        self.failure(run("plot", self.write("bad", "{}"), "--output", svg), "header")
+        fake = pathlib.Path(self.path("gnuplot"))
+        fake.write_text("#!/bin/sh\nexit 1\n", encoding="ascii")
+        fake.chmod(0o755)
+        self.failure(run("plot", recording, "--output", svg, env={"PATH": self.folder.name}),
+                     "gnuplot has failed")
+        fake.unlink()
+        self.assertFalse(os.path.exists(svg))
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1], verbosity=2)

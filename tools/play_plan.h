@@ -1,0 +1,26 @@
+// What it takes to play a recording.
+#pragma once
+
+#include <vector>
+
+#include "tools/device.h"
+#include "tools/recording.h"
+
+namespace norvik::qel::tool {
+
+struct PlayPlan {
+  struct Step {
+    RecordedEvent event;  // without a line when the recording takes it for granted
+    int refusals = 0;     // that a service which starts with this step begins with
+  };
+
+  Equipment equipment;
+  std::vector<Step> steps;
+  Seconds length{};  // up to the last line, also when that is not to be played
+};
+
+// Services that the recording does not start run from the beginning, and clients that do not join
+// in it join when their service starts first. What is at the time 0 has happened before.
+PlayPlan MakePlayPlan(const Recording& recording);
+
+}  // namespace norvik::qel::tool

@@ -1,0 +1,161 @@
+#include <aidl/android/hardware/thermal/TemperatureType.h>
+#include <android/sensor.h>
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include "devices/simulated/health.h"
+#include "devices/simulated/sensor_hub.h"
+#include "devices/simulated/thermal.h"
+#include "tools/host.h"
+
+namespace norvik::qel::tool {
+
+namespace {
+
+using aidl::android::hardware::thermal::TemperatureType;
+using aidl::android::hardware::thermal::ThrottlingSeverity;
+using simulated::ThermalPath;
+using Temperature = simulated::Thermal::Temperature;
+
+constexpr int kUnknown = -1;
+
+// A device may have told a type that has no name here.
+TemperatureType TypeNamed(std::string_view name) {
+  for (const TemperatureType type : ndk::enum_range<TemperatureType>()) {
+    if (toString(type) == name) return type;
+  }
+  return TemperatureType::UNKNOWN;
+}
+
+float ToFloat(std::optional<float> value) {
+  return value.value_or(std::numeric_limits<float>::quiet_NaN());
+}
+
+Temperature ToTemperature(const TemperatureReport& report) {
+  return {.type = TypeNamed(report.type),
+          .name = report.name,
+          .value = ToFloat(report.value),
+          .throttlingStatus = static_cast<ThrottlingSeverity>(report.severity)};
+}
+
+int32_t TypeOf(Sensor sensor) {
+  return sensor == Sensor::kProximity ? ASENSOR_TYPE_PROXIMITY : ASENSOR_TYPE_HINGE_ANGLE;
+}
+
+class SimulatedPlayer : public PlayedDevice {
+ public:
+  SimulatedPlayer(const Equipment& equipment, DeviceObserver observer)
+      : observer_(Translate(std::move(observer))),
+        health_(observer_),
+        sensors_(observer_),
+        thermal_(observer_) {
+    health_.Change([](simulated::Health::HealthInfo& info) {
+      info.batteryLevel = kUnknown;
+      info.batteryCycleCount = kUnknown;
+    });
+    for (const Sensor sensor : equipment.sensors) {
+      sensors_.Add(TypeOf(sensor), sensor == Sensor::kProximity ? "proximity" : "hinge angle");
+    }
+    thermal_.Change([&](simulated::Thermal::ThermalData& data) {
+      data = {};
+      for (const TemperatureReport& report : equipment.temperatures) {
+        data.temperatures.push_back(ToTemperature(report));
+      }
+    });
+    // Nobody is to wait for a service that never comes.
+    const auto has = [&](std::string_view service) {
+      return equipment.services.contains(std::string(service));
+    };
+    if (!has(kHealthService)) health_.Undeclare();
+    if (!has(kThermalService)) thermal_.Undeclare(ThermalPath::kAidl);
+    if (has(kHidlThermalService)) thermal_.Declare(ThermalPath::kHidl);
+  }
+
+  void Start(const DeviceSetup& setup) override { BecomeHostProcess(setup); }
+
+  void Play(const DeviceEvent& event) override {
+    switch (event.kind) {
+      case DeviceEvent::Kind::kServiceStarted:
+        StartService(event.service);
+        break;
+      case DeviceEvent::Kind::kServiceDied:
+        KillService(event.service);
+        break;
+      case DeviceEvent::Kind::kNotice:
+        observer_({.kind = devices::DeviceEvent::Kind::kNotice,
+                   .service = event.service,
+                   .detail = event.detail});
+        break;
+      case DeviceEvent::Kind::kReported:
+        std::visit([&](const auto& report) { Make(report); }, event.report);
+        break;
+      default:
+        break;  // what the library's calls have led to will come of itself
+    }
+  }
+
+  void RefuseRegistrations(int count) override {
+    for (int i = 0; i < count; ++i) {
+      health_.on(devices::HealthOperation::kRegisterCallback)
+          .Then(standin::Outcome::Exception(EX_ILLEGAL_STATE, "not ready yet"));
+    }
+  }
+
+ private:
+  void StartService(std::string_view service) {
+    if (service == kHealthService) health_.Start();
+    if (service == kSensorService) sensors_.Start();
+    if (service == kThermalService) thermal_.Start(ThermalPath::kAidl);
+    if (service == kHidlThermalService) thermal_.Start(ThermalPath::kHidl);
+  }
+
+  void KillService(std::string_view service) {
+    if (service == kHealthService) health_.Kill();
+    if (service == kThermalService) thermal_.Kill(ThermalPath::kAidl);
+    if (service == kHidlThermalService) thermal_.Kill(ThermalPath::kHidl);
+  }
+
+  void Make(std::monostate /*nothing*/) {}
+
+  void Make(const BatteryReport& report) {
+    health_.Change([&](simulated::Health::HealthInfo& info) {
+      info.batteryLevel = report.level.value_or(kUnknown);
+      info.batteryCycleCount = report.cycle_count.value_or(kUnknown);
+      info.chargerWirelessOnline = report.wireless_online;
+      info.chargerDockOnline = report.dock_online;
+    });
+  }
+
+  void Make(const SensorReport& report) {
+    sensors_.Report(TypeOf(report.sensor), ToFloat(report.value));
+  }
+
+  // A temperature that is reported as it is already is a notification, which changes nothing.
+  void Make(const TemperatureReport& report) {
+    const Temperature temperature = ToTemperature(report);
+    bool changed = false;
+    thermal_.Change([&](simulated::Thermal::ThermalData& data) {
+      for (Temperature& mine : data.temperatures) {
+        if (mine.type != temperature.type || mine.name != temperature.name) continue;
+        changed = std::exchange(mine, temperature) != temperature;
+      }
+    });
+    if (!changed) thermal_.Notify(temperature);
+  }
+
+  const devices::DeviceObserver observer_;
+  simulated::Health health_;
+  simulated::SensorHub sensors_;
+  simulated::Thermal thermal_;
+};
+
+}  // namespace
+
+std::unique_ptr<PlayedDevice> MakePlayedDevice(const Equipment& equipment,
+                                               DeviceObserver observer) {
+  return std::make_unique<SimulatedPlayer>(equipment, std::move(observer));
+}
+
+}  // namespace norvik::qel::tool

@@ -1,0 +1,26 @@
+#include <stdexcept>
+
+#include "tools/commands.h"
+#include "tools/gnuplot.h"
+#include "tools/options.h"
+#include "tools/output.h"
+#include "tools/plot_script.h"
+#include "tools/recording_reader.h"
+
+namespace norvik::qel::tool {
+
+int Plot(const Options& options, Output& output) {
+  const std::string& path = options.operands.front();
+  const Recording recording = ReadRecording(path);
+  const std::string name = path.substr(path.rfind('/') + 1);
+  const std::string title =
+      recording.device.empty() ? name : name + ": the device '" + recording.device + "'";
+  const PlotFormat format = options.output.ends_with(".svg") ? PlotFormat::kSvg : PlotFormat::kPng;
+  const std::string script = PlotScript(MakeTimeline(recording), title, format);
+  if (script.empty()) throw std::runtime_error(path + " holds nothing that could be drawn");
+  RunGnuplot(script, options.output);
+  output.Explain("Drawn into " + options.output + ".");
+  return EXIT_SUCCESS;
+}
+
+}  // namespace norvik::qel::tool

@@ -1,0 +1,15 @@
+// A timeline as a script for gnuplot.
+#pragma once
+
+#include <string>
+
+#include "tools/timeline.h"
+
+namespace norvik::qel::tool {
+
+enum class PlotFormat { kSvg, kPng };
+
+// Panels one above the other, with one axis of time. Empty when the timeline is.
+std::string PlotScript(const Timeline& timeline, const std::string& title, PlotFormat format);
+
+}  // namespace norvik::qel::tool

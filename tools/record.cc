@@ -1,0 +1,72 @@
+#include <optional>
+#include <string>
+
+#include "tools/all_clients.h"
+#include "tools/battery_life.h"
+#include "tools/commands.h"
+#include "tools/living.h"
+#include "tools/recorder.h"
+#include "tools/sensor_life.h"
+#include "tools/session.h"
+#include "tools/thermal_life.h"
+
+namespace norvik::qel::tool {
+
+namespace {
+
+// The device has told by now what it has, as far as it is up.
+void NoteBeginning(Session& session) {
+  while (session.WaitUntil(Session::Clock::now()) == Session::Wake::kEvent) {
+    // The session's listener takes it.
+  }
+}
+
+void LetLive(Session& session, Session::Clock::time_point end) {
+  std::optional<BatteryLife> battery;
+  if (BatteryDriver* driver = session.device().battery_driver()) battery.emplace(*driver);
+  std::optional<SensorLife> sensors;
+  if (SensorDriver* driver = session.device().sensor_driver()) sensors.emplace(*driver);
+  std::optional<ThermalLife> thermal;
+  if (ThermalDriver* driver = session.device().thermal_driver()) thermal.emplace(*driver);
+  Live(
+      session,
+      {battery ? &*battery : nullptr, sensors ? &*sensors : nullptr, thermal ? &*thermal : nullptr},
+      end);
+}
+
+}  // namespace
+
+int Record(const Options& options, Output& output) {
+  const std::string device(options.device->name);
+  Recorder recorder(options.operands.front(), options.existing, device);
+  output.Explain("Recording the device '" + device + "' into " + options.operands.front() +
+                 (options.duration ? "." : "; Ctrl-C ends."));
+  AllClients* learner = nullptr;
+  Session session(options, output, {.listener = [&](const Event& event) {
+                    if (learner != nullptr) learner->Learn(event);
+                    return recorder.Note(event);
+                  }});
+  AllClients clients(session.events());
+  learner = &clients;
+  NoteBeginning(session);
+  bool refused = false;
+  const auto join = [&](std::string_view family) {
+    recorder.NoteJoin(family);
+    refused |= !clients.Join(family);
+  };
+  join(kBatteryFamily);
+  join(kSensorFamily);
+  join(kThermalFamily);
+  // What is refused keeps nobody from recording all the rest.
+  if (refused) Complain(kRefusal);
+  LetLive(session, EndOf(options));
+  if (!recorder.failure().empty()) {
+    Complain(recorder.failure());
+    return EXIT_FAILURE;
+  }
+  output.Explain("Recorded " + Counted(recorder.event_count(), "event") + " in " +
+                 options.operands.front() + ".");
+  return refused ? EXIT_FAILURE : EXIT_SUCCESS;
+}
+
+}  // namespace norvik::qel::tool

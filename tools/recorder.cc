@@ -1,0 +1,86 @@
+#include "tools/recorder.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <stdexcept>
+#include <system_error>
+#include <utility>
+
+namespace norvik::qel::tool {
+
+namespace {
+
+std::string InWords(int error) {
+  return std::generic_category().message(error);
+}
+
+int Open(const std::string& path, ExistingFile existing) {
+  const int how = existing == ExistingFile::kRefuse ? O_EXCL : O_TRUNC;
+  const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | how, 0666);
+  if (fd >= 0) return fd;
+  if (errno == EEXIST) {
+    throw std::runtime_error(path + " exists already; --force overwrites it");
+  }
+  throw std::runtime_error("cannot write " + path + ": " + InWords(errno));
+}
+
+}  // namespace
+
+Recorder::Recorder(const std::string& path, ExistingFile existing, std::string_view device)
+    : path_(path), begin_(std::chrono::system_clock::now()), fd_(Open(path, existing)) {
+  if (WriteLine(RecordingWriter::Header(device, begin_))) return;
+  close(fd_);
+  if (existing == ExistingFile::kRefuse) unlink(path_.c_str());  // it is ours, and empty
+  throw std::runtime_error(failure_);
+}
+
+Recorder::~Recorder() {
+  close(fd_);
+}
+
+bool Recorder::Note(const Event& event) {
+  if (const auto* change = std::get_if<ValueChange>(&event.what)) {
+    const ClientCalled called = {.property = std::string(change->property->key),
+                                 .value = change->new_value};
+    return Write({.at = {}, .what = called}, event.time);
+  }
+  return Write({.at = {}, .what = std::get<DeviceEvent>(event.what)}, event.time);
+}
+
+bool Recorder::NoteJoin(std::string_view family) {
+  return Write({.at = {}, .what = ClientJoined{.family = std::string(family)}},
+               std::chrono::system_clock::now());
+}
+
+bool Recorder::Write(RecordedEvent event, WallTime time) {
+  // Times never run backwards in a recording, even when somebody sets the clock.
+  last_ = std::max(last_, Seconds(time - begin_));
+  event.at = last_;
+  auto line = writer_.Line(event);
+  return line ? WriteLine(std::move(*line)) : failure_.empty();
+}
+
+bool Recorder::WriteLine(std::string line) {
+  if (!failure_.empty()) return false;
+  line += '\n';
+  std::string_view rest = line;
+  while (!rest.empty()) {
+    const ssize_t written = write(fd_, rest.data(), rest.size());
+    if (written >= 0) {
+      rest.remove_prefix(static_cast<size_t>(written));
+    } else if (errno != EINTR) {
+      failure_ = "cannot write " + path_ + ": " + InWords(errno);
+      // Half a line would make the file unreadable.
+      const off_t half = static_cast<off_t>(line.size() - rest.size());
+      static_cast<void>(ftruncate(fd_, lseek(fd_, 0, SEEK_CUR) - half) == 0);
+      return false;
+    }
+  }
+  ++line_count_;
+  return true;
+}
+
+}  // namespace norvik::qel::tool

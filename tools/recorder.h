@@ -1,0 +1,45 @@
+// Writes a recording while things happen.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "tools/options.h"
+#include "tools/recording_writer.h"
+
+namespace norvik::qel::tool {
+
+// The file is a complete recording after every line, whatever becomes of the program.
+//
+// Threads: the main thread.
+class Recorder {
+ public:
+  // Makes the file and writes its header. Throws when that cannot be done, or when the file exists
+  // and is to be kept.
+  Recorder(const std::string& path, ExistingFile existing, std::string_view device);
+  ~Recorder();
+  Recorder(const Recorder&) = delete;
+  Recorder& operator=(const Recorder&) = delete;
+
+  // False once the file cannot be written. Nothing is written afterwards.
+  bool Note(const Event& event);
+  bool NoteJoin(std::string_view family);
+
+  int event_count() const { return line_count_ - 1; }
+  // What is wrong with the file, in words; empty when nothing is.
+  const std::string& failure() const { return failure_; }
+
+ private:
+  bool Write(RecordedEvent event, WallTime time);
+  bool WriteLine(std::string line);
+
+  const std::string path_;
+  const WallTime begin_;
+  RecordingWriter writer_;
+  Seconds last_{};
+  int fd_;
+  int line_count_ = 0;
+  std::string failure_;
+};
+
+}  // namespace norvik::qel::tool

@@ -1,0 +1,148 @@
+#include "tools/recording_fields.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <utility>
+#include <vector>
+
+namespace norvik::qel::tool {
+
+using nlohmann::json;
+
+namespace {
+
+constexpr int kLowestInt = std::numeric_limits<int>::lowest();
+constexpr int kHighestInt = std::numeric_limits<int>::max();
+constexpr double kHighestFloat = std::numeric_limits<float>::max();
+
+std::string InWords(double number) {
+  return json(number).dump();
+}
+
+// The parser itself would take the last of several values and say nothing.
+class KeysOnce {
+ public:
+  bool operator()(int depth, json::parse_event_t event, const json& parsed) {
+    const auto level = static_cast<size_t>(depth);
+    if (event == json::parse_event_t::object_start) {
+      keys_.resize(level + 1);
+      keys_.emplace_back();
+    }
+    if (event == json::parse_event_t::key &&
+        !keys_.at(level).insert(parsed.get<std::string>()).second) {
+      throw LineError("the key '" + parsed.get<std::string>() + "' comes twice");
+    }
+    return true;
+  }
+
+ private:
+  std::vector<std::set<std::string>> keys_;  // by depth
+};
+
+}  // namespace
+
+json ParseLine(const std::string& line) {
+  try {
+    return json::parse(line, KeysOnce());
+  } catch (const json::parse_error& error) {
+    const std::string at = " (at byte " + std::to_string(error.byte) + ")";
+    const bool is_encoding = std::string_view(error.what()).find("UTF-8") != std::string_view::npos;
+    throw LineError((is_encoding ? "not UTF-8" : "not JSON") + at);
+  } catch (const json::out_of_range&) {
+    throw LineError("a number is too large");
+  }
+}
+
+RecordingFields::RecordingFields(const json& object, std::string where)
+    : object_(object), where_(std::move(where)) {
+  if (object.is_object()) return;
+  throw LineError(where_.empty()
+                      ? "not an object"
+                      : "'" + where_.substr(0, where_.size() - 1) + "' is not an object");
+}
+
+std::string RecordingFields::Text(const std::string& key) {
+  const json& field = Take(key);
+  if (!field.is_string()) Complain(key, "is not a text");
+  return field.get<std::string>();
+}
+
+std::string RecordingFields::Choice(const std::string& key,
+                                    std::span<const std::string_view> choices) {
+  std::string text = Text(key);
+  if (std::find(choices.begin(), choices.end(), text) != choices.end()) return text;
+  std::string names;
+  for (const std::string_view choice : choices) {
+    names += (names.empty() ? "" : ", ") + std::string(choice);
+  }
+  Complain(key, "is '" + text + "' and not one of " + names);
+}
+
+bool RecordingFields::Flag(const std::string& key) {
+  const json& field = Take(key);
+  if (!field.is_boolean()) Complain(key, "is neither true nor false");
+  return field.get<bool>();
+}
+
+int RecordingFields::Integer(const std::string& key, int lowest, int highest) {
+  if (!Take(key).is_number_integer()) Complain(key, "is not a whole number");
+  return static_cast<int>(Number(key, lowest, highest));
+}
+
+double RecordingFields::Number(const std::string& key, double lowest, double highest) {
+  const json& field = Take(key);
+  if (!field.is_number()) Complain(key, "is not a number");
+  const auto number = field.get<double>();
+  if (number >= lowest && number <= highest) return number;
+  Complain(key, "is " + field.dump() + ", out of the range from " + InWords(lowest) + " to " +
+                    InWords(highest));
+}
+
+std::optional<int> RecordingFields::MaybeInteger(const std::string& key, int lowest, int highest) {
+  if (Take(key).is_null()) return std::nullopt;
+  return Integer(key, lowest, highest);
+}
+
+std::optional<float> RecordingFields::MaybeNumber(const std::string& key) {
+  if (Take(key).is_null()) return std::nullopt;
+  return static_cast<float>(Number(key, -kHighestFloat, kHighestFloat));
+}
+
+Severity RecordingFields::ReadSeverity(const std::string& key) {
+  if (Take(key).is_number()) return static_cast<Severity>(Integer(key, kLowestInt, kHighestInt));
+  const std::string name = Text(key);
+  const auto severity = SeverityNamed(name);
+  if (!severity) Complain(key, "is '" + name + "', which is no severity");
+  return *severity;
+}
+
+Value RecordingFields::AnyValue(const std::string& key) {
+  const json& field = Take(key);
+  if (field.is_null()) return {};
+  if (field.is_boolean()) return field.get<bool>();
+  if (field.is_string()) return ReadSeverity(key);
+  return Integer(key, kLowestInt, kHighestInt);
+}
+
+RecordingFields RecordingFields::Object(const std::string& key) {
+  return {Take(key), where_ + key + "."};
+}
+
+void RecordingFields::CheckAllTaken() const {
+  for (const auto& [key, value] : object_.items()) {
+    if (!taken_.contains(key)) throw LineError("unknown key '" + where_ + key + "'");
+  }
+}
+
+const json& RecordingFields::Take(const std::string& key) {
+  if (!Has(key)) throw LineError("'" + where_ + key + "' is missing");
+  taken_.insert(key);
+  return object_.at(key);
+}
+
+void RecordingFields::Complain(const std::string& key, const std::string& what) const {
+  throw LineError("'" + where_ + key + "' " + what);
+}
+
+}  // namespace norvik::qel::tool

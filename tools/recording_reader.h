@@ -1,0 +1,14 @@
+// Reads recordings, whether a program or somebody's hand has written them.
+#pragma once
+
+#include <string>
+
+#include "tools/recording.h"
+
+namespace norvik::qel::tool {
+
+// The whole file. Throws std::runtime_error when it cannot be read or is no recording: with the
+// file, the line and what is wrong there.
+Recording ReadRecording(const std::string& path);
+
+}  // namespace norvik::qel::tool
