@@ -9,9 +9,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <optional>
 #include <semaphore>
 #include <string>
@@ -21,6 +18,7 @@
 
 #include "standin/service_manager.h"
 #include "tests/support/battery_fixture.h"
+#include "tests/support/process_state.h"
 #include "tests/support/sanitizers.h"
 
 namespace norvik::qel {
@@ -35,18 +33,7 @@ using BatteryLifetimeTest = BatteryFixture;
 // The threads of the library in this process, by their names. (The stand-in for the platform makes
 // and keeps binder threads as it needs them.)
 int LibraryThreads() {
-  int count = 0;
-  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
-    std::string name;
-    std::getline(std::ifstream(task.path() / "comm"), name);  // empty when it has just ended
-    if (name.starts_with("battery_")) ++count;
-  }
-  return count;
-}
-
-int Descriptors() {
-  const std::filesystem::directory_iterator entries("/proc/self/fd");
-  return static_cast<int>(std::distance(begin(entries), end(entries)));
+  return ThreadsNamed({"battery_reconnect", "battery_callback"});
 }
 
 size_t ResidentBytes() {

@@ -7,8 +7,6 @@
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -19,6 +17,7 @@
 
 #include "standin/gate.h"
 #include "standin/service_manager.h"
+#include "tests/support/process_state.h"
 #include "tests/support/sanitizers.h"
 #include "tests/support/sensor_fixture.h"
 
@@ -246,14 +245,7 @@ TEST_F(SensorLifetimeTest, OneHandleServesManyThreads) {
 
 TEST_F(SensorLifetimeTest, HandlesLeaveNothingBehind) {
   const auto threads = [] {
-    int count = 0;
-    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
-      std::string name;
-      std::getline(std::ifstream(task.path() / "comm"), name);  // empty when it has just ended
-      // A name holds 15 characters.
-      if (name == "sensor_poll" || name == "sensor_callback" || name == "sensor_reconnec") ++count;
-    }
-    return count;
+    return ThreadsNamed({"sensor_poll", "sensor_callback", "sensor_reconnect"});
   };
   EXPECT_TRUE(Eventually([&] { return threads() == 3; }));
   DeinitSensorInfo(&handle_);

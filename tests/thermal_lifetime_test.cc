@@ -6,7 +6,6 @@
 #include <atomic>
 #include <cerrno>
 #include <chrono>
-#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
@@ -15,6 +14,7 @@
 #include <thread>
 #include <vector>
 
+#include "tests/support/process_state.h"
 #include "tests/support/sanitizers.h"
 #include "tests/support/thermal_fixture.h"
 
@@ -38,17 +38,8 @@ class ThermalLifetimeTest : public ThermalPathTest {
 INSTANTIATE_TEST_SUITE_P(, ThermalLifetimeTest,
                          testing::Values(ThermalPath::kAidl, ThermalPath::kHidl), PathName);
 
-// The threads of the family in this process, by their names, of which 15 characters are kept.
 int ThermalThreads() {
-  int count = 0;
-  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
-    std::string name;
-    std::getline(std::ifstream(task.path() / "comm"), name);  // empty when it has just ended
-    if (name == "thermal_callbac" || name == "thermal_restore" || name == "thermal_reconne") {
-      ++count;
-    }
-  }
-  return count;
+  return ThreadsNamed({"thermal_reconnect", "thermal_restore", "thermal_callback"});
 }
 
 // Every thread that has not been joined keeps its stack mapped.
@@ -216,7 +207,7 @@ TEST_P(ThermalLifetimeTest, TheEndWaitsForACallbackAndRefusesItsRegistrations) {
   EndsInTime([this] { DeinitThermalInfo(&handle_); });
   EXPECT_FALSE(self.results.empty());
   EXPECT_EQ(registered(), 0u);
-  EXPECT_EQ(ThermalThreads(), 0);
+  EXPECT_TRUE(Eventually([] { return ThermalThreads() == 0; }));
 }
 
 TEST_P(ThermalLifetimeTest, AHandleMayGoWhileItsDeathNoticeIsAboutToRun) {
@@ -319,10 +310,6 @@ TEST_P(ThermalLifetimeTest, ALateNotificationTouchesNothing) {
 
 TEST_P(ThermalLifetimeTest, HandlesLeaveNothingBehind) {
   DeinitThermalInfo(&handle_);
-  const auto descriptors = [] {
-    const std::filesystem::directory_iterator entries("/proc/self/fd");
-    return std::distance(begin(entries), end(entries));
-  };
   const auto cycle = [this] {
     Seen<Call> seen;
     void* handle = nullptr;
@@ -335,10 +322,10 @@ TEST_P(ThermalLifetimeTest, HandlesLeaveNothingBehind) {
     log_.Clear();
   };
   for (int round = 0; round < 10; ++round) cycle();
-  const auto before = descriptors();
+  const int before = Descriptors();
   for (int round = 0; round < (kSanitized ? 100 : 1'000); ++round) cycle();
-  EXPECT_EQ(descriptors(), before);
-  EXPECT_EQ(ThermalThreads(), 0);
+  EXPECT_EQ(Descriptors(), before);
+  EXPECT_TRUE(Eventually([] { return ThermalThreads() == 0; }));
 }
 
 // Everything at once: reports, deaths, and handles that come and go with their clients.
