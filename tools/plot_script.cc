@@ -159,7 +159,7 @@ void Script::AddSensors() {
 void Script::AddSeverities() {
   const auto is_throttled = [](const auto& entry) {
     return std::any_of(entry.second.begin(), entry.second.end(),
-                       [](const Timeline::Point& point) { return point.value != 0; });
+                       [](const Timeline::Point& point) { return point.value > 0; });
   };
   // What is never throttled is not worth a line, unless nothing is.
   const auto& severities = timeline_.severities;
@@ -167,7 +167,7 @@ void Script::AddSeverities() {
   std::vector<std::string> plots;
   double highest = 1;
   for (const auto& entry : severities) {
-    if (any && !is_throttled(entry)) continue;
+    if (any ? !is_throttled(entry) : !HasValue(entry.second)) continue;
     const size_t index = plots.size();
     for (const auto& point : entry.second) highest = std::max(highest, point.value);
     // Lines that would cover each other are a little apart.
