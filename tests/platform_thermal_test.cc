@@ -302,7 +302,7 @@ TEST_F(ThermalTest, TheObserverHearsOnceOfEveryChangeAndOfTheStateAtTheStart) {
   skin.value = 36;
   expect("thermal (HIDL)", skin);
   thermal_.Start(ThermalPath::kAidl);  // the other one has told it all
-  thermal_.Change([](ThermalData& data) { data.temperatures.erase(data.temperatures.begin()); });
+  thermal_.Change([](simulated::Thermal::ThermalData& data) { data.temperatures.erase(data.temperatures.begin()); });
   const auto event = reports_.Take();
   ASSERT_TRUE(event.has_value());
   ASSERT_TRUE(std::holds_alternative<devices::TemperatureGone>(event->report));
@@ -314,7 +314,7 @@ TEST_F(ThermalTest, WhatThrottledAndHasGoneIsReleased) {
   ASSERT_TRUE(LookUpAidl()->registerThermalChangedCallback(aidl).isOk());
   thermal_.SetSeverity("cpu", ThrottlingSeverity::SEVERE);
   EXPECT_EQ(aidl->heard.Take()->temperature.throttlingStatus, ThrottlingSeverity::SEVERE);
-  thermal_.Change([](ThermalData& data) { data.temperatures.clear(); });
+  thermal_.Change([](simulated::Thermal::ThermalData& data) { data.temperatures.clear(); });
   const Temperature released = aidl->heard.Take()->temperature;
   EXPECT_EQ(released.name, "cpu");
   EXPECT_EQ(released.throttlingStatus, ThrottlingSeverity::NONE);

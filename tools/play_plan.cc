@@ -71,6 +71,7 @@ Equipment EquipmentOf(const Recording& recording) {
 bool NeedsServices(const RecordedEvent& event) {
   return event.at > Seconds(0) || std::holds_alternative<Expectation>(event.what) ||
          std::holds_alternative<Question>(event.what) ||
+         std::holds_alternative<ClientLeft>(event.what) ||
          (DeviceEventOf(event) != nullptr && DeviceEventOf(event)->kind == Kind::kServiceDied);
 }
 

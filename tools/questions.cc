@@ -79,7 +79,7 @@ bool Matches(const Value& value, const Value& expected) {
 
 Answer Ask(const Question& question, AllClients& clients) {
   const Readings readings = Read(question, clients);
-  if (!readings) return {.text = "", .fault = "the service cannot be asked"};
+  if (!readings) return {.text = "", .fault = "the service cannot be asked: " + question.family};
   Answer answer = {.text = InWords(*readings), .fault = ""};
   for (size_t i = 0; i < readings->size(); ++i) {
     const auto& [property, value] = (*readings)[i];

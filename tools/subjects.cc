@@ -53,6 +53,10 @@ std::optional<std::string_view> FamilyOfSubject(std::string_view subject) {
   return found != kClientFamilies.end() ? std::optional(*found) : FamilyOfProperty(subject);
 }
 
+bool Covers(std::string_view subject, std::string_view property) {
+  return subject == property || FamilyOfProperty(property) == subject;
+}
+
 Property PropertyOf(std::string_view key) {
   if (const auto* battery = BatteryPropertyOf(key)) return *battery;
   if (const auto* sensor = SensorPropertyOf(key)) return *sensor;

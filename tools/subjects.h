@@ -30,6 +30,9 @@ std::optional<std::string_view> FamilyOfProperty(std::string_view key);
 // The same of a family or a property.
 std::optional<std::string_view> FamilyOfSubject(std::string_view subject);
 
+// Whether the property is the subject, or one of its family.
+bool Covers(std::string_view subject, std::string_view property);
+
 // As which the values of a property that has no table are shown, too: a temperature's throttling.
 Property PropertyOf(std::string_view key);
 

@@ -10,10 +10,6 @@ namespace {
 
 using Kind = DeviceEvent::Kind;
 
-bool Covers(std::string_view subject, std::string_view property) {
-  return subject == property || FamilyOfProperty(property) == subject;
-}
-
 // What follows the call in the detail of a refusal is the reason.
 bool IsLike(const DeviceEvent& event, const DeviceEvent& expected) {
   if (event.kind != expected.kind || event.service != expected.service) return false;
