@@ -76,6 +76,12 @@ void Checker::Check(const DeviceEvent& event) {
 }
 
 void Checker::Check(const ClientJoined& joined) {
+  // All others may join and wait.
+  const bool is_battery = FamilyOfSubject(joined.subject) == kBatteryFamily;
+  if (is_battery && !equipment_.services.contains(std::string(kHealthService))) {
+    throw LineError("there is no health service that a client of " + joined.subject +
+                    " could wait for");
+  }
   for (const std::string& key : KeysOf(joined.subject)) {
     if (!joined_.insert(key).second) throw LineError("a client of " + key + " has joined already");
     ever_joined_.insert(key);
