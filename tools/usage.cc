@@ -12,7 +12,8 @@ constexpr char kCommands[] =
 Usage: quorvel COMMAND [OPTIONS]
 
 Commands:
-  demo                tell the library's story on a simulated phone, in some 20 seconds;
+  demo                tell the library's story on a simulated phone, in some 20 seconds,
+                      and check that it goes as told;
                       with another device: show what that device has
   watch battery       print battery and charger values as they change, until Ctrl-C
   get battery         ask for the values once
@@ -27,8 +28,9 @@ Commands:
   dump                print the state of the library, all families, as the library describes it
   record FILE         write down what the device reports and when clients of all families are
                       called, until Ctrl-C; the file is complete at every moment
-  play FILE           let a simulated phone go through what the file tells, and print what the
-                      clients hear; a file with a fault is refused before anything is played
+  play FILE           let a simulated phone go through what the file tells, print what the clients
+                      hear, and fail when something that the file expects does not come; a file
+                      with a fault is refused before anything is played
   plot FILE --output PLOT.svg|PLOT.png
                       draw the file as a timeline, with gnuplot
 
@@ -72,7 +74,8 @@ JSON: every object has "time" (ISO 8601, UTC) and "event", and by event:
   dump                     "family": "battery", "sensors" or "thermal"; "text"
   heading, narration       "text"
   summary                  "success", "callbacks", "text"; of the health service "deaths",
-                           "relinks", "refusals"; of the thermal service "thermal_deaths" (demo)
+                           "relinks", "refusals"; of the thermal service "thermal_deaths" (demo;
+                           play of a file that expects something)
 Properties: battery_level (percent), battery_cycle_count, wireless_charger, dock_charger;
 proximity (cm), hinge_angle (degrees); throttling by TYPE:NAME as given; temperatures by NAME as
 given (degrees Celsius); bcl_current and bcl_voltage (lists of throttling).
@@ -80,11 +83,12 @@ given (degrees Celsius); bcl_current and bcl_voltage (lists of throttling).
 Environment: QUORVEL_THERMAL_TYPES names a file that tells what the thermal zones of this machine
 are, for the device linux.
 
-Recordings: one JSON object a line, as docs/recordings.md describes; they can be written by hand.
+Recordings: one JSON object a line, as docs/recordings.md describes; they can be written by hand and
+say what is to be expected, as docs/examples/demo.jsonl does, the story of the demo.
 
 Exit code: 0 on success, also when Ctrl-C ends a command; 1 when something failed, such as asking
-for a temperature that the device does not have or playing a file that is no recording; 2 when the
-command line is wrong.
+for a temperature that the device does not have, playing a file that is no recording, or something
+that the demo or a played file expects and that does not come; 2 when the command line is wrong.
 )help";
 
 std::string Devices() {
