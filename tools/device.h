@@ -113,6 +113,7 @@ struct DeviceType {
   std::string_view name;
   std::string_view description;  // for the help
   std::unique_ptr<Device> (*make)(DeviceObserver observer);
+  bool tells = true;  // an observer is told of something
 };
 
 // What there is to choose from in this build. The first is the default.
