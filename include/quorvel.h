@@ -33,6 +33,17 @@
 #include <stdbool.h>
 #include <stddef.h>
 
+/**
+ * @name Version
+ * Of this header, by the rules of semantic versioning: what is built against one version runs with
+ * every later one of the same major number. The library's file name carries that number.
+ * @{
+ */
+#define QUORVEL_VERSION_MAJOR 1
+#define QUORVEL_VERSION_MINOR 0
+#define QUORVEL_VERSION_PATCH 0
+/** @} */
+
 #ifdef __cplusplus
 extern "C" {
 #endif

@@ -116,6 +116,7 @@ struct DeviceType {
   std::string_view description;  // for the help
   bool tells_demo;               // `demo` plays its story on a phone like this
   std::unique_ptr<Device> (*make)(DeviceObserver observer);
+  bool tells = true;  // an observer is told of something
 };
 
 // What there is to choose from in this build. The first is the default.
