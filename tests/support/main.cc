@@ -3,12 +3,19 @@
 #include <android/log.h>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <locale>
+
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
   // Tests look at the log through a LogCapture; what is logged outside one is only noise.
   __android_log_set_minimum_priority(ANDROID_LOG_ERROR);
   // A death test runs in a new process from its start: the binder threads do not survive a fork.
   GTEST_FLAG_SET(death_test_style, "threadsafe");
+  // A program may have a locale of its own, which nothing here is to heed.
+  if (const char* const name = std::getenv("QUORVEL_TEST_LOCALE")) {
+    std::locale::global(std::locale(name));
+  }
   ABinderProcess_startThreadPool();
   return RUN_ALL_TESTS();
 }
