@@ -189,6 +189,8 @@ Options ParseOptions(int argc, char** argv) {
   options.verbose = words.verbose;
   if (words.help || words.version) {
     options.command = words.help ? Options::Command::kHelp : Options::Command::kVersion;
+    const std::vector<CLI::App*> commands = app.get_subcommands();
+    if (!commands.empty()) options.help_of = commands.front()->get_name();
     return options;
   }
   options.command = FindCommand(app);
