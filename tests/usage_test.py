@@ -87,6 +87,12 @@ class UsageTest(unittest.TestCase):
                     self.assertIn(option, result.stderr)
         self.assertEqual(union, every)
 
+    def test_the_exit_code_tells_how_it_went(self):
+        for code, command in ((0, "get battery"), (0, "--version"), (1, "get temperatures attic"),
+                              (1, "play nothing"), (1, "plot nothing --output a.svg"),
+                              (1, "record no/such/folder"), (2, "sing"), (2, "demo --for 1s")):
+            self.assertEqual(run(*command.split()).returncode, code, command)
+
     def test_the_manual_page_has_every_command_and_option(self):
         page = manual("quorvel.1")
         entries = [re.sub(r"[A-Z].*|FILE.*", "", entry).split() for entry in ENTRIES]

@@ -127,9 +127,9 @@ Recordings: one JSON object a line, as docs/recordings.md describes; they can be
 Exit code:
   0  success, also when SIGINT (Ctrl-C) or SIGTERM ends watch, demo, record or play, and when who
      reads the output leaves
-  1  something failed, and standard error says what in a line: a service that cannot be asked, a
-     temperature or sensor that is not heard of, a file that cannot be read, is no recording or
-     exists already, output that cannot be written, a demo whose story went another way than told
+  1  something failed, and a line says what: a service that cannot be asked, a temperature or
+     sensor that is not heard of, a file that cannot be read, is no recording or exists already,
+     output that cannot be written, a demo whose story went another way than told
   2  the command line is wrong
 )",
      ""},
