@@ -13,7 +13,7 @@ import tempfile
 import unittest
 
 QUORVEL = os.path.abspath(sys.argv[1])
-ROOT = pathlib.Path(sys.argv[2])
+ROOT = pathlib.Path(sys.argv[2]).resolve()
 LIMIT = 60  # seconds; only a broken monitor meets it
 
 # What makes a command line complete but for its options.
@@ -54,6 +54,18 @@ def complete(*words):
     done = subprocess.run(["bash", "-euc", script, "bash", ROOT / "completions/quorvel.bash",
                            *words], capture_output=True, text=True, timeout=LIMIT, check=True)
     return set(done.stdout.split())
+
+
+def complete_in_fish(*words):
+    """The same of fish, which takes the line apart itself."""
+    script = 'source $argv[1]; complete --do-complete "$argv[2..]"'
+    with tempfile.TemporaryDirectory() as folder:  # where there is no file to offer
+        done = subprocess.run(["fish", "--no-config", "-c", script,
+                               ROOT / "completions/quorvel.fish", "quorvel", *words],
+                              capture_output=True, text=True, timeout=LIMIT, cwd=folder)
+    if done.returncode or done.stderr:
+        raise RuntimeError(done.stderr)
+    return {line.split("\t")[0] for line in done.stdout.splitlines()}
 
 
 def manual(name):
@@ -122,35 +134,41 @@ class UsageTest(unittest.TestCase):
         self.assertEqual(sorted(name for _, name, _ in shown), sorted(exports))
         self.assertEqual(sorted(re.findall(r"^\.Nm (\w+)", page, re.MULTILINE)), sorted(exports))
 
-    def test_bash_completes_what_the_help_lists(self):
-        self.assertEqual(complete(""), set(COMMANDS))
-        self.assertEqual(complete("--json", "re"), {"record"})
-        self.assertEqual(complete("--"), options_in(HELP))
-        for command in COMMANDS:
-            self.assertEqual(complete(command, "--"), options_in(run(command, "--help").stdout))
-        for command in ("watch", "get"):
-            self.assertEqual(complete(command, ""),
-                             {e.split()[1] for e in ENTRIES if e.split()[0] == command})
+    def test_shells_complete_what_the_help_lists(self):
         devices = set(re.findall(r"^ {24}(\w+)", HELP, re.MULTILINE))
-        self.assertEqual(complete("dump", "--device", ""), devices)
-        self.assertEqual(complete("--device", "linux", "watch", "b"), {"battery"})
-        self.assertEqual(complete("dump", "--device", "="), devices)
-        self.assertEqual(complete("--device", "=", "linux", "watch", "b"), {"battery"})
-        self.assertEqual(complete("dump", "--device", "=", "li"), {"linux"})
         types = HELP.split("\nTYPE is ")[1].split(".")[0].replace(" or ", ", ").replace("\n", " ")
-        self.assertEqual(complete("watch", "thermal", ""),
-                         {f"{name.strip()}:" for name in types.split(",")})
+        for shell in (complete, complete_in_fish):
+            self.assertEqual(shell(""), set(COMMANDS))
+            self.assertEqual(shell("--json", "re"), {"record"})
+            self.assertEqual(shell("--"), options_in(HELP))
+            for command in COMMANDS:
+                self.assertEqual(shell(command, "--"), options_in(run(command, "--help").stdout))
+            for command in ("watch", "get"):
+                self.assertEqual(shell(command, ""),
+                                 {e.split()[1] for e in ENTRIES if e.split()[0] == command})
+            self.assertEqual(shell("dump", "--device", ""), devices)
+            self.assertEqual(shell("--device", "linux", "watch", "b"), {"battery"})
+            self.assertEqual(shell("watch", "thermal", ""),
+                             {f"{name.strip()}:" for name in types.split(",")})
+            for words in (["watch", "battery", ""], ["demo", ""], ["watch", "battery", "--for", ""],
+                          ["record", "a", ""]):
+                self.assertEqual(shell(*words), set(), words)
+            with tempfile.TemporaryDirectory() as folder:
+                (pathlib.Path(folder) / "day.jsonl").touch()
+                file = f"{folder}/day.jsonl"
+                for words in (["play"], ["record"], ["plot"], ["demo", "--record"],
+                              ["plot", file, "--output"]):
+                    self.assertEqual(shell(*words, f"{folder}/d"), {file})
+
+    def test_words_that_a_shell_takes_apart_are_completed(self):
+        self.assertEqual(complete("dump", "--device", "="), {"simulated", "linux"})
+        self.assertEqual(complete("dump", "--device", "=", "li"), {"linux"})
+        self.assertEqual(complete("--device", "=", "linux", "watch", "b"), {"battery"})
         self.assertEqual(complete("watch", "thermal", "SKIN", ":", "skin", "G"), {"GPU:"})
-        for words in (["watch", "thermal", "SKIN", ":"], ["watch", "thermal", "SKIN", ":", "s"],
-                      ["watch", "battery", ""], ["demo", ""], ["watch", "battery", "--for", ""],
-                      ["record", "a", ""]):
-            self.assertEqual(complete(*words), set(), words)
-        with tempfile.TemporaryDirectory() as folder:
-            (pathlib.Path(folder) / "day.jsonl").touch()
-            file = f"{folder}/day.jsonl"
-            for words in (["play"], ["record"], ["plot"], ["demo", "--record"],
-                          ["plot", file, "--output"], ["play", "--speed", "2"]):
-                self.assertEqual(complete(*words, f"{folder}/d"), {file})
+        self.assertEqual(complete("watch", "thermal", "SKIN", ":"), set())
+        self.assertEqual(complete("watch", "thermal", "SKIN", ":", "s"), set())
+        self.assertEqual(complete_in_fish("dump", "--device=li"), {"--device=linux"})
+        self.assertEqual(complete_in_fish("watch", "thermal", "SKIN:skin", "G"), {"GPU:"})
 
 
 if __name__ == "__main__":
