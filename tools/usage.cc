@@ -80,6 +80,14 @@ struct Section {
 
 constexpr Section kSections[] = {
     {R"(
+Examples:
+  quorvel demo                                see the library at work
+  quorvel watch battery --device linux        follow this machine's own battery
+  quorvel get temperatures skin cpu --json    ask, for a program
+  quorvel record day.jsonl --for 1m           then play it, or plot it
+)",
+     " "},  // of no command in particular
+    {R"(
 Output: a line for each call of a client's callback,
   12:00:03.120  battery level             50 %  ->  49 %
 and lines marked ** for what only the device knows: that a service died, came back, refused
