@@ -74,7 +74,7 @@ if(NOT QUORVEL_DEBIAN)
 endif()
 install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)
 install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev
-        PATTERN "man" EXCLUDE PATTERN "Doxyfile*" EXCLUDE PATTERN "build" EXCLUDE)
+        PATTERN "man" EXCLUDE PATTERN "Doxyfile*" EXCLUDE PATTERN "reference.md" EXCLUDE PATTERN "build" EXCLUDE)
 
 # Manual pages of both sections, with the version put in.
 file(GLOB manual_pages CONFIGURE_DEPENDS docs/man/*.1 docs/man/*.3)

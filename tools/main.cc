@@ -12,7 +12,7 @@ namespace {
 int RunCommand(const Options& options, Output& output) {
   switch (options.command) {
     case Options::Command::kHelp: {
-      std::string usage = Usage();
+      std::string usage = Usage(options.help_of);
       usage.pop_back();  // the output ends the line
       output.Explain(usage);
       return EXIT_SUCCESS;

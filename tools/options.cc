@@ -138,6 +138,7 @@ Options ParseOptions(int argc, char** argv) {
   options.verbose = words.verbose;
   if (words.help || words.version) {
     options.command = words.help ? Options::Command::kHelp : Options::Command::kVersion;
+    options.help_of = words.command;
     return options;
   }
   options.command = FindCommand(words.command);
