@@ -114,7 +114,7 @@ std::unique_ptr<PlayedDevice> MakePlayedDevice(const Equipment& equipment, Devic
 struct DeviceType {
   std::string_view name;
   std::string_view description;  // for the help
-  bool tells_demo;               // `demo` plays its story on a phone like this
+  bool tells_demo = false;       // `demo` plays its story on a phone like this
   std::unique_ptr<Device> (*make)(DeviceObserver observer);
   bool tells = true;  // an observer is told of something
 };
