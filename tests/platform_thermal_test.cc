@@ -302,7 +302,9 @@ TEST_F(ThermalTest, TheObserverHearsOnceOfEveryChangeAndOfTheStateAtTheStart) {
   skin.value = 36;
   expect("thermal (HIDL)", skin);
   thermal_.Start(ThermalPath::kAidl);  // the other one has told it all
-  thermal_.Change([](simulated::Thermal::ThermalData& data) { data.temperatures.erase(data.temperatures.begin()); });
+  thermal_.Change([](simulated::Thermal::ThermalData& data) {
+    data.temperatures.erase(data.temperatures.begin());
+  });
   const auto event = reports_.Take();
   ASSERT_TRUE(event.has_value());
   ASSERT_TRUE(std::holds_alternative<devices::TemperatureGone>(event->report));

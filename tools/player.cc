@@ -135,7 +135,8 @@ bool Player::Take(const ClientLeft& left) {
   if (clients_.Leave(left.subject)) return true;
   // A recording that is played fast may let clients leave who still wait for their service: the
   // library does not know them yet.
-  return !is_scenario_ || Fail("the library refuses to deregister the callback for " + left.subject);
+  return !is_scenario_ ||
+         Fail("the library refuses to deregister the callback for " + left.subject);
 }
 
 bool Player::Take(const Refusal& refusal) {
