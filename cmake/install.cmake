@@ -69,10 +69,16 @@ install(FILES ${PROJECT_BINARY_DIR}/quorvel-simulated.pc
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT simulated)
 
 # Documents, in the tree's own shape: they point at each other.
-if(NOT QUORVEL_DEBIAN)
+install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)
+if(QUORVEL_DEBIAN)
+  configure_file(CHANGELOG.md changelog COPYONLY)
+  execute_process(COMMAND gzip -9 --no-name --force --keep ${PROJECT_BINARY_DIR}/changelog
+                  COMMAND_ERROR_IS_FATAL ANY)
+  install(FILES ${PROJECT_BINARY_DIR}/changelog.gz DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)
+else()
+  install(FILES CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)
   install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT runtime)
 endif()
-install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)
 install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev
         PATTERN "man" EXCLUDE PATTERN "Doxyfile*" EXCLUDE PATTERN "reference.md" EXCLUDE PATTERN "build" EXCLUDE)
 
@@ -99,7 +105,7 @@ endforeach()
 if(QUORVEL_TOOLS)
   set_target_properties(quorvel_tool PROPERTIES INSTALL_RPATH "$ORIGIN/${from_bin_to_lib}")
   install(TARGETS quorvel_tool RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
-  # completions/: quorvel.bash, _quorvel, quorvel.fish, those that there are.
+  file(GLOB completions RELATIVE ${PROJECT_SOURCE_DIR}/completions CONFIGURE_DEPENDS completions/*)
   foreach(completion
           "quorvel.bash|bash-completion/completions|quorvel"
           "_quorvel|zsh/vendor-completions|_quorvel"
@@ -108,7 +114,9 @@ if(QUORVEL_TOOLS)
     list(GET completion 0 file)
     list(GET completion 1 folder)
     list(GET completion 2 name)
-    install(FILES completions/${file} DESTINATION ${CMAKE_INSTALL_DATADIR}/${folder} RENAME ${name}
-            COMPONENT tools OPTIONAL)
+    if(file IN_LIST completions)
+      install(FILES completions/${file} DESTINATION ${CMAKE_INSTALL_DATADIR}/${folder}
+              RENAME ${name} COMPONENT tools)
+    endif()
   endforeach()
 endif()

@@ -24,13 +24,13 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR} ${PROJECT_BINARY_DIR}/platform)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 
-# debian_component(COMPONENT PACKAGE SECTION SUMMARY TEXT [COMPONENT...]): the package, and the
+# debian_component(COMPONENT PACKAGE SECTION TEXT [COMPONENT...]): the package, and the
 # components that it needs in the same version.
-function(debian_component component package section summary text)
+function(debian_component component package section text)
   string(TOUPPER ${component} key)
   set(CPACK_DEBIAN_${key}_PACKAGE_NAME ${package} PARENT_SCOPE)
   set(CPACK_DEBIAN_${key}_PACKAGE_SECTION ${section} PARENT_SCOPE)
-  set(CPACK_COMPONENT_${key}_DESCRIPTION "${summary}\n${text}" PARENT_SCOPE)
+  set(CPACK_DEBIAN_${key}_DESCRIPTION "${text}" PARENT_SCOPE)
   set(CPACK_COMPONENT_${key}_DEPENDS ${ARGN} PARENT_SCOPE)
   set(CPACK_COMPONENTS_ALL ${CPACK_COMPONENTS_ALL} ${component} PARENT_SCOPE)
   if(QUORVEL_DEBIAN)
@@ -42,23 +42,23 @@ function(debian_component component package section summary text)
   endif()
 endfunction()
 
-set(about "Battery and chargers, proximity sensor and hinge angle, thermal throttling and
- temperatures, as an audio stack on an Android device wants to know them. On a
- host a stand-in takes the place of the platform.")
+set(about "Battery and chargers, proximity sensor and hinge angle, thermal throttling
+and temperatures, as an audio stack on an Android device wants to know them.
+On a host a stand-in takes the place of the platform.")
 set(CPACK_COMPONENTS_ALL)
-debian_component(runtime libquorvel${PROJECT_VERSION_MAJOR} libs "${PROJECT_DESCRIPTION}"
-  "${about}\n .\n This package has the library and the stand-in.")
-debian_component(dev libquorvel-dev libdevel "${PROJECT_DESCRIPTION} (development files)"
-  "${about}\n .\n This package has what programs need to be built with the library." runtime)
+debian_component(runtime libquorvel${PROJECT_VERSION_MAJOR} libs
+  "${about}\n\nThis package has the library and the stand-in.")
+debian_component(dev libquorvel-dev libdevel
+  "${about}\n\nThis package has what programs need to be built with the library." runtime)
 debian_component(simulated libquorvel-simulated-dev libdevel
-  "${PROJECT_DESCRIPTION} (simulated phone)"
-  "${about}\n .\n This package has a phone inside the program, for tests of what uses the library."
+  "${about}\n\nThis package has a phone inside the program, for tests of what uses the\nlibrary."
   dev)
 if(QUORVEL_TOOLS)
-  debian_component(tools quorvel utils "${PROJECT_DESCRIPTION} (monitor)"
-    "${about}\n .\n This package has a program that watches, asks, records and plays." runtime)
+  debian_component(tools quorvel utils
+    "${about}\n\nThis package has a program that watches, asks, records and plays." runtime)
   set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS gnuplot)
 endif()
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
 set(CPACK_DEBIAN_DEV_PACKAGE_SUGGESTS "libquorvel-simulated-dev, quorvel")
 
 if(QUORVEL_DEBIAN)

