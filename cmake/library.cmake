@@ -2,8 +2,8 @@
 add_library(quorvel SHARED)
 add_library(quorvel::quorvel ALIAS quorvel)
 target_link_libraries(quorvel PRIVATE quorvel_common quorvel_battery quorvel_sensor
-                      quorvel_thermal quorvel_thermal_hidl_wrapper PUBLIC quorvel_platform)
-target_include_directories(quorvel PUBLIC ${PROJECT_SOURCE_DIR}/include)
+                      quorvel_thermal quorvel_thermal_hidl_wrapper quorvel_platform)
+target_include_directories(quorvel PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
 set_target_properties(quorvel PROPERTIES
   VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
   LINK_DEPENDS ${PROJECT_SOURCE_DIR}/libquorvel.map.txt)

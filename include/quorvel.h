@@ -33,6 +33,20 @@
 #include <stdbool.h>
 #include <stddef.h>
 
+/**
+ * @name Version
+ * Of this header, by the rules of semantic versioning: what is built against one version runs with
+ * every later one of the same major number. The library's file name carries that number.
+ * @{
+ */
+/** Raised by a change that breaks callers. */
+#define QUORVEL_VERSION_MAJOR 1
+/** Raised by something new. */
+#define QUORVEL_VERSION_MINOR 0
+/** Raised by what is mended. */
+#define QUORVEL_VERSION_PATCH 0
+/** @} */
+
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -137,20 +151,26 @@ void DumpBatteryInfo(void* handle, int fd);
 int GetBatteryLevel(void* handle, bool use_cached);
 
 /**
- * Reads the number of charge cycles. Arguments and errors as for GetBatteryLevel().
- * @return full charge cycles; -1, -EAGAIN or -EINVAL.
+ * Reads the number of charge cycles. Otherwise as GetBatteryLevel().
+ * @param handle      a battery handle.
+ * @param use_cached  true: the last known value, at once; false: asks the service.
+ * @return full charge cycles; -1, -EAGAIN or -EINVAL as there.
  */
 int GetBatteryCycleCount(void* handle, bool use_cached);
 
 /**
- * Reads whether a wireless charger is online. Arguments and errors as for GetBatteryLevel().
- * @return 0 while it is online, 1 while it is not; -1, -EAGAIN or -EINVAL.
+ * Reads whether a wireless charger is online. Otherwise as GetBatteryLevel().
+ * @param handle      a battery handle.
+ * @param use_cached  true: the last known value, at once; false: asks the service.
+ * @return 0 while it is online, 1 while it is not; -1, -EAGAIN or -EINVAL as there.
  */
 int GetWirelessChargerIsOnline(void* handle, bool use_cached);
 
 /**
- * Reads whether a dock charger is online. Arguments and errors as for GetBatteryLevel().
- * @return 0 while it is online, 1 while it is not; -1, -EAGAIN or -EINVAL.
+ * Reads whether a dock charger is online. Otherwise as GetBatteryLevel().
+ * @param handle      a battery handle.
+ * @param use_cached  true: the last known value, at once; false: asks the service.
+ * @return 0 while it is online, 1 while it is not; -1, -EAGAIN or -EINVAL as there.
  */
 int GetDockChargerIsOnline(void* handle, bool use_cached);
 
@@ -170,38 +190,70 @@ int GetDockChargerIsOnline(void* handle, bool use_cached);
 int RegisterBatteryLevelCallback(void* handle, BatteryInfoCallback callback, void* cookie);
 
 /**
- * Stops calls to `callback` for the battery level.
+ * Stops calls to `callback` for the battery level. May be called from inside a callback.
+ * @param handle    a battery handle.
+ * @param callback  as registered.
  * @return 0; -EINVAL when an argument is NULL or `callback` is not registered for the level.
  *
  * A call that is already on its way may still arrive after this returns: cookies have to live
  * until DeinitBatteryInfo() has returned. The last client of all properties ends the link and
- * waits for the service's answer.
+ * waits for the service's answer, or, where none is linked, for a look-up of the service.
  */
 int DeregisterBatteryLevelCallback(void* handle, BatteryInfoCallback callback);
 
-/** Has `callback` called with the cycle count; otherwise as RegisterBatteryLevelCallback(). */
+/**
+ * Has `callback` called with the cycle count; otherwise as RegisterBatteryLevelCallback().
+ * @param handle    a battery handle.
+ * @param callback  what to call; once per property.
+ * @param cookie    handed back on every call.
+ * @return 0 or -EINVAL as there.
+ */
 int RegisterBatteryCycleCountCallback(void* handle, BatteryInfoCallback callback, void* cookie);
 
-/** The reverse; as DeregisterBatteryLevelCallback(). */
+/**
+ * Stops calls to `callback` for the cycle count; otherwise as DeregisterBatteryLevelCallback().
+ * @param handle    a battery handle.
+ * @param callback  as registered.
+ * @return 0 or -EINVAL as there.
+ */
 int DeregisterBatteryCycleCountCallback(void* handle, BatteryInfoCallback callback);
 
 /**
  * Has `callback` called with 0 when a wireless charger comes online and 1 when it leaves;
  * otherwise as RegisterBatteryLevelCallback().
+ * @param handle    a battery handle.
+ * @param callback  what to call; once per property.
+ * @param cookie    handed back on every call.
+ * @return 0 or -EINVAL as there.
  */
 int RegisterWirelessChargerIsOnlineCallback(void* handle, BatteryInfoCallback callback,
                                             void* cookie);
 
-/** The reverse; as DeregisterBatteryLevelCallback(). */
+/**
+ * Stops calls to `callback` for the wireless charger; otherwise as
+ * DeregisterBatteryLevelCallback().
+ * @param handle    a battery handle.
+ * @param callback  as registered.
+ * @return 0 or -EINVAL as there.
+ */
 int DeregisterWirelessChargerIsOnlineCallback(void* handle, BatteryInfoCallback callback);
 
 /**
  * Has `callback` called with 0 when a dock charger comes online and 1 when it leaves; otherwise as
  * RegisterBatteryLevelCallback().
+ * @param handle    a battery handle.
+ * @param callback  what to call; once per property.
+ * @param cookie    handed back on every call.
+ * @return 0 or -EINVAL as there.
  */
 int RegisterDockChargerIsOnlineCallback(void* handle, BatteryInfoCallback callback, void* cookie);
 
-/** The reverse; as DeregisterBatteryLevelCallback(). */
+/**
+ * Stops calls to `callback` for the dock charger; otherwise as DeregisterBatteryLevelCallback().
+ * @param handle    a battery handle.
+ * @param callback  as registered.
+ * @return 0 or -EINVAL as there.
+ */
 int DeregisterDockChargerIsOnlineCallback(void* handle, BatteryInfoCallback callback);
 
 /** @} */
@@ -317,6 +369,8 @@ int RegisterProximitySensorCallback(void* handle, int id, SensorCallbackFunc cal
 
 /**
  * Stops calls to the client `id` of the proximity sensor. May be called from inside a callback.
+ * @param handle  a sensor handle.
+ * @param id      as registered.
  * @return 0; -EINVAL when `handle` is NULL or `id` is not registered. The last client's leaving
  *         disables the sensor, and what becomes of that is the result: -ENOSYS for a sensor that
  *         was never found, -EINVAL for one that could not be enabled when the service came up, and
@@ -330,11 +384,24 @@ int RegisterProximitySensorCallback(void* handle, int id, SensorCallbackFunc cal
  */
 int DeregisterProximitySensorCallback(void* handle, int id);
 
-/** Has `callback` called with the hinge angle; otherwise as RegisterProximitySensorCallback(). */
+/**
+ * Has `callback` called with the hinge angle; otherwise as RegisterProximitySensorCallback().
+ * @param handle    a sensor handle.
+ * @param id        identifies the registration among those of this sensor.
+ * @param callback  what to call.
+ * @param cookie    handed back on every call; not NULL.
+ * @return as there.
+ */
 int RegisterHingeAngleSensorCallback(void* handle, int id, SensorCallbackFunc callback,
                                      void* cookie);
 
-/** The reverse; as DeregisterProximitySensorCallback(). */
+/**
+ * Stops calls to the client `id` of the hinge angle; otherwise as
+ * DeregisterProximitySensorCallback().
+ * @param handle  a sensor handle.
+ * @param id      as registered.
+ * @return as there.
+ */
 int DeregisterHingeAngleSensorCallback(void* handle, int id);
 
 /** @} */
@@ -423,7 +490,9 @@ typedef struct ThermalCallbackParam {
 /** One reading of GetBulkTemperatureByNames(). */
 typedef struct thermistor {
   char name[QUORVEL_THERMISTOR_NAME_SIZE]; /**< cut off after 63 bytes; filled up with zeros */
-  float value;                             /**< degrees Celsius, as the service reports it */
+  float value;                             /**< as the service reports it, not checked: degrees
+                                                Celsius; mV, mA or percent for the BCL types; NaN
+                                                from some for a thermistor that cannot be read */
 } thermistor;
 
 /**
@@ -472,11 +541,20 @@ void DumpThermalInfo(void* handle, int fd);
  */
 int GetBatteryChargeLimitCurrent(void* handle, int* values, int* size, bool use_cached);
 
-/** The same of the battery's voltage limits, the type BCL_VOLTAGE. */
+/**
+ * The same of the battery's voltage limits, the type BCL_VOLTAGE; otherwise as
+ * GetBatteryChargeLimitCurrent().
+ * @param handle      a thermal handle.
+ * @param values      receives the severities, in the service's order.
+ * @param size        room on entry, number on success.
+ * @param use_cached  true: as of the last query; false: asks the service for both first.
+ * @return 0 or -EINVAL as there.
+ */
 int GetBatteryChargeLimitVoltage(void* handle, int* values, int* size, bool use_cached);
 
 /**
  * Tells how much room for values is enough in the usual case; not a bound.
+ * @param handle  a thermal handle.
  * @return 16; -EINVAL when `handle` is NULL.
  */
 int GetBatteryChargeLimitCapacity(void* handle);
@@ -502,7 +580,9 @@ int GetBatteryChargeLimitCapacity(void* handle);
 int RegisterThermalCallback(void* handle, const ThermalCallbackParam* param, void* cookie);
 
 /**
- * Stops calls to the client `id`.
+ * Stops calls to the client `id`. May be called from inside a callback.
+ * @param handle  a thermal handle.
+ * @param id      as registered.
  * @return 0; -EINVAL when `handle` is NULL or `id` is not registered. An id that several types use
  *         is deregistered from the type that has had clients for the longest.
  *
@@ -519,21 +599,23 @@ int RegisterThermalCallback(void* handle, const ThermalCallbackParam* param, voi
 int DeregisterThermalCallback(void* handle, int id);
 
 /**
- * Gives the number of a type of temperatures.
- * @param name  as in the list above, in capitals.
+ * Gives the number of a type of temperatures. Asks no service.
+ * @param handle  a thermal handle.
+ * @param name    as in the list above, in capitals.
  * @return 0 to 9; -1 for another name; -EINVAL when an argument is NULL.
  */
 int GetThermalTypeByName(void* handle, const char* name);
 
 /**
- * Gives the number of a severity.
- * @param name  as in the table above, in capitals.
+ * Gives the number of a severity. Asks no service.
+ * @param handle  a thermal handle.
+ * @param name    as in the table above, in capitals.
  * @return 0 to 6; -EINVAL for another name or when an argument is NULL.
  */
 int GetThrottlingSeverityByName(void* handle, const char* name);
 
 /**
- * Reads any number of temperatures with one call to the service.
+ * Reads any number of temperatures, of whatever types, with one call to the service.
  * @param handle     a thermal handle.
  * @param names      the device maker's names; of several temperatures with one name the service's
  *                   first is read.

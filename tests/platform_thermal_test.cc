@@ -273,7 +273,7 @@ TEST_F(ThermalTest, TheObserverHearsOfBothServices) {
   expect(DeviceEvent::Kind::kDied, "thermal");
 }
 
-TEST_F(ThermalTest, TheObserverHearsOfEveryChangeAndOfTheStateAtTheStart) {
+TEST_F(ThermalTest, TheObserverHearsOnceOfEveryChangeAndOfTheStateAtTheStart) {
   const auto expect = [&](const std::string& service, const Temperature& temperature) {
     const auto event = reports_.Take();
     ASSERT_TRUE(event.has_value());
@@ -287,8 +287,6 @@ TEST_F(ThermalTest, TheObserverHearsOfEveryChangeAndOfTheStateAtTheStart) {
     }
   };
   expect_all("thermal");
-  expect_all("thermal (HIDL)");
-  thermal_.Kill(ThermalPath::kHidl);
   // A change of the value alone is one, and what stays as it is is none.
   thermal_.SetTemperature("skin", 36.5F);
   thermal_.SetTemperature("skin", 36.5F);
@@ -299,8 +297,32 @@ TEST_F(ThermalTest, TheObserverHearsOfEveryChangeAndOfTheStateAtTheStart) {
   expect("thermal", skin);
   thermal_.Notify(skin);
   expect("thermal", skin);
-  thermal_.Start(ThermalPath::kHidl);
-  expect_all("thermal (HIDL)");
+  thermal_.Kill(ThermalPath::kAidl);
+  thermal_.SetTemperature("skin", 36);
+  skin.value = 36;
+  expect("thermal (HIDL)", skin);
+  thermal_.Start(ThermalPath::kAidl);  // the other one has told it all
+  thermal_.Change([](simulated::Thermal::ThermalData& data) {
+    data.temperatures.erase(data.temperatures.begin());
+  });
+  const auto event = reports_.Take();
+  ASSERT_TRUE(event.has_value());
+  ASSERT_TRUE(std::holds_alternative<devices::TemperatureGone>(event->report));
+  EXPECT_EQ(std::get<devices::TemperatureGone>(event->report).name, "cpu");
+}
+
+TEST_F(ThermalTest, WhatThrottledAndHasGoneIsReleased) {
+  const auto aidl = ndk::SharedRefBase::make<AidlThermalCallback>();
+  ASSERT_TRUE(LookUpAidl()->registerThermalChangedCallback(aidl).isOk());
+  thermal_.SetSeverity("cpu", ThrottlingSeverity::SEVERE);
+  EXPECT_EQ(aidl->heard.Take()->temperature.throttlingStatus, ThrottlingSeverity::SEVERE);
+  thermal_.Change([](simulated::Thermal::ThermalData& data) { data.temperatures.clear(); });
+  const Temperature released = aidl->heard.Take()->temperature;
+  EXPECT_EQ(released.name, "cpu");
+  EXPECT_EQ(released.throttlingStatus, ThrottlingSeverity::NONE);
+  EXPECT_TRUE(std::isnan(released.value));
+  EXPECT_TRUE(standin::WaitUntilDelivered());
+  EXPECT_TRUE(aidl->heard.empty()) << "for what did not throttle there is nothing to say";
 }
 
 TEST(AidlThermalTextTest, RecordsAndEnumsHaveNames) {

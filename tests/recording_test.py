@@ -21,6 +21,7 @@ from tool_test import finish, run, start
 
 DOCS = pathlib.Path(__file__).resolve().parent.parent / "docs"
 HEADER = '{"format": "quorvel recording", "version": 1}\n'
+HEADER_2 = '{"format": "quorvel recording", "version": 2}\n'
 # What the library's calls lead to depends on its pauses; all else is the device's own.
 OF_THE_LIBRARY = {"called", "registered", "unregistered", "refused"}
 
@@ -70,7 +71,7 @@ class RecordingTest(unittest.TestCase):
         for line in lines:
             self.schema.validate(line)
         self.assertIn("format", lines[0])
-        times = [line["at"] for line in lines[1:]]
+        times = [line["at"] for line in lines[1:] if "at" in line]
         self.assertEqual(times, sorted(times))
         return lines[1:]
 
@@ -88,10 +89,7 @@ class RecordingTest(unittest.TestCase):
                 self.assertTrue([event for event in recorded if kind in event], kind)
             again = path + "-again"
             self.success(run("play", path, "--speed", "10", "--record", again))
-            played = self.of_device(self.events(again))
-            if path == self.demo_file:  # the demo's own clients do not say that they join
-                played = [event for event in played if "join" not in event]
-            self.assertEqual(played, self.of_device(recorded))
+            self.assertEqual(self.of_device(self.events(again)), self.of_device(recorded))
         # Slowly enough, the library does the same as well.
         calls = [[event for event in self.events(path) if "refused" in event]
                  for path in (self.demo_file, self.demo_file + "-again")]
@@ -124,7 +122,10 @@ class RecordingTest(unittest.TestCase):
                 ("[]\n", "1", "header"),
                 ('{"format": "song", "version": 1}\n', "1", "'song'"),
                 ('{"format": "quorvel recording"}\n', "1", "'version' is missing"),
-                ('{"format": "quorvel recording", "version": 2}\n', "1", "version 2"),
+                ('{"format": "quorvel recording", "version": 3}\n', "1", "version 3"),
+                (event + '{"at": 1, "scene": "A"}\n', "3", "needs version 2"),
+                (event + '{"at": 1, "join": "battery_level"}\n', "3", "needs version 2"),
+                (event + '{"at": 1, "hinge_angle": [1, 2]}\n', "3", "needs version 2"),
                 ('{"format": "quorvel recording", "version": 1, "x": 1}\n', "1", "'x'"),
                 (event + "{\n", "3", "not JSON"),
                 (event + "\n", "3", "not JSON"),
@@ -152,7 +153,8 @@ class RecordingTest(unittest.TestCase):
                 (event + '{"at": 1, "died": "sensor"}\n', "3", "sensor service cannot die"),
                 (event + '{"at": 1, "died": "health"}\n' * 2, "4", "down already"),
                 (event + '{"at": 1, "started": "health"}\n' * 2, "4", "up already"),
-                (event + '{"at": 1, "join": "battery"}\n' * 2, "4", "joined already")):
+                (event + '{"at": 1, "join": "battery"}\n', "3", "no health service"),
+                (event + '{"at": 1, "join": "sensors"}\n' * 2, "4", "joined already")):
             with self.subTest(content):
                 path = self.write("broken", content)
                 code, out, err = run("play", path)
@@ -162,6 +164,156 @@ class RecordingTest(unittest.TestCase):
                 self.assertEqual(err.count("\n"), 1)
         for path in (self.path("nothing"), self.folder.name):
             self.failure(run("play", path), path)
+
+    def scenario(self, *lines):
+        return self.write("scenario", HEADER_2 + "".join(
+            (line if isinstance(line, str) else json.dumps(line)) + "\n" for line in lines))
+
+    def test_a_scenario_that_cannot_work_is_refused_with_its_line(self):
+        battery = {"battery": {"level": 50}}
+        skin = {"temperature": {"type": "SKIN", "name": "skin"}}
+        for lines, place, reason in (
+                (['{"at": 1, "after": 1, "say": "x"}'], 2, "exclude"),
+                ([{"after": -1, "say": "x"}], 2, "range"),
+                ([{"join": "noise"}], 2, "'noise'"),
+                ([{"proximity": []}], 2, "empty list"),
+                ([{"gone": "skin"}], 2, "'skin'"),
+                ([{"expect": {"rain": 1}}], 2, "none of the keys"),
+                ([{"expect": {"called": "noise", "value": 1}}], 2, "'noise'"),
+                ([{"expect": {"called": "battery_level", "value": "NONE"}}], 2, "whole"),
+                ([{"expect": {"called": "SKIN:skin", "value": 1.5}}], 2, "severity"),
+                ([{"expect": {"called": "dock_charger", "value": 1}}], 2, "neither true nor false"),
+                ([{"expect": {"silence": "battery"}}], 2, "'expect.for' is missing"),
+                ([{"ask": "bcl", "answer": {"skin": 1}}], 2, "'answer.skin'"),
+                ([{"ask": "bcl", "answer": {}}], 2, "empty"),
+                ([battery, {"join": "battery"}, {"join": "dock_charger"}], 4, "joined already"),
+                ([battery, {"join": "battery"}, {"leave": "battery"},
+                  {"leave": "battery"}], 5, "could leave"),
+                ([battery, {"join": "battery_level"},
+                  {"expect": {"called": "dock_charger", "value": False}}], 4, "could be called"),
+                ([battery, {"expect": {"silence": "sensors", "for": 1}}], 3, "could be silent"),
+                ([battery, {"died": "health"},
+                  {"expect": {"called": "battery_level", "value": 50}}], 4, "is down"),
+                ([battery, {"died": "health"}, {"expect": {"registered": "health"}}], 4, "is down"),
+                ([skin, {"died": "thermal"},
+                  {"ask": "temperatures", "answer": {"skin": 1}}], 4, "is down"),
+                ([battery, {"refuse": "thermal", "call": "getTemperatures"}], 3, "no thermal"),
+                ([battery, {"refuse": "health", "call": "sing"}], 3, "no call 'sing'"),
+                ([battery, {"refuse": "health", "call": "update"},
+                  {"expect": {"refused": "health", "call": "registerCallback"}}], 4, "told")):
+            with self.subTest(lines):
+                path = self.scenario(*lines)
+                kept = self.write("kept", "as it was")
+                code, out, err = run("play", path, "--record", kept, "--force")
+                self.assertEqual((code, out), (1, ""), err)
+                self.assertIn(f"quorvel: {path}:{place}: ", err)
+                self.assertIn(reason, err)
+                self.assertEqual(pathlib.Path(kept).read_text(encoding="ascii"), "as it was")
+
+    def test_what_a_scenario_expects_has_to_come(self):
+        battery = {"battery": {"level": 50}}
+        level = {"called": "battery_level", "value": 50, "within": 0.1}
+        skin = {"temperature": {"type": "SKIN", "name": "skin", "value": 30, "severity": "LIGHT"}}
+        for lines, place, reason in (
+                ([battery, {"expect": level | {"value": 51}}], 3, "it last heard: 50 %"),
+                ([battery, {"expect": level}, {"expect": level}], 4, "in vain"),  # one call, once
+                ([battery, {"expect": {"registered": "health"}},
+                  {"expect": {"registered": "health", "within": 0.1}}], 4, "to register"),
+                ([battery, {"expect": {"unregistered": "health", "within": 0.1}}], 3,
+                 "to unregister"),
+                ([battery, {"refuse": "health", "call": "update"},
+                  {"expect": {"refused": "health", "call": "update", "within": 0.1}}], 4,
+                 "to refuse update"),
+                ([battery, {"expect": level}, {"after": 0.1, "battery": {"level": 51}},
+                  {"expect": {"silence": "battery_level", "for": 30}}], 5, "called with 51 %"),
+                ([battery, {"ask": "battery", "answer": {"battery_level": 49}}], 3,
+                 "battery level 50 %, not 49 %"),
+                ([battery, {"refuse": "health", "call": "getHealthInfo"},
+                  {"ask": "battery", "answer": {"battery_level": 50}}], 4, "cannot be asked"),
+                ([skin, {"ask": "temperatures", "answer": {"skin": 30, "cpu": 40}}], 3,
+                 "cpu not present, not 40.0"),
+                ([skin, {"after": 0.1, "join": "CPU:cpu"},
+                  {"expect": {"silence": "CPU:cpu", "for": 0}}], 3, "refuses to register")):
+            with self.subTest(lines):
+                path = self.scenario(*lines)
+                code, out, err = run("play", path)
+                self.assertEqual(code, 1, out + err)
+                self.assertRegex(out.splitlines()[-1], "^Play FAILED: ")
+                self.assertIn(f"{path}:{place}: ", out)
+                self.assertIn(reason, out)
+        # The demo notices a wrong value as well.
+        story = (DOCS / "examples" / "demo.jsonl").read_text(encoding="utf-8")
+        wrong = story.replace('"battery_level", "value": 52', '"battery_level", "value": 99, "within": 1')
+        self.assertNotEqual(story, wrong)
+        objects = [json.loads(line) for line in self.output(
+            run("play", self.write("wrong", wrong), "--speed", "100", "--json"), 1).splitlines()]
+        self.assertEqual((objects[-1]["event"], objects[-1]["success"]), ("summary", False))
+
+    def output(self, result, exit_code):
+        code, out, err = result
+        self.assertEqual(code, exit_code, out + err)
+        return out
+
+    def test_expectations_hold_at_every_pace(self):
+        path = self.scenario(
+            {"scene": "One"}, {"battery": {"level": 50, "cycles": 3}}, {"proximity": 5},
+            {"join": "battery_level"}, {"join": "proximity"},
+            {"expect": {"registered": "health"}},
+            {"expect": {"registered": "sensor", "sensor": "proximity"}},
+            {"expect": {"called": "battery_level", "value": 50}},
+            {"expect": {"called": "proximity", "value": 5}},
+            {"after": 1, "scene": "Two"}, {"refuse": "health", "call": "registerCallback"},
+            {"died": "health"}, {"battery": {"level": 49}}, {"started": "health"},
+            {"expect": {"refused": "health", "call": "registerCallback"}},
+            {"expect": {"registered": "health"}},
+            {"expect": {"called": "battery_level", "value": 49}},
+            {"ask": "battery", "answer": {"battery_cycle_count": 3, "wireless_charger": False}},
+            {"after": 1, "leave": "battery_level"}, {"expect": {"unregistered": "health"}},
+            {"battery": {"level": 48}}, {"expect": {"silence": "battery_level", "for": 0.1}},
+            {"join": "battery_level"}, {"expect": {"called": "battery_level", "value": 48}},
+            {"leave": "proximity"}, {"leave": "battery"})
+        for pace in (("--speed", "1e6"), ("--speed", "0.9"), ("--step",)):
+            process = start("play", path, *pace, stdin=subprocess.PIPE)
+            process.stdin.write("\n" * 50)
+            out = self.success(finish(process))
+            self.assertRegex(out.splitlines()[-1], "^Play OK: ")
+            self.assertIn("\n1. One\n", out)
+            self.assertLess(out.index("refused a call"), out.index("2. Two") + 500)
+            self.assertEqual(out.count("Enter plays"), 13 if pace == ("--step",) else 0)
+
+    def test_what_goes_and_what_comes_in_one_delivery_is_recorded_so(self):
+        path = self.scenario(
+            {"temperature": {"type": "SKIN", "name": "s", "value": 50, "severity": "SEVERE"}},
+            {"started": "thermal"}, {"join": "hinge_angle"}, {"hinge_angle": 10},
+            {"battery": {"level": 50}},
+            {"expect": {"called": "SKIN:s", "value": "SEVERE"}},
+            {"expect": {"called": "hinge_angle", "value": 10}},
+            {"started": "thermal (HIDL)"},  # beside the other one
+            {"hinge_angle": [20, None, 30.5]}, {"expect": {"called": "hinge_angle", "value": 30}},
+            {"battery": {}},
+            {"gone": "SKIN:s"}, {"expect": {"called": "SKIN:s", "value": "NONE"}},
+            {"ask": "temperatures", "answer": {"s": None}},
+            {"gone": "hinge_angle"}, {"leave": "hinge_angle"},
+            {"temperature": {"type": "SKIN", "name": "s", "value": 41, "severity": "LIGHT"}},
+            {"expect": {"called": "SKIN:s", "value": "LIGHT"}},
+            {"join": "hinge_angle"}, {"expect": {"registered": "sensor", "sensor": "hinge_angle"}},
+            {"hinge_angle": 0.5}, {"expect": {"called": "hinge_angle", "value": 0}})
+        first, second = self.path("gone"), self.path("gone-again")
+        self.success(run("play", path, "--record", first))
+        told = [event for event in self.of_device(self.events(first))
+                if not {"join", "leave", "started"} & event.keys()]
+        self.assertCountEqual(told[:3], [
+            {"temperature": {"type": "SKIN", "name": "s", "value": 50, "severity": "SEVERE"}},
+            {"hinge_angle": 10},
+            {"battery": {"level": 50, "cycles": None, "wireless": False, "dock": False}}])
+        self.assertEqual(told[3:], [
+            {"hinge_angle": [20, None, 30.5]}, {"battery": {}}, {"gone": "SKIN:s"},
+            {"gone": "hinge_angle"},
+            {"temperature": {"type": "SKIN", "name": "s", "value": 41, "severity": "LIGHT"}},
+            {"hinge_angle": 0.5}])
+        self.success(run("play", first, "--record", second))
+        self.assertEqual(self.of_device(self.events(second)), self.of_device(self.events(first)))
+        self.success(run("plot", first, "--output", self.path("gone.svg")))
 
     def test_step_plays_one_event_at_each_enter(self):
         path = self.write("steps", HEADER + "".join(
@@ -248,8 +400,14 @@ class RecordingTest(unittest.TestCase):
         fake.chmod(0o755)
         self.failure(run("plot", recording, "--output", svg, env={"PATH": self.folder.name}),
                      "gnuplot has failed")
+        # As gnuplot does when the disk is full.
+        fake.write_text("#!/bin/sh\necho '<svg><g>'\n", encoding="ascii")
+        for drawing in (svg, self.path("none.png")):
+            self.failure(run("plot", recording, "--output", drawing,
+                             env={"PATH": self.folder.name}), "a part of it only")
         fake.unlink()
         self.assertFalse(os.path.exists(svg))
+        self.assertEqual([name for name in os.listdir(self.folder.name) if ".part" in name], [])
 
 
 if __name__ == "__main__":

@@ -146,10 +146,12 @@ class ToolTest(unittest.TestCase):
         for word in ("watch battery", "get battery", "watch sensors", "get sensors",
                      "watch thermal TYPE:NAME...", "get temperatures NAME...", "get bcl", "dump",
                      "demo", "record FILE", "play FILE", "plot FILE", "--speed", "--step",
-                     "--record", "--force", "--output", "--device", "simulated", "linux", "--json", "--for", "--verbose",
+                     "--record", "--force", "--output", "--device", "simulated", "linux", "--json",
+                     "--for", "--verbose",
                      "--version", "Exit code"):
             self.assertIn(word, text)
-        self.assertEqual(self.success(run("watch", "-h", "--json")), text)
+        self.assertEqual(self.success(run("-h", "--json")), text)
+        self.assertIn("watch thermal TYPE:NAME...", self.success(run("--json", "watch", "-h")))
         self.assertRegex(self.success(run("--version")), r"^quorvel \d+\.\d+\.\d+\n$")
 
     def test_a_wrong_command_line_is_one_line_and_exit_code_2(self):

@@ -1,12 +1,24 @@
 #include "tools/all_clients.h"
 
 #include <algorithm>
-#include <utility>
 #include <variant>
 
 #include "tools/recording.h"
+#include "tools/subjects.h"
 
 namespace norvik::qel::tool {
+
+namespace {
+
+// The monitor has names for people for some.
+std::string_view NameOfTemperature(std::string_view key) {
+  for (const ThermalProperty* property : kThermalProperties) {
+    if (property->key == key) return property->name;
+  }
+  return key;
+}
+
+}  // namespace
 
 void AllClients::Learn(const Event& event) {
   const auto* const device_event = std::get_if<DeviceEvent>(&event.what);
@@ -15,33 +27,74 @@ void AllClients::Learn(const Event& event) {
 }
 
 void AllClients::Learn(const TemperatureReport& report) {
-  std::string key = report.type + ":" + report.name;
-  const bool known_type =
-      std::find(kThermalTypes.begin(), kThermalTypes.end(), report.type) != kThermalTypes.end();
-  const bool is_known =
-      std::any_of(temperatures_.begin(), temperatures_.end(),
-                  [&](const Temperature& temperature) { return temperature.key == key; });
-  if (!known_type || is_known) return;
-  temperatures_.push_back({.key = std::move(key), .type = report.type, .name = report.name});
+  const std::string key = report.type + ":" + report.name;
+  if (!tool::TemperatureOf(key)) return;
+  Temperature* const temperature = &TemperatureOf(key);
+  const bool is_known = std::find(learned_.begin(), learned_.end(), temperature) != learned_.end();
+  if (!is_known) learned_.push_back(temperature);
 }
 
-bool AllClients::Join(std::string_view family) {
-  if (family == kBatteryFamily) return battery_.emplace(events_).Register();
-  if (family == kSensorFamily) return sensors_.emplace(events_).Register();
-  return JoinThermal();
-}
-
-bool AllClients::JoinThermal() {
-  thermal_.emplace(events_);
+bool AllClients::Join(std::string_view subject) {
+  if (subject == kBatteryFamily) return battery().Register();
+  if (subject == kSensorFamily) return sensors().Register();
+  if (const auto* property = BatteryPropertyOf(subject)) return battery().Register(*property);
+  if (const auto* property = SensorPropertyOf(subject)) return sensors().Register(*property);
+  if (subject != kThermalFamily) return Join(TemperatureOf(subject));
+  thermal();
   bool all = true;
-  for (const Temperature& temperature : temperatures_) {
-    const ThermalProperty& property = properties_.emplace_back(
-        ThermalProperty{{.key = temperature.key, .name = temperature.key, .unit = ""},
-                        temperature.type.c_str(),
-                        temperature.name.c_str()});
-    all &= thermal_->Register(property);
-  }
+  for (Temperature* temperature : learned_) all &= Join(*temperature);
   return all;
+}
+
+bool AllClients::Leave(std::string_view subject) {
+  if (subject == kBatteryFamily) return battery().Deregister();
+  if (subject == kSensorFamily) return sensors().Deregister();
+  if (const auto* property = BatteryPropertyOf(subject)) return battery().Deregister(*property);
+  if (const auto* property = SensorPropertyOf(subject)) return sensors().Deregister(*property);
+  if (subject != kThermalFamily) return Leave(TemperatureOf(subject));
+  bool all = true;
+  for (Temperature& temperature : temperatures_)
+    all &= !temperature.is_joined || Leave(temperature);
+  return all;
+}
+
+BatteryClient& AllClients::battery() {
+  return battery_ ? *battery_ : battery_.emplace(events_);
+}
+
+SensorClient& AllClients::sensors() {
+  return sensors_ ? *sensors_ : sensors_.emplace(events_);
+}
+
+ThermalClient& AllClients::thermal() {
+  return thermal_ ? *thermal_ : thermal_.emplace(events_);
+}
+
+// `key` is a TYPE:NAME.
+AllClients::Temperature& AllClients::TemperatureOf(std::string_view key) {
+  for (Temperature& temperature : temperatures_) {
+    if (temperature.key == key) return temperature;
+  }
+  const size_t colon = key.find(':');
+  Temperature& temperature =
+      temperatures_.emplace_back(Temperature{.key = std::string(key),
+                                             .type = std::string(key.substr(0, colon)),
+                                             .name = std::string(key.substr(colon + 1))});
+  temperature.property = {
+      {.key = temperature.key, .name = NameOfTemperature(temperature.key), .unit = ""},
+      temperature.type.c_str(),
+      temperature.name.c_str()};
+  return temperature;
+}
+
+bool AllClients::Join(Temperature& temperature) {
+  temperature.is_joined = thermal().Register(temperature.property);
+  return temperature.is_joined;
+}
+
+bool AllClients::Leave(Temperature& temperature) {
+  temperature.is_joined = false;
+  return thermal().Deregister(temperature.property);
 }
 
 }  // namespace norvik::qel::tool

@@ -2,9 +2,11 @@
 #pragma once
 
 #include <deque>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tools/battery_client.h"
@@ -22,25 +24,37 @@ class AllClients {
   AllClients(const AllClients&) = delete;
   AllClients& operator=(const AllClients&) = delete;
 
-  // A temperature to register for. Those of types that the library does not know are left out.
+  // A temperature that the thermal family's client registers for. Those of types that the library
+  // does not know are left out.
   void Learn(const Event& event);
   void Learn(const TemperatureReport& report);
-  // Once for each family, with the temperatures that are known by then. False when the library
-  // refuses.
-  bool Join(std::string_view family);
+  // `subject`: a family, or the key of one of its properties. A family joins with the temperatures
+  // that are known by then. False when the library refuses.
+  bool Join(std::string_view subject);
+  // Only who has joined may leave, a family or one by one.
+  bool Leave(std::string_view subject);
+
+  BatteryClient& battery();
+  SensorClient& sensors();
+  ThermalClient& thermal();
 
  private:
   struct Temperature {
     std::string key;
     std::string type;
     std::string name;
+    ThermalProperty property = {};  // which points to the texts
+    bool is_joined = false;
   };
 
-  bool JoinThermal();
+  Temperature& TemperatureOf(std::string_view key);
+  bool Join(Temperature& temperature);
+  bool Leave(Temperature& temperature);
 
   const std::shared_ptr<EventQueue> events_;
-  std::deque<Temperature> temperatures_;    // which stay where they are
-  std::deque<ThermalProperty> properties_;  // they point to the temperatures
+  std::deque<Temperature> temperatures_;  // which stay where they are
+  std::vector<Temperature*> learned_;
+  // Made when they are needed first.
   std::optional<BatteryClient> battery_;
   std::optional<SensorClient> sensors_;
   std::optional<ThermalClient> thermal_;

@@ -70,12 +70,14 @@ std::span<const DeviceType> DeviceTypes() {
   static constexpr DeviceType kTypes[] = {
       {.name = "bare",
        .description = "no service at all; they are awaited in vain",
+       .tells_demo = false,
        // NOLINTNEXTLINE(performance-unnecessary-value-param): the signature is the seam's
        .make = [](DeviceObserver) -> std::unique_ptr<Device> {
          return std::make_unique<BareDevice>();
        }},
       {.name = "flat",
        .description = "an old phone that does not fold, under nobody's control",
+       .tells_demo = false,
        .make = [](DeviceObserver observer) -> std::unique_ptr<Device> {
          return std::make_unique<FlatPhone>(std::move(observer));
        }},

@@ -2,6 +2,7 @@
 
 #include <errno.h>
 
+#include <algorithm>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -24,19 +25,31 @@ BatteryClient::~BatteryClient() {
   DeinitBatteryInfo(&handle_);
 }
 
+bool BatteryClient::Register(const BatteryProperty& property) {
+  Cookie& cookie = CookieOf(property);
+  cookie.is_registered = property.register_callback(handle_, OnValue, &cookie) == 0;
+  return cookie.is_registered;
+}
+
 bool BatteryClient::Register() {
-  for (Cookie& cookie : cookies_) {
-    if (cookie.property->register_callback(handle_, OnValue, &cookie) != 0) return false;
-  }
-  return true;
+  return std::all_of(kBatteryProperties.begin(), kBatteryProperties.end(),
+                     [&](const BatteryProperty* property) { return Register(*property); });
+}
+
+bool BatteryClient::Deregister(const BatteryProperty& property) {
+  if (!std::exchange(CookieOf(property).is_registered, false)) return true;
+  return property.deregister_callback(handle_, OnValue) == 0;
 }
 
 bool BatteryClient::Deregister() {
   bool all = true;
-  for (const Cookie& cookie : cookies_) {
-    all &= cookie.property->deregister_callback(handle_, OnValue) == 0;
-  }
+  for (const BatteryProperty* property : kBatteryProperties) all &= Deregister(*property);
   return all;
+}
+
+BatteryClient::Cookie& BatteryClient::CookieOf(const BatteryProperty& property) {
+  return *std::find_if(cookies_.begin(), cookies_.end(),
+                       [&](const Cookie& candidate) { return candidate.property == &property; });
 }
 
 void BatteryClient::OnValue(int number, void* cookie) {

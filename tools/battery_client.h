@@ -22,8 +22,11 @@ class BatteryClient {
   BatteryClient(const BatteryClient&) = delete;
   BatteryClient& operator=(const BatteryClient&) = delete;
 
-  // For all four properties. False when the library refuses one of them.
+  // For one property, or for all four. False when the library refuses.
+  bool Register(const BatteryProperty& property);
   bool Register();
+  // From one, or from all that has been registered.
+  bool Deregister(const BatteryProperty& property);
   bool Deregister();
   // Asks the service; nothing when it cannot be asked.
   std::optional<Value> Read(const BatteryProperty& property);
@@ -34,10 +37,13 @@ class BatteryClient {
   struct Cookie {
     const BatteryProperty* property = nullptr;
     EventQueue* events = nullptr;
-    Value last = {};  // touched by callbacks only, which come one at a time
+    Value last = {};             // touched by callbacks only, which come one at a time
+    bool is_registered = false;  // touched by the main thread only
   };
 
   static void OnValue(int number, void* cookie);
+
+  Cookie& CookieOf(const BatteryProperty& property);
 
   const std::shared_ptr<EventQueue> events_;
   std::array<Cookie, kBatteryProperties.size()> cookies_;

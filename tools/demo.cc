@@ -1,7 +1,14 @@
+#include <initializer_list>
+#include <optional>
+#include <sstream>
+#include <string_view>
+
 #include "tools/battery_client.h"
 #include "tools/commands.h"
-#include "tools/demo_story.h"
+#include "tools/demo_scenario.h"
+#include "tools/performance.h"
 #include "tools/recorder.h"
+#include "tools/recording_reader.h"
 #include "tools/sensor_client.h"
 #include "tools/sensor_readings.h"
 #include "tools/session.h"
@@ -65,7 +72,7 @@ std::string ObserveLimits(Session& session) {
 }
 
 // Shows what a device has, without being able to change it.
-int ObserveDevice(const Options& options, Session& session) {
+int ObserveDevice(const Options& options, Session& session, Recorder* recorder) {
   Output& output = session.output();
   const auto begin = Session::Clock::now();
   const auto end = begin + options.duration.value_or(std::chrono::seconds(5));
@@ -74,6 +81,12 @@ int ObserveDevice(const Options& options, Session& session) {
   output.Explain("   Lines with ** come from the device itself.");
   BatteryClient battery(session.events());
   SensorClient sensors(session.events());
+  while (session.WaitUntil(Session::Clock::now()) == Session::Wake::kEvent) {
+    // The device has told by now what it has.
+  }
+  for (const std::string_view family : {kBatteryFamily, kSensorFamily}) {
+    if (recorder != nullptr) recorder->NoteAct(ClientJoined{.subject = std::string(family)});
+  }
   std::string failure = ObserveBattery(battery, session, begin + kReportLimit);
   if (failure.empty()) failure = ObserveSensors(sensors, session, begin + kReportLimit);
   if (failure.empty()) failure = ObserveLimits(session);
@@ -92,32 +105,28 @@ int ObserveDevice(const Options& options, Session& session) {
   return EXIT_SUCCESS;
 }
 
-int Demonstrate(const Options& options, Output& output, Recorder* recorder) {
-  Session session(options, output, {.services_late = true, .listener = [=](const Event& event) {
-                                      return recorder == nullptr || recorder->Note(event);
-                                    }});
-  BatteryDriver* const battery = session.device().battery_driver();
-  SensorDriver* const sensors = session.device().sensor_driver();
-  ThermalDriver* const thermal = session.device().thermal_driver();
-  if (battery == nullptr || sensors == nullptr || thermal == nullptr) {
-    return ObserveDevice(options, session);
-  }
+int TellStory(const Options& options, Output& output) {
   if (options.duration) {
     Complain("--for: the story of the device '" + std::string(options.device->name) +
              "' has its own length");
     return kExitUsage;
   }
-  return TellStory(session, *battery, *sensors, *thermal);
+  std::istringstream text{std::string(kDemoScenario)};
+  return Perform(ReadRecording(text, kDemoScenarioName), {.title = "Demo"}, options, output);
 }
 
 }  // namespace
 
 int Demo(const Options& options, Output& output) {
+  if (options.device->tells_demo) return TellStory(options, output);
   std::optional<Recorder> recorder;
   if (!options.record.empty()) {
     recorder.emplace(options.record, options.existing, options.device->name);
   }
-  const int exit_code = Demonstrate(options, output, recorder ? &*recorder : nullptr);
+  Session session(options, output, {.listener = [&](const Event& event) {
+                    return !recorder || recorder->Note(event);
+                  }});
+  const int exit_code = ObserveDevice(options, session, recorder ? &*recorder : nullptr);
   if (!recorder || recorder->failure().empty()) return exit_code;
   Complain(recorder->failure());
   return EXIT_FAILURE;

@@ -29,8 +29,6 @@ class BatteryDriver {
   virtual void KillService() = 0;
   // Nothing happens while it runs.
   virtual void StartService() = 0;
-  // The service will turn the next registration of a callback down.
-  virtual void RefuseNextRegistration() = 0;
 };
 
 // For a device whose sensors can be told what to report. It has both.
@@ -41,10 +39,7 @@ class SensorDriver {
   virtual ~SensorDriver() = default;
 
   virtual void SetProximity(float centimetres) = 0;
-  // Several readings are one delivery.
-  virtual void SetHingeAngles(const std::vector<float>& degrees) = 0;
-  // For a service that was to be late.
-  virtual void StartSensorService() = 0;
+  virtual void SetHingeAngle(float degrees) = 0;
 };
 
 // For a device whose temperatures can be told how hot they are. It has those of kThermalProperties
@@ -68,9 +63,6 @@ using DeviceObserver = std::function<void(DeviceEvent)>;
 
 struct DeviceSetup {
   bool verbose = false;
-  // The sensor and the thermal service stay down until their drivers start them. Only for a device
-  // with drivers.
-  bool services_late = false;
 };
 
 // Threads: the main thread.
@@ -89,6 +81,14 @@ class Device {
   virtual ThermalDriver* thermal_driver() { return nullptr; }
 };
 
+// What a service is told in advance: to turn down a call, so many times.
+struct Refusal {
+  std::string service;
+  std::string call;
+  std::string reason = "not ready yet";
+  int times = 1;
+};
+
 // What a phone has that goes through what a recording tells.
 struct Equipment {
   std::set<std::string> services;
@@ -102,8 +102,10 @@ class PlayedDevice : public Device {
   // What a device does, not what is done to it: a service starts or dies, something is reported or
   // noticed. Reports need no running service; one that starts later makes up for them.
   virtual void Play(const DeviceEvent& event) = 0;
-  // The health service will turn down so many registrations of a callback.
-  virtual void RefuseRegistrations(int count) = 0;
+  // Whether the service has such a call and can turn it down.
+  virtual bool CanRefuse(const Refusal& refusal) = 0;
+  // The service will do so.
+  virtual void Refuse(const Refusal& refusal) = 0;
 };
 
 // Null in a build that has no such phone.
@@ -112,7 +114,9 @@ std::unique_ptr<PlayedDevice> MakePlayedDevice(const Equipment& equipment, Devic
 struct DeviceType {
   std::string_view name;
   std::string_view description;  // for the help
+  bool tells_demo = false;       // `demo` plays its story on a phone like this
   std::unique_ptr<Device> (*make)(DeviceObserver observer);
+  bool tells = true;  // an observer is told of something
 };
 
 // What there is to choose from in this build. The first is the default.

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <thread>
 #include <variant>
+#include <vector>
 
 #include "tools/value.h"
 #include "tools/wall_clock.h"
@@ -37,9 +38,10 @@ struct BatteryReport {
 
 enum class Sensor { kProximity, kHingeAngle };
 
+// Without values: what the sensor has read is known no more.
 struct SensorReport {
   Sensor sensor;
-  std::optional<float> value;  // centimetres, degrees
+  std::vector<std::optional<float>> values;  // of one delivery; centimetres, degrees
 };
 
 struct TemperatureReport {
@@ -49,7 +51,13 @@ struct TemperatureReport {
   Severity severity;
 };
 
-using Report = std::variant<std::monostate, BatteryReport, SensorReport, TemperatureReport>;
+struct TemperatureGone {
+  std::string type;
+  std::string name;
+};
+
+using Report =
+    std::variant<std::monostate, BatteryReport, SensorReport, TemperatureReport, TemperatureGone>;
 
 // Something that the device tells of itself; no client sees it.
 struct DeviceEvent {

@@ -9,6 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <stdexcept>
 #include <system_error>
 
@@ -41,14 +42,25 @@ class Draft {
   explicit Draft(const std::string& path)
       : path_(path),
         draft_(path + ".part"),
-        fd_(open(draft_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666),
+        fd_(open(draft_.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666),
             "cannot write " + path) {}
   ~Draft() { unlink(draft_.c_str()); }
   Draft(const Draft&) = delete;
   Draft& operator=(const Draft&) = delete;
 
   int fd() const { return fd_.get(); }
+  bool EndsWith(std::string_view ending) const {
+    std::string tail(64, '\0');
+    const auto size = static_cast<off_t>(tail.size());
+    const off_t length = lseek(fd(), 0, SEEK_END);
+    const ssize_t read = pread(fd(), tail.data(), tail.size(), std::max<off_t>(length - size, 0));
+    tail.resize(static_cast<size_t>(std::max<ssize_t>(read, 0)));
+    tail.erase(tail.find_last_not_of('\n') + 1);
+    return tail.ends_with(ending);
+  }
   void Publish() const {
+    // Some disks tell only now that they are full.
+    if (fsync(fd()) != 0 && errno != EINVAL) Fail("cannot write " + path_, errno);
     if (rename(draft_.c_str(), path_.c_str()) != 0) Fail("cannot write " + path_, errno);
   }
 
@@ -89,7 +101,7 @@ pid_t Start(int input, int output) {
 
 }  // namespace
 
-void RunGnuplot(const std::string& script, const std::string& path) {
+void RunGnuplot(const std::string& script, const std::string& path, std::string_view ending) {
   const Draft draft(path);
   const Descriptor input(memfd_create("script", MFD_CLOEXEC), "cannot tell gnuplot what to draw");
   Fill(input, script);
@@ -100,6 +112,9 @@ void RunGnuplot(const std::string& script, const std::string& path) {
   }
   if (!WIFEXITED(status) || WEXITSTATUS(status) != EXIT_SUCCESS) {
     throw std::runtime_error("gnuplot has failed");
+  }
+  if (!draft.EndsWith(ending)) {
+    throw std::runtime_error("cannot write " + path + ": gnuplot has written a part of it only");
   }
   draft.Publish();
 }

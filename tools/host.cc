@@ -55,7 +55,9 @@ Report Translate(const aidl::android::hardware::health::HealthInfo& info) {
 // Nothing for a sensor that the library has no use for.
 Report Translate(const devices::SensorReport& report) {
   const auto of = [&](Sensor sensor) {
-    return SensorReport{.sensor = sensor, .value = IfFinite(report.value)};
+    SensorReport translated = {.sensor = sensor, .values = {}};
+    for (const float value : report.values) translated.values.push_back(IfFinite(value));
+    return translated;
   };
   if (report.type == ASENSOR_TYPE_PROXIMITY) return of(Sensor::kProximity);
   if (report.type == ASENSOR_TYPE_HINGE_ANGLE) return of(Sensor::kHingeAngle);
@@ -67,6 +69,10 @@ Report Translate(const aidl::android::hardware::thermal::Temperature& temperatur
                            .name = temperature.name,
                            .value = IfFinite(temperature.value),
                            .severity = static_cast<Severity>(temperature.throttlingStatus)};
+}
+
+Report Translate(const devices::TemperatureGone& gone) {
+  return TemperatureGone{.type = toString(gone.type), .name = gone.name};
 }
 
 Report Translate(const devices::Report& report) {

@@ -6,9 +6,11 @@ std::span<const DeviceType> DeviceTypes() {
   static constexpr DeviceType kTypes[] = {
       {.name = "simulated",
        .description = "a phone inside this program, with a life of its own",
+       .tells_demo = true,
        .make = MakeSimulatedDevice},
       {.name = "linux",
        .description = "this machine: power supplies, thermal zones, IIO sensors",
+       .tells_demo = false,
        .make = MakeLinuxDevice},
   };
   return kTypes;

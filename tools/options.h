@@ -18,6 +18,7 @@ enum class ExistingFile { kRefuse, kOverwrite };
 struct Options {
   enum class Command { kHelp, kVersion, kWatch, kGet, kDump, kDemo, kRecord, kPlay, kPlot };
   Command command = Command::kHelp;
+  std::string help_of = {};                // a command that help is wanted of; may be empty
   const Family* family = nullptr;          // for watch and get
   std::vector<std::string> operands = {};  // of the family; the file of record, play and plot
   const DeviceType* device = nullptr;

@@ -5,7 +5,9 @@
 #include <string_view>
 #include <utility>
 
+#include "tools/plan_check.h"
 #include "tools/sensor_properties.h"
+#include "tools/subjects.h"
 
 namespace norvik::qel::tool {
 
@@ -65,9 +67,12 @@ Equipment EquipmentOf(const Recording& recording) {
   return equipment;
 }
 
-std::string_view FamilyOf(std::string_view service) {
-  if (service == kHealthService) return kBatteryFamily;
-  return service == kSensorService ? kSensorFamily : kThermalFamily;
+// What has to wait for the services that run from the beginning.
+bool NeedsServices(const RecordedEvent& event) {
+  return event.at > Seconds(0) || std::holds_alternative<Expectation>(event.what) ||
+         std::holds_alternative<Question>(event.what) ||
+         std::holds_alternative<ClientLeft>(event.what) ||
+         (DeviceEventOf(event) != nullptr && DeviceEventOf(event)->kind == Kind::kServiceDied);
 }
 
 class Planner {
@@ -76,7 +81,7 @@ class Planner {
       : recording_(recording), plan_{.equipment = EquipmentOf(recording), .steps = {}} {
     for (const RecordedEvent& event : recording.events) {
       if (const auto* joined = std::get_if<ClientJoined>(&event.what)) {
-        joins_.insert(joined->family);
+        joins_.insert(std::string(*FamilyOfSubject(joined->subject)));
       }
     }
   }
@@ -94,16 +99,16 @@ class Planner {
 
   const Recording& recording_;
   PlayPlan plan_;
-  std::set<std::string> joins_;    // families whose clients join by themselves
-  std::set<std::string> started_;  // services
-  bool battery_is_waiting_ = false;
+  std::set<std::string> joins_;         // families whose clients join by themselves
+  std::set<std::string> started_;       // services
+  std::vector<RecordedEvent> waiting_;  // joins of the battery's clients
 };
 
 PlayPlan Planner::Make() {
   const auto& events = recording_.events;
   bool has_begun = false;
   for (size_t i = 0; i < events.size(); ++i) {
-    if (events[i].at > Seconds(0) && !std::exchange(has_begun, true)) StartTheOthers();
+    if (NeedsServices(events[i]) && !std::exchange(has_begun, true)) StartTheOthers();
     Add(events[i], i);
   }
   if (!has_begun) StartTheOthers();
@@ -114,13 +119,21 @@ PlayPlan Planner::Make() {
 void Planner::Add(const RecordedEvent& event, size_t index) {
   if (const auto* joined = std::get_if<ClientJoined>(&event.what)) {
     // Its registration waits for the service, which nobody could start meanwhile.
-    const bool has_service = started_.contains(std::string(kHealthService));
-    battery_is_waiting_ = joined->family == kBatteryFamily && !has_service;
-    if (!battery_is_waiting_) plan_.steps.push_back({.event = event});
+    const bool waits = FamilyOfSubject(joined->subject) == kBatteryFamily &&
+                       plan_.equipment.services.contains(std::string(kHealthService)) &&
+                       !started_.contains(std::string(kHealthService));
+    if (waits) {
+      waiting_.push_back(event);
+    } else {
+      plan_.steps.push_back({.event = event});
+    }
     return;
   }
   const DeviceEvent* const device_event = DeviceEventOf(event);
-  if (device_event == nullptr) return;
+  if (device_event == nullptr) {
+    if (!std::holds_alternative<ClientCalled>(event.what)) plan_.steps.push_back({.event = event});
+    return;
+  }
   switch (device_event->kind) {
     case Kind::kServiceStarted:
       AddStart(event, index);
@@ -140,13 +153,19 @@ void Planner::AddStart(const RecordedEvent& event, size_t index) {
   const int refusals = service == kHealthService ? RefusalsAfter(index) : 0;
   plan_.steps.push_back({.event = event, .refusals = refusals});
   if (!started_.insert(service).second) return;
-  const std::string_view family = FamilyOf(service);
-  const bool waits = family == kBatteryFamily && std::exchange(battery_is_waiting_, false);
-  if (waits || joins_.insert(std::string(family)).second) Join(event.at, family);
+  const std::string_view family = FamilyOfService(service);
+  if (family == kBatteryFamily) {
+    for (RecordedEvent& joined : std::exchange(waiting_, {})) {
+      joined.at = event.at;
+      plan_.steps.push_back({.event = std::move(joined)});
+    }
+  }
+  if (joins_.insert(std::string(family)).second) Join(event.at, family);
 }
 
 void Planner::Join(Seconds at, std::string_view family) {
-  plan_.steps.push_back({.event = {.at = at, .what = ClientJoined{.family = std::string(family)}}});
+  plan_.steps.push_back(
+      {.event = {.at = at, .what = ClientJoined{.subject = std::string(family)}}});
 }
 
 void Planner::StartTheOthers() {
@@ -177,7 +196,9 @@ int Planner::RefusalsAfter(size_t index) const {
 }  // namespace
 
 PlayPlan MakePlayPlan(const Recording& recording) {
-  return Planner(recording).Make();
+  PlayPlan plan = Planner(recording).Make();
+  CheckPlan(recording, plan);
+  return plan;
 }
 
 }  // namespace norvik::qel::tool

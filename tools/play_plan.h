@@ -11,7 +11,7 @@ namespace norvik::qel::tool {
 struct PlayPlan {
   struct Step {
     RecordedEvent event;  // without a line when the recording takes it for granted
-    int refusals = 0;     // that a service which starts with this step begins with
+    int refusals = 0;     // of registrations that the health service which starts begins with
   };
 
   Equipment equipment;
@@ -20,7 +20,8 @@ struct PlayPlan {
 };
 
 // Services that the recording does not start run from the beginning, and clients that do not join
-// in it join when their service starts first. What is at the time 0 has happened before.
+// in it join when their service starts first. What is at the time 0 has happened before. Throws
+// std::runtime_error, with the line, for what cannot work.
 PlayPlan MakePlayPlan(const Recording& recording);
 
 }  // namespace norvik::qel::tool

@@ -3,7 +3,9 @@
 
 #include <algorithm>
 #include <limits>
+#include <optional>
 #include <utility>
+#include <vector>
 
 #include "devices/simulated/health.h"
 #include "devices/simulated/sensor_hub.h"
@@ -42,6 +44,22 @@ Temperature ToTemperature(const TemperatureReport& report) {
 
 int32_t TypeOf(Sensor sensor) {
   return sensor == Sensor::kProximity ? ASENSOR_TYPE_PROXIMITY : ASENSOR_TYPE_HINGE_ANGLE;
+}
+
+auto Find(std::vector<Temperature>& temperatures, TemperatureType type, const std::string& name) {
+  return std::find_if(temperatures.begin(), temperatures.end(), [&](const auto& temperature) {
+    return temperature.type == type && temperature.name == name;
+  });
+}
+
+// The operation of that name; nothing when there is none.
+template <typename Operation>
+std::optional<Operation> Named(std::string_view call, std::string_view (*name)(Operation)) {
+  for (int i = 0; i < static_cast<int>(Operation::kCount); ++i) {
+    const auto operation = static_cast<Operation>(i);
+    if (name(operation) == call) return operation;
+  }
+  return std::nullopt;
 }
 
 class SimulatedPlayer : public PlayedDevice {
@@ -96,14 +114,34 @@ class SimulatedPlayer : public PlayedDevice {
     }
   }
 
-  void RefuseRegistrations(int count) override {
-    for (int i = 0; i < count; ++i) {
-      health_.on(devices::HealthOperation::kRegisterCallback)
-          .Then(standin::Outcome::Exception(EX_ILLEGAL_STATE, "not ready yet"));
+  bool CanRefuse(const Refusal& refusal) override {
+    return ScriptOf(refusal.service, refusal.call) != nullptr;
+  }
+
+  void Refuse(const Refusal& refusal) override {
+    standin::Script* const script = ScriptOf(refusal.service, refusal.call);
+    if (script == nullptr) return;
+    for (int i = 0; i < refusal.times; ++i) {
+      script->Then(standin::Outcome::Exception(EX_ILLEGAL_STATE, refusal.reason));
     }
   }
 
  private:
+  // Null when the service has no such call; the sensor service has none that could be scripted.
+  standin::Script* ScriptOf(std::string_view service, std::string_view call) {
+    if (service == kHealthService) {
+      const auto operation = Named(call, devices::HealthOperationName);
+      return operation ? &health_.on(*operation) : nullptr;
+    }
+    if (service == kThermalService) {
+      const auto operation = Named(call, devices::ThermalOperationName);
+      return operation ? &thermal_.on(*operation) : nullptr;
+    }
+    if (service != kHidlThermalService) return nullptr;
+    const auto operation = Named(call, devices::HidlThermalOperationName);
+    return operation ? &thermal_.on(*operation) : nullptr;
+  }
+
   void StartService(std::string_view service) {
     if (service == kHealthService) health_.Start();
     if (service == kSensorService) sensors_.Start();
@@ -129,20 +167,37 @@ class SimulatedPlayer : public PlayedDevice {
   }
 
   void Make(const SensorReport& report) {
-    sensors_.Report(TypeOf(report.sensor), ToFloat(report.value));
+    const int32_t type = TypeOf(report.sensor);
+    if (report.values.empty()) {
+      sensors_.Forget(type);
+      return;
+    }
+    std::vector<devices::SensorReading> delivery;
+    for (const auto value : report.values)
+      delivery.push_back({.type = type, .value = ToFloat(value)});
+    sensors_.Report(delivery);
   }
 
   // A temperature that is reported as it is already is a notification, which changes nothing.
   void Make(const TemperatureReport& report) {
     const Temperature temperature = ToTemperature(report);
-    bool changed = false;
+    bool changed = true;
     thermal_.Change([&](simulated::Thermal::ThermalData& data) {
-      for (Temperature& mine : data.temperatures) {
-        if (mine.type != temperature.type || mine.name != temperature.name) continue;
-        changed = std::exchange(mine, temperature) != temperature;
+      const auto mine = Find(data.temperatures, temperature.type, temperature.name);
+      if (mine == data.temperatures.end()) {
+        data.temperatures.push_back(temperature);
+      } else {
+        changed = std::exchange(*mine, temperature) != temperature;
       }
     });
     if (!changed) thermal_.Notify(temperature);
+  }
+
+  void Make(const TemperatureGone& gone) {
+    thermal_.Change([&](simulated::Thermal::ThermalData& data) {
+      const auto mine = Find(data.temperatures, TypeNamed(gone.type), gone.name);
+      if (mine != data.temperatures.end()) data.temperatures.erase(mine);
+    });
   }
 
   const devices::DeviceObserver observer_;

@@ -1,4 +1,6 @@
 #include <stdexcept>
+#include <string>
+#include <string_view>
 
 #include "tools/commands.h"
 #include "tools/gnuplot.h"
@@ -9,6 +11,15 @@
 
 namespace norvik::qel::tool {
 
+namespace {
+
+// The last tag, or the last chunk.
+std::string_view EndingOf(PlotFormat format) {
+  return format == PlotFormat::kSvg ? "</svg>" : "IEND\xae\x42\x60\x82";
+}
+
+}  // namespace
+
 int Plot(const Options& options, Output& output) {
   const std::string& path = options.operands.front();
   const Recording recording = ReadRecording(path);
@@ -18,7 +29,7 @@ int Plot(const Options& options, Output& output) {
   const PlotFormat format = options.output.ends_with(".svg") ? PlotFormat::kSvg : PlotFormat::kPng;
   const std::string script = PlotScript(MakeTimeline(recording), title, format);
   if (script.empty()) throw std::runtime_error(path + " holds nothing that could be drawn");
-  RunGnuplot(script, options.output);
+  RunGnuplot(script, options.output, EndingOf(format));
   output.Explain("Drawn into " + options.output + ".");
   return EXIT_SUCCESS;
 }

@@ -51,7 +51,7 @@ int Record(const Options& options, Output& output) {
   NoteBeginning(session);
   bool refused = false;
   const auto join = [&](std::string_view family) {
-    recorder.NoteJoin(family);
+    recorder.NoteAct(ClientJoined{.subject = std::string(family)});
     refused |= !clients.Join(family);
   };
   join(kBatteryFamily);

@@ -50,9 +50,8 @@ bool Recorder::Note(const Event& event) {
   return Write({.at = {}, .what = std::get<DeviceEvent>(event.what)}, event.time);
 }
 
-bool Recorder::NoteJoin(std::string_view family) {
-  return Write({.at = {}, .what = ClientJoined{.family = std::string(family)}},
-               std::chrono::system_clock::now());
+bool Recorder::NoteAct(const RecordedWhat& what) {
+  return Write({.at = {}, .what = what}, std::chrono::system_clock::now());
 }
 
 bool Recorder::Write(RecordedEvent event, WallTime time) {

@@ -23,7 +23,8 @@ class Recorder {
 
   // False once the file cannot be written. Nothing is written afterwards.
   bool Note(const Event& event);
-  bool NoteJoin(std::string_view family);
+  // What is done now, and no event.
+  bool NoteAct(const RecordedWhat& what);
 
   int event_count() const { return line_count_ - 1; }
   // What is wrong with the file, in words; empty when nothing is.

@@ -1,22 +1,28 @@
-// A recording: what a device went through, and when its clients were called.
+// A recording: what a device went through, and when its clients were called. A scenario is one that
+// also says what is to be expected.
 #pragma once
 
 #include <array>
 #include <chrono>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
-#include "tools/event.h"
+#include "tools/device.h"
 
 namespace norvik::qel::tool {
 
 using Seconds = std::chrono::duration<double>;
 
-// A client of one of the library's families has registered with it.
+// Clients of the library register with it, or deregister.
 struct ClientJoined {
-  std::string family;  // one of kClientFamilies
+  std::string subject;  // a family, or the key of one of its properties
+};
+
+struct ClientLeft {
+  std::string subject;
 };
 
 // A client's callback was called.
@@ -25,28 +31,68 @@ struct ClientCalled {
   Value value;
 };
 
+// For whoever reads along.
+struct Scene {
+  std::string title;
+};
+
+struct Narration {
+  std::string text;
+};
+
+// What getters are asked, and what they are to answer.
+struct Question {
+  std::string family;  // one of kQuestions
+  std::vector<std::pair<std::string, Value>> answers;
+};
+
+// No client is called that no expectation speaks of.
+struct Silence {
+  std::string subject;
+  Seconds duration;
+};
+
+// Something that comes of itself: clients that are called, what the services see of the library.
+struct Expectation {
+  std::variant<ClientCalled, DeviceEvent, Silence> what;
+  Seconds within;  // real time
+};
+
+using RecordedWhat = std::variant<DeviceEvent, ClientJoined, ClientLeft, ClientCalled, Scene,
+                                  Narration, Refusal, Question, Expectation>;
+
 struct RecordedEvent {
   Seconds at;  // since the beginning
-  std::variant<DeviceEvent, ClientJoined, ClientCalled> what;
+  RecordedWhat what;
   // Where it stands in the file, and what stands there.
   int line = 0;
   std::string text = {};
 };
 
 struct Recording {
+  std::string name;    // of the file
   std::string device;  // empty when the file does not say
   std::vector<RecordedEvent> events;
 };
 
 inline constexpr std::string_view kRecordingFormat = "quorvel recording";
-inline constexpr int kRecordingVersion = 1;
+// What is written; all versions from the first on are read.
+inline constexpr int kRecordingVersion = 2;
 
 inline constexpr std::string_view kBatteryFamily = "battery";
 inline constexpr std::string_view kSensorFamily = "sensors";
 inline constexpr std::string_view kThermalFamily = "thermal";
 inline constexpr std::array kClientFamilies = {kBatteryFamily, kSensorFamily, kThermalFamily};
 
+inline constexpr std::string_view kBatteryQuestion = "battery";
+inline constexpr std::string_view kTemperaturesQuestion = "temperatures";
+inline constexpr std::string_view kLimitsQuestion = "bcl";
+inline constexpr std::array kQuestions = {kBatteryQuestion, kTemperaturesQuestion, kLimitsQuestion};
+
 inline constexpr std::array kServices = {kHealthService, kSensorService, kThermalService,
                                          kHidlThermalService};
+
+// Where something is wrong: "demo.jsonl:12".
+std::string PlaceOf(const Recording& recording, const RecordedEvent& event);
 
 }  // namespace norvik::qel::tool

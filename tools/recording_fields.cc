@@ -3,12 +3,14 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <nlohmann/json.hpp>
 #include <utility>
 #include <vector>
 
 namespace norvik::qel::tool {
 
-using nlohmann::json;
+// Keys stay in the order in which somebody has written them.
+using json = nlohmann::ordered_json;
 
 namespace {
 
@@ -40,8 +42,6 @@ class KeysOnce {
   std::vector<std::set<std::string>> keys_;  // by depth
 };
 
-}  // namespace
-
 json ParseLine(const std::string& line) {
   try {
     return json::parse(line, KeysOnce());
@@ -54,12 +54,24 @@ json ParseLine(const std::string& line) {
   }
 }
 
+}  // namespace
+
 RecordingFields::RecordingFields(const json& object, std::string where)
     : object_(object), where_(std::move(where)) {
   if (object.is_object()) return;
   throw LineError(where_.empty()
                       ? "not an object"
                       : "'" + where_.substr(0, where_.size() - 1) + "' is not an object");
+}
+
+bool RecordingFields::Has(const std::string& key) const {
+  return object_.contains(key);
+}
+
+std::vector<std::string> RecordingFields::Keys() const {
+  std::vector<std::string> keys;
+  for (const auto& [key, value] : object_.items()) keys.push_back(key);
+  return keys;
 }
 
 std::string RecordingFields::Text(const std::string& key) {
@@ -91,7 +103,11 @@ int RecordingFields::Integer(const std::string& key, int lowest, int highest) {
 }
 
 double RecordingFields::Number(const std::string& key, double lowest, double highest) {
-  const json& field = Take(key);
+  return Number(Take(key), key, lowest, highest);
+}
+
+double RecordingFields::Number(const json& field, const std::string& key, double lowest,
+                               double highest) const {
   if (!field.is_number()) Complain(key, "is not a number");
   const auto number = field.get<double>();
   if (number >= lowest && number <= highest) return number;
@@ -105,16 +121,44 @@ std::optional<int> RecordingFields::MaybeInteger(const std::string& key, int low
 }
 
 std::optional<float> RecordingFields::MaybeNumber(const std::string& key) {
-  if (Take(key).is_null()) return std::nullopt;
-  return static_cast<float>(Number(key, -kHighestFloat, kHighestFloat));
+  return MaybeNumber(Take(key), key);
+}
+
+std::optional<float> RecordingFields::MaybeNumber(const json& field, const std::string& key) const {
+  if (field.is_null()) return std::nullopt;
+  return static_cast<float>(Number(field, key, -kHighestFloat, kHighestFloat));
+}
+
+std::vector<std::optional<float>> RecordingFields::Numbers(const std::string& key) {
+  const json& field = Take(key);
+  if (!field.is_array()) return {MaybeNumber(field, key)};
+  if (field.empty()) Complain(key, "is an empty list");
+  std::vector<std::optional<float>> numbers;
+  for (const json& element : field) numbers.push_back(MaybeNumber(element, key));
+  return numbers;
 }
 
 Severity RecordingFields::ReadSeverity(const std::string& key) {
-  if (Take(key).is_number()) return static_cast<Severity>(Integer(key, kLowestInt, kHighestInt));
-  const std::string name = Text(key);
+  return ReadSeverity(Take(key), key);
+}
+
+Severity RecordingFields::ReadSeverity(const json& field, const std::string& key) const {
+  if (field.is_number_integer()) {
+    return static_cast<Severity>(static_cast<int>(Number(field, key, kLowestInt, kHighestInt)));
+  }
+  if (!field.is_string()) Complain(key, "is neither the name nor the number of a severity");
+  const auto name = field.get<std::string>();
   const auto severity = SeverityNamed(name);
   if (!severity) Complain(key, "is '" + name + "', which is no severity");
   return *severity;
+}
+
+Severities RecordingFields::ReadSeverities(const std::string& key) {
+  const json& field = Take(key);
+  if (!field.is_array()) Complain(key, "is not a list");
+  Severities severities;
+  for (const json& element : field) severities.push_back(ReadSeverity(element, key));
+  return severities;
 }
 
 Value RecordingFields::AnyValue(const std::string& key) {
@@ -143,6 +187,19 @@ const json& RecordingFields::Take(const std::string& key) {
 
 void RecordingFields::Complain(const std::string& key, const std::string& what) const {
   throw LineError("'" + where_ + key + "' " + what);
+}
+
+RecordingLine::RecordingLine(const std::string& text)
+    : json_(std::make_unique<const json>(ParseLine(text))) {}
+
+RecordingLine::~RecordingLine() = default;
+
+RecordingFields RecordingLine::fields() const {
+  return {*json_, ""};
+}
+
+bool RecordingLine::IsObject() const {
+  return json_->is_object();
 }
 
 }  // namespace norvik::qel::tool

@@ -1,6 +1,7 @@
 // Reads recordings, whether a program or somebody's hand has written them.
 #pragma once
 
+#include <istream>
 #include <string>
 
 #include "tools/recording.h"
@@ -10,5 +11,7 @@ namespace norvik::qel::tool {
 // The whole file. Throws std::runtime_error when it cannot be read or is no recording: with the
 // file, the line and what is wrong there.
 Recording ReadRecording(const std::string& path);
+// The same of a text that has a name.
+Recording ReadRecording(std::istream& text, const std::string& name);
 
 }  // namespace norvik::qel::tool

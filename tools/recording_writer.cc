@@ -4,8 +4,11 @@
 #include <charconv>
 #include <cmath>
 #include <nlohmann/json.hpp>
+#include <string_view>
 #include <utility>
 #include <variant>
+
+#include "tools/decimal.h"
 
 namespace norvik::qel::tool {
 
@@ -28,9 +31,8 @@ Json ToJson(std::optional<float> number) {
   if (!number) return {};
   std::array<char, 64> text;
   const auto end = std::to_chars(text.data(), text.data() + text.size(), *number).ptr;
-  double shortest = 0;
-  std::from_chars(text.data(), end, shortest);
-  return shortest;
+  const std::string_view shortest(text.data(), static_cast<size_t>(end - text.data()));
+  return ParseDecimal(shortest).value_or(*number);
 }
 
 // By its number when it has no name.
@@ -61,7 +63,18 @@ Json Changes(const std::optional<BatteryReport>& before, const BatteryReport& no
 }
 
 void Describe(const SensorReport& report, Json& line) {
-  line[report.sensor == Sensor::kProximity ? "proximity" : "hinge_angle"] = ToJson(report.value);
+  const char* const key = report.sensor == Sensor::kProximity ? "proximity" : "hinge_angle";
+  if (report.values.empty()) {
+    line["gone"] = key;
+    return;
+  }
+  Json values = Json::array();
+  for (const auto value : report.values) values.push_back(ToJson(value));
+  line[key] = values.size() == 1 ? values[0] : values;
+}
+
+void Describe(const TemperatureGone& gone, Json& line) {
+  line["gone"] = gone.type + ":" + gone.name;
 }
 
 void Describe(const TemperatureReport& report, Json& line) {
@@ -105,13 +118,30 @@ void Describe(const DeviceEvent& event, Json& line) {
     case DeviceEvent::Kind::kReported:
       if (const auto* sensor = std::get_if<SensorReport>(&event.report)) Describe(*sensor, line);
       if (const auto* heat = std::get_if<TemperatureReport>(&event.report)) Describe(*heat, line);
+      if (const auto* gone = std::get_if<TemperatureGone>(&event.report)) Describe(*gone, line);
       break;
   }
 }
 
 void Describe(const ClientJoined& joined, Json& line) {
-  line["join"] = joined.family;
+  line["join"] = joined.subject;
 }
+
+void Describe(const ClientLeft& left, Json& line) {
+  line["leave"] = left.subject;
+}
+
+void Describe(const Scene& scene, Json& line) {
+  line["scene"] = scene.title;
+}
+
+void Describe(const Narration& narration, Json& line) {
+  line["say"] = narration.text;
+}
+
+// What has been asked and expected is no part of what has happened; a refusal will be seen.
+template <typename What>
+void Describe(const What& /*what*/, Json& /*line*/) {}
 
 void Describe(const ClientCalled& called, Json& line) {
   line["called"] = called.property;

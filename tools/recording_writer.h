@@ -13,7 +13,8 @@ namespace norvik::qel::tool {
 class RecordingWriter {
  public:
   static std::string Header(std::string_view device, WallTime begin);
-  // Nothing for what no recording holds: the report of a sensor that the library has no use for.
+  // Nothing for what no recording holds: the report of a sensor that the library has no use for,
+  // what a scenario expects.
   std::optional<std::string> Line(const RecordedEvent& event);
 
  private:

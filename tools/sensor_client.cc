@@ -2,6 +2,7 @@
 
 #include <errno.h>
 
+#include <algorithm>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -31,23 +32,33 @@ SensorClient::~SensorClient() {
   DeinitSensorInfo(&handle_);
 }
 
-bool SensorClient::Register() {
-  for (Cookie& cookie : cookies_) {
-    const int result = cookie.property->register_callback(handle_, kId, OnValue, &cookie);
-    if (result != 0 && result != -ENOSYS) return false;
-    cookie.state = result == 0 ? State::kRegistered : State::kAbsent;
-  }
+bool SensorClient::Register(const SensorProperty& property) {
+  Cookie& cookie = CookieOf(property);
+  const int result = property.register_callback(handle_, kId, OnValue, &cookie);
+  if (result != 0 && result != -ENOSYS) return false;
+  cookie.state = result == 0 ? State::kRegistered : State::kAbsent;
   return true;
+}
+
+bool SensorClient::Register() {
+  return std::all_of(kSensorProperties.begin(), kSensorProperties.end(),
+                     [&](const SensorProperty* property) { return Register(*property); });
+}
+
+bool SensorClient::Deregister(const SensorProperty& property) {
+  const State state = std::exchange(CookieOf(property).state, State::kUnregistered);
+  return state != State::kRegistered || property.deregister_callback(handle_, kId) == 0;
 }
 
 bool SensorClient::Deregister() {
   bool all = true;
-  for (Cookie& cookie : cookies_) {
-    if (cookie.state != State::kRegistered) continue;
-    all &= cookie.property->deregister_callback(handle_, kId) == 0;
-    cookie.state = State::kUnregistered;
-  }
+  for (const SensorProperty* property : kSensorProperties) all &= Deregister(*property);
   return all;
+}
+
+SensorClient::Cookie& SensorClient::CookieOf(const SensorProperty& property) {
+  return *std::find_if(cookies_.begin(), cookies_.end(),
+                       [&](const Cookie& candidate) { return candidate.property == &property; });
 }
 
 std::vector<const SensorProperty*> SensorClient::sensors() const {

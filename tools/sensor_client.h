@@ -22,8 +22,11 @@ class SensorClient {
   SensorClient(const SensorClient&) = delete;
   SensorClient& operator=(const SensorClient&) = delete;
 
-  // For both sensors, as far as the device has them. False when the library refuses one.
+  // For one sensor or both, as far as the device has them. False when the library refuses.
+  bool Register(const SensorProperty& property);
   bool Register();
+  // From one, or from all that has been registered.
+  bool Deregister(const SensorProperty& property);
   bool Deregister();
   // What is registered: while the service is late that is both sensors, whether they exist or not.
   std::vector<const SensorProperty*> sensors() const;
@@ -44,6 +47,7 @@ class SensorClient {
 
   static void OnValue(int number, void* cookie);
 
+  Cookie& CookieOf(const SensorProperty& property);
   std::vector<const SensorProperty*> SensorsIn(State state) const;
 
   const std::shared_ptr<EventQueue> events_;

@@ -10,16 +10,11 @@ using namespace std::chrono_literals;
 // dies: the library does not survive that.
 std::vector<Life::Step> Steps(SensorDriver& phone) {
   return {
-      {700ms, [&] { phone.SetHingeAngles({30}); }},
-      {300ms, [&] { phone.SetHingeAngles({60.5F}); }},
-      {300ms, [&] { phone.SetHingeAngles({90}); }},
-      {300ms, [&] { phone.SetHingeAngles({134.9F}); }},
-      {300ms, [&] { phone.SetHingeAngles({180}); }},
-      {1000ms, [&] { phone.SetProximity(0); }},
-      {1500ms, [&] { phone.SetProximity(5); }},
-      {1000ms, [&] { phone.SetHingeAngles({90}); }},
-      {300ms, [&] { phone.SetHingeAngles({0}); }},
-      {1000ms, [] {}},
+      {700ms, [&] { phone.SetHingeAngle(30); }},  {300ms, [&] { phone.SetHingeAngle(60.5F); }},
+      {300ms, [&] { phone.SetHingeAngle(90); }},  {300ms, [&] { phone.SetHingeAngle(134.9F); }},
+      {300ms, [&] { phone.SetHingeAngle(180); }}, {1000ms, [&] { phone.SetProximity(0); }},
+      {1500ms, [&] { phone.SetProximity(5); }},   {1000ms, [&] { phone.SetHingeAngle(90); }},
+      {300ms, [&] { phone.SetHingeAngle(0); }},   {1000ms, [] {}},
   };
 }
 

@@ -32,7 +32,7 @@ Session::Session(const Options& options, Output& output, const Setup& setup)
       listener_(setup.listener),
       device_((setup.make_device ? setup.make_device : options.device->make)(
           [queue = events_](DeviceEvent event) { queue->Post(std::move(event)); })) {
-  device_->Start({.verbose = options.verbose, .services_late = setup.services_late});
+  device_->Start({.verbose = options.verbose});
 }
 
 Session::Wake Session::WaitUntil(Clock::time_point until, int input) {

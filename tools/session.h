@@ -32,8 +32,7 @@ class Session {
   using Clock = std::chrono::steady_clock;
 
   struct Setup {
-    bool show_events = true;     // those of the family in the options, or all
-    bool services_late = false;  // see DeviceSetup
+    bool show_events = true;  // those of the family in the options, or all
     // Hears of every event, shown or not. False: there is no use in going on.
     std::function<bool(const Event&)> listener = nullptr;
     // Instead of the device in the options.

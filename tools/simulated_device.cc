@@ -47,8 +47,7 @@ class SimulatedDevice : public Device,
   void Start(const DeviceSetup& setup) override {
     BecomeHostProcess(setup);
     StartService();
-    if (setup.services_late) return;
-    StartSensorService();
+    sensors_.Start();
     StartThermalService();
   }
   BatteryDriver* battery_driver() override { return this; }
@@ -70,25 +69,11 @@ class SimulatedDevice : public Device,
     health_.Start();
   }
 
-  void RefuseNextRegistration() override {
-    health_.on(devices::HealthOperation::kRegisterCallback)
-        .Then(standin::Outcome::Exception(EX_ILLEGAL_STATE, "not ready yet"));
-  }
-
   void SetProximity(float centimetres) override {
     sensors_.Report(ASENSOR_TYPE_PROXIMITY, centimetres);
   }
 
-  void SetHingeAngles(const std::vector<float>& degrees) override {
-    std::vector<devices::SensorReading> readings;
-    readings.reserve(degrees.size());
-    for (const float angle : degrees) {
-      readings.push_back({.type = ASENSOR_TYPE_HINGE_ANGLE, .value = angle});
-    }
-    sensors_.Report(readings);
-  }
-
-  void StartSensorService() override { sensors_.Start(); }
+  void SetHingeAngle(float degrees) override { sensors_.Report(ASENSOR_TYPE_HINGE_ANGLE, degrees); }
 
   void SetTemperature(std::string_view name, float celsius, Severity severity) override {
     thermal_.Change([&](simulated::Thermal::ThermalData& data) {

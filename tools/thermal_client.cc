@@ -48,10 +48,11 @@ bool ThermalClient::Register(const ThermalProperty& property) {
   return RegisterThermalCallback(handle_, &param, &cookie) == 0;
 }
 
-bool ThermalClient::Deregister() {
-  bool all = true;
-  for (const Cookie& cookie : cookies_) all &= DeregisterThermalCallback(handle_, cookie.id) == 0;
-  return all;
+bool ThermalClient::Deregister(const ThermalProperty& property) {
+  const auto cookie =
+      std::find_if(cookies_.rbegin(), cookies_.rend(),
+                   [&](const Cookie& candidate) { return candidate.property == &property; });
+  return cookie != cookies_.rend() && DeregisterThermalCallback(handle_, cookie->id) == 0;
 }
 
 void ThermalClient::OnSeverity(int number, void* cookie) {

@@ -25,8 +25,8 @@ class ThermalClient {
 
   // False when the library refuses: the service reports no such temperature.
   bool Register(const ThermalProperty& property);
-  // From all that has been registered.
-  bool Deregister();
+  // From what was registered with the same property.
+  bool Deregister(const ThermalProperty& property);
 
   // Both ask the service; nothing when it cannot be asked.
   //

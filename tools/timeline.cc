@@ -5,23 +5,11 @@
 #include <optional>
 #include <string_view>
 
-#include "tools/battery_properties.h"
-#include "tools/sensor_properties.h"
+#include "tools/subjects.h"
 
 namespace norvik::qel::tool {
 
 namespace {
-
-template <typename Properties>
-bool AreAmong(const Properties& properties, const std::string& key) {
-  return std::any_of(properties.begin(), properties.end(),
-                     [&](const auto* property) { return property->key == key; });
-}
-
-std::string_view FamilyOf(const ClientCalled& called) {
-  if (AreAmong(kBatteryProperties, called.property)) return kBatteryFamily;
-  return AreAmong(kSensorProperties, called.property) ? kSensorFamily : kThermalFamily;
-}
 
 // What is not known leaves a gap.
 template <typename Number>
@@ -42,10 +30,13 @@ class Plotter {
     if (event.kind == Kind::kCallRefused) timeline_.refused[event.service].push_back(at);
     std::visit([&](const auto& report) { Take(report); }, event.report);
   }
-  void Take(double /*at*/, const ClientJoined& /*joined*/) {}
   void Take(double at, const ClientCalled& called) {
-    timeline_.called[std::string(FamilyOf(called))].push_back(at);
+    const auto family = FamilyOfProperty(called.property).value_or(kThermalFamily);
+    timeline_.called[std::string(family)].push_back(at);
   }
+  // All else is not drawn.
+  template <typename What>
+  void Take(double /*at*/, const What& /*what*/) {}
 
   const Timeline& timeline() const { return timeline_; }
 
@@ -59,7 +50,11 @@ class Plotter {
   }
   void Take(const SensorReport& report) {
     auto& curve = report.sensor == Sensor::kProximity ? timeline_.proximity : timeline_.hinge_angle;
-    curve.push_back(PointOf(at_, report.value));
+    if (report.values.empty()) curve.push_back(PointOf(at_, std::optional<float>()));
+    for (const auto value : report.values) curve.push_back(PointOf(at_, value));
+  }
+  void Take(const TemperatureGone& gone) {
+    timeline_.severities[gone.type + ":" + gone.name].push_back(PointOf(at_, std::optional<int>()));
   }
   void Take(const TemperatureReport& report) {
     timeline_.severities[report.type + ":" + report.name].push_back(

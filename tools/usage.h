@@ -2,9 +2,11 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace norvik::qel::tool {
 
-std::string Usage();
+// Of one command if one is given.
+std::string Usage(std::string_view command = {});
 
 }  // namespace norvik::qel::tool

@@ -19,6 +19,7 @@ namespace {
 void Announce(const std::string& subject, const Options& options, Output& output) {
   output.Explain("Watching the " + subject + " of the device '" +
                  std::string(options.device->name) + (options.duration ? "'." : "'; Ctrl-C ends."));
+  if (!options.device->tells) return;
   output.Explain("Lines with ** come from the device, all others through a client's callback.");
 }
 

@@ -8,18 +8,27 @@
 #include <functional>
 #include <string>
 #include <variant>
+#include <vector>
 
 namespace norvik::qel::devices {
 
+// What one delivery holds of a sensor, the oldest first. Without values: what the sensor has read
+// is known no more.
 struct SensorReport {
   int32_t type;  // ASENSOR_TYPE_...
-  float value;
+  std::vector<float> values;
+};
+
+struct TemperatureGone {
+  aidl::android::hardware::thermal::TemperatureType type;
+  std::string name;
 };
 
 // What a service reports, whether or not it has a callback to tell. Of the temperatures it is each
 // one that is new or has changed in any way, also where callbacks hear of the severity alone.
-using Report = std::variant<std::monostate, aidl::android::hardware::health::HealthInfo,
-                            SensorReport, aidl::android::hardware::thermal::Temperature>;
+using Report =
+    std::variant<std::monostate, aidl::android::hardware::health::HealthInfo, SensorReport,
+                 aidl::android::hardware::thermal::Temperature, TemperatureGone>;
 
 struct DeviceEvent {
   enum class Kind {

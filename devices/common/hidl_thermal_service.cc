@@ -90,7 +90,14 @@ void HidlThermalService::Report(const ThermalData& data) {
   std::lock_guard<std::mutex> lock(lock_);
   const ThermalData before = std::exchange(data_, data);
   for (const auto& temperature : ChangedTemperatures(before, data_)) TellReport(temperature);
+  const auto gone = GoneTemperatures(before, data_);
+  for (const auto& temperature : gone) {
+    TellReport(TemperatureGone{.type = temperature.type, .name = temperature.name});
+  }
   for (const auto& temperature : ChangedSeverities(before, data_)) SendLocked(temperature);
+  for (const auto& temperature : gone) {
+    if (const auto release = Release(temperature)) SendLocked(*release);
+  }
 }
 
 void HidlThermalService::Notify(const aidl_thermal::Temperature& temperature) {
@@ -234,10 +241,11 @@ void HidlThermalService::Tell(DeviceEvent::Kind kind, std::string detail) const 
   }
 }
 
-void HidlThermalService::TellReport(const aidl_thermal::Temperature& temperature) const {
+void HidlThermalService::TellReport(devices::Report report) const {
   if (observer_ == nullptr) return;
-  observer_(
-      {.kind = DeviceEvent::Kind::kReported, .service = "thermal (HIDL)", .report = temperature});
+  observer_({.kind = DeviceEvent::Kind::kReported,
+             .service = "thermal (HIDL)",
+             .report = std::move(report)});
 }
 
 }  // namespace norvik::qel::devices

@@ -45,7 +45,7 @@ class HidlThermalService : public android::hardware::thermal::V2_0::IThermal {
 
   explicit HidlThermalService(ThermalData data, DeviceObserver observer = nullptr);
 
-  // Replaces the data and tells the callbacks of the changes.
+  // Replaces the data and tells the callbacks of the changes, and of what throttled and has gone.
   void Report(const ThermalData& data);
   // Tells the callbacks without a change of the data.
   void Notify(const aidl::android::hardware::thermal::Temperature& temperature);
@@ -95,7 +95,7 @@ class HidlThermalService : public android::hardware::thermal::V2_0::IThermal {
                        const Handler& _hidl_cb, Change change);
   void SendLocked(const aidl::android::hardware::thermal::Temperature& temperature);
   void Tell(DeviceEvent::Kind kind, std::string detail = {}) const;
-  void TellReport(const aidl::android::hardware::thermal::Temperature& temperature) const;
+  void TellReport(devices::Report report) const;
 
   const DeviceObserver observer_;
   mutable std::mutex lock_;

@@ -23,6 +23,16 @@ ASensorEvent MakeEvent(const SensorDescription& sensor, float value) {
   return event;
 }
 
+// Sorts a delivery by its sensors.
+void AddTo(std::vector<SensorReport>& reports, const SensorReading& reading) {
+  const auto found = std::find_if(reports.begin(), reports.end(), [&](const SensorReport& report) {
+    return report.type == reading.type;
+  });
+  SensorReport& report =
+      found != reports.end() ? *found : reports.emplace_back(SensorReport{reading.type, {}});
+  report.values.push_back(reading.value);
+}
+
 ndk::ScopedAStatus Refuse(const char* why) {
   return ndk::ScopedAStatus::fromExceptionCodeWithMessage(EX_ILLEGAL_ARGUMENT, why);
 }
@@ -42,13 +52,15 @@ void SensorService::Add(SensorDescription sensor) {
 void SensorService::Report(const std::vector<SensorReading>& readings) {
   std::lock_guard<std::mutex> lock(lock_);
   std::vector<ASensorEvent> events;
+  std::vector<SensorReport> reports;
   for (const SensorReading& reading : readings) {
     const SensorDescription* sensor = FindDefaultLocked(reading.type);
     if (sensor == nullptr) continue;
     events.push_back(MakeEvent(*sensor, reading.value));
     latest_[sensor->handle] = events.back();
-    TellReport(reading);
+    AddTo(reports, reading);
   }
+  for (SensorReport& report : reports) TellReport(std::move(report));
   for (const auto& entry : queues_) {
     const Queue& queue = entry.second;
     std::vector<ASensorEvent> wanted;
@@ -61,7 +73,8 @@ void SensorService::Report(const std::vector<SensorReading>& readings) {
 void SensorService::Forget(int32_t type) {
   std::lock_guard<std::mutex> lock(lock_);
   const SensorDescription* sensor = FindDefaultLocked(type);
-  if (sensor != nullptr) latest_.erase(sensor->handle);
+  if (sensor == nullptr || latest_.erase(sensor->handle) == 0) return;
+  TellReport({.type = type, .values = {}});
 }
 
 void SensorService::SendUnasked(const std::vector<ASensorEvent>& events) {
@@ -183,11 +196,10 @@ void SensorService::Tell(DeviceEvent::Kind kind, const SensorDescription& sensor
   if (observer_) observer_({.kind = kind, .service = "sensor", .detail = sensor.name});
 }
 
-void SensorService::TellReport(const SensorReading& reading) const {
+void SensorService::TellReport(SensorReport report) const {
   if (!observer_) return;
-  observer_({.kind = DeviceEvent::Kind::kReported,
-             .service = "sensor",
-             .report = SensorReport{.type = reading.type, .value = reading.value}});
+  observer_(
+      {.kind = DeviceEvent::Kind::kReported, .service = "sensor", .report = std::move(report)});
 }
 
 }  // namespace norvik::qel::devices

@@ -77,7 +77,7 @@ class SensorService : public standin::BnSensorService {
   // The one that stands for its type.
   const standin::SensorDescription* FindDefaultLocked(int32_t type) const;
   void Tell(DeviceEvent::Kind kind, const standin::SensorDescription& sensor) const;
-  void TellReport(const SensorReading& reading) const;
+  void TellReport(SensorReport report) const;
 
   const DeviceObserver observer_;
   mutable std::mutex lock_;

@@ -59,6 +59,22 @@ std::vector<Temperature> ChangedTemperatures(const ThermalData& before, const Th
   return changed;
 }
 
+std::vector<Temperature> GoneTemperatures(const ThermalData& before, const ThermalData& now) {
+  std::vector<Temperature> gone;
+  for (const Temperature& old : before.temperatures) {
+    if (Find(now.temperatures, old) == nullptr) gone.push_back(old);
+  }
+  return gone;
+}
+
+std::optional<Temperature> Release(const Temperature& gone) {
+  if (gone.throttlingStatus == ThrottlingSeverity::NONE) return std::nullopt;
+  return Temperature{.type = gone.type,
+                     .name = gone.name,
+                     .value = std::numeric_limits<float>::quiet_NaN(),
+                     .throttlingStatus = ThrottlingSeverity::NONE};
+}
+
 std::vector<CoolingDevice> ChangedCoolingDevices(const ThermalData& before,
                                                  const ThermalData& now) {
   std::vector<CoolingDevice> changed;

@@ -6,6 +6,7 @@
 #include <aidl/android/hardware/thermal/TemperatureThreshold.h>
 #include <android/hardware/thermal/2.0/types.h>
 
+#include <optional>
 #include <vector>
 
 namespace norvik::qel::devices {
@@ -23,6 +24,13 @@ std::vector<aidl::android::hardware::thermal::Temperature> ChangedSeverities(
 // The temperatures that are new or have changed in any way.
 std::vector<aidl::android::hardware::thermal::Temperature> ChangedTemperatures(
     const ThermalData& before, const ThermalData& now);
+// The temperatures that are there no more.
+std::vector<aidl::android::hardware::thermal::Temperature> GoneTemperatures(
+    const ThermalData& before, const ThermalData& now);
+// What callbacks hear of a temperature that has gone: nothing is known of it, and nothing throttles
+// for it. Nothing where nothing did.
+std::optional<aidl::android::hardware::thermal::Temperature> Release(
+    const aidl::android::hardware::thermal::Temperature& gone);
 // The cooling devices that are new or have changed.
 std::vector<aidl::android::hardware::thermal::CoolingDevice> ChangedCoolingDevices(
     const ThermalData& before, const ThermalData& now);

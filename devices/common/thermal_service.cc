@@ -44,7 +44,14 @@ void ThermalService::Report(const ThermalData& data) {
   std::lock_guard<std::mutex> lock(lock_);
   const ThermalData before = std::exchange(data_, data);
   for (const auto& temperature : ChangedTemperatures(before, data_)) TellReport(temperature);
+  const auto gone = GoneTemperatures(before, data_);
+  for (const auto& temperature : gone) {
+    TellReport(TemperatureGone{.type = temperature.type, .name = temperature.name});
+  }
   for (const Temperature& temperature : ChangedSeverities(before, data_)) SendLocked(temperature);
+  for (const Temperature& temperature : gone) {
+    if (const auto release = Release(temperature)) SendLocked(*release);
+  }
   for (const CoolingDevice& device : ChangedCoolingDevices(before, data_)) {
     cooling_callbacks_.ForEach(device.type, [&](auto& callback) {
       static_cast<void>(callback.notifyCoolingDeviceChanged(device));  // as in SendLocked()
@@ -219,9 +226,10 @@ void ThermalService::Tell(DeviceEvent::Kind kind, std::string detail) const {
   }
 }
 
-void ThermalService::TellReport(const Temperature& temperature) const {
+void ThermalService::TellReport(devices::Report report) const {
   if (observer_ == nullptr) return;
-  observer_({.kind = DeviceEvent::Kind::kReported, .service = "thermal", .report = temperature});
+  observer_(
+      {.kind = DeviceEvent::Kind::kReported, .service = "thermal", .report = std::move(report)});
 }
 
 }  // namespace norvik::qel::devices

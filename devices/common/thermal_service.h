@@ -56,7 +56,7 @@ class ThermalService : public aidl::android::hardware::thermal::BnThermal {
 
   explicit ThermalService(ThermalData data, DeviceObserver observer = nullptr);
 
-  // Replaces the data and tells the callbacks of the changes.
+  // Replaces the data and tells the callbacks of the changes, and of what throttled and has gone.
   void Report(const ThermalData& data);
   // Tells the callbacks without a change of the data.
   void Notify(const Temperature& temperature);
@@ -102,7 +102,7 @@ class ThermalService : public aidl::android::hardware::thermal::BnThermal {
   ndk::ScopedAStatus Refuse(ThermalOperation operation, const char* reason) const;
   void SendLocked(const Temperature& temperature);
   void Tell(DeviceEvent::Kind kind, std::string detail = {}) const;
-  void TellReport(const Temperature& temperature) const;
+  void TellReport(devices::Report report) const;
 
   const DeviceObserver observer_;
   mutable std::mutex lock_;

@@ -1,10 +1,11 @@
 #include "devices/linux/iio_channels.h"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <cmath>
-#include <iomanip>
+#include <limits>
 #include <numbers>
-#include <sstream>
 #include <string_view>
 
 #include "devices/linux/device_files.h"
@@ -111,16 +112,22 @@ std::optional<double> Scaled(DeviceFiles& files, const std::string& channel) {
   return (*raw + *offset) * *scale;
 }
 
+// The point is a point in every locale, and nothing groups the digits.
+std::string InWords(double number, int precision) {
+  std::array<char, std::numeric_limits<double>::max_exponent10 + 8> text;
+  return {text.data(), std::to_chars(text.data(), text.data() + text.size(), number,
+                                     std::chars_format::fixed, precision)
+                           .ptr};
+}
+
 // Rounded, as the kernel writes scales with so many digits only: a 90 that comes as 89.998 would be
 // an 89 to clients, who are told whole numbers.
 std::optional<float> Believable(DeviceFiles& files, const std::string& channel, double value,
                                 double max, const char* unit) {
   const double rounded = std::round(value * 10) / 10;
   if (rounded >= 0 && rounded <= max) return static_cast<float>(rounded);
-  std::ostringstream what;
-  what << std::fixed << std::setprecision(1) << rounded << " " << unit << " is not within 0 to "
-       << std::setprecision(0) << max;
-  files.AddFault(channel, what.str());
+  files.AddFault(channel,
+                 InWords(rounded, 1) + " " + unit + " is not within 0 to " + InWords(max, 0));
   return std::nullopt;
 }
 

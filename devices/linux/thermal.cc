@@ -1,8 +1,6 @@
 #include "devices/linux/thermal.h"
 
-#include <algorithm>
 #include <atomic>
-#include <limits>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -16,32 +14,9 @@
 
 namespace norvik::qel::linux_device {
 
-using aidl::android::hardware::thermal::Temperature;
-using aidl::android::hardware::thermal::ThrottlingSeverity;
 using devices::DeviceEvent;
 using devices::ThermalData;
 using devices::ThermalOperation;
-
-namespace {
-
-// Those that were throttled by a zone that has gone, and no longer are.
-std::vector<Temperature> Released(const ThermalData& before, const ThermalData& now) {
-  std::vector<Temperature> released;
-  for (const Temperature& old : before.temperatures) {
-    const bool is_there = std::any_of(
-        now.temperatures.begin(), now.temperatures.end(), [&](const Temperature& temperature) {
-          return temperature.type == old.type && temperature.name == old.name;
-        });
-    if (is_there || old.throttlingStatus == ThrottlingSeverity::NONE) continue;
-    released.push_back({.type = old.type,
-                        .name = old.name,
-                        .value = std::numeric_limits<float>::quiet_NaN(),
-                        .throttlingStatus = ThrottlingSeverity::NONE});
-  }
-  return released;
-}
-
-}  // namespace
 
 // Locks: reading_lock_ before the lock of ThermalService.
 class Thermal::Service : public devices::ThermalService, public WatchedClass {
@@ -82,10 +57,7 @@ void Thermal::Service::ReadLocked(const std::vector<std::string>& syspaths) {
   const ThermalReading reading = ReadThermalDevices(syspaths);
   NoticeFaultsLocked(reading.faults);
   NoticeLackOfZonesLocked(!reading.zones.empty());
-  const ThermalData before = data();
-  const ThermalData now = history_.Continue(reading);
-  Report(now);
-  for (const Temperature& temperature : Released(before, now)) Notify(temperature);
+  Report(history_.Continue(reading));
 }
 
 void Thermal::Service::NoticeLackOfZonesLocked(bool has_zones) {

@@ -3,6 +3,7 @@
 #include <android/binder_enums.h>
 #include <errno.h>
 #include <fnmatch.h>
+#include <locale.h>
 
 #include <algorithm>
 #include <fstream>
@@ -91,8 +92,13 @@ constexpr Pattern<CoolingType> kCoolingDevices[] = {
     {"speaker*", CoolingType::SPEAKER},
 };
 
+// Whatever the program's locale: in that of Turkey the small letter of I is no i.
 bool Fits(const std::string& type, const char* pattern) {
-  return fnmatch(pattern, type.c_str(), FNM_CASEFOLD) == 0;
+  static const locale_t plain = newlocale(LC_ALL_MASK, "C", nullptr);  // never freed
+  const locale_t own = uselocale(plain);
+  const bool fits = fnmatch(pattern, type.c_str(), FNM_CASEFOLD) == 0;
+  uselocale(own);
+  return fits;
 }
 
 template <typename Own, typename Usual, typename Type>

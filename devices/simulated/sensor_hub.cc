@@ -50,6 +50,12 @@ void SensorHub::Report(const std::vector<SensorReading>& readings) {
   if (service_ != nullptr) service_->Report(readings);
 }
 
+void SensorHub::Forget(int32_t type) {
+  std::lock_guard<std::mutex> lock(lock_);
+  latest_.erase(type);
+  if (service_ != nullptr) service_->Forget(type);
+}
+
 void SensorHub::SendUnasked(const std::vector<ASensorEvent>& events) {
   if (const auto running = service()) running->SendUnasked(events);
 }

@@ -41,6 +41,8 @@ class SensorHub {
   // enabled.
   void Report(int32_t type, float value) { Report({{.type = type, .value = value}}); }
   void Report(const std::vector<devices::SensorReading>& readings);
+  // As in devices::SensorService.
+  void Forget(int32_t type);
   // Events that nobody asked for, to every queue. Only while the service runs.
   void SendUnasked(const std::vector<ASensorEvent>& events);
 

@@ -64,9 +64,10 @@ struct Thermal::Phone {
 // The services do what the phone's scripts say before they do their own work.
 class Thermal::AidlService : public devices::ThermalService {
  public:
-  // Made with the phone's lock held.
-  AidlService(std::shared_ptr<Phone> phone, devices::DeviceObserver observer)
-      : ThermalService({}, std::move(observer)), phone_(std::move(phone)) {
+  // Made with the phone's lock held. What the other service has told of already is told once.
+  AidlService(const std::shared_ptr<Phone>& phone, devices::DeviceObserver observer)
+      : ThermalService(phone->hidl != nullptr ? phone->data : ThermalData(), std::move(observer)),
+        phone_(phone) {
     Report(phone_->data);
   }
 
@@ -85,14 +86,25 @@ class Thermal::AidlService : public devices::ThermalService {
 
 class Thermal::HidlService : public devices::HidlThermalService {
  public:
-  HidlService(std::shared_ptr<Phone> phone, devices::DeviceObserver observer)
-      : HidlThermalService({}, std::move(observer)), phone_(std::move(phone)) {
+  HidlService(const std::shared_ptr<Phone>& phone, const devices::DeviceObserver& observer)
+      : HidlThermalService({}, WhileAlone(*phone, observer)), phone_(phone) {
     Report(phone_->data);
   }
 
   void End() { ended_ = true; }
 
  private:
+  // While both services run, the other one tells of what both report. Reports are made with the
+  // phone's lock held.
+  static devices::DeviceObserver WhileAlone(const Phone& phone,
+                                            const devices::DeviceObserver& observer) {
+    if (observer == nullptr) return nullptr;
+    return [&phone, observer](const DeviceEvent& event) {
+      if (event.kind == DeviceEvent::Kind::kReported && phone.aidl != nullptr) return;
+      observer(event);
+    };
+  }
+
   Verdict Permit(HidlThermalOperation operation) override {
     const auto outcome = phone_->hidl_scripts.at(static_cast<size_t>(operation)).Next(&ended_);
     if (outcome.status != STATUS_OK) return {.transport = Status::fromStatusT(outcome.status)};

@@ -38,7 +38,7 @@ class HidlRecordText {
   template <size_t N>
   static std::string Text(const ::android::hardware::hidl_array<float, N>& values) {
     std::string text;
-    for (size_t i = 0; i < N; ++i) text += (i > 0 ? ", " : "") + std::to_string(values[i]);
+    for (size_t i = 0; i < N; ++i) text += (i > 0 ? ", " : "") + ValueText(values[i]);
     return "[" + std::to_string(N) + "]{" + text + "}";
   }
   template <typename T>

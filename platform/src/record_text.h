@@ -1,6 +1,9 @@
 // Builds the text of a record, "Name{field: value, ...}", as its toString() gives it.
 #pragma once
 
+#include <array>
+#include <charconv>
+#include <limits>
 #include <optional>
 #include <string>
 #include <type_traits>
@@ -16,6 +19,12 @@ template <typename T>
 std::string ValueText(const T& value) {
   if constexpr (std::is_same_v<T, bool>) {
     return value ? "true" : "false";
+  } else if constexpr (std::is_floating_point_v<T>) {
+    // As std::to_string(), whose point is the locale's.
+    std::array<char, std::numeric_limits<T>::max_exponent10 + 10> text;
+    return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value,
+                                       std::chars_format::fixed, /*precision=*/6)
+                             .ptr};
   } else if constexpr (std::is_arithmetic_v<T>) {
     return std::to_string(value);
   } else if constexpr (std::is_enum_v<T>) {

@@ -1,0 +1,122 @@
+# What cmake --install puts into place, in four components, as a packager would split it:
+#
+#   runtime    the library, and the stand-in that it runs on
+#   dev        what a program needs to be built: headers, link names, pkg-config, CMake, documents
+#   simulated  for tests: the simulated phone and what controls the stand-in
+#   tools      the monitor, its manual and its completions
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+foreach(dir BINDIR LIBDIR INCLUDEDIR DATADIR DOCDIR MANDIR)
+  if(IS_ABSOLUTE "${CMAKE_INSTALL_${dir}}")
+    message(FATAL_ERROR "CMAKE_INSTALL_${dir} has to be relative: what is installed can be moved")
+  endif()
+endforeach()
+
+set(private_include ${CMAKE_INSTALL_INCLUDEDIR}/quorvel)
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/quorvel)
+
+# Where the program and the libraries find each other wherever the tree is put. Packages for the
+# system's own folders are built with CMAKE_SKIP_INSTALL_RPATH and have none of it.
+set_target_properties(quorvel PROPERTIES INSTALL_RPATH "$ORIGIN")
+file(RELATIVE_PATH from_bin_to_lib
+     /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
+
+# The libraries. Files of other targets than the platform's own stay out of its include path, so
+# that a test includes what it would include on a device.
+set_target_properties(quorvel_platform PROPERTIES EXPORT_NAME platform)
+set_target_properties(quorvel_device_simulated PROPERTIES EXPORT_NAME simulated)
+target_include_directories(quorvel INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+target_include_directories(quorvel_platform
+  INTERFACE $<INSTALL_INTERFACE:${private_include}/platform>)
+target_include_directories(quorvel_platform_control
+  INTERFACE $<INSTALL_INTERFACE:${private_include}/simulated>)
+target_include_directories(quorvel_device_common
+  INTERFACE $<INSTALL_INTERFACE:${private_include}/simulated>)
+target_compile_features(quorvel_device_common INTERFACE cxx_std_20)
+
+install(TARGETS quorvel quorvel_platform EXPORT quorvelTargets
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT dev)
+install(TARGETS quorvel_device_simulated quorvel_device_common quorvel_platform_control
+        EXPORT quorvelSimulatedTargets
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT simulated)
+install(FILES include/quorvel.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev)
+install(DIRECTORY platform/include/ DESTINATION ${private_include}/platform COMPONENT dev)
+install(DIRECTORY platform/control/ DESTINATION ${private_include}/simulated COMPONENT simulated)
+install(DIRECTORY devices/common devices/simulated
+        DESTINATION ${private_include}/simulated/devices COMPONENT simulated
+        FILES_MATCHING PATTERN "*.h")
+
+# The CMake package.
+configure_package_config_file(cmake/quorvelConfig.cmake.in quorvelConfig.cmake
+                              INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file(quorvelConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/quorvelConfig.cmake
+              ${PROJECT_BINARY_DIR}/quorvelConfigVersion.cmake
+        DESTINATION ${package_dir} COMPONENT dev)
+install(EXPORT quorvelTargets NAMESPACE quorvel:: DESTINATION ${package_dir} COMPONENT dev)
+install(EXPORT quorvelSimulatedTargets NAMESPACE quorvel:: DESTINATION ${package_dir}
+        COMPONENT simulated)
+
+# pkg-config.
+file(RELATIVE_PATH from_pc_to_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+foreach(name quorvel quorvel-platform quorvel-simulated)
+  configure_file(cmake/${name}.pc.in ${name}.pc @ONLY)
+endforeach()
+install(FILES ${PROJECT_BINARY_DIR}/quorvel.pc ${PROJECT_BINARY_DIR}/quorvel-platform.pc
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT dev)
+install(FILES ${PROJECT_BINARY_DIR}/quorvel-simulated.pc
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT simulated)
+
+# Documents, in the tree's own shape: they point at each other.
+install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)
+if(QUORVEL_DEBIAN)
+  configure_file(CHANGELOG.md changelog COPYONLY)
+  execute_process(COMMAND gzip -9 --no-name --force --keep ${PROJECT_BINARY_DIR}/changelog
+                  COMMAND_ERROR_IS_FATAL ANY)
+  install(FILES ${PROJECT_BINARY_DIR}/changelog.gz DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)
+else()
+  install(FILES CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)
+  install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT runtime)
+endif()
+install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev
+        PATTERN "man" EXCLUDE PATTERN "Doxyfile*" EXCLUDE PATTERN "reference.md" EXCLUDE PATTERN "build" EXCLUDE)
+
+# Manual pages of both sections, with the version put in.
+file(GLOB manual_pages CONFIGURE_DEPENDS docs/man/*.1 docs/man/*.3)
+foreach(page ${manual_pages})
+  cmake_path(GET page FILENAME name)
+  cmake_path(GET page EXTENSION LAST_ONLY section)
+  string(SUBSTRING ${section} 1 -1 section)
+  configure_file(${page} man/${name} @ONLY)
+  set(installed_page ${PROJECT_BINARY_DIR}/man/${name})
+  if(QUORVEL_DEBIAN)
+    execute_process(COMMAND gzip -9 --no-name --force --keep ${installed_page}
+                    COMMAND_ERROR_IS_FATAL ANY)
+    string(APPEND installed_page .gz)
+  endif()
+  if(section EQUAL 3)
+    install(FILES ${installed_page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT dev)
+  elseif(QUORVEL_TOOLS)
+    install(FILES ${installed_page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+  endif()
+endforeach()
+
+if(QUORVEL_TOOLS)
+  set_target_properties(quorvel_tool PROPERTIES INSTALL_RPATH "$ORIGIN/${from_bin_to_lib}")
+  install(TARGETS quorvel_tool RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+  file(GLOB completions RELATIVE ${PROJECT_SOURCE_DIR}/completions CONFIGURE_DEPENDS completions/*)
+  foreach(completion
+          "quorvel.bash|bash-completion/completions|quorvel"
+          "_quorvel|zsh/vendor-completions|_quorvel"
+          "quorvel.fish|fish/vendor_completions.d|quorvel.fish")
+    string(REPLACE "|" ";" completion ${completion})
+    list(GET completion 0 file)
+    list(GET completion 1 folder)
+    list(GET completion 2 name)
+    if(file IN_LIST completions)
+      install(FILES completions/${file} DESTINATION ${CMAKE_INSTALL_DATADIR}/${folder}
+              RENAME ${name} COMPONENT tools)
+    endif()
+  endforeach()
+endif()

@@ -1,0 +1,9 @@
+# The version stands in one place, the header, where programs can ask for it: from there it gets to
+# the library's file name, the packages, the program and its manual page.
+foreach(part MAJOR MINOR PATCH)
+  file(STRINGS ${CMAKE_CURRENT_SOURCE_DIR}/include/quorvel.h quorvel_version_${part}
+       REGEX "^#define QUORVEL_VERSION_${part} [0-9]+$")
+  string(REGEX REPLACE ".* " "" quorvel_version_${part} "${quorvel_version_${part}}")
+endforeach()
+set(quorvel_version ${quorvel_version_MAJOR}.${quorvel_version_MINOR}.${quorvel_version_PATCH})
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS include/quorvel.h)

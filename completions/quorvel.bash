@@ -1,0 +1,92 @@
+# Completion of quorvel's command line for bash: source this, or install it as
+# /usr/share/bash-completion/completions/quorvel. tests/usage_test.py compares it with the help.
+
+# The options of a command, or of all while there is none yet.
+_quorvel_options() {
+  local options='--json --verbose --help --version'
+  case $1 in
+    demo) options+=' --device --for --record --force' ;;
+    watch) options+=' --device --for' ;;
+    get | dump) options+=' --device' ;;
+    record) options+=' --device --for --force' ;;
+    play) options+=' --record --force --speed --step' ;;
+    plot) options+=' --output' ;;
+    *) options+=' --device --for --record --force --speed --step --output' ;;
+  esac
+  printf '%s' "$options"
+}
+
+_quorvel_files() {
+  compopt -o filenames 2>/dev/null || :  # outside of a completion there is none to change
+  mapfile -t COMPREPLY < <(compgen -f -- "$1")
+}
+
+# bash has made words of "--device=linux" and "SKIN:skin" that the program sees as one: here the
+# words before the present one are put together again.
+_quorvel() {
+  local current=${COMP_WORDS[COMP_CWORD]} words=() glued='' i word
+  for ((i = 1; i < COMP_CWORD; ++i)); do
+    word=${COMP_WORDS[i]}
+    if [[ $word == [=:] ]]; then
+      [ ${#words[@]} != 0 ] && words[-1]+=$word
+      glued=yes
+    elif [ -n "$glued" ]; then
+      words[-1]+=$word
+      glued=''
+    else
+      words+=("$word")
+    fi
+  done
+  if [[ $current == [=:] ]]; then
+    [ ${#words[@]} != 0 ] && words[-1]+=$current
+    glued=yes current=''
+  fi
+
+  # What is before the present word: the command, what follows it, an option without its value.
+  local command='' operands=() option=''
+  for word in "${words[@]}"; do
+    if [ -n "$option" ]; then
+      option=''
+    elif [[ $word == --*= ]]; then
+      option=${word%=}
+    elif [[ $word == --device || $word == --for || $word == --record || $word == --speed ||
+      $word == --output ]]; then
+      option=$word
+    elif [[ $word == -* ]]; then
+      :
+    elif [ -z "$command" ]; then
+      command=$word
+    else
+      operands+=("$word")
+    fi
+  done
+
+  COMPREPLY=()
+  local answers=''
+  case $option in
+    --device) answers='simulated linux' ;;
+    --record | --output) _quorvel_files "$current" ;;
+  esac
+  if [ -n "$option" ]; then
+    :
+  elif [ -n "$glued" ]; then
+    return  # the name of a temperature is the device maker's
+  elif [[ $current == -* ]]; then
+    answers=$(_quorvel_options "$command")
+  else
+    case "$command ${#operands[@]} ${operands[0]-}" in
+      ' 0 ') answers='demo watch get dump record play plot' ;;
+      'watch 0 ') answers='battery sensors thermal' ;;
+      'get 0 ') answers='battery sensors temperatures bcl' ;;
+      watch*thermal)
+        answers='CPU: GPU: BATTERY: SKIN: USB_PORT: POWER_AMPLIFIER: BCL_VOLTAGE: BCL_CURRENT:'
+        answers+=' BCL_PERCENTAGE: NPU:'
+        compopt -o nospace 2>/dev/null || :
+        ;;
+      'record 0 ' | 'play 0 ' | 'plot 0 ') _quorvel_files "$current" ;;
+    esac
+  fi
+  [ -z "$answers" ] || mapfile -t COMPREPLY < <(compgen -W "$answers" -- "$current")
+}
+
+complete -F _quorvel quorvel

@@ -1,0 +1,43 @@
+# Completion of quorvel's command line for fish. tests/usage_test.py compares it with the help.
+
+# Whether the command is one of those given, or still to come.
+function __quorvel_takes
+    for word in (commandline --tokenize --current-process --cut-at-cursor)[2..]
+        if contains -- $word demo watch get dump record play plot
+            contains -- $word $argv
+            return
+        end
+    end
+    true
+end
+
+# Whether the word before the present one is one of those given.
+function __quorvel_follows
+    set -l words (commandline --tokenize --current-process --cut-at-cursor)
+    contains -- $words[-1] $argv
+end
+
+set -l types CPU: GPU: BATTERY: SKIN: USB_PORT: POWER_AMPLIFIER: BCL_VOLTAGE: BCL_CURRENT: \
+    BCL_PERCENTAGE: NPU:
+
+complete -c quorvel -f
+complete -c quorvel -n 'not __fish_seen_subcommand_from demo watch get dump record play plot' \
+    -a 'demo watch get dump record play plot'
+complete -c quorvel -n '__quorvel_follows watch' -a 'battery sensors thermal'
+complete -c quorvel -n '__quorvel_follows get' -a 'battery sensors temperatures bcl'
+complete -c quorvel -n '__fish_seen_subcommand_from watch; and __fish_seen_subcommand_from thermal' \
+    -a "$types"
+complete -c quorvel -n '__quorvel_follows record play plot' -F
+
+complete -c quorvel -n '__quorvel_takes demo watch get dump record' -l device \
+    -x -a 'simulated linux' -d 'where the values come from'
+complete -c quorvel -n '__quorvel_takes watch record demo' -l for -x -d 'end by itself after this time'
+complete -c quorvel -n '__quorvel_takes demo play' -l record -r -F -d 'write a recording as well'
+complete -c quorvel -n '__quorvel_takes record demo play' -l force -d 'overwrite the recording'
+complete -c quorvel -n '__quorvel_takes play' -l speed -x -d 'so many times as fast'
+complete -c quorvel -n '__quorvel_takes play' -l step -d 'one event at each Enter'
+complete -c quorvel -n '__quorvel_takes plot' -l output -r -F -d 'what to draw into'
+complete -c quorvel -l json -d 'one JSON object a line'
+complete -c quorvel -l verbose -d 'the debug log on standard error'
+complete -c quorvel -s h -l help -d 'help'
+complete -c quorvel -l version -d 'the version'

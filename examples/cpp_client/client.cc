@@ -1,0 +1,20 @@
+// Hears three levels of a simulated phone's battery.
+#include <android/binder_process.h>
+
+#include <iostream>
+
+#include "battery.h"
+#include "devices/simulated/health.h"
+
+int main() {
+  ABinderProcess_startThreadPool();
+  norvik::qel::simulated::Health phone;
+  phone.SetLevel(80);
+  phone.Start();
+
+  Battery battery;
+  for (int level = 79; level >= 77; --level) {
+    std::cout << "battery level: " << battery.NextLevel() << " %\n";
+    phone.SetLevel(level);
+  }
+}

@@ -1,0 +1,37 @@
+#!/usr/bin/env bash
+# abi_test.sh [--renew] LIBRARY: the C functions of LIBRARY, which has debug information, against
+# libquorvel.abi.xml: same names, arguments, results and records. With --renew the library is right,
+# and that file is written anew.
+#
+# Only what is reachable from the C functions is compared, so that neither the compiler nor its
+# options nor the classes behind show in it; nor does the processor, where sizes agree.
+set -euo pipefail
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+promised=$here/libquorvel.abi.xml
+renew=no
+if [ "$1" = --renew ]; then renew=yes; shift; fi
+library=$1
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+mapfile -t functions < <(sed -n 's/^ *\([A-Z][A-Za-z0-9]*\);$/\1/p' "$here/../libquorvel.map.txt")
+printf '[abi_whitelist]\n' >"$work/functions"
+printf '  %s\n' "${functions[@]}" >>"$work/functions"
+abidw --kmi-whitelist "$work/functions" --exported-interfaces-only --headers-dir "$here/../include" \
+  --drop-private-types --drop-undefined-syms --type-id-style hash --no-elf-needed \
+  --no-corpus-path --no-comp-dir-path --no-show-locs "$library" >"$work/abi.xml"
+# Some compilers describe one twice.
+described=$(grep -o "elf-symbol-id=.[A-Za-z]*" "$work/abi.xml" | sort -u | wc -l || true)
+[ "$described" = ${#functions[@]} ] ||
+  { echo "$described functions described, not all: has $library debug information?"; exit 1; }
+
+if [ "$renew" = yes ]; then
+  cp "$work/abi.xml" "$promised"
+  echo "renewed: $promised"
+  exit
+fi
+abidiff --no-architecture "$promised" "$work/abi.xml" || {
+  echo "the C functions are not what is promised: see CONTRIBUTING.md on how to change the ABI"
+  exit 1
+}
+echo "the C functions are as promised: $described"

@@ -1,0 +1,196 @@
+#!/usr/bin/env python3
+"""What the documents show works: their commands are run, their programs compiled and run, their
+links followed, and their table of retries compared with the code.
+
+usage: docs_test.py ROOT QUORVEL C_COMPILER C++_COMPILER LIBRARY...
+
+A block marked ```console holds commands after "$ ", each with the output that it has to have, where
+any is shown: a line of "..." stands for any lines, and times of day may differ. One marked ```sh
+holds commands that are not run: each has to match one of NOT_RUN. A block of c or cpp is a whole
+program; a block of text that follows is its output.
+"""
+
+import os
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+import unittest
+
+ROOT = pathlib.Path(sys.argv[1]).resolve()
+QUORVEL = pathlib.Path(sys.argv[2]).resolve()
+COMPILERS = {"c": [sys.argv[3], "-std=c11", "-x", "c"],
+             "cpp": [sys.argv[4], "-std=c++20", "-x", "c++"]}
+LIBRARIES = [os.path.abspath(library) for library in sys.argv[5:]]
+LIMIT = 120  # seconds; only a broken program meets it
+
+DOCUMENTS = sorted([ROOT / "README.md", ROOT / "CONTRIBUTING.md", *ROOT.glob("docs/*.md")])
+
+# Commands that this test must not run, and why.
+NOT_RUN = {
+    r"\./dev ": "they build the tree, run this very test, or install packages",
+    r"cc .*pkg-config": "it needs an installed tree",
+}
+
+# The library's log on standard error, which no document shows.
+LOG_LINE = re.compile(r"^\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} +\d+ +\d+ [VDIWEF] .*\n", re.MULTILINE)
+TIME_OF_DAY = re.compile(r"\d\d:\d\d:\d\d\.\d{3}")
+
+
+def blocks(document):
+    """(language, text) of each fenced block."""
+    text = document.read_text()
+    if len(re.findall(r"^ *```", text, re.MULTILINE)) % 2:
+        raise ValueError(f"{document}: a block without an end")
+    return re.findall(r"^```(\w*)\n(.*?)^```$", text, re.MULTILINE | re.DOTALL)
+
+
+def prose(document):
+    return re.sub(r"^```.*?^```$", "", document.read_text(), flags=re.MULTILINE | re.DOTALL)
+
+
+def anchors(document):
+    """As the usual renderers make them of headings."""
+    headings = re.findall(r"^#+ (.*)$", prose(document), re.MULTILINE)
+    return {re.sub(r"[^\w -]", "", heading.lower()).strip().replace(" ", "-")
+            for heading in headings}
+
+
+def transcript(text):
+    """[command, output] of each command of a console block."""
+    commands = []
+    for line in text.splitlines():
+        if line.startswith("$ "):
+            commands.append([line[2:], []])
+        else:
+            commands[-1][1].append(line)
+    return commands
+
+
+def matches(output, shown):
+    pattern = "".join("(?s:.*)" if line == "..." else re.escape(TIME_OF_DAY.sub("TIME", line)) + "\n"
+                      for line in shown)
+    return re.fullmatch(pattern, TIME_OF_DAY.sub("TIME", output))
+
+
+class DocsTest(unittest.TestCase):
+    maxDiff = None
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+        (self.folder / "docs").symlink_to(ROOT / "docs")
+
+    def run_here(self, *command):
+        env = {**os.environ, "PATH": f"{QUORVEL.parent}:{os.environ['PATH']}", "LC_ALL": "C.UTF-8"}
+        done = subprocess.run(command, cwd=self.folder, env=env, text=True, timeout=LIMIT,
+                              stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                              stderr=subprocess.STDOUT)
+        return done.returncode, LOG_LINE.sub("", done.stdout)
+
+    def test_commands_do_what_is_shown(self):
+        count = 0
+        for document in DOCUMENTS:
+            for language, text in blocks(document):
+                if language != "console":
+                    self.assertNotRegex(text, re.compile(r"^\$ ", re.MULTILINE))
+                    continue
+                for command, shown in transcript(text):
+                    with self.subTest(document=document.name, command=command):
+                        count += 1
+                        code, output = self.run_here("bash", "-c", command)
+                        self.assertEqual(code, 0, output)
+                        if shown and not matches(output, shown):
+                            self.assertEqual(output, "\n".join(shown) + "\n")
+        self.assertGreater(count, 0)
+
+    def test_commands_that_are_not_run_are_few_and_known(self):
+        used = set()
+        for document in DOCUMENTS:
+            for language, text in blocks(document):
+                for line in text.splitlines() if language == "sh" else []:
+                    fitting = {pattern for pattern in NOT_RUN if re.match(pattern, line)}
+                    self.assertTrue(fitting, f"{document.name}: {line}: mark its block as console")
+                    used |= fitting
+        self.assertEqual(used, set(NOT_RUN))
+
+    def test_commands_in_the_text_exist(self):
+        known = subprocess.run([ROOT / "dev", "help"], capture_output=True, text=True).stdout
+        known = set(re.findall(r"^  ([\w-]+)", known, re.MULTILINE))
+        helps = {}
+        for document in DOCUMENTS:
+            for code in re.findall(r"`([^`\n]+)`", prose(document)):
+                words = code.split()
+                with self.subTest(document=document.name, command=code):
+                    if words[0] == "./dev":
+                        self.assertLessEqual(set(words[1:2]), known)
+                    if words[0] != "quorvel" or len(words) < 2 or words[1].startswith("-"):
+                        continue
+                    if words[1] not in helps:
+                        helps[words[1]] = self.run_here(QUORVEL, words[1], "--help")
+                    exit_code, text = helps[words[1]]
+                    self.assertEqual(exit_code, 0, text)
+                    self.assertLessEqual({word for word in words if word.startswith("--")},
+                                         set(re.findall(r"--[a-z]+", text)))
+
+    def test_programs_build_and_say_what_is_shown(self):
+        count = 0
+        folders = ["include", ".", "platform/include", "platform/control"]
+        for document in DOCUMENTS:
+            found = blocks(document)
+            for (language, text), following in zip(found, [*found[1:], ("", "")]):
+                if language not in COMPILERS:
+                    continue
+                with self.subTest(document=document.name, program=text):
+                    count += 1
+                    source = self.folder / "program"
+                    source.write_text(text)
+                    command = [*COMPILERS[language], "-Wall", "-Werror",
+                               *(f"-I{ROOT / folder}" for folder in folders), source, "-x", "none",
+                               "-o", self.folder / "a.out", *LIBRARIES, "-pthread", "-lstdc++",
+                               *(f"-Wl,-rpath,{os.path.dirname(library)}" for library in LIBRARIES)]
+                    code, output = self.run_here(*command)
+                    self.assertEqual(code, 0, output)
+                    code, output = self.run_here(self.folder / "a.out")
+                    self.assertEqual(code, 0, output)
+                    if following[0] == "text":
+                        self.assertEqual(output, following[1])
+        self.assertGreater(count, 3)
+
+    def test_links_lead_somewhere(self):
+        for document in DOCUMENTS:
+            for link in re.findall(r"\]\(([^)\s]+)\)", prose(document)):
+                if "://" in link:
+                    continue
+                with self.subTest(document=document.name, link=link):
+                    path, _, anchor = link.partition("#")
+                    target = (document.parent / path) if path else document
+                    self.assertTrue(target.exists())
+                    if anchor:
+                        self.assertIn(anchor, anchors(target))
+
+    def test_the_index_has_every_document(self):
+        index = (ROOT / "docs/README.md").read_text()
+        for document in ROOT.glob("docs/*.md"):
+            if document.name not in ("README.md", "reference.md"):
+                self.assertIn(f"({document.name})", index)
+
+    def test_the_table_of_workers_is_that_of_the_code(self):
+        constructed = {}
+        for folder in ("battery", "sensor", "thermal", "thermal_hidl_wrapper", "common"):
+            for source in (ROOT / folder).glob("*.cc"):
+                for name, pause, count in re.findall(
+                        r'RepeatedThread\("(\w+)", /\*pause_ms=\*/(\d+), /\*repeat_count=\*/(\d+)\)',
+                        source.read_text()):
+                    constructed[name] = (int(pause), int(count))
+        rows = re.findall(r"^\| `(\w+)` \|.*\| ?(?:(\d+) ms)? ?\| ?(\d*).*\|$",
+                          (ROOT / "docs/how-it-works.md").read_text(), re.MULTILINE)
+        self.assertGreater(len(constructed), 5)
+        self.assertEqual({name: (int(pause or 0), int(count or 0)) for name, pause, count in rows},
+                         constructed)
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])

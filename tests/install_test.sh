@@ -1,0 +1,70 @@
+#!/usr/bin/env bash
+# install_test.sh PREFIX WORK-FOLDER [BUILD-PATH]: what is installed under PREFIX (or unpacked from
+# packages there) serves projects that know nothing else of this one: the examples are built and run
+# with it. With BUILD-PATH, no installed file may name that folder.
+set -euo pipefail
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+examples=$here/../examples
+prefix=$(cd "$1" && pwd)
+mkdir -p "$2"
+work=$(cd "$2" && pwd)
+fail() { printf 'install_test: %s\n' "$*" >&2; exit 1; }
+
+run() {  # run LOG COMMAND...
+  local log=$work/$1.log
+  shift
+  "$@" >"$log" 2>"$log.errors" || { cat "$log" "$log.errors" >&2; fail "failed: $*"; }
+}
+
+if [ $# -gt 2 ]; then
+  ! grep -rlF -- "$(cd "$3" && pwd)" "$prefix" || fail "these name the build's folder"
+fi
+
+library=$(find "$prefix" -name 'libquorvel.so')
+[ -n "$library" ] || fail "no libquorvel.so under $prefix"
+libdir=$(dirname "$library")
+# Unpacked packages lie where no linker looks: they have no run path of their own.
+if ! readelf --dynamic "$library" | grep -q RUNPATH; then export LD_LIBRARY_PATH=$libdir; fi
+# Nothing but the C and C++ libraries and the stand-in.
+needed=$(readelf --dynamic --wide "$library" | sed -n 's/.*NEEDED.*\[\(.*\)\]/\1/p')
+! grep -vE '^(libquorvel_platform\.so\.[0-9.]+|libstdc\+\+\.so\.6|libc\.so\.6|libgcc_s\.so\.1|libm\.so\.6|ld-linux[-a-z0-9]*\.so\.[0-9])$' \
+  <<<"$needed" || fail "libquorvel.so needs more than it should"
+
+generator=()
+if command -v ninja >/dev/null; then generator=(-G Ninja); fi
+for name in c_client cpp_client downstream_test; do
+  # -Werror: the installed headers are others' to their users, and must not warn there either.
+  run "$name-configure" cmake "${generator[@]}" -S "$examples/$name" -B "$work/$name" --fresh \
+    -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF \
+    -DCMAKE_C_FLAGS="-Wall -Wextra -Werror" -DCMAKE_CXX_FLAGS="-O0 -Wall -Wextra -Werror"
+  grep -q "^quorvel_DIR:PATH=$prefix/" "$work/$name/CMakeCache.txt" ||
+    fail "$name has found another quorvel than that of $prefix"
+  run "$name-build" cmake --build "$work/$name" --parallel 2
+done
+
+export PKG_CONFIG_PATH=$libdir/pkgconfig
+# The linker finds what a library needs by the library's own run path, or has to be told.
+rm -rf "$work/make"
+cp -r "$examples/c_client" "$work/make"
+run make make -C "$work/make" CFLAGS="-O0 -Wall -Wextra -Werror" \
+  LDFLAGS="-Wl,-rpath,$libdir ${LD_LIBRARY_PATH:+-Wl,-rpath-link,$libdir}" client
+for client in c_client/client make/client; do
+  run c_client "$work/$client"
+  grep -qx "battery level: the health service cannot be asked" "$work/c_client.log" ||
+    fail "$client has not asked: $(cat "$work/c_client.log")"
+  grep -q "linked to services = F" "$work/c_client.log" || fail "$client has not dumped"
+done
+run cpp_client timeout 60 "$work/cpp_client/client"
+diff <(printf 'battery level: %d %%\n' 80 79 78) "$work/cpp_client.log" || fail "other levels"
+run downstream_test env -C "$work/downstream_test" ctest --output-on-failure --no-tests=error
+
+# The header's version is the packages'.
+wanted=$(sed -n 's/^#define QUORVEL_VERSION_M[A-Z]* //p' "$prefix/include/quorvel.h" | paste -sd.)
+for package in quorvel quorvel-platform quorvel-simulated; do
+  [[ $(pkg-config --modversion "$package") = "$wanted".* ]] || fail "$package is not $wanted"
+done
+if [ -x "$prefix/bin/quorvel" ]; then
+  [[ $("$prefix/bin/quorvel" --version) = "quorvel $wanted".* ]] || fail "quorvel is not $wanted"
+  "$prefix/bin/quorvel" get battery | grep -q "battery level" || fail "quorvel does not work"
+fi
+echo "what is installed works: three examples, CMake and pkg-config"

@@ -1,0 +1,52 @@
+#!/usr/bin/env bash
+# phone_tool_test.sh PROGRAM [EMULATOR...]: the phone's monitor, on a phone whose services run.
+set -euo pipefail
+program=$1
+run=("${@:2}" "$program")
+fail() { printf '%s\n' "$*" >&2; exit 1; }
+
+# expect EXIT-CODE WANTED... -- ARGUMENT...: the program's output has each of the wanted lines.
+# Columns count as one space.
+expect() {
+  local exit_code=$1 wanted=() actual=0
+  shift
+  while [ "$1" != -- ]; do wanted+=("$1"); shift; done
+  shift
+  output=$("${run[@]}" "$@" 2>&1) || actual=$?
+  [ "$actual" = "$exit_code" ] || fail "$*: exit code $actual, not $exit_code: $output"
+  for text in "${wanted[@]}"; do
+    grep -qF -- "$text" < <(tr -s ' ' <<<"$output") || fail "$*: no '$text' in: $output"
+  done
+}
+
+# hears PATTERN ARGUMENT...: the program prints such a line in the end. It ends when nobody reads on.
+hears() {
+  local pattern=$1
+  shift
+  timeout 60 "${run[@]}" "$@" 2>/dev/null | grep -qE -m 1 -- "$pattern" || fail "$*: no '$pattern'"
+}
+
+expect 0 "battery level 61 %" "dock charger online" "wireless charger offline" -- get battery
+expect 0 "proximity 5 cm" "hinge angle 120 degrees" -- get sensors
+expect 0 "skin 38.5 degrees C" "cpu 40.0 degrees C" -- get temperatures skin cpu
+expect 1 "does not report all" -- get temperatures nowhere
+expect 0 "NONE" -- get bcl
+hears "battery level +unknown +-> +61 %" watch battery
+hears "hinge angle +0 degrees +-> +120 degrees" watch sensors
+hears "SKIN:skin +unknown +-> +LIGHT" watch thermal SKIN:skin
+expect 0 "Watching the sensors of the device 'phone'." -- watch --for=1ms sensors
+expect 0 "linked to services = T" -- dump
+expect 0 "watch thermal TYPE:NAME" -- dump --help
+expect 0 "quorvel " -- --version
+for wrong in "" "demo" "watch" "watch fans" "watch battery more" "watch thermal" "watch thermal skin" \
+             "get temperatures" "dump more" "dump --for 2s" "watch battery --for" \
+             "watch battery --for soon" "--json dump" "-x dump"; do
+  read -ra words <<<"$wrong"
+  expect 2 "quorvel: " "(see quorvel --help)" -- "${words[@]}"
+done
+expect 0 -- watch battery --for 1ms
+! grep -qF '**' <<<"$output" || fail "the phone tells nothing of itself"
+# Libraries that a device tree need not have; here they lie in the usual include path.
+foreign=$(nm --demangle "$program" | grep -E 'nlohmann|CLI::' | head -3 || true)
+[ -z "$foreign" ] || fail "a phone has no such library: $foreign"
+echo "the phone's monitor works"

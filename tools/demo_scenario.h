@@ -1,0 +1,11 @@
+// The story of the demo, docs/examples/demo.jsonl, as it was when the program was built.
+#pragma once
+
+#include <string_view>
+
+namespace norvik::qel::tool {
+
+inline constexpr char kDemoScenarioName[] = "demo.jsonl";
+extern const std::string_view kDemoScenario;
+
+}  // namespace norvik::qel::tool

@@ -1,0 +1,29 @@
+// The phone that the program runs on: its services are there, or not.
+#include "tools/device.h"
+
+#include <android/binder_process.h>
+
+namespace norvik::qel::tool {
+
+namespace {
+
+class Phone : public Device {
+ public:
+  // The log is the platform's, who reads it says what to show.
+  void Start(const DeviceSetup& /*setup*/) override { ABinderProcess_startThreadPool(); }
+};
+
+}  // namespace
+
+std::span<const DeviceType> DeviceTypes() {
+  static constexpr DeviceType kTypes[] = {
+      {.name = "phone",
+       .description = "the phone that this runs on",
+       // NOLINTNEXTLINE(performance-unnecessary-value-param): the signature is the seam's
+       .make = [](DeviceObserver) -> std::unique_ptr<Device> { return std::make_unique<Phone>(); },
+       .tells = false},
+  };
+  return kTypes;
+}
+
+}  // namespace norvik::qel::tool

@@ -1,0 +1,16 @@
+// The command line of the phone's monitor.
+#pragma once
+
+#include <string>
+
+#include "tools/options.h"
+
+namespace norvik::qel::tool {
+
+// A part of what the host's monitor takes, in the same words. It does with what every phone's C
+// library has, so that a device tree need not have anything for it.
+Options ParsePhoneOptions(int argc, char** argv);
+
+std::string PhoneUsage();
+
+}  // namespace norvik::qel::tool

@@ -1,0 +1,12 @@
+// Whether what is to be played can work.
+#pragma once
+
+#include "tools/play_plan.h"
+
+namespace norvik::qel::tool {
+
+// Throws std::runtime_error, with the line and the reason, for the first step that cannot be taken
+// or the first expectation that could never be met.
+void CheckPlan(const Recording& recording, const PlayPlan& plan);
+
+}  // namespace norvik::qel::tool

@@ -1,0 +1,20 @@
+// What a timeline shows, one subject above the other.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tools/plot_data.h"
+
+namespace norvik::qel::tool {
+
+struct Panel {
+  double height;      // in pixels
+  std::string setup;  // axes
+  std::vector<std::string> plots;
+};
+
+// Those that have something to show.
+std::vector<Panel> PlotPanels(const Timeline& timeline, PlotData& data);
+
+}  // namespace norvik::qel::tool

@@ -1,0 +1,18 @@
+// What those lines say that make a scenario of a recording.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "tools/recording.h"
+#include "tools/recording_fields.h"
+
+namespace norvik::qel::tool {
+
+// A family or one of its properties.
+std::string ReadSubject(RecordingFields& fields, const std::string& key);
+
+// Nothing for a line that is of another kind. Throws LineError.
+std::optional<RecordedWhat> ReadScenarioEvent(RecordingFields& fields);
+
+}  // namespace norvik::qel::tool

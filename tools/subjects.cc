@@ -1,0 +1,71 @@
+#include "tools/subjects.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "tools/recording.h"
+#include "tools/thermal_properties.h"
+
+namespace norvik::qel::tool {
+
+namespace {
+
+template <typename Properties>
+auto Find(const Properties& properties, std::string_view key) {
+  const auto found = std::find_if(properties.begin(), properties.end(),
+                                  [&](const Property* property) { return property->key == key; });
+  return found != properties.end() ? *found : nullptr;
+}
+
+}  // namespace
+
+const BatteryProperty* BatteryPropertyOf(std::string_view key) {
+  return Find(kBatteryProperties, key);
+}
+
+const SensorProperty* SensorPropertyOf(std::string_view key) {
+  return Find(kSensorProperties, key);
+}
+
+std::optional<TemperatureKey> SplitTemperatureKey(std::string_view key) {
+  const size_t colon = key.find(':');
+  if (colon == std::string_view::npos || colon == 0 || colon + 1 == key.size()) return std::nullopt;
+  return TemperatureKey{.type = std::string(key.substr(0, colon)),
+                        .name = std::string(key.substr(colon + 1))};
+}
+
+std::optional<TemperatureKey> TemperatureOf(std::string_view key) {
+  auto split = SplitTemperatureKey(key);
+  const bool is_known = split && std::find(kThermalTypes.begin(), kThermalTypes.end(),
+                                           split->type) != kThermalTypes.end();
+  return is_known ? std::move(split) : std::nullopt;
+}
+
+std::optional<std::string_view> FamilyOfProperty(std::string_view key) {
+  if (BatteryPropertyOf(key) != nullptr) return kBatteryFamily;
+  if (SensorPropertyOf(key) != nullptr) return kSensorFamily;
+  if (TemperatureOf(key)) return kThermalFamily;
+  return std::nullopt;
+}
+
+std::optional<std::string_view> FamilyOfSubject(std::string_view subject) {
+  const auto* const found = std::find(kClientFamilies.begin(), kClientFamilies.end(), subject);
+  return found != kClientFamilies.end() ? std::optional(*found) : FamilyOfProperty(subject);
+}
+
+bool Covers(std::string_view subject, std::string_view property) {
+  return subject == property || FamilyOfProperty(property) == subject;
+}
+
+Property PropertyOf(std::string_view key) {
+  if (const auto* battery = BatteryPropertyOf(key)) return *battery;
+  if (const auto* sensor = SensorPropertyOf(key)) return *sensor;
+  return {.key = key, .name = key, .unit = ""};
+}
+
+std::string_view FamilyOfService(std::string_view service) {
+  if (service == kHealthService) return kBatteryFamily;
+  return service == kSensorService ? kSensorFamily : kThermalFamily;
+}
+
+}  // namespace norvik::qel::tool

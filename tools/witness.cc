@@ -1,0 +1,83 @@
+#include "tools/witness.h"
+
+#include <algorithm>
+
+#include "tools/subjects.h"
+
+namespace norvik::qel::tool {
+
+namespace {
+
+using Kind = DeviceEvent::Kind;
+
+// What follows the call in the detail of a refusal is the reason.
+bool IsLike(const DeviceEvent& event, const DeviceEvent& expected) {
+  if (event.kind != expected.kind || event.service != expected.service) return false;
+  if (expected.kind == Kind::kCallRefused) return event.detail.starts_with(expected.detail + ":");
+  return expected.detail.empty() || event.detail == expected.detail;
+}
+
+}  // namespace
+
+void Witness::Note(const Event& event) {
+  if (const auto* change = std::get_if<ValueChange>(&event.what)) {
+    const std::string key(change->property->key);
+    calls_[key].push_back({.act = acts_, .value = change->new_value});
+    last_[key] = change->new_value;
+    return;
+  }
+  const auto& device_event = std::get<DeviceEvent>(event.what);
+  switch (device_event.kind) {
+    case Kind::kServiceDied:
+      // What it has seen dies with it.
+      seen_.remove_if([&](const DeviceEvent& old) { return old.service == device_event.service; });
+      break;
+    case Kind::kCallbackRegistered:
+    case Kind::kCallbackUnregistered:
+    case Kind::kCallRefused:
+      seen_.push_back(device_event);
+      break;
+    default:
+      break;  // nothing that could be expected
+  }
+}
+
+void Witness::Act(const RecordedWhat& what) {
+  ++acts_;
+  const auto* const joined = std::get_if<ClientJoined>(&what);
+  if (joined == nullptr) return;
+  // Who joins anew has heard nothing yet.
+  std::erase_if(calls_, [&](const auto& calls) { return Covers(joined->subject, calls.first); });
+}
+
+bool Witness::Take(const ClientCalled& called) {
+  std::deque<Call>& calls = calls_[called.property];
+  const auto found = std::find_if(calls.begin(), calls.end(),
+                                  [&](const Call& call) { return call.value == called.value; });
+  if (found == calls.end()) return false;
+  calls.erase(calls.begin(), found + 1);
+  return true;
+}
+
+bool Witness::Take(const DeviceEvent& event) {
+  const auto found = std::find_if(seen_.begin(), seen_.end(),
+                                  [&](const DeviceEvent& seen) { return IsLike(seen, event); });
+  if (found == seen_.end()) return false;
+  seen_.erase(found);
+  return true;
+}
+
+std::optional<ClientCalled> Witness::UnexpectedCall(std::string_view subject) const {
+  for (const auto& [property, calls] : calls_) {
+    if (!Covers(subject, property) || calls.empty() || calls.back().act < acts_) continue;
+    return ClientCalled{.property = property, .value = calls.back().value};
+  }
+  return std::nullopt;
+}
+
+Value Witness::last(const std::string& property) const {
+  const auto found = last_.find(property);
+  return found != last_.end() ? found->second : Value();
+}
+
+}  // namespace norvik::qel::tool
