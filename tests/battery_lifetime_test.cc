@@ -19,7 +19,7 @@
 #include "standin/service_manager.h"
 #include "tests/support/battery_fixture.h"
 #include "tests/support/process_state.h"
-#include "tests/support/sanitizers.h"
+#include "tests/support/environment.h"
 
 namespace norvik::qel {
 namespace {
@@ -222,7 +222,7 @@ TEST_F(BatteryLifetimeSlowTest, InitAndDeinitLeaveNothingBehind) {
   const int threads = LibraryThreads();
   const int descriptors = Descriptors();
   const size_t resident = ResidentBytes();
-  const int count = kSanitized ? 2'000 : 100'000;
+  const int count = kSanitized || kEmulated ? 2'000 : 100'000;
   for (int i = 0; i < count; ++i) {
     cycle();
     log_.Clear();  // the capture's own memory
@@ -256,6 +256,7 @@ TEST_F(BatteryLifetimeSlowTest, InitAndDeinitLeaveNothingBehind) {
 
 TEST(BatteryLifetimeDeathTest, AFailureToMakeAThreadReachesTheCaller) {
   if (kSanitized) GTEST_SKIP() << "the sanitizers need the address space that this test takes away";
+  if (kEmulated) GTEST_SKIP() << "the emulator does not limit the address space";
   EXPECT_EXIT(InitWithoutRoom(), testing::ExitedWithCode(0), "");
 }
 

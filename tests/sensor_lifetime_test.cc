@@ -18,7 +18,7 @@
 #include "standin/gate.h"
 #include "standin/service_manager.h"
 #include "tests/support/process_state.h"
-#include "tests/support/sanitizers.h"
+#include "tests/support/environment.h"
 #include "tests/support/sensor_fixture.h"
 
 namespace norvik::qel {

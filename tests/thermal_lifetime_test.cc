@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "tests/support/process_state.h"
-#include "tests/support/sanitizers.h"
+#include "tests/support/environment.h"
 #include "tests/support/thermal_fixture.h"
 
 namespace norvik::qel {

@@ -1,11 +1,12 @@
 #include "tools/options.h"
 
 #include <algorithm>
-#include <charconv>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "tools/decimal.h"
 #include "tools/duration.h"
 #include "tools/words.h"
 
@@ -67,10 +68,8 @@ void CheckFile(const Words& words, const std::string& command) {
 
 double FindSpeed(const std::string& text) {
   constexpr double kHighest = 1e6;
-  double speed = 0;
-  const char* const end = text.data() + text.size();
-  const auto [number_end, error] = std::from_chars(text.data(), end, speed);
-  if (error == std::errc() && number_end == end && speed > 0 && speed <= kHighest) return speed;
+  const std::optional<double> speed = ParseDecimal(text);
+  if (speed && *speed > 0 && *speed <= kHighest) return *speed;
   throw UsageError("--speed: '" + text + "' is no speed, use a number above 0 such as 0.5 or 10");
 }
 

@@ -4,8 +4,11 @@
 #include <charconv>
 #include <cmath>
 #include <nlohmann/json.hpp>
+#include <string_view>
 #include <utility>
 #include <variant>
+
+#include "tools/decimal.h"
 
 namespace norvik::qel::tool {
 
@@ -28,9 +31,8 @@ Json ToJson(std::optional<float> number) {
   if (!number) return {};
   std::array<char, 64> text;
   const auto end = std::to_chars(text.data(), text.data() + text.size(), *number).ptr;
-  double shortest = 0;
-  std::from_chars(text.data(), end, shortest);
-  return shortest;
+  const std::string_view shortest(text.data(), static_cast<size_t>(end - text.data()));
+  return ParseDecimal(shortest).value_or(*number);
 }
 
 // By its number when it has no name.

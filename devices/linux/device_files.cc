@@ -4,6 +4,10 @@
 #include <unistd.h>
 
 #include <charconv>
+#include <locale>
+#include <sstream>
+#include <string>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -176,12 +180,14 @@ std::optional<int32_t> DeviceFiles::Number(const std::string& file, Range range,
 std::optional<double> DeviceFiles::Decimal(const std::string& file, Absence absence) {
   const std::optional<std::string_view> text = Text(file, absence);
   if (!text) return std::nullopt;
+  // Not std::from_chars(): libc++ has it for integers only. The stream would also take blanks and
+  // an exponent.
+  std::istringstream stream{std::string(*text)};
+  stream.imbue(std::locale::classic());
   double value = 0;
-  const char* const end = text->data() + text->size();
-  const auto [stop, error] = std::from_chars(text->data(), end, value, std::chars_format::fixed);
-  // It takes "inf" and "nan" for numbers, too.
-  const bool is_number = IsDigit(text->back()) || text->back() == '.';
-  if (error != std::errc() || stop != end || !is_number) {
+  stream >> value;
+  const bool is_number = text->find_first_not_of("-.0123456789") == std::string_view::npos;
+  if (stream.fail() || stream.peek() != std::istringstream::traits_type::eof() || !is_number) {
     AddFault(file, Quoted(*text) + " is not a number");
     return std::nullopt;
   }

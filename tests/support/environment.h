@@ -1,4 +1,4 @@
-// Whether this is built with a sanitizer.
+// What a test may expect of the place where it runs.
 #pragma once
 
 #if defined(__has_feature)
@@ -16,6 +16,12 @@ namespace norvik::qel {
 inline constexpr bool kSanitized = true;
 #else
 inline constexpr bool kSanitized = false;
+#endif
+
+#if defined(QUORVEL_EMULATED)
+inline constexpr bool kEmulated = true;
+#else
+inline constexpr bool kEmulated = false;
 #endif
 
 }  // namespace norvik::qel
