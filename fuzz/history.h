@@ -1,0 +1,118 @@
+// One run of a family: what was done and seen so far, and the end of the program when that is not
+// what the model expects.
+#pragma once
+
+#include <condition_variable>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "fuzz/choices.h"
+
+namespace norvik::qel::fuzz {
+
+// Threads: any.
+class History {
+ public:
+  // `origin` tells how to run it again.
+  explicit History(std::string origin);
+  ~History();
+  History(const History&) = delete;
+  History& operator=(const History&) = delete;
+
+  // A line of the account; the latest one is the one under way.
+  void Note(std::string line);
+  int steps() const;
+  void CountStep();
+  // Prints the account and ends the program.
+  [[noreturn]] void Fail(const std::string& what) const;
+
+  template <typename T>
+  void Expect(const T& seen, const T& expected, const std::string& of) const {
+    if (seen != expected) Fail(of + ": " + Text(seen) + ", expected " + Text(expected));
+  }
+  // Waits until nothing moves any more.
+  void Settle() const;
+
+ private:
+  static std::string Text(const std::string& text) { return "\n" + text; }
+  static std::string Text(int number) { return std::to_string(number); }
+  template <typename T>
+  static std::string Text(const std::vector<T>& values) {
+    std::string text = "[";
+    for (const T& value : values) text += " " + Text(value);
+    return text + " ]";
+  }
+  template <typename A, typename B>
+  static std::string Text(const std::pair<A, B>& pair) {
+    return Text(pair.first) + ":" + Text(pair.second);
+  }
+
+  const std::string origin_;
+  mutable std::mutex lock_;
+  std::deque<std::string> lines_;
+  int steps_ = 0;
+};
+
+// What clients of one handle were told, in the order in which they were. The handle's cookie.
+//
+// Threads: any.
+class Calls {
+ public:
+  // Which client, what value.
+  using Call = std::pair<int, int>;
+
+  explicit Calls(const History& history) : history_(history) {}
+
+  // The client's side. Ends the program after Close().
+  void Put(int client, int value);
+  // What there was since the last time.
+  std::vector<Call> Take();
+
+  // Keeps the next call from returning, until Release(). It is recorded before.
+  void Hold();
+  void Release();
+  // Whether a call is being kept.
+  bool holding() const;
+
+  // Deinit...() has returned.
+  void Close();
+
+ private:
+  const History& history_;
+  mutable std::mutex lock_;
+  std::condition_variable changed_;
+  std::vector<Call> calls_;
+  bool hold_ = false;
+  bool holding_ = false;
+  bool closed_ = false;
+};
+
+// What one of the Dump...() functions writes.
+std::string TextOf(void (*dump)(void* handle, int fd), void* handle);
+
+// A handle, its device and its model, going through a history step by step.
+class Family {
+ public:
+  virtual ~Family() = default;
+  // Does one thing, waits for what comes of it, and compares.
+  virtual void Step(Choices& choices) = 0;
+  // Ends the handle and sees to it that nobody is called any more.
+  virtual void Finish() = 0;
+};
+
+std::unique_ptr<Family> MakeBattery(History& history);
+std::unique_ptr<Family> MakeSensor(History& history);
+std::unique_ptr<Family> MakeThermal(History& history);
+
+// "battery", "sensor" or "thermal"; null for another name.
+std::unique_ptr<Family> MakeFamily(const std::string& name, History& history);
+
+// Before the first history: the process as on a device.
+void SetUpProcess();
+// A whole history. Returns how many steps it had.
+int RunHistory(const std::string& family, Choices choices, const std::string& origin);
+
+}  // namespace norvik::qel::fuzz

@@ -1,0 +1,133 @@
+#include "fuzz/pauses.h"
+
+#include <dlfcn.h>
+#include <errno.h>
+#include <pthread.h>
+#include <sys/syscall.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+#include <mutex>
+#include <vector>
+
+namespace norvik::qel::fuzz {
+
+namespace {
+
+struct Pause {
+  pthread_cond_t* condition;
+  pthread_mutex_t* mutex;
+  bool over = false;  // guarded by `mutex`
+};
+
+// Never destroyed: threads may wait to the end of the program.
+struct Pauses {
+  std::mutex lock;
+  std::vector<Pause*> all;
+};
+
+Pauses& ThePauses() {
+  static Pauses& pauses = *new Pauses;
+  return pauses;
+}
+
+// How far the calling thread's clock has been moved on.
+thread_local timespec ahead = {};
+
+constexpr long kSecond = 1'000'000'000;
+
+timespec Sum(const timespec& a, const timespec& b) {
+  const long nanoseconds = a.tv_nsec + b.tv_nsec;
+  return {.tv_sec = a.tv_sec + b.tv_sec + nanoseconds / kSecond, .tv_nsec = nanoseconds % kSecond};
+}
+
+// Moves the thread's clock to `time`, or a little further.
+void MoveClockTo(const timespec& time) {
+  timespec now;
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  if (time.tv_sec < now.tv_sec) return;
+  ahead = Sum(ahead, {.tv_sec = time.tv_sec - now.tv_sec + 1, .tv_nsec = 0});
+}
+
+// Whether this is where a function of the library returns to.
+bool IsLibrary(const void* address) {
+  Dl_info info;
+  return dladdr(address, &info) != 0 && info.dli_fname != nullptr &&
+         strstr(info.dli_fname, "libquorvel.so") != nullptr;
+}
+
+}  // namespace
+
+size_t PausingWorkers() {
+  Pauses& pauses = ThePauses();
+  std::lock_guard<std::mutex> lock(pauses.lock);
+  return pauses.all.size();
+}
+
+void EndPauses() {
+  Pauses& pauses = ThePauses();
+  std::vector<Pause*> all;
+  {
+    std::lock_guard<std::mutex> lock(pauses.lock);
+    all = pauses.all;
+  }
+  for (Pause* pause : all) {
+    // With the waiting thread's own mutex: it has either not looked yet, or sleeps and hears. It
+    // cannot leave in between, since only this ends its wait.
+    pthread_mutex_lock(pause->mutex);
+    pause->over = true;
+    pthread_cond_broadcast(pause->condition);
+    pthread_mutex_unlock(pause->mutex);
+  }
+}
+
+extern "C" {
+
+// What the thread sanitizer makes of it, which it has to see; null without that sanitizer.
+__attribute__((weak)) int __interceptor_pthread_cond_clockwait(pthread_cond_t* condition,
+                                                               pthread_mutex_t* mutex,
+                                                               clockid_t clock,
+                                                               const timespec* deadline);
+
+// These take the C library's place, whose parameters have no names that others may use.
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
+__attribute__((visibility("default"))) int clock_gettime(clockid_t clock, timespec* time) noexcept {
+  const int result = static_cast<int>(syscall(SYS_clock_gettime, clock, time));
+  if (result == 0 && clock == CLOCK_MONOTONIC) *time = Sum(*time, ahead);
+  return result;
+}
+
+__attribute__((visibility("default"))) int pthread_cond_clockwait(pthread_cond_t* condition,
+                                                                  pthread_mutex_t* mutex,
+                                                                  clockid_t clock,
+                                                                  const timespec* deadline) {
+  using Function = int (*)(pthread_cond_t*, pthread_mutex_t*, clockid_t, const timespec*);
+  static const Function original =
+      __interceptor_pthread_cond_clockwait != nullptr
+          ? __interceptor_pthread_cond_clockwait
+          : reinterpret_cast<Function>(dlsym(RTLD_NEXT, "pthread_cond_clockwait"));
+  if (!IsLibrary(__builtin_return_address(0))) return original(condition, mutex, clock, deadline);
+  Pause pause{.condition = condition, .mutex = mutex};
+  Pauses& pauses = ThePauses();
+  {
+    std::lock_guard<std::mutex> lock(pauses.lock);
+    pauses.all.push_back(&pause);
+  }
+  // Whatever wakes the worker, its loop looks why, and comes back unless it has ended.
+  const int result = pause.over ? 0 : pthread_cond_wait(condition, mutex);
+  {
+    std::lock_guard<std::mutex> lock(pauses.lock);
+    std::erase(pauses.all, &pause);
+  }
+  if (!pause.over) return result;
+  MoveClockTo(*deadline);
+  return ETIMEDOUT;
+}
+
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)
+
+}  // extern "C"
+
+}  // namespace norvik::qel::fuzz
