@@ -3,6 +3,7 @@
 #include <errno.h>
 
 #include <array>
+#include <filesystem>
 #include <fstream>
 #include <limits>
 #include <optional>
@@ -69,6 +70,12 @@ Recording ReadRecording(std::istream& text, const std::string& name) {
 
 Recording ReadRecording(const std::string& path) {
   errno = 0;
+  // It can be opened, and with libc++ looks like an empty file.
+  std::error_code unknown;
+  if (std::filesystem::is_directory(path, unknown)) {
+    throw std::runtime_error("cannot read " + path + ": " +
+                             std::generic_category().message(EISDIR));
+  }
   std::ifstream file(path, std::ios::binary);
   Recording recording = ReadRecording(file, path);
   if (!file.eof() || file.bad()) {

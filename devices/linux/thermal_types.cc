@@ -6,10 +6,12 @@
 #include <locale.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <optional>
 #include <string_view>
+#include <system_error>
 
 #include "devices/linux/device_files.h"
 
@@ -146,6 +148,9 @@ std::string_view TakeWord(std::string_view* text) {
 std::vector<std::string> ThermalTypes::Load(const std::string& path) {
   std::ifstream file(path);
   if (!file) return {path + ": " + ErrorText(errno)};
+  // It can be opened, and with libc++ looks like an empty file.
+  std::error_code unknown;
+  if (std::filesystem::is_directory(path, unknown)) return {path + ": " + ErrorText(EISDIR)};
   std::vector<std::string> errors;
   ThermalTypes loaded;
   std::string line;
@@ -155,7 +160,6 @@ std::vector<std::string> ThermalTypes::Load(const std::string& path) {
     errors.push_back(path);
     errors.back().append(":").append(std::to_string(number)).append(": ").append(error);
   }
-  // A directory can be opened, but not read.
   if (file.bad()) errors.push_back(path + ": cannot be read");
   if (errors.empty()) *this = std::move(loaded);
   return errors;
