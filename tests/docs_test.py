@@ -118,7 +118,7 @@ class DocsTest(unittest.TestCase):
 
     def test_commands_in_the_text_exist(self):
         known = subprocess.run([ROOT / "dev", "help"], capture_output=True, text=True).stdout
-        known = set(re.findall(r"^  (\w+)", known, re.MULTILINE))
+        known = set(re.findall(r"^  ([\w-]+)", known, re.MULTILINE))
         helps = {}
         for document in DOCUMENTS:
             for code in re.findall(r"`([^`\n]+)`", prose(document)):
