@@ -7,6 +7,7 @@ usage: recording_test.py QUORVEL QUORVEL_BARE
 import json
 import os
 import pathlib
+import re
 import resource
 import signal
 import subprocess
@@ -399,6 +400,19 @@ class RecordingTest(unittest.TestCase):
         names = os.listdir(self.folder.name)
         self.assertNotIn("HERE", names)
         self.assertEqual([n for n in names if n.endswith(".part")], [])
+
+    def test_a_plot_of_little_has_its_legend_in_one_column_and_no_warnings(self):
+        recording = self.scenario(
+            {"battery": {"level": 50}}, {"proximity": 0}, {"hinge_angle": 0},
+            {"after": 1, "died": "health"}, {"after": 1, "started": "health"},
+            {"refused": "health", "call": "registerCallback"}, {"after": 1, "battery": {}})
+        svg = self.path("little.svg")
+        code, _, err = run("plot", recording, "--output", svg)
+        self.assertEqual((code, err), (0, ""))
+        columns = re.findall(r"translate\(([\d.]+),[^\n]*\n\s*<text>(?:service [cdr]|battery level<)",
+                             pathlib.Path(svg).read_text(encoding="utf-8"))
+        self.assertEqual(len(columns), 4)
+        self.assertEqual(len(set(columns)), 1, columns)
 
     def test_a_plot_that_cannot_be_made_is_a_failure(self):
         recording = self.write("good", HEADER + '{"at": 0, "battery": {"level": 5}}\n')
