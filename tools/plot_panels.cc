@@ -29,7 +29,9 @@ std::string RangeAround(const Timeline::Curve& curve, std::optional<double> from
     lowest = std::min(lowest, point.value);
     highest = std::max(highest, point.value);
   }
-  return "[" + PlotNumber(from.value_or(lowest - 1)) + ":" + PlotNumber(highest + 1) + "]";
+  const double margin = std::max(1.0, (highest - lowest) / 20);
+  return "[" + PlotNumber(from.value_or(lowest - margin)) + ":" + PlotNumber(highest + margin) +
+         "]";
 }
 
 class Panels {
