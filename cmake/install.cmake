@@ -79,16 +79,21 @@ else()
   install(FILES CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)
   install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT runtime)
 endif()
+# What the documents send users to: how a test controls the stand-in, what the monitor makes of a
+# machine.
+foreach(folder platform devices/linux)
+  install(FILES ${folder}/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/${folder} COMPONENT dev)
+endforeach()
 install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev
         PATTERN "man" EXCLUDE PATTERN "Doxyfile*" EXCLUDE PATTERN "reference.md" EXCLUDE PATTERN "build" EXCLUDE)
 
-# Manual pages of both sections, with the version put in.
+# Manual pages of both sections.
 file(GLOB manual_pages CONFIGURE_DEPENDS docs/man/*.1 docs/man/*.3)
 foreach(page ${manual_pages})
   cmake_path(GET page FILENAME name)
   cmake_path(GET page EXTENSION LAST_ONLY section)
   string(SUBSTRING ${section} 1 -1 section)
-  configure_file(${page} man/${name} @ONLY)
+  configure_file(${page} man/${name} COPYONLY)
   set(installed_page ${PROJECT_BINARY_DIR}/man/${name})
   if(QUORVEL_DEBIAN)
     execute_process(COMMAND gzip -9 --no-name --force --keep ${installed_page}
@@ -103,6 +108,15 @@ foreach(page ${manual_pages})
 endforeach()
 
 if(QUORVEL_TOOLS)
+  if(QUORVEL_DEBIAN)
+    # What the monitor's help points to; its users need not have the package that has all documents.
+    install(FILES docs/recordings.md docs/recording.schema.json
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quorvel/docs COMPONENT tools)
+    install(DIRECTORY docs/examples
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quorvel/docs COMPONENT tools)
+    install(FILES devices/linux/README.md
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quorvel/devices/linux COMPONENT tools)
+  endif()
   set_target_properties(quorvel_tool PROPERTIES INSTALL_RPATH "$ORIGIN/${from_bin_to_lib}")
   install(TARGETS quorvel_tool RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
   file(GLOB completions RELATIVE ${PROJECT_SOURCE_DIR}/completions CONFIGURE_DEPENDS completions/*)

@@ -144,7 +144,8 @@ void DumpBatteryInfo(void* handle, int fd);
  *                    the service, which may block: for the service's answer, and up to five
  *                    seconds when the device declares a service that does not run. All four cached
  *                    values are refreshed; clients hear of a change found this way together with
- *                    the next change that the service reports.
+ *                    the next change that the service reports, or when a further client registers
+ *                    for a property whose value is known.
  * @return percent; -1 while no value is known; -EAGAIN when the service cannot be asked or fails;
  *         -EINVAL when `handle` is NULL.
  */

@@ -66,5 +66,12 @@ done
 if [ -x "$prefix/bin/quorvel" ]; then
   [[ $("$prefix/bin/quorvel" --version) = "quorvel $wanted".* ]] || fail "quorvel is not $wanted"
   "$prefix/bin/quorvel" get battery | grep -q "battery level" || fail "quorvel does not work"
+  documents=$prefix/share/doc/quorvel
+  for document in $("$prefix/bin/quorvel" --help | grep -o 'docs/[a-z./]*[a-z]') \
+    devices/linux/README.md; do
+    [ -f "$documents/$document" ] || fail "the help points to $document, which is not there"
+  done
+  "$prefix/bin/quorvel" play "$documents/docs/examples/crash.jsonl" --speed 100 >/dev/null 2>&1 ||
+    fail "an example cannot be played"
 fi
 echo "what is installed works: three examples, CMake and pkg-config"

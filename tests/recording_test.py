@@ -7,6 +7,7 @@ usage: recording_test.py QUORVEL QUORVEL_BARE
 import json
 import os
 import pathlib
+import re
 import resource
 import signal
 import subprocess
@@ -134,7 +135,7 @@ class RecordingTest(unittest.TestCase):
                 (event + '{"at": 1, "at": 2, "proximity": 5}\n', "3", "twice"),
                 (event + '{"proximity": 5}\n', "3", "'at' is missing"),
                 (event + '{"at": "1", "proximity": 5}\n', "3", "'at' is not a number"),
-                (event + '{"at": -1, "proximity": 5}\n', "3", "out of the range"),
+                (event + '{"at": -1, "proximity": 5}\n', "3", "the range from 0 to"),
                 (event + '{"at": 0.5, "proximity": 5}\n', "3", "backwards"),
                 (event + '{"at": 1}\n', "3", "what happened"),
                 (event + '{"at": 1, "rain": 5}\n', "3", "what happened"),
@@ -233,13 +234,16 @@ class RecordingTest(unittest.TestCase):
                 ([skin, {"ask": "temperatures", "answer": {"skin": 30, "cpu": 40}}], 3,
                  "cpu not present, not 40.0"),
                 ([skin, {"after": 0.1, "join": "CPU:cpu"},
-                  {"expect": {"silence": "CPU:cpu", "for": 0}}], 3, "refuses to register")):
+                  {"expect": {"silence": "CPU:cpu", "for": 0}}], 3, "refuses to register"),
+                # A family that joins by itself does so in no line.
+                ([skin, {"gone": "SKIN:skin"}, {"expect": {"registered": "thermal"}}], None,
+                 "refuses to register")):
             with self.subTest(lines):
                 path = self.scenario(*lines)
                 code, out, err = run("play", path)
                 self.assertEqual(code, 1, out + err)
                 self.assertRegex(out.splitlines()[-1], "^Play FAILED: ")
-                self.assertIn(f"{path}:{place}: ", out)
+                self.assertIn(f"{path}:{place}: " if place else f"{path}: ", out)
                 self.assertIn(reason, out)
         # The demo notices a wrong value as well.
         story = (DOCS / "examples" / "demo.jsonl").read_text(encoding="utf-8")
@@ -352,6 +356,16 @@ class RecordingTest(unittest.TestCase):
             self.assertEqual(code, -number if number == signal.SIGKILL else 0, err)
             self.assertIn({"battery": {"level": 49}}, self.of_device(self.events(path)))
 
+    def test_a_recording_holds_no_log_where_standard_error_is_closed(self):
+        path = self.path("closed")
+        code, out, _ = run("record", path, "--for", "100ms", "--verbose", stderr=None,
+                           preexec_fn=lambda: os.close(2))
+        self.assertEqual(code, 0, out)
+        self.events(path)
+        # And nothing that the program has opened is taken for its input.
+        process = start("play", path, "--step", stdin=None, preexec_fn=lambda: os.close(0))
+        self.assertNotIn("->", self.success(finish(process)))
+
     def test_a_full_disk_leaves_a_whole_recording_and_is_a_failure(self):
         path = self.path("full")
         limit = 4001
@@ -386,6 +400,19 @@ class RecordingTest(unittest.TestCase):
         names = os.listdir(self.folder.name)
         self.assertNotIn("HERE", names)
         self.assertEqual([n for n in names if n.endswith(".part")], [])
+
+    def test_a_plot_of_little_has_its_legend_in_one_column_and_no_warnings(self):
+        recording = self.scenario(
+            {"battery": {"level": 50}}, {"proximity": 0}, {"hinge_angle": 0},
+            {"after": 1, "died": "health"}, {"after": 1, "started": "health"},
+            {"refused": "health", "call": "registerCallback"}, {"after": 1, "battery": {}})
+        svg = self.path("little.svg")
+        code, _, err = run("plot", recording, "--output", svg)
+        self.assertEqual((code, err), (0, ""))
+        columns = re.findall(r"translate\(([\d.]+),[^\n]*\n\s*<text>(?:service [cdr]|battery level<)",
+                             pathlib.Path(svg).read_text(encoding="utf-8"))
+        self.assertEqual(len(columns), 4)
+        self.assertEqual(len(set(columns)), 1, columns)
 
     def test_a_plot_that_cannot_be_made_is_a_failure(self):
         recording = self.write("good", HEADER + '{"at": 0, "battery": {"level": 5}}\n')

@@ -42,10 +42,9 @@ namespace norvik::qel::audio {
 // How an AudioThermalCallback goes. Its worker has to be joined, and may at that time be in a
 // client that waits for lock_ or is itself the one whose call makes the object go, or waits for
 // another worker's client that does the same to it. Therefore:
-// - Under lock_ it is unregistered, detached and taken out of thermal_callbacks_, all in one hold
-// of
-//   it: of several threads that deregister its last client, one finds it, and the service is told
-//   once. From then on it has no client, no notification reaches it, and nobody finds it.
+// - Under lock_ it is unregistered, detached and taken out of thermal_callbacks_, in one hold:
+//   of several threads that deregister its last client, one finds it, and the service is told once.
+//   From then on it has no client, no notification reaches it, and nobody finds it.
 // - It is joined once lock_ is free. So its worker can get lock_, and gets to its end as soon as
 //   the clients that it is calling return.
 // - A worker (of any object of the library) joins none that may still be running: it asks that

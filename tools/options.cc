@@ -29,7 +29,7 @@ const Entry& Find(std::span<const Entry> entries, std::string_view name, const s
 
 Options::Command FindCommand(const std::string& name) {
   if (name.empty()) {
-    throw UsageError("a command is missing, use watch, get, dump, demo, record, play or plot");
+    throw UsageError(std::string("a command is missing, use ") + kCommandNames);
   }
   if (name == "watch") return Options::Command::kWatch;
   if (name == "get") return Options::Command::kGet;
@@ -70,7 +70,8 @@ double FindSpeed(const std::string& text) {
   constexpr double kHighest = 1e6;
   const std::optional<double> speed = ParseDecimal(text);
   if (speed && *speed > 0 && *speed <= kHighest) return *speed;
-  throw UsageError("--speed: '" + text + "' is no speed, use a number above 0 such as 0.5 or 10");
+  throw UsageError("--speed: '" + text +
+                   "' is no speed, use a number above 0 such as 0.5 or 10, at most 1000000");
 }
 
 void SetUpPlay(const Words& words, Options& options) {

@@ -2,7 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <limits>
 #include <map>
+#include <optional>
+#include <set>
 #include <string_view>
 #include <utility>
 
@@ -11,6 +15,24 @@
 namespace norvik::qel::tool {
 
 namespace {
+
+// Of a line beside the panel: where they have no room gnuplot makes a second column of them.
+constexpr double kTitleHeight = 22;
+
+// Around what is known of a curve that has a value. gnuplot's own choice comes with a warning where
+// the curve is level.
+std::string RangeAround(const Timeline::Curve& curve, std::optional<double> from = {}) {
+  double lowest = from.value_or(std::numeric_limits<double>::infinity());
+  double highest = from.value_or(-std::numeric_limits<double>::infinity());
+  for (const auto& point : curve) {
+    if (!std::isfinite(point.value)) continue;
+    lowest = std::min(lowest, point.value);
+    highest = std::max(highest, point.value);
+  }
+  const double margin = std::max(1.0, (highest - lowest) / 20);
+  return "[" + PlotNumber(from.value_or(lowest - margin)) + ":" + PlotNumber(highest + margin) +
+         "]";
+}
 
 class Panels {
  public:
@@ -43,8 +65,8 @@ void Panels::AddLevel() {
   if (!HasValue(timeline_.level)) return;
   panels_.push_back(
       {.height = 150,
-       .setup = "set ylabel 'battery level [%]'\nset yrange [*:*]\n"
-                "set offsets 0, 0, 1, 1\nset ytics autofreq\n",
+       .setup = "set ylabel 'battery level [%]'\nset yrange " + RangeAround(timeline_.level) +
+                "\nset ytics autofreq\n",
        .plots = {data_.Steps(timeline_.level) + PlotColour(0) + " title 'battery level'"}});
 }
 
@@ -68,16 +90,17 @@ void Panels::AddChargers() {
 
 void Panels::AddSensors() {
   std::vector<std::string> plots;
-  std::string setup = "set offsets 0, 0, 1, 1\nset yrange [0:*]\nset ytics autofreq\n";
+  std::string setup = "set ytics autofreq\n";
   if (HasValue(timeline_.hinge_angle)) {
-    setup += "set ylabel 'hinge angle [degrees]'\n";
+    setup += "set ylabel 'hinge angle [degrees]'\nset yrange " +
+             RangeAround(timeline_.hinge_angle, 0) + "\n";
     plots.push_back(data_.Steps(timeline_.hinge_angle) + PlotColour(1) + " title 'hinge angle'");
   }
   if (HasValue(timeline_.proximity)) {
     // With an axis of its own where the hinge has the other one.
     const std::string axis = plots.empty() ? "y" : "y2";
-    setup += "set " + axis + "label 'proximity [cm]'\nset " + axis + "range [0:*]\nset " + axis +
-             "tics autofreq nomirror\n";
+    setup += "set " + axis + "label 'proximity [cm]'\nset " + axis + "range " +
+             RangeAround(timeline_.proximity, 0) + "\nset " + axis + "tics autofreq nomirror\n";
     plots.push_back(data_.Steps(timeline_.proximity) + PlotColour(5) + " dt 2 axes x1" +
                     (plots.empty() ? "y1" : "y2") + " title 'proximity'");
   }
@@ -110,7 +133,7 @@ void Panels::AddSeverities() {
             PlotText(std::string(*NameOf(static_cast<Severity>(i))) + " " + std::to_string(i)) +
             " " + std::to_string(i);
   }
-  const double height = std::max(150.0, 22 * static_cast<double>(plots.size()));
+  const double height = std::max(150.0, kTitleHeight * static_cast<double>(plots.size()));
   panels_.push_back({.height = height,
                      .setup = "set ylabel 'throttling'\nset yrange [-0.3:" +
                               PlotNumber(highest + 0.6) + "]\nset ytics (" + tics + ")\n",
@@ -124,11 +147,10 @@ void Panels::AddMoments() {
   const auto add_lane = [&](const std::string& name) {
     tics += (tics.empty() ? "" : ", ") + PlotText(name) + " " + std::to_string(--y);
   };
-  auto add_marks = [&, titled = std::vector<std::string>()](const Timeline::Moments& moments,
-                                                            const std::string& style,
-                                                            const std::string& title) mutable {
-    const bool is_new = std::find(titled.begin(), titled.end(), title) == titled.end();
-    if (is_new) titled.push_back(title);
+  std::set<std::string> titles;
+  const auto add_marks = [&](const Timeline::Moments& moments, const std::string& style,
+                             const std::string& title) {
+    const bool is_new = titles.insert(title).second;
     plots.push_back(data_.Marks(moments, y) + " with points " + style +
                     (is_new ? " title " + PlotText(title) : " notitle"));
   };
@@ -153,10 +175,11 @@ void Panels::AddMoments() {
     add_marks(moments, "pt 6 ps 0.8 lc rgb '#0072b2'", "client is called");
   }
   if (plots.empty()) return;
-  panels_.push_back({.height = 26.0 * -y,
-                     .setup = "set yrange [" + std::to_string(y) + ".6:-0.4]\nset ytics (" + tics +
-                              ")\nset ylabel ''\n",
-                     .plots = std::move(plots)});
+  panels_.push_back(
+      {.height = std::max(26.0 * -y, kTitleHeight * static_cast<double>(titles.size())),
+       .setup = "set yrange [" + std::to_string(y) + ".6:-0.4]\nset ytics (" + tics +
+                ")\nset ylabel ''\n",
+       .plots = std::move(plots)});
 }
 
 }  // namespace

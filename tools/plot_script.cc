@@ -55,7 +55,7 @@ std::string PlotScript(const Timeline& timeline, const std::string& title, PlotF
     for (const std::string& plot : panel.plots) {
       script += (&plot == panel.plots.data() ? "" : ", ") + plot;
     }
-    script += "\nunset label\nset offsets\nset ylabel ''\nset y2label ''\nunset y2tics\n";
+    script += "\nunset label\nset ylabel ''\nset y2label ''\nunset y2tics\n";
     top = bottom - kGap;
   }
   return script + "unset multiplot\n";

@@ -26,12 +26,25 @@ std::string Version() {
 
 namespace {
 
+bool IsOpen(int fd) {
+  return fcntl(fd, F_GETFD) >= 0;
+}
+
+// A descriptor that is opened later must not take the place of a standard one: the library's log
+// would go into a recording.
+void FillStandardDescriptors() {
+  // In their order: an open takes the lowest place that is free.
+  for (const int fd : {STDIN_FILENO, STDERR_FILENO}) {
+    if (!IsOpen(fd)) static_cast<void>(open("/dev/null", O_RDWR));
+  }
+}
+
 int Run(const Program& program, int argc, char** argv) {
-  // A descriptor that is opened later must not take the place of standard output.
-  if (fcntl(STDOUT_FILENO, F_GETFD) < 0) {
+  if (!IsOpen(STDOUT_FILENO)) {
     Complain("standard output is closed");
     return EXIT_FAILURE;
   }
+  FillStandardDescriptors();
   // A reader that leaves is noticed at the next line; it is no reason to die.
   signal(SIGPIPE, SIG_IGN);
   signal(SIGXFSZ, SIG_IGN);  // and a file that must not grow is an error to tell

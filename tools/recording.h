@@ -64,7 +64,7 @@ using RecordedWhat = std::variant<DeviceEvent, ClientJoined, ClientLeft, ClientC
 struct RecordedEvent {
   Seconds at;  // since the beginning
   RecordedWhat what;
-  // Where it stands in the file, and what stands there.
+  // Where it stands in the file, if anywhere, and what stands there.
   int line = 0;
   std::string text = {};
 };
@@ -92,7 +92,7 @@ inline constexpr std::array kQuestions = {kBatteryQuestion, kTemperaturesQuestio
 inline constexpr std::array kServices = {kHealthService, kSensorService, kThermalService,
                                          kHidlThermalService};
 
-// Where something is wrong: "demo.jsonl:12".
+// Where something is wrong: "demo.jsonl:12", or the name alone for what stands in no line.
 std::string PlaceOf(const Recording& recording, const RecordedEvent& event);
 
 }  // namespace norvik::qel::tool

@@ -1,7 +1,8 @@
 #include "tools/recording_fields.h"
 
 #include <algorithm>
-#include <cmath>
+#include <array>
+#include <charconv>
 #include <limits>
 #include <nlohmann/json.hpp>
 #include <utility>
@@ -18,8 +19,10 @@ constexpr int kLowestInt = std::numeric_limits<int>::lowest();
 constexpr int kHighestInt = std::numeric_limits<int>::max();
 constexpr double kHighestFloat = std::numeric_limits<float>::max();
 
+// As somebody writes it: 100, not 100.0.
 std::string InWords(double number) {
-  return json(number).dump();
+  std::array<char, 64> text;
+  return {text.data(), std::to_chars(text.data(), text.data() + text.size(), number).ptr};
 }
 
 // The parser itself would take the last of several values and say nothing.

@@ -40,6 +40,7 @@ int ReadHeader(const RecordingLine& line, Recording& recording) {
 }  // namespace
 
 std::string PlaceOf(const Recording& recording, const RecordedEvent& event) {
+  if (event.line == 0) return recording.name;  // what the recording takes for granted
   return recording.name + ":" + std::to_string(event.line);
 }
 

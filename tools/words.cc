@@ -44,6 +44,12 @@ Words ParseWords(int argc, char** argv) {
   Describe(app, words);
   try {
     app.parse(argc, argv);
+  } catch (const CLI::ExtrasError& error) {
+    const std::vector<std::string> rest = app.remaining();
+    const bool is_command =
+        app.get_subcommands().empty() && !rest.empty() && !rest.front().starts_with('-');
+    throw UsageError(is_command ? "unknown command '" + rest.front() + "', use " + kCommandNames
+                                : error.what());
   } catch (const CLI::ParseError& error) {
     throw UsageError(error.what());
   }

@@ -7,6 +7,9 @@
 
 namespace norvik::qel::tool {
 
+// For whoever has to be told.
+inline constexpr char kCommandNames[] = "watch, get, dump, demo, record, play or plot";
+
 struct Words {
   bool help = false;
   bool version = false;
