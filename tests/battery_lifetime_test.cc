@@ -18,8 +18,8 @@
 
 #include "standin/service_manager.h"
 #include "tests/support/battery_fixture.h"
-#include "tests/support/process_state.h"
 #include "tests/support/environment.h"
+#include "tests/support/process_state.h"
 
 namespace norvik::qel {
 namespace {

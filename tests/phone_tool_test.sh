@@ -44,6 +44,7 @@ for wrong in "" "demo" "watch" "watch fans" "watch battery more" "watch thermal"
   read -ra words <<<"$wrong"
   expect 2 "quorvel: " "(see quorvel --help)" -- "${words[@]}"
 done
+expect 2 "-x: unknown option" -- dump -xy
 expect 0 -- watch battery --for 1ms
 ! grep -qF '**' <<<"$output" || fail "the phone tells nothing of itself"
 # Libraries that a device tree need not have; here they lie in the usual include path.

@@ -245,6 +245,12 @@ class RecordingTest(unittest.TestCase):
                 self.assertRegex(out.splitlines()[-1], "^Play FAILED: ")
                 self.assertIn(f"{path}:{place}: " if place else f"{path}: ", out)
                 self.assertIn(reason, out)
+        # What nobody lets it come to has not come either; and no text of a file moves the cursor.
+        path = self.scenario({"say": "a\u001b[2J\nb"}, {"join": "sensors"}, {"proximity": 5},
+                             {"expect": {"called": "proximity", "value": 5}})
+        out = self.output(run("play", path, "--step", stdin=subprocess.DEVNULL), 1)
+        self.assertIn("the input ended before this was played", out.splitlines()[-1])
+        self.assertIn("a [2J b", out)
         # The demo notices a wrong value as well.
         story = (DOCS / "examples" / "demo.jsonl").read_text(encoding="utf-8")
         wrong = story.replace('"battery_level", "value": 52', '"battery_level", "value": 99, "within": 1')

@@ -17,8 +17,8 @@
 
 #include "standin/gate.h"
 #include "standin/service_manager.h"
-#include "tests/support/process_state.h"
 #include "tests/support/environment.h"
+#include "tests/support/process_state.h"
 #include "tests/support/sensor_fixture.h"
 
 namespace norvik::qel {

@@ -14,8 +14,8 @@
 #include <thread>
 #include <vector>
 
-#include "tests/support/process_state.h"
 #include "tests/support/environment.h"
+#include "tests/support/process_state.h"
 #include "tests/support/thermal_fixture.h"
 
 namespace norvik::qel {

@@ -15,8 +15,8 @@
 #include "standin/gate.h"
 #include "standin/hidl_service_manager.h"
 #include "standin/service_process.h"
-#include "tests/support/local_thermal.h"
 #include "tests/support/environment.h"
+#include "tests/support/local_thermal.h"
 #include "tests/support/thermal_wrapper_fixture.h"
 
 namespace norvik::qel {

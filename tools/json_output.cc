@@ -85,7 +85,8 @@ class JsonOutput : public Output {
     line["success"] = success;
     line["callbacks"] = observed.callbacks();
     line["deaths"] = observed.count(DeviceEvent::Kind::kServiceDied, kHealthService);
-    line["thermal_deaths"] = observed.count(DeviceEvent::Kind::kServiceDied, kThermalService);
+    line["thermal_deaths"] = observed.count(DeviceEvent::Kind::kServiceDied, kThermalService) +
+                             observed.count(DeviceEvent::Kind::kServiceDied, kHidlThermalService);
     line["relinks"] = observed.relinks();
     line["refusals"] = observed.count(DeviceEvent::Kind::kCallRefused, kHealthService);
     line["text"] = text;

@@ -28,7 +28,8 @@ std::string Counts(const Observed& observed) {
          " for the sensors and " + std::to_string(observed.callbacks() - battery - sensors) +
          " for the heat, " + Counted(observed.count(Kind::kServiceDied, kHealthService), "death") +
          " of the health service and " +
-         std::to_string(observed.count(Kind::kServiceDied, kThermalService)) +
+         std::to_string(observed.count(Kind::kServiceDied, kThermalService) +
+                        observed.count(Kind::kServiceDied, kHidlThermalService)) +
          " of the thermal service, " +
          Counted(observed.count(Kind::kCallRefused, kHealthService), "refusal") + " and " +
          Counted(observed.relinks(), "relink");

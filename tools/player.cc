@@ -219,7 +219,10 @@ bool Player::WaitForEnter() {
     if (wake != Wake::kInput) continue;
     char key = 0;
     const ssize_t count = read(STDIN_FILENO, &key, 1);
-    if (count == 0 || (count < 0 && errno != EINTR && errno != EAGAIN)) return false;
+    if (count == 0 || (count < 0 && errno != EINTR && errno != EAGAIN)) {
+      // What it expects from here on has not come.
+      return is_scenario_ && Fail("the input ended before this was played");
+    }
     if (count > 0 && key == '\n') return true;
   }
 }

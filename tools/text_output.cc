@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <string>
 #include <string_view>
 
@@ -13,6 +14,13 @@ std::string Padded(std::string_view text) {
   std::string padded(text);
   padded.append(padded.size() + 2 < kNameWidth ? kNameWidth - padded.size() : 2, ' ');
   return padded;
+}
+
+// Texts of a file that somebody else has written: what would move the cursor stays out.
+std::string Printable(std::string text) {
+  std::replace_if(
+      text.begin(), text.end(), [](unsigned char c) { return c < ' ' || c == 0x7f; }, ' ');
+  return text;
 }
 
 std::string InWords(const DeviceEvent& event) {
@@ -42,7 +50,7 @@ class TextOutput : public Output {
  public:
   void Show(const Event& event) override {
     if (const auto* device_event = std::get_if<DeviceEvent>(&event.what)) {
-      lines_.Write(TimeOfDay(event.time) + "  ** device: " + InWords(*device_event));
+      lines_.Write(TimeOfDay(event.time) + "  ** device: " + Printable(InWords(*device_event)));
       return;
     }
     const auto& change = std::get<ValueChange>(event.what);
@@ -61,8 +69,8 @@ class TextOutput : public Output {
   }
 
   void Explain(const std::string& text) override { lines_.Write(text); }
-  void Heading(const std::string& text) override { lines_.Write("\n" + text); }
-  void Say(const std::string& text) override { lines_.Write("   " + text); }
+  void Heading(const std::string& text) override { lines_.Write("\n" + Printable(text)); }
+  void Say(const std::string& text) override { lines_.Write("   " + Printable(text)); }
 
   void Summary(bool /*success*/, const std::string& text, const Observed& /*observed*/) override {
     lines_.Write("\n" + text);

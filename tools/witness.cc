@@ -47,7 +47,9 @@ void Witness::Act(const RecordedWhat& what) {
   const auto* const joined = std::get_if<ClientJoined>(&what);
   if (joined == nullptr) return;
   // Who joins anew has heard nothing yet.
-  std::erase_if(calls_, [&](const auto& calls) { return Covers(joined->subject, calls.first); });
+  const auto is_theirs = [&](const auto& entry) { return Covers(joined->subject, entry.first); };
+  std::erase_if(calls_, is_theirs);
+  std::erase_if(last_, is_theirs);
 }
 
 bool Witness::Take(const ClientCalled& called) {

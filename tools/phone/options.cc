@@ -91,7 +91,9 @@ Options ParsePhoneOptions(int argc, char** argv) {
                          "' is no duration, use one such as 500ms, 10s or 2m");
       }
     } else {
-      const std::string word = argv[optind - 1];
+      std::string word = argv[optind - 1];
+      // Of several short ones in a word only the letter is known.
+      if (optopt != 0 && !word.starts_with("--")) word = {'-', static_cast<char>(optopt)};
       throw UsageError(word + (letter == ':' ? ": a value is missing" : ": unknown option"));
     }
   }
