@@ -1,0 +1,160 @@
+// The library in a program that loads it and lets it go, as an audio service does with its modules.
+#include <android/sensor.h>
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include "devices/simulated/health.h"
+#include "devices/simulated/sensor_hub.h"
+#include "devices/simulated/thermal.h"
+#include "quorvel.h"
+#include "standin/deliveries.h"
+#include "tests/support/process_state.h"
+#include "tests/support/waiting.h"
+
+namespace norvik::qel {
+namespace {
+
+using simulated::ThermalPath;
+using standin::Delivery;
+using standin::HoldDeliveries;
+
+constexpr char kLibrary[] = QUORVEL_TEST_LIBRARY;
+
+// The library, from dlopen() to dlclose(). This program is not linked to it.
+class LoadedLibrary {
+ public:
+  LoadedLibrary() : library_(dlopen(kLibrary, RTLD_NOW | RTLD_LOCAL)) {
+    if (library_ == nullptr) ADD_FAILURE() << dlerror();
+  }
+  ~LoadedLibrary() { dlclose(library_); }
+  LoadedLibrary(const LoadedLibrary&) = delete;
+  LoadedLibrary& operator=(const LoadedLibrary&) = delete;
+
+  // The function of that name and type, for an immediate call.
+  template <typename Function>
+  Function* Get(Function* /*type*/, const char* name) const {
+    void* const address = dlsym(library_, name);
+    EXPECT_NE(address, nullptr) << name;
+    return reinterpret_cast<Function*>(address);
+  }
+
+ private:
+  void* const library_;
+};
+#define LOADED(library, function) \
+  (library).Get(static_cast<decltype(&(function))>(nullptr), #function)
+
+bool IsMapped() {
+  void* const library = dlopen(kLibrary, RTLD_LAZY | RTLD_NOLOAD);
+  if (library != nullptr) dlclose(library);
+  return library != nullptr;
+}
+
+void Put(int value, void* seen) {
+  static_cast<Seen<int>*>(seen)->Put(value);
+}
+
+// One handle of each family, each with a client that has been called.
+class Handles {
+ public:
+  explicit Handles(const LoadedLibrary& library) : library_(library) {
+    LOADED(library, InitBatteryInfo)(&battery_);
+    LOADED(library, InitSensorInfo)(&sensors_);
+    LOADED(library, InitThermalInfo)(&thermal_);
+    EXPECT_EQ(LOADED(library, RegisterBatteryLevelCallback)(battery_, Put, &levels), 0);
+    EXPECT_EQ(LOADED(library, RegisterProximitySensorCallback)(sensors_, 0, Put, &distances), 0);
+    const ThermalCallbackParam skin = {
+        .id = 0, .type_name = "SKIN", .temperature_name = "skin", .callback = Put};
+    EXPECT_EQ(LOADED(library, RegisterThermalCallback)(thermal_, &skin, &severities), 0);
+    EXPECT_EQ(levels.Take(), 50);
+    EXPECT_EQ(distances.Take(), 0);
+    EXPECT_EQ(severities.Take(), 0);
+  }
+  ~Handles() {
+    LOADED(library_, DeinitThermalInfo)(&thermal_);
+    LOADED(library_, DeinitSensorInfo)(&sensors_);
+    LOADED(library_, DeinitBatteryInfo)(&battery_);
+  }
+  Handles(const Handles&) = delete;
+  Handles& operator=(const Handles&) = delete;
+
+  Seen<int> levels, distances, severities;
+
+ private:
+  const LoadedLibrary& library_;
+  void* battery_ = nullptr;
+  void* sensors_ = nullptr;
+  void* thermal_ = nullptr;
+};
+
+class LoadingTest : public testing::Test {
+ protected:
+  LoadingTest() {
+    health_.Start();
+    hub_.Add(ASENSOR_TYPE_PROXIMITY, "proximity");
+    hub_.Start();
+    thermal_.Declare(ThermalPath::kAidl);
+    thermal_.Start(ThermalPath::kAidl);
+  }
+
+  static int Workers() {
+    return ThreadsNamed({"battery_callback", "battery_reconnect", "sensor_poll", "sensor_callback",
+                         "sensor_reconnect", "thermal_reconnect", "thermal_restore",
+                         "thermal_callback"});
+  }
+
+  simulated::Health health_;
+  simulated::SensorHub hub_;
+  simulated::Thermal thermal_;
+};
+
+TEST_F(LoadingTest, LeavesNothingRunningHoweverOftenItIsLoaded) {
+  int descriptors = 0;
+  for (int round = 0; round < 100 && !HasFailure(); ++round) {
+    {
+      const LoadedLibrary library;
+      const Handles handles(library);
+      EXPECT_GT(Workers(), 0);
+    }
+    EXPECT_TRUE(Eventually([] { return Workers() == 0; }));
+    EXPECT_EQ(health_.callback_count(), 0U);
+    EXPECT_EQ(hub_.queue_count(), 0U);
+    EXPECT_EQ(thermal_.callback_count(ThermalPath::kAidl), 0U);
+    if (round == 0) descriptors = Descriptors();
+  }
+  EXPECT_EQ(Descriptors(), descriptors);
+}
+
+TEST_F(LoadingTest, ANotificationThatIsOnItsWayFindsTheCodeStillThere) {
+  for (const Delivery kind : {Delivery::kOneway, Delivery::kDeathNotice}) {
+    HoldDeliveries hold(kind);
+    {
+      const LoadedLibrary library;
+      Seen<int> levels;
+      void* battery = nullptr;
+      void* thermal = nullptr;
+      LOADED(library, InitBatteryInfo)(&battery);
+      LOADED(library, InitThermalInfo)(&thermal);
+      EXPECT_EQ(LOADED(library, RegisterBatteryLevelCallback)(battery, Put, &levels), 0);
+      const ThermalCallbackParam skin = {
+          .id = 0, .type_name = "SKIN", .temperature_name = "skin", .callback = Put};
+      EXPECT_EQ(LOADED(library, RegisterThermalCallback)(thermal, &skin, &levels), 0);
+      if (kind == Delivery::kDeathNotice) {
+        health_.Kill();
+        thermal_.Kill(ThermalPath::kAidl);
+      } else {
+        health_.SetLevel(1);
+        thermal_.SetSeverity("skin", aidl::android::hardware::thermal::ThrottlingSeverity::SEVERE);
+      }
+      ASSERT_TRUE(hold.WaitForHeld(2));
+      LOADED(library, DeinitThermalInfo)(&thermal);
+      LOADED(library, DeinitBatteryInfo)(&battery);
+    }
+    EXPECT_TRUE(IsMapped());
+    hold.Release();
+    EXPECT_TRUE(standin::WaitUntilDelivered());
+  }
+}
+
+}  // namespace
+}  // namespace norvik::qel
