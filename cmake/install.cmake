@@ -79,13 +79,15 @@ else()
   install(FILES CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)
   install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT runtime)
 endif()
-# What the documents send users to: how a test controls the stand-in, what the monitor makes of a
-# machine.
-foreach(folder platform devices/linux)
-  install(FILES ${folder}/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/${folder} COMPONENT dev)
+# What the documents send readers to: how a test controls the stand-in, what the monitor makes of a
+# machine, the device build.
+foreach(file platform/README.md devices/linux/README.md tools/README.md include/quorvel.h Android.bp
+        CONTRIBUTING.md fuzz/README.md)
+  cmake_path(GET file PARENT_PATH folder)
+  install(FILES ${file} DESTINATION ${CMAKE_INSTALL_DOCDIR}/${folder} COMPONENT dev)
 endforeach()
-install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev
-        PATTERN "man" EXCLUDE PATTERN "Doxyfile*" EXCLUDE PATTERN "reference.md" EXCLUDE PATTERN "build" EXCLUDE)
+install(DIRECTORY docs examples completions DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev
+        PATTERN "Doxyfile*" EXCLUDE PATTERN "reference.md" EXCLUDE PATTERN "build" EXCLUDE)
 
 # Manual pages of both sections.
 file(GLOB manual_pages CONFIGURE_DEPENDS docs/man/*.1 docs/man/*.3)
