@@ -66,7 +66,8 @@ class Sensors : public Subject {
     hub_->Add(kHinge, "hinge angle");
   }
   size_t held() const override {
-    return static_cast<size_t>(hub_->listeners(kProximity) + hub_->listeners(kHinge));
+    return static_cast<size_t>(hub_->listeners(kProximity)) +
+           static_cast<size_t>(hub_->listeners(kHinge));
   }
   size_t held_by_handle() const override { return 2; }
   standin::Script& enlist() override { return hub_->on(standin::SensorFunction::kRegisterSensor); }

@@ -82,6 +82,7 @@ std::string NotificationStorm(Subject& subject, int count, uint64_t seed) {
   std::atomic<int> left{count};
   std::atomic<int> reporting{3};
   std::vector<std::thread> threads;
+  threads.reserve(6);
   for (int i = 0; i < 3; ++i) {
     threads.emplace_back([&] {
       for (int number; (number = left--) > 0;) {

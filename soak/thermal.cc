@@ -129,6 +129,8 @@ class ThermalOver : public Subject {
                                     -std::numeric_limits<float>::max(), 36.5F};
     std::vector<Temperature> temperatures;
     std::vector<std::string> names;
+    temperatures.reserve(kMany);
+    names.reserve(kMany);
     for (int i = 0; i < kMany; ++i) {
       names.push_back("t" + std::to_string(kMany + i * 7 % kMany));
       temperatures.push_back({.type = TemperatureType::BCL_CURRENT,
@@ -141,6 +143,7 @@ class ThermalOver : public Subject {
     Start();
     Handle handle(*this);
     std::vector<const char*> asked;
+    asked.reserve(kMany);
     for (const std::string& name : names) asked.push_back(name.c_str());
     std::vector<thermistor> readings(kMany);
     int count = kMany;
