@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cstring>
 #include <mutex>
+#include <utility>
 #include <vector>
 
 namespace norvik::qel::fuzz {
@@ -19,7 +20,8 @@ namespace {
 struct Pause {
   pthread_cond_t* condition;
   pthread_mutex_t* mutex;
-  bool over = false;  // guarded by `mutex`
+  bool over = false;    // guarded by `mutex`
+  bool ending = false;  // guarded by the lock of all: somebody is about to set `over`
 };
 
 // Never destroyed: threads may wait to the end of the program.
@@ -71,11 +73,13 @@ void EndPauses() {
   std::vector<Pause*> all;
   {
     std::lock_guard<std::mutex> lock(pauses.lock);
-    all = pauses.all;
+    for (Pause* pause : pauses.all) {
+      if (!std::exchange(pause->ending, true)) all.push_back(pause);
+    }
   }
   for (Pause* pause : all) {
     // With the waiting thread's own mutex: it has either not looked yet, or sleeps and hears. It
-    // cannot leave in between, since only this ends its wait.
+    // does not leave in between: each pause is ended once, and lasts until then.
     pthread_mutex_lock(pause->mutex);
     pause->over = true;
     pthread_cond_broadcast(pause->condition);
@@ -116,10 +120,12 @@ __attribute__((visibility("default"))) int pthread_cond_clockwait(pthread_cond_t
     pauses.all.push_back(&pause);
   }
   // Whatever wakes the worker, its loop looks why, and comes back unless it has ended.
-  const int result = pause.over ? 0 : pthread_cond_wait(condition, mutex);
-  {
+  int result = 0;
+  for (bool leaves = false; !leaves;) {
+    if (!pause.over) result = pthread_cond_wait(condition, mutex);
     std::lock_guard<std::mutex> lock(pauses.lock);
-    std::erase(pauses.all, &pause);
+    leaves = pause.over || !pause.ending;
+    if (leaves) std::erase(pauses.all, &pause);
   }
   if (!pause.over) return result;
   MoveClockTo(*deadline);

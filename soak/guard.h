@@ -1,0 +1,36 @@
+// What ends a storm that goes wrong, how storms wait, and what the process holds.
+#pragma once
+
+#include <functional>
+#include <string>
+
+namespace norvik::qel::soak {
+
+// Prints what is wrong, and where, and ends the program.
+[[noreturn]] void Fail(const std::string& what);
+inline void Expect(bool holds, const char* what) {
+  if (!holds) Fail(what);
+}
+void ExpectEqual(long seen, long expected, const char* what);
+
+// What is under way, for the messages, and a sign of life: whoever gives none for five minutes
+// hangs, which ends the program with a message. `what` lives for ever.
+void UnderWay(const char* what);
+
+// Waits until `seen` gives `expected`, and lets the pauses of the library's workers end meanwhile:
+// for what the library has to bring about by itself. No worker may be ended meanwhile.
+void Await(const char* what, const std::function<long()>& seen, long expected);
+// Waits until what has been sent has arrived.
+void Deliver();
+// Waits until all has arrived and every other thread of the process sleeps; workers may pause.
+void Settle();
+
+struct Figures {
+  long library_threads = 0;
+  long other_threads = 0;  // the stand-in's, which keeps those it once needed
+  long descriptors = 0;
+  long resident_kb = 0;  // 0 under the sanitizers, whose own memory grows with time
+};
+Figures Measure();
+
+}  // namespace norvik::qel::soak

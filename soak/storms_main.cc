@@ -1,0 +1,235 @@
+// quorvel_storms: far more of everything than a device ever sees, and what is left afterwards.
+#include <getopt.h>
+#include <malloc.h>
+#include <stdio.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "fuzz/history.h"
+#include "soak/guard.h"
+#include "soak/storms.h"
+
+namespace {
+
+using norvik::qel::soak::Await;
+using norvik::qel::soak::ExpectEqual;
+using norvik::qel::soak::Fail;
+using norvik::qel::soak::Figures;
+using norvik::qel::soak::Measure;
+using norvik::qel::soak::Settle;
+using norvik::qel::soak::Subject;
+
+constexpr char kUsage[] =
+    "usage: quorvel_storms [OPTION...]\n"
+    "\n"
+    "  --family NAME      battery, sensor, thermal or thermal-hidl; all four unless given\n"
+    "  --scale X          this many times the counts below (1)\n"
+    "  --seconds N        storms with the next seeds until that much time has passed; once around\n"
+    "                     at least\n"
+    "  --seed N           of the first round (1)\n"
+    "  --notifications N  reports while clients come and go (100000)\n"
+    "  --restarts N       deaths, most of them over before their notices are handled (10000)\n"
+    "  --outages N        outages shorter than the retries, and as many that are longer (300)\n"
+    "  --late N           services that come up after their clients (1000)\n"
+    "  --teardowns N      ends of a handle at each point (200)\n"
+    "  --hostile N        rounds of hostile values (20)\n"
+    "\n"
+    "Ends with 1 when something is not as documented, or more is left than there was.\n";
+
+struct Counts {
+  double notifications = 100'000;
+  double restarts = 10'000;
+  double outages = 300;
+  double late = 1'000;
+  double teardowns = 200;
+  double hostile = 20;
+};
+
+struct Family {
+  const char* name;
+  std::unique_ptr<Subject> (*make)();
+};
+constexpr Family kFamilies[] = {
+    {"battery", norvik::qel::soak::MakeBattery},
+    {"thermal", norvik::qel::soak::MakeThermal},
+    {"thermal-hidl", norvik::qel::soak::MakeHidlThermal},
+    {"sensor", norvik::qel::soak::MakeSensors},
+};
+
+// The stand-in keeps threads that it once needed: two pools of at most 16 for the program. There
+// are the main thread and, under the sanitizers, one more.
+constexpr long kOtherThreads = 16 + 16 + 1 + 1;
+// What the allocator may need more after a storm than after a small one.
+constexpr long kSlackKb = 4L * 1024;
+
+struct Left {
+  Figures process;
+  long held = 0;  // callbacks that the running service holds
+};
+
+void Compare(const Left& left_before, const Left& left_after) {
+  const Figures& before = left_before.process;
+  const Figures& after = left_after.process;
+  printf("    threads of the library %ld -> %ld, others %ld -> %ld, descriptors %ld -> %ld",
+         before.library_threads, after.library_threads, before.other_threads, after.other_threads,
+         before.descriptors, after.descriptors);
+  if (before.resident_kb != 0) {
+    printf(", resident %.1f -> %.1f MB", static_cast<double>(before.resident_kb) / 1024,
+           static_cast<double>(after.resident_kb) / 1024);
+  }
+  printf(", callbacks held %ld -> %ld\n", left_before.held, left_after.held);
+  fflush(stdout);
+  ExpectEqual(left_after.held, left_before.held, "callbacks left behind");
+  ExpectEqual(after.library_threads, before.library_threads, "threads left behind");
+  ExpectEqual(after.descriptors, before.descriptors, "descriptors left behind");
+  if (after.resident_kb > before.resident_kb + kSlackKb) Fail("memory grows");
+}
+
+Left MeasureAtRest(Subject& subject) {
+  const auto held = static_cast<long>(subject.held());
+  subject.Kill();  // whose threads are not the program's
+  // A thread that has been joined, or whose process has died, can be there for a moment still.
+  const auto too_many = [] {
+    const Figures figures = Measure();
+    return figures.library_threads + std::max(figures.other_threads - kOtherThreads, 0L);
+  };
+  Await("threads that have to end", too_many, 0);
+  Settle();
+  return {.process = Measure(), .held = held};
+}
+
+void RunFamily(const Family& family, const Counts& counts, uint64_t seed) {
+  using Storm = std::function<std::string(Subject&, int count, uint64_t seed)>;
+  struct Kind {
+    const char* name;
+    double count;
+    Storm storm;
+    bool of_death = false;
+  };
+  const Kind kinds[] = {
+      {"notifications", counts.notifications, norvik::qel::soak::NotificationStorm},
+      {"restarts", counts.restarts, norvik::qel::soak::RestartStorm, true},
+      {"outages", counts.outages, norvik::qel::soak::OutageStorm, true},
+      {"late services", counts.late, norvik::qel::soak::LateStorm},
+      {"ends of handles", counts.teardowns, norvik::qel::soak::TeardownStorm},
+      {"hostile values", counts.hostile,
+       [](Subject& subject, int count, uint64_t) {
+         return std::to_string(subject.Hostilities(count)) + " values, names and records";
+       }},
+  };
+  for (const Kind& kind : kinds) {
+    norvik::qel::soak::UnderWay(kind.name);
+    const std::unique_ptr<Subject> subject = family.make();
+    if (kind.of_death && subject->attempts() == 0) continue;
+    const auto count = std::max(1, static_cast<int>(kind.count));
+    // A small one first: what is kept for ever has been made then.
+    kind.storm(*subject, std::max(1, std::min(count / 10, 500)), seed + 1'000'000);
+    const Left before = MeasureAtRest(*subject);
+    const auto begin = std::chrono::steady_clock::now();
+    const std::string done = kind.storm(*subject, count, seed);
+    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begin;
+    printf("%s, %s: %s (%.1f s)\n", family.name, kind.name, done.c_str(), took.count());
+    Compare(before, MeasureAtRest(*subject));
+  }
+}
+
+double PositiveNumber(const char* text) {
+  char* end = nullptr;
+  const double number = std::strtod(text, &end);
+  if (end == text || *end != '\0' || !(number > 0)) {
+    fprintf(stderr, "quorvel_storms: not a number above 0: %s\n", text);
+    std::exit(2);
+  }
+  return number;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  Counts counts;
+  std::string only;
+  double scale = 1;
+  double seconds = 0;
+  uint64_t seed = 1;
+  const option options[] = {{"family", required_argument, nullptr, 'f'},
+                            {"scale", required_argument, nullptr, 'x'},
+                            {"seconds", required_argument, nullptr, 't'},
+                            {"seed", required_argument, nullptr, 's'},
+                            {"notifications", required_argument, nullptr, 'n'},
+                            {"restarts", required_argument, nullptr, 'r'},
+                            {"outages", required_argument, nullptr, 'o'},
+                            {"late", required_argument, nullptr, 'l'},
+                            {"teardowns", required_argument, nullptr, 'd'},
+                            {"hostile", required_argument, nullptr, 'v'},
+                            {"help", no_argument, nullptr, 'h'},
+                            {}};
+  for (int choice; (choice = getopt_long(argc, argv, "h", options, nullptr)) != -1;) {
+    switch (choice) {
+      case 'f':
+        only = optarg;
+        break;
+      case 'x':
+        scale = PositiveNumber(optarg);
+        break;
+      case 't':
+        seconds = PositiveNumber(optarg);
+        break;
+      case 's':
+        seed = std::strtoull(optarg, nullptr, 10);
+        break;
+      case 'n':
+        counts.notifications = PositiveNumber(optarg);
+        break;
+      case 'r':
+        counts.restarts = PositiveNumber(optarg);
+        break;
+      case 'o':
+        counts.outages = PositiveNumber(optarg);
+        break;
+      case 'l':
+        counts.late = PositiveNumber(optarg);
+        break;
+      case 'd':
+        counts.teardowns = PositiveNumber(optarg);
+        break;
+      case 'v':
+        counts.hostile = PositiveNumber(optarg);
+        break;
+      case 'h':
+        fputs(kUsage, stdout);
+        return 0;
+      default:
+        fputs(kUsage, stderr);
+        return 2;
+    }
+  }
+  const bool known = only.empty() || std::any_of(std::begin(kFamilies), std::end(kFamilies),
+                                                 [&](const Family& f) { return only == f.name; });
+  if (!known || optind < argc) {
+    fputs(kUsage, stderr);
+    return 2;
+  }
+  for (double* count : {&counts.notifications, &counts.restarts, &counts.outages, &counts.late,
+                        &counts.teardowns, &counts.hostile}) {
+    *count *= scale;
+  }
+  // Memory is comparable only when the allocator does not make more room the more threads meet.
+  mallopt(M_ARENA_MAX, 1);
+  norvik::qel::fuzz::SetUpProcess();
+  const auto begin = std::chrono::steady_clock::now();
+  do {
+    printf("seed %llu\n", static_cast<unsigned long long>(seed));
+    for (const Family& family : kFamilies) {
+      if (only.empty() || only == family.name) RunFamily(family, counts, seed);
+    }
+    ++seed;
+  } while (std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count() <
+           seconds);
+  printf("all storms over, nothing left behind\n");
+  return 0;
+}

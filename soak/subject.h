@@ -1,0 +1,102 @@
+// A family as a storm sees it: handles, clients, a device that reports, a service that dies.
+#pragma once
+
+#include <atomic>
+#include <climits>
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <memory>
+
+#include "standin/script.h"
+
+namespace norvik::qel::soak {
+
+inline constexpr int kNothing = INT_MIN;
+
+// What a client has heard: the cookie of its registration.
+struct Client {
+  std::atomic<long> calls{0};
+  std::atomic<int> last{kNothing};
+  // Deinit...() has returned: another call ends the program.
+  std::atomic<bool> closed{false};
+  // What it does when it is called. Set before it is registered.
+  std::function<void()> then = nullptr;
+
+  static void Hear(int value, void* cookie);
+  // The same, for an interface that tells clients apart by their functions.
+  static void HearToo(int value, void* cookie) { Hear(value, cookie); }
+};
+
+// Threads: any, but one at a time starts and kills the service.
+class Subject {
+ public:
+  virtual ~Subject() = default;
+  virtual const char* name() const = 0;
+
+  virtual void Init(void** handle) const = 0;
+  virtual void Deinit(void** handle) const = 0;
+  // How many clients a handle can have; they have the numbers from 0.
+  virtual int clients() const = 0;
+  virtual int Register(void* handle, int client, Client& cookie) const = 0;
+  virtual int Deregister(void* handle, int client) const = 0;
+  // Whatever else can be called while anything goes on. `round` makes it vary.
+  virtual void Ask(void* handle, int round) const = 0;
+
+  // The device reports something new, of 0 to 999'999, to all clients.
+  virtual void Report(int value) = 0;
+  // What a client hears of that.
+  virtual int Heard(int client, int value) const = 0;
+
+  virtual void Start() = 0;
+  // For sensors only while no handle has used the service.
+  virtual void Kill() = 0;
+  // How many callbacks the running service holds (sensors: how often they are enabled), and how
+  // many of these come from a handle that has all its clients.
+  virtual size_t held() const = 0;
+  virtual size_t held_by_handle() const = 0;
+  // The operation that adds to them.
+  virtual standin::Script& enlist() = 0;
+
+  // How often a handle looks for a service that has died before it gives up; 0 when the family does
+  // not survive its service's death.
+  virtual int attempts() const = 0;
+  // Whether, after that, another death that is over in time brings the clients back.
+  virtual bool revives_by_death() const { return false; }
+
+  // Hands over what no service should, and looks at the documented results. Returns how much of it.
+  virtual long Hostilities(int rounds) = 0;
+};
+
+std::unique_ptr<Subject> MakeBattery();
+std::unique_ptr<Subject> MakeThermal();
+std::unique_ptr<Subject> MakeHidlThermal();
+std::unique_ptr<Subject> MakeSensors();
+
+// A handle with its clients' cookies.
+class Handle {
+ public:
+  explicit Handle(const Subject& subject) : subject_(subject), clients_(subject.clients()) {
+    subject_.Init(&handle_);
+  }
+  ~Handle() { Deinit(); }
+  Handle(const Handle&) = delete;
+  Handle& operator=(const Handle&) = delete;
+
+  void* get() const { return handle_; }
+  Client& client(int number) { return clients_.at(static_cast<size_t>(number)); }
+  int Register(int number) { return subject_.Register(handle_, number, client(number)); }
+  int Deregister(int number) { return subject_.Deregister(handle_, number); }
+  // Ends the program when one is refused.
+  void RegisterAll();
+  void DeregisterAll();
+  // From now on nobody may be called.
+  void Deinit();
+
+ private:
+  const Subject& subject_;
+  std::deque<Client> clients_;  // a deque does not move them
+  void* handle_ = nullptr;
+};
+
+}  // namespace norvik::qel::soak
