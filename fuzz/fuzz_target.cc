@@ -7,6 +7,6 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace norvik::qel::fuzz;
   RunHistory(QUORVEL_FUZZ_FAMILY, Choices({data, size}),
-             "--family " QUORVEL_FUZZ_FAMILY " --file CRASH-FILE");
+             "--family " QUORVEL_FUZZ_FAMILY " CRASH-FILE");
   return 0;
 }

@@ -1,9 +1,9 @@
 // quorvel_histories: random histories of C calls and device changes, held against a model.
-#include <getopt.h>
 #include <signal.h>
 #include <stdio.h>
 #include <unistd.h>
 
+#include <CLI/CLI.hpp>
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
@@ -17,18 +17,6 @@ namespace {
 
 using norvik::qel::fuzz::Choices;
 using norvik::qel::fuzz::RunHistory;
-
-constexpr char kUsage[] =
-    "usage: quorvel_histories [--family NAME] [--seed N] [--runs N] [--bytes N]\n"
-    "       quorvel_histories --family NAME --file FILE...\n"
-    "\n"
-    "  --family NAME  battery, sensor or thermal; all three unless given\n"
-    "  --seed N       of the first run (1); the next runs have the next seeds\n"
-    "  --runs N       how many runs of each family (10)\n"
-    "  --bytes N      how many decisions a run has (1000); a step takes a few\n"
-    "  --file FILE    the decisions, as a fuzzer writes them\n"
-    "\n"
-    "A run that fails prints what has been done, and how to do it again.\n";
 
 // A client's call or the library that never returns ends the program, too.
 void OnHang(int /*signal*/) {
@@ -45,39 +33,18 @@ int main(int argc, char** argv) {
   int runs = 10;
   size_t bytes = 1000;
   std::vector<std::string> files;
-  const option options[] = {{"family", required_argument, nullptr, 'f'},
-                            {"seed", required_argument, nullptr, 's'},
-                            {"runs", required_argument, nullptr, 'r'},
-                            {"bytes", required_argument, nullptr, 'b'},
-                            {"file", required_argument, nullptr, 'i'},
-                            {"help", no_argument, nullptr, 'h'},
-                            {}};
-  for (int choice; (choice = getopt_long(argc, argv, "h", options, nullptr)) != -1;) {
-    switch (choice) {
-      case 'f':
-        families = {optarg};
-        break;
-      case 's':
-        seed = std::strtoull(optarg, nullptr, 10);
-        break;
-      case 'r':
-        runs = std::atoi(optarg);
-        break;
-      case 'b':
-        bytes = std::strtoull(optarg, nullptr, 10);
-        break;
-      case 'i':
-        files.emplace_back(optarg);
-        break;
-      case 'h':
-        fputs(kUsage, stdout);
-        return 0;
-      default:
-        fputs(kUsage, stderr);
-        return 2;
-    }
-  }
-  for (; optind < argc; ++optind) files.emplace_back(argv[optind]);
+  CLI::App app("Holds random histories of C calls and device changes against a model.");
+  app.footer("A run that fails prints what has been done, and how to do it again.");
+  std::string only;
+  app.add_option("--family", only, "this family alone: battery, sensor or thermal")
+      ->check(CLI::IsMember(families));
+  app.add_option("--seed", seed, "of the first run (1); the next runs have the next seeds");
+  app.add_option("--runs", runs, "how many runs of each family (10)")->check(CLI::PositiveNumber);
+  app.add_option("--bytes", bytes, "how many decisions a run has (1000); a step takes a few")
+      ->check(CLI::PositiveNumber);
+  app.add_option("FILE", files, "the decisions, as a fuzzer writes them")->check(CLI::ExistingFile);
+  CLI11_PARSE(app, argc, argv);
+  if (!only.empty()) families = {only};
   signal(SIGALRM, OnHang);
   for (const std::string& family : families) {
     const auto begin = std::chrono::steady_clock::now();
@@ -86,9 +53,13 @@ int main(int argc, char** argv) {
     for (const std::string& file : files) {
       std::ifstream stream(file, std::ios::binary);
       const std::vector<uint8_t> content{std::istreambuf_iterator<char>(stream), {}};
+      if (!stream) {
+        fprintf(stderr, "quorvel_histories: cannot read %s\n", file.c_str());
+        return 1;
+      }
       alarm(600);
       std::string origin = "--family ";
-      origin.append(family).append(" --file ").append(file);
+      origin.append(family).append(" ").append(file);
       steps += RunHistory(family, Choices(content), origin);
       ++done;
     }

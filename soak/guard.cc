@@ -17,15 +17,7 @@
 #include "fuzz/pauses.h"
 #include "fuzz/quiet.h"
 #include "standin/deliveries.h"
-
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define QUORVEL_SANITIZED 1
-#endif
-#endif
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define QUORVEL_SANITIZED 1
-#endif
+#include "tests/support/environment.h"
 
 namespace norvik::qel::soak {
 
@@ -109,12 +101,11 @@ Figures Measure() {
   }
   const std::filesystem::directory_iterator descriptors("/proc/self/fd");
   figures.descriptors = std::distance(begin(descriptors), end(descriptors));
-#if !defined(QUORVEL_SANITIZED)
+  if (kSanitized) return figures;  // what a sanitizer keeps says nothing
   malloc_trim(0);
   long pages = 0;
   std::ifstream("/proc/self/statm") >> pages >> pages;
   figures.resident_kb = pages * (sysconf(_SC_PAGESIZE) / 1024);
-#endif
   return figures;
 }
 

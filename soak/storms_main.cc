@@ -1,7 +1,8 @@
 // quorvel_storms: far more of everything than a device ever sees, and what is left afterwards.
-#include <getopt.h>
 #include <malloc.h>
 #include <stdio.h>
+
+#include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <chrono>
@@ -9,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "fuzz/history.h"
 #include "soak/guard.h"
@@ -23,23 +25,6 @@ using norvik::qel::soak::Figures;
 using norvik::qel::soak::Measure;
 using norvik::qel::soak::Settle;
 using norvik::qel::soak::Subject;
-
-constexpr char kUsage[] =
-    "usage: quorvel_storms [OPTION...]\n"
-    "\n"
-    "  --family NAME      battery, sensor, thermal or thermal-hidl; all four unless given\n"
-    "  --scale X          this many times the counts below (1)\n"
-    "  --seconds N        storms with the next seeds until that much time has passed; once around\n"
-    "                     at least\n"
-    "  --seed N           of the first round (1)\n"
-    "  --notifications N  reports while clients come and go (100000)\n"
-    "  --restarts N       deaths, most of them over before their notices are handled (10000)\n"
-    "  --outages N        outages shorter than the retries, and as many that are longer (300)\n"
-    "  --late N           services that come up after their clients (1000)\n"
-    "  --teardowns N      ends of a handle at each point (200)\n"
-    "  --hostile N        rounds of hostile values (20)\n"
-    "\n"
-    "Ends with 1 when something is not as documented, or more is left than there was.\n";
 
 struct Counts {
   double notifications = 100'000;
@@ -138,16 +123,6 @@ void RunFamily(const Family& family, const Counts& counts, uint64_t seed) {
   }
 }
 
-double PositiveNumber(const char* text) {
-  char* end = nullptr;
-  const double number = std::strtod(text, &end);
-  if (end == text || *end != '\0' || !(number > 0)) {
-    fprintf(stderr, "quorvel_storms: not a number above 0: %s\n", text);
-    std::exit(2);
-  }
-  return number;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -156,64 +131,29 @@ int main(int argc, char** argv) {
   double scale = 1;
   double seconds = 0;
   uint64_t seed = 1;
-  const option options[] = {{"family", required_argument, nullptr, 'f'},
-                            {"scale", required_argument, nullptr, 'x'},
-                            {"seconds", required_argument, nullptr, 't'},
-                            {"seed", required_argument, nullptr, 's'},
-                            {"notifications", required_argument, nullptr, 'n'},
-                            {"restarts", required_argument, nullptr, 'r'},
-                            {"outages", required_argument, nullptr, 'o'},
-                            {"late", required_argument, nullptr, 'l'},
-                            {"teardowns", required_argument, nullptr, 'd'},
-                            {"hostile", required_argument, nullptr, 'v'},
-                            {"help", no_argument, nullptr, 'h'},
-                            {}};
-  for (int choice; (choice = getopt_long(argc, argv, "h", options, nullptr)) != -1;) {
-    switch (choice) {
-      case 'f':
-        only = optarg;
-        break;
-      case 'x':
-        scale = PositiveNumber(optarg);
-        break;
-      case 't':
-        seconds = PositiveNumber(optarg);
-        break;
-      case 's':
-        seed = std::strtoull(optarg, nullptr, 10);
-        break;
-      case 'n':
-        counts.notifications = PositiveNumber(optarg);
-        break;
-      case 'r':
-        counts.restarts = PositiveNumber(optarg);
-        break;
-      case 'o':
-        counts.outages = PositiveNumber(optarg);
-        break;
-      case 'l':
-        counts.late = PositiveNumber(optarg);
-        break;
-      case 'd':
-        counts.teardowns = PositiveNumber(optarg);
-        break;
-      case 'v':
-        counts.hostile = PositiveNumber(optarg);
-        break;
-      case 'h':
-        fputs(kUsage, stdout);
-        return 0;
-      default:
-        fputs(kUsage, stderr);
-        return 2;
-    }
-  }
-  const bool known = only.empty() || std::any_of(std::begin(kFamilies), std::end(kFamilies),
-                                                 [&](const Family& f) { return only == f.name; });
-  if (!known || optind < argc) {
-    fputs(kUsage, stderr);
-    return 2;
-  }
+  std::vector<std::string> names;
+  for (const Family& family : kFamilies) names.emplace_back(family.name);
+  CLI::App app(
+      "Storms of reports, deaths, outages and ends of handles, and what they leave behind.");
+  app.footer("Ends with 1 when something is not as documented, or more is left than there was.");
+  app.add_option("--family", only, "this family alone: battery, sensor, thermal or thermal-hidl")
+      ->check(CLI::IsMember(names));
+  const auto add_number = [&](const char* name, double& number, const char* description) {
+    app.add_option(name, number, description)->check(CLI::PositiveNumber);
+  };
+  add_number("--scale", scale, "this many times the counts below (1)");
+  add_number("--seconds", seconds,
+             "storms with the next seeds until that much time has passed; once around at least");
+  app.add_option("--seed", seed, "of the first round (1)");
+  add_number("--notifications", counts.notifications, "reports while clients come and go (100000)");
+  add_number("--restarts", counts.restarts,
+             "deaths, most of them over before their notices are handled (10000)");
+  add_number("--outages", counts.outages,
+             "outages shorter than the retries, and as many that are longer (300)");
+  add_number("--late", counts.late, "services that come up after their clients (1000)");
+  add_number("--teardowns", counts.teardowns, "ends of a handle at each point (200)");
+  add_number("--hostile", counts.hostile, "rounds of hostile values (20)");
+  CLI11_PARSE(app, argc, argv);
   for (double* count : {&counts.notifications, &counts.restarts, &counts.outages, &counts.late,
                         &counts.teardowns, &counts.hostile}) {
     *count *= scale;
