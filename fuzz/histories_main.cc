@@ -27,6 +27,7 @@ void OnHang(int /*signal*/) {
 
 }  // namespace
 
+// NOLINTNEXTLINE(bugprone-exception-escape): what nobody expects may end the program
 int main(int argc, char** argv) {
   std::vector<std::string> families = {"battery", "sensor", "thermal"};
   uint64_t seed = 1;

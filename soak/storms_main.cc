@@ -125,6 +125,7 @@ void RunFamily(const Family& family, const Counts& counts, uint64_t seed) {
 
 }  // namespace
 
+// NOLINTNEXTLINE(bugprone-exception-escape): what nobody expects may end the program
 int main(int argc, char** argv) {
   Counts counts;
   std::string only;
