@@ -6,13 +6,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <filesystem>
 #include <memory>
 #include <ostream>
 #include <string>
 #include <string_view>
-#include <thread>
 #include <vector>
 
 #include "devices/linux/device_files.h"
@@ -459,20 +457,25 @@ TEST_F(LinuxHealthTest, SuppliesThatComeAndGoWhileManyAskEndInTheLastState) {
   machine_->Add("BAT0", kGoodBattery);
   health_.Start();
   RegisterAll();
-  std::atomic<bool> done = false;
-  std::thread asker([&] {
-    while (!done) {
-      const int level = GetBatteryLevel(handle_, /*use_cached=*/false);
-      EXPECT_TRUE(level == 73 || level == 10 || level == -1) << level;
-    }
-  });
-  for (int i = 0; i < 50; ++i) {
-    machine_->Add("A_spare", With(kGoodBattery, {{"capacity", "10\n"}}));
-    machine_->Change("BAT0", "status", i % 2 == 0 ? "Charging\n" : "Discharging\n");
+  const auto has = [&](int level, BatteryStatus status) {
+    const auto is_so = [&] {
+      const HealthInfo info = health_.info();
+      return info.batteryLevel == level && info.batteryStatus == status;
+    };
+    return EventuallyWhileAsked(is_so, [&] {
+      const int asked = GetBatteryLevel(handle_, /*use_cached=*/false);
+      EXPECT_TRUE(asked == 73 || asked == 10) << asked;
+    });
+  };
+  const auto spare = With(kGoodBattery, {{"capacity", "10\n"}, {"status", "Full\n"}});
+  for (int i = 0; i < 20; ++i) {
+    machine_->Add("A_spare", spare);
+    EXPECT_TRUE(has(10, BatteryStatus::FULL));
+    const bool charges = i % 2 == 0;
+    machine_->Change("BAT0", "status", charges ? "Charging\n" : "Discharging\n");
     machine_->Remove("A_spare");
+    EXPECT_TRUE(has(73, charges ? BatteryStatus::CHARGING : BatteryStatus::DISCHARGING));
   }
-  done = true;
-  asker.join();
   GetBatteryLevel(handle_, /*use_cached=*/false);  // has the machine read once more
   // Reports of earlier states may still be on their way, in order; the last one tells the end.
   ASSERT_TRUE(standin::WaitUntilDelivered());

@@ -32,7 +32,8 @@ expect 0 "skin 38.5 degrees C" "cpu 40.0 degrees C" -- get temperatures skin cpu
 expect 1 "does not report all" -- get temperatures nowhere
 expect 0 "NONE" -- get bcl
 hears "battery level +unknown +-> +61 %" watch battery
-hears "hinge angle +0 degrees +-> +120 degrees" watch sensors
+# The library may have heard the sensor before it first calls its client.
+hears "hinge angle +(unknown|0 degrees) +-> +120 degrees" watch sensors
 hears "SKIN:skin +unknown +-> +LIGHT" watch thermal SKIN:skin
 expect 0 "Watching the sensors of the device 'phone'." -- watch --for=1ms sensors
 expect 0 "linked to services = T" -- dump

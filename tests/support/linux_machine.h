@@ -5,12 +5,15 @@
 #include <sys/stat.h>
 #include <umockdev.h>
 
+#include <atomic>
 #include <filesystem>
+#include <functional>
 #include <iterator>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -95,6 +98,24 @@ class Machine {
   UMockdevTestbed* const testbed_;
   const std::string subsystem_;
 };
+
+// Whether it becomes so, while several threads ask. Nobody is to ask while a test changes the
+// device tree: what makes the tree up finds the files that the program has open in a table without
+// a lock, and loses an announcement now and then when it meets another thread there.
+inline bool EventuallyWhileAsked(const std::function<bool()>& is_so,
+                                 const std::function<void()>& ask) {
+  std::atomic<bool> done = false;
+  std::vector<std::thread> askers;
+  for (int i = 0; i < 3; ++i) {
+    askers.emplace_back([&] {
+      while (!done) ask();
+    });
+  }
+  const bool was_so = Eventually(is_so);
+  done = true;
+  for (std::thread& asker : askers) asker.join();
+  return was_so;
+}
 
 // What people are told of a device.
 //
