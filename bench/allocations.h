@@ -1,0 +1,10 @@
+#pragma once
+
+#include <cstdint>
+
+namespace norvik::qel::bench {
+
+// How often any thread of the process has taken memory from the heap so far.
+int64_t AllocationCount();
+
+}  // namespace norvik::qel::bench

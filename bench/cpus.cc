@@ -1,0 +1,38 @@
+#include "bench/cpus.h"
+
+#include <errno.h>
+#include <sched.h>
+
+#include <system_error>
+#include <vector>
+
+namespace norvik::qel::bench {
+
+namespace {
+
+std::vector<int> AllowedCpus() {
+  cpu_set_t allowed;
+  CPU_ZERO(&allowed);
+  if (sched_getaffinity(0, sizeof allowed, &allowed) != 0) {
+    throw std::system_error(errno, std::system_category(), "sched_getaffinity");
+  }
+  std::vector<int> cpus;
+  for (int cpu = 0; cpu < CPU_SETSIZE; ++cpu) {
+    if (CPU_ISSET(cpu, &allowed)) cpus.push_back(cpu);
+  }
+  return cpus;
+}
+
+}  // namespace
+
+void PinThisThread(Cpu cpu) {
+  static const std::vector<int> cpus = AllowedCpus();  // before anything is pinned
+  cpu_set_t one;
+  CPU_ZERO(&one);
+  CPU_SET(cpus[static_cast<size_t>(cpu) % cpus.size()], &one);
+  if (sched_setaffinity(0, sizeof one, &one) != 0) {
+    throw std::system_error(errno, std::system_category(), "sched_setaffinity");
+  }
+}
+
+}  // namespace norvik::qel::bench

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <vector>
+
+namespace norvik::qel::bench {
+
+inline int64_t NowNs() {
+  return std::chrono::steady_clock::now().time_since_epoch() / std::chrono::nanoseconds(1);
+}
+
+// How long each round of a pass has taken, in nanoseconds.
+class Latencies {
+ public:
+  explicit Latencies(size_t rounds) { all_.reserve(rounds); }
+
+  // One round; its time is the benchmark's as well.
+  void Add(int64_t ns, benchmark::State& state) {
+    all_.push_back(ns);
+    state.SetIterationTime(static_cast<double>(ns) * 1e-9);
+  }
+
+  // The counters p50_ns and p99_ns of this pass.
+  void Report(benchmark::State& state) {
+    if (all_.empty()) return;
+    state.counters["p50_ns"] = Quantile(0.50);
+    state.counters["p99_ns"] = Quantile(0.99);
+  }
+
+ private:
+  double Quantile(double share) {
+    const auto at = all_.begin() + static_cast<ptrdiff_t>(share * static_cast<double>(all_.size()));
+    std::nth_element(all_.begin(), at, all_.end());
+    return static_cast<double>(*at);
+  }
+
+  std::vector<int64_t> all_;
+};
+
+}  // namespace norvik::qel::bench

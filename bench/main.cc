@@ -1,0 +1,60 @@
+// The program that measures: Google Benchmark with passes that alternate, so that whatever the
+// machine does meanwhile meets the library and its yardsticks alike. --quick sees only that it
+// runs.
+#include <android/binder_process.h>
+#include <android/log.h>
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "bench/cpus.h"
+#include "bench/quick.h"
+#include "bench/registration.h"
+
+namespace norvik::qel::bench {
+
+namespace {
+
+bool is_quick = false;
+
+}  // namespace
+
+bool IsQuick() {
+  return is_quick;
+}
+
+}  // namespace norvik::qel::bench
+
+int main(int argc, char** argv) {
+  using norvik::qel::bench::Cpu;
+  const auto is_quick_flag = [](std::string_view argument) { return argument == "--quick"; };
+  norvik::qel::bench::is_quick = std::any_of(argv + 1, argv + argc, is_quick_flag);
+  std::vector<std::string> arguments = {
+      argv[0],
+      norvik::qel::bench::is_quick ? "--benchmark_repetitions=2" : "--benchmark_repetitions=9",
+      "--benchmark_enable_random_interleaving=true",
+      "--benchmark_report_aggregates_only=true",
+  };
+  // Last, so that they win.
+  std::remove_copy_if(argv + 1, argv + argc, std::back_inserter(arguments), is_quick_flag);
+  std::vector<char*> pointers;
+  for (std::string& argument : arguments) pointers.push_back(argument.data());
+  int count = static_cast<int>(pointers.size());
+  pointers.push_back(nullptr);
+
+  // As on a device that is not being debugged.
+  __android_log_set_minimum_priority(ANDROID_LOG_WARN);
+  {
+    const norvik::qel::bench::WorkersAreMadeHere binder_threads;
+    ABinderProcess_startThreadPool();
+  }
+  norvik::qel::bench::PinThisThread(Cpu::kCaller);
+  norvik::qel::bench::Registration::RegisterAll();
+  benchmark::Initialize(&count, pointers.data());
+  if (benchmark::ReportUnrecognizedArguments(count, pointers.data())) return 1;
+  benchmark::RunSpecifiedBenchmarks();
+  return 0;
+}

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <optional>
+
+#include "bench/latencies.h"
+
+namespace norvik::qel::bench {
+
+// What a benchmark's action does: it says when it ran, and which was the last request it knew of.
+// One thread asks and waits, another runs.
+class Probe {
+ public:
+  // For the thread that asks: the number of a new request, before it is made.
+  int64_t Announce() {
+    const int64_t number = ++asked_;
+    announced_.store(number, std::memory_order_release);
+    return number;
+  }
+
+  // The action.
+  void Run() {
+    const int64_t now = NowNs();
+    const int64_t number = announced_.load(std::memory_order_acquire);
+    ran_at_ns_.store(now, std::memory_order_relaxed);
+    runs_.fetch_add(1, std::memory_order_relaxed);
+    seen_.store(number, std::memory_order_release);
+  }
+
+  // When an action ran that began after the request `number`. Spins: a thread that sleeps would
+  // have to be woken, and its processor would go to sleep meanwhile. Nothing after ten seconds.
+  std::optional<int64_t> WaitFor(int64_t number) const {
+    const int64_t limit = NowNs() + 10'000'000'000;
+    while (seen_.load(std::memory_order_acquire) < number) {
+      if (NowNs() > limit) return std::nullopt;
+    }
+    return ran_at_ns_.load(std::memory_order_relaxed);
+  }
+
+  int64_t runs() const { return runs_.load(std::memory_order_relaxed); }
+
+ private:
+  int64_t asked_ = 0;
+  alignas(64) std::atomic<int64_t> announced_ = 0;
+  alignas(64) std::atomic<int64_t> seen_ = 0;
+  std::atomic<int64_t> ran_at_ns_ = 0;
+  std::atomic<int64_t> runs_ = 0;
+};
+
+// Lets the thread that has just run go back to sleep. Its own way there takes a microsecond or two.
+inline void LetItFallAsleep() {
+  const int64_t until = NowNs() + 50'000;
+  while (NowNs() < until) {
+  }
+}
+
+inline constexpr char kNothingRan[] = "no action ran after the last request";
+
+}  // namespace norvik::qel::bench

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <vector>
+
+namespace norvik::qel::bench {
+
+// The benchmarks of a file, registered once the command line is known: it says how many rounds.
+class Registration {
+ public:
+  using Function = void (*)();
+  explicit Registration(Function function) { Functions().push_back(function); }
+
+  static void RegisterAll() {
+    for (const Function function : Functions()) function();
+  }
+
+ private:
+  static std::vector<Function>& Functions() {
+    static std::vector<Function> functions;
+    return functions;
+  }
+};
+
+}  // namespace norvik::qel::bench

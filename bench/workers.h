@@ -1,0 +1,37 @@
+// Threads that run an action when asked to: the library's, and the yardsticks.
+#pragma once
+
+#include <memory>
+
+#include "bench/probe.h"
+
+namespace norvik::qel::bench {
+
+class Worker {
+ public:
+  Worker() = default;
+  virtual ~Worker() = default;  // ends the thread
+  Worker(const Worker&) = delete;
+  Worker& operator=(const Worker&) = delete;
+
+  // Asks for a run of Probe::Run() on the worker's thread.
+  virtual void Trigger() = 0;
+};
+
+using MakeWorker = std::unique_ptr<Worker> (*)(Probe& probe);
+
+// The one that is measured.
+std::unique_ptr<Worker> MakeLibraryWorker(Probe& probe);
+// A flag under a mutex with a condition variable that is notified with the mutex held. Nothing that
+// can be asked for from any thread and sleeps meanwhile does with less.
+std::unique_ptr<Worker> MakeBareWorker(Probe& probe);
+// An eventfd that a sd-event loop watches.
+std::unique_ptr<Worker> MakeSdEventWorker(Probe& probe);
+// A source of a GLib main loop that is made ready.
+std::unique_ptr<Worker> MakeGlibWorker(Probe& probe);
+// uv_async_send().
+std::unique_ptr<Worker> MakeLibuvWorker(Probe& probe);
+// boost::asio::post(), which runs the action once for each request.
+std::unique_ptr<Worker> MakeAsioWorker(Probe& probe);
+
+}  // namespace norvik::qel::bench
