@@ -80,9 +80,16 @@ class AudioThermalCallback {
   TemperatureType supported_temperature_type() const { return supported_temperature_type_; }
 
  private:
+  using Clients = std::unordered_map<int, ThermalClientInfo>;  // by id
+
+  // Replaces the clients by a copy that `change` has changed.
+  template <typename Change>
+  void ChangeClients(Change change) QEL_REQUIRES(lock_);
+
   // Members are released in reverse order.
   std::mutex lock_;
-  std::unordered_map<int, ThermalClientInfo> clients_ QEL_GUARDED_BY(lock_);
+  // Never changed, only replaced: a dispatch goes through it with no lock held.
+  std::shared_ptr<const Clients> clients_ QEL_GUARDED_BY(lock_);
   std::vector<Temperature> temperatures_ QEL_GUARDED_BY(lock_);  // not dispatched yet
   // Set by Initialize() before any other thread knows this object, and then only read.
   ::android::sp<AudioThermalChangedCallback> thermal_changed_callback_;
