@@ -10,6 +10,8 @@ set_target_properties(quorvel PROPERTIES
 target_link_options(quorvel PRIVATE
   # The exports, and nothing else.
   LINKER:--version-script=${PROJECT_SOURCE_DIR}/libquorvel.map.txt
+  # Its own calls go straight to its own functions: nobody is to stand before one of them.
+  LINKER:-Bsymbolic-functions
   # The platform may hold callbacks of the library after the last handle is gone: its code stays.
   LINKER:-z,nodelete)
 if(NOT QUORVEL_SANITIZE)
