@@ -1,0 +1,272 @@
+#!/usr/bin/env python3
+"""report.py RESULTS.json... [--plot FILE.svg]: what the library costs beside its yardsticks.
+
+Reads what the benchmark programs and library_figures.py have written, all of one run, and prints a
+table in Markdown. Ends with 1 if a figure is missing or a benchmark has found its own work wrong;
+a mark that is missed is told, and is no failure: machines differ.
+"""
+
+import argparse
+import json
+import subprocess
+import sys
+
+FAMILIES = ["battery", "sensor", "thermal"]
+LOOPS = {"sd-event": "sd-event", "glib": "GLib", "libuv": "libuv"}
+CLIENTS = [1, 10, 100, 1000]
+
+
+class Results:
+    """Medians, and how far the passes lie apart, by the benchmark's name."""
+
+    def __init__(self, files):
+        self.medians, self.deviations, self.errors, self.figures = {}, {}, [], {}
+        for file in files:
+            with open(file, encoding="utf-8") as text:
+                content = json.load(text)
+            for run in content.get("benchmarks", []):
+                self._add(run)
+            self.figures.update(content.get("library", {}))
+
+    def _add(self, run):
+        name = run["run_name"]
+        for suffix in ("/real_time", "/manual_time", "/repeats"):
+            name = name.split(suffix)[0]
+        name = name.split("/iterations:")[0]
+        if run.get("error_occurred"):
+            self.errors.append(f"{name}: {run['error_message']}")
+        elif run["run_type"] == "iteration" or run["aggregate_name"] == "median":
+            self.medians[name] = run
+        elif run["aggregate_name"] == "stddev":
+            self.deviations[name] = run
+
+    def of(self, name, metric="real_time"):
+        run = self.medians.get(name)
+        if run is None or metric not in run:
+            raise KeyError(f"no {metric} of {name}")
+        return in_ns(run, run[metric]) if metric == "real_time" else run[metric]
+
+    def spread(self, name, metric):
+        return self.deviations[name][metric]
+
+
+def in_ns(run, time):
+    return time * {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}[run["time_unit"]]
+
+
+def shown(ns):
+    for limit, factor, unit in ((1e3, 1, "ns"), (1e6, 1e3, "µs"), (1e9, 1e6, "ms")):
+        if abs(ns) < limit:
+            return f"{ns / factor:.3g} {unit}"
+    return f"{ns / 1e9:.3g} s"
+
+
+class Table:
+    def __init__(self):
+        self.rows, self.met, self.asked = [], 0, 0
+
+    def ratio(self, what, ours, beside, theirs, most):
+        ratio = ours / theirs
+        self._row(what, shown(ours), f"{beside}: {shown(theirs)}", f"{ratio:.2f}", most and
+                  f"at most {most:g}", most and ratio <= most)
+
+    def above(self, what, ours, beside, theirs, most):
+        more = ours - theirs
+        self._row(what, shown(ours), f"{beside}: {shown(theirs)}", f"{more:+.1f} ns",
+                  f"at most +{most:g} ns", more <= most)
+
+    def ahead(self, what, ours, beside, theirs, within):
+        mark = "level, within the spread" if within else "ahead"
+        self._row(what, shown(ours), f"{beside}: {shown(theirs)}", f"{ours / theirs:.2f}", mark,
+                  ours <= theirs + within)
+
+    def figure(self, what, ours, beside="", mark=None, met=None):
+        self._row(what, ours, beside, "", mark, met)
+
+    def _row(self, what, ours, beside, ratio, mark, met):
+        if mark:
+            self.asked += 1
+            self.met += bool(met)
+        verdict = {None: "", False: "**missed**", True: "met"}[bool(met) if mark else None]
+        self.rows.append([what, ours, beside, ratio, mark or "", verdict])
+
+    def markdown(self):
+        head = ["what", "library", "beside", "ratio", "to reach", ""]
+        lines = [head, ["---"] * len(head)] + self.rows
+        widths = [max(len(line[i]) for line in lines) for i in range(len(head))]
+        laid_out = []
+        for line in lines:
+            fill = "-" if line[0] == "---" else " "
+            cells = [cell.ljust(width, fill) for cell, width in zip(line, widths)]
+            laid_out.append("| " + " | ".join(cells) + " |")
+        return "\n".join(laid_out)
+
+
+def trigger(table, results):
+    ours = {metric: results.of("trigger/idle/library", metric) for metric in ("p50_ns", "p99_ns")}
+    for metric, share, most in (("p50_ns", "p50", 1.15), ("p99_ns", "p99", 2)):
+        table.ratio(f"trigger to action, asleep, {share}", ours[metric], "bare pair",
+                    results.of("trigger/idle/bare", metric), most)
+    for loop, name in LOOPS.items():
+        table.ahead("trigger to action, asleep, p50", ours["p50_ns"], name,
+                    results.of(f"trigger/idle/{loop}", "p50_ns"), within=0)
+    spread = (results.spread("trigger/idle/asio", "p50_ns")
+              + results.spread("trigger/idle/library", "p50_ns"))
+    table.ahead("trigger to action, asleep, p50", ours["p50_ns"], "Boost.Asio",
+                results.of("trigger/idle/asio", "p50_ns"), within=spread)
+    cost = results.of("trigger/burst/library", "request_ns")
+    table.ratio("a trigger in a burst of a million", cost, "bare pair",
+                results.of("trigger/burst/bare", "request_ns"), 1.2)
+    for loop, name in {**LOOPS, "asio": "Boost.Asio"}.items():
+        table.ratio("a trigger in a burst of a million", cost, name,
+                    results.of(f"trigger/burst/{loop}", "request_ns"), None)
+    for who in ("library", "bare"):
+        runs = results.of(f"trigger/burst/{who}", "runs")
+        table.figure(f"runs made for that burst ({who})", f"{runs:,.0f}")
+
+
+def events(table, results):
+    bare = results.of("event/bare", "p50_ns")
+    for name, what in (("battery", "battery report"), ("thermal-hidl", "throttling, HIDL"),
+                       ("thermal-aidl", "throttling, AIDL"), ("sensor", "sensor poll's return")):
+        table.ratio(f"{what} to client, p50", results.of(f"event/{name}/library", "p50_ns"),
+                    "bare pair", bare, 1.3)
+    table.ratio("sensor event from its push to client, p50",
+                results.of("event/sensor-push/library", "p50_ns"), "two bare pairs",
+                results.of("event/two-bare", "p50_ns"), 1.3)
+
+
+def getter(table, results):
+    table.above("cached getter", results.of("getter/cached/library"), "empty function",
+                results.of("getter/cached/empty"), 2)
+
+
+def queries(table, results):
+    def names(kind):
+        yield "uncached getter", f"query/{kind}/getter/{{}}", 1
+        for transport in ("aidl", "hidl"):
+            for sensors in (8, 100):
+                yield (f"charge limits, {transport.upper()}, {sensors} sensors",
+                       f"query/{kind}/bcl/{transport}/{{}}/sensors:{sensors}", sensors)
+            for sensors in (8, 100):
+                for count in (1, 8, 32):
+                    yield (f"{count} of {sensors} temperatures, {transport.upper()}",
+                           f"query/{kind}/bulk/{transport}/{{}}/sensors:{sensors}/names:{count}",
+                           sensors)
+
+    for what, name, sensors in names("charged"):
+        table.ratio(what, results.of(name.format("library")), "direct calls",
+                    results.of(name.format("direct")), 1.05 if sensors <= 8 else None)
+    for what, name, sensors in names("free"):
+        ours, theirs = (results.of(name.format(who)) for who in ("library", "direct"))
+        more = (results.of(name.format("library"), "allocations")
+                - results.of(name.format("direct"), "allocations"))
+        table.figure(f"{what}: the library's own part, a record",
+                     f"{(ours - theirs) / sensors:.0f} ns, {more / sensors:.1f} allocations",
+                     "calls that cost nothing")
+
+
+def dispatch(table, results):
+    for family in FAMILIES:
+        for clients in CLIENTS:
+            name = f"dispatch/{family}/{{}}/clients:{clients}"
+            ours = results.of(name.format("library"), "per_client_ns")
+            theirs = results.of(name.format("loop"), "per_client_ns")
+            what = f"{family} dispatch, {clients} clients, a client"
+            # What a dispatch costs in any case is not a client's.
+            table.above(what, ours, "loop", theirs, 10) if clients >= 100 else table.ratio(
+                what, ours, "loop", theirs, None)
+        table.figure(f"{family} dispatch, allocations", "{:g}".format(
+            results.of(f"dispatch/{family}/library/clients:1000", "allocations")))
+
+
+def handles(table, results):
+    for family in FAMILIES:
+        table.ratio(f"create and destroy a {family} handle",
+                    results.of(f"handle/{family}/library"), "as many named threads",
+                    results.of(f"handle/{family}/threads"), 1.2)
+
+
+def idle(table, results):
+    switches = results.of("idle/all-families", "context_switches")
+    threads = results.of("idle/all-families", "threads")
+    table.figure("context switches, idle for 60 s", f"{switches:g}", f"{threads:g} threads", "0",
+                 switches == 0)
+
+
+def sizes(table, results):
+    for family in FAMILIES:
+        heap, resident = (results.of(f"memory/{family}", metric) / 1024
+                          for metric in ("heap_bytes", "resident_bytes"))
+        threads = results.of(f"memory/{family}", "threads")
+        table.figure(f"memory of a {family} handle",
+                     f"{heap:.1f} KiB heap, {resident:.0f} KiB resident", f"{threads:g} threads")
+    figures = results.figures
+    table.figure("the library, stripped", f"{figures['stripped_bytes'] / 1024:.0f} KiB")
+    table.figure("its relocations", f"{figures['relocations']}",
+                 f"{figures['symbolic_relocations']} by name")
+    table.ratio("loading it", figures["load_ns"], "an empty one with the same platform",
+                figures["empty_load_ns"], None)
+
+
+GROUPS = [trigger, events, getter, queries, dispatch, handles, idle, sizes]
+
+
+def plot(results, path):
+    workers = {"library": "library", "bare": "bare pair", **LOOPS, "asio": "Asio"}
+    lines = ["$workers << END"]
+    for key, label in workers.items():
+        p50, p99 = (results.of(f"trigger/idle/{key}", metric) / 1e3 for metric in
+                    ("p50_ns", "p99_ns"))
+        burst = results.of(f"trigger/burst/{key}", "request_ns")
+        lines.append(f'"{label}" {p50} {p99} {burst}')
+    lines += ["END", "$dispatch << END"]
+    columns = [f"dispatch/{family}/{who}/clients:{{}}" for family in FAMILIES
+               for who in ("library", "loop")]
+    for clients in CLIENTS:
+        cells = [results.of(column.format(clients), "per_client_ns") for column in columns]
+        lines.append(" ".join(map(str, [clients, *cells])))
+    lines += [
+        "END",
+        f"set terminal svg size 1100,380 background rgb 'white' font 'sans,12'",
+        f"set output '{path}'",
+        "set multiplot layout 1,3",
+        "set style fill solid 0.8", "set boxwidth 0.8", "set grid ytics", "set yrange [0:*]",
+        "set xtics rotate by -35", "set key top left",
+        "set title 'trigger to action, asleep (µs)'",
+        "set style data histograms",
+        "plot $workers using 2:xtic(1) title 'p50', '' using 3 title 'p99'",
+        "set title 'a trigger in a burst of a million (ns)'", "set key off",
+        "plot $workers using 4:xtic(1) title ''",
+        "set title 'dispatch, a client (ns)'", "set key top right", "set logscale xy",
+        "set yrange [*:*]", "set xtics norotate", "set xlabel 'clients'",
+        "plot " + ", ".join(
+            f"$dispatch using 1:{2 * i + 2} with linespoints linecolor {i + 1} title '{family}', "
+            f"'' using 1:{2 * i + 3} with lines linecolor {i + 1} dashtype 2 "
+            f"title '{family}: a loop'" for i, family in enumerate(FAMILIES)),
+    ]
+    subprocess.run(["gnuplot"], input="\n".join(lines), text=True, check=True)
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.split("\n")[0])
+    parser.add_argument("results", nargs="+", metavar="RESULTS.json")
+    parser.add_argument("--plot", metavar="FILE.svg")
+    arguments = parser.parse_args()
+    results = Results(arguments.results)
+    if results.errors:
+        sys.exit("\n".join(results.errors))
+    table = Table()
+    try:
+        for group in GROUPS:
+            group(table, results)
+        if arguments.plot:
+            plot(results, arguments.plot)
+    except KeyError as error:
+        sys.exit(f"report.py: {error.args[0]}")
+    print(table.markdown())
+    print(f"\n{table.met} of {table.asked} marks met.")
+
+
+if __name__ == "__main__":
+    main()
