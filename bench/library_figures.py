@@ -1,0 +1,99 @@
+#!/usr/bin/env python3
+"""How big the library is, what the loader has to do for it, and how long loading it takes.
+
+What its dependencies take is loaded with it; the yardstick is an empty library that has the same.
+The library itself takes what is left when that is taken away.
+"""
+
+import argparse
+import json
+import os
+import pathlib
+import re
+import shutil
+import statistics
+import subprocess
+import sys
+import tempfile
+
+RUNS = 31
+
+
+def run(*command):
+    try:
+        return subprocess.run(command, check=True, capture_output=True, text=True,
+                              env={**os.environ, "LC_ALL": "C"}).stdout
+    except FileNotFoundError:
+        sys.exit(f"{command[0]} is needed and was not found")
+    except OSError as error:
+        sys.exit(f"{command[0]}: {error.strerror}")
+    except subprocess.CalledProcessError as error:
+        sys.exit(f"{' '.join(command)} failed: {error.stderr.strip()}")
+
+
+def stripped_bytes(library):
+    with tempfile.TemporaryDirectory() as folder:
+        copy = pathlib.Path(folder, "stripped.so")
+        shutil.copyfile(library, copy)
+        run("strip", str(copy))
+        return copy.stat().st_size
+
+
+def segments(library):
+    values = run("size", "--format=berkeley", "--radix=10", library).splitlines()[1].split()
+    return dict(zip(("text", "data", "bss"), map(int, values)))
+
+
+def relocations(library):
+    """Those that look a symbol up cost a search through the libraries; the others an addition."""
+    text = run("readelf", "-rW", library)
+    promised = sum(int(count) for count in re.findall(r" contains (\d+) entr", text))
+    # Offset, info, type, and for a symbol its value and name; without one the addend alone.
+    rows = re.findall(r"^[0-9a-f]{8,}\s+[0-9a-f]{8,}\s+(R_\w+)(.*)$", text, re.MULTILINE)
+    if len(rows) != promised:
+        sys.exit(f"readelf tells of {promised} relocations in {library} and shows {len(rows)}")
+    return {
+        "total": len(rows),
+        "symbolic": sum(bool(re.match(r"\s+[0-9a-f]{8,}\s+\S", rest)) for _, rest in rows),
+        "relative": sum(kind.endswith("_RELATIVE") for kind, _ in rows),
+    }
+
+
+def load_times(load, libraries):
+    """The median for each, in a process of its own every time, in turns."""
+    times = [[] for _ in libraries]
+    for _ in range(RUNS):
+        for library, taken in zip(libraries, times):
+            taken.append(int(run(load, library)))
+    return [statistics.median(taken) for taken in times]
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.split("\n")[0])
+    parser.add_argument("library", help="libquorvel.so")
+    parser.add_argument("empty", help="an empty library with the same dependencies")
+    parser.add_argument("load", help="the program that loads a library once")
+    parser.add_argument("--output", required=True, help="where the JSON goes")
+    args = parser.parse_args()
+    paths = []
+    for path in (args.library, args.empty, args.load):
+        if not os.path.isfile(path):
+            sys.exit(f"there is no file {path}")
+        # The loader takes a name without a slash for something to be searched for.
+        paths.append(os.path.realpath(path))
+    library, empty, load = paths
+    library_ns, empty_ns = load_times(load, [library, empty])
+    figures = {
+        "stripped_bytes": stripped_bytes(library),
+        **segments(library),
+        "relocations": relocations(library),
+        "load_ns": {"library": library_ns, "empty": empty_ns,
+                    "difference": library_ns - empty_ns},
+    }
+    with open(args.output, "w", encoding="utf-8") as output:
+        json.dump(figures, output, indent=2)
+        output.write("\n")
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,21 @@
+// The library's threads, as the kernel tells of them.
+#pragma once
+
+#include <cstdint>
+#include <map>
+
+namespace norvik::qel::bench {
+
+// How many the process has, of whatever handles.
+int LibraryThreadCount();
+
+// By thread id: how often each has begun to run so far, and has been taken off its processor again.
+using ContextSwitches = std::map<int, int64_t>;
+ContextSwitches LibraryContextSwitches();
+
+// Looks until there are `count` and none of them has run between two looks, some milliseconds
+// apart: all have got going and gone to sleep. Nothing tells that but the kernel, and only to those
+// who ask. False when it has not come to that after ten seconds.
+bool LibraryThreadsSettle(int count);
+
+}  // namespace norvik::qel::bench

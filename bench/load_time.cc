@@ -1,0 +1,21 @@
+// How many nanoseconds it takes to load a library into a process that has not had it yet.
+#include <dlfcn.h>
+#include <stdio.h>
+
+#include <chrono>
+
+int main(int argc, char** argv) {
+  if (argc != 2) {
+    fprintf(stderr, "usage: %s LIBRARY\n", argv[0]);
+    return 1;
+  }
+  const auto began = std::chrono::steady_clock::now();
+  const void* const library = dlopen(argv[1], RTLD_NOW | RTLD_LOCAL);
+  const auto took = std::chrono::steady_clock::now() - began;
+  if (library == nullptr) {
+    fprintf(stderr, "%s: %s\n", argv[0], dlerror());
+    return 1;
+  }
+  printf("%lld\n", static_cast<long long>(took / std::chrono::nanoseconds(1)));
+  return 0;
+}
