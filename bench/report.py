@@ -26,7 +26,8 @@ class Results:
                 content = json.load(text)
             for run in content.get("benchmarks", []):
                 self._add(run)
-            self.figures.update(content.get("library", {}))
+            if "stripped_bytes" in content:
+                self.figures = content
 
     def _add(self, run):
         name = run["run_name"]
@@ -183,8 +184,8 @@ def dispatch(table, results):
 def handles(table, results):
     for family in FAMILIES:
         table.ratio(f"create and destroy a {family} handle",
-                    results.of(f"handle/{family}/library"), "as many named threads",
-                    results.of(f"handle/{family}/threads"), 1.2)
+                    results.of(f"handle/{family}/library", "p50_ns"), "as many named threads",
+                    results.of(f"handle/{family}/threads", "p50_ns"), 1.2)
 
 
 def idle(table, results):
@@ -202,11 +203,13 @@ def sizes(table, results):
         table.figure(f"memory of a {family} handle",
                      f"{heap:.1f} KiB heap, {resident:.0f} KiB resident", f"{threads:g} threads")
     figures = results.figures
+    if not figures:
+        raise KeyError("no figures of the library's file")
     table.figure("the library, stripped", f"{figures['stripped_bytes'] / 1024:.0f} KiB")
-    table.figure("its relocations", f"{figures['relocations']}",
-                 f"{figures['symbolic_relocations']} by name")
-    table.ratio("loading it", figures["load_ns"], "an empty one with the same platform",
-                figures["empty_load_ns"], None)
+    table.figure("its relocations", f"{figures['relocations']['total']}",
+                 f"{figures['relocations']['symbolic']} by name")
+    table.ratio("loading it", figures["load_ns"]["library"],
+                "an empty one, with the platform", figures["load_ns"]["empty"], None)
 
 
 GROUPS = [trigger, events, getter, queries, dispatch, handles, idle, sizes]
