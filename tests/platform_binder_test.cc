@@ -3,11 +3,13 @@
 #include <aidl/android/hardware/health/BnHealth.h>
 #include <aidl/android/hardware/health/BnHealthInfoCallback.h>
 #include <android/binder_manager.h>
+#include <android/hardware/thermal/2.0/IThermal.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <memory>
 #include <string>
 #include <thread>
@@ -16,6 +18,8 @@
 
 #include "devices/common/health_service.h"
 #include "devices/simulated/health.h"
+#include "devices/simulated/thermal.h"
+#include "standin/call_charge.h"
 #include "standin/deliveries.h"
 #include "standin/log_capture.h"
 #include "standin/service_manager.h"
@@ -163,6 +167,28 @@ TEST_F(BinderTest, ACallRunsInTheServiceAndCarriesItsResultBack) {
   EXPECT_GT(read(pipe_ends[0], text, 12), 0);
   EXPECT_STREQ(text, "callbacks: 0");
   close(pipe_ends[0]);
+}
+
+TEST_F(BinderTest, AChargedCallOfEitherKindTakesAtLeastItsCharge) {
+  using HidlThermal = android::hardware::thermal::V2_0::IThermal;
+  using simulated::ThermalPath;
+  constexpr std::chrono::milliseconds kCharge(20);
+  simulated::Thermal thermal;
+  thermal.Declare(ThermalPath::kHidl);
+  thermal.Start(ThermalPath::kHidl);
+  const std::shared_ptr<IHealth> aidl = Proxy();
+  const android::sp<HidlThermal> hidl = HidlThermal::tryGetService();
+  ASSERT_NE(hidl, nullptr);
+  const auto duration_of = [](const auto& call) {
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_TRUE(call().isOk());
+    return std::chrono::steady_clock::now() - begin;
+  };
+  int32_t capacity = 0;
+  const standin::CallCharge charge(kCharge);
+  EXPECT_GE(duration_of([&] { return aidl->getCapacity(&capacity); }), kCharge);
+  EXPECT_EQ(capacity, 50) << "and is made";
+  EXPECT_GE(duration_of([&] { return hidl->ping(); }), kCharge);
 }
 
 TEST_F(BinderTest, ADeathAnswersCallsUnderWayAndLaterOnes) {

@@ -3,6 +3,7 @@
 #include <android/log.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "thermal/records.h"
 #include "thermal/thermal_info.h"
@@ -41,6 +42,7 @@ std::vector<int> ThermalInfo::GetBatteryChargeLimitVoltage(bool use_cached) {
 std::vector<int> ThermalInfo::FilterBCLData(const TemperatureType& type) {
   std::vector<int> severities;
   std::lock_guard<std::mutex> lock(lock_);
+  severities.reserve(bcl_temperatures_.size());
   for (const Temperature& temperature : bcl_temperatures_) {
     if (temperature.type == type) {
       severities.push_back(static_cast<int>(temperature.throttlingStatus));
@@ -72,7 +74,7 @@ void ThermalInfo::GetCurrentBCLFromThermalService() {
           .isOk() &&
       thermal_->getCurrentTemperatures(/*filterType=*/true, TemperatureType::BCL_CURRENT, keep)
           .isOk()) {
-    bcl_temperatures_ = limits;
+    bcl_temperatures_ = std::move(limits);
   } else {
     __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: Transaction failed.", __func__);
   }

@@ -51,12 +51,12 @@ V1_0::ThermalStatus ToThermalStatus(const ndk::ScopedAStatus& status) {
 template <typename Hidl, typename Aidl, typename Callback>
 Return<void> Answer(const ndk::ScopedAStatus& status, const std::vector<Aidl>& records,
                     const Callback& callback) {
-  std::vector<Hidl> converted;
+  hidl_vec<Hidl> converted;
   if (IsOk(status)) {
-    converted.reserve(records.size());
-    for (const Aidl& record : records) converted.push_back(ToHidl(record));
+    converted.resize(records.size());
+    for (size_t i = 0; i < records.size(); ++i) converted[i] = ToHidl(records[i]);
   }
-  callback(ToThermalStatus(status), hidl_vec<Hidl>(converted));
+  callback(ToThermalStatus(status), converted);
   return Void();
 }
 

@@ -1,16 +1,19 @@
 #include "binder.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <utility>
 
 #include "deliveries.h"
+#include "standin/call_charge.h"
 
 namespace norvik::qel::standin {
 
 namespace {
 
 std::atomic<uint64_t> g_next_id{1};
+std::atomic<std::chrono::nanoseconds> g_call_charge{std::chrono::nanoseconds(0)};
 
 bool IsHost(const std::shared_ptr<Process>& process) {
   return process == Process::Host();
@@ -20,7 +23,20 @@ void CallUnlinked(const Link& link) {
   if (link.unlinked != nullptr) link.unlinked();
 }
 
+// Spins: a sleep would take what its timer takes on top, which is more than most charges.
+void PayForCall() {
+  const std::chrono::nanoseconds charge = g_call_charge.load(std::memory_order_relaxed);
+  if (charge <= charge.zero()) return;
+  const auto paid = std::chrono::steady_clock::now() + charge;
+  while (std::chrono::steady_clock::now() < paid) {
+  }
+}
+
 }  // namespace
+
+void SetCallCharge(std::chrono::nanoseconds charge) {
+  g_call_charge.store(charge, std::memory_order_relaxed);
+}
 
 ndk::SpAIBinder Anchor::Promote() {
   std::lock_guard<std::mutex> lock(lock_);
@@ -143,6 +159,7 @@ ndk::SpAIBinder RemoteBinder::Target() {
 bool RemoteBinder::CallAndWait(std::function<void(LocalBinder&)> call) {
   ndk::SpAIBinder target = Target();
   if (target.get() == nullptr) return false;
+  PayForCall();
   auto task = [target = std::move(target), call = std::move(call)]() mutable {
     call(*target.get()->AsLocal());
     call = nullptr;  // what it holds goes before its object

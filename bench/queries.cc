@@ -1,0 +1,299 @@
+// What asking a service costs through the library, beside the same calls to the service made
+// directly: as if calls were free, which shows what is the library's own, and at a phone's price.
+#include <aidl/android/hardware/health/IHealth.h>
+#include <aidl/android/hardware/thermal/IThermal.h>
+#include <android/binder_manager.h>
+#include <android/hardware/thermal/2.0/IThermal.h>
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "bench/allocations.h"
+#include "bench/cpus.h"
+#include "bench/latencies.h"
+#include "bench/quick.h"
+#include "bench/registration.h"
+#include "devices/common/health_service.h"
+#include "devices/common/hidl_thermal_service.h"
+#include "devices/common/thermal_service.h"
+#include "devices/simulated/health.h"
+#include "devices/simulated/thermal.h"
+#include "quorvel.h"
+#include "standin/call_charge.h"
+#include "standin/gate.h"
+#include "standin/script.h"
+
+namespace norvik::qel::bench {
+
+namespace {
+
+namespace V1_0 = ::android::hardware::thermal::V1_0;
+namespace V2_0 = ::android::hardware::thermal::V2_0;
+using ::aidl::android::hardware::health::HealthInfo;
+using ::aidl::android::hardware::health::IHealth;
+using ::android::hardware::hidl_vec;
+using simulated::ThermalPath;
+using AidlThermal = ::aidl::android::hardware::thermal::IThermal;
+using AidlTemperature = ::aidl::android::hardware::thermal::Temperature;
+using AidlType = ::aidl::android::hardware::thermal::TemperatureType;
+
+// There and back between two processes of a phone takes some tens of microseconds.
+constexpr std::chrono::microseconds kPhoneCall(30);
+
+constexpr int kLevel = 73;
+constexpr char kWrongAnswer[] = "an answer was not what the service knows";
+constexpr char kWrongCalls[] = "the service was not called as often as it should be";
+constexpr char kNoService[] = "the service could not be used";
+
+enum class Price { kFree, kPhone };
+enum class Caller { kLibrary, kDirect };
+
+// Has the service make as many threads as it may have, on the worker's processor. Left to itself it
+// makes one when a call finds none idle, as one that has just answered is not for a moment, and
+// where the caller runs.
+bool MakeServiceThreads(standin::Script& script, const auto& call) {
+  constexpr int kThreads = 16;
+  const WorkersAreMadeHere here;
+  const auto gate = std::make_shared<standin::Gate>();
+  script.Then(standin::Outcome::After(gate), kThreads);
+  std::vector<std::thread> callers;
+  for (int i = 0; i < kThreads; ++i) callers.emplace_back(call);
+  const bool all_came = gate->WaitForArrivals(kThreads);
+  gate->Open();
+  for (std::thread& caller : callers) caller.join();
+  return all_came;
+}
+
+// The timed part: `query` again and again, which says whether its answer was right and makes
+// `calls` calls of the operation that `script` counts. They return `records` records in all.
+void Measure(benchmark::State& state, Price price, standin::Script& script, int calls, int records,
+             const auto& query) {
+  const standin::CallCharge charge(price == Price::kPhone ? kPhoneCall : kPhoneCall.zero());
+  bool right = query();
+  const int calls_before = script.calls();
+  const int64_t allocations_before = AllocationCount();
+  const int64_t began_ns = NowNs();
+  for ([[maybe_unused]] auto round : state) right &= query();
+  const int64_t took_ns = NowNs() - began_ns;
+  const int64_t allocations = AllocationCount() - allocations_before;
+  if (!right) return state.SkipWithError(kWrongAnswer);
+  if (script.calls() - calls_before != calls * state.iterations()) {
+    return state.SkipWithError(kWrongCalls);
+  }
+  if (price != Price::kFree) return;
+  const auto queries = static_cast<double>(state.iterations());
+  state.counters["allocations"] = static_cast<double>(allocations) / queries;
+  state.counters["per_record_ns"] = static_cast<double>(took_ns) / queries / records;
+}
+
+void Getter(benchmark::State& state, Price price, Caller caller) {
+  simulated::Health health;
+  health.SetLevel(kLevel);
+  health.Start();
+  const ndk::SpAIBinder binder(AServiceManager_checkService(devices::kHealthInstance));
+  const std::shared_ptr<IHealth> service = IHealth::fromBinder(binder);
+  standin::Script& script = health.on(devices::HealthOperation::kGetHealthInfo);
+  const auto direct = [&] {
+    HealthInfo info;
+    return service->getHealthInfo(&info).isOk() && info.batteryLevel == kLevel;
+  };
+  if (service == nullptr || !MakeServiceThreads(script, direct)) {
+    return state.SkipWithError(kNoService);
+  }
+  void* handle = nullptr;
+  {
+    const WorkersAreMadeHere here;
+    InitBatteryInfo(&handle);
+  }
+  const auto library = [&] { return GetBatteryLevel(handle, /*use_cached=*/false) == kLevel; };
+  if (caller == Caller::kLibrary) {
+    Measure(state, price, script, /*calls=*/1, /*records=*/1, library);
+  } else {
+    Measure(state, price, script, /*calls=*/1, /*records=*/1, direct);
+  }
+  DeinitBatteryInfo(&handle);
+}
+
+// A phone with one thermal service and `sensors` sensors, the battery's voltage and current limits
+// in turn. Every other pair concerns audio.
+class ThermalPhone {
+ public:
+  ThermalPhone(ThermalPath path, int sensors) : path_(path), sensors_(sensors) {
+    thermal_.Change([&](devices::ThermalData& data) {
+      data = {};
+      for (int i = 0; i < sensors; ++i) {
+        data.temperatures.push_back(
+            {.type = i % 2 == 0 ? AidlType::BCL_VOLTAGE : AidlType::BCL_CURRENT,
+             .name = SensorName(i),
+             .value = static_cast<float>(i)});
+      }
+    });
+    thermal_.Undeclare(ThermalPath::kAidl);
+    thermal_.Declare(path);
+    thermal_.Start(path);
+    if (path == ThermalPath::kAidl) {
+      aidl_ = AidlThermal::fromBinder(
+          ndk::SpAIBinder(AServiceManager_checkService(devices::kThermalInstance)));
+    } else {
+      hidl_ = V2_0::IThermal::tryGetService();
+    }
+  }
+  ~ThermalPhone() { DeinitThermalInfo(&handle_); }
+  ThermalPhone(const ThermalPhone&) = delete;
+  ThermalPhone& operator=(const ThermalPhone&) = delete;
+
+  // Makes all threads; false when the service cannot be used.
+  bool Initialize() {
+    if (aidl_ == nullptr && hidl_ == nullptr) return false;
+    if (!MakeServiceThreads(all_script(), [this] { return CountAll(); })) return false;
+    const WorkersAreMadeHere here;
+    InitThermalInfo(&handle_);
+    int size = -1;
+    std::vector<int> limits(static_cast<size_t>(sensors_));
+    // Makes the link.
+    return GetBatteryChargeLimitCurrent(handle_, limits.data(), &size, /*use_cached=*/false) == 0;
+  }
+
+  static std::string SensorName(int index) {
+    return (index / 2 % 2 == 0 ? "AUDIO_limit_" : "limit_") + std::to_string(index);
+  }
+
+  // Of the operations that ask for the sensors of one type, and for all of them.
+  standin::Script& type_script() {
+    return path_ == ThermalPath::kAidl
+               ? thermal_.on(devices::ThermalOperation::kGetTemperaturesWithType)
+               : thermal_.on(devices::HidlThermalOperation::kGetCurrentTemperatures);
+  }
+  standin::Script& all_script() {
+    return path_ == ThermalPath::kAidl
+               ? thermal_.on(devices::ThermalOperation::kGetTemperatures)
+               : thermal_.on(devices::HidlThermalOperation::kGetCurrentTemperatures);
+  }
+
+  // How many records the service returns, asked directly; -1 when it fails.
+  int CountOfType(AidlType type) {
+    if (hidl_ != nullptr) {
+      return CountHidl(/*filter=*/true, static_cast<V2_0::TemperatureType>(type));
+    }
+    std::vector<AidlTemperature> temperatures;
+    return aidl_->getTemperaturesWithType(type, &temperatures).isOk()
+               ? static_cast<int>(temperatures.size())
+               : -1;
+  }
+  int CountAll() {
+    if (hidl_ != nullptr) return CountHidl(/*filter=*/false, V2_0::TemperatureType::UNKNOWN);
+    std::vector<AidlTemperature> temperatures;
+    return aidl_->getTemperatures(&temperatures).isOk() ? static_cast<int>(temperatures.size())
+                                                        : -1;
+  }
+
+  void* handle() const { return handle_; }
+
+ private:
+  int CountHidl(bool filter, V2_0::TemperatureType type) {
+    int count = -1;
+    const auto answered = hidl_->getCurrentTemperatures(
+        filter, type,
+        [&count](const V1_0::ThermalStatus& status, const hidl_vec<V2_0::Temperature>& records) {
+          if (status.code == V1_0::ThermalStatusCode::SUCCESS) {
+            count = static_cast<int>(records.size());
+          }
+        });
+    return answered.isOk() ? count : -1;
+  }
+
+  const ThermalPath path_;
+  const int sensors_;
+  simulated::Thermal thermal_;
+  std::shared_ptr<AidlThermal> aidl_;  // of the two, the one that the phone has
+  ::android::sp<V2_0::IThermal> hidl_;
+  void* handle_ = nullptr;
+};
+
+// The battery's charge limits asked for anew. A refresh is two calls.
+void Limits(benchmark::State& state, Price price, ThermalPath path, Caller caller) {
+  const int sensors = static_cast<int>(state.range(0));
+  ThermalPhone phone(path, sensors);
+  if (!phone.Initialize()) return state.SkipWithError(kNoService);
+  if (caller == Caller::kLibrary) {
+    std::vector<int> limits(static_cast<size_t>(sensors));
+    const auto query = [&] {
+      int size = sensors;
+      return GetBatteryChargeLimitCurrent(phone.handle(), limits.data(), &size,
+                                          /*use_cached=*/false) == 0 &&
+             size == sensors / 4;
+    };
+    Measure(state, price, phone.type_script(), /*calls=*/2, sensors, query);
+  } else {
+    const auto query = [&] {
+      return phone.CountOfType(AidlType::BCL_VOLTAGE) == sensors / 2 &&
+             phone.CountOfType(AidlType::BCL_CURRENT) == sensors / 2;
+    };
+    Measure(state, price, phone.type_script(), /*calls=*/2, sensors, query);
+  }
+}
+
+// Temperatures by name; a phone with fewer sensors than names does not know the rest. The direct
+// call gets all temperatures, and looks for none.
+void Bulk(benchmark::State& state, Price price, ThermalPath path, Caller caller) {
+  const int sensors = static_cast<int>(state.range(0));
+  const int wanted = static_cast<int>(state.range(1));
+  ThermalPhone phone(path, sensors);
+  if (!phone.Initialize()) return state.SkipWithError(kNoService);
+  if (caller == Caller::kDirect) {
+    const auto query = [&] { return phone.CountAll() == sensors; };
+    return Measure(state, price, phone.all_script(), /*calls=*/1, sensors, query);
+  }
+  const int known = std::min(sensors, wanted);
+  std::vector<std::string> texts;
+  for (int i = 0; i < wanted; ++i) {
+    // Known ones from all over the service's list.
+    texts.push_back(i < known ? ThermalPhone::SensorName(i * sensors / known)
+                              : "unknown_" + std::to_string(i));
+  }
+  std::vector<const char*> names;
+  for (const std::string& text : texts) names.push_back(text.c_str());
+  std::vector<thermistor> readings(names.size());
+  const auto query = [&] {
+    int count = wanted;
+    return GetBulkTemperatureByNames(phone.handle(), names.data(), wanted, readings.data(),
+                                     &count) == 0 &&
+           count == known;
+  };
+  Measure(state, price, phone.all_script(), /*calls=*/1, sensors, query);
+}
+
+const Registration kRegistration([] {
+  const auto add = [](const std::string& name, auto function, auto... arguments) {
+    return benchmark::RegisterBenchmark(name.c_str(), function, arguments...)
+        ->UseRealTime()
+        ->Iterations(Rounds(1'000));
+  };
+  for (const Price price : {Price::kFree, Price::kPhone}) {
+    const std::string query = price == Price::kFree ? "query/free/" : "query/charged/";
+    for (const Caller caller : {Caller::kLibrary, Caller::kDirect}) {
+      const std::string by = caller == Caller::kLibrary ? "/library" : "/direct";
+      add(query + "getter" + by, Getter, price, caller);
+      for (const ThermalPath path : {ThermalPath::kAidl, ThermalPath::kHidl}) {
+        const std::string over = path == ThermalPath::kAidl ? "/aidl" : "/hidl";
+        add(query + "bcl" + over + by, Limits, price, path, caller)
+            ->ArgName("sensors")
+            ->Arg(8)
+            ->Arg(100);
+        add(query + "bulk" + over + by, Bulk, price, path, caller)
+            ->ArgNames({"sensors", "names"})
+            ->ArgsProduct({{8, 100}, {1, 8, 32}});
+      }
+    }
+  }
+});
+
+}  // namespace
+
+}  // namespace norvik::qel::bench
