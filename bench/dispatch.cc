@@ -1,0 +1,279 @@
+// From a dispatch to the calls of all clients, beside a loop over the same callbacks. The thread
+// that measures calls the dispatch itself, with what it finds prepared before: the workers that do
+// so otherwise are out of the way.
+#include <android/sensor.h>
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <array>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "battery/battery_info.h"
+#include "bench/allocations.h"
+#include "bench/cpus.h"
+#include "bench/latencies.h"
+#include "bench/polls.h"
+#include "bench/quick.h"
+#include "bench/registration.h"
+#include "bench/thermal_service.h"
+#include "devices/simulated/health.h"
+#include "devices/simulated/sensor_hub.h"
+#include "devices/simulated/thermal.h"
+#include "sensor/sensor_info.h"
+#include "standin/gate.h"
+#include "thermal/audio_thermal_callback.h"
+
+namespace norvik::qel::bench {
+
+namespace {
+
+constexpr size_t kMostClients = 1000;
+
+using Callback = void (*)(int value, void* cookie);
+
+struct Client {
+  Callback callback;
+  int64_t* turn;  // the cookie
+};
+
+int64_t turns_taken = 0;
+
+// What every client does: it writes down as which one it was called.
+void TakeTurn(int /*value*/, void* cookie) {
+  *static_cast<int64_t*>(cookie) = ++turns_taken;
+}
+
+// A registration of a battery client is known by its function, so each needs its own.
+template <size_t kIndex>
+void BatteryClient(int value, void* cookie) {
+  TakeTurn(value, cookie);
+}
+
+template <size_t... kIndices>
+constexpr std::array<Callback, sizeof...(kIndices)> BatteryClients(
+    std::index_sequence<kIndices...> /*indices*/) {
+  return {BatteryClient<kIndices>...};
+}
+
+// Below, the clients of each family: registered by the constructor, which leaves no worker that
+// would call them. Owe() makes the family's Dispatch() call all of them.
+
+class BatteryDispatch {
+ public:
+  static constexpr bool kCalls = true;
+
+  explicit BatteryDispatch(const std::vector<int64_t*>& turns) {
+    static constexpr auto kCallbacks = BatteryClients(std::make_index_sequence<kMostClients>());
+    health_.Start();
+    battery_.Initialize();
+    for (size_t i = 0; i < turns.size(); ++i) {
+      clients_.push_back({.callback = kCallbacks[i], .turn = turns[i]});
+      battery_.RegisterInfoCallback(audio::BatteryInfo::kBatteryLevel, kCallbacks[i], turns[i]);
+    }
+    // Only the threads end and the reports: the clients stay.
+    battery_.Deinitialize();
+  }
+
+  const std::vector<Client>& clients() const { return clients_; }
+  // Without the lock: nobody else is left.
+  void Owe() { battery_.UpdateProperty(audio::BatteryInfo::kBatteryLevel, level_ ^= 1); }
+  void Dispatch() { battery_.CallbackToClients(); }
+
+ private:
+  std::vector<Client> clients_;
+  simulated::Health health_;
+  audio::BatteryInfo battery_;
+  int level_ = 50;
+};
+
+// The worker is held inside a client that has left meanwhile. Requests for another run only leave a
+// flag then.
+class SensorDispatch {
+ public:
+  static constexpr bool kCalls = true;
+
+  explicit SensorDispatch(const std::vector<int64_t*>& turns) {
+    constexpr auto kProximity = audio::SensorInfo::PROXIMITY;
+    DrainLooper();
+    hub_.Add(ASENSOR_TYPE_PROXIMITY, "proximity");
+    hub_.Start();
+    sensor_.Initialize();
+    const int64_t polls = PollsBegun();
+    sensor_.RegisterCallback(
+        kProximity, {.need_to_update = true, .id = -1, .callback = PassGate, .cookie = &gate_});
+    gate_.WaitForArrivals();
+    for (int id = 0; id < static_cast<int>(turns.size()); ++id) {
+      clients_.push_back({.callback = TakeTurn, .turn = turns[static_cast<size_t>(id)]});
+      sensor_.RegisterCallback(kProximity, {.need_to_update = false,
+                                            .id = id,
+                                            .callback = TakeTurn,
+                                            .cookie = clients_.back().turn});
+    }
+    sensor_.DeregisterCallback(kProximity, -1);
+    WaitForPollAfter(polls);
+    Owe();  // has the binder thread made that takes all later readings
+  }
+  ~SensorDispatch() {
+    gate_.Open();
+    sensor_.Deinitialize();
+  }
+
+  const std::vector<Client>& clients() const { return clients_; }
+  void Owe() {
+    const int64_t polls = PollsBegun();
+    hub_.Report(ASENSOR_TYPE_PROXIMITY, 5);
+    WaitForPollAfter(polls);
+  }
+  void Dispatch() { sensor_.DispatchToClient(); }
+
+ private:
+  static void PassGate(int /*value*/, void* cookie) { static_cast<standin::Gate*>(cookie)->Pass(); }
+
+  // Should there be none after ten seconds, the clients are not called either, which is noticed.
+  static void WaitForPollAfter(int64_t polls) {
+    const int64_t limit = NowNs() + 10'000'000'000;
+    while (PollsBegun() == polls && NowNs() < limit) std::this_thread::yield();
+  }
+
+  std::vector<Client> clients_;
+  simulated::SensorHub hub_;
+  standin::Gate gate_;
+  audio::SensorInfo sensor_;
+};
+
+// All clients listen to one temperature; the record is of that one or of one without a client.
+template <bool kMatches>
+class ThermalDispatch {
+ public:
+  static constexpr bool kCalls = kMatches;
+
+  explicit ThermalDispatch(const std::vector<int64_t*>& turns) {
+    phone_.Start(simulated::ThermalPath::kAidl);
+    service_ = LookUpThermal();
+    thermal_.Initialize(service_);
+    for (int id = 0; id < static_cast<int>(turns.size()); ++id) {
+      clients_.push_back({.callback = TakeTurn, .turn = turns[static_cast<size_t>(id)]});
+      thermal_.AddClientCallback(
+          id, {.callback = TakeTurn, .temperature_name = "skin", .cookie = clients_.back().turn},
+          service_);
+    }
+    thermal_.StopCallbackThread();  // and the clients stay
+  }
+  ~ThermalDispatch() { thermal_.Deinitialize(service_); }
+
+  const std::vector<Client>& clients() const { return clients_; }
+  void Owe() { thermal_.UpdateTemperature(record_); }
+  void Dispatch() { thermal_.DispatchToClient(); }
+
+ private:
+  using Hidl = audio::AudioThermalCallback::Temperature;
+
+  std::vector<Client> clients_;
+  simulated::Thermal phone_;
+  android::sp<aidl::android::hardware::thermal::ThermalHidlWrapper> service_;
+  audio::AudioThermalCallback thermal_{audio::AudioThermalCallback::TemperatureType::SKIN};
+  const Hidl record_ = {
+      .type = audio::AudioThermalCallback::TemperatureType::SKIN,
+      .name = kMatches ? "skin" : "chin",
+      .value = 45,
+      .throttlingStatus = android::hardware::thermal::V2_0::ThrottlingSeverity::SEVERE};
+};
+
+// Less what reading the clock takes, which for one client is half of it: each round reads it for
+// nothing as well, and once before that, so that all reads find it in the cache.
+template <typename Action>
+int64_t TimeOf(Action action) {
+  static_cast<void>(NowNs());
+  const int64_t empty_ns = NowNs();
+  const int64_t began_ns = NowNs();
+  action();
+  const int64_t ended_ns = NowNs();
+  return (ended_ns - began_ns) - (began_ns - empty_ns);
+}
+
+// Whether every client has been called once since `before`, or nobody if so expected.
+bool EachTookATurn(const std::vector<Client>& clients, int64_t before, bool expected) {
+  const auto took = [=](const Client& client) { return *client.turn > before; };
+  const auto calls = expected ? static_cast<int64_t>(clients.size()) : 0;
+  return turns_taken - before == calls &&
+         std::count_if(clients.begin(), clients.end(), took) == calls;
+}
+
+constexpr char kNotEachOnce[] = "a dispatch did not call each client once";
+
+// In both cases every round prepares and does the library's dispatch, so that both find the same in
+// the caches; only what the clock runs for differs.
+template <typename Family, bool kLoop>
+void ToClients(benchmark::State& state) {
+  const auto count = static_cast<size_t>(state.range(0));
+  std::vector<int64_t> turns(count);
+  std::vector<int64_t*> cookies;
+  for (int64_t& turn : turns) cookies.push_back(&turn);
+  // All on one processor: what another thread prepares need not come out of another one's cache.
+  const WorkersAreMadeHere here;
+  Family family(cookies);
+  family.Dispatch();  // whatever the registrations have left
+
+  int64_t before = turns_taken;
+  family.Owe();
+  family.Dispatch();
+  std::vector<Client> clients = family.clients();
+  if (!EachTookATurn(clients, before, Family::kCalls)) state.SkipWithError(kNotEachOnce);
+  std::sort(clients.begin(), clients.end(),
+            [](const Client& left, const Client& right) { return *left.turn < *right.turn; });
+
+  Latencies latencies(state.max_iterations);
+  int64_t allocations = 0;
+  for ([[maybe_unused]] auto round : state) {
+    family.Owe();
+    before = turns_taken;
+    const int64_t allocations_before = AllocationCount();
+    const int64_t took_ns = TimeOf([&] {
+      if (kLoop) {
+        for (const Client& client : clients) client.callback(1, client.turn);
+      } else {
+        family.Dispatch();
+      }
+    });
+    allocations += AllocationCount() - allocations_before;
+    if (!EachTookATurn(clients, before, Family::kCalls)) {
+      state.SkipWithError(kNotEachOnce);
+      return;
+    }
+    latencies.Add(took_ns, state);
+    if (kLoop) family.Dispatch();
+  }
+  latencies.Report(state);
+  state.counters["per_client_ns"] = state.counters["p50_ns"] / static_cast<double>(count);
+  state.counters["allocations"] =
+      static_cast<double>(allocations) / static_cast<double>(state.iterations());
+}
+
+const Registration kRegistration([] {
+  struct Row {
+    const char* name;
+    void (*run)(benchmark::State& state);
+  };
+  for (const Row& row : {
+           Row{"dispatch/battery/library", ToClients<BatteryDispatch, false>},
+           Row{"dispatch/battery/loop", ToClients<BatteryDispatch, true>},
+           Row{"dispatch/sensor/library", ToClients<SensorDispatch, false>},
+           Row{"dispatch/sensor/loop", ToClients<SensorDispatch, true>},
+           Row{"dispatch/thermal/library", ToClients<ThermalDispatch<true>, false>},
+           Row{"dispatch/thermal/loop", ToClients<ThermalDispatch<true>, true>},
+           Row{"dispatch/thermal-none/library", ToClients<ThermalDispatch<false>, false>},
+       }) {
+    benchmark::RegisterBenchmark(row.name, row.run)
+        ->UseManualTime()
+        ->ArgName("clients")
+        ->RangeMultiplier(10)
+        ->Range(1, kMostClients)
+        ->Iterations(Rounds(2'000));
+  }
+});
+
+}  // namespace
+
+}  // namespace norvik::qel::bench

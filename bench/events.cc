@@ -1,0 +1,218 @@
+// From what the platform tells to the client's call. The thread that plays the platform has a
+// processor of its own, as a service's process would; all other threads share the second one.
+#include <android/sensor.h>
+#include <benchmark/benchmark.h>
+
+#include "battery/audio_health_info_callback.h"
+#include "battery/battery_info.h"
+#include "bench/bare_relay.h"
+#include "bench/cpus.h"
+#include "bench/latencies.h"
+#include "bench/polls.h"
+#include "bench/probe.h"
+#include "bench/quick.h"
+#include "bench/registration.h"
+#include "bench/thermal_service.h"
+#include "bench/workers.h"
+#include "devices/simulated/health.h"
+#include "devices/simulated/sensor_hub.h"
+#include "devices/simulated/thermal.h"
+#include "quorvel.h"
+#include "thermal/audio_thermal_callback.h"
+#include "thermal/audio_thermal_changed_callback.h"
+
+namespace norvik::qel::bench {
+
+namespace {
+
+void ClientCallback(int /*value*/, void* cookie) {
+  static_cast<Probe*>(cookie)->Run();
+}
+
+// Does what calls the client and waits for the call, so that none is left to come.
+template <typename Action>
+void DoAndHear(Probe& probe, Action action) {
+  const int64_t number = probe.Announce();
+  action();
+  // A client that is not called here is not called later: the rounds will say so.
+  static_cast<void>(probe.WaitFor(number));
+}
+
+// The thread that asks plays the service's binder thread. The callback is another object than the
+// one that the service has, so that nobody else uses it.
+class BatteryEvent : public Worker {
+ public:
+  explicit BatteryEvent(Probe& probe) {
+    health_.Start();
+    report_ = health_.info();
+    battery_.Initialize();
+    DoAndHear(probe, [&] {
+      battery_.RegisterInfoCallback(audio::BatteryInfo::kBatteryLevel, ClientCallback, &probe);
+    });
+    callback_->SetBatteryInfo(&battery_);
+  }
+  ~BatteryEvent() override {
+    callback_->SetBatteryInfo(nullptr);
+    battery_.Deinitialize();
+  }
+
+  void Trigger() override {
+    report_.batteryLevel ^= 1;  // only a change calls the client
+    callback_->healthInfoChanged(report_);
+  }
+
+ private:
+  simulated::Health health_;
+  simulated::Health::HealthInfo report_;
+  audio::BatteryInfo battery_;
+  const std::shared_ptr<audio::AudioHealthInfoCallback> callback_ =
+      ndk::SharedRefBase::make<audio::AudioHealthInfoCallback>();
+};
+
+// As the battery's.
+class ThermalEvent : public Worker {
+ public:
+  explicit ThermalEvent(Probe& probe) {
+    phone_.Start(simulated::ThermalPath::kAidl);
+    service_ = LookUpThermal();
+    thermal_.Initialize(service_);
+    DoAndHear(probe, [&] {
+      thermal_.AddClientCallback(
+          /*id=*/1, {.callback = ClientCallback, .temperature_name = "skin", .cookie = &probe},
+          service_);
+    });
+    callback_->SetAudioThermalCallback(&thermal_);
+  }
+  ~ThermalEvent() override {
+    callback_->SetAudioThermalCallback(nullptr);
+    thermal_.Deinitialize(service_);
+    thermal_.StopCallbackThread();
+  }
+
+ protected:
+  const android::sp<audio::AudioThermalChangedCallback>& callback() const { return callback_; }
+
+ private:
+  simulated::Thermal phone_;
+  android::sp<aidl::android::hardware::thermal::ThermalHidlWrapper> service_;
+  audio::AudioThermalCallback thermal_{audio::AudioThermalCallback::TemperatureType::SKIN};
+  const android::sp<audio::AudioThermalChangedCallback> callback_ =
+      android::sp<audio::AudioThermalChangedCallback>::make();
+};
+
+class HidlThermalEvent : public ThermalEvent {
+ public:
+  using ThermalEvent::ThermalEvent;
+  void Trigger() override { static_cast<void>(callback()->notifyThrottling(record_).isOk()); }
+
+ private:
+  const android::hardware::thermal::V2_0::Temperature record_ = {
+      .type = android::hardware::thermal::V2_0::TemperatureType::SKIN,
+      .name = "skin",
+      .value = 45,
+      .throttlingStatus = android::hardware::thermal::V2_0::ThrottlingSeverity::SEVERE};
+};
+
+class AidlThermalEvent : public ThermalEvent {
+ public:
+  using ThermalEvent::ThermalEvent;
+  void Trigger() override { wrapper_->notifyThrottling(record_); }
+
+ private:
+  using Wrapper =
+      aidl::android::hardware::thermal::ThermalHidlWrapper::IThermalChangedCallbackWrapper;
+  const std::shared_ptr<Wrapper> wrapper_ = ndk::SharedRefBase::make<Wrapper>(callback());
+  const aidl::android::hardware::thermal::Temperature record_ = {
+      .type = aidl::android::hardware::thermal::TemperatureType::SKIN,
+      .name = "skin",
+      .value = 45,
+      .throttlingStatus = aidl::android::hardware::thermal::ThrottlingSeverity::SEVERE};
+};
+
+// The reading goes from the thread that asks to a binder thread of the stand-in's, which marks the
+// queue, from there to the poll thread, and from there to the callback thread.
+class SensorEvent : public Worker {
+ public:
+  explicit SensorEvent(Probe& probe) {
+    DrainLooper();
+    hub_.Add(ASENSOR_TYPE_PROXIMITY, "proximity");
+    hub_.Start();
+    InitSensorInfo(&handle_);
+    DoAndHear(probe,
+              [&] { RegisterProximitySensorCallback(handle_, /*id=*/1, ClientCallback, &probe); });
+    // Has the binder thread made that takes all later readings.
+    DoAndHear(probe, [&] { SensorEvent::Trigger(); });
+  }
+  ~SensorEvent() override { DeinitSensorInfo(&handle_); }
+
+  void Trigger() override { hub_.Report(ASENSOR_TYPE_PROXIMITY, 5); }
+
+ private:
+  simulated::SensorHub hub_;
+  void* handle_ = nullptr;
+};
+
+template <typename Event>
+std::unique_ptr<Worker> Make(Probe& probe) {
+  return std::make_unique<Event>(probe);
+}
+
+template <int kRelays>
+std::unique_ptr<Worker> MakeBarePairs(Probe& probe) {
+  std::unique_ptr<Worker> first = MakeBareWorker(probe);
+  for (int i = 0; i < kRelays; ++i) first = MakeBareRelay(std::move(first));
+  return first;
+}
+
+struct Row {
+  const char* name;
+  MakeWorker make;
+  // When what counts as the event has happened, if that is later than the request.
+  int64_t (*event_ns)() = nullptr;
+};
+
+void FromEventToClient(benchmark::State& state, const Row& row) {
+  Probe probe;
+  std::unique_ptr<Worker> worker;
+  {
+    const WorkersAreMadeHere here;
+    worker = row.make(probe);
+  }
+  Latencies latencies(state.max_iterations);
+  for ([[maybe_unused]] auto round : state) {
+    LetItFallAsleep();
+    const int64_t number = probe.Announce();
+    const int64_t asked_ns = NowNs();
+    worker->Trigger();
+    const auto called_ns = probe.WaitFor(number);
+    if (!called_ns) {
+      state.SkipWithError(kNothingRan);
+      return;
+    }
+    latencies.Add(*called_ns - (row.event_ns != nullptr ? row.event_ns() : asked_ns), state);
+  }
+  latencies.Report(state);
+}
+
+const Registration kRegistration([] {
+  for (const Row& row : {
+           Row{"event/battery/library", Make<BatteryEvent>},
+           Row{"event/thermal-aidl/library", Make<AidlThermalEvent>},
+           Row{"event/thermal-hidl/library", Make<HidlThermalEvent>},
+           Row{"event/sensor/library", Make<SensorEvent>, LastPollReturnNs},
+           Row{"event/sensor-push/library", Make<SensorEvent>},
+           Row{"event/bare", MakeBarePairs<0>},
+           // Both threads on one processor, as the sensor's poll and callback threads.
+           Row{"event/bare-beside", MakeBarePairs<1>, LastRelayNs},
+           Row{"event/two-bare", MakeBarePairs<1>},
+           Row{"event/three-bare", MakeBarePairs<2>},
+       }) {
+    benchmark::RegisterBenchmark(row.name, FromEventToClient, row)
+        ->UseManualTime()
+        ->Iterations(Rounds(5'000));
+  }
+});
+
+}  // namespace
+
+}  // namespace norvik::qel::bench

@@ -1,0 +1,43 @@
+// Stands before the platform's function for the library's object files of this program.
+#include "bench/polls.h"
+
+#include <android/looper.h>
+#include <dlfcn.h>
+
+#include <atomic>
+
+#include "bench/latencies.h"
+
+namespace norvik::qel::bench {
+
+namespace {
+
+constinit std::atomic<int64_t> begun = 0;
+constinit std::atomic<int64_t> returned_ns = 0;
+
+}  // namespace
+
+int64_t LastPollReturnNs() {
+  return returned_ns.load(std::memory_order_relaxed);
+}
+
+int64_t PollsBegun() {
+  return begun.load(std::memory_order_acquire);
+}
+
+void DrainLooper() {
+  while (ALooper_pollOnce(0, nullptr, nullptr, nullptr) != ALOOPER_POLL_TIMEOUT) continue;
+}
+
+}  // namespace norvik::qel::bench
+
+extern "C" int ALooper_pollOnce(int timeoutMillis, int* outFd, int* outEvents, void** outData) {
+  using norvik::qel::bench::begun;
+  using norvik::qel::bench::returned_ns;
+  static const auto platforms =
+      reinterpret_cast<decltype(&ALooper_pollOnce)>(dlsym(RTLD_NEXT, "ALooper_pollOnce"));
+  begun.fetch_add(1, std::memory_order_release);
+  const int result = platforms(timeoutMillis, outFd, outEvents, outData);
+  returned_ns.store(norvik::qel::bench::NowNs(), std::memory_order_relaxed);
+  return result;
+}

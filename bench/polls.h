@@ -1,0 +1,18 @@
+// The library's waits at the platform's looper, seen from outside.
+#pragma once
+
+#include <cstdint>
+
+namespace norvik::qel::bench {
+
+// When a poll of the process has returned last.
+int64_t LastPollReturnNs();
+
+// How many polls have begun so far. A thread that begins its next one is done with what the last
+// one has brought.
+int64_t PollsBegun();
+
+// Takes the wake that an earlier user may have left.
+void DrainLooper();
+
+}  // namespace norvik::qel::bench

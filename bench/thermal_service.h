@@ -1,0 +1,20 @@
+#pragma once
+
+#include <aidl/android/hardware/thermal/IThermal.h>
+#include <android/binder_manager.h>
+#include <utils/StrongPointer.h>
+
+#include "devices/common/thermal_service.h"
+#include "thermal_hidl_wrapper/thermal_hidl_wrapper.h"
+
+namespace norvik::qel::bench {
+
+// The simulated phone's thermal service, which runs, as the library's classes take it.
+inline android::sp<aidl::android::hardware::thermal::ThermalHidlWrapper> LookUpThermal() {
+  using aidl::android::hardware::thermal::IThermal;
+  using aidl::android::hardware::thermal::ThermalHidlWrapper;
+  return android::sp<ThermalHidlWrapper>::make(IThermal::fromBinder(
+      ndk::SpAIBinder(AServiceManager_checkService(devices::kThermalInstance))));
+}
+
+}  // namespace norvik::qel::bench
