@@ -1,6 +1,7 @@
 #include <condition_variable>
 #include <mutex>
 #include <thread>
+#include <utility>
 
 #include "bench/workers.h"
 
@@ -8,9 +9,10 @@ namespace norvik::qel::bench {
 
 namespace {
 
+template <typename Action>
 class BareWorker : public Worker {
  public:
-  explicit BareWorker(Probe& probe) : probe_(probe), thread_([this] { Loop(); }) {}
+  explicit BareWorker(Action action) : action_(std::move(action)), thread_([this] { Loop(); }) {}
   ~BareWorker() override {
     {
       std::lock_guard<std::mutex> lock(lock_);
@@ -34,12 +36,12 @@ class BareWorker : public Worker {
       if (ends_) return;
       triggered_ = false;
       lock.unlock();
-      probe_.Run();
+      action_();
       lock.lock();
     }
   }
 
-  Probe& probe_;
+  const Action action_;
   std::mutex lock_;
   std::condition_variable cv_;
   bool triggered_ = false;
@@ -47,10 +49,19 @@ class BareWorker : public Worker {
   std::thread thread_;  // last: it uses all the others
 };
 
+template <typename Action>
+std::unique_ptr<Worker> Make(Action action) {
+  return std::make_unique<BareWorker<Action>>(std::move(action));
+}
+
 }  // namespace
 
 std::unique_ptr<Worker> MakeBareWorker(Probe& probe) {
-  return std::make_unique<BareWorker>(probe);
+  return Make([&probe] { probe.Run(); });
+}
+
+std::unique_ptr<Worker> MakeBareRelay(std::unique_ptr<Worker> next) {
+  return Make([next = std::move(next)] { next->Trigger(); });
 }
 
 }  // namespace norvik::qel::bench

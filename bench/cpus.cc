@@ -3,6 +3,9 @@
 #include <errno.h>
 #include <sched.h>
 
+#include <filesystem>
+#include <fstream>
+#include <string>
 #include <system_error>
 #include <vector>
 
@@ -23,16 +26,31 @@ std::vector<int> AllowedCpus() {
   return cpus;
 }
 
-}  // namespace
-
-void PinThisThread(Cpu cpu) {
+void Pin(pid_t thread, Cpu cpu) {
   static const std::vector<int> cpus = AllowedCpus();  // before anything is pinned
   cpu_set_t one;
   CPU_ZERO(&one);
   CPU_SET(cpus[static_cast<size_t>(cpu) % cpus.size()], &one);
-  if (sched_setaffinity(0, sizeof one, &one) != 0) {
+  if (sched_setaffinity(thread, sizeof one, &one) != 0) {
     throw std::system_error(errno, std::system_category(), "sched_setaffinity");
   }
+}
+
+}  // namespace
+
+void PinThisThread(Cpu cpu) {
+  Pin(/*thread=*/0, cpu);
+}
+
+bool PinThread(std::string_view name, Cpu cpu) {
+  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+    std::ifstream file(task.path() / "comm");
+    std::string comm;
+    if (!std::getline(file, comm) || comm != name) continue;
+    Pin(std::stoi(task.path().filename()), cpu);
+    return true;
+  }
+  return false;
 }
 
 }  // namespace norvik::qel::bench

@@ -1,11 +1,15 @@
-// From what the platform tells to the client's call. The thread that plays the platform has a
-// processor of its own, as a service's process would; all other threads share the second one.
+// From what the platform tells to the client's call. The thread that asks plays the binder thread
+// that brings it. Each thread that is woken has another processor than the one that wakes it.
 #include <android/sensor.h>
 #include <benchmark/benchmark.h>
 
+#include <chrono>
+#include <thread>
+#include <utility>
+#include <vector>
+
 #include "battery/audio_health_info_callback.h"
 #include "battery/battery_info.h"
-#include "bench/bare_relay.h"
 #include "bench/cpus.h"
 #include "bench/latencies.h"
 #include "bench/polls.h"
@@ -18,6 +22,7 @@
 #include "devices/simulated/sensor_hub.h"
 #include "devices/simulated/thermal.h"
 #include "quorvel.h"
+#include "standin/sensor_functions.h"
 #include "thermal/audio_thermal_callback.h"
 #include "thermal/audio_thermal_changed_callback.h"
 
@@ -38,8 +43,7 @@ void DoAndHear(Probe& probe, Action action) {
   static_cast<void>(probe.WaitFor(number));
 }
 
-// The thread that asks plays the service's binder thread. The callback is another object than the
-// one that the service has, so that nobody else uses it.
+// The callback is another object than the one that the service has, so that nobody else uses it.
 class BatteryEvent : public Worker {
  public:
   explicit BatteryEvent(Probe& probe) {
@@ -129,8 +133,8 @@ class AidlThermalEvent : public ThermalEvent {
       .throttlingStatus = aidl::android::hardware::thermal::ThrottlingSeverity::SEVERE};
 };
 
-// The reading goes from the thread that asks to a binder thread of the stand-in's, which marks the
-// queue, from there to the poll thread, and from there to the callback thread.
+// The reading goes from the thread that asks to the poll thread, and from there to the callback
+// thread.
 class SensorEvent : public Worker {
  public:
   explicit SensorEvent(Probe& probe) {
@@ -140,14 +144,21 @@ class SensorEvent : public Worker {
     InitSensorInfo(&handle_);
     DoAndHear(probe,
               [&] { RegisterProximitySensorCallback(handle_, /*id=*/1, ClientCallback, &probe); });
-    // Has the binder thread made that takes all later readings.
-    DoAndHear(probe, [&] { SensorEvent::Trigger(); });
+    PinThread("sensor_callback", Cpu::kCaller);
   }
   ~SensorEvent() override { DeinitSensorInfo(&handle_); }
 
-  void Trigger() override { hub_.Report(ASENSOR_TYPE_PROXIMITY, 5); }
+  void Trigger() override { standin::BringSensorEvents(reading_); }
 
  private:
+  static std::vector<ASensorEvent> Reading() {
+    ASensorEvent event = {};
+    event.type = ASENSOR_TYPE_PROXIMITY;
+    event.data[0] = 5;
+    return {event};
+  }
+
+  const std::vector<ASensorEvent> reading_ = Reading();
   simulated::SensorHub hub_;
   void* handle_ = nullptr;
 };
@@ -157,11 +168,11 @@ std::unique_ptr<Worker> Make(Probe& probe) {
   return std::make_unique<Event>(probe);
 }
 
-template <int kRelays>
-std::unique_ptr<Worker> MakeBarePairs(Probe& probe) {
-  std::unique_ptr<Worker> first = MakeBareWorker(probe);
-  for (int i = 0; i < kRelays; ++i) first = MakeBareRelay(std::move(first));
-  return first;
+std::unique_ptr<Worker> MakeTwoBarePairs(Probe& probe) {
+  PinThisThread(Cpu::kCaller);
+  std::unique_ptr<Worker> second = MakeBareWorker(probe);
+  PinThisThread(Cpu::kWorker);
+  return MakeBareRelay(std::move(second));
 }
 
 struct Row {
@@ -172,7 +183,7 @@ struct Row {
 };
 
 void FromEventToClient(benchmark::State& state, const Row& row) {
-  Probe probe;
+  Probe probe(Probe::Asker::kSleeps);
   std::unique_ptr<Worker> worker;
   {
     const WorkersAreMadeHere here;
@@ -180,7 +191,7 @@ void FromEventToClient(benchmark::State& state, const Row& row) {
   }
   Latencies latencies(state.max_iterations);
   for ([[maybe_unused]] auto round : state) {
-    LetItFallAsleep();
+    std::this_thread::sleep_for(std::chrono::microseconds(100));  // so that all threads sleep
     const int64_t number = probe.Announce();
     const int64_t asked_ns = NowNs();
     worker->Trigger();
@@ -201,11 +212,8 @@ const Registration kRegistration([] {
            Row{"event/thermal-hidl/library", Make<HidlThermalEvent>},
            Row{"event/sensor/library", Make<SensorEvent>, LastPollReturnNs},
            Row{"event/sensor-push/library", Make<SensorEvent>},
-           Row{"event/bare", MakeBarePairs<0>},
-           // Both threads on one processor, as the sensor's poll and callback threads.
-           Row{"event/bare-beside", MakeBarePairs<1>, LastRelayNs},
-           Row{"event/two-bare", MakeBarePairs<1>},
-           Row{"event/three-bare", MakeBarePairs<2>},
+           Row{"event/bare", MakeBareWorker},
+           Row{"event/two-bare", MakeTwoBarePairs},
        }) {
     benchmark::RegisterBenchmark(row.name, FromEventToClient, row)
         ->UseManualTime()

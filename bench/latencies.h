@@ -24,6 +24,13 @@ class Latencies {
     state.SetIterationTime(static_cast<double>(ns) * 1e-9);
   }
 
+  // What that share of the rounds has not exceeded. There has been one.
+  double Quantile(double share) {
+    const auto at = all_.begin() + static_cast<ptrdiff_t>(share * static_cast<double>(all_.size()));
+    std::nth_element(all_.begin(), at, all_.end());
+    return static_cast<double>(*at);
+  }
+
   // The counters p50_ns and p99_ns of this pass.
   void Report(benchmark::State& state) {
     if (all_.empty()) return;
@@ -32,12 +39,6 @@ class Latencies {
   }
 
  private:
-  double Quantile(double share) {
-    const auto at = all_.begin() + static_cast<ptrdiff_t>(share * static_cast<double>(all_.size()));
-    std::nth_element(all_.begin(), at, all_.end());
-    return static_cast<double>(*at);
-  }
-
   std::vector<int64_t> all_;
 };
 

@@ -2,7 +2,9 @@
 
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <cstdint>
+#include <mutex>
 #include <optional>
 
 #include "bench/latencies.h"
@@ -13,6 +15,12 @@ namespace norvik::qel::bench {
 // One thread asks and waits, another runs.
 class Probe {
  public:
+  enum class Asker {
+    kSpins,   // so that its processor does not go to sleep
+    kSleeps,  // so that others can have its processor
+  };
+  explicit Probe(Asker asker = Asker::kSpins) : asker_(asker) {}
+
   // For the thread that asks: the number of a new request, before it is made.
   int64_t Announce() {
     const int64_t number = ++asked_;
@@ -27,21 +35,38 @@ class Probe {
     ran_at_ns_.store(now, std::memory_order_relaxed);
     runs_.fetch_add(1, std::memory_order_relaxed);
     seen_.store(number, std::memory_order_release);
+    if (asker_ == Asker::kSpins) return;
+    std::lock_guard<std::mutex> lock(lock_);
+    cv_.notify_one();
   }
 
-  // When an action ran that began after the request `number`. Spins: a thread that sleeps would
-  // have to be woken, and its processor would go to sleep meanwhile. Nothing after ten seconds.
-  std::optional<int64_t> WaitFor(int64_t number) const {
-    const int64_t limit = NowNs() + 10'000'000'000;
-    while (seen_.load(std::memory_order_acquire) < number) {
-      if (NowNs() > limit) return std::nullopt;
-    }
+  // When an action ran that began after the request `number`. Nothing after ten seconds.
+  std::optional<int64_t> WaitFor(int64_t number) {
+    if (!(asker_ == Asker::kSpins ? Spin(number) : Sleep(number))) return std::nullopt;
     return ran_at_ns_.load(std::memory_order_relaxed);
   }
 
   int64_t runs() const { return runs_.load(std::memory_order_relaxed); }
 
  private:
+  static constexpr std::chrono::seconds kLimit{10};
+
+  bool HasSeen(int64_t number) const { return seen_.load(std::memory_order_acquire) >= number; }
+  bool Spin(int64_t number) const {
+    const auto limit = std::chrono::steady_clock::now() + kLimit;
+    while (!HasSeen(number)) {
+      if (std::chrono::steady_clock::now() > limit) return false;
+    }
+    return true;
+  }
+  bool Sleep(int64_t number) {
+    std::unique_lock<std::mutex> lock(lock_);
+    return cv_.wait_for(lock, kLimit, [&] { return HasSeen(number); });
+  }
+
+  const Asker asker_;
+  std::mutex lock_;
+  std::condition_variable cv_;
   int64_t asked_ = 0;
   alignas(64) std::atomic<int64_t> announced_ = 0;
   alignas(64) std::atomic<int64_t> seen_ = 0;

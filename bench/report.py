@@ -72,10 +72,9 @@ class Table:
         self._row(what, shown(ours), f"{beside}: {shown(theirs)}", f"{ratio:.2f}", most and
                   f"at most {most:g}", most and ratio <= most)
 
-    def above(self, what, ours, beside, theirs, most):
-        more = ours - theirs
+    def above(self, what, ours, beside, theirs, more, most):
         self._row(what, shown(ours), f"{beside}: {shown(theirs)}", f"{more:+.1f} ns",
-                  f"at most +{most:g} ns", more <= most)
+                  most and f"at most +{most:g} ns", most and more <= most)
 
     def ahead(self, what, ours, beside, theirs, within):
         mark = "level, within the spread" if within else "ahead"
@@ -130,7 +129,7 @@ def trigger(table, results):
 def events(table, results):
     bare = results.of("event/bare", "p50_ns")
     for name, what in (("battery", "battery report"), ("thermal-hidl", "throttling, HIDL"),
-                       ("thermal-aidl", "throttling, AIDL"), ("sensor", "sensor poll's return")):
+                       ("thermal-aidl", "throttling, AIDL"), ("sensor", "a sensor poll's return")):
         table.ratio(f"{what} to client, p50", results.of(f"event/{name}/library", "p50_ns"),
                     "bare pair", bare, 1.3)
     table.ratio("sensor event from its push to client, p50",
@@ -139,8 +138,8 @@ def events(table, results):
 
 
 def getter(table, results):
-    table.above("cached getter", results.of("getter/cached/library"), "empty function",
-                results.of("getter/cached/empty"), 2)
+    ours, theirs = (results.of(f"getter/cached/{who}") for who in ("library", "empty"))
+    table.above("cached getter", ours, "empty function", theirs, ours - theirs, 2)
 
 
 def queries(table, results):
@@ -172,15 +171,15 @@ def queries(table, results):
 def dispatch(table, results):
     for family in FAMILIES:
         for clients in CLIENTS:
-            name = f"dispatch/{family}/{{}}/clients:{clients}"
-            ours = results.of(name.format("library"), "per_client_ns")
-            theirs = results.of(name.format("loop"), "per_client_ns")
-            what = f"{family} dispatch, {clients} clients, a client"
+            name = f"dispatch/{family}/clients:{clients}"
+            ours = results.of(name, "per_client_ns")
+            theirs = results.of(name, "loop_per_client_ns")
             # What a dispatch costs in any case is not a client's.
-            table.above(what, ours, "loop", theirs, 10) if clients >= 100 else table.ratio(
-                what, ours, "loop", theirs, None)
+            most = 10 if clients >= 100 else None
+            table.above(f"{family} dispatch, a client of {clients}", ours, "loop", theirs,
+                        results.of(name, "above_ns"), most)
         table.figure(f"{family} dispatch, allocations", "{:g}".format(
-            results.of(f"dispatch/{family}/library/clients:1000", "allocations")))
+            results.of(f"dispatch/{family}/clients:1000", "allocations")))
 
 
 def handles(table, results):
@@ -226,10 +225,11 @@ def plot(results, path):
         burst = results.of(f"trigger/burst/{key}", "request_ns")
         lines.append(f'"{label}" {p50} {p99} {burst}')
     lines += ["END", "$dispatch << END"]
-    columns = [f"dispatch/{family}/{who}/clients:{{}}" for family in FAMILIES
-               for who in ("library", "loop")]
+    columns = [(family, metric) for family in FAMILIES
+               for metric in ("per_client_ns", "loop_per_client_ns")]
     for clients in CLIENTS:
-        cells = [results.of(column.format(clients), "per_client_ns") for column in columns]
+        cells = [results.of(f"dispatch/{family}/clients:{clients}", metric)
+                 for family, metric in columns]
         lines.append(" ".join(map(str, [clients, *cells])))
     lines += [
         "END",

@@ -25,6 +25,8 @@ std::unique_ptr<Worker> MakeLibraryWorker(Probe& probe);
 // A flag under a mutex with a condition variable that is notified with the mutex held. Nothing that
 // can be asked for from any thread and sleeps meanwhile does with less.
 std::unique_ptr<Worker> MakeBareWorker(Probe& probe);
+// A bare pair whose action asks `next`: what two threads in a row cost at least.
+std::unique_ptr<Worker> MakeBareRelay(std::unique_ptr<Worker> next);
 // An eventfd that a sd-event loop watches.
 std::unique_ptr<Worker> MakeSdEventWorker(Probe& probe);
 // A source of a GLib main loop that is made ready.

@@ -5,13 +5,6 @@
 
 namespace norvik::qel::audio {
 
-SensorClient ClientList::Entry::Copy() const {
-  return {.need_to_update = need_to_update.load(std::memory_order_relaxed),
-          .id = id,
-          .callback = callback,
-          .cookie = cookie};
-}
-
 bool ClientList::Contains(int id) const {
   return !empty() && std::any_of(current_->begin(), current_->end(),
                                  [=](const Entry& entry) { return entry.id == id; });
@@ -39,15 +32,16 @@ bool ClientList::MarkAll() {
   return true;
 }
 
-std::vector<SensorClient> ClientList::CopyAndUnmark() {
-  std::vector<SensorClient> copies;
-  if (empty()) return copies;
-  copies.reserve(current_->size());
+std::vector<ClientList::Call> ClientList::TakeOwedCalls() {
+  std::vector<Call> calls;
+  if (empty()) return calls;
+  calls.reserve(current_->size());
   for (Entry& entry : *current_) {
-    copies.push_back(entry.Copy());
+    if (!entry.need_to_update.load(std::memory_order_relaxed)) continue;
     entry.need_to_update.store(false, std::memory_order_relaxed);
+    calls.push_back({.callback = entry.callback, .cookie = entry.cookie});
   }
-  return copies;
+  return calls;
 }
 
 std::unique_ptr<ClientList::Entries> ClientList::CopyEntries(const int* without_id) const {

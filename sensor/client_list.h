@@ -37,8 +37,12 @@ class ClientList {
 
   // Every client is owed a call. False when there is none.
   bool MarkAll();
-  // A copy of all clients; from now on none of the originals is owed a call.
-  std::vector<SensorClient> CopyAndUnmark();
+  struct Call {
+    SensorCallbackFunc callback;
+    void* cookie;
+  };
+  // The calls that are owed, in the clients' order; from now on none is.
+  std::vector<Call> TakeOwedCalls();
 
   struct State {
     int id;
@@ -54,8 +58,11 @@ class ClientList {
           id(client.id),
           callback(client.callback),
           cookie(client.cookie) {}
-    Entry(const Entry& other) : Entry(other.Copy()) {}
-    SensorClient Copy() const;
+    Entry(const Entry& other)
+        : need_to_update(other.need_to_update.load(std::memory_order_relaxed)),
+          id(other.id),
+          callback(other.callback),
+          cookie(other.cookie) {}
 
     std::atomic<bool> need_to_update;
     const int id;

@@ -189,7 +189,7 @@ void SensorInfo::DispatchToClient() {
   struct Dispatch {
     bool active;
     int data;
-    std::vector<ClientInfo> clients;
+    std::vector<ClientList::Call> calls;
   };
   std::array<Dispatch, kSensorCount> dispatches;
   {
@@ -197,14 +197,12 @@ void SensorInfo::DispatchToClient() {
     for (size_t i = 0; i < kSensorCount; ++i) {
       dispatches[i] = {.active = sensors_[i].active,
                        .data = sensors_[i].data,
-                       .clients = clients_[i].CopyAndUnmark()};
+                       .calls = clients_[i].TakeOwedCalls()};
     }
   }
   for (const Dispatch& dispatch : dispatches) {
     if (!dispatch.active) continue;  // what its clients were owed is dropped
-    for (const ClientInfo& client : dispatch.clients) {
-      if (client.need_to_update) client.callback(dispatch.data, client.cookie);
-    }
+    for (const ClientList::Call& call : dispatch.calls) call.callback(dispatch.data, call.cookie);
   }
 }
 

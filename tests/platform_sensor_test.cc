@@ -15,6 +15,7 @@
 #include "devices/simulated/sensor_hub.h"
 #include "standin/deliveries.h"
 #include "standin/log_capture.h"
+#include "standin/sensor_functions.h"
 #include "tests/support/waiting.h"
 
 namespace norvik::qel {
@@ -161,6 +162,13 @@ TEST_F(PlatformSensorTest, OnePollTakesTheNewsOfAllQueuesAndLeavesTheWake) {
   EXPECT_EQ(Poll(-1), ALOOPER_POLL_WAKE);
   EXPECT_EQ(Poll(0), ALOOPER_POLL_TIMEOUT);
   for (ASensorEventQueue* queue : queues) EXPECT_THAT(Read(queue), ElementsAre(1, 2));
+  // Brought at once, to all of them, whatever the service knows.
+  ASensorEvent brought = {};
+  brought.type = ASENSOR_TYPE_LIGHT;
+  brought.data[0] = 7;
+  standin::BringSensorEvents({brought});
+  EXPECT_EQ(Poll(0), ALOOPER_POLL_CALLBACK);
+  for (ASensorEventQueue* queue : queues) EXPECT_THAT(Read(queue), ElementsAre(7));
   // The news of a queue that is gone wake nobody.
   Report(3);
   for (ASensorEventQueue* queue : queues) ASensorManager_destroyEventQueue(manager_, queue);

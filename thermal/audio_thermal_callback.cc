@@ -193,7 +193,7 @@ bool AudioThermalCallback::DispatchToClient() {
     // The oldest on purpose, and one call at most: the later ones of a run are dropped.
     const auto found = std::find_if(temperatures.begin(), temperatures.end(),
                                     [&name = client.temperature_name](const Temperature& record) {
-                                      return NameOf(record) == name;
+                                      return AreSame(NameOf(record), name);
                                     });
     if (found == temperatures.end()) continue;
     client.callback(static_cast<int>(found->throttlingStatus), client.cookie);

@@ -9,6 +9,8 @@
 #include <thread>
 #include <utility>
 
+#include "standin/sensor_functions.h"
+
 using aidl::android::frameworks::sensorservice::ISensorManager;
 using norvik::qel::standin::BnSensorEvents;
 using norvik::qel::standin::ISensorService;
@@ -119,6 +121,16 @@ AIBinder_DeathRecipient* Recipient() {
 
 }  // namespace
 
+namespace norvik::qel::standin {
+
+void BringSensorEvents(const std::vector<ASensorEvent>& events) {
+  Singleton& singleton = Singleton::Get();
+  std::lock_guard<std::mutex> lock(singleton.lock);
+  if (singleton.manager != nullptr) singleton.manager->BringToAll(events);
+}
+
+}  // namespace norvik::qel::standin
+
 ASensorManager* ASensorManager::Get() {
   Singleton& singleton = Singleton::Get();
   std::lock_guard<std::mutex> one_at_a_time(singleton.making);
@@ -207,6 +219,11 @@ void ASensorManager::DestroyEventQueue(ASensorEventQueue* queue) {
   // A service that has died has dropped the queue already.
   static_cast<void>(service_->destroyEventQueue(gone->id));
   gone->events->Close();
+}
+
+void ASensorManager::BringToAll(const std::vector<ASensorEvent>& events) {
+  std::lock_guard<std::mutex> lock(lock_);
+  for (const auto& [address, queue] : queues_) queue->events->Append(events);
 }
 
 void ASensorManager::DropQueues() {

@@ -67,6 +67,7 @@ struct ASensorManager {
   const ASensor* GetDefaultSensor(int type);
   ASensorEventQueue* CreateEventQueue(ALooper_callbackFunc callback, void* data);
   void DestroyEventQueue(ASensorEventQueue* queue);
+  void BringToAll(const std::vector<ASensorEvent>& events);
   // Frees the queues as the service's death does.
   void DropQueues();
 

@@ -1,7 +1,10 @@
-// Control of the sensor and looper functions: how calls fare.
+// Control of the sensor and looper functions: how calls fare, what arrives.
 #pragma once
 
+#include <android/sensor.h>
+
 #include <cstddef>
+#include <vector>
 
 #include "standin/script.h"
 
@@ -29,6 +32,10 @@ enum class SensorFunction {
 Script& ScriptOf(SensorFunction function);
 // Forgets all outcomes and counts.
 void ResetSensorScripts();
+
+// Has the events arrive at every queue of the process, as if its sensors had been enabled; the
+// calling thread plays the binder thread that brings what the service sends.
+void BringSensorEvents(const std::vector<ASensorEvent>& events);
 
 // How many threads wait in ALooper_pollOnce() now.
 int LooperWaiters();
