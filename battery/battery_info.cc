@@ -166,8 +166,8 @@ int BatteryInfo::GetDockChargerIsOnline(bool use_cached) {
 }
 
 int BatteryInfo::GetProperty(PropertyType type, bool use_cached) {
-  if (!use_cached && !GetInfoFromHealthService()) return -EAGAIN;
-  return UnlockedValue(type);
+  if (use_cached) return UnlockedValue(type);
+  return GetInfoFromHealthService() ? UnlockedValue(type) : -EAGAIN;
 }
 
 void BatteryInfo::Dump(int fd) const {

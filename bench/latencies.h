@@ -16,11 +16,13 @@ inline int64_t NowNs() {
 // How long each round of a pass has taken, in nanoseconds.
 class Latencies {
  public:
+  Latencies() = default;
   explicit Latencies(size_t rounds) { all_.reserve(rounds); }
 
-  // One round; its time is the benchmark's as well.
+  void Add(int64_t ns) { all_.push_back(ns); }
+  // The time is the benchmark's as well.
   void Add(int64_t ns, benchmark::State& state) {
-    all_.push_back(ns);
+    Add(ns);
     state.SetIterationTime(static_cast<double>(ns) * 1e-9);
   }
 

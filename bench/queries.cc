@@ -5,6 +5,7 @@
 #include <android/binder_manager.h>
 #include <android/hardware/thermal/2.0/IThermal.h>
 #include <benchmark/benchmark.h>
+#include <time.h>
 
 #include <algorithm>
 #include <chrono>
@@ -52,7 +53,6 @@ constexpr char kWrongCalls[] = "the service was not called as often as it should
 constexpr char kNoService[] = "the service could not be used";
 
 enum class Price { kFree, kPhone };
-enum class Caller { kLibrary, kDirect };
 
 // Has the service make as many threads as it may have, on the worker's processor. Left to itself it
 // makes one when a call finds none idle, as one that has just answered is not for a moment, and
@@ -70,29 +70,74 @@ bool MakeServiceThreads(standin::Script& script, const auto& call) {
   return all_came;
 }
 
-// The timed part: `query` again and again, which says whether its answer was right and makes
-// `calls` calls of the operation that `script` counts. They return `records` records in all.
-void Measure(benchmark::State& state, Price price, standin::Script& script, int calls, int records,
-             const auto& query) {
+// One of the two ways to ask: how long each query has taken, and what else.
+template <typename Query>
+class Asked {
+ public:
+  Asked(const Query& query, standin::Script& script) : query_(query), script_(script) {}
+
+  // Asks once, and whether the answer was right.
+  bool Ask() {
+    const int calls_before = script_.calls();
+    const int64_t allocations_before = AllocationCount();
+    const int64_t cpu_before_ns = ThreadCpuNs();
+    const int64_t began_ns = NowNs();
+    const bool right = query_();
+    times_.Add(NowNs() - began_ns);
+    cpu_ns_.Add(ThreadCpuNs() - cpu_before_ns);
+    allocations_ += AllocationCount() - allocations_before;
+    calls_ += script_.calls() - calls_before;
+    return right;
+  }
+
+  double p50_ns() { return times_.Quantile(0.5); }
+  // Of the thread that asks: how long services take to wake up is not in it.
+  double cpu_p50_ns() { return cpu_ns_.Quantile(0.5); }
+  int64_t allocations() const { return allocations_; }
+  int calls() const { return calls_; }
+
+ private:
+  static int64_t ThreadCpuNs() {
+    timespec used = {};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &used);
+    return used.tv_sec * 1'000'000'000 + used.tv_nsec;
+  }
+
+  const Query& query_;
+  standin::Script& script_;
+  Latencies times_;
+  Latencies cpu_ns_;
+  int64_t allocations_ = 0;
+  int calls_ = 0;
+};
+
+// Both ways in turns. Each says whether its answer was right, and makes `calls` calls of the
+// operation that `script` counts.
+void Measure(benchmark::State& state, Price price, standin::Script& script, int calls,
+             const auto& library, const auto& direct) {
   const standin::CallCharge charge(price == Price::kPhone ? kPhoneCall : kPhoneCall.zero());
-  bool right = query();
-  const int calls_before = script.calls();
-  const int64_t allocations_before = AllocationCount();
-  const int64_t began_ns = NowNs();
-  for ([[maybe_unused]] auto round : state) right &= query();
-  const int64_t took_ns = NowNs() - began_ns;
-  const int64_t allocations = AllocationCount() - allocations_before;
+  bool right = library() && direct();
+  Asked by_library(library, script);
+  Asked by_hand(direct, script);
+  for ([[maybe_unused]] auto round : state) {
+    right &= by_library.Ask();
+    right &= by_hand.Ask();
+  }
   if (!right) return state.SkipWithError(kWrongAnswer);
-  if (script.calls() - calls_before != calls * state.iterations()) {
+  const auto expected = calls * state.iterations();
+  if (by_library.calls() != expected || by_hand.calls() != expected) {
     return state.SkipWithError(kWrongCalls);
   }
-  if (price != Price::kFree) return;
-  const auto queries = static_cast<double>(state.iterations());
-  state.counters["allocations"] = static_cast<double>(allocations) / queries;
-  state.counters["per_record_ns"] = static_cast<double>(took_ns) / queries / records;
+  const auto rounds = static_cast<double>(state.iterations());
+  state.counters["library_ns"] = by_library.p50_ns();
+  state.counters["direct_ns"] = by_hand.p50_ns();
+  state.counters["ratio"] = by_library.p50_ns() / by_hand.p50_ns();  // of this same pass
+  state.counters["own_cpu_ns"] = by_library.cpu_p50_ns() - by_hand.cpu_p50_ns();
+  state.counters["own_allocations"] =
+      static_cast<double>(by_library.allocations() - by_hand.allocations()) / rounds;
 }
 
-void Getter(benchmark::State& state, Price price, Caller caller) {
+void Getter(benchmark::State& state, Price price) {
   simulated::Health health;
   health.SetLevel(kLevel);
   health.Start();
@@ -112,11 +157,7 @@ void Getter(benchmark::State& state, Price price, Caller caller) {
     InitBatteryInfo(&handle);
   }
   const auto library = [&] { return GetBatteryLevel(handle, /*use_cached=*/false) == kLevel; };
-  if (caller == Caller::kLibrary) {
-    Measure(state, price, script, /*calls=*/1, /*records=*/1, library);
-  } else {
-    Measure(state, price, script, /*calls=*/1, /*records=*/1, direct);
-  }
+  Measure(state, price, script, /*calls=*/1, library, direct);
   DeinitBatteryInfo(&handle);
 }
 
@@ -217,39 +258,31 @@ class ThermalPhone {
 };
 
 // The battery's charge limits asked for anew. A refresh is two calls.
-void Limits(benchmark::State& state, Price price, ThermalPath path, Caller caller) {
+void Limits(benchmark::State& state, Price price, ThermalPath path) {
   const int sensors = static_cast<int>(state.range(0));
   ThermalPhone phone(path, sensors);
   if (!phone.Initialize()) return state.SkipWithError(kNoService);
-  if (caller == Caller::kLibrary) {
-    std::vector<int> limits(static_cast<size_t>(sensors));
-    const auto query = [&] {
-      int size = sensors;
-      return GetBatteryChargeLimitCurrent(phone.handle(), limits.data(), &size,
-                                          /*use_cached=*/false) == 0 &&
-             size == sensors / 4;
-    };
-    Measure(state, price, phone.type_script(), /*calls=*/2, sensors, query);
-  } else {
-    const auto query = [&] {
-      return phone.CountOfType(AidlType::BCL_VOLTAGE) == sensors / 2 &&
-             phone.CountOfType(AidlType::BCL_CURRENT) == sensors / 2;
-    };
-    Measure(state, price, phone.type_script(), /*calls=*/2, sensors, query);
-  }
+  std::vector<int> limits(static_cast<size_t>(sensors));
+  const auto library = [&] {
+    int size = sensors;
+    return GetBatteryChargeLimitCurrent(phone.handle(), limits.data(), &size,
+                                        /*use_cached=*/false) == 0 &&
+           size == sensors / 4;
+  };
+  const auto direct = [&] {
+    return phone.CountOfType(AidlType::BCL_VOLTAGE) == sensors / 2 &&
+           phone.CountOfType(AidlType::BCL_CURRENT) == sensors / 2;
+  };
+  Measure(state, price, phone.type_script(), /*calls=*/2, library, direct);
 }
 
 // Temperatures by name; a phone with fewer sensors than names does not know the rest. The direct
 // call gets all temperatures, and looks for none.
-void Bulk(benchmark::State& state, Price price, ThermalPath path, Caller caller) {
+void Bulk(benchmark::State& state, Price price, ThermalPath path) {
   const int sensors = static_cast<int>(state.range(0));
   const int wanted = static_cast<int>(state.range(1));
   ThermalPhone phone(path, sensors);
   if (!phone.Initialize()) return state.SkipWithError(kNoService);
-  if (caller == Caller::kDirect) {
-    const auto query = [&] { return phone.CountAll() == sensors; };
-    return Measure(state, price, phone.all_script(), /*calls=*/1, sensors, query);
-  }
   const int known = std::min(sensors, wanted);
   std::vector<std::string> texts;
   for (int i = 0; i < wanted; ++i) {
@@ -260,13 +293,14 @@ void Bulk(benchmark::State& state, Price price, ThermalPath path, Caller caller)
   std::vector<const char*> names;
   for (const std::string& text : texts) names.push_back(text.c_str());
   std::vector<thermistor> readings(names.size());
-  const auto query = [&] {
+  const auto library = [&] {
     int count = wanted;
     return GetBulkTemperatureByNames(phone.handle(), names.data(), wanted, readings.data(),
                                      &count) == 0 &&
            count == known;
   };
-  Measure(state, price, phone.all_script(), /*calls=*/1, sensors, query);
+  const auto direct = [&] { return phone.CountAll() == sensors; };
+  Measure(state, price, phone.all_script(), /*calls=*/1, library, direct);
 }
 
 const Registration kRegistration([] {
@@ -277,19 +311,13 @@ const Registration kRegistration([] {
   };
   for (const Price price : {Price::kFree, Price::kPhone}) {
     const std::string query = price == Price::kFree ? "query/free/" : "query/charged/";
-    for (const Caller caller : {Caller::kLibrary, Caller::kDirect}) {
-      const std::string by = caller == Caller::kLibrary ? "/library" : "/direct";
-      add(query + "getter" + by, Getter, price, caller);
-      for (const ThermalPath path : {ThermalPath::kAidl, ThermalPath::kHidl}) {
-        const std::string over = path == ThermalPath::kAidl ? "/aidl" : "/hidl";
-        add(query + "bcl" + over + by, Limits, price, path, caller)
-            ->ArgName("sensors")
-            ->Arg(8)
-            ->Arg(100);
-        add(query + "bulk" + over + by, Bulk, price, path, caller)
-            ->ArgNames({"sensors", "names"})
-            ->ArgsProduct({{8, 100}, {1, 8, 32}});
-      }
+    add(query + "getter", Getter, price);
+    for (const ThermalPath path : {ThermalPath::kAidl, ThermalPath::kHidl}) {
+      const std::string over = path == ThermalPath::kAidl ? "aidl" : "hidl";
+      add(query + "bcl/" + over, Limits, price, path)->ArgName("sensors")->Arg(8)->Arg(100);
+      add(query + "bulk/" + over, Bulk, price, path)
+          ->ArgNames({"sensors", "names"})
+          ->ArgsProduct({{8, 100}, {1, 8, 32}});
     }
   }
 });

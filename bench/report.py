@@ -45,8 +45,7 @@ class Results:
         run = self.medians.get(name)
         if run is None or metric not in run:
             raise KeyError(f"no {metric} of {name}")
-        is_time = metric in ("real_time", "cpu_time")
-        return in_ns(run, run[metric]) if is_time else run[metric]
+        return in_ns(run, run[metric]) if metric == "real_time" else run[metric]
 
     def spread(self, name, metric):
         return self.deviations[name][metric]
@@ -67,8 +66,8 @@ class Table:
     def __init__(self):
         self.rows, self.met, self.asked = [], 0, 0
 
-    def ratio(self, what, ours, beside, theirs, most):
-        ratio = ours / theirs
+    def ratio(self, what, ours, beside, theirs, most, ratio=None):
+        ratio = ratio or ours / theirs
         self._row(what, shown(ours), f"{beside}: {shown(theirs)}", f"{ratio:.2f}", most and
                   f"at most {most:g}", most and ratio <= most)
 
@@ -144,28 +143,27 @@ def getter(table, results):
 
 def queries(table, results):
     def names(kind):
-        yield "uncached getter", f"query/{kind}/getter/{{}}", 1
+        yield "uncached getter", f"query/{kind}/getter", 1
         for transport in ("aidl", "hidl"):
             for sensors in (8, 100):
                 yield (f"charge limits, {transport.upper()}, {sensors} sensors",
-                       f"query/{kind}/bcl/{transport}/{{}}/sensors:{sensors}", sensors)
+                       f"query/{kind}/bcl/{transport}/sensors:{sensors}", sensors)
             for sensors in (8, 100):
                 for count in (1, 8, 32):
                     yield (f"{count} of {sensors} temperatures, {transport.upper()}",
-                           f"query/{kind}/bulk/{transport}/{{}}/sensors:{sensors}/names:{count}",
+                           f"query/{kind}/bulk/{transport}/sensors:{sensors}/names:{count}",
                            sensors)
 
     for what, name, sensors in names("charged"):
-        table.ratio(what, results.of(name.format("library")), "direct calls",
-                    results.of(name.format("direct")), 1.05 if sensors <= 8 else None)
+        table.ratio(what, results.of(name, "library_ns"), "direct calls",
+                    results.of(name, "direct_ns"), 1.05 if sensors <= 8 else None,
+                    results.of(name, "ratio"))
     for what, name, sensors in names("free"):
-        # Of the caller's thread: how long the services take to wake up is not the library's.
-        ours, theirs = (results.of(name.format(who), "cpu_time") for who in ("library", "direct"))
-        more = (results.of(name.format("library"), "allocations")
-                - results.of(name.format("direct"), "allocations"))
+        nanoseconds, allocations = (results.of(name, metric) / sensors
+                                    for metric in ("own_cpu_ns", "own_allocations"))
         table.figure(f"{what}: the library's own part, a record",
-                     f"{(ours - theirs) / sensors:.0f} ns, {more / sensors:.1f} allocations",
-                     "calls that cost nothing")
+                     f"{nanoseconds:.0f} ns, {allocations:.1f} allocations",
+                     "free calls")
 
 
 def dispatch(table, results):

@@ -64,14 +64,12 @@ void RepeatedThread::Start() {
     return;
   }
   // Not notified: a thread in its pause finishes the pause first.
-  if (run_again_) {
-    __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s[%s]: run again is already ready.", "Start",
-                        name_.data());
-    return;
-  }
-  run_again_ = true;
-  __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s[%s]: trigger run again.", "Start",
-                      name_.data());
+  const bool was_ready = std::exchange(run_again_, true);
+  // In a burst of requests a message that goes nowhere would be most of what each of them costs.
+  if (!__android_log_is_loggable(ANDROID_LOG_DEBUG, kLogTag, ANDROID_LOG_VERBOSE)) return;
+  const char* const format =
+      was_ready ? "%s[%s]: run again is already ready." : "%s[%s]: trigger run again.";
+  __android_log_print(ANDROID_LOG_DEBUG, kLogTag, format, "Start", name_.data());
 }
 
 void RepeatedThread::ThreadLoop() {

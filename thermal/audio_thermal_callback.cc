@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <optional>
-#include <string_view>
 #include <utility>
 
 #include "thermal/records.h"
@@ -41,19 +40,10 @@ class ThermalClientCallbackThread : public RepeatedThread {
 
 AudioThermalCallback::AudioThermalCallback(TemperatureType type)
     : supported_temperature_type_(type) {
-  Clients none;
-  none.max_load_factor(1.0F);
-  clients_ = std::make_shared<const Clients>(std::move(none));
+  clients_.max_load_factor(1.0F);
 }
 
 AudioThermalCallback::~AudioThermalCallback() = default;
-
-template <typename Change>
-void AudioThermalCallback::ChangeClients(Change change) {
-  auto changed = std::make_shared<Clients>(*clients_);
-  change(*changed);
-  clients_ = std::move(changed);
-}
 
 bool AudioThermalCallback::Initialize(const sp<IThermal>& thermal) {
   {
@@ -73,7 +63,8 @@ void AudioThermalCallback::Deinitialize(const sp<IThermal>& thermal) {
   {
     std::lock_guard<std::mutex> lock(lock_);
     DeregisterCallbackToThermal(thermal);
-    ChangeClients([](Clients& clients) { clients.clear(); });
+    clients_.clear();
+    listeners_ = nullptr;
   }
   thermal_changed_callback_->SetAudioThermalCallback(nullptr);
 }
@@ -94,7 +85,7 @@ int AudioThermalCallback::AddClientCallback(int id, const ThermalClientInfo& inf
                                             const sp<IThermal>& thermal) {
   {
     std::lock_guard<std::mutex> lock(lock_);
-    if (clients_->contains(id)) return -EINVAL;
+    if (clients_.contains(id)) return -EINVAL;
     std::optional<Temperature> present;
     const Return<void> answered = thermal->getCurrentTemperatures(
         /*filterType=*/true, supported_temperature_type_,
@@ -115,7 +106,8 @@ int AudioThermalCallback::AddClientCallback(int id, const ThermalClientInfo& inf
                           info.temperature_name.c_str());
       return -EINVAL;
     }
-    ChangeClients([&](Clients& clients) { clients.emplace(id, info); });
+    clients_.emplace(id, info);
+    listeners_ = nullptr;
     temperatures_.push_back(*std::move(present));
   }
   callback_thread_->Start();
@@ -124,19 +116,19 @@ int AudioThermalCallback::AddClientCallback(int id, const ThermalClientInfo& inf
 
 int AudioThermalCallback::RemoveClientCallback(int id) {
   std::lock_guard<std::mutex> lock(lock_);
-  if (!clients_->contains(id)) return -EINVAL;
-  ChangeClients([id](Clients& clients) { clients.erase(id); });
+  if (clients_.erase(id) == 0) return -EINVAL;
+  listeners_ = nullptr;
   return 0;
 }
 
 bool AudioThermalCallback::HasClient(int id) {
   std::lock_guard<std::mutex> lock(lock_);
-  return clients_->contains(id);
+  return clients_.contains(id);
 }
 
 bool AudioThermalCallback::HasClients() {
   std::lock_guard<std::mutex> lock(lock_);
-  return !clients_->empty();
+  return !clients_.empty();
 }
 
 void AudioThermalCallback::RestoreCallback(const sp<IThermal>& thermal) {
@@ -183,21 +175,14 @@ void AudioThermalCallback::UpdateTemperature(const Temperature& temperature) {
 bool AudioThermalCallback::DispatchToClient() {
   std::vector<Temperature> temperatures;
   temperatures.reserve(kExpectedTemperatures);
-  std::shared_ptr<const Clients> clients;
+  std::shared_ptr<const ThermalListeners> listeners;
   {
     std::lock_guard<std::mutex> lock(lock_);
     temperatures.swap(temperatures_);
-    clients = clients_;
+    if (listeners_ == nullptr) listeners_ = std::make_shared<const ThermalListeners>(clients_);
+    listeners = listeners_;
   }
-  for (const auto& [id, client] : *clients) {
-    // The oldest on purpose, and one call at most: the later ones of a run are dropped.
-    const auto found = std::find_if(temperatures.begin(), temperatures.end(),
-                                    [&name = client.temperature_name](const Temperature& record) {
-                                      return AreSame(NameOf(record), name);
-                                    });
-    if (found == temperatures.end()) continue;
-    client.callback(static_cast<int>(found->throttlingStatus), client.cookie);
-  }
+  listeners->Call(temperatures);
   return true;
 }
 
@@ -207,7 +192,7 @@ void AudioThermalCallback::Dump(int fd) {
   dprintf(fd, "    supported_temperature_type_: %d\n",
           static_cast<int>(supported_temperature_type_));
   dprintf(fd, "    clients: \n");
-  for (const auto& [id, client] : *clients_) {
+  for (const auto& [id, client] : clients_) {
     dprintf(fd, "      id: %d, temperature_name:%s\n", id, client.temperature_name.c_str());
   }
 }

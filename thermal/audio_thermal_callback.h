@@ -6,23 +6,14 @@
 
 #include <memory>
 #include <mutex>
-#include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "common/repeated_thread.h"
 #include "common/thread_annotations.h"
-#include "quorvel.h"
 #include "thermal/audio_thermal_changed_callback.h"
+#include "thermal/thermal_listeners.h"
 
 namespace norvik::qel::audio {
-
-// One client of one temperature.
-struct ThermalClientInfo {
-  ThermalCallbackFunc callback;  // never null
-  std::string temperature_name;  // compared exactly
-  void* cookie;                  // handed back on every call; not owned
-};
 
 // All clients of one type of temperatures, with one registration at the thermal service.
 //
@@ -80,16 +71,11 @@ class AudioThermalCallback {
   TemperatureType supported_temperature_type() const { return supported_temperature_type_; }
 
  private:
-  using Clients = std::unordered_map<int, ThermalClientInfo>;  // by id
-
-  // Replaces the clients by a copy that `change` has changed.
-  template <typename Change>
-  void ChangeClients(Change change) QEL_REQUIRES(lock_);
-
   // Members are released in reverse order.
   std::mutex lock_;
-  // Never changed, only replaced: a dispatch goes through it with no lock held.
-  std::shared_ptr<const Clients> clients_ QEL_GUARDED_BY(lock_);
+  ThermalClients clients_ QEL_GUARDED_BY(lock_);
+  // Made of the clients by the first dispatch after a change of them; null until then.
+  std::shared_ptr<const ThermalListeners> listeners_ QEL_GUARDED_BY(lock_);
   std::vector<Temperature> temperatures_ QEL_GUARDED_BY(lock_);  // not dispatched yet
   // Set by Initialize() before any other thread knows this object, and then only read.
   ::android::sp<AudioThermalChangedCallback> thermal_changed_callback_;

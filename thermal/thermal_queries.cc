@@ -94,13 +94,16 @@ std::optional<std::vector<ThermalInfo::Temperature>> ThermalInfo::GetBulkTempera
       /*filterType=*/false, TemperatureType::UNKNOWN,
       [&](const ThermalStatus& status, const hidl_vec<Temperature>& temperatures) {
         if (status.code != ThermalStatusCode::SUCCESS) return;
+        // As C strings: up to the first NUL.
+        std::vector<std::string_view> reported;
+        reported.reserve(temperatures.size());
+        for (const Temperature& temperature : temperatures) {
+          reported.emplace_back(temperature.name.c_str());
+        }
         for (const std::string_view name : wanted) {
-          const auto first = std::find_if(temperatures.begin(), temperatures.end(),
-                                          [name](const Temperature& temperature) {
-                                            // As C strings: up to the first NUL.
-                                            return temperature.name.c_str() == name;
-                                          });
-          if (first != temperatures.end()) found.push_back(*first);
+          const auto first = std::find(reported.begin(), reported.end(), name);
+          if (first == reported.end()) continue;
+          found.push_back(temperatures[static_cast<size_t>(first - reported.begin())]);
         }
       });
   if (!answered.isOk()) {
