@@ -165,8 +165,7 @@ int BatteryInfo::GetDockChargerIsOnline(bool use_cached) {
   return GetProperty(kDockChargerIsOnline, use_cached);
 }
 
-int BatteryInfo::GetProperty(PropertyType type, bool use_cached) {
-  if (use_cached) return UnlockedValue(type);
+int BatteryInfo::GetFreshProperty(PropertyType type) {
   return GetInfoFromHealthService() ? UnlockedValue(type) : -EAGAIN;
 }
 

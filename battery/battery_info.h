@@ -93,7 +93,11 @@ class BatteryInfo {
   bool UpdateBatteryProperties(const aidl::android::hardware::health::HealthInfo& info)
       QEL_REQUIRES(lock_);
   bool HasClients() const QEL_REQUIRES(lock_);
-  int GetProperty(PropertyType type, bool use_cached) QEL_EXCLUDES(lock_);
+  // Inline: whoever asks for a cached value asks often.
+  int GetProperty(PropertyType type, bool use_cached) QEL_EXCLUDES(lock_) {
+    return use_cached ? UnlockedValue(type) : GetFreshProperty(type);
+  }
+  int GetFreshProperty(PropertyType type) QEL_EXCLUDES(lock_);
 
   // Looks the service up unless it is known. May block as the platform's look-up does.
   bool IsHealthServiceReady() QEL_REQUIRES(lock_);

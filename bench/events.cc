@@ -4,6 +4,8 @@
 #include <benchmark/benchmark.h>
 
 #include <chrono>
+#include <memory>
+#include <optional>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -17,6 +19,7 @@
 #include "bench/quick.h"
 #include "bench/registration.h"
 #include "bench/thermal_service.h"
+#include "bench/turns.h"
 #include "bench/workers.h"
 #include "devices/simulated/health.h"
 #include "devices/simulated/sensor_hub.h"
@@ -178,42 +181,44 @@ std::unique_ptr<Worker> MakeTwoBarePairs(Probe& probe) {
 struct Row {
   const char* name;
   MakeWorker make;
+  MakeWorker yardstick = MakeBareWorker;
   // When what counts as the event has happened, if that is later than the request.
   int64_t (*event_ns)() = nullptr;
 };
 
+std::optional<int64_t> FromEventToCall(Worker& worker, Probe& probe, int64_t (*event_ns)()) {
+  std::this_thread::sleep_for(std::chrono::microseconds(100));  // so that all threads sleep
+  const int64_t number = probe.Announce();
+  const int64_t asked_ns = NowNs();
+  worker.Trigger();
+  const std::optional<int64_t> called_ns = probe.WaitFor(number);
+  if (!called_ns) return std::nullopt;
+  return *called_ns - (event_ns != nullptr ? event_ns() : asked_ns);
+}
+
 void FromEventToClient(benchmark::State& state, const Row& row) {
-  Probe probe(Probe::Asker::kSleeps);
-  std::unique_ptr<Worker> worker;
+  Probe client(Probe::Asker::kSleeps);
+  Probe action(Probe::Asker::kSleeps);
+  std::unique_ptr<Worker> event;
+  std::unique_ptr<Worker> yardstick;
   {
     const WorkersAreMadeHere here;
-    worker = row.make(probe);
+    event = row.make(client);
+    yardstick = row.yardstick(action);
   }
-  Latencies latencies(state.max_iterations);
-  for ([[maybe_unused]] auto round : state) {
-    std::this_thread::sleep_for(std::chrono::microseconds(100));  // so that all threads sleep
-    const int64_t number = probe.Announce();
-    const int64_t asked_ns = NowNs();
-    worker->Trigger();
-    const auto called_ns = probe.WaitFor(number);
-    if (!called_ns) {
-      state.SkipWithError(kNothingRan);
-      return;
-    }
-    latencies.Add(*called_ns - (row.event_ns != nullptr ? row.event_ns() : asked_ns), state);
-  }
-  latencies.Report(state);
+  Turns turns;
+  turns.Add("library", [&] { return FromEventToCall(*event, client, row.event_ns); });
+  turns.Add("bare", [&] { return FromEventToCall(*yardstick, action, nullptr); });
+  turns.Run(state, kNothingRan);
 }
 
 const Registration kRegistration([] {
   for (const Row& row : {
-           Row{"event/battery/library", Make<BatteryEvent>},
-           Row{"event/thermal-aidl/library", Make<AidlThermalEvent>},
-           Row{"event/thermal-hidl/library", Make<HidlThermalEvent>},
-           Row{"event/sensor/library", Make<SensorEvent>, LastPollReturnNs},
-           Row{"event/sensor-push/library", Make<SensorEvent>},
-           Row{"event/bare", MakeBareWorker},
-           Row{"event/two-bare", MakeTwoBarePairs},
+           Row{"event/battery", Make<BatteryEvent>},
+           Row{"event/thermal-aidl", Make<AidlThermalEvent>},
+           Row{"event/thermal-hidl", Make<HidlThermalEvent>},
+           Row{"event/sensor", Make<SensorEvent>, MakeBareWorker, LastPollReturnNs},
+           Row{"event/sensor-push", Make<SensorEvent>, MakeTwoBarePairs},
        }) {
     benchmark::RegisterBenchmark(row.name, FromEventToClient, row)
         ->UseManualTime()

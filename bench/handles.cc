@@ -10,7 +10,6 @@
 #include <array>
 #include <condition_variable>
 #include <mutex>
-#include <string>
 #include <thread>
 
 #include "bench/cpus.h"
@@ -19,6 +18,7 @@
 #include "bench/probe.h"
 #include "bench/quick.h"
 #include "bench/registration.h"
+#include "bench/turns.h"
 #include "quorvel.h"
 #include "tests/support/process_state.h"
 #include "tests/support/waiting.h"
@@ -72,9 +72,8 @@ void EndThreads(void** handle) {
   *handle = nullptr;
 }
 
-struct Row {
-  const char* name;
-  int threads;
+// Two ways to have some threads.
+struct Way {
   void (*make)(void** handle);
   void (*destroy)(void** handle);
 };
@@ -83,62 +82,52 @@ int Threads() {
   return LibraryThreadCount() + ThreadsNamed({kThreadName});
 }
 
-bool HasItsThreads(const Row& row) {
+bool HasItsThreads(const Way& way, int threads) {
   void* handle = nullptr;
-  row.make(&handle);
-  const bool has = handle != nullptr && Eventually([&] { return Threads() == row.threads; });
-  row.destroy(&handle);
+  way.make(&handle);
+  const bool has = handle != nullptr && Eventually([&] { return Threads() == threads; });
+  way.destroy(&handle);
   return has;
 }
 
-// Counters: the two parts of it. In between, the threads get going and fall asleep, as those of a
-// handle that is in use: the end of one that has not got going is one that the library warns of.
-void MakeAndDestroy(benchmark::State& state, Row row) {
-  if (!HasItsThreads(row)) {
+// In between, the threads get going and fall asleep, as those of a handle that is in use: the end
+// of one that has not got going is one that the library warns of.
+int64_t TimeOf(const Way& way) {
+  void* handle = nullptr;
+  int64_t made_in_ns = 0;
+  {
+    const WorkersAreMadeHere here;
+    const int64_t began_ns = NowNs();
+    way.make(&handle);
+    made_in_ns = NowNs() - began_ns;
+  }
+  LetItFallAsleep();
+  const int64_t began_ns = NowNs();
+  way.destroy(&handle);
+  return made_in_ns + (NowNs() - began_ns);
+}
+
+void MakeAndDestroy(benchmark::State& state, int threads, Way library, Way bare) {
+  if (!HasItsThreads(library, threads) || !HasItsThreads(bare, threads)) {
     state.SkipWithError("not the threads that were expected");
     return;
   }
-  Latencies latencies(static_cast<size_t>(state.max_iterations));
-  int64_t make_ns = 0;
-  int64_t destroy_ns = 0;
-  for ([[maybe_unused]] auto round : state) {
-    void* handle = nullptr;
-    int64_t made_in_ns = 0;
-    {
-      const WorkersAreMadeHere here;
-      const int64_t began_ns = NowNs();
-      row.make(&handle);
-      made_in_ns = NowNs() - began_ns;
-    }
-    LetItFallAsleep();
-    const int64_t began_ns = NowNs();
-    row.destroy(&handle);
-    const int64_t destroyed_in_ns = NowNs() - began_ns;
-    latencies.Add(made_in_ns + destroyed_in_ns, state);
-    make_ns += made_in_ns;
-    destroy_ns += destroyed_in_ns;
-  }
-  latencies.Report(state);
-  const auto rounds = static_cast<double>(state.iterations());
-  state.counters["make_ns"] = static_cast<double>(make_ns) / rounds;
-  state.counters["destroy_ns"] = static_cast<double>(destroy_ns) / rounds;
+  Turns turns;
+  turns.Add("library", [&] { return TimeOf(library); });
+  turns.Add("threads", [&] { return TimeOf(bare); });
+  turns.Run(state, "a handle could not be made");
   if (!Eventually([] { return Threads() == 0; })) state.SkipWithError("threads are left");
 }
 
 const Registration kRegistration([] {
-  for (const Row& row : {
-           Row{"battery/library", 2, InitBatteryInfo, DeinitBatteryInfo},
-           Row{"battery/threads", 2, MakeThreads<2>, EndThreads<2>},
-           Row{"sensor/library", 3, InitSensorInfo, DeinitSensorInfo},
-           Row{"sensor/threads", 3, MakeThreads<3>, EndThreads<3>},
-           Row{"thermal/library", 2, InitThermalInfo, DeinitThermalInfo},
-           Row{"thermal/threads", 2, MakeThreads<2>, EndThreads<2>},
-       }) {
-    const std::string name = std::string("handle/") + row.name;
-    benchmark::RegisterBenchmark(name.c_str(), MakeAndDestroy, row)
+  const auto add = [](const char* name, int threads, Way library, Way bare) {
+    benchmark::RegisterBenchmark(name, MakeAndDestroy, threads, library, bare)
         ->UseManualTime()
         ->Iterations(Rounds(2'000));
-  }
+  };
+  add("handle/battery", 2, {InitBatteryInfo, DeinitBatteryInfo}, {MakeThreads<2>, EndThreads<2>});
+  add("handle/sensor", 3, {InitSensorInfo, DeinitSensorInfo}, {MakeThreads<3>, EndThreads<3>});
+  add("handle/thermal", 2, {InitThermalInfo, DeinitThermalInfo}, {MakeThreads<2>, EndThreads<2>});
 });
 
 }  // namespace

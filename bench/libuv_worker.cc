@@ -10,7 +10,7 @@ namespace norvik::qel::bench {
 
 namespace {
 
-class LibuvWorker : public Worker {
+class LibuvWorker final : public Worker {
  public:
   explicit LibuvWorker(Probe& probe) : probe_(probe) {
     int result = uv_loop_init(&loop_);

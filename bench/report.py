@@ -75,10 +75,10 @@ class Table:
         self._row(what, shown(ours), f"{beside}: {shown(theirs)}", f"{more:+.1f} ns",
                   most and f"at most +{most:g} ns", most and more <= most)
 
-    def ahead(self, what, ours, beside, theirs, within):
+    def ahead(self, what, ours, beside, theirs, ratio, within):
         mark = "level, within the spread" if within else "ahead"
-        self._row(what, shown(ours), f"{beside}: {shown(theirs)}", f"{ours / theirs:.2f}", mark,
-                  ours <= theirs + within)
+        self._row(what, shown(ours), f"{beside}: {shown(theirs)}", f"{ratio:.2f}", mark,
+                  ratio <= 1 + within)
 
     def figure(self, what, ours, beside="", mark=None, met=None):
         self._row(what, ours, beside, "", mark, met)
@@ -103,42 +103,43 @@ class Table:
 
 
 def trigger(table, results):
-    ours = {metric: results.of("trigger/idle/library", metric) for metric in ("p50_ns", "p99_ns")}
-    for metric, share, most in (("p50_ns", "p50", 1.15), ("p99_ns", "p99", 2)):
-        table.ratio(f"trigger to action, asleep, {share}", ours[metric], "bare pair",
-                    results.of("trigger/idle/bare", metric), most)
+    def idle(metric):
+        return results.of("trigger/idle", metric)
+
+    def burst(metric):
+        return results.of("trigger/burst", metric)
+
+    for share, most in (("p50", 1.15), ("p99", 2)):
+        table.ratio(f"trigger to action, asleep, {share}", idle(f"library_{share}_ns"),
+                    "bare pair", idle(f"bare_{share}_ns"), most, idle(f"bare_{share}_ratio"))
     for loop, name in LOOPS.items():
-        table.ahead("trigger to action, asleep, p50", ours["p50_ns"], name,
-                    results.of(f"trigger/idle/{loop}", "p50_ns"), within=0)
-    spread = (results.spread("trigger/idle/asio", "p50_ns")
-              + results.spread("trigger/idle/library", "p50_ns"))
-    table.ahead("trigger to action, asleep, p50", ours["p50_ns"], "Boost.Asio",
-                results.of("trigger/idle/asio", "p50_ns"), within=spread)
-    cost = results.of("trigger/burst/library", "request_ns")
-    table.ratio("a trigger in a burst of a million", cost, "bare pair",
-                results.of("trigger/burst/bare", "request_ns"), 1.2)
-    for loop, name in {**LOOPS, "asio": "Boost.Asio"}.items():
-        table.ratio("a trigger in a burst of a million", cost, name,
-                    results.of(f"trigger/burst/{loop}", "request_ns"), None)
-    for who in ("library", "bare"):
-        runs = results.of(f"trigger/burst/{who}", "runs")
-        table.figure(f"runs made for that burst ({who})", f"{runs:,.0f}")
+        table.ahead("trigger to action, asleep, p50", idle("library_p50_ns"), name,
+                    idle(f"{loop}_p50_ns"), idle(f"{loop}_p50_ratio"), within=0)
+    table.ahead("trigger to action, asleep, p50", idle("library_p50_ns"), "Boost.Asio",
+                idle("asio_p50_ns"), idle("asio_p50_ratio"),
+                within=results.spread("trigger/idle", "asio_p50_ratio"))
+    for key, name, most in (("bare", "bare pair", 1.2), *((*loop, None) for loop in LOOPS.items()),
+                            ("asio", "Boost.Asio", None)):
+        table.ratio("a trigger in a burst of a million", burst("library_request_ns"), name,
+                    burst(f"{key}_request_ns"), most, burst(f"{key}_p50_ratio"))
+    table.figure("runs made for that burst", f"{burst('library_runs'):,.0f}",
+                 f"bare pair: {burst('bare_runs'):,.0f}")
 
 
 def events(table, results):
-    bare = results.of("event/bare", "p50_ns")
     for name, what in (("battery", "battery report"), ("thermal-hidl", "throttling, HIDL"),
-                       ("thermal-aidl", "throttling, AIDL"), ("sensor", "a sensor poll's return")):
-        table.ratio(f"{what} to client, p50", results.of(f"event/{name}/library", "p50_ns"),
-                    "bare pair", bare, 1.3)
-    table.ratio("sensor event from its push to client, p50",
-                results.of("event/sensor-push/library", "p50_ns"), "two bare pairs",
-                results.of("event/two-bare", "p50_ns"), 1.3)
+                       ("thermal-aidl", "throttling, AIDL"), ("sensor", "a sensor poll's return"),
+                       ("sensor-push", "sensor event from its push")):
+        event = f"event/{name}"
+        table.ratio(f"{what} to client, p50", results.of(event, "library_p50_ns"),
+                    "two bare pairs" if name == "sensor-push" else "bare pair",
+                    results.of(event, "bare_p50_ns"), 1.3, results.of(event, "bare_p50_ratio"))
 
 
 def getter(table, results):
-    ours, theirs = (results.of(f"getter/cached/{who}") for who in ("library", "empty"))
-    table.above("cached getter", ours, "empty function", theirs, ours - theirs, 2)
+    library, empty, above = (results.of("getter/cached", metric) for metric in
+                             ("library_call_ns", "empty_call_ns", "above_ns"))
+    table.above("cached getter", library, "empty function", empty, above, 2)
 
 
 def queries(table, results):
@@ -182,9 +183,10 @@ def dispatch(table, results):
 
 def handles(table, results):
     for family in FAMILIES:
-        table.ratio(f"create and destroy a {family} handle",
-                    results.of(f"handle/{family}/library", "p50_ns"), "as many named threads",
-                    results.of(f"handle/{family}/threads", "p50_ns"), 1.2)
+        ours, theirs, ratio = (results.of(f"handle/{family}", metric) for metric in
+                               ("library_p50_ns", "threads_p50_ns", "threads_p50_ratio"))
+        table.ratio(f"create and destroy a {family} handle", ours, "as many named threads", theirs,
+                    1.2, ratio)
 
 
 def idle(table, results):
@@ -218,9 +220,9 @@ def plot(results, path):
     workers = {"library": "library", "bare": "bare pair", **LOOPS, "asio": "Asio"}
     lines = ["$workers << END"]
     for key, label in workers.items():
-        p50, p99 = (results.of(f"trigger/idle/{key}", metric) / 1e3 for metric in
-                    ("p50_ns", "p99_ns"))
-        burst = results.of(f"trigger/burst/{key}", "request_ns")
+        p50, p99 = (results.of("trigger/idle", f"{key}_{share}_ns") / 1e3
+                    for share in ("p50", "p99"))
+        burst = results.of("trigger/burst", f"{key}_request_ns")
         lines.append(f'"{label}" {p50} {p99} {burst}')
     lines += ["END", "$dispatch << END"]
     columns = [(family, metric) for family in FAMILIES

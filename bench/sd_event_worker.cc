@@ -20,7 +20,7 @@ int Checked(int result, const char* what) {
   return result;
 }
 
-class SdEventWorker : public Worker {
+class SdEventWorker final : public Worker {
  public:
   explicit SdEventWorker(Probe& probe)
       : probe_(probe), fd_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {

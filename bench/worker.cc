@@ -1,11 +1,19 @@
 // From a request to the action: the library's worker beside what else there is.
 #include <benchmark/benchmark.h>
 
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
 #include "bench/cpus.h"
 #include "bench/latencies.h"
 #include "bench/probe.h"
 #include "bench/quick.h"
 #include "bench/registration.h"
+#include "bench/turns.h"
 #include "bench/workers.h"
 
 namespace norvik::qel::bench {
@@ -17,69 +25,78 @@ std::unique_ptr<Worker> OnItsProcessor(MakeWorker make, Probe& probe) {
   return make(probe);
 }
 
-// The thread sleeps when it is asked.
-void Idle(benchmark::State& state, MakeWorker make) {
+struct Contender {
+  Contender(std::string name, MakeWorker make)
+      : name(std::move(name)), worker(OnItsProcessor(make, probe)) {}
+
+  const std::string name;
   Probe probe;
-  const std::unique_ptr<Worker> worker = OnItsProcessor(make, probe);
-  Latencies latencies(state.max_iterations);
-  for ([[maybe_unused]] auto round : state) {
-    LetItFallAsleep();
-    const int64_t number = probe.Announce();
-    const int64_t asked_ns = NowNs();
-    worker->Trigger();
-    const auto ran_ns = probe.WaitFor(number);
-    if (!ran_ns) {
-      state.SkipWithError(kNothingRan);
-      return;
-    }
-    latencies.Add(*ran_ns - asked_ns, state);
+  const std::unique_ptr<Worker> worker;
+};
+
+std::vector<std::unique_ptr<Contender>> All() {
+  std::vector<std::unique_ptr<Contender>> all;
+  constexpr std::pair<const char*, MakeWorker> kMakers[] = {
+      {"library", MakeLibraryWorker}, {"bare", MakeBareWorker},   {"sd-event", MakeSdEventWorker},
+      {"glib", MakeGlibWorker},       {"libuv", MakeLibuvWorker}, {"asio", MakeAsioWorker},
+  };
+  for (const auto& [name, make] : kMakers) {
+    all.push_back(std::make_unique<Contender>(name, make));
   }
-  latencies.Report(state);
+  return all;
 }
 
-// Asked again and again without waiting; counters: the cost of one request, the runs of one burst.
-void Burst(benchmark::State& state, MakeWorker make) {
-  const int requests = Rounds(1'000'000);
-  Probe probe;
-  const std::unique_ptr<Worker> worker = OnItsProcessor(make, probe);
-  int64_t spent_ns = 0;
-  for ([[maybe_unused]] auto round : state) {
-    LetItFallAsleep();
-    int64_t last = 0;
-    const int64_t began_ns = NowNs();
-    for (int i = 0; i < requests; ++i) {
-      last = probe.Announce();
-      worker->Trigger();
-    }
-    const int64_t took_ns = NowNs() - began_ns;
-    if (!probe.WaitFor(last)) {
-      state.SkipWithError(kNothingRan);
-      return;
-    }
-    state.SetIterationTime(static_cast<double>(took_ns) * 1e-9);
-    spent_ns += took_ns;
+// The thread sleeps when it is asked.
+void Idle(benchmark::State& state) {
+  const auto all = All();
+  Turns turns;
+  for (const auto& contender : all) {
+    turns.Add(contender->name, [&contender = *contender]() -> std::optional<int64_t> {
+      LetItFallAsleep();
+      const int64_t number = contender.probe.Announce();
+      const int64_t asked_ns = NowNs();
+      contender.worker->Trigger();
+      const auto ran_ns = contender.probe.WaitFor(number);
+      return ran_ns ? std::optional(*ran_ns - asked_ns) : std::nullopt;
+    });
   }
-  const auto bursts = static_cast<double>(state.iterations());
-  state.counters["request_ns"] = static_cast<double>(spent_ns) / requests / bursts;
-  state.counters["runs"] = static_cast<double>(probe.runs()) / bursts;
+  turns.Run(state, kNothingRan);
+}
+
+// Asked again and again without waiting. A turn is a burst; further counters: NAME_request_ns, and
+// NAME_runs, those of a burst until the last request had been seen.
+void Burst(benchmark::State& state) {
+  const int requests = Rounds(1'000'000);
+  const auto all = All();
+  std::map<std::string, int64_t> runs;
+  Turns turns;
+  for (const auto& contender : all) {
+    turns.Add(contender->name, [&, &contender = *contender, requests]() -> std::optional<int64_t> {
+      LetItFallAsleep();
+      const int64_t runs_before = contender.probe.runs();
+      int64_t last = 0;
+      const int64_t began_ns = NowNs();
+      for (int i = 0; i < requests; ++i) {
+        last = contender.probe.Announce();
+        contender.worker->Trigger();
+      }
+      const int64_t took_ns = NowNs() - began_ns;
+      if (!contender.probe.WaitFor(last)) return std::nullopt;
+      runs[contender.name] += contender.probe.runs() - runs_before;
+      return took_ns;
+    });
+  }
+  turns.Run(state, kNothingRan);
+  for (const auto& [name, count] : runs) {
+    state.counters[name + "_request_ns"] = state.counters[name + "_p50_ns"] / requests;
+    state.counters[name + "_runs"] =
+        static_cast<double>(count) / static_cast<double>(state.iterations());
+  }
 }
 
 const Registration kRegistration([] {
-  struct Row {
-    const char* name;
-    MakeWorker make;
-  };
-  for (const Row& row : {Row{"library", MakeLibraryWorker}, Row{"bare", MakeBareWorker},
-                         Row{"sd-event", MakeSdEventWorker}, Row{"glib", MakeGlibWorker},
-                         Row{"libuv", MakeLibuvWorker}, Row{"asio", MakeAsioWorker}}) {
-    const std::string name = row.name;
-    benchmark::RegisterBenchmark(("trigger/idle/" + name).c_str(), Idle, row.make)
-        ->UseManualTime()
-        ->Iterations(Rounds(5'000));
-    benchmark::RegisterBenchmark(("trigger/burst/" + name).c_str(), Burst, row.make)
-        ->UseManualTime()
-        ->Iterations(1);
-  }
+  benchmark::RegisterBenchmark("trigger/idle", Idle)->UseManualTime()->Iterations(Rounds(5'000));
+  benchmark::RegisterBenchmark("trigger/burst", Burst)->UseManualTime()->Iterations(3);
 });
 
 }  // namespace

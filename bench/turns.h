@@ -1,0 +1,58 @@
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "bench/latencies.h"
+
+namespace norvik::qel::bench {
+
+// Several ways to do the same, in turns, round after round: whatever the machine does meanwhile
+// meets all of them alike. The first is the library's, the others are its yardsticks.
+class Turns {
+ public:
+  // How many nanoseconds one turn has taken; nothing if it went wrong.
+  using Take = std::function<std::optional<int64_t>()>;
+
+  void Add(const std::string& name, Take take) { ways_.push_back({name, std::move(take), {}}); }
+
+  // All rounds of a pass. For each way the counters NAME_p50_ns and NAME_p99_ns; for a yardstick
+  // NAME_p50_ratio and NAME_p99_ratio as well: how many times as long the library takes.
+  void Run(benchmark::State& state, const char* error) {
+    for ([[maybe_unused]] auto round : state) {
+      int64_t sum_ns = 0;
+      for (Way& way : ways_) {
+        const std::optional<int64_t> ns = way.take();
+        if (!ns) return state.SkipWithError(error);
+        way.times.Add(*ns);
+        sum_ns += *ns;
+      }
+      state.SetIterationTime(static_cast<double>(sum_ns) * 1e-9);
+    }
+    for (const auto& [suffix, share] : {std::pair("_p50", 0.50), std::pair("_p99", 0.99)}) {
+      const double library_ns = ways_.front().times.Quantile(share);
+      for (Way& way : ways_) {
+        const double ns = way.times.Quantile(share);
+        state.counters[way.name + suffix + "_ns"] = ns;
+        state.counters[way.name + suffix + "_ratio"] = library_ns / ns;
+      }
+    }
+  }
+
+ private:
+  struct Way {
+    std::string name;
+    Take take;
+    Latencies times;
+  };
+
+  std::vector<Way> ways_;
+};
+
+}  // namespace norvik::qel::bench
