@@ -23,6 +23,7 @@
 #include "devices/simulated/thermal.h"
 #include "sensor/sensor_info.h"
 #include "standin/gate.h"
+#include "standin/sensor_functions.h"
 #include "thermal/audio_thermal_callback.h"
 
 namespace norvik::qel::bench {
@@ -113,7 +114,6 @@ class SensorDispatch {
     }
     sensor_.DeregisterCallback(kProximity, -1);
     WaitForPollAfter(polls);
-    Owe();  // has the binder thread made that takes all later readings
   }
   ~SensorDispatch() {
     gate_.Open();
@@ -123,7 +123,7 @@ class SensorDispatch {
   const std::vector<Client>& clients() const { return clients_; }
   void Owe() {
     const int64_t polls = PollsBegun();
-    hub_.Report(ASENSOR_TYPE_PROXIMITY, 5);
+    standin::BringSensorEvents(reading_);
     WaitForPollAfter(polls);
   }
   void Dispatch() { sensor_.DispatchToClient(); }
@@ -138,6 +138,7 @@ class SensorDispatch {
   }
 
   std::vector<Client> clients_;
+  const std::vector<ASensorEvent> reading_ = Reading(ASENSOR_TYPE_PROXIMITY, 5);
   simulated::SensorHub hub_;
   standin::Gate gate_;
   audio::SensorInfo sensor_;

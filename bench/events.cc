@@ -154,14 +154,7 @@ class SensorEvent : public Worker {
   void Trigger() override { standin::BringSensorEvents(reading_); }
 
  private:
-  static std::vector<ASensorEvent> Reading() {
-    ASensorEvent event = {};
-    event.type = ASENSOR_TYPE_PROXIMITY;
-    event.data[0] = 5;
-    return {event};
-  }
-
-  const std::vector<ASensorEvent> reading_ = Reading();
+  const std::vector<ASensorEvent> reading_ = Reading(ASENSOR_TYPE_PROXIMITY, 5);
   simulated::SensorHub hub_;
   void* handle_ = nullptr;
 };

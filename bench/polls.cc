@@ -29,6 +29,13 @@ void DrainLooper() {
   while (ALooper_pollOnce(0, nullptr, nullptr, nullptr) != ALOOPER_POLL_TIMEOUT) continue;
 }
 
+std::vector<ASensorEvent> Reading(int32_t type, float value) {
+  ASensorEvent event = {};
+  event.type = type;
+  event.data[0] = value;
+  return {event};
+}
+
 }  // namespace norvik::qel::bench
 
 extern "C" int ALooper_pollOnce(int timeoutMillis, int* outFd, int* outEvents, void** outData) {

@@ -1,7 +1,10 @@
-// The library's waits at the platform's looper, seen from outside.
+// The library's waits at the platform's looper, seen from outside, and what it waits for.
 #pragma once
 
+#include <android/sensor.h>
+
 #include <cstdint>
+#include <vector>
 
 namespace norvik::qel::bench {
 
@@ -14,5 +17,8 @@ int64_t PollsBegun();
 
 // Takes the wake that an earlier user may have left.
 void DrainLooper();
+
+// One reading, as it arrives.
+std::vector<ASensorEvent> Reading(int32_t type, float value);
 
 }  // namespace norvik::qel::bench
