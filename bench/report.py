@@ -237,13 +237,13 @@ def plot(results, path):
         f"set output '{path}'",
         "set multiplot layout 1,3",
         "set style fill solid 0.8", "set boxwidth 0.8", "set grid ytics", "set yrange [0:*]",
-        "set xtics rotate by -35", "set key top left",
+        "set xtics rotate by -35", "set key above",
         "set title 'trigger to action, asleep (µs)'",
         "set style data histograms",
         "plot $workers using 2:xtic(1) title 'p50', '' using 3 title 'p99'",
         "set title 'a trigger in a burst of a million (ns)'", "set key off",
         "plot $workers using 4:xtic(1) title ''",
-        "set title 'dispatch, a client (ns)'", "set key top right", "set logscale xy",
+        "set title 'dispatch, a client (ns)'", "set key inside top right", "set logscale xy",
         "set yrange [*:*]", "set xtics norotate", "set xlabel 'clients'",
         "plot " + ", ".join(
             f"$dispatch using 1:{2 * i + 2} with linespoints linecolor {i + 1} title '{family}', "
