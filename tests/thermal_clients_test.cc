@@ -62,6 +62,26 @@ TEST_P(ThermalClientsTest, ALaterClientOfATemperatureHasTheOthersToldToo) {
   EXPECT_EQ(registered(), 1u);
 }
 
+TEST_P(ThermalClientsTest, EachHearsItsOwnTemperatureWhileOthersOfTheTypeComeAndGo) {
+  const auto both = [this] { return std::vector<Call>{*seen_.Take(), *seen_.Take()}; };
+  thermal_.Change([](devices::ThermalData& data) {
+    data.temperatures.push_back({.type = TemperatureType::SKIN, .name = "frame"});
+  });
+  RegisterAndHear<1>("SKIN", "skin");
+  RegisterAndHear<2>("SKIN", "frame");
+  ASSERT_EQ(Register<3>("SKIN", "frame"), 0);
+  EXPECT_THAT(both(), testing::UnorderedElementsAre(Call{2, 0}, Call{3, 0}));
+  Notify(TemperatureType::SKIN, "skin", ThrottlingSeverity::LIGHT);
+  EXPECT_EQ(seen_.Take(), (Call{1, 1}));
+  Notify(TemperatureType::SKIN, "frame", ThrottlingSeverity::MODERATE);
+  EXPECT_THAT(both(), testing::UnorderedElementsAre(Call{2, 2}, Call{3, 2}));
+  ASSERT_EQ(DeregisterThermalCallback(handle_, 2), 0);
+  Notify(TemperatureType::SKIN, "frame", ThrottlingSeverity::SEVERE);
+  EXPECT_EQ(seen_.Take(), (Call{3, 3}));
+  Notify(TemperatureType::SKIN, "skin", ThrottlingSeverity::CRITICAL);
+  EXPECT_EQ(seen_.Take(), (Call{1, 4})) << "who has left is not called";
+}
+
 TEST_P(ThermalClientsTest, OfARunOfChangesTheOldestIsHeard) {
   Stall stall;
   RegisterAndHear<1>("SKIN", "skin");

@@ -189,10 +189,13 @@ TEST_P(ThermalQueriesTest, BulkReadingsAreSortedAndEachOnce) {
   EXPECT_EQ(Bulk(handle_, {"skin", "cpu", "skin"}, 2), (Thermistors{{"cpu", 40}, {"skin", 36.5F}}));
   EXPECT_EQ(Bulk(handle_, {"skin", "ski", "SKIN", "nobody"}, 4), (Thermistors{{"skin", 36.5F}}));
   EXPECT_EQ(Bulk(handle_, {"nobody"}, 1), Thermistors{});
+  // Of a name that a service reports counts what comes before a NUL.
+  AddLimit(thermal_, TemperatureType::GPU, std::string("gpu\0core", 8), ThrottlingSeverity::NONE);
+  EXPECT_EQ(Bulk(handle_, {"gpu"}, 1), (Thermistors{{"gpu", 0}}));
   const int calls = GetParam() == ThermalPath::kAidl
                         ? thermal_.on(ThermalOperation::kGetTemperatures).calls()
                         : on(ThermalCall::kQuery).calls();
-  EXPECT_EQ(calls, 3) << "one call answers all";
+  EXPECT_EQ(calls, 4) << "one call answers all";
   EXPECT_THAT(Log(ANDROID_LOG_ERROR), IsEmpty());
 }
 
