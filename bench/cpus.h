@@ -12,7 +12,7 @@ enum class Cpu { kCaller = 0, kWorker = 1 };
 void PinThisThread(Cpu cpu);
 
 // Moves a thread of the process there, known by its name. False when there is none.
-bool PinThread(std::string_view name, Cpu cpu);
+[[nodiscard]] bool PinThread(std::string_view name, Cpu cpu);
 
 // Threads made in its life are workers: the calling thread comes back to its own processor.
 class WorkersAreMadeHere {

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -147,7 +148,7 @@ class SensorEvent : public Worker {
     InitSensorInfo(&handle_);
     DoAndHear(probe,
               [&] { RegisterProximitySensorCallback(handle_, /*id=*/1, ClientCallback, &probe); });
-    PinThread("sensor_callback", Cpu::kCaller);
+    if (!PinThread("sensor_callback", Cpu::kCaller)) throw std::logic_error("no callback thread");
   }
   ~SensorEvent() override { DeinitSensorInfo(&handle_); }
 

@@ -33,13 +33,6 @@ class Latencies {
     return static_cast<double>(*at);
   }
 
-  // The counters p50_ns and p99_ns of this pass.
-  void Report(benchmark::State& state) {
-    if (all_.empty()) return;
-    state.counters["p50_ns"] = Quantile(0.50);
-    state.counters["p99_ns"] = Quantile(0.99);
-  }
-
  private:
   std::vector<int64_t> all_;
 };

@@ -36,7 +36,7 @@ int main(int argc, char** argv) {
       argv[0],
       norvik::qel::bench::is_quick ? "--benchmark_repetitions=2" : "--benchmark_repetitions=9",
       "--benchmark_enable_random_interleaving=true",
-      "--benchmark_report_aggregates_only=true",
+      "--benchmark_display_aggregates_only=true",
   };
   // Last, so that they win.
   std::remove_copy_if(argv + 1, argv + argc, std::back_inserter(arguments), is_quick_flag);
@@ -45,7 +45,7 @@ int main(int argc, char** argv) {
   int count = static_cast<int>(pointers.size());
   pointers.push_back(nullptr);
 
-  // As on a device that is not being debugged.
+  // Debug messages are off: what a log does with them is not the library's.
   __android_log_set_minimum_priority(ANDROID_LOG_WARN);
   {
     const norvik::qel::bench::WorkersAreMadeHere binder_threads;

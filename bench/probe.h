@@ -30,9 +30,8 @@ class Probe {
 
   // The action.
   void Run() {
-    const int64_t now = NowNs();
     const int64_t number = announced_.load(std::memory_order_acquire);
-    ran_at_ns_.store(now, std::memory_order_relaxed);
+    ran_at_ns_.store(NowNs(), std::memory_order_relaxed);
     runs_.fetch_add(1, std::memory_order_relaxed);
     seen_.store(number, std::memory_order_release);
     if (asker_ == Asker::kSpins) return;

@@ -36,7 +36,9 @@ class Results:
         name = name.split("/iterations:")[0]
         if run.get("error_occurred"):
             self.errors.append(f"{name}: {run['error_message']}")
-        elif run["run_type"] == "iteration" or run["aggregate_name"] == "median":
+        elif run["run_type"] == "iteration":
+            self.medians.setdefault(name, run)  # the only one, or before its median
+        elif run["aggregate_name"] == "median":
             self.medians[name] = run
         elif run["aggregate_name"] == "stddev":
             self.deviations[name] = run
@@ -68,7 +70,8 @@ class Table:
 
     def ratio(self, what, ours, beside, theirs, most, ratio=None):
         ratio = ratio or ours / theirs
-        self._row(what, shown(ours), f"{beside}: {shown(theirs)}", f"{ratio:.2f}", most and
+        digits = 3 if most and most < 1.1 else 2
+        self._row(what, shown(ours), f"{beside}: {shown(theirs)}", f"{ratio:.{digits}f}", most and
                   f"at most {most:g}", most and ratio <= most)
 
     def above(self, what, ours, beside, theirs, more, most):
@@ -151,7 +154,7 @@ def queries(table, results):
                        f"query/{kind}/bcl/{transport}/sensors:{sensors}", sensors)
             for sensors in (8, 100):
                 for count in (1, 8, 32):
-                    yield (f"{count} of {sensors} temperatures, {transport.upper()}",
+                    yield (f"{count} names, {sensors} sensors, {transport.upper()}",
                            f"query/{kind}/bulk/{transport}/sensors:{sensors}/names:{count}",
                            sensors)
 
@@ -233,7 +236,7 @@ def plot(results, path):
         lines.append(" ".join(map(str, [clients, *cells])))
     lines += [
         "END",
-        f"set terminal svg size 1100,380 background rgb 'white' font 'sans,12'",
+        "set terminal svg size 1100,380 background rgb 'white' font 'sans,12'",
         f"set output '{path}'",
         "set multiplot layout 1,3",
         "set style fill solid 0.8", "set boxwidth 0.8", "set grid ytics", "set yrange [0:*]",

@@ -22,8 +22,7 @@ using MakeWorker = std::unique_ptr<Worker> (*)(Probe& probe);
 
 // The one that is measured.
 std::unique_ptr<Worker> MakeLibraryWorker(Probe& probe);
-// A flag under a mutex with a condition variable that is notified with the mutex held. Nothing that
-// can be asked for from any thread and sleeps meanwhile does with less.
+// A flag under a mutex with a condition variable that is notified each time, with the mutex held.
 std::unique_ptr<Worker> MakeBareWorker(Probe& probe);
 // A bare pair whose action asks `next`: what two threads in a row cost at least.
 std::unique_ptr<Worker> MakeBareRelay(std::unique_ptr<Worker> next);

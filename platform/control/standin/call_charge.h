@@ -12,7 +12,7 @@ namespace norvik::qel::standin {
 // Threads: any.
 void SetCallCharge(std::chrono::nanoseconds charge);
 
-// Charges calls for as long as it lives.
+// Charges calls for as long as it lives; afterwards they are free.
 class CallCharge {
  public:
   explicit CallCharge(std::chrono::nanoseconds charge) { SetCallCharge(charge); }
