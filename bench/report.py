@@ -154,7 +154,7 @@ def queries(table, results):
                        f"query/{kind}/bcl/{transport}/sensors:{sensors}", sensors)
             for sensors in (8, 100):
                 for count in (1, 8, 32):
-                    yield (f"{count} names, {sensors} sensors, {transport.upper()}",
+                    yield (f"{count} name{'s' if count > 1 else ''}, {sensors} sensors, {transport.upper()}",
                            f"query/{kind}/bulk/{transport}/sensors:{sensors}/names:{count}",
                            sensors)
 
