@@ -13,7 +13,7 @@ namespace {
 
 constexpr char kLogTag[] = "audio_hw_repeated_thread";
 
-thread_local bool is_worker = false;
+thread_local const RepeatedThread* current_worker = nullptr;
 
 // Linux keeps 15 characters of a thread's name and refuses longer ones.
 void NameThisThread(std::string_view name) {
@@ -39,7 +39,7 @@ void RepeatedThread::Initialize() {
 }
 
 void RepeatedThread::RunThread() {
-  is_worker = true;
+  current_worker = this;
   NameThisThread(name_);
   ThreadLoop();
   std::lock_guard<std::mutex> lock(lock_);
@@ -47,7 +47,12 @@ void RepeatedThread::RunThread() {
 }
 
 bool RepeatedThread::IsWorker() {
-  return is_worker;
+  return current_worker != nullptr;
+}
+
+bool RepeatedThread::IsLastAttempt() {
+  return current_worker != nullptr &&
+         current_worker->failed_runs_ + 1 >= current_worker->repeat_count_;
 }
 
 bool RepeatedThread::HasEnded() {
@@ -77,7 +82,6 @@ void RepeatedThread::ThreadLoop() {
   AssertHeld(lock_);
   if (exit_requested_) return;  // Deinitialize() came before the thread got going.
   running_ = true;
-  uint32_t count = 0;
   while (running_) {
     if (state_ == TriggerState::kIdle) {
       cv_.wait(lock);
@@ -89,21 +93,21 @@ void RepeatedThread::ThreadLoop() {
     if (!running_) return;
     if (done) {
       FinishSuccess();
-      count = 0;
       continue;
     }
-    ++count;
+    ++failed_runs_;
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(pause_ms_);
     if (cv_.wait_until(lock, deadline, [this]() QEL_REQUIRES(lock_) { return !running_; })) {
       __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s[%s]: thread existed after sleep!",
                           "ThreadLoop", name_.data());
       return;
     }
-    FinishFailure(count);
+    FinishFailure();
   }
 }
 
 void RepeatedThread::FinishSuccess() {
+  failed_runs_ = 0;
   if (!run_again_) {
     state_ = TriggerState::kIdle;
     return;
@@ -113,24 +117,24 @@ void RepeatedThread::FinishSuccess() {
                       name_.data());
 }
 
-void RepeatedThread::FinishFailure(uint32_t& count) {
+void RepeatedThread::FinishFailure() {
   const bool run_again = run_again_;
   run_again_ = false;
-  if (count < repeat_count_) {
+  if (failed_runs_ < repeat_count_) {
     if (!run_again) return;
     __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s[%s]: action run again at repeated %d !",
-                        "ThreadLoop", name_.data(), count);
+                        "ThreadLoop", name_.data(), failed_runs_);
     return;
   }
   if (!run_again) {
     // Given up until the next request.
-    count = 0;
+    failed_runs_ = 0;
     state_ = TriggerState::kIdle;
     return;
   }
-  // `count` stays: the further run gets no retries of its own.
+  // failed_runs_ stays: the further run gets no retries of its own.
   __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s[%s]: action run again at last count(%d:%d)!",
-                      "ThreadLoop", name_.data(), count, repeat_count_);
+                      "ThreadLoop", name_.data(), failed_runs_, repeat_count_);
 }
 
 void RepeatedThread::Deinitialize() {

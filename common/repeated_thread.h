@@ -43,8 +43,11 @@ class RepeatedThread {
   void RequestExit() QEL_EXCLUDES(lock_);
   // Whether the thread has left its loop, so that Deinitialize() would not wait for an action.
   bool HasEnded() QEL_EXCLUDES(lock_);
-  // Whether the calling thread is a worker, of whatever object.
+  // Whether the calling thread is a worker, of any object.
   static bool IsWorker();
+  // Whether the calling thread is a worker that gives up, or has given up, if the run under way
+  // fails. The owner's action asks it to hand the job on.
+  static bool IsLastAttempt();
 
   // The body of the thread: for Initialize() only.
   void ThreadLoop() QEL_EXCLUDES(lock_);
@@ -61,9 +64,9 @@ class RepeatedThread {
   // All that the thread does: names it, goes through the loop, and says that it has ended.
   void RunThread() QEL_EXCLUDES(lock_);
   void EndLoop() QEL_REQUIRES(lock_);
-  // What follows a run, and the pause after a failed one; `count` is how many have failed.
+  // What follows a run, and the pause after a failed one.
   void FinishSuccess() QEL_REQUIRES(lock_);
-  void FinishFailure(uint32_t& count) QEL_REQUIRES(lock_);
+  void FinishFailure() QEL_REQUIRES(lock_);
 
   bool exit_requested_ QEL_GUARDED_BY(lock_) = false;
   bool running_ QEL_GUARDED_BY(lock_) = false;    // the thread is inside its loop
@@ -75,6 +78,7 @@ class RepeatedThread {
   std::condition_variable cv_;
   const uint32_t pause_ms_;
   const uint32_t repeat_count_;
+  uint32_t failed_runs_ = 0;                           // in a row; touched by the worker only
   bool exit_announced_ QEL_GUARDED_BY(lock_) = false;  // by RequestExit(), for Deinitialize()
   bool ended_ QEL_GUARDED_BY(lock_) = false;
 };

@@ -65,7 +65,8 @@ bool IsLibrary(const void* address) {
 size_t PausingWorkers() {
   Pauses& pauses = ThePauses();
   std::lock_guard<std::mutex> lock(pauses.lock);
-  return pauses.all.size();
+  return static_cast<size_t>(std::count_if(pauses.all.begin(), pauses.all.end(),
+                                           [](const Pause* pause) { return !pause->ending; }));
 }
 
 void EndPauses() {

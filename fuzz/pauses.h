@@ -10,7 +10,7 @@
 
 namespace norvik::qel::fuzz {
 
-// How many workers are pausing.
+// How many workers are in a pause that EndPauses() has not ended.
 size_t PausingWorkers();
 // Lets the time of all these pauses run out. Nobody may be ending a worker meanwhile.
 void EndPauses();

@@ -113,9 +113,9 @@ class ThermalModel {
   std::set<int> hold;  // types whose next call is to be held
 
   RetryModel reconnect{5, [this] {
-                         if (!GetService()) return false;
-                         for (TypeModel& type : types) Enlist(type.callback, type.type);
-                         return true;
+                         if (GetService()) return true;
+                         if (!types.empty() && reconnect.IsLastAttempt()) restore.Start();
+                         return false;
                        }};
   RetryModel restore{10, [this] {
                        if (!GetService()) return false;
@@ -266,6 +266,7 @@ class ThermalModel {
       wrapped_.clear();
       watched_ = path == 1 || Next(phone_.link) == Outcome::kWorks;
       died_ = false;
+      for (const TypeModel& type : types) Enlist(type.callback, type.type);
       return true;
     }
     return false;
@@ -700,8 +701,10 @@ class ThermalFamily : public Family {
     Compare();
   }
 
-  void Start(Choices& choices) {
-    const int path = choices.Pick(kPaths);
+  void Start(Choices& choices) { Start(kPathValues[choices.Pick(kPaths)]); }
+
+  void Start(ThermalPath value) {
+    const int path = value == ThermalPath::kAidl ? 0 : 1;
     Phone::Service& service = phone_.services[path];
     if (service.alive) return;
     Note(std::string("the service comes up: ") + kPathNames[path]);
@@ -785,9 +788,15 @@ class ThermalFamily : public Family {
     // Of several that wait, the first may be called before or after the others have registered.
     const bool several = model().pending.size() > 1;
     if (several) ReleaseAll();
+    // The reconnect worker's last attempt starts the other one: before or after its next run.
+    if (model().restore.pausing() && model().reconnect.IsNextAttemptTheLast() &&
+        !model().types.empty()) {
+      Start(ThermalPath::kAidl);
+    }
     Note("the pauses are over");
-    model().reconnect.Tick();
+    // In this order, because a pause of the second that the first begins is not over yet.
     model().restore.Tick();
+    model().reconnect.Tick();
     EndPauses();
     Compare(several);
   }

@@ -15,6 +15,9 @@ class RetryModel {
 
   bool running() const { return running_; }
   bool pausing() const { return failures_ > 0; }
+  bool IsNextAttemptTheLast() const { return failures_ + 1 >= repeat_count_; }
+  // For the attempt under way.
+  bool IsLastAttempt() const { return running_ && IsNextAttemptTheLast(); }
 
   void Start() {
     if (running_ || pausing()) {

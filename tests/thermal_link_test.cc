@@ -25,24 +25,13 @@ constexpr char kFound[] =
 constexpr char kDropped[] =
     "RestorePendingThermalCallback: unable  to register client 2 "
     "callback(type:CPU name:nobody)";
-constexpr char kNotReady[] = "RestorePendingThermalCallback: thermal service isn't ready";
 
 std::string Queued(int id) {
   return "RegisterThermalCallback: Add " + std::to_string(id) +
          " to pending queue because of thermal service isn't ready.";
 }
 
-class ThermalLinkTest : public ThermalFixture {
- protected:
-  // Any operation that needs the service and changes nothing; whether it was there.
-  bool Operate() {
-    const char* name = "skin";
-    thermistor out = {};
-    int count = 1;
-    EXPECT_EQ(GetBulkTemperatureByNames(handle_, &name, 1, &out, &count), 0);
-    return count == 1;
-  }
-};
+using ThermalLinkTest = ThermalFixture;
 
 TEST_F(ThermalLinkTest, ANewHandleAsksNobody) {
   Bring(ThermalPath::kAidl);
@@ -85,25 +74,9 @@ TEST_F(ThermalLinkTest, AFailureToLinkIsLoggedAndNothingElse) {
   EXPECT_EQ(standin::CheckServiceScript().calls(), 1) << "the connection counts as made";
 }
 
-class ThermalDeathTest : public ThermalLinkTest, public testing::WithParamInterface<ThermalPath> {
+class ThermalDeathTest : public ThermalPathTest {
  protected:
-  ThermalDeathTest() { Bring(GetParam()); }
   ~ThermalDeathTest() override { DeinitThermalInfo(&handle_); }
-
-  standin::Script& on(ThermalCall call) { return ScriptOf(thermal_, GetParam(), call); }
-  size_t registered() const { return thermal_.callback_count(GetParam()); }
-  standin::Script& look_up() {
-    return GetParam() == ThermalPath::kAidl ? standin::CheckServiceScript()
-                                            : standin::TryGetHidlServiceScript();
-  }
-  // Back before anybody has been told.
-  void Restart() {
-    standin::HoldDeliveries notices(standin::Delivery::kDeathNotice);
-    thermal_.Start(GetParam());
-  }
-  bool IsRegistered(size_t count) {
-    return Eventually([=, this] { return registered() == count; });
-  }
 };
 using ThermalDeathSlowTest = ThermalDeathTest;
 INSTANTIATE_TEST_SUITE_P(, ThermalDeathTest,
@@ -129,47 +102,6 @@ TEST_P(ThermalDeathTest, EveryTypeIsRegisteredAgainAndHearsTheNextChange) {
   }
 }
 
-TEST_P(ThermalDeathTest, AfterGivingUpAnOperationMakesTheLinkButRegistersNobody) {
-  RegisterAndHear<1>("SKIN", "skin");
-  const int before = look_up().calls();
-  thermal_.Kill(GetParam());
-  ASSERT_TRUE(look_up().WaitForCalls(before + 5)) << "the worker's attempts";
-  EXPECT_FALSE(Operate());
-  thermal_.Start(GetParam());
-  EXPECT_TRUE(Operate());
-  EXPECT_EQ(log_.Count(kRecovered), 1);
-  EXPECT_EQ(registered(), 0u) << "only the worker registers";
-  thermal_.SetSeverity("skin", ThrottlingSeverity::LIGHT);
-
-  // A further death that is over in time brings the client back.
-  Restart();
-  ASSERT_TRUE(IsRegistered(1));
-  thermal_.SetSeverity("skin", ThrottlingSeverity::SEVERE);
-  EXPECT_EQ(seen_.Take(), (Call{1, 3})) << "and not what it missed";
-}
-
-TEST_P(ThermalDeathTest, AfterGivingUpANewFirstClientBringsItsTypeBack) {
-  RegisterAndHear<1>("SKIN", "skin");
-  RegisterAndHear<2>("CPU", "cpu");
-  const int before = look_up().calls();
-  thermal_.Kill(GetParam());
-  ASSERT_TRUE(look_up().WaitForCalls(before + 5));
-  EXPECT_FALSE(look_up().WaitForCalls(before + 6, std::chrono::milliseconds(300))) << "gives up";
-  EXPECT_EQ(DeregisterThermalCallback(handle_, 1), 0) << "while the service is away";
-  EXPECT_EQ(log_.Count("DeregisterThermalCallback: double remove for id 1"), 1);
-  thermal_.Start(GetParam());
-  RegisterAndHear<3>("SKIN", "skin");
-  EXPECT_EQ(registered(), 0u) << "the type has clients: nothing is registered for it";
-  EXPECT_EQ(seen_.Take(), (Call{1, 0})) << "still there, and told with the new one";
-  EXPECT_EQ(DeregisterThermalCallback(handle_, 1), 0) << "to be repeated";
-  EXPECT_EQ(DeregisterThermalCallback(handle_, 3), 0);
-  RegisterAndHear<3>("SKIN", "skin");
-  EXPECT_EQ(registered(), 1u);
-  thermal_.SetSeverity("cpu", ThrottlingSeverity::LIGHT);
-  thermal_.SetSeverity("skin", ThrottlingSeverity::LIGHT);
-  EXPECT_EQ(seen_.Take(), (Call{3, 1})) << "the other type stays deaf";
-}
-
 // The service dies between the look-up and the link.
 TEST_P(ThermalDeathTest, ALinkRefusedByADeathStandsForItsNotice) {
   const auto refuse = [&](int times) {
@@ -192,12 +124,12 @@ TEST_P(ThermalDeathTest, ALinkRefusedByADeathStandsForItsNotice) {
     EXPECT_THAT(Log(ANDROID_LOG_WARN), ElementsAre(kNotDeclared, kNotDeclared));
   }
 
-  // The worker does not go on for ever, and the next operation looks again.
+  // Each refusal is one of the worker's five attempts; then the other worker makes its first one.
   RegisterAndHear<1>("SKIN", "skin");
   refuse(5);
   Restart();
-  ASSERT_TRUE(look_up().WaitForCalls(7));
-  EXPECT_FALSE(look_up().WaitForCalls(8, std::chrono::milliseconds(300)));
+  ASSERT_TRUE(IsRegistered(1));
+  EXPECT_EQ(look_up().calls(), 8);
   EXPECT_TRUE(Operate());
   EXPECT_EQ(look_up().calls(), 8);
 }
@@ -315,6 +247,39 @@ TEST_P(ThermalDeathTest, RegistrationsWaitForALateService) {
   thermal_.Start(GetParam());
   ASSERT_TRUE(log_.WaitFor(kFound, 2));
   EXPECT_EQ(log_.Count(kDropped), 1);
+}
+
+// Every length on real pauses: the service is away until so many attempts have failed.
+class ThermalAwaySlowTest : public ThermalDeathTest {};
+INSTANTIATE_TEST_SUITE_P(, ThermalAwaySlowTest,
+                         testing::Values(ThermalPath::kAidl, ThermalPath::kHidl), PathName);
+
+TEST_P(ThermalAwaySlowTest, ClientsComeBackHoweverLongTheServiceWasAway) {
+  RegisterAndHear<1>("SKIN", "skin");
+  int severity = 0;
+  const auto expect_to_hear = [&] {
+    ASSERT_TRUE(IsRegistered(1));
+    thermal_.SetSeverity("skin", static_cast<ThrottlingSeverity>(++severity));
+    EXPECT_EQ(seen_.Take(), (Call{1, severity}));
+  };
+  // 0.1, 0.5, 2, 5 and 8 seconds.
+  for (const int failed_attempts : {4, 5 + 1, 5 + 2, 5 + 5, 5 + 8}) {
+    SCOPED_TRACE(failed_attempts);
+    const int before = look_up().calls();
+    thermal_.Kill(GetParam());
+    ASSERT_TRUE(look_up().WaitForCalls(before + failed_attempts));
+    thermal_.Start(GetParam());
+    ASSERT_NO_FATAL_FAILURE(expect_to_hear());
+  }
+  // Longer than all attempts: silent until the first query.
+  const int before = look_up().calls();
+  thermal_.Kill(GetParam());
+  ASSERT_TRUE(look_up().WaitForCalls(before + 15, std::chrono::seconds(30)));
+  EXPECT_FALSE(look_up().WaitForCalls(before + 16, std::chrono::milliseconds(1500))) << "given up";
+  thermal_.Start(GetParam());
+  EXPECT_EQ(registered(), 0u);
+  EXPECT_TRUE(Operate());
+  expect_to_hear();
 }
 
 TEST_P(ThermalDeathSlowTest, WaitingRegistrationsOutliveTheWorkersTenAttempts) {

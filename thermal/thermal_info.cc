@@ -114,8 +114,18 @@ bool ThermalInfo::ConnectToThermalService() {
     __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s: recover thermal service connection",
                         "GetThermalService");
   }
-  if (died) thermal_service_died_ = true;
+  if (died) {
+    // Registering would fail, too. The next connection does it.
+    thermal_service_died_ = true;
+    return true;
+  }
+  // Here and nowhere else, so that the service sees each callback once, whichever thread connects.
+  for (const auto& callback : thermal_callbacks_) callback->RestoreCallback(thermal_);
   return true;
+}
+
+bool ThermalInfo::ConnectToLivingService() {
+  return ConnectToThermalService() && !thermal_service_died_;
 }
 
 bool ThermalInfo::ConnectToAidlService(bool& died) {
@@ -193,11 +203,10 @@ void ThermalInfo::HandleAidlDeathNotice() {
 
 bool ThermalInfo::ReconnectToThermalService() {
   std::lock_guard<std::mutex> lock(lock_);
-  if (!ConnectToThermalService()) return false;
-  for (const auto& callback : thermal_callbacks_) callback->RestoreCallback(thermal_);
-  // A service that was dead when the link was made is one of the failures that this is repeated
-  // for: no notice will come, and a request of the worker's own would never end.
-  return !thermal_service_died_;
+  if (ConnectToLivingService()) return true;
+  // The worker itself counts: a death during its last pause gives it one more run, not five.
+  if (!thermal_callbacks_.empty() && RepeatedThread::IsLastAttempt()) restore_thread_->Start();
+  return false;
 }
 
 void ThermalInfo::Dump(int fd) {

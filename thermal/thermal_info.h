@@ -25,11 +25,14 @@ namespace norvik::qel::audio {
 // What the device tells of its heat, through one handle to a thermal service: the AIDL one behind
 // ThermalHidlWrapper, or the HIDL one.
 //
-// The service is looked for by the first operation that needs it and, after its death, by the
-// "thermal_reconnect" worker, five times at most, 30 ms apart, and by every later operation. While
-// it is away, registrations wait in pending_callbacks_ for the "thermal_restore" worker, which
-// looks ten times, 1000 ms apart. Only the reconnect worker registers with a new service again what
-// was registered with an old one.
+// Connection. The first operation that needs the service looks it up. After the service's death
+// every operation does, and so do two workers:
+// 1. "thermal_reconnect" tries five times, 30 ms apart.
+// 2. "thermal_restore" tries ten times, 1000 ms apart: after a failed series of the first worker
+//    while there are clients, and for the registrations that wait in pending_callbacks_.
+// Whichever thread connects registers every type that has clients in the same hold of lock_. A new
+// type registers itself. So a service sees each callback once on a connection. A refusal is logged
+// and not repeated.
 //
 // Threads: clients, binder and HIDL threads (notifications, death notices), the two workers, and a
 // "thermal_callback" worker for each type of temperatures that has clients; those call the clients,
@@ -89,10 +92,11 @@ class ThermalInfo {
   // 0; -EINVAL for an unknown id. While no service can be reached only registrations that wait are
   // looked at, and the result is always 0.
   int DeregisterThermalCallback(int id) QEL_EXCLUDES(lock_);
-  // The same with the service at hand. What they take out of service is left in
-  // leaving_callbacks_, which the caller empties with TakeLeaving().
+  // The same with the service at hand.
   int RegisterThermalCallbackWithLock(int id, const std::string& type_name,
                                       const ThermalClientInfo& info) QEL_REQUIRES(lock_);
+  // What it takes out of service is left in leaving_callbacks_, which the caller empties with
+  // TakeLeaving().
   int DeregisterThermalCallbackWithLock(int id) QEL_REQUIRES(lock_);
 
   // The number; -1 for an unknown name.
@@ -113,19 +117,23 @@ class ThermalInfo {
   void ThermalServiceDied() QEL_EXCLUDES(lock_);
   // A death notice of the platform; `cookie` is the ThermalInfo that linked, perhaps gone by now.
   static void onThermalAidlBinderDied(void* cookie);
-  // Makes the link and registers all types again; false when that has to be tried again. For the
-  // "thermal_reconnect" worker.
+  // Connects unless connected; false when that has to be tried again. For the "thermal_reconnect"
+  // worker. Its last attempt hands on to the other worker if there are clients.
   bool ReconnectToThermalService() QEL_EXCLUDES(lock_);
-  // Registers what waits; false while there is no service. For the "thermal_restore" worker.
+  // Connects unless connected, and registers what waits; false while there is no service. For the
+  // "thermal_restore" worker.
   bool RestorePendingThermalCallback() QEL_EXCLUDES(lock_);
 
  private:
   using ThermalHidlWrapper = ::aidl::android::hardware::thermal::ThermalHidlWrapper;
   using Callbacks = std::vector<std::unique_ptr<AudioThermalCallback>>;
 
-  // As GetThermalService(), but for the worker's request: a link that the service's death has
-  // refused is taken as made, with thermal_service_died_ set.
+  // As GetThermalService(), without starting the worker: a link that the service's death has
+  // refused counts as made, with thermal_service_died_ set.
   bool ConnectToThermalService() QEL_REQUIRES(lock_);
+  // For the workers, which try again: a refused link is a failure. No death notification will
+  // come for it, and a worker that started itself would never give up.
+  bool ConnectToLivingService() QEL_REQUIRES(lock_);
   // True when there is such a service; `died` when it has refused the link because it is dead.
   bool ConnectToAidlService(bool& died) QEL_REQUIRES(lock_);
   bool ConnectToHidlService(bool& died) QEL_REQUIRES(lock_);

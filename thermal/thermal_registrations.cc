@@ -53,7 +53,9 @@ int ThermalInfo::RegisterThermalCallbackWithLock(int id, const std::string& type
   if (result == 0) {
     thermal_callbacks_.push_back(std::move(callback));
   } else {
-    Leave(std::move(callback));
+    // Joined here, under lock_ and perhaps by a worker: it never had a client that could wait.
+    callback->Deinitialize(thermal_);
+    callback->StopCallbackThread();
   }
   return result;
 }
@@ -91,26 +93,21 @@ int ThermalInfo::DeregisterThermalCallbackWithLock(int id) {
 }
 
 bool ThermalInfo::RestorePendingThermalCallback() {
-  Callbacks leaving;
-  {
-    std::lock_guard<std::mutex> lock(lock_);
-    if (!GetThermalService()) {
-      __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s: thermal service isn't ready", __func__);
-      return false;
-    }
-    for (const auto& [id, registration] : pending_callbacks_) {
-      const auto& [type_name, info] = registration;
-      const int result = RegisterThermalCallbackWithLock(id, type_name, info);
-      __android_log_print(ANDROID_LOG_DEBUG, kLogTag,
-                          "%s: %s to register client %d callback(type:%s name:%s)", __func__,
-                          result < 0 ? "unable " : "able", id, type_name.c_str(),
-                          info.temperature_name.c_str());
-    }
-    // Also those that have failed: they are not tried again.
-    pending_callbacks_.clear();
-    leaving = TakeLeaving();
+  std::lock_guard<std::mutex> lock(lock_);
+  if (!ConnectToLivingService()) {
+    __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s: thermal service isn't ready", __func__);
+    return false;
   }
-  Stop(leaving);
+  for (const auto& [id, registration] : pending_callbacks_) {
+    const auto& [type_name, info] = registration;
+    const int result = RegisterThermalCallbackWithLock(id, type_name, info);
+    __android_log_print(ANDROID_LOG_DEBUG, kLogTag,
+                        "%s: %s to register client %d callback(type:%s name:%s)", __func__,
+                        result < 0 ? "unable " : "able", id, type_name.c_str(),
+                        info.temperature_name.c_str());
+  }
+  // Also those that have failed: they are not tried again.
+  pending_callbacks_.clear();
   return true;
 }
 

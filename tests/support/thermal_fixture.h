@@ -99,6 +99,14 @@ class ThermalFixture : public testing::Test {
     while (call && call->value == 0) call = seen_.Take();
     return call;
   }
+  // Any operation that needs the service and changes nothing; whether the service answered.
+  bool Operate() {
+    const char* name = "skin";
+    thermistor out = {};
+    int count = 1;
+    EXPECT_EQ(GetBulkTemperatureByNames(handle_, &name, 1, &out, &count), 0);
+    return count == 1;
+  }
   std::string Dump() const { return TextOf(DumpThermalInfo, handle_); }
   // The texts that the family has logged with this priority or a higher one.
   std::vector<std::string> Log(int priority = ANDROID_LOG_DEBUG) const {
@@ -117,6 +125,7 @@ class ThermalFixture : public testing::Test {
   void* handle_ = nullptr;
 };
 
+inline constexpr char kNotReady[] = "RestorePendingThermalCallback: thermal service isn't ready";
 inline constexpr char kNotDeclared[] = "Thermal AIDL service is not declared";
 inline constexpr char kNotRunning[] = "Unable to get Thermal AIDL service, this will be retried...";
 inline constexpr char kRecovered[] = "GetThermalService: recover thermal service connection";
@@ -128,6 +137,18 @@ class ThermalPathTest : public ThermalFixture, public testing::WithParamInterfac
 
   standin::Script& on(ThermalCall call) { return ScriptOf(thermal_, GetParam(), call); }
   size_t registered() const { return thermal_.callback_count(GetParam()); }
+  bool IsRegistered(size_t count) {
+    return Eventually([=, this] { return registered() == count; });
+  }
+  standin::Script& look_up() {
+    return GetParam() == ThermalPath::kAidl ? standin::CheckServiceScript()
+                                            : standin::TryGetHidlServiceScript();
+  }
+  // A restart that is over before the death notification arrives.
+  void Restart() {
+    standin::HoldDeliveries notifications(standin::Delivery::kDeathNotice);
+    thermal_.Start(GetParam());
+  }
 };
 
 inline std::string PathName(const testing::TestParamInfo<ThermalPath>& info) {

@@ -1,0 +1,238 @@
+// Thermal clients after the service's death: however long it is away, and whichever thread connects
+// to its successor.
+#include <android/log.h>
+
+#include <cerrno>
+#include <chrono>
+#include <functional>
+#include <string>
+#include <thread>
+
+#include "fuzz/pauses.h"
+#include "tests/support/process_state.h"
+#include "tests/support/thermal_fixture.h"
+
+namespace norvik::qel {
+namespace {
+
+using standin::Gate;
+using standin::Outcome;
+
+constexpr int kQuickAttempts = 5;  // of "thermal_reconnect", 30 ms apart
+constexpr int kSlowAttempts = 10;  // of "thermal_restore", 1000 ms apart
+
+class ThermalRecoveryTest : public ThermalPathTest {
+ protected:
+  ~ThermalRecoveryTest() override {
+    EndsInTime([this] { DeinitThermalInfo(&handle_); });
+  }
+
+  // Both hear the next change, and the service has each callback once.
+  void ExpectBothHear() {
+    ASSERT_TRUE(IsRegistered(2));
+    severity_ = severity_ % 6 + 1;
+    thermal_.SetSeverity("skin", static_cast<ThrottlingSeverity>(severity_));
+    EXPECT_EQ(seen_.Take(), (Call{1, severity_}));
+    thermal_.SetSeverity("cpu", static_cast<ThrottlingSeverity>(severity_));
+    EXPECT_EQ(seen_.Take(), (Call{2, severity_}));
+    EXPECT_EQ(registered(), 2u);
+    EXPECT_TRUE(seen_.empty());
+  }
+  void RegisterBoth() {
+    RegisterAndHear<1>("SKIN", "skin");
+    RegisterAndHear<2>("CPU", "cpu");
+  }
+
+  int severity_ = 0;
+};
+
+// The workers' pauses last until the test ends them.
+class ThermalShortRecoveryTest : public ThermalRecoveryTest {
+ protected:
+  // The service dies; the workers look for it in vain `attempts` times, and pause.
+  void StayAway(int attempts) {
+    const int before = look_up().calls();
+    thermal_.Kill(GetParam());
+    for (int made = 1; made <= attempts; ++made) {
+      ASSERT_TRUE(look_up().WaitForCalls(before + made)) << "attempt " << made;
+      // The slow worker's first attempt follows at once, during the last quick pause.
+      if (made == kQuickAttempts && attempts > kQuickAttempts) continue;
+      const size_t pausing = made == kQuickAttempts + 1 ? 2 : 1;
+      ASSERT_TRUE(Eventually([=] { return fuzz::PausingWorkers() == pausing; }));
+      if (made != attempts) fuzz::EndPauses();
+    }
+    ASSERT_EQ(look_up().calls(), before + attempts);
+  }
+  void EndPausesUntil(const std::function<bool()>& is_so) {
+    ASSERT_TRUE(Eventually([&] {
+      fuzz::EndPauses();
+      return is_so();
+    }));
+  }
+  static bool AreIdle() { return fuzz::PausingWorkers() == 0; }
+  // Both workers have used up their attempts.
+  void GiveUp() {
+    StayAway(kQuickAttempts + kSlowAttempts);
+    EndPausesUntil(AreIdle);
+  }
+};
+
+// What a service that is away for so long meets.
+struct Away {
+  const char* name;
+  int failed_attempts;
+};
+constexpr Away kAways[] = {
+    {"100ms", 4},
+    {"500ms", kQuickAttempts + 1},
+    {"2s", kQuickAttempts + 2},
+    {"5s", kQuickAttempts + 5},
+    {"8s", kQuickAttempts + 8},
+};
+
+INSTANTIATE_TEST_SUITE_P(, ThermalShortRecoveryTest,
+                         testing::Values(ThermalPath::kAidl, ThermalPath::kHidl), PathName);
+
+TEST_P(ThermalShortRecoveryTest, ClientsComeBackHoweverLongTheServiceWasAway) {
+  RegisterBoth();
+  for (int round = 0; round < 50; ++round) {
+    for (const Away& away : kAways) {
+      SCOPED_TRACE(std::string(away.name) + ", round " + std::to_string(round));
+      ASSERT_NO_FATAL_FAILURE(StayAway(away.failed_attempts));
+      thermal_.Start(GetParam());
+      ASSERT_NO_FATAL_FAILURE(EndPausesUntil(AreIdle));
+      ASSERT_NO_FATAL_FAILURE(ExpectBothHear());
+    }
+  }
+}
+
+TEST_P(ThermalShortRecoveryTest, AfterGivingUpAnyOperationBringsTheClientsBack) {
+  int values[16];
+  int size = 16;
+  const std::function<void()> operations[] = {
+      [&] { EXPECT_TRUE(Operate()); },
+      [&] { EXPECT_EQ(GetBatteryChargeLimitCurrent(handle_, values, &size, false), 0); },
+      [&] { EXPECT_EQ((Register<3>("GPU", "no such name")), -EINVAL); },
+      [&] { EXPECT_EQ(DeregisterThermalCallback(handle_, 4), -EINVAL); },
+  };
+  RegisterBoth();
+  for (const auto& operate : operations) {
+    ASSERT_NO_FATAL_FAILURE(GiveUp());
+    thermal_.Start(GetParam());
+    EXPECT_EQ(registered(), 0u) << "idle costs nothing";
+    const int before = look_up().calls();
+    operate();
+    EXPECT_EQ(look_up().calls(), before + 1);
+    ASSERT_NO_FATAL_FAILURE(ExpectBothHear());
+  }
+  EXPECT_EQ(log_.Count(kNotReady), 4 * kSlowAttempts);
+}
+
+TEST_P(ThermalShortRecoveryTest, AClientThatLeftWhileTheServiceWasAwayStays) {
+  RegisterBoth();
+  ASSERT_NO_FATAL_FAILURE(StayAway(kQuickAttempts + 1));
+  EXPECT_EQ(DeregisterThermalCallback(handle_, 1), 0);
+  EXPECT_EQ(log_.Count("DeregisterThermalCallback: double remove for id 1"), 1);
+  thermal_.Start(GetParam());
+  ASSERT_NO_FATAL_FAILURE(EndPausesUntil(AreIdle));
+  ASSERT_NO_FATAL_FAILURE(ExpectBothHear());
+}
+
+// The service comes back for one query in the middle of a series of attempts, and dies again: the
+// quick worker makes what is left of its series, the slow one all of its own.
+TEST_P(ThermalShortRecoveryTest, ASecondDeathDuringTheRecoveryIsHandled) {
+  RegisterBoth();
+  for (const int attempts : {3, kQuickAttempts + 1, kQuickAttempts + 4}) {
+    SCOPED_TRACE(attempts);
+    ASSERT_NO_FATAL_FAILURE(StayAway(attempts));
+    thermal_.Start(GetParam());
+    EXPECT_TRUE(Operate());
+    ASSERT_EQ(registered(), 2u);
+    log_.Clear();
+    thermal_.Kill(GetParam());
+    ASSERT_TRUE(standin::WaitUntilDelivered());
+    ASSERT_NO_FATAL_FAILURE(EndPausesUntil([this] { return log_.Count(kNotReady) >= 3; }));
+    thermal_.Start(GetParam());
+    ASSERT_NO_FATAL_FAILURE(EndPausesUntil([this] { return registered() == 2 && AreIdle(); }));
+    ASSERT_NO_FATAL_FAILURE(ExpectBothHear());
+  }
+}
+
+TEST_P(ThermalShortRecoveryTest, WithoutClientsTheSlowWorkerIsNotStarted) {
+  RegisterAndHear<1>("SKIN", "skin");
+  EXPECT_EQ(DeregisterThermalCallback(handle_, 1), 0);
+  ASSERT_NO_FATAL_FAILURE(StayAway(kQuickAttempts));
+  ASSERT_NO_FATAL_FAILURE(EndPausesUntil(AreIdle));
+  EXPECT_EQ(log_.Count(kNotReady), 0);
+}
+
+TEST_P(ThermalShortRecoveryTest, TheHandleGoesPromptlyWhileItLooks) {
+  RegisterBoth();
+  ASSERT_NO_FATAL_FAILURE(StayAway(kQuickAttempts + 2));
+  EndsInTime([this] { DeinitThermalInfo(&handle_); });
+}
+
+INSTANTIATE_TEST_SUITE_P(, ThermalRecoveryTest,
+                         testing::Values(ThermalPath::kAidl, ThermalPath::kHidl), PathName);
+
+// The worker is kept from its attempt until a caller has connected; then the worker finds nothing
+// to do, and neither does a second caller.
+TEST_P(ThermalRecoveryTest, EveryTypeIsRegisteredOncePerConnection) {
+  RegisterBoth();
+  const int before = on(ThermalCall::kRegister).calls();
+  const auto gate = std::make_shared<Gate>();
+  on(ThermalCall::kRegister).Then(Outcome::After(gate));
+  Restart();
+  ASSERT_TRUE(gate->WaitForArrivals());  // the worker, with the handle's lock held
+  std::thread caller([&] { EXPECT_TRUE(Operate()); });
+  gate->Open();
+  caller.join();
+  EXPECT_TRUE(Operate());
+  EXPECT_EQ((Register<3>("SKIN", "no such name")), -EINVAL);
+  EXPECT_EQ(on(ThermalCall::kRegister).calls(), before + 2);
+  ASSERT_NO_FATAL_FAILURE(ExpectBothHear());
+}
+
+TEST_P(ThermalRecoveryTest, ARefusalIsNotRepeatedOnTheSameConnection) {
+  RegisterBoth();
+  log_.Clear();
+  const int before = on(ThermalCall::kRegister).calls();
+  on(ThermalCall::kRegister).Then(Outcome::Exception(EX_ILLEGAL_STATE, "not now"));
+  Restart();
+  ASSERT_TRUE(IsRegistered(1));
+  EXPECT_TRUE(Operate());
+  EXPECT_EQ(on(ThermalCall::kRegister).calls(), before + 2);
+  EXPECT_EQ(Log(ANDROID_LOG_WARN).back().find("RegisterCallbackToThermal: "), 0u);
+  Restart();
+  ASSERT_NO_FATAL_FAILURE(ExpectBothHear());
+}
+
+// Each refused registration ends its worker before the next one begins.
+TEST_P(ThermalRecoveryTest, WaitingRegistrationsThatFailLeaveNoWorkers) {
+  constexpr int kWaiting = 300;
+  RegisterAndHear<1>("SKIN", "skin");
+  const auto workers = [] { return ThreadsNamed({"thermal_callback"}); };
+  ASSERT_TRUE(Eventually([&] { return workers() == 1; }));
+  thermal_.Kill(GetParam());
+  ASSERT_TRUE(standin::WaitUntilDelivered());
+  ASSERT_FALSE(Operate());
+  for (int id = 10; id < 10 + kWaiting; ++id) {
+    ASSERT_EQ(
+        RegisterClient(handle_, id, id % 2 == 0 ? "CPU" : "GPU", "no such name", Client<9>, &seen_),
+        0);
+  }
+  // The last one's query: all before it have been refused.
+  const auto gate = std::make_shared<Gate>();
+  for (int i = 1; i < kWaiting; ++i) on(ThermalCall::kQuery).Then({});
+  on(ThermalCall::kQuery).Then(Outcome::After(gate));
+  thermal_.Start(GetParam());
+  fuzz::EndPauses();
+  ASSERT_TRUE(gate->WaitForArrivals());
+  EXPECT_TRUE(Eventually([&] { return workers() <= 2; })) << workers();
+  gate->Open();
+  EXPECT_TRUE(Eventually([&] { return workers() == 1; })) << workers();
+  EXPECT_EQ(registered(), 1u);
+}
+
+}  // namespace
+}  // namespace norvik::qel
