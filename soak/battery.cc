@@ -78,7 +78,7 @@ class Battery : public Subject {
   size_t held() const override { return health_.callback_count(); }
   size_t held_by_handle() const override { return 1; }
   standin::Script& enlist() override { return health_.on(HealthOperation::kRegisterCallback); }
-  int attempts() const override { return 10; }
+  int pauses() const override { return 10; }
 
   // Values are passed on as reported, not checked.
   long Hostilities(int rounds) override {

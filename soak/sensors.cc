@@ -71,7 +71,7 @@ class Sensors : public Subject {
   }
   size_t held_by_handle() const override { return 2; }
   standin::Script& enlist() override { return hub_->on(standin::SensorFunction::kRegisterSensor); }
-  int attempts() const override { return 0; }
+  int pauses() const override { return 0; }
 
   // What no int can hold becomes the nearest int, what is no number 0; unknown sensors go nowhere.
   long Hostilities(int rounds) override {

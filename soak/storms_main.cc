@@ -110,7 +110,7 @@ void RunFamily(const Family& family, const Counts& counts, uint64_t seed) {
   for (const Kind& kind : kinds) {
     norvik::qel::soak::UnderWay(kind.name);
     const std::unique_ptr<Subject> subject = family.make();
-    if (kind.of_death && subject->attempts() == 0) continue;
+    if (kind.of_death && subject->pauses() == 0) continue;
     const auto count = std::max(1, static_cast<int>(kind.count));
     // A small one first: what is kept for ever has been made then.
     kind.storm(*subject, std::max(1, std::min(count / 10, 500)), seed + 1'000'000);

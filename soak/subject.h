@@ -58,11 +58,11 @@ class Subject {
   // The operation that adds to them.
   virtual standin::Script& enlist() = 0;
 
-  // How often a handle looks for a service that has died before it gives up; 0 when the family does
-  // not survive its service's death.
-  virtual int attempts() const = 0;
-  // Whether, after that, another death that is over in time brings the clients back.
-  virtual bool revives_by_death() const { return false; }
+  // How often the workers' pauses have to be ended after a death until the handle gives up; 0 when
+  // the family does not survive its service's death.
+  virtual int pauses() const = 0;
+  // Whether, after that, a question brings the clients back.
+  virtual bool revives_by_question() const { return false; }
 
   // Hands over what no service should, and looks at the documented results. Returns how much of it.
   virtual long Hostilities(int rounds) = 0;

@@ -167,7 +167,7 @@ void AmidEverything(Subject& subject, uint64_t seed) {
     for (int i = 0; i < 20; ++i) subject.Report(i);
   });
   std::thread dying([&] {
-    for (uint64_t i = seed % 4; subject.attempts() > 0 && i > 0; --i) {
+    for (uint64_t i = seed % 4; subject.pauses() > 0 && i > 0; --i) {
       subject.Kill();
       subject.Start();
     }
@@ -202,7 +202,7 @@ std::string TeardownStorm(Subject& subject, int count, uint64_t seed) {
   long done = 0;
   long points = 0;
   for (const Point& point : kPoints) {
-    if (point.of_death && subject.attempts() == 0) continue;
+    if (point.of_death && subject.pauses() == 0) continue;
     ++points;
     for (int round = 0; round < count; ++round, ++done) {
       UnderWay("ends of handles");

@@ -94,8 +94,9 @@ class ThermalOver : public Subject {
     return is_aidl() ? thermal_.on(ThermalOperation::kRegisterThermalChangedCallbackWithType)
                      : thermal_.on(HidlThermalOperation::kRegisterThermalChangedCallback);
   }
-  int attempts() const override { return 5; }
-  bool revives_by_death() const override { return true; }
+  // Four between five attempts; the last of these five is also the first of ten.
+  int pauses() const override { return 4 + 10; }
+  bool revives_by_question() const override { return true; }
 
   long Hostilities(int rounds) override {
     const auto kept = thermal_.data();
