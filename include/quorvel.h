@@ -12,13 +12,17 @@
  * with -EINVAL, or ignored by functions without a result.
  *
  * Threads. Functions may be called from any thread, several at a time, from inside callbacks too,
- * with one exception: Deinit...() must not run beside any other call on the same handle, but for
+ * with one exception: Deinit...() must not run beside any other call on the same handle, except
  * those that the handle's own callbacks make, and must not be called from a callback of that handle
  * (it waits for callbacks to end).
  *
  * Callbacks run on a worker thread of the library, one at a time per handle and family (thermal:
  * see ThermalCallbackFunc), with no lock of the library held. A callback that takes long delays the
- * clients that share its thread, nobody else. No function calls back on its caller's thread.
+ * clients that share its thread, and no others. No function calls back on its caller's thread.
+ *
+ * Dumps. A Dump...() function composes its text first and then writes it, with no lock held. While
+ * the descriptor takes nothing, as a full pipe, only the caller waits. An error ends the dump; a
+ * reader that has gone does not end the process by SIGPIPE.
  *
  * Process. The platform delivers through its binder threads, which the program has to have
  * started (ABinderProcess_startThreadPool() and the like): without them no report and no death of
@@ -26,6 +30,10 @@
  * called. (For a HIDL thermal service and for sensors the platform starts a thread where there is
  * none.) The library stays mapped when it is unloaded with dlclose(), since the platform may still
  * hold objects of it.
+ *
+ * The services run in other processes. One in the same process would be called, and would call
+ * back, on the caller's thread: a thermal service that notifies inside a query deadlocks, and so
+ * does a health service that reports inside a call.
  */
 #ifndef QUORVEL_H
 #define QUORVEL_H
@@ -68,14 +76,16 @@ extern "C" {
  * The link to the service. The first client of any property makes the link, the last one to leave
  * ends it. (Attempts to link that are under way when the last one leaves go on; the link that they
  * make stays for the next client.) A new link brings a report at once, so clients hear the first
- * values without asking; a value that is known already and that the report only repeats calls
- * nobody (see BatteryInfoCallback).
+ * values without asking; a value that is known already and that the report only repeats causes no
+ * call (see BatteryInfoCallback).
  *
  * When the service dies, values stay as they are and the library links again in the background:
  * ten attempts, 200 ms apart. (An attempt takes up to five seconds longer while the device
  * declares a service that does not run, because the platform's look-up waits for it.) The same
- * happens when the first client finds no service. When the link is back the service reports, and
- * clients hear whatever has changed.
+ * happens when the first client finds no service. A first client or a death that comes while such
+ * attempts are under way joins them and gets what is left of the ten; in the pause after the tenth,
+ * one more attempt. When the link is back the service reports, and clients hear whatever has
+ * changed.
  *
  * When all ten attempts have failed the library gives up: the clients stay registered but hear
  * nothing, cached values grow old, and registering further clients changes nothing. What brings
@@ -84,9 +94,11 @@ extern "C" {
  *
  * What may block. A handle talks to the service with its lock held, so while it waits for the
  * service, its background attempts included, everything else on the same handle waits as well:
- * registrations, deregistrations, fresh queries, Deinit...(). Cached values and dumps never wait,
- * nor do other handles. A look-up takes up to five seconds while the device declares a service that
- * does not run; a call to the service takes as long as the service does.
+ * registrations, deregistrations, fresh queries, Deinit...(), and calls to clients that have not
+ * begun. Cached values never wait; dumps wait for their reader only. Other handles do not wait,
+ * with one exception: the platform notifies the handles of a death one after another, so a handle
+ * that waits delays the notice to the next one. A look-up takes up to five seconds while the device
+ * declares a service that does not run; a call to the service takes as long as the service does.
  * @{
  */
 
@@ -278,12 +290,13 @@ int DeregisterDockChargerIsOnlineCallback(void* handle, BatteryInfoCallback call
  *
  * A service that is late. While the sensor service does not run yet, registrations succeed and
  * wait, and the library looks for the service once a second for as long as that takes. Then it
- * enables the sensors that are waited for. One that turns out not to exist, or that the service
- * refuses, is given up: its clients stay registered and hear nothing until all of them have left
- * and a first client registers anew. A service that runs but cannot be used (no sensor manager,
- * looper or event queue) is a rarer case: when it was missing before, the library gives up once it
- * has made ten attempts in all; when a registration meets it so, nothing is tried again. In both
- * cases clients have to leave and register anew, as above.
+ * enables the sensors that are waited for. Their clients are not called at once: the first call is
+ * for the sensor's next event. A sensor that turns out not to exist, or that the service refuses,
+ * is given up: its clients stay registered and hear nothing until all of them have left and a first
+ * client registers again. A service that runs but cannot be used (no sensor manager, looper or
+ * event queue) is a rarer case: when it was missing before, the library gives up once it has made
+ * ten attempts in all; when a registration meets it so, nothing is tried again. In both cases
+ * clients have to leave and register again, as above.
  *
  * A service that dies. **The library does not survive the end of the sensor service while a sensor
  * is or was in use**: the platform then frees the objects that it has given to this process. (The
@@ -292,11 +305,13 @@ int DeregisterDockChargerIsOnlineCallback(void* handle, BatteryInfoCallback call
  * The looper. A device has one looper per process, and a handle with an enabled sensor waits on it
  * in a thread of the library. Any number of handles share it. A program that polls the looper
  * itself takes news and wakes away from the library: it must not do so while a sensor handle
- * exists.
+ * exists. A program may have an event queue of its own on the looper, with a callback. A poll
+ * thread of the library then calls that callback, and while the callback blocks, every sensor
+ * handle waits: for its events, and in DeinitSensorInfo().
  *
  * What may block. A handle talks to the platform with its lock held, so while it waits, everything
- * else on the same handle waits as well: registrations, deregistrations, calls to clients,
- * Deinit...(). Dumps never wait, nor do other handles.
+ * else on the same handle waits as well: registrations, deregistrations, calls to clients that have
+ * not begun, Deinit...(). Dumps wait for their reader only. Other handles do not wait.
  * @{
  */
 
@@ -307,9 +322,9 @@ int DeregisterDockChargerIsOnlineCallback(void* handle, BatteryInfoCallback call
  *
  * Called once soon after a registration that finds its sensor enabled or enables it, with the last
  * reading of this handle, which is 0 while there is none and may be from long ago when the sensor
- * was disabled meanwhile; and then whenever the sensor has reported, also when the
- * reading is the same. Reports that come faster than clients are called fold into one call with the
- * latest reading.
+ * was disabled meanwhile; and then whenever the sensor has reported, also when the reading is the
+ * same. A client that has waited for a late service gets the second kind of call only. Reports that
+ * come faster than clients are called fold into one call with the latest reading.
  */
 typedef void (*SensorCallbackFunc)(int value, void* cookie);
 
@@ -417,7 +432,7 @@ int DeregisterHingeAngleSensorCallback(void* handle, int id);
  * | severity  | value | what the device does                            |
  * |-----------|-------|-------------------------------------------------|
  * | NONE      | 0     | nothing                                         |
- * | LIGHT     | 1     | throttles so that nobody notices                |
+ * | LIGHT     | 1     | throttles, and the user does not notice         |
  * | MODERATE  | 2     | throttles noticeably, but not much              |
  * | SEVERE    | 3     | throttles so that the use of it suffers         |
  * | CRITICAL  | 4     | has done all it can to cool down                |
@@ -431,15 +446,16 @@ int DeregisterHingeAngleSensorCallback(void* handle, int id);
  *
  * The link to the service is made by the first call that needs it, and by every later one while
  * there is none; such a call does not wait for a service that does not run. Once there is one the
- * library uses it until it dies, whichever it is; after its death both are looked for anew, the
- * AIDL one first.
+ * library uses it until it dies, whichever it is; after its death both are looked for again, the
+ * AIDL one first. Whatever makes the link again, a call of the program or an attempt in the
+ * background, registers every type that has clients with the service, once per link.
  *
- * When the service dies the library looks for it in the background, five attempts, 30 ms apart, and
- * has every type that has clients registered with the service again. Clients stay registered, but
- * are not told what has changed meanwhile: they hear of the next change. When all five attempts
- * have failed the library gives up. A call that needs the service then makes the link again, but
- * **the clients registered before hear nothing** until the service has died once more and come back
- * in time, or until the last client of their type has left and one has registered anew.
+ * When the service dies the library looks for it in the background: five attempts, 30 ms apart, and
+ * if these fail while there are clients, ten more, 1000 ms apart. Clients stay registered, but are
+ * not called when the link is back: they hear the next throttling change. When all attempts have
+ * failed the library gives up, and clients hear nothing until the next call that contacts the
+ * service (a query that is not cached, a registration, a deregistration) finds one and so brings
+ * them back.
  *
  * Registrations while no service can be reached succeed and wait. The library looks for the service
  * ten times, 1000 ms apart, and when it finds it registers all that wait, once; what fails then (a
@@ -447,14 +463,20 @@ int DeregisterHingeAngleSensorCallback(void* handle, int id);
  * When all ten attempts have failed they go on waiting, until a further registration with another
  * id while the service is still away starts another ten.
  *
- * When the service refuses to register a type, at the first client's registration or after a death,
- * that is written to the log and not tried again before another death or a new first client:
- * the clients of the type hear what they are told at their registration, and nothing more.
+ * A death or a registration that comes while attempts of its kind are under way joins them and gets
+ * what is left of the five or ten; in the pause after the last one, one more attempt.
+ *
+ * When the service refuses to register a type, that is written to the log and not tried again on
+ * the same link, unless all clients of the type leave and a first one registers again. Until then
+ * the clients of the type hear what they, and later clients of the same temperature, are told at
+ * registration, and nothing more.
  *
  * What may block. A handle talks to the service with its lock held, so while it waits for an
  * answer, everything else on the same handle waits as well: registrations, deregistrations,
  * queries, cached values too, dumps, Deinit...(), and while the call concerns a type, calls to its
- * clients that have not begun. Other handles do not wait.
+ * clients that have not begun. Other handles do not wait, with one exception: the platform notifies
+ * the handles of a death one after another, so a handle that waits delays the notice to the next
+ * one.
  * @{
  */
 
@@ -520,8 +542,7 @@ void DeinitThermalInfo(void** handle);
 
 /**
  * Writes the battery charge limits last read and the clients to a file descriptor, as text for
- * people. Waits while the handle waits for the service, and keeps the handle waiting while the
- * descriptor takes nothing, as a pipe that nobody empties.
+ * people. Waits while the handle waits for the service; then writes with no lock held.
  * @param handle  a thermal handle; nothing is written when NULL.
  * @param fd      an open descriptor; it stays open.
  */

@@ -47,12 +47,16 @@ export PKG_CONFIG_PATH=$libdir/pkgconfig
 rm -rf "$work/make"
 cp -r "$examples/c_client" "$work/make"
 run make make -C "$work/make" CFLAGS="-O0 -Wall -Wextra -Werror" \
-  LDFLAGS="-Wl,-rpath,$libdir ${LD_LIBRARY_PATH:+-Wl,-rpath-link,$libdir}" client
+  LDFLAGS="-Wl,-rpath,$libdir ${LD_LIBRARY_PATH:+-Wl,-rpath-link,$libdir}" client client_and_phone
 for client in c_client/client make/client; do
   run c_client "$work/$client"
   grep -qx "battery level: the health service cannot be asked" "$work/c_client.log" ||
     fail "$client has not asked: $(cat "$work/c_client.log")"
   grep -q "linked to services = F" "$work/c_client.log" || fail "$client has not dumped"
+  # With a phone it hears what the phone reports.
+  run c_client_and_phone timeout 60 "$work/${client}_and_phone" 50
+  grep -qx "battery level: 80 %" "$work/c_client_and_phone.log" ||
+    fail "${client}_and_phone has heard nothing: $(cat "$work/c_client_and_phone.log")"
 done
 run cpp_client timeout 60 "$work/cpp_client/client"
 diff <(printf 'battery level: %d %%\n' 80 79 78) "$work/cpp_client.log" || fail "other levels"

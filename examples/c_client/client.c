@@ -1,19 +1,25 @@
-/* Asks for the battery's values once, listens for SECONDS (default 0), and dumps the state.
+/* Listens until it has heard a battery level, for at most SECONDS (default 0), asks for the
+ * battery's values and dumps the state.
  *
- * On a phone it hears the phone. On a host no service runs unless the program brings one: the
- * library says so, and the program shows how that looks to a client.
+ * On a phone it hears the phone. On a host no service runs unless the program brings one: client
+ * shows how that looks, and client_and_phone has a phone linked to it (phone.cc).
  */
 #include <android/binder_process.h>
 #include <errno.h>
 #include <quorvel.h>
+#include <semaphore.h>
 #include <stdio.h>
 #include <stdlib.h>
+#include <time.h>
 #include <unistd.h>
+
+static sem_t heard;
 
 /* On a thread of the library. */
 static void OnLevel(int percent, void* cookie) {
   (void)cookie;
   printf("battery level: %d %%\n", percent);
+  sem_post(&heard);
 }
 
 static void Show(const char* what, int value) {
@@ -26,22 +32,32 @@ static void Show(const char* what, int value) {
   }
 }
 
+static void Listen(unsigned seconds) {
+  struct timespec end;
+  clock_gettime(CLOCK_REALTIME, &end);
+  end.tv_sec += seconds;
+  while (sem_timedwait(&heard, &end) != 0 && errno == EINTR) {
+  }
+}
+
 int main(int argc, char** argv) {
   const unsigned seconds = argc > 1 ? (unsigned)strtoul(argv[1], NULL, 10) : 0;
+  sem_init(&heard, /*pshared=*/0, /*value=*/0);
   /* Reports and deaths arrive on these threads. */
   ABinderProcess_startThreadPool();
 
   void* battery = NULL;
   InitBatteryInfo(&battery);
   if (battery == NULL) return EXIT_FAILURE;
+  /* A service that comes up within two seconds is found; see quorvel.h for later ones. The first
+   * client hears only what differs from the values known before: it registers before it asks. */
+  if (RegisterBatteryLevelCallback(battery, OnLevel, NULL) != 0) return EXIT_FAILURE;
+  Listen(seconds);
+
   Show("battery level", GetBatteryLevel(battery, false));
   Show("battery cycles", GetBatteryCycleCount(battery, false));
   /* 0 is online: see quorvel.h. */
   Show("dock charger, 0 while online", GetDockChargerIsOnline(battery, false));
-
-  /* A service that comes up within two seconds is found; see quorvel.h for later ones. */
-  if (RegisterBatteryLevelCallback(battery, OnLevel, NULL) != 0) return EXIT_FAILURE;
-  sleep(seconds);
   fflush(stdout);
   DumpBatteryInfo(battery, STDOUT_FILENO);
   DeinitBatteryInfo(&battery);

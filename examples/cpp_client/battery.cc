@@ -12,7 +12,7 @@ Battery::Battery() {
   }
 }
 
-// Nobody is called once this has returned, so that the cookie may go.
+// No call is made once this has returned, so that the cookie may go.
 Battery::~Battery() {
   DeinitBatteryInfo(&handle_);
 }

@@ -8,7 +8,7 @@
 // Levels as the library tells them, to be taken by a thread of the client's own: the library's
 // thread only leaves them here.
 //
-// Threads: any. The object goes when nobody waits any more.
+// Threads: any. The object is destroyed when no thread waits any more.
 class Battery {
  public:
   Battery();
