@@ -106,6 +106,10 @@ bool SensorInfo::Initialize() {
       state.active = false;
       state.data = 0;
     }
+    // ReleaseInterface() leaves these as they are when the service never came up, and a
+    // registration after Deinitialize() may have added to them.
+    for (ClientList& clients : clients_) clients.Clear();
+    pending_sensors_.clear();
     poll_started_ = false;
     closing_ = false;
     poll_thread_ = std::make_unique<SensorPollThread>(this);

@@ -47,7 +47,8 @@ class SensorInfo {
   SensorInfo(const SensorInfo&) = delete;
   SensorInfo& operator=(const SensorInfo&) = delete;
 
-  // Makes the workers, idle. The sensor service is not contacted.
+  // Makes the workers, idle; clients and waiting sensors of an earlier life are forgotten. The
+  // sensor service is not contacted.
   bool Initialize() QEL_EXCLUDES(lock_);
   // Joins the workers, then gives the platform's objects back.
   void Deinitialize() QEL_EXCLUDES(lock_);
