@@ -3,13 +3,13 @@
 #include <android/binder_ibinder.h>
 #include <android/binder_manager.h>
 #include <android/log.h>
-#include <stdio.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <string>
 #include <utility>
 
+#include "common/dump_writer.h"
 #include "common/live_objects.h"
 
 namespace norvik::qel::audio {
@@ -170,13 +170,15 @@ int BatteryInfo::GetFreshProperty(PropertyType type) {
 }
 
 void BatteryInfo::Dump(int fd) const {
-  dprintf(fd, "BatteryInfo:\n");
-  dprintf(fd, "  linked to services = %s\n", linked_.load(std::memory_order_relaxed) ? "T" : "F");
+  DumpWriter out;
+  out.Print("BatteryInfo:\n");
+  out.Print("  linked to services = %s\n", linked_.load(std::memory_order_relaxed) ? "T" : "F");
   for (size_t i = 0; i < kPropertyCount; ++i) {
     const auto type = static_cast<PropertyType>(i);
-    dprintf(fd, "  %s = %d (clients:%d)\n", PropertyName(type), UnlockedValue(type),
-            client_counts_[i].load(std::memory_order_relaxed));
+    out.Print("  %s = %d (clients:%d)\n", PropertyName(type), UnlockedValue(type),
+              client_counts_[i].load(std::memory_order_relaxed));
   }
+  out.WriteTo(fd);
 }
 
 bool BatteryInfo::GetInfoFromHealthService() {

@@ -542,7 +542,8 @@ void DeinitThermalInfo(void** handle);
 
 /**
  * Writes the battery charge limits last read and the clients to a file descriptor, as text for
- * people. Waits while the handle waits for the service; then writes with no lock held.
+ * people. Waits while the handle waits for the service, then writes with no lock held: a descriptor
+ * that blocks, such as a full pipe, delays only the caller. Raises no SIGPIPE.
  * @param handle  a thermal handle; nothing is written when NULL.
  * @param fd      an open descriptor; it stays open.
  */

@@ -4,7 +4,6 @@
 #include <android/binder_ibinder.h>
 #include <android/binder_manager.h>
 #include <android/log.h>
-#include <stdio.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -107,6 +106,10 @@ bool SensorInfo::Initialize() {
       state.active = false;
       state.data = 0;
     }
+    // ReleaseInterface() leaves these as they are when the service never came up, and a
+    // registration after Deinitialize() may have added to them.
+    for (ClientList& clients : clients_) clients.Clear();
+    pending_sensors_.clear();
     poll_started_ = false;
     closing_ = false;
     poll_thread_ = std::make_unique<SensorPollThread>(this);
@@ -228,21 +231,23 @@ const char* SensorInfo::GetASensorString(AudioSensorType type) const {
 }
 
 void SensorInfo::Dump(int fd) {
-  dprintf(fd, "SensorInfo:\n");
-  dprintf(fd, "  Poll :%s\n", Letter(poll_started_.load(std::memory_order_relaxed)));
-  DumpSensor(fd, PROXIMITY);
-  DumpSensor(fd, HINGE_ANGLE);
+  DumpWriter out;
+  out.Print("SensorInfo:\n");
+  out.Print("  Poll :%s\n", Letter(poll_started_.load(std::memory_order_relaxed)));
+  DumpSensor(PROXIMITY, out);
+  DumpSensor(HINGE_ANGLE, out);
+  out.WriteTo(fd);
 }
 
-void SensorInfo::DumpSensor(int fd, AudioSensorType type) const {
+void SensorInfo::DumpSensor(AudioSensorType type, DumpWriter& out) const {
   const SensorState& state = UnlockedSensor(type);
-  dprintf(fd, "  Sensor: %s\n", GetASensorString(type));
-  dprintf(fd, "    initialized:%s active:%s, data:%d\n",
-          Letter(state.initialized.load(std::memory_order_relaxed)),
-          Letter(state.active.load(std::memory_order_relaxed)),
-          state.data.load(std::memory_order_relaxed));
+  out.Print("  Sensor: %s\n", GetASensorString(type));
+  out.Print("    initialized:%s active:%s, data:%d\n",
+            Letter(state.initialized.load(std::memory_order_relaxed)),
+            Letter(state.active.load(std::memory_order_relaxed)),
+            state.data.load(std::memory_order_relaxed));
   for (const ClientList::State& client : UnlockedClients(type)) {
-    dprintf(fd, "    client id:%d need_to_update:%s\n", client.id, Letter(client.need_to_update));
+    out.Print("    client id:%d need_to_update:%s\n", client.id, Letter(client.need_to_update));
   }
 }
 

@@ -11,6 +11,7 @@
 #include <mutex>
 #include <vector>
 
+#include "common/dump_writer.h"
 #include "common/repeated_thread.h"
 #include "common/thread_annotations.h"
 #include "sensor/client_list.h"
@@ -46,7 +47,8 @@ class SensorInfo {
   SensorInfo(const SensorInfo&) = delete;
   SensorInfo& operator=(const SensorInfo&) = delete;
 
-  // Makes the workers, idle. The sensor service is not contacted.
+  // Makes the workers, idle; clients and waiting sensors of an earlier life are forgotten. The
+  // sensor service is not contacted.
   bool Initialize() QEL_EXCLUDES(lock_);
   // Joins the workers, then gives the platform's objects back.
   void Deinitialize() QEL_EXCLUDES(lock_);
@@ -100,7 +102,7 @@ class SensorInfo {
   void ReadEvents() QEL_EXCLUDES(lock_);
   // Without lock_, which nobody else is left to take: the workers are joined, callers are gone.
   void ReleaseInterface() QEL_UNCHECKED;
-  void DumpSensor(int fd, AudioSensorType type) const;
+  void DumpSensor(AudioSensorType type, DumpWriter& out) const;
 
   // Reads without lock_, deliberately: a dump never waits for the platform or a worker.
   const SensorState& UnlockedSensor(AudioSensorType type) const QEL_UNCHECKED {

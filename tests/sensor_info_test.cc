@@ -380,6 +380,28 @@ TEST_F(SensorObjectTest, AnObjectMayBeInitializedAgain) {
   }
 }
 
+TEST_F(SensorObjectTest, AnObjectThatIsInitializedAgainStartsEmpty) {
+  SensorInfo sensor_info;
+  const auto add = [&](SensorInfo::AudioSensorType type) {
+    return sensor_info.RegisterCallback(
+        type, {.need_to_update = true, .id = 1, .callback = Client<1>, .cookie = &seen_});
+  };
+  sensor_info.Initialize();
+  ASSERT_EQ(add(SensorInfo::PROXIMITY), 0);
+  ASSERT_EQ(add(SensorInfo::HINGE_ANGLE), 0);
+  sensor_info.Deinitialize();
+
+  hub_.Start();
+  sensor_info.Initialize();
+  EXPECT_TRUE(sensor_info.ReconnectToSensorService());
+  EXPECT_EQ(Calls(SensorFunction::kCreateEventQueue), 0) << "no sensor waits for the service";
+  EXPECT_EQ(add(SensorInfo::HINGE_ANGLE), 0);
+  EXPECT_EQ(seen_.Take(), (Call{1, 0}));
+  hub_.Report({{.type = kProximity, .value = 1}, {.type = kHinge, .value = 90}});
+  EXPECT_EQ(seen_.Take(), (Call{1, 90})) << "and no client of the first life";
+  sensor_info.Deinitialize();
+}
+
 class SensorlessTest : public testing::Test {
  protected:
   standin::LogCapture log_;

@@ -8,11 +8,13 @@
 #include <thread>
 #include <vector>
 
+#include "tests/support/pipe.h"
 #include "tests/support/thermal_fixture.h"
 
 namespace norvik::qel {
 namespace {
 
+using aidl::android::hardware::thermal::TemperatureType;
 using standin::Gate;
 using standin::Outcome;
 using testing::Contains;
@@ -212,6 +214,45 @@ TEST_P(ThermalDeathTest, SeveralHandlesEachComeBack) {
   EXPECT_EQ(other_seen.Take(), (Call{5, 1}));
   DeinitThermalInfo(&other);
   EXPECT_EQ(registered(), 1u);
+}
+
+TEST_P(ThermalDeathTest, ADumpWhoseReaderHasStoppedHoldsUpNoRecovery) {
+  Pipe pipe;
+  const size_t capacity = pipe.Shrink();
+  thermal_.Change([capacity](devices::ThermalData& data) {
+    data.temperatures.push_back(
+        {.type = TemperatureType::BCL_CURRENT, .name = "AUDIO" + std::string(2 * capacity, 'x')});
+  });
+  int limits[4] = {};
+  int size = 4;
+  ASSERT_EQ(GetBatteryChargeLimitCurrent(handle_, limits, &size, false), 0);
+  RegisterAndHear<1>("SKIN", "skin");
+  RegisterAndHear<2>("CPU", "cpu");
+  void* other = nullptr;
+  Seen<Call> other_seen;
+  InitThermalInfo(&other);
+  ASSERT_EQ(RegisterClient(other, 3, "SKIN", "skin", Client<3>, &other_seen), 0);
+  ASSERT_TRUE(other_seen.Take());
+
+  const std::string text = Dump();
+  Seen<bool> dumped;
+  std::thread dumper([&] {
+    DumpThermalInfo(handle_, pipe.writer());
+    dumped.Put(true);
+  });
+  EXPECT_TRUE(Eventually([&] { return pipe.unread() > capacity / 2; }));
+  Restart();
+  EXPECT_TRUE(IsRegistered(3));
+  thermal_.SetSeverity("cpu", ThrottlingSeverity::LIGHT);
+  thermal_.SetSeverity("skin", ThrottlingSeverity::LIGHT);
+  EXPECT_EQ(other_seen.Take(), (Call{3, 1}));
+  EXPECT_TRUE(dumped.empty()) << "all of that while the dump waits";
+  EXPECT_TRUE(pipe.Read(text.size()) == text);
+  dumper.join();
+  EXPECT_EQ(pipe.unread(), 0u);
+  EXPECT_TRUE(seen_.Take());
+  EXPECT_TRUE(seen_.Take());
+  DeinitThermalInfo(&other);
 }
 
 TEST_P(ThermalDeathTest, RegistrationsWaitForALateService) {

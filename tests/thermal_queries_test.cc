@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/pipe.h"
 #include "tests/support/thermal_fixture.h"
 #include "thermal/thermal_info.h"
 
@@ -99,6 +100,29 @@ TEST_P(ThermalQueriesTest, LimitsAreThoseThatConcernAudio) {
             "  bcl type = 6\n  bcl name = AUDIO_voltage\n  bcl status = 3\n\n"
             "  bcl type = 6\n  bcl name = xAUDIO\n  bcl status = 6\n\n"
             "  bcl type = 7\n  bcl name = AUDIO_current\n  bcl status = 2\n\n");
+}
+
+TEST_P(ThermalQueriesTest, TheDumpTakesNamesAsTheyAre) {
+  thermal_.Change([](devices::ThermalData& data) { data.temperatures.clear(); });
+  const std::string odd("%s%n AUDIO\n\t\xff\0cut", 17);
+  const std::string large = "AUDIO" + std::string(100'000, 'x');
+  for (const std::string& name : {odd, large}) {
+    AddLimit(thermal_, TemperatureType::BCL_CURRENT, name, ThrottlingSeverity::LIGHT);
+  }
+  EXPECT_THAT(Limits(GetBatteryChargeLimitCurrent, handle_, false), ElementsAre(1, 1));
+  const std::string text = Dump();
+  const auto entry = [](const std::string& name) {
+    return "  bcl type = 7\n  bcl name = " + name + "\n  bcl status = 1\n\n";
+  };
+  EXPECT_TRUE(text == "ThermalInfo:\n" + entry("%s%n AUDIO\n\t\xff") + entry(large)) << text.size();
+
+  // The first error ends it: what a full pipe has taken stays in order and nothing follows.
+  Pipe pipe;
+  const size_t capacity = pipe.Shrink();
+  ASSERT_EQ(fcntl(pipe.writer(), F_SETFL, O_NONBLOCK), 0);
+  DumpThermalInfo(handle_, pipe.writer());
+  EXPECT_EQ(pipe.unread(), capacity);
+  EXPECT_TRUE(pipe.Read(capacity) == text.substr(0, capacity));
 }
 
 TEST_P(ThermalQueriesTest, LimitsNeedRoom) {

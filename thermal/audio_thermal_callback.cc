@@ -1,7 +1,6 @@
 #include "thermal/audio_thermal_callback.h"
 
 #include <android/log.h>
-#include <stdio.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -187,13 +186,18 @@ bool AudioThermalCallback::DispatchToClient() {
 }
 
 void AudioThermalCallback::Dump(int fd) {
+  DumpWriter out;
+  Dump(out);
+  out.WriteTo(fd);
+}
+
+void AudioThermalCallback::Dump(DumpWriter& out) {
   std::lock_guard<std::mutex> lock(lock_);
-  dprintf(fd, "  audio thermal callback: %p\n", static_cast<void*>(this));
-  dprintf(fd, "    supported_temperature_type_: %d\n",
-          static_cast<int>(supported_temperature_type_));
-  dprintf(fd, "    clients: \n");
+  out.Print("  audio thermal callback: %p\n", static_cast<void*>(this));
+  out.Print("    supported_temperature_type_: %d\n", static_cast<int>(supported_temperature_type_));
+  out.Print("    clients: \n");
   for (const auto& [id, client] : clients_) {
-    dprintf(fd, "      id: %d, temperature_name:%s\n", id, client.temperature_name.c_str());
+    out.Print("      id: %d, temperature_name:%s\n", id, client.temperature_name.c_str());
   }
 }
 

@@ -8,6 +8,7 @@
 #include <mutex>
 #include <vector>
 
+#include "common/dump_writer.h"
 #include "common/repeated_thread.h"
 #include "common/thread_annotations.h"
 #include "thermal/audio_thermal_changed_callback.h"
@@ -66,7 +67,10 @@ class AudioThermalCallback {
   // Calls every client that has a record in the queue, with the oldest one. For the worker.
   bool DispatchToClient() QEL_EXCLUDES(lock_);
 
+  // Writes with no lock held.
   void Dump(int fd) QEL_EXCLUDES(lock_);
+  // Only composes, for a larger dump.
+  void Dump(DumpWriter& out) QEL_EXCLUDES(lock_);
 
   TemperatureType supported_temperature_type() const { return supported_temperature_type_; }
 

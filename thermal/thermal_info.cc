@@ -4,10 +4,10 @@
 #include <android/binder_ibinder.h>
 #include <android/binder_manager.h>
 #include <android/log.h>
-#include <stdio.h>
 
 #include <cstdint>
 
+#include "common/dump_writer.h"
 #include "common/live_objects.h"
 
 namespace norvik::qel::audio {
@@ -210,15 +210,19 @@ bool ThermalInfo::ReconnectToThermalService() {
 }
 
 void ThermalInfo::Dump(int fd) {
-  dprintf(fd, "ThermalInfo:\n");
-  std::lock_guard<std::mutex> lock(lock_);
-  for (const Temperature& temperature : bcl_temperatures_) {
-    dprintf(fd, "  bcl type = %d\n", static_cast<int>(temperature.type));
-    dprintf(fd, "  bcl name = %s\n", temperature.name.c_str());
-    dprintf(fd, "  bcl status = %d\n", static_cast<int>(temperature.throttlingStatus));
-    dprintf(fd, "\n");
+  DumpWriter out;
+  out.Print("ThermalInfo:\n");
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    for (const Temperature& temperature : bcl_temperatures_) {
+      out.Print("  bcl type = %d\n", static_cast<int>(temperature.type));
+      out.Print("  bcl name = %s\n", temperature.name.c_str());
+      out.Print("  bcl status = %d\n", static_cast<int>(temperature.throttlingStatus));
+      out.Print("\n");
+    }
+    for (const auto& callback : thermal_callbacks_) callback->Dump(out);
   }
-  for (const auto& callback : thermal_callbacks_) callback->Dump(fd);
+  out.WriteTo(fd);
 }
 
 }  // namespace norvik::qel::audio

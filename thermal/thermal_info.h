@@ -109,6 +109,7 @@ class ThermalInfo {
   std::optional<std::vector<Temperature>> GetBulkTemperatureByNames(
       const std::vector<std::string_view>& names) QEL_EXCLUDES(lock_);
 
+  // Composes under lock_, writes with no lock held.
   void Dump(int fd) QEL_EXCLUDES(lock_);
 
   // Makes the link unless it stands; true when thermal_ can be used. Waits for no service.
