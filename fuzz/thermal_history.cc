@@ -882,6 +882,13 @@ class ThermalFamily : public Family {
     Compare();
   }
 
+  int Ask() {
+    const char* name = "cpu";
+    thermistor out;
+    int size = 1;
+    return GetBulkTemperatureByNames(subject_->handle, &name, 1, &out, &size);
+  }
+
   // Notices of one temperature, questions, dumps and a client of another type that comes and goes,
   // all at once. Who listens hears the first notice and perhaps later ones, in their order.
   void Storm(Choices& choices) {
@@ -902,6 +909,9 @@ class ThermalFamily : public Family {
     TypeModel& type = model().types[choices.Pick(model().types.size())];
     const std::string name = type.clients.begin()->second;
     ClearScripts();
+    // A question in the middle would make the connection, and register the types, at some moment.
+    static_cast<void>(model().Bulk({}));
+    static_cast<void>(Ask());
     const int count = 1 + choices.Pick(30);
     const int first = storm_value_ + 1;
     storm_value_ += count;
@@ -924,11 +934,7 @@ class ThermalFamily : public Family {
     for (int i = 0; i < count; ++i) {
       const int result = RegisterThermalCallback(subject_->handle, &param, &spare);
       history_.Expect(DeregisterThermalCallback(subject_->handle, spare.id), result, "leaving");
-      const char* names[] = {"cpu"};
-      thermistor out;
-      int size = 1;
-      history_.Expect(GetBulkTemperatureByNames(subject_->handle, names, 1, &out, &size), 0,
-                      "result");
+      history_.Expect(Ask(), 0, "result");
       TextOf(DumpThermalInfo, subject_->handle);
     }
     notices.join();
@@ -959,8 +965,6 @@ class ThermalFamily : public Family {
       heard.erase(id);
     }
     subject_->calls.at(other->number)->Take();  // the present severity, now and then
-    // A question may have made the link anew, as here.
-    static_cast<void>(model().Bulk({}));
     Compare();
   }
 
