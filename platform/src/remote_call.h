@@ -64,16 +64,18 @@ struct Parcelled<T*> {
   T value{};
 };
 
-// An interface: the receiver gets its own reference. Null is not allowed to travel.
+// An interface: the receiver gets its own reference. Null travels, too: a service must be ready
+// for it.
 template <typename I>
 requires std::is_base_of_v<ndk::ICInterface, I>
 struct Parcelled<std::shared_ptr<I>> {
   explicit Parcelled(const std::shared_ptr<I>& object) {
     if (object != nullptr) binder = object->asBinder();
   }
-  bool ok() const { return binder.get() != nullptr; }
+  bool ok() const { return true; }
   // False when the service's process has died meanwhile: the dead take no references.
   bool Arrive() {
+    if (binder.get() == nullptr) return true;
     object = I::fromBinder(Process::Current()->Reach(std::exchange(binder, {}).get()));
     return object != nullptr;
   }
@@ -96,10 +98,6 @@ ndk::ScopedAStatus CallRemote(const ndk::SpAIBinder& binder,
     ndk::ScopedAStatus status;
   };
   auto call = std::make_shared<Call>(args...);
-  const bool complete =
-      std::apply([](const auto&... param) { return (param.ok() && ...); }, call->params);
-  if (!complete) return ndk::ScopedAStatus::fromStatus(STATUS_UNEXPECTED_NULL);
-
   const bool served = binder.get()->AsRemote()->CallAndWait([call, method](LocalBinder& target) {
     I& object = static_cast<I&>(*target.object());
     call->status = std::apply(
