@@ -37,8 +37,14 @@ using devices::HealthOperation;
 using devices::kHealthInstance;
 using standin::Delivery;
 using standin::HoldDeliveries;
+using standin::LogLine;
 using standin::Outcome;
+using testing::AllOf;
+using testing::Contains;
 using testing::ElementsAre;
+using testing::Eq;
+using testing::Field;
+using testing::MatchesRegex;
 
 // Remembers what arrives and on which thread.
 class Callback : public BnHealthInfoCallback {
@@ -98,6 +104,10 @@ TEST_F(BinderTest, LookUpsDistinguishDeclaredFromRunning) {
   EXPECT_TRUE(AServiceManager_isDeclared(kHealthInstance));
   EXPECT_EQ(AServiceManager_checkService(kHealthInstance), nullptr);
   EXPECT_EQ(AServiceManager_getService(kHealthInstance), nullptr);
+  EXPECT_THAT(log_.Lines("ServiceManagerCppClient"),
+              Contains(LogLine{
+                  ANDROID_LOG_WARN, "ServiceManagerCppClient",
+                  "Service " + std::string(kHealthInstance) + " didn't start. Returning NULL"}));
   std::vector<std::string> declared;
   AServiceManager_forEachDeclaredInstance(
       IHealth::descriptor, &declared, [](const char* instance, void* context) {
@@ -128,11 +138,20 @@ TEST_F(BinderTest, GetServiceAsksAgainAndAgainForAServiceThatIsLate) {
   std::thread waiter([&] {
     found.Put(ndk::SpAIBinder(AServiceManager_getService(kHealthInstance)).get() != nullptr);
   });
-  ASSERT_TRUE(log_.WaitFor("Waiting for service '" + std::string(kHealthInstance) + "'..."));
+  const std::string waiting =
+      "Waiting for service '" + std::string(kHealthInstance) + "' on '/dev/binder'";
+  ASSERT_TRUE(log_.WaitFor(waiting + "..."));
   health_.Start();
   EXPECT_EQ(found.Take(), true);
   waiter.join();
   standin::SetGetServiceWait(std::chrono::seconds(1), 5);
+  const auto line = [](int priority, const auto& text) {
+    return AllOf(Field(&LogLine::priority, priority), Field(&LogLine::text, text));
+  };
+  EXPECT_THAT(log_.Lines("ServiceManagerCppClient"),
+              ElementsAre(line(ANDROID_LOG_INFO, Eq(waiting + "...")),
+                          line(ANDROID_LOG_INFO,
+                               MatchesRegex(waiting + " successful after waiting [0-9]+ms"))));
 }
 
 TEST_F(BinderTest, ACallRunsInTheServiceAndCarriesItsResultBack) {
