@@ -482,6 +482,57 @@ TEST_F(DeathNoticeTest, RecipientsOfOneProxyAreToldOneAfterAnother) {
   EXPECT_EQ(second.unlinked, 1);
 }
 
+TEST_F(DeathNoticeTest, QueuedReportsComeAfterTheNoticeAndBeforeTheSuccessors) {
+  constexpr int kNotice = -1;
+  const auto callback = ndk::SharedRefBase::make<Callback>();
+  Seen<int>& order = callback->levels;
+  const auto other = ndk::SharedRefBase::make<Callback>();
+  const ndk::ScopedAIBinder_DeathRecipient recipient(AIBinder_DeathRecipient_new(
+      [](void* cookie) { static_cast<Seen<int>*>(cookie)->Put(kNotice); }));
+  ASSERT_TRUE(Proxy()->registerCallback(callback).isOk());
+  ASSERT_EQ(order.Take(), 50);
+  ASSERT_EQ(AIBinder_linkToDeath(binder_.get(), recipient.get(), &order), STATUS_OK);
+  HoldDeliveries notices(Delivery::kDeathNotice);
+  {
+    HoldDeliveries reports(Delivery::kOneway);
+    for (const int level : {1, 2, 3}) health_.SetLevel(level);
+    ASSERT_TRUE(reports.WaitForHeld());
+    health_.Kill();
+    ASSERT_TRUE(notices.WaitForHeld());
+    health_.SetLevel(4);
+    health_.Start();
+    ASSERT_TRUE(Proxy()->registerCallback(callback).isOk());
+    ASSERT_TRUE(Proxy()->registerCallback(other).isOk());
+  }
+  EXPECT_EQ(other->levels.Take(), 4) << "objects do not wait for each other";
+  EXPECT_TRUE(order.empty()) << "the notice has not been given";
+  notices.Release();
+  for (const int next : {kNotice, 1, 2, 3, 4}) {
+    EXPECT_EQ(order.Take(), next);
+  }
+}
+
+TEST_F(DeathNoticeTest, QueuedReportsDoNotWaitForANoticeThatIsNotGiven) {
+  const auto callback = ndk::SharedRefBase::make<Callback>();
+  ASSERT_TRUE(Proxy()->registerCallback(callback).isOk());
+  ASSERT_EQ(callback->levels.Take(), 50);
+  Counter undone;
+  Counter dropped;
+  ASSERT_EQ(Link(undone), STATUS_OK);
+  ASSERT_EQ(Link(dropped), STATUS_OK);
+  ASSERT_EQ(Unlink(undone), STATUS_OK);
+  {
+    HoldDeliveries reports(Delivery::kOneway);
+    health_.SetLevel(1);
+    ASSERT_TRUE(reports.WaitForHeld());
+    binder_.set(nullptr);
+    health_.Kill();
+  }
+  EXPECT_EQ(callback->levels.Take(), 1);
+  EXPECT_EQ(undone.died, 0);
+  EXPECT_EQ(dropped.died, 0);
+}
+
 TEST_F(DeathNoticeTest, NullsAndMissingHooks) {
   Counter counter;
   EXPECT_EQ(AIBinder_DeathRecipient_new(nullptr), nullptr);

@@ -378,6 +378,32 @@ TEST_F(HidlDeathTest, NobodyWaitsForANoticeThatRuns) {
   EXPECT_EQ(recipient_->told.Take(), 1u);
 }
 
+TEST_F(HidlDeathTest, QueuedNotificationsComeAfterTheNoticeAndBeforeTheSuccessors) {
+  const auto callback = sp<HidlThermalCallback>::make();
+  ASSERT_FALSE(Register(service_, callback).failed());
+  ASSERT_TRUE(service_->linkToDeath(recipient_, 1));
+  HoldDeliveries notices(Delivery::kDeathNotice);
+  {
+    HoldDeliveries reports(Delivery::kOneway);
+    for (const float value : {1, 2}) thermal_.Notify({.value = value});
+    ASSERT_TRUE(reports.WaitForHeld());
+    Kill();
+    ASSERT_TRUE(notices.WaitForHeld());
+    thermal_.Start(ThermalPath::kHidl);
+    ASSERT_FALSE(Register(LookUp(), callback).failed());
+    thermal_.Notify({.value = 3});
+  }
+  recipient_->gate = std::make_shared<standin::Gate>();
+  notices.Release();
+  ASSERT_TRUE(recipient_->gate->WaitForArrivals());
+  EXPECT_TRUE(callback->heard.empty()) << "the notice has not returned";
+  recipient_->gate->Open();
+  EXPECT_EQ(recipient_->told.Take(), 1u);
+  for (const float value : {1, 2, 3}) {
+    EXPECT_EQ(callback->heard.Take()->temperature.value, value);
+  }
+}
+
 TEST_F(HidlDeathTest, ANoticeMayUseAndDropTheProxy) {
   struct Dropper : hidl_death_recipient {
     void serviceDied(uint64_t /*cookie*/, const wp<IBase>& who) override {
