@@ -201,6 +201,42 @@ TEST_F(BinderTest, ANullInterfaceArrivesAndIsTheServicesToRefuse) {
   EXPECT_EQ(callback->levels.Take(), 49) << "the service goes on";
 }
 
+TEST_F(BinderTest, TheDefaultImplementationAnswersWhatTheServiceDoesNotKnow) {
+  const auto stand_by =
+      ndk::SharedRefBase::make<devices::HealthService>(HealthInfo{.batteryLevel = 12});
+  EXPECT_TRUE(IHealth::setDefaultImpl(stand_by));
+  EXPECT_FALSE(IHealth::setDefaultImpl(nullptr));
+  EXPECT_EQ(IHealth::getDefaultImpl(), stand_by);
+  health_.on(HealthOperation::kGetCapacity).Then({.status = STATUS_UNKNOWN_TRANSACTION});
+  int32_t capacity = -7;
+  EXPECT_TRUE(Proxy()->getCapacity(&capacity).isOk());
+  EXPECT_EQ(capacity, 12);
+  EXPECT_TRUE(Proxy()->getCapacity(&capacity).isOk());
+  EXPECT_EQ(capacity, 50);
+}
+
+TEST_F(BinderTest, BindersKnowTheirClassAndTheirData) {
+  const auto callback = ndk::SharedRefBase::make<Callback>();
+  const ndk::SpAIBinder local = callback->asBinder();
+  const AIBinder_Class* clazz = AIBinder_getClass(local.get());
+  ASSERT_NE(clazz, nullptr);
+  EXPECT_STREQ(AIBinder_Class_getDescriptor(clazz), IHealthInfoCallback::descriptor);
+  void* const data = AIBinder_getUserData(local.get());
+  EXPECT_NE(data, nullptr);
+  EXPECT_EQ(AIBinder_getUserData(callback->asBinder().get()), data) << "the same binder";
+  EXPECT_NE(AIBinder_getUserData(ndk::SharedRefBase::make<Callback>()->asBinder().get()), data);
+
+  const ndk::SpAIBinder remote = LookUp();
+  EXPECT_EQ(AIBinder_getUserData(remote.get()), nullptr);
+  EXPECT_EQ(AIBinder_getClass(remote.get()), nullptr) << "not associated yet";
+  EXPECT_EQ(IHealthInfoCallback::fromBinder(remote), nullptr);
+  EXPECT_EQ(AIBinder_getClass(remote.get()), nullptr) << "nor by an attempt that failed";
+  ASSERT_NE(IHealth::fromBinder(remote), nullptr);
+  EXPECT_STREQ(AIBinder_Class_getDescriptor(AIBinder_getClass(remote.get())), IHealth::descriptor);
+  EXPECT_EQ(AIBinder_getClass(nullptr), nullptr);
+  EXPECT_EQ(AIBinder_getUserData(nullptr), nullptr);
+}
+
 TEST_F(BinderTest, AChargedCallOfEitherKindTakesAtLeastItsCharge) {
   using HidlThermal = android::hardware::thermal::V2_0::IThermal;
   using simulated::ThermalPath;
@@ -324,7 +360,7 @@ TEST_F(BinderTest, StrongReferencesAreCounted) {
     const ndk::SpAIBinder copy = adopted;
     EXPECT_EQ(AIBinder_debugGetRefCount(raw), 2);
   }
-  ndk::ScopedAIBinder_Weak weak(AIBinder_Weak_new(raw));
+  const ndk::ScopedAIBinder_Weak weak(AIBinder_Weak_new(raw));
   EXPECT_EQ(weak.promote(), adopted);
   adopted.set(nullptr);
   EXPECT_EQ(weak.promote().get(), nullptr);

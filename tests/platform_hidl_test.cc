@@ -83,8 +83,13 @@ TEST_F(HidlTest, ALookUpGivesANewProxyEachTime) {
   const sp<V2_0::IThermal> cast = V2_0::IThermal::castFrom(sp<IBase>(service));
   ASSERT_NE(cast, nullptr);
   EXPECT_TRUE(interfacesEqual(cast, service));
-  const sp<V2_0::IThermalChangedCallback> other = V2_0::IThermalChangedCallback::castFrom(service);
+  const sp<V2_0::IThermalChangedCallback> other =
+      V2_0::IThermalChangedCallback::castFrom(sp<IBase>(service));
   EXPECT_EQ(other, nullptr) << "another interface";
+  const sp<V2_0::IThermal> itself = V2_0::IThermal::castFrom(service);
+  EXPECT_EQ(itself, service) << "nothing to cast";
+  const sp<V2_0::IThermal> back = V2_0::IThermal::castFrom(sp<V1_0::IThermal>(service));
+  EXPECT_TRUE(interfacesEqual(back, service));
 }
 
 TEST_F(HidlTest, ADerivedServiceIsFoundUnderItsBaseWhenThatIsDeclared) {

@@ -201,12 +201,14 @@ void RemoteBinder::NoteDead() {
 }
 
 bool RemoteBinder::IsOfClass(const AIBinder_Class* clazz) {
-  const auto matches = [clazz](const AIBinder_Class* other) {
-    return strcmp(clazz->descriptor, other->descriptor) == 0;
+  const auto associate_locked = [&] {
+    const bool matches = strcmp(clazz->descriptor, class_->descriptor) == 0;
+    associated_ = associated_ || matches;
+    return matches;
   };
   {
     std::lock_guard<std::mutex> lock(lock_);
-    if (class_ != nullptr) return matches(class_);
+    if (class_ != nullptr) return associate_locked();
   }
   const ndk::SpAIBinder target = Target();
   if (target.get() == nullptr) return false;
@@ -216,7 +218,12 @@ bool RemoteBinder::IsOfClass(const AIBinder_Class* clazz) {
   if (!IsHost(target_process_) && !CallAndWait([](LocalBinder&) {})) return false;
   std::lock_guard<std::mutex> lock(lock_);
   class_ = asked;
-  return matches(asked);
+  return associate_locked();
+}
+
+const AIBinder_Class* RemoteBinder::associated_class() const {
+  std::lock_guard<std::mutex> lock(lock_);
+  return associated_ ? class_ : nullptr;
 }
 
 binder_status_t RemoteBinder::Link(const std::shared_ptr<RecipientState>& recipient,

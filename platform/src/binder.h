@@ -150,6 +150,8 @@ class RemoteBinder final : public AIBinder {
   void NoteDead();
   // Whether the object is of that class; asks it once. False as well when it cannot be asked.
   bool IsOfClass(const AIBinder_Class* clazz);
+  // Null until IsOfClass() has been true.
+  const AIBinder_Class* associated_class() const;
 
   binder_status_t Link(const std::shared_ptr<RecipientState>& recipient,
                        std::shared_ptr<standin::Link> link);
@@ -172,6 +174,7 @@ class RemoteBinder final : public AIBinder {
   mutable std::mutex lock_;  // guards what follows; nothing is called or released under it
   ndk::SpAIBinder target_;   // empty after the death of either process
   const AIBinder_Class* class_ = nullptr;  // once known
+  bool associated_ = false;                // it has been asked for by that class
   bool alive_ = true;                      // last known state
   bool obituary_posted_ = false;
   std::vector<std::shared_ptr<standin::Link>> links_;
