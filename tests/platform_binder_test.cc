@@ -37,8 +37,14 @@ using devices::HealthOperation;
 using devices::kHealthInstance;
 using standin::Delivery;
 using standin::HoldDeliveries;
+using standin::LogLine;
 using standin::Outcome;
+using testing::AllOf;
+using testing::Contains;
 using testing::ElementsAre;
+using testing::Eq;
+using testing::Field;
+using testing::MatchesRegex;
 
 // Remembers what arrives and on which thread.
 class Callback : public BnHealthInfoCallback {
@@ -89,8 +95,6 @@ TEST_F(BinderTest, AServiceOfTheSameProcessIsTheObjectItself) {
   EXPECT_EQ(IHealth::fromBinder(binder), service);
   const ndk::ScopedAIBinder_DeathRecipient recipient(AIBinder_DeathRecipient_new([](void*) {}));
   EXPECT_EQ(AIBinder_linkToDeath(binder.get(), recipient.get(), nullptr), STATUS_INVALID_OPERATION);
-  // A null interface reaches a local service; a proxy refuses it before (below).
-  EXPECT_DEATH(static_cast<void>(service->registerCallback(nullptr)), "");
 }
 
 TEST_F(BinderTest, LookUpsDistinguishDeclaredFromRunning) {
@@ -100,6 +104,10 @@ TEST_F(BinderTest, LookUpsDistinguishDeclaredFromRunning) {
   EXPECT_TRUE(AServiceManager_isDeclared(kHealthInstance));
   EXPECT_EQ(AServiceManager_checkService(kHealthInstance), nullptr);
   EXPECT_EQ(AServiceManager_getService(kHealthInstance), nullptr);
+  EXPECT_THAT(log_.Lines("ServiceManagerCppClient"),
+              Contains(LogLine{
+                  ANDROID_LOG_WARN, "ServiceManagerCppClient",
+                  "Service " + std::string(kHealthInstance) + " didn't start. Returning NULL"}));
   std::vector<std::string> declared;
   AServiceManager_forEachDeclaredInstance(
       IHealth::descriptor, &declared, [](const char* instance, void* context) {
@@ -130,11 +138,20 @@ TEST_F(BinderTest, GetServiceAsksAgainAndAgainForAServiceThatIsLate) {
   std::thread waiter([&] {
     found.Put(ndk::SpAIBinder(AServiceManager_getService(kHealthInstance)).get() != nullptr);
   });
-  ASSERT_TRUE(log_.WaitFor("Waiting for service '" + std::string(kHealthInstance) + "'..."));
+  const std::string waiting =
+      "Waiting for service '" + std::string(kHealthInstance) + "' on '/dev/binder'";
+  ASSERT_TRUE(log_.WaitFor(waiting + "..."));
   health_.Start();
   EXPECT_EQ(found.Take(), true);
   waiter.join();
   standin::SetGetServiceWait(std::chrono::seconds(1), 5);
+  const auto line = [](int priority, const auto& text) {
+    return AllOf(Field(&LogLine::priority, priority), Field(&LogLine::text, text));
+  };
+  EXPECT_THAT(log_.Lines("ServiceManagerCppClient"),
+              ElementsAre(line(ANDROID_LOG_INFO, Eq(waiting + "...")),
+                          line(ANDROID_LOG_INFO,
+                               MatchesRegex(waiting + " successful after waiting [0-9]+ms"))));
 }
 
 TEST_F(BinderTest, ACallRunsInTheServiceAndCarriesItsResultBack) {
@@ -156,9 +173,6 @@ TEST_F(BinderTest, ACallRunsInTheServiceAndCarriesItsResultBack) {
   EXPECT_STREQ(refused.getMessage(), "not now");
   EXPECT_EQ(refused.getDescription(), "Status(-5, EX_ILLEGAL_STATE): 'not now'");
 
-  EXPECT_EQ(proxy->registerCallback(nullptr).getStatus(), STATUS_UNEXPECTED_NULL);
-  EXPECT_EQ(health_.on(HealthOperation::kRegisterCallback).calls(), 0) << "not even sent";
-
   int pipe_ends[2];
   ASSERT_EQ(pipe(pipe_ends), 0);
   EXPECT_EQ(proxy->dump(pipe_ends[1], nullptr, 0), STATUS_OK);
@@ -167,6 +181,60 @@ TEST_F(BinderTest, ACallRunsInTheServiceAndCarriesItsResultBack) {
   EXPECT_GT(read(pipe_ends[0], text, 12), 0);
   EXPECT_STREQ(text, "callbacks: 0");
   close(pipe_ends[0]);
+}
+
+TEST_F(BinderTest, ANullInterfaceArrivesAndIsTheServicesToRefuse) {
+  const std::shared_ptr<IHealth> proxy = Proxy();
+  const auto callback = ndk::SharedRefBase::make<Callback>();
+  ASSERT_TRUE(proxy->registerCallback(callback).isOk());
+  const ndk::ScopedAStatus added = proxy->registerCallback(nullptr);
+  EXPECT_EQ(added.getServiceSpecificError(), IHealth::STATUS_UNKNOWN);
+  EXPECT_STREQ(added.getMessage(), "the callback is null");
+  const ndk::ScopedAStatus removed = proxy->unregisterCallback(nullptr);
+  EXPECT_EQ(removed.getExceptionCode(), EX_ILLEGAL_ARGUMENT);
+  EXPECT_STREQ(removed.getMessage(), "the callback is null");
+  EXPECT_EQ(health_.on(HealthOperation::kRegisterCallback).calls(), 2);
+  EXPECT_EQ(health_.on(HealthOperation::kUnregisterCallback).calls(), 1);
+  EXPECT_EQ(health_.callback_count(), 1u);
+  health_.SetLevel(49);
+  EXPECT_EQ(callback->levels.Take(), 50);
+  EXPECT_EQ(callback->levels.Take(), 49) << "the service goes on";
+}
+
+TEST_F(BinderTest, TheDefaultImplementationAnswersWhatTheServiceDoesNotKnow) {
+  const auto stand_by =
+      ndk::SharedRefBase::make<devices::HealthService>(HealthInfo{.batteryLevel = 12});
+  EXPECT_TRUE(IHealth::setDefaultImpl(stand_by));
+  EXPECT_FALSE(IHealth::setDefaultImpl(nullptr));
+  EXPECT_EQ(IHealth::getDefaultImpl(), stand_by);
+  health_.on(HealthOperation::kGetCapacity).Then({.status = STATUS_UNKNOWN_TRANSACTION});
+  int32_t capacity = -7;
+  EXPECT_TRUE(Proxy()->getCapacity(&capacity).isOk());
+  EXPECT_EQ(capacity, 12);
+  EXPECT_TRUE(Proxy()->getCapacity(&capacity).isOk());
+  EXPECT_EQ(capacity, 50);
+}
+
+TEST_F(BinderTest, BindersKnowTheirClassAndTheirData) {
+  const auto callback = ndk::SharedRefBase::make<Callback>();
+  const ndk::SpAIBinder local = callback->asBinder();
+  const AIBinder_Class* clazz = AIBinder_getClass(local.get());
+  ASSERT_NE(clazz, nullptr);
+  EXPECT_STREQ(AIBinder_Class_getDescriptor(clazz), IHealthInfoCallback::descriptor);
+  void* const data = AIBinder_getUserData(local.get());
+  EXPECT_NE(data, nullptr);
+  EXPECT_EQ(AIBinder_getUserData(callback->asBinder().get()), data) << "the same binder";
+  EXPECT_NE(AIBinder_getUserData(ndk::SharedRefBase::make<Callback>()->asBinder().get()), data);
+
+  const ndk::SpAIBinder remote = LookUp();
+  EXPECT_EQ(AIBinder_getUserData(remote.get()), nullptr);
+  EXPECT_EQ(AIBinder_getClass(remote.get()), nullptr) << "not associated yet";
+  EXPECT_EQ(IHealthInfoCallback::fromBinder(remote), nullptr);
+  EXPECT_EQ(AIBinder_getClass(remote.get()), nullptr) << "nor by an attempt that failed";
+  ASSERT_NE(IHealth::fromBinder(remote), nullptr);
+  EXPECT_STREQ(AIBinder_Class_getDescriptor(AIBinder_getClass(remote.get())), IHealth::descriptor);
+  EXPECT_EQ(AIBinder_getClass(nullptr), nullptr);
+  EXPECT_EQ(AIBinder_getUserData(nullptr), nullptr);
 }
 
 TEST_F(BinderTest, AChargedCallOfEitherKindTakesAtLeastItsCharge) {
@@ -292,7 +360,7 @@ TEST_F(BinderTest, StrongReferencesAreCounted) {
     const ndk::SpAIBinder copy = adopted;
     EXPECT_EQ(AIBinder_debugGetRefCount(raw), 2);
   }
-  ndk::ScopedAIBinder_Weak weak(AIBinder_Weak_new(raw));
+  const ndk::ScopedAIBinder_Weak weak(AIBinder_Weak_new(raw));
   EXPECT_EQ(weak.promote(), adopted);
   adopted.set(nullptr);
   EXPECT_EQ(weak.promote().get(), nullptr);
@@ -448,6 +516,57 @@ TEST_F(DeathNoticeTest, RecipientsOfOneProxyAreToldOneAfterAnother) {
   EXPECT_EQ(first.died, 1);
   EXPECT_EQ(second.died, 0) << "its notice had not started";
   EXPECT_EQ(second.unlinked, 1);
+}
+
+TEST_F(DeathNoticeTest, QueuedReportsComeAfterTheNoticeAndBeforeTheSuccessors) {
+  constexpr int kNotice = -1;
+  const auto callback = ndk::SharedRefBase::make<Callback>();
+  Seen<int>& order = callback->levels;
+  const auto other = ndk::SharedRefBase::make<Callback>();
+  const ndk::ScopedAIBinder_DeathRecipient recipient(AIBinder_DeathRecipient_new(
+      [](void* cookie) { static_cast<Seen<int>*>(cookie)->Put(kNotice); }));
+  ASSERT_TRUE(Proxy()->registerCallback(callback).isOk());
+  ASSERT_EQ(order.Take(), 50);
+  ASSERT_EQ(AIBinder_linkToDeath(binder_.get(), recipient.get(), &order), STATUS_OK);
+  HoldDeliveries notices(Delivery::kDeathNotice);
+  {
+    HoldDeliveries reports(Delivery::kOneway);
+    for (const int level : {1, 2, 3}) health_.SetLevel(level);
+    ASSERT_TRUE(reports.WaitForHeld());
+    health_.Kill();
+    ASSERT_TRUE(notices.WaitForHeld());
+    health_.SetLevel(4);
+    health_.Start();
+    ASSERT_TRUE(Proxy()->registerCallback(callback).isOk());
+    ASSERT_TRUE(Proxy()->registerCallback(other).isOk());
+  }
+  EXPECT_EQ(other->levels.Take(), 4) << "objects do not wait for each other";
+  EXPECT_TRUE(order.empty()) << "the notice has not been given";
+  notices.Release();
+  for (const int next : {kNotice, 1, 2, 3, 4}) {
+    EXPECT_EQ(order.Take(), next);
+  }
+}
+
+TEST_F(DeathNoticeTest, QueuedReportsDoNotWaitForANoticeThatIsNotGiven) {
+  const auto callback = ndk::SharedRefBase::make<Callback>();
+  ASSERT_TRUE(Proxy()->registerCallback(callback).isOk());
+  ASSERT_EQ(callback->levels.Take(), 50);
+  Counter undone;
+  Counter dropped;
+  ASSERT_EQ(Link(undone), STATUS_OK);
+  ASSERT_EQ(Link(dropped), STATUS_OK);
+  ASSERT_EQ(Unlink(undone), STATUS_OK);
+  {
+    HoldDeliveries reports(Delivery::kOneway);
+    health_.SetLevel(1);
+    ASSERT_TRUE(reports.WaitForHeld());
+    binder_.set(nullptr);
+    health_.Kill();
+  }
+  EXPECT_EQ(callback->levels.Take(), 1);
+  EXPECT_EQ(undone.died, 0);
+  EXPECT_EQ(dropped.died, 0);
 }
 
 TEST_F(DeathNoticeTest, NullsAndMissingHooks) {

@@ -83,8 +83,13 @@ TEST_F(HidlTest, ALookUpGivesANewProxyEachTime) {
   const sp<V2_0::IThermal> cast = V2_0::IThermal::castFrom(sp<IBase>(service));
   ASSERT_NE(cast, nullptr);
   EXPECT_TRUE(interfacesEqual(cast, service));
-  const sp<V2_0::IThermalChangedCallback> other = V2_0::IThermalChangedCallback::castFrom(service);
+  const sp<V2_0::IThermalChangedCallback> other =
+      V2_0::IThermalChangedCallback::castFrom(sp<IBase>(service));
   EXPECT_EQ(other, nullptr) << "another interface";
+  const sp<V2_0::IThermal> itself = V2_0::IThermal::castFrom(service);
+  EXPECT_EQ(itself, service) << "nothing to cast";
+  const sp<V2_0::IThermal> back = V2_0::IThermal::castFrom(sp<V1_0::IThermal>(service));
+  EXPECT_TRUE(interfacesEqual(back, service));
 }
 
 TEST_F(HidlTest, ADerivedServiceIsFoundUnderItsBaseWhenThatIsDeclared) {
@@ -376,6 +381,32 @@ TEST_F(HidlDeathTest, NobodyWaitsForANoticeThatRuns) {
   service_.clear();
   recipient_->gate->Open();
   EXPECT_EQ(recipient_->told.Take(), 1u);
+}
+
+TEST_F(HidlDeathTest, QueuedNotificationsComeAfterTheNoticeAndBeforeTheSuccessors) {
+  const auto callback = sp<HidlThermalCallback>::make();
+  ASSERT_FALSE(Register(service_, callback).failed());
+  ASSERT_TRUE(service_->linkToDeath(recipient_, 1));
+  HoldDeliveries notices(Delivery::kDeathNotice);
+  {
+    HoldDeliveries reports(Delivery::kOneway);
+    for (const float value : {1, 2}) thermal_.Notify({.value = value});
+    ASSERT_TRUE(reports.WaitForHeld());
+    Kill();
+    ASSERT_TRUE(notices.WaitForHeld());
+    thermal_.Start(ThermalPath::kHidl);
+    ASSERT_FALSE(Register(LookUp(), callback).failed());
+    thermal_.Notify({.value = 3});
+  }
+  recipient_->gate = std::make_shared<standin::Gate>();
+  notices.Release();
+  ASSERT_TRUE(recipient_->gate->WaitForArrivals());
+  EXPECT_TRUE(callback->heard.empty()) << "the notice has not returned";
+  recipient_->gate->Open();
+  EXPECT_EQ(recipient_->told.Take(), 1u);
+  for (const float value : {1, 2, 3}) {
+    EXPECT_EQ(callback->heard.Take()->temperature.value, value);
+  }
 }
 
 TEST_F(HidlDeathTest, ANoticeMayUseAndDropTheProxy) {

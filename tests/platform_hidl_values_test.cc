@@ -193,6 +193,8 @@ TEST(ReturnTest, SaysWhatHappened) {
   EXPECT_FALSE(refused.isOk());
   EXPECT_FALSE(refused.isDeadObject());
   EXPECT_EQ(refused.description(), "Status(EX_ILLEGAL_ARGUMENT): 'bad'");
+  Status (*const without_message)(int32_t) = Status::fromExceptionCode;
+  EXPECT_EQ(without_message(Status::EX_SECURITY).description(), "Status(EX_SECURITY): ''");
   EXPECT_TRUE(refused.withDefault(true));
   const Return<bool> fine = false;
   EXPECT_FALSE(fine.withDefault(true));

@@ -34,6 +34,29 @@ TEST(LogTest, GoesToTheLoggerWithTagPriorityAndText) {
                                        LogLine{ANDROID_LOG_INFO, "app", "untagged"}));
 }
 
+TEST(LogTest, AReadyMessageIsHandedOnUnlessItsBufferIsNotForPrograms) {
+  LogCapture log;
+  __android_log_set_default_tag("app");
+  __android_log_message message = {.struct_size = sizeof message,
+                                   .buffer_id = LOG_ID_SYSTEM,
+                                   .priority = ANDROID_LOG_VERBOSE,
+                                   .tag = "tag",
+                                   .file = "file.cc",
+                                   .line = 7,
+                                   .message = "ready"};
+  errno = ENOENT;
+  __android_log_write_log_message(&message);
+  EXPECT_EQ(errno, ENOENT);
+  message.tag = nullptr;
+  message.buffer_id = LOG_ID_DEFAULT;
+  __android_log_write_log_message(&message);
+  message.buffer_id = LOG_ID_EVENTS;
+  __android_log_write_log_message(&message);
+  // Below the minimum priority of the capture, which the function does not ask for.
+  EXPECT_THAT(log.Lines(), ElementsAre(LogLine{ANDROID_LOG_VERBOSE, "tag", "ready"},
+                                       LogLine{ANDROID_LOG_VERBOSE, "app", "ready"}));
+}
+
 TEST(LogTest, DropsWhatIsBelowTheMinimumPriority) {
   LogCapture log;
   const int32_t before = __android_log_set_minimum_priority(ANDROID_LOG_WARN);

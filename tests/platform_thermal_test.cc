@@ -135,11 +135,11 @@ TEST_F(ThermalTest, AidlRefusesCallbacksThatAreThereAlreadyOrNotAtAll) {
   EXPECT_TRUE(
       refused(service->registerThermalChangedCallbackWithType(callback, TemperatureType::CPU)));
   EXPECT_EQ(thermal_.callback_count(ThermalPath::kAidl), 1u);
-  EXPECT_EQ(service->registerThermalChangedCallback(nullptr).getStatus(), STATUS_UNEXPECTED_NULL);
-  // A null reaches a service that is called without a proxy between.
-  const auto local = ndk::SharedRefBase::make<devices::ThermalService>(devices::ThermalData{});
-  EXPECT_TRUE(refused(local->registerThermalChangedCallback(nullptr)));
-  EXPECT_TRUE(refused(local->unregisterThermalChangedCallback(nullptr)));
+  EXPECT_TRUE(refused(service->registerThermalChangedCallback(nullptr)));
+  EXPECT_TRUE(
+      refused(service->registerThermalChangedCallbackWithType(nullptr, TemperatureType::CPU)));
+  EXPECT_TRUE(refused(service->registerCoolingDeviceChangedCallbackWithType(nullptr, {})));
+  EXPECT_TRUE(refused(service->unregisterCoolingDeviceChangedCallback(nullptr)));
 
   const ThermalOperation operation = ThermalOperation::kUnregisterThermalChangedCallback;
   thermal_.on(operation).Then(Outcome::Exception(EX_ILLEGAL_STATE, "not ready"));
@@ -147,8 +147,9 @@ TEST_F(ThermalTest, AidlRefusesCallbacksThatAreThereAlreadyOrNotAtAll) {
   EXPECT_EQ(scripted.getExceptionCode(), EX_ILLEGAL_STATE);
   EXPECT_STREQ(scripted.getMessage(), "not ready");
   EXPECT_EQ(thermal_.callback_count(ThermalPath::kAidl), 1u) << "still there";
+  EXPECT_TRUE(refused(service->unregisterThermalChangedCallback(nullptr)));
   EXPECT_TRUE(service->unregisterThermalChangedCallback(callback).isOk());
-  EXPECT_EQ(thermal_.on(operation).calls(), 3);
+  EXPECT_EQ(thermal_.on(operation).calls(), 4);
 }
 
 TEST_F(ThermalTest, AidlTellsOfCoolingDevices) {
@@ -223,6 +224,9 @@ TEST_F(ThermalTest, HidlCallbacksHearOfTheirType) {
   EXPECT_FALSE(answer.failed());
   ASSERT_TRUE(service->unregisterThermalChangedCallback(skin, answer.Take()).isOk());
   EXPECT_EQ(answer.status.debugMessage, "the callback is not registered");
+  ASSERT_TRUE(service->unregisterThermalChangedCallback(nullptr, answer.Take()).isOk());
+  EXPECT_TRUE(answer.failed());
+  EXPECT_EQ(answer.status.debugMessage, "the callback is null");
 }
 
 TEST_F(ThermalTest, EitherServiceDiesAndReturnsForItself) {

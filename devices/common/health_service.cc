@@ -16,6 +16,10 @@ using aidl::android::hardware::health::DiskStats;
 using aidl::android::hardware::health::IHealthInfoCallback;
 using aidl::android::hardware::health::StorageInfo;
 
+namespace {
+constexpr char kNullCallback[] = "the callback is null";
+}  // namespace
+
 std::string_view HealthOperationName(HealthOperation operation) {
   static constexpr std::array<std::string_view, static_cast<size_t>(HealthOperation::kCount)>
       kNames = {"registerCallback",    "unregisterCallback",     "update",
@@ -57,6 +61,12 @@ ndk::ScopedAStatus HealthService::registerCallback(
     const std::shared_ptr<IHealthInfoCallback>& callback) {
   ndk::ScopedAStatus permitted = Ask(HealthOperation::kRegisterCallback);
   if (!permitted.isOk()) return permitted;
+  if (callback == nullptr) {
+    // The one error that a registration may have.
+    return Refuse(
+        HealthOperation::kRegisterCallback,
+        ndk::ScopedAStatus::fromServiceSpecificErrorWithMessage(STATUS_UNKNOWN, kNullCallback));
+  }
   {
     std::lock_guard<std::mutex> lock(lock_);
     callbacks_.push_back(callback);
@@ -70,6 +80,11 @@ ndk::ScopedAStatus HealthService::unregisterCallback(
     const std::shared_ptr<IHealthInfoCallback>& callback) {
   ndk::ScopedAStatus permitted = Ask(HealthOperation::kUnregisterCallback);
   if (!permitted.isOk()) return permitted;
+  if (callback == nullptr) {
+    return Refuse(
+        HealthOperation::kUnregisterCallback,
+        ndk::ScopedAStatus::fromExceptionCodeWithMessage(EX_ILLEGAL_ARGUMENT, kNullCallback));
+  }
   std::vector<std::shared_ptr<IHealthInfoCallback>> removed;  // released without the lock
   {
     std::lock_guard<std::mutex> lock(lock_);
@@ -180,11 +195,14 @@ void HealthService::ChangeChargingPolicy(BatteryChargingPolicy policy) {
 
 ndk::ScopedAStatus HealthService::Ask(HealthOperation operation) {
   ndk::ScopedAStatus permitted = Permit(operation);
-  if (!permitted.isOk()) {
-    Tell(DeviceEvent::Kind::kRefused,
-         std::string(HealthOperationName(operation)) + ": " + permitted.getDescription());
-  }
-  return permitted;
+  return permitted.isOk() ? std::move(permitted) : Refuse(operation, std::move(permitted));
+}
+
+ndk::ScopedAStatus HealthService::Refuse(HealthOperation operation,
+                                         ndk::ScopedAStatus status) const {
+  Tell(DeviceEvent::Kind::kRefused,
+       std::string(HealthOperationName(operation)) + ": " + status.getDescription());
+  return status;
 }
 
 template <typename T, typename Read>

@@ -40,7 +40,7 @@ inline constexpr char kHealthInstance[] = "android.hardware.health.IHealth/defau
 
 // Behaves as the platform's reference service does: a new callback is sent the current data before
 // its registration returns; callbacks are compared by binder identity; duplicates are kept, and
-// one unregistration removes all of them.
+// one unregistration removes all of them. A null callback is refused, and is never registered.
 //
 // Threads: any. Locks: lock_ is held while a report is put on its way, so that reports reach every
 // callback in the order in which they were made. Callbacks belong to other processes: nothing waits
@@ -91,6 +91,8 @@ class HealthService : public aidl::android::hardware::health::BnHealth {
  private:
   // Permit(), and the observer hears of a refusal.
   ndk::ScopedAStatus Ask(HealthOperation operation);
+  // The observer hears of it, and the caller gets `status`.
+  ndk::ScopedAStatus Refuse(HealthOperation operation, ndk::ScopedAStatus status) const;
   template <typename T, typename Read>
   ndk::ScopedAStatus Answer(HealthOperation operation, T* out, Read read);
   void SendLocked();

@@ -26,10 +26,26 @@ std::shared_ptr<IHealth> IHealth::fromBinder(const ndk::SpAIBinder& binder) {
   return standin::FromBinder<IHealth, BpHealth, kHealthClass>(binder);
 }
 
+bool IHealth::setDefaultImpl(const std::shared_ptr<IHealth>& impl) {
+  return standin::SetDefaultImpl(impl);
+}
+
+const std::shared_ptr<IHealth>& IHealth::getDefaultImpl() {
+  return standin::DefaultImpl<IHealth>();
+}
+
 std::shared_ptr<IHealthInfoCallback> IHealthInfoCallback::fromBinder(
     const ndk::SpAIBinder& binder) {
   return standin::FromBinder<IHealthInfoCallback, BpHealthInfoCallback, kHealthInfoCallbackClass>(
       binder);
+}
+
+bool IHealthInfoCallback::setDefaultImpl(const std::shared_ptr<IHealthInfoCallback>& impl) {
+  return standin::SetDefaultImpl(impl);
+}
+
+const std::shared_ptr<IHealthInfoCallback>& IHealthInfoCallback::getDefaultImpl() {
+  return standin::DefaultImpl<IHealthInfoCallback>();
 }
 
 BnHealth::BnHealth() = default;

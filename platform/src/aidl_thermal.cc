@@ -30,6 +30,14 @@ std::shared_ptr<IThermal> IThermal::fromBinder(const ndk::SpAIBinder& binder) {
   return standin::FromBinder<IThermal, BpThermal, kThermalClass>(binder);
 }
 
+bool IThermal::setDefaultImpl(const std::shared_ptr<IThermal>& impl) {
+  return standin::SetDefaultImpl(impl);
+}
+
+const std::shared_ptr<IThermal>& IThermal::getDefaultImpl() {
+  return standin::DefaultImpl<IThermal>();
+}
+
 BnThermal::BnThermal() = default;
 BnThermal::~BnThermal() = default;
 
@@ -131,6 +139,14 @@ std::shared_ptr<IThermalChangedCallback> IThermalChangedCallback::fromBinder(
                              kThermalChangedCallbackClass>(binder);
 }
 
+bool IThermalChangedCallback::setDefaultImpl(const std::shared_ptr<IThermalChangedCallback>& impl) {
+  return standin::SetDefaultImpl(impl);
+}
+
+const std::shared_ptr<IThermalChangedCallback>& IThermalChangedCallback::getDefaultImpl() {
+  return standin::DefaultImpl<IThermalChangedCallback>();
+}
+
 BnThermalChangedCallback::BnThermalChangedCallback() = default;
 BnThermalChangedCallback::~BnThermalChangedCallback() = default;
 
@@ -180,6 +196,16 @@ std::shared_ptr<ICoolingDeviceChangedCallback> ICoolingDeviceChangedCallback::fr
     const ndk::SpAIBinder& binder) {
   return standin::FromBinder<ICoolingDeviceChangedCallback, BpCoolingDeviceChangedCallback,
                              kCoolingDeviceChangedCallbackClass>(binder);
+}
+
+bool ICoolingDeviceChangedCallback::setDefaultImpl(
+    const std::shared_ptr<ICoolingDeviceChangedCallback>& impl) {
+  return standin::SetDefaultImpl(impl);
+}
+
+const std::shared_ptr<ICoolingDeviceChangedCallback>&
+ICoolingDeviceChangedCallback::getDefaultImpl() {
+  return standin::DefaultImpl<ICoolingDeviceChangedCallback>();
 }
 
 BnCoolingDeviceChangedCallback::BnCoolingDeviceChangedCallback() = default;

@@ -56,40 +56,56 @@ LocalBinder::~LocalBinder() {
   clazz_->destroy(args_);
 }
 
-void LocalBinder::PostOneway(std::function<void(LocalBinder&)> call) {
+void LocalBinder::PostOneway(std::shared_ptr<Process> sender,
+                             std::function<void(LocalBinder&)> run) {
   if (IsHost(process_)) NoteSent();
   std::lock_guard<std::mutex> lock(lock_);
-  oneway_.push_back(std::move(call));
+  oneway_.push_back({.sender = std::move(sender), .run = std::move(run)});
   if (std::exchange(draining_, true)) return;  // the running call sees to this one
   PostDrainLocked();
 }
 
 void LocalBinder::PostDrainLocked() {
   IncStrong();
-  process_->Post(transport(), [self = ndk::SpAIBinder(this), counted = IsHost(process_)]() mutable {
-    self.get()->AsLocal()->RunOneOneway();
-    // What waits for the call to be handled may count on the reference being gone.
-    self.set(nullptr);
-    if (counted) NoteHandled();
+  process_->Post(transport(), [self = ndk::SpAIBinder(this), gated = IsHost(process_)]() mutable {
+    if (gated) PassDeliveryGate(Delivery::kOneway);
+    RunFirstOneway(std::move(self));
   });
 }
 
-void LocalBinder::RunOneOneway() {
-  std::function<void(LocalBinder&)> call;
+void LocalBinder::RunFirstOneway(ndk::SpAIBinder self) {
+  LocalBinder& object = *self.get()->AsLocal();
+  std::shared_ptr<Process> sender;
   {
-    std::lock_guard<std::mutex> lock(lock_);
-    call = std::move(oneway_.front());
-    oneway_.pop_front();
+    std::lock_guard<std::mutex> lock(object.lock_);
+    sender = object.oneway_.front().sender;
   }
-  if (IsHost(process_)) PassDeliveryGate(Delivery::kOneway);
-  call(*this);
-  call = nullptr;
+  if (const std::shared_ptr<PendingNotices> notices = sender->pending_notices()) {
+    notices->Then([self] {
+      const LocalBinder& waiting = *self.get()->AsLocal();
+      waiting.process_->Post(waiting.transport(),
+                             [self]() mutable { RunFirstOneway(std::move(self)); });
+    });
+    return;
+  }
+  OnewayCall call;
   {
-    std::lock_guard<std::mutex> lock(lock_);
-    draining_ = !oneway_.empty();
+    std::lock_guard<std::mutex> lock(object.lock_);
+    call = std::move(object.oneway_.front());
+    object.oneway_.pop_front();
+  }
+  call.run(object);
+  call.run = nullptr;
+  {
+    std::lock_guard<std::mutex> lock(object.lock_);
+    object.draining_ = !object.oneway_.empty();
     // Queued again rather than looped over: other objects' calls get their turn.
-    if (draining_) PostDrainLocked();
+    if (object.draining_) object.PostDrainLocked();
   }
+  const bool counted = IsHost(object.process_);
+  // What waits for the call to be handled may count on the reference being gone.
+  self.set(nullptr);
+  if (counted) NoteHandled();
 }
 
 bool Link::End() {
@@ -175,7 +191,7 @@ bool RemoteBinder::PostOneway(std::function<void(LocalBinder&)> call) {
     alive_ = false;
     return false;
   }
-  target_.get()->AsLocal()->PostOneway(std::move(call));
+  target_.get()->AsLocal()->PostOneway(holder_, std::move(call));
   return true;
 }
 
@@ -185,12 +201,14 @@ void RemoteBinder::NoteDead() {
 }
 
 bool RemoteBinder::IsOfClass(const AIBinder_Class* clazz) {
-  const auto matches = [clazz](const AIBinder_Class* other) {
-    return strcmp(clazz->descriptor, other->descriptor) == 0;
+  const auto associate_locked = [&] {
+    const bool matches = strcmp(clazz->descriptor, class_->descriptor) == 0;
+    associated_ = associated_ || matches;
+    return matches;
   };
   {
     std::lock_guard<std::mutex> lock(lock_);
-    if (class_ != nullptr) return matches(class_);
+    if (class_ != nullptr) return associate_locked();
   }
   const ndk::SpAIBinder target = Target();
   if (target.get() == nullptr) return false;
@@ -200,7 +218,12 @@ bool RemoteBinder::IsOfClass(const AIBinder_Class* clazz) {
   if (!IsHost(target_process_) && !CallAndWait([](LocalBinder&) {})) return false;
   std::lock_guard<std::mutex> lock(lock_);
   class_ = asked;
-  return matches(asked);
+  return associate_locked();
+}
+
+const AIBinder_Class* RemoteBinder::associated_class() const {
+  std::lock_guard<std::mutex> lock(lock_);
+  return associated_ ? class_ : nullptr;
 }
 
 binder_status_t RemoteBinder::Link(const std::shared_ptr<RecipientState>& recipient,
@@ -235,9 +258,10 @@ binder_status_t RemoteBinder::Unlink(RecipientState& recipient, const void* key)
 }
 
 void RemoteBinder::TargetDied() {
+  const std::shared_ptr<PendingNotices> notices = target_process_->pending_notices();
   {
     std::lock_guard<std::mutex> lock(lock_);
-    PostObituaryLocked();
+    PostObituaryLocked(notices);
   }
   DropTarget();
 }
@@ -253,15 +277,16 @@ void RemoteBinder::DropTarget() {
   std::swap(dropped, target_);
 }
 
-void RemoteBinder::PostObituaryLocked() {
+void RemoteBinder::PostObituaryLocked(std::shared_ptr<PendingNotices> notices) {
   if (links_.empty() || std::exchange(obituary_posted_, true)) return;
   const bool counted = IsHost(holder_);
   if (counted) NoteSent();
   // By anchor: a reference that is dropped before its turn takes its links with it.
-  holder_->Post(transport_, [anchor = anchor, counted] {
+  holder_->Post(transport_, [anchor = anchor, notices = std::move(notices), counted]() mutable {
     ndk::SpAIBinder self = anchor->Promote();
     if (self.get() != nullptr) self.get()->AsRemote()->TellRecipients();
     self.set(nullptr);
+    notices = nullptr;
     if (counted) NoteHandled();
   });
 }

@@ -78,20 +78,27 @@ class LocalBinder final : public AIBinder {
   Transport transport() const { return clazz_->transport; }
   uint64_t id() const { return id_; }
 
-  // Queues a one-way call: calls of one object run in order, one at a time.
-  void PostOneway(std::function<void(LocalBinder&)> call);
+  // Queues a one-way call of `sender`: calls of one object run in order, one at a time.
+  void PostOneway(std::shared_ptr<Process> sender, std::function<void(LocalBinder&)> run);
 
  private:
-  void RunOneOneway();
+  struct OnewayCall {
+    std::shared_ptr<Process> sender;
+    std::function<void(LocalBinder&)> run;
+  };
+
   void PostDrainLocked();
+  // Runs the first call of the queue, or has that done when the notices of its sender's death have
+  // been given.
+  static void RunFirstOneway(ndk::SpAIBinder self);
 
   const AIBinder_Class* const clazz_;
   void* const args_;
   const std::shared_ptr<Process> process_;
   const uint64_t id_;  // never used again, unlike an address
   std::mutex lock_;    // guards what follows; nothing is called under it
-  std::deque<std::function<void(LocalBinder&)>> oneway_;
-  bool draining_ = false;  // a task that takes the next call is posted or running
+  std::deque<OnewayCall> oneway_;
+  bool draining_ = false;  // a task that takes the first call is posted, running or waiting
 };
 
 struct RecipientState;
@@ -143,6 +150,8 @@ class RemoteBinder final : public AIBinder {
   void NoteDead();
   // Whether the object is of that class; asks it once. False as well when it cannot be asked.
   bool IsOfClass(const AIBinder_Class* clazz);
+  // Null until IsOfClass() has been true.
+  const AIBinder_Class* associated_class() const;
 
   binder_status_t Link(const std::shared_ptr<RecipientState>& recipient,
                        std::shared_ptr<standin::Link> link);
@@ -154,7 +163,7 @@ class RemoteBinder final : public AIBinder {
   void HolderDied();
 
  private:
-  void PostObituaryLocked();
+  void PostObituaryLocked(std::shared_ptr<PendingNotices> notices);
   void TellRecipients();
   void DropTarget();
 
@@ -165,6 +174,7 @@ class RemoteBinder final : public AIBinder {
   mutable std::mutex lock_;  // guards what follows; nothing is called or released under it
   ndk::SpAIBinder target_;   // empty after the death of either process
   const AIBinder_Class* class_ = nullptr;  // once known
+  bool associated_ = false;                // it has been asked for by that class
   bool alive_ = true;                      // last known state
   bool obituary_posted_ = false;
   std::vector<std::shared_ptr<standin::Link>> links_;

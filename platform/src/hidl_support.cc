@@ -95,6 +95,10 @@ void hidl_string::setToExternal(const char* text, size_t size) {
   size_ = static_cast<uint32_t>(size);
 }
 
+Status Status::fromExceptionCode(int32_t exception) {
+  return fromExceptionCode(exception, "");
+}
+
 Status Status::fromExceptionCode(int32_t exception, const char* message) {
   Status status;
   status.exception_ = exception;

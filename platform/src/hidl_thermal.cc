@@ -108,6 +108,11 @@ Return<void> V1_0::IThermal::interfaceDescriptor(interfaceDescriptor_cb _hidl_cb
   return Void();
 }
 
+Return<sp<V1_0::IThermal>> V1_0::IThermal::castFrom(const sp<V1_0::IThermal>& parent,
+                                                    bool /*emitError*/) {
+  return parent;
+}
+
 Return<sp<V1_0::IThermal>> V1_0::IThermal::castFrom(const sp<IBase>& parent, bool emitError) {
   return standin::CastFrom<V1_0::IThermal>(parent, emitError);
 }
@@ -136,6 +141,16 @@ Return<void> V2_0::IThermal::interfaceChain(interfaceChain_cb _hidl_cb) {
 Return<void> V2_0::IThermal::interfaceDescriptor(interfaceDescriptor_cb _hidl_cb) {
   _hidl_cb(descriptor);
   return Void();
+}
+
+Return<sp<V2_0::IThermal>> V2_0::IThermal::castFrom(const sp<V2_0::IThermal>& parent,
+                                                    bool /*emitError*/) {
+  return parent;
+}
+
+Return<sp<V2_0::IThermal>> V2_0::IThermal::castFrom(const sp<V1_0::IThermal>& parent,
+                                                    bool emitError) {
+  return standin::CastFrom<V2_0::IThermal>(parent, emitError);
 }
 
 Return<sp<V2_0::IThermal>> V2_0::IThermal::castFrom(const sp<IBase>& parent, bool emitError) {
@@ -167,6 +182,11 @@ Return<void> V2_0::IThermalChangedCallback::interfaceChain(interfaceChain_cb _hi
 Return<void> V2_0::IThermalChangedCallback::interfaceDescriptor(interfaceDescriptor_cb _hidl_cb) {
   _hidl_cb(descriptor);
   return Void();
+}
+
+Return<sp<V2_0::IThermalChangedCallback>> V2_0::IThermalChangedCallback::castFrom(
+    const sp<V2_0::IThermalChangedCallback>& parent, bool /*emitError*/) {
+  return parent;
 }
 
 Return<sp<V2_0::IThermalChangedCallback>> V2_0::IThermalChangedCallback::castFrom(

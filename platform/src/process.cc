@@ -16,6 +16,15 @@ namespace {
 thread_local std::shared_ptr<Process> t_current;
 }  // namespace
 
+PendingNotices::~PendingNotices() {
+  for (const auto& next : waiting_) next();
+}
+
+void PendingNotices::Then(std::function<void()> next) {
+  std::lock_guard<std::mutex> lock(lock_);
+  waiting_.push_back(std::move(next));
+}
+
 Process::Process(const std::string& name)
     : binder_pool_(std::make_shared<ThreadPool>("binder:" + name)),
       hwbinder_pool_(std::make_shared<ThreadPool>("hwbinder:" + name)) {}
@@ -100,7 +109,13 @@ bool Process::dead() const {
   return dead_;
 }
 
+std::shared_ptr<PendingNotices> Process::pending_notices() const {
+  std::lock_guard<std::mutex> lock(lock_);
+  return pending_notices_.lock();
+}
+
 void Process::Kill() {
+  const auto notices = std::make_shared<PendingNotices>();  // let go at the very end
   std::set<std::shared_ptr<PendingCall>> calls;
   std::vector<std::shared_ptr<Anchor>> outbound;
   std::vector<std::shared_ptr<Anchor>> inbound;
@@ -108,6 +123,7 @@ void Process::Kill() {
     std::lock_guard<std::mutex> lock(lock_);
     if (dead_) return;
     dead_ = true;
+    pending_notices_ = notices;
     calls.swap(calls_);
     for (const auto& [id, reference] : outbound_) outbound.push_back(reference);
     inbound.assign(inbound_.begin(), inbound_.end());

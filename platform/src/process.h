@@ -12,6 +12,7 @@
 #include <mutex>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "thread_pool.h"
 
@@ -34,6 +35,34 @@ struct PendingCall {
   std::condition_variable changed;
   bool done = false;
   bool dead = false;  // the serving process died first
+};
+
+// The notices of one death that have not been given yet. Each of them holds this until its
+// recipients have returned; the last to let go lets everything go on that waits.
+//
+// What a dead process has sent arrives after the notices of its death and before anything that its
+// successor sends to the same object:
+// 1. Kill() marks the process as dead and makes this in one step, under the process's lock.
+// 2. Kill() holds it until every notice has taken its own hold and the dead process can send no
+//    more. So it lives until all notices have been given.
+// 3. A one-way call looks for it on its binder thread, as the last thing before it runs. Either the
+//    sender was alive then, and the call had begun before the death; or this is still there, and
+//    the call waits for it; or all notices have been given.
+// 4. A call that waits stays at the head of its object's queue. The successor's calls are behind.
+// No lock and no thread is held by a call that waits: it is posted again.
+class PendingNotices {
+ public:
+  PendingNotices() = default;
+  PendingNotices(const PendingNotices&) = delete;
+  PendingNotices& operator=(const PendingNotices&) = delete;
+  ~PendingNotices();
+
+  // Runs `next` at the end, on the thread that lets go last: it must not block.
+  void Then(std::function<void()> next);
+
+ private:
+  std::mutex lock_;  // innermost
+  std::vector<std::function<void()>> waiting_;
 };
 
 // Locks: lock_ guards the tables only; nothing is called and no reference is released under it.
@@ -68,6 +97,8 @@ class Process : public std::enable_shared_from_this<Process> {
   bool RunAndWait(Transport transport, std::function<void()> task);
 
   bool dead() const;
+  // Null while it lives, and when all notices of its death have been given.
+  std::shared_ptr<PendingNotices> pending_notices() const;
   void Kill();
 
   ThreadPool& pool(Transport transport) {
@@ -87,6 +118,7 @@ class Process : public std::enable_shared_from_this<Process> {
   const std::shared_ptr<ThreadPool> hwbinder_pool_;
   mutable std::mutex lock_;
   bool dead_ = false;
+  std::weak_ptr<PendingNotices> pending_notices_;  // of its death
   std::mutex reach_lock_;  // taken before lock_: one new reference at a time
   std::map<uint64_t, std::shared_ptr<Anchor>> outbound_;  // references held here, by target
   std::set<std::shared_ptr<Anchor>> inbound_;             // references to objects that live here

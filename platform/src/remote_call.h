@@ -64,16 +64,18 @@ struct Parcelled<T*> {
   T value{};
 };
 
-// An interface: the receiver gets its own reference. Null is not allowed to travel.
+// An interface: the receiver gets its own reference. Null travels, too: a service must be ready
+// for it.
 template <typename I>
 requires std::is_base_of_v<ndk::ICInterface, I>
 struct Parcelled<std::shared_ptr<I>> {
   explicit Parcelled(const std::shared_ptr<I>& object) {
     if (object != nullptr) binder = object->asBinder();
   }
-  bool ok() const { return binder.get() != nullptr; }
+  bool ok() const { return true; }
   // False when the service's process has died meanwhile: the dead take no references.
   bool Arrive() {
+    if (binder.get() == nullptr) return true;
     object = I::fromBinder(Process::Current()->Reach(std::exchange(binder, {}).get()));
     return object != nullptr;
   }
@@ -86,7 +88,23 @@ struct Parcelled<std::shared_ptr<I>> {
 template <typename T>
 using ParcelledArg = Parcelled<std::remove_cvref_t<T>>;
 
-// A synchronous call on the object behind a proxy's binder.
+// What setDefaultImpl() of each interface sets. Never destroyed: binder threads may outlive main().
+template <typename I>
+std::shared_ptr<I>& DefaultImpl() {
+  static auto& impl = *new std::shared_ptr<I>;
+  return impl;
+}
+
+// setDefaultImpl() of each interface.
+template <typename I>
+bool SetDefaultImpl(const std::shared_ptr<I>& impl) {
+  if (impl == nullptr) return false;
+  DefaultImpl<I>() = impl;
+  return true;
+}
+
+// A synchronous call on the object behind a proxy's binder. What the service does not know is asked
+// of the default implementation, when there is one.
 template <typename I, typename... Params, typename... Args>
 ndk::ScopedAStatus CallRemote(const ndk::SpAIBinder& binder,
                               ndk::ScopedAStatus (I::*method)(Params...), Args&&... args) {
@@ -96,10 +114,6 @@ ndk::ScopedAStatus CallRemote(const ndk::SpAIBinder& binder,
     ndk::ScopedAStatus status;
   };
   auto call = std::make_shared<Call>(args...);
-  const bool complete =
-      std::apply([](const auto&... param) { return (param.ok() && ...); }, call->params);
-  if (!complete) return ndk::ScopedAStatus::fromStatus(STATUS_UNEXPECTED_NULL);
-
   const bool served = binder.get()->AsRemote()->CallAndWait([call, method](LocalBinder& target) {
     I& object = static_cast<I&>(*target.object());
     call->status = std::apply(
@@ -111,6 +125,10 @@ ndk::ScopedAStatus CallRemote(const ndk::SpAIBinder& binder,
   });
   if (!served) return ndk::ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT);
   // A service that answers with no status at all crashes on a device; so does this.
+  if (AStatus_getStatus(call->status.get()) == STATUS_UNKNOWN_TRANSACTION &&
+      DefaultImpl<I>() != nullptr) {
+    return (DefaultImpl<I>().get()->*method)(std::forward<Args>(args)...);
+  }
   if (AStatus_isOk(call->status.get())) {
     std::apply([&](auto&... param) { (param.Deliver(args), ...); }, call->params);
   }

@@ -3,6 +3,7 @@
 #include <android/binder_manager.h>
 #include <android/log.h>
 
+#include <chrono>
 #include <string_view>
 #include <thread>
 #include <vector>
@@ -122,6 +123,10 @@ using norvik::qel::standin::ServiceManager;
 
 namespace {
 
+// The platform's own words while a look-up polls.
+constexpr char kLookUpTag[] = "ServiceManagerCppClient";
+constexpr char kDriver[] = "/dev/binder";
+
 AIBinder* Release(const ndk::SpAIBinder& binder) {
   AIBinder_incStrong(binder.get());
   return binder.get();
@@ -150,14 +155,26 @@ AIBinder* AServiceManager_getService(const char* instance) {
   const bool works = GetServiceScript().Next().works();
   ndk::SpAIBinder service;
   if (works) service = manager.Check(instance);
-  for (int attempt = 0; service.get() == nullptr && attempt < manager.get_service_attempts;
-       ++attempt) {
-    __android_log_print(ANDROID_LOG_INFO, "ServiceManager", "Waiting for service '%s'...",
-                        instance);
+  if (service.get() != nullptr) return Release(service);
+
+  using std::chrono::steady_clock;
+  const auto begin = steady_clock::now();
+  __android_log_print(ANDROID_LOG_INFO, kLookUpTag, "Waiting for service '%s' on '%s'...", instance,
+                      kDriver);
+  for (int attempt = 0; attempt < manager.get_service_attempts; ++attempt) {
     std::this_thread::sleep_for(std::chrono::milliseconds(manager.get_service_pause_ms));
     if (works) service = manager.Check(instance);
+    if (service.get() == nullptr) continue;
+    const auto waited =
+        std::chrono::duration_cast<std::chrono::milliseconds>(steady_clock::now() - begin);
+    __android_log_print(ANDROID_LOG_INFO, kLookUpTag,
+                        "Waiting for service '%s' on '%s' successful after waiting %lldms",
+                        instance, kDriver, static_cast<long long>(waited.count()));
+    return Release(service);
   }
-  return Release(service);
+  __android_log_print(ANDROID_LOG_WARN, kLookUpTag, "Service %s didn't start. Returning NULL",
+                      instance);
+  return nullptr;
 }
 
 AIBinder* AServiceManager_waitForService(const char* instance) {

@@ -66,6 +66,12 @@ binder_status_t AIBinder_unlinkToDeath(AIBinder* binder, AIBinder_DeathRecipient
 __attribute__((warn_unused_result)) AIBinder* AIBinder_new(const AIBinder_Class* clazz, void* args);
 // True when `binder` is of that class; may ask the remote for its descriptor.
 bool AIBinder_associateClass(AIBinder* binder, const AIBinder_Class* clazz);
+// The class of a local binder, or the one that a remote binder has been associated with; else null.
+const AIBinder_Class* AIBinder_getClass(AIBinder* binder);
+// Valid as long as the class. `clazz` must not be null.
+const char* AIBinder_Class_getDescriptor(const AIBinder_Class* clazz);
+// The `args` given to AIBinder_new(); null for a remote binder.
+void* AIBinder_getUserData(AIBinder* binder);
 
 __attribute__((warn_unused_result)) AIBinder_Weak* AIBinder_Weak_new(AIBinder* binder);
 void AIBinder_Weak_delete(AIBinder_Weak* weakBinder);

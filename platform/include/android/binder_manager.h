@@ -17,7 +17,7 @@ __attribute__((warn_unused_result)) binder_exception_t AServiceManager_addServic
 
 // The look-ups answer one strong reference owned by the caller, or null.
 __attribute__((warn_unused_result)) AIBinder* AServiceManager_checkService(const char* instance);
-// Asks at once, then every second, for up to five seconds.
+// Asks at once, then every second, for up to five seconds. Logs that it waits, and how that ends.
 __attribute__((warn_unused_result))
 __attribute__((deprecated("this polls for 5s, use waitForService or checkService"))) AIBinder*
 AServiceManager_getService(const char* instance);

@@ -31,7 +31,8 @@ class Status final {
 
   Status() = default;
   static Status ok() { return {}; }
-  static Status fromExceptionCode(int32_t exception, const char* message = "");
+  static Status fromExceptionCode(int32_t exception);
+  static Status fromExceptionCode(int32_t exception, const char* message);
   static Status fromStatusT(status_t error);
 
   bool isOk() const { return exception_ == EX_NONE; }

@@ -28,6 +28,10 @@ class IHealth : public ndk::ICInterface {
   static constexpr int32_t STATUS_CALLBACK_DIED = 4;
 
   static std::shared_ptr<IHealth> fromBinder(const ndk::SpAIBinder& binder);
+  // Answers what a service does not know (STATUS_UNKNOWN_TRANSACTION). Null is refused: false. To
+  // be set once, before the first call.
+  static bool setDefaultImpl(const std::shared_ptr<IHealth>& impl);
+  static const std::shared_ptr<IHealth>& getDefaultImpl();
 
   // The current data is sent to `callback` before this returns.
   virtual ndk::ScopedAStatus registerCallback(

@@ -17,6 +17,10 @@ class IHealthInfoCallback : public ndk::ICInterface {
   static inline const std::string hash = "3bab6273a5491102b29c9d7a1f0efa749533f46d";
 
   static std::shared_ptr<IHealthInfoCallback> fromBinder(const ndk::SpAIBinder& binder);
+  // Answers what a service does not know (STATUS_UNKNOWN_TRANSACTION). Null is refused: false. To
+  // be set once, before the first call.
+  static bool setDefaultImpl(const std::shared_ptr<IHealthInfoCallback>& impl);
+  static const std::shared_ptr<IHealthInfoCallback>& getDefaultImpl();
 
   // One-way: on a binder thread of the receiver, in the order of sending.
   virtual ndk::ScopedAStatus healthInfoChanged(const HealthInfo& info) = 0;

@@ -24,6 +24,10 @@ class IThermal : public ndk::ICInterface {
   static inline const std::string hash = "2f49c78011338b42b43d5d0e250d9b520850cc1f";
 
   static std::shared_ptr<IThermal> fromBinder(const ndk::SpAIBinder& binder);
+  // Answers what a service does not know (STATUS_UNKNOWN_TRANSACTION). Null is refused: false. To
+  // be set once, before the first call.
+  static bool setDefaultImpl(const std::shared_ptr<IThermal>& impl);
+  static const std::shared_ptr<IThermal>& getDefaultImpl();
 
   // Calls fail with EX_ILLEGAL_STATE and a message while the service is not ready. The order of
   // entries is the same in every reply.

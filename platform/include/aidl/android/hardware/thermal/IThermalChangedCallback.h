@@ -17,6 +17,10 @@ class IThermalChangedCallback : public ndk::ICInterface {
   static inline const std::string hash = "2f49c78011338b42b43d5d0e250d9b520850cc1f";
 
   static std::shared_ptr<IThermalChangedCallback> fromBinder(const ndk::SpAIBinder& binder);
+  // Answers what a service does not know (STATUS_UNKNOWN_TRANSACTION). Null is refused: false. To
+  // be set once, before the first call.
+  static bool setDefaultImpl(const std::shared_ptr<IThermalChangedCallback>& impl);
+  static const std::shared_ptr<IThermalChangedCallback>& getDefaultImpl();
 
   // One-way: on a binder thread of the receiver, in the order of sending.
   virtual ndk::ScopedAStatus notifyThrottling(const Temperature& temperature) = 0;

@@ -50,6 +50,9 @@ struct IThermal : public ::android::hardware::thermal::V1_0::IThermal {
   Return<void> interfaceChain(interfaceChain_cb _hidl_cb) override;
   Return<void> interfaceDescriptor(interfaceDescriptor_cb _hidl_cb) override;
 
+  // An interface that is none of these is cast from its IBase.
+  static Return<sp<IThermal>> castFrom(const sp<IThermal>& parent, bool emitError = false);
+  static Return<sp<IThermal>> castFrom(const sp<V1_0::IThermal>& parent, bool emitError = false);
   static Return<sp<IThermal>> castFrom(const sp<::android::hidl::base::V1_0::IBase>& parent,
                                        bool emitError = false);
 

@@ -22,6 +22,9 @@ struct IThermalChangedCallback : public ::android::hidl::base::V1_0::IBase {
   Return<void> interfaceChain(interfaceChain_cb _hidl_cb) override;
   Return<void> interfaceDescriptor(interfaceDescriptor_cb _hidl_cb) override;
 
+  // An interface that is none of these is cast from its IBase.
+  static Return<sp<IThermalChangedCallback>> castFrom(const sp<IThermalChangedCallback>& parent,
+                                                      bool emitError = false);
   static Return<sp<IThermalChangedCallback>> castFrom(
       const sp<::android::hidl::base::V1_0::IBase>& parent, bool emitError = false);
 
