@@ -1,5 +1,5 @@
 // Stands before the C library's allocator for the whole process, shared libraries included.
-#include "bench/allocations.h"
+#include "allocations.h"
 
 #include <stddef.h>
 

@@ -3,7 +3,7 @@
 #include <boost/asio/post.hpp>
 #include <thread>
 
-#include "bench/workers.h"
+#include "workers.h"
 
 namespace norvik::qel::bench {
 

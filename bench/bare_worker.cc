@@ -3,7 +3,7 @@
 #include <thread>
 #include <utility>
 
-#include "bench/workers.h"
+#include "workers.h"
 
 namespace norvik::qel::bench {
 

@@ -1,4 +1,4 @@
-#include "bench/cpus.h"
+#include "cpus.h"
 
 #include <errno.h>
 #include <sched.h>

@@ -10,21 +10,21 @@
 #include <utility>
 #include <vector>
 
+#include "allocations.h"
 #include "battery/battery_info.h"
-#include "bench/allocations.h"
-#include "bench/cpus.h"
-#include "bench/latencies.h"
-#include "bench/polls.h"
-#include "bench/quick.h"
-#include "bench/registration.h"
-#include "bench/thermal_service.h"
-#include "devices/simulated/health.h"
-#include "devices/simulated/sensor_hub.h"
-#include "devices/simulated/thermal.h"
+#include "cpus.h"
+#include "latencies.h"
+#include "polls.h"
+#include "quick.h"
+#include "quorvel/fake/gate.h"
+#include "quorvel/fake/sensor_functions.h"
+#include "quorvel/simulated/health.h"
+#include "quorvel/simulated/sensor_hub.h"
+#include "quorvel/simulated/thermal.h"
+#include "registration.h"
 #include "sensor/sensor_info.h"
-#include "standin/gate.h"
-#include "standin/sensor_functions.h"
 #include "thermal/audio_thermal_callback.h"
+#include "thermal_service.h"
 
 namespace norvik::qel::bench {
 
@@ -121,13 +121,13 @@ class SensorDispatch {
   const std::vector<Client>& clients() const { return clients_; }
   void Owe() {
     const int64_t polls = PollsBegun();
-    standin::BringSensorEvents(reading_);
+    fake::BringSensorEvents(reading_);
     WaitForPollAfter(polls);
   }
   void Dispatch() { sensor_.DispatchToClient(); }
 
  private:
-  static void PassGate(int /*value*/, void* cookie) { static_cast<standin::Gate*>(cookie)->Pass(); }
+  static void PassGate(int /*value*/, void* cookie) { static_cast<fake::Gate*>(cookie)->Pass(); }
 
   // Should there be none after ten seconds, the clients are not called either, which is noticed.
   static void WaitForPollAfter(int64_t polls) {
@@ -138,7 +138,7 @@ class SensorDispatch {
   std::vector<Client> clients_;
   const std::vector<ASensorEvent> reading_ = Reading(ASENSOR_TYPE_PROXIMITY, 5);
   simulated::SensorHub hub_;
-  standin::Gate gate_;
+  fake::Gate gate_;
   audio::SensorInfo sensor_;
 };
 

@@ -13,22 +13,22 @@
 
 #include "battery/audio_health_info_callback.h"
 #include "battery/battery_info.h"
-#include "bench/cpus.h"
-#include "bench/latencies.h"
-#include "bench/polls.h"
-#include "bench/probe.h"
-#include "bench/quick.h"
-#include "bench/registration.h"
-#include "bench/thermal_service.h"
-#include "bench/turns.h"
-#include "bench/workers.h"
-#include "devices/simulated/health.h"
-#include "devices/simulated/sensor_hub.h"
-#include "devices/simulated/thermal.h"
+#include "cpus.h"
+#include "latencies.h"
+#include "polls.h"
+#include "probe.h"
+#include "quick.h"
 #include "quorvel.h"
-#include "standin/sensor_functions.h"
+#include "quorvel/fake/sensor_functions.h"
+#include "quorvel/simulated/health.h"
+#include "quorvel/simulated/sensor_hub.h"
+#include "quorvel/simulated/thermal.h"
+#include "registration.h"
 #include "thermal/audio_thermal_callback.h"
 #include "thermal/audio_thermal_changed_callback.h"
+#include "thermal_service.h"
+#include "turns.h"
+#include "workers.h"
 
 namespace norvik::qel::bench {
 
@@ -152,7 +152,7 @@ class SensorEvent : public Worker {
   }
   ~SensorEvent() override { DeinitSensorInfo(&handle_); }
 
-  void Trigger() override { standin::BringSensorEvents(reading_); }
+  void Trigger() override { fake::BringSensorEvents(reading_); }
 
  private:
   const std::vector<ASensorEvent> reading_ = Reading(ASENSOR_TYPE_PROXIMITY, 5);

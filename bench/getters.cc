@@ -5,13 +5,13 @@
 #include <optional>
 #include <string>
 
-#include "bench/empty.h"
-#include "bench/latencies.h"
-#include "bench/quick.h"
-#include "bench/registration.h"
-#include "bench/turns.h"
-#include "devices/simulated/health.h"
+#include "empty.h"
+#include "latencies.h"
+#include "quick.h"
 #include "quorvel.h"
+#include "quorvel/simulated/health.h"
+#include "registration.h"
+#include "turns.h"
 
 namespace norvik::qel::bench {
 

@@ -2,7 +2,7 @@
 
 #include <thread>
 
-#include "bench/workers.h"
+#include "workers.h"
 
 namespace norvik::qel::bench {
 

@@ -13,16 +13,16 @@
 #include <optional>
 #include <thread>
 
-#include "bench/cpus.h"
-#include "bench/latencies.h"
-#include "bench/library_threads.h"
-#include "bench/probe.h"
-#include "bench/quick.h"
-#include "bench/registration.h"
-#include "bench/turns.h"
+#include "cpus.h"
+#include "latencies.h"
+#include "library_threads.h"
+#include "probe.h"
+#include "process_state.h"
+#include "quick.h"
 #include "quorvel.h"
-#include "tests/support/process_state.h"
-#include "tests/support/waiting.h"
+#include "registration.h"
+#include "turns.h"
+#include "waiting.h"
 
 namespace norvik::qel::bench {
 

@@ -8,14 +8,14 @@
 #include <mutex>
 #include <thread>
 
-#include "bench/latencies.h"
-#include "bench/library_threads.h"
-#include "bench/quick.h"
-#include "bench/registration.h"
-#include "devices/simulated/health.h"
-#include "devices/simulated/sensor_hub.h"
-#include "devices/simulated/thermal.h"
+#include "latencies.h"
+#include "library_threads.h"
+#include "quick.h"
 #include "quorvel.h"
+#include "quorvel/simulated/health.h"
+#include "quorvel/simulated/sensor_hub.h"
+#include "quorvel/simulated/thermal.h"
+#include "registration.h"
 
 namespace norvik::qel::bench {
 

@@ -1,4 +1,4 @@
-#include "bench/library_threads.h"
+#include "library_threads.h"
 
 #include <chrono>
 #include <filesystem>

@@ -1,5 +1,5 @@
-#include "bench/workers.h"
 #include "common/repeated_thread.h"
+#include "workers.h"
 
 namespace norvik::qel::bench {
 

@@ -4,7 +4,7 @@
 #include <system_error>
 #include <thread>
 
-#include "bench/workers.h"
+#include "workers.h"
 
 namespace norvik::qel::bench {
 

@@ -10,9 +10,9 @@
 #include <string_view>
 #include <vector>
 
-#include "bench/cpus.h"
-#include "bench/quick.h"
-#include "bench/registration.h"
+#include "cpus.h"
+#include "quick.h"
+#include "registration.h"
 
 namespace norvik::qel::bench {
 

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "bench/library_threads.h"
-#include "bench/registration.h"
+#include "library_threads.h"
 #include "quorvel.h"
+#include "registration.h"
 
 namespace norvik::qel::bench {
 

@@ -1,12 +1,12 @@
 // Stands before the platform's function for the library's object files of this program.
-#include "bench/polls.h"
+#include "polls.h"
 
 #include <android/looper.h>
 #include <dlfcn.h>
 
 #include <atomic>
 
-#include "bench/latencies.h"
+#include "latencies.h"
 
 namespace norvik::qel::bench {
 

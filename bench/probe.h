@@ -7,7 +7,7 @@
 #include <mutex>
 #include <optional>
 
-#include "bench/latencies.h"
+#include "latencies.h"
 
 namespace norvik::qel::bench {
 

@@ -15,20 +15,20 @@
 #include <thread>
 #include <vector>
 
-#include "bench/allocations.h"
-#include "bench/cpus.h"
-#include "bench/latencies.h"
-#include "bench/quick.h"
-#include "bench/registration.h"
-#include "devices/common/health_service.h"
-#include "devices/common/hidl_thermal_service.h"
-#include "devices/common/thermal_service.h"
-#include "devices/simulated/health.h"
-#include "devices/simulated/thermal.h"
+#include "allocations.h"
+#include "cpus.h"
+#include "latencies.h"
+#include "quick.h"
 #include "quorvel.h"
-#include "standin/call_charge.h"
-#include "standin/gate.h"
-#include "standin/script.h"
+#include "quorvel/fake/call_latency.h"
+#include "quorvel/fake/gate.h"
+#include "quorvel/fake/script.h"
+#include "quorvel/services/health_service.h"
+#include "quorvel/services/hidl_thermal_service.h"
+#include "quorvel/services/thermal_service.h"
+#include "quorvel/simulated/health.h"
+#include "quorvel/simulated/thermal.h"
+#include "registration.h"
 
 namespace norvik::qel::bench {
 
@@ -57,11 +57,11 @@ enum class Price { kFree, kPhone };
 // Has the service make as many threads as it may have, on the worker's processor. Left to itself it
 // makes one when a call finds none idle, as one that has just answered is not for a moment, and
 // where the caller runs.
-bool MakeServiceThreads(standin::Script& script, const auto& call) {
+bool MakeServiceThreads(fake::Script& script, const auto& call) {
   constexpr int kThreads = 16;
   const WorkersAreMadeHere here;
-  const auto gate = std::make_shared<standin::Gate>();
-  script.Then(standin::Outcome::After(gate), kThreads);
+  const auto gate = std::make_shared<fake::Gate>();
+  script.Then(fake::Outcome::After(gate), kThreads);
   std::vector<std::thread> callers;
   for (int i = 0; i < kThreads; ++i) callers.emplace_back(call);
   const bool all_came = gate->WaitForArrivals(kThreads);
@@ -74,7 +74,7 @@ bool MakeServiceThreads(standin::Script& script, const auto& call) {
 template <typename Query>
 class Asked {
  public:
-  Asked(const Query& query, standin::Script& script) : query_(query), script_(script) {}
+  Asked(const Query& query, fake::Script& script) : query_(query), script_(script) {}
 
   // Asks once, and whether the answer was right.
   bool Ask() {
@@ -104,7 +104,7 @@ class Asked {
   }
 
   const Query& query_;
-  standin::Script& script_;
+  fake::Script& script_;
   Latencies times_;
   Latencies cpu_ns_;
   int64_t allocations_ = 0;
@@ -113,9 +113,9 @@ class Asked {
 
 // Both ways in turns. Each says whether its answer was right, and makes `calls` calls of the
 // operation that `script` counts.
-void Measure(benchmark::State& state, Price price, standin::Script& script, int calls,
+void Measure(benchmark::State& state, Price price, fake::Script& script, int calls,
              const auto& library, const auto& direct) {
-  const standin::CallCharge charge(price == Price::kPhone ? kPhoneCall : kPhoneCall.zero());
+  const fake::CallLatency latency(price == Price::kPhone ? kPhoneCall : kPhoneCall.zero());
   bool right = library() && direct();
   Asked by_library(library, script);
   Asked by_hand(direct, script);
@@ -141,9 +141,9 @@ void Getter(benchmark::State& state, Price price) {
   simulated::Health health;
   health.SetLevel(kLevel);
   health.Start();
-  const ndk::SpAIBinder binder(AServiceManager_checkService(devices::kHealthInstance));
+  const ndk::SpAIBinder binder(AServiceManager_checkService(services::kHealthInstance));
   const std::shared_ptr<IHealth> service = IHealth::fromBinder(binder);
-  standin::Script& script = health.on(devices::HealthOperation::kGetHealthInfo);
+  fake::Script& script = health.on(services::HealthOperation::kGetHealthInfo);
   const auto direct = [&] {
     HealthInfo info;
     return service->getHealthInfo(&info).isOk() && info.batteryLevel == kLevel;
@@ -166,7 +166,7 @@ void Getter(benchmark::State& state, Price price) {
 class ThermalPhone {
  public:
   ThermalPhone(ThermalPath path, int sensors) : path_(path), sensors_(sensors) {
-    thermal_.Change([&](devices::ThermalData& data) {
+    thermal_.Change([&](services::ThermalData& data) {
       data = {};
       for (int i = 0; i < sensors; ++i) {
         data.temperatures.push_back(
@@ -180,7 +180,7 @@ class ThermalPhone {
     thermal_.Start(path);
     if (path == ThermalPath::kAidl) {
       aidl_ = AidlThermal::fromBinder(
-          ndk::SpAIBinder(AServiceManager_checkService(devices::kThermalInstance)));
+          ndk::SpAIBinder(AServiceManager_checkService(services::kThermalInstance)));
     } else {
       hidl_ = V2_0::IThermal::tryGetService();
     }
@@ -206,15 +206,15 @@ class ThermalPhone {
   }
 
   // Of the operations that ask for the sensors of one type, and for all of them.
-  standin::Script& type_script() {
+  fake::Script& type_script() {
     return path_ == ThermalPath::kAidl
-               ? thermal_.on(devices::ThermalOperation::kGetTemperaturesWithType)
-               : thermal_.on(devices::HidlThermalOperation::kGetCurrentTemperatures);
+               ? thermal_.on(services::ThermalOperation::kGetTemperaturesWithType)
+               : thermal_.on(services::HidlThermalOperation::kGetCurrentTemperatures);
   }
-  standin::Script& all_script() {
+  fake::Script& all_script() {
     return path_ == ThermalPath::kAidl
-               ? thermal_.on(devices::ThermalOperation::kGetTemperatures)
-               : thermal_.on(devices::HidlThermalOperation::kGetCurrentTemperatures);
+               ? thermal_.on(services::ThermalOperation::kGetTemperatures)
+               : thermal_.on(services::HidlThermalOperation::kGetCurrentTemperatures);
   }
 
   // How many records the service returns, asked directly; -1 when it fails.
@@ -310,7 +310,7 @@ const Registration kRegistration([] {
         ->Iterations(Rounds(1'000));
   };
   for (const Price price : {Price::kFree, Price::kPhone}) {
-    const std::string query = price == Price::kFree ? "query/free/" : "query/charged/";
+    const std::string query = price == Price::kFree ? "query/free/" : "query/latency/";
     add(query + "getter", Getter, price);
     for (const ThermalPath path : {ThermalPath::kAidl, ThermalPath::kHidl}) {
       const std::string over = path == ThermalPath::kAidl ? "aidl" : "hidl";

@@ -162,7 +162,7 @@ def queries(table, results):
                            f"query/{kind}/bulk/{transport}/sensors:{sensors}/names:{count}",
                            sensors)
 
-    for what, name, sensors in names("charged"):
+    for what, name, sensors in names("latency"):
         table.ratio(what, results.of(name, "library_ns"), "direct calls",
                     results.of(name, "direct_ns"), 1.05 if sensors <= 8 else None,
                     results.of(name, "ratio"))

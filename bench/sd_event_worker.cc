@@ -9,7 +9,7 @@
 #include <system_error>
 #include <thread>
 
-#include "bench/workers.h"
+#include "workers.h"
 
 namespace norvik::qel::bench {
 

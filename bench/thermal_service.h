@@ -4,7 +4,7 @@
 #include <android/binder_manager.h>
 #include <utils/StrongPointer.h>
 
-#include "devices/common/thermal_service.h"
+#include "quorvel/services/thermal_service.h"
 #include "thermal_hidl_wrapper/thermal_hidl_wrapper.h"
 
 namespace norvik::qel::bench {
@@ -14,7 +14,7 @@ inline android::sp<aidl::android::hardware::thermal::ThermalHidlWrapper> LookUpT
   using aidl::android::hardware::thermal::IThermal;
   using aidl::android::hardware::thermal::ThermalHidlWrapper;
   return android::sp<ThermalHidlWrapper>::make(IThermal::fromBinder(
-      ndk::SpAIBinder(AServiceManager_checkService(devices::kThermalInstance))));
+      ndk::SpAIBinder(AServiceManager_checkService(services::kThermalInstance))));
 }
 
 }  // namespace norvik::qel::bench

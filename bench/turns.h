@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "bench/latencies.h"
+#include "latencies.h"
 
 namespace norvik::qel::bench {
 

@@ -8,13 +8,13 @@
 #include <utility>
 #include <vector>
 
-#include "bench/cpus.h"
-#include "bench/latencies.h"
-#include "bench/probe.h"
-#include "bench/quick.h"
-#include "bench/registration.h"
-#include "bench/turns.h"
-#include "bench/workers.h"
+#include "cpus.h"
+#include "latencies.h"
+#include "probe.h"
+#include "quick.h"
+#include "registration.h"
+#include "turns.h"
+#include "workers.h"
 
 namespace norvik::qel::bench {
 

@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "bench/probe.h"
+#include "probe.h"
 
 namespace norvik::qel::bench {
 

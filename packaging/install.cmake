@@ -1,9 +1,9 @@
 # What cmake --install puts into place, in four components, as a packager would split it:
 #
-#   runtime    the library, and the stand-in that it runs on
+#   runtime    the library, and the fake platform that it runs on
 #   dev        what a program needs to be built: headers, link names, pkg-config, CMake, documents
-#   simulated  for tests: the simulated phone and what controls the stand-in
-#   tools      the monitor, its manual and its completions
+#   simulated  for tests: the simulated phone and what controls the fake platform
+#   monitor    the monitor, its manual and its completions
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -13,7 +13,7 @@ foreach(dir BINDIR LIBDIR INCLUDEDIR DATADIR DOCDIR MANDIR)
   endif()
 endforeach()
 
-set(private_include ${CMAKE_INSTALL_INCLUDEDIR}/quorvel)
+set(quorvel_include ${CMAKE_INSTALL_INCLUDEDIR}/quorvel)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/quorvel)
 
 # Where the program and the libraries find each other wherever the tree is put. Packages for the
@@ -24,31 +24,30 @@ file(RELATIVE_PATH from_bin_to_lib
 
 # The libraries. Files of other targets than the platform's own stay out of its include path, so
 # that a test includes what it would include on a device.
-set_target_properties(quorvel_platform PROPERTIES EXPORT_NAME platform)
-set_target_properties(quorvel_device_simulated PROPERTIES EXPORT_NAME simulated)
+set_target_properties(quorvel_fake_platform PROPERTIES EXPORT_NAME fake_platform)
+set_target_properties(quorvel_simulated PROPERTIES EXPORT_NAME simulated)
 target_include_directories(quorvel INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
-target_include_directories(quorvel_platform
-  INTERFACE $<INSTALL_INTERFACE:${private_include}/platform>)
-target_include_directories(quorvel_platform_control
-  INTERFACE $<INSTALL_INTERFACE:${private_include}/simulated>)
-target_include_directories(quorvel_device_common
-  INTERFACE $<INSTALL_INTERFACE:${private_include}/simulated>)
-target_compile_features(quorvel_device_common INTERFACE cxx_std_20)
+target_include_directories(quorvel_fake_platform
+  INTERFACE $<INSTALL_INTERFACE:${quorvel_include}/fake_platform>)
+foreach(target quorvel_fake_platform_control quorvel_services quorvel_simulated)
+  target_include_directories(${target} INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+endforeach()
+target_compile_features(quorvel_services INTERFACE cxx_std_20)
 
-install(TARGETS quorvel quorvel_platform EXPORT quorvelTargets
+install(TARGETS quorvel quorvel_fake_platform EXPORT quorvelTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT dev)
-install(TARGETS quorvel_device_simulated quorvel_device_common quorvel_platform_control
+install(TARGETS quorvel_simulated quorvel_services quorvel_fake_platform_control
         EXPORT quorvelSimulatedTargets
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT simulated)
 install(FILES include/quorvel.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev)
-install(DIRECTORY platform/include/ DESTINATION ${private_include}/platform COMPONENT dev)
-install(DIRECTORY platform/control/ DESTINATION ${private_include}/simulated COMPONENT simulated)
-install(DIRECTORY devices/common devices/simulated
-        DESTINATION ${private_include}/simulated/devices COMPONENT simulated
-        FILES_MATCHING PATTERN "*.h")
+install(DIRECTORY host/fake_platform/include/ DESTINATION ${quorvel_include}/fake_platform
+        COMPONENT dev)
+# #include <quorvel/simulated/health.h>, <quorvel/services/...>, <quorvel/fake/...>
+install(DIRECTORY host/fake_platform/control/ host/services/include/ host/simulated/include/
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT simulated)
 
 # The CMake package.
-configure_package_config_file(cmake/quorvelConfig.cmake.in quorvelConfig.cmake
+configure_package_config_file(packaging/quorvelConfig.cmake.in quorvelConfig.cmake
                               INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(quorvelConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/quorvelConfig.cmake
@@ -60,10 +59,10 @@ install(EXPORT quorvelSimulatedTargets NAMESPACE quorvel:: DESTINATION ${package
 
 # pkg-config.
 file(RELATIVE_PATH from_pc_to_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
-foreach(name quorvel quorvel-platform quorvel-simulated)
-  configure_file(cmake/${name}.pc.in ${name}.pc @ONLY)
+foreach(name quorvel quorvel-fake-platform quorvel-simulated)
+  configure_file(packaging/${name}.pc.in ${name}.pc @ONLY)
 endforeach()
-install(FILES ${PROJECT_BINARY_DIR}/quorvel.pc ${PROJECT_BINARY_DIR}/quorvel-platform.pc
+install(FILES ${PROJECT_BINARY_DIR}/quorvel.pc ${PROJECT_BINARY_DIR}/quorvel-fake-platform.pc
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT dev)
 install(FILES ${PROJECT_BINARY_DIR}/quorvel-simulated.pc
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT simulated)
@@ -79,14 +78,14 @@ else()
   install(FILES CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)
   install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT runtime)
 endif()
-# What the documents send readers to: how a test controls the stand-in, what the monitor makes of a
+# What the documents send readers to: how a test controls the fake platform, what the monitor makes of a
 # machine, the device build.
-foreach(file platform/README.md devices/linux/README.md tools/README.md include/quorvel.h Android.bp
-        CONTRIBUTING.md fuzz/README.md)
+foreach(file host/fake_platform/README.md host/linux_machine/README.md monitor/README.md
+        include/quorvel.h Android.bp CONTRIBUTING.md tests/random/README.md)
   cmake_path(GET file PARENT_PATH folder)
   install(FILES ${file} DESTINATION ${CMAKE_INSTALL_DOCDIR}/${folder} COMPONENT dev)
 endforeach()
-install(DIRECTORY docs examples completions DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev
+install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev
         PATTERN "Doxyfile*" EXCLUDE PATTERN "reference.md" EXCLUDE PATTERN "build" EXCLUDE)
 
 # Manual pages of both sections.
@@ -104,24 +103,25 @@ foreach(page ${manual_pages})
   endif()
   if(section EQUAL 3)
     install(FILES ${installed_page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT dev)
-  elseif(QUORVEL_TOOLS)
-    install(FILES ${installed_page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+  elseif(QUORVEL_MONITOR)
+    install(FILES ${installed_page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT monitor)
   endif()
 endforeach()
 
-if(QUORVEL_TOOLS)
+if(QUORVEL_MONITOR)
   if(QUORVEL_DEBIAN)
     # What the monitor's help points to; its users need not have the package that has all documents.
     install(FILES docs/recordings.md docs/recording.schema.json
-            DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quorvel/docs COMPONENT tools)
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quorvel/docs COMPONENT monitor)
     install(DIRECTORY docs/examples
-            DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quorvel/docs COMPONENT tools)
-    install(FILES devices/linux/README.md
-            DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quorvel/devices/linux COMPONENT tools)
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quorvel/docs COMPONENT monitor)
+    install(FILES host/linux_machine/README.md
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quorvel/host/linux_machine COMPONENT monitor)
   endif()
-  set_target_properties(quorvel_tool PROPERTIES INSTALL_RPATH "$ORIGIN/${from_bin_to_lib}")
-  install(TARGETS quorvel_tool RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
-  file(GLOB completions RELATIVE ${PROJECT_SOURCE_DIR}/completions CONFIGURE_DEPENDS completions/*)
+  set_target_properties(quorvel_monitor PROPERTIES INSTALL_RPATH "$ORIGIN/${from_bin_to_lib}")
+  install(TARGETS quorvel_monitor RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT monitor)
+  file(GLOB completions RELATIVE ${PROJECT_SOURCE_DIR}/packaging/completions CONFIGURE_DEPENDS
+       packaging/completions/*)
   foreach(completion
           "quorvel.bash|bash-completion/completions|quorvel"
           "_quorvel|zsh/vendor-completions|_quorvel"
@@ -131,8 +131,8 @@ if(QUORVEL_TOOLS)
     list(GET completion 1 folder)
     list(GET completion 2 name)
     if(file IN_LIST completions)
-      install(FILES completions/${file} DESTINATION ${CMAKE_INSTALL_DATADIR}/${folder}
-              RENAME ${name} COMPONENT tools)
+      install(FILES packaging/completions/${file} DESTINATION ${CMAKE_INSTALL_DATADIR}/${folder}
+              RENAME ${name} COMPONENT monitor)
     endif()
   endforeach()
 endif()

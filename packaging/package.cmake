@@ -21,7 +21,8 @@ set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR} ${PROJECT_BINARY_DIR}/platform)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
+    ${PROJECT_BINARY_DIR}/src ${PROJECT_BINARY_DIR}/host/fake_platform)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 
 # debian_component(COMPONENT PACKAGE SECTION TEXT [COMPONENT...]): the package, and the
@@ -36,7 +37,7 @@ function(debian_component component package section text)
   if(QUORVEL_DEBIAN)
     # What every package has to say of itself.
     set(doc ${CMAKE_INSTALL_DATADIR}/doc/${package})
-    install(FILES cmake/debian/copyright DESTINATION ${doc} COMPONENT ${component})
+    install(FILES packaging/debian/copyright DESTINATION ${doc} COMPONENT ${component})
     install(FILES ${PROJECT_BINARY_DIR}/changelog.Debian.gz DESTINATION ${doc}
             COMPONENT ${component})
   endif()
@@ -44,21 +45,21 @@ endfunction()
 
 set(about "Battery and chargers, proximity sensor and hinge angle, thermal throttling
 and temperatures, as an audio stack on an Android device wants to know them.
-On a host a stand-in takes the place of the platform.")
+On a host a fake platform takes the place of the real one.")
 set(CPACK_COMPONENTS_ALL)
 debian_component(runtime libquorvel${PROJECT_VERSION_MAJOR} libs
-  "${about}\n\nThis package has the library and the stand-in.")
+  "${about}\n\nThis package has the library and the fake platform.")
 debian_component(dev libquorvel-dev libdevel
   "${about}\n\nThis package has what programs need to be built with the library." runtime)
 debian_component(simulated libquorvel-simulated-dev libdevel
   "${about}\n\nThis package has a phone inside the program, for tests of what uses the\nlibrary."
   dev)
-if(QUORVEL_TOOLS)
-  debian_component(tools quorvel utils
+if(QUORVEL_MONITOR)
+  debian_component(monitor quorvel utils
     "${about}\n\nThis package has a program that watches, asks, records and plays." runtime)
-  set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS gnuplot)
+  set(CPACK_DEBIAN_MONITOR_PACKAGE_RECOMMENDS gnuplot)
 endif()
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/debian/triggers)
 set(CPACK_DEBIAN_DEV_PACKAGE_SUGGESTS "libquorvel-simulated-dev, quorvel")
 
 if(QUORVEL_DEBIAN)
@@ -67,7 +68,7 @@ if(QUORVEL_DEBIAN)
   string(REGEX REPLACE ".* - " "" released "${released}")
   execute_process(COMMAND date --utc --rfc-email --date "${released}" OUTPUT_VARIABLE released
                   OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-  configure_file(cmake/debian/changelog.in changelog.Debian @ONLY)
+  configure_file(packaging/debian/changelog.in changelog.Debian @ONLY)
   execute_process(COMMAND gzip -9 --no-name --force --keep ${PROJECT_BINARY_DIR}/changelog.Debian
                   COMMAND_ERROR_IS_FATAL ANY)
 endif()

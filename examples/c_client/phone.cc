@@ -1,5 +1,5 @@
 // A host's phone: linked to a program, it runs before main() starts. On a device it is left out.
-#include <devices/simulated/health.h>
+#include <quorvel/simulated/health.h>
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <iostream>
 
 #include "battery.h"
-#include "devices/simulated/health.h"
+#include "quorvel/simulated/health.h"
 
 int main() {
   ABinderProcess_startThreadPool();

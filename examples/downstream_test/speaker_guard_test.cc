@@ -7,16 +7,16 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "devices/simulated/health.h"
-#include "devices/simulated/thermal.h"
+#include "quorvel/simulated/health.h"
+#include "quorvel/simulated/thermal.h"
 
 namespace {
 
-using norvik::qel::devices::HealthOperation;
+using norvik::qel::fake::Outcome;
+using norvik::qel::services::HealthOperation;
 using norvik::qel::simulated::Health;
 using norvik::qel::simulated::Thermal;
 using norvik::qel::simulated::ThermalPath;
-using norvik::qel::standin::Outcome;
 
 void Check(bool ok, const char* what) {
   if (ok) return;

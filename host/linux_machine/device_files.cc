@@ -1,4 +1,4 @@
-#include "devices/linux/device_files.h"
+#include "device_files.h"
 
 #include <errno.h>
 #include <unistd.h>
@@ -11,7 +11,7 @@
 #include <system_error>
 #include <utility>
 
-namespace norvik::qel::linux_device {
+namespace norvik::qel::linux_machine {
 
 namespace {
 
@@ -198,4 +198,4 @@ void DeviceFiles::AddFault(const std::string& file, std::string what) {
   faults_->push_back({.device = name_, .file = file, .what = std::move(what)});
 }
 
-}  // namespace norvik::qel::linux_device
+}  // namespace norvik::qel::linux_machine

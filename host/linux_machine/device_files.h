@@ -11,10 +11,10 @@
 #include <string_view>
 #include <vector>
 
-#include "devices/linux/fault.h"
-#include "devices/linux/udev.h"
+#include "fault.h"
+#include "udev.h"
 
-namespace norvik::qel::linux_device {
+namespace norvik::qel::linux_machine {
 
 inline constexpr int64_t kMaxInt32 = std::numeric_limits<int32_t>::max();
 inline constexpr int64_t kMinInt32 = std::numeric_limits<int32_t>::min();
@@ -108,4 +108,4 @@ class DeviceFiles {
   std::vector<Fault>* faults_;
 };
 
-}  // namespace norvik::qel::linux_device
+}  // namespace norvik::qel::linux_machine

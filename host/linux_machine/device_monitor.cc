@@ -1,11 +1,11 @@
-#include "devices/linux/device_monitor.h"
+#include "device_monitor.h"
 
 #include <errno.h>
 #include <unistd.h>
 
 #include <string_view>
 
-namespace norvik::qel::linux_device {
+namespace norvik::qel::linux_machine {
 
 namespace {
 
@@ -48,4 +48,4 @@ void DeviceMonitor::GiveUp(int error) {
   error_ = error;
 }
 
-}  // namespace norvik::qel::linux_device
+}  // namespace norvik::qel::linux_machine

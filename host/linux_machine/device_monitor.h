@@ -4,9 +4,9 @@
 #include <optional>
 #include <string>
 
-#include "devices/linux/udev.h"
+#include "udev.h"
 
-namespace norvik::qel::linux_device {
+namespace norvik::qel::linux_machine {
 
 struct DeviceChange {
   enum class Kind {
@@ -41,4 +41,4 @@ class DeviceMonitor {
   int error_ = 0;
 };
 
-}  // namespace norvik::qel::linux_device
+}  // namespace norvik::qel::linux_machine

@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace norvik::qel::linux_device {
+namespace norvik::qel::linux_machine {
 
 struct Fault {
   std::string device;  // "BAT0"; empty when all of the class are concerned
@@ -14,4 +14,4 @@ struct Fault {
 // "BAT0/capacity: ..."
 std::string NoticeOf(const Fault& fault);
 
-}  // namespace norvik::qel::linux_device
+}  // namespace norvik::qel::linux_machine

@@ -1,23 +1,23 @@
-#include "devices/linux/health.h"
+#include "quorvel/linux_machine/health.h"
 
 #include <mutex>
 #include <optional>
 #include <utility>
 #include <vector>
 
-#include "devices/linux/power_supplies.h"
-#include "devices/linux/watched_class.h"
-#include "devices/linux/watcher.h"
-#include "standin/service_manager.h"
+#include "power_supplies.h"
+#include "quorvel/fake/service_manager.h"
+#include "watched_class.h"
+#include "watcher.h"
 
-namespace norvik::qel::linux_device {
+namespace norvik::qel::linux_machine {
 
 using aidl::android::hardware::health::BatteryCapacityLevel;
 using aidl::android::hardware::health::BatteryHealth;
 using aidl::android::hardware::health::BatteryStatus;
 using aidl::android::hardware::health::HealthInfo;
-using devices::DeviceEvent;
-using devices::HealthOperation;
+using services::HealthOperation;
+using services::ServiceEvent;
 
 namespace {
 
@@ -85,9 +85,9 @@ bool IsSupported(HealthOperation operation) {
 }  // namespace
 
 // Locks: reading_lock_ before the lock of HealthService.
-class Health::Service : public devices::HealthService, public WatchedClass {
+class Health::Service : public services::HealthService, public WatchedClass {
  public:
-  explicit Service(devices::DeviceObserver observer)
+  explicit Service(services::ServiceObserver observer)
       : HealthService(ToHealthInfo({}), std::move(observer)),
         WatchedClass("power_supply", "power supplies") {}
 
@@ -125,7 +125,7 @@ void Health::Service::NoticeLackOfBatteryLocked(bool has_battery) {
   had_battery_ = has_battery;
 }
 
-Health::Health(devices::DeviceObserver observer) : observer_(std::move(observer)) {}
+Health::Health(services::ServiceObserver observer) : observer_(std::move(observer)) {}
 
 Health::~Health() {
   Stop();
@@ -135,12 +135,12 @@ void Health::Start() {
   Stop();
   service_ = ndk::SharedRefBase::make<Service>(observer_);
   watcher_ = std::make_unique<Watcher>(service_, [this](std::string notice) {
-    Tell(DeviceEvent::Kind::kNotice, std::move(notice));
+    Tell(ServiceEvent::Kind::kNotice, std::move(notice));
   });
-  standin::Declare(devices::kHealthInstance);
-  process_ = std::make_unique<standin::ServiceProcess>("health");
-  process_->AddService(service_, devices::kHealthInstance);
-  Tell(DeviceEvent::Kind::kStarted);
+  fake::Declare(services::kHealthInstance);
+  process_ = std::make_unique<fake::ServiceProcess>("health");
+  process_->AddService(service_, services::kHealthInstance);
+  Tell(ServiceEvent::Kind::kStarted);
   watcher_->Run("power_supply");
 }
 
@@ -148,11 +148,11 @@ void Health::Stop() {
   if (service_ == nullptr) return;
   watcher_ = nullptr;
   // First, so that nobody waits for a service that the device declares and that will not come.
-  standin::Undeclare(devices::kHealthInstance);
+  fake::Undeclare(services::kHealthInstance);
   if (process_ != nullptr) process_->Kill();
   process_ = nullptr;
   service_ = nullptr;
-  Tell(DeviceEvent::Kind::kDied);
+  Tell(ServiceEvent::Kind::kDied);
 }
 
 Health::HealthInfo Health::info() const {
@@ -163,10 +163,10 @@ size_t Health::callback_count() const {
   return service_ != nullptr ? service_->callback_count() : 0;
 }
 
-void Health::Tell(DeviceEvent::Kind kind, std::string detail) const {
+void Health::Tell(ServiceEvent::Kind kind, std::string detail) const {
   if (observer_ != nullptr) {
     observer_({.kind = kind, .service = "health", .detail = std::move(detail)});
   }
 }
 
-}  // namespace norvik::qel::linux_device
+}  // namespace norvik::qel::linux_machine

@@ -1,4 +1,4 @@
-#include "devices/linux/iio_channels.h"
+#include "iio_channels.h"
 
 #include <algorithm>
 #include <array>
@@ -8,9 +8,9 @@
 #include <numbers>
 #include <string_view>
 
-#include "devices/linux/device_files.h"
+#include "device_files.h"
 
-namespace norvik::qel::linux_device {
+namespace norvik::qel::linux_machine {
 
 namespace {
 
@@ -179,4 +179,4 @@ std::optional<float> Measure(const IioChannel& channel, std::vector<Fault>* faul
   return value;
 }
 
-}  // namespace norvik::qel::linux_device
+}  // namespace norvik::qel::linux_machine

@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
-#include "devices/linux/fault.h"
+#include "fault.h"
 
-namespace norvik::qel::linux_device {
+namespace norvik::qel::linux_machine {
 
 // One value that a device measures.
 struct IioChannel {
@@ -43,4 +43,4 @@ inline constexpr float kFarCentimetres = 5;
 // Measures: centimetres or degrees. Nothing, and a fault, when it cannot be done or believed.
 std::optional<float> Measure(const IioChannel& channel, std::vector<Fault>* faults);
 
-}  // namespace norvik::qel::linux_device
+}  // namespace norvik::qel::linux_machine

@@ -1,11 +1,11 @@
-#include "devices/linux/power_supplies.h"
+#include "power_supplies.h"
 
 #include <string_view>
 #include <utility>
 
-#include "devices/linux/device_files.h"
+#include "device_files.h"
 
-namespace norvik::qel::linux_device {
+namespace norvik::qel::linux_machine {
 
 namespace {
 
@@ -199,4 +199,4 @@ PowerReading ReadPowerSupplies(const std::vector<std::string>& syspaths) {
   return reading;
 }
 
-}  // namespace norvik::qel::linux_device
+}  // namespace norvik::qel::linux_machine

@@ -13,9 +13,9 @@
 #include <string>
 #include <vector>
 
-#include "devices/linux/fault.h"
+#include "fault.h"
 
-namespace norvik::qel::linux_device {
+namespace norvik::qel::linux_machine {
 
 // In the units of the health service. What is not known has no value.
 struct Battery {
@@ -57,4 +57,4 @@ struct PowerReading {
 // Reads supplies that have been listed; they may have vanished since.
 PowerReading ReadPowerSupplies(const std::vector<std::string>& syspaths);
 
-}  // namespace norvik::qel::linux_device
+}  // namespace norvik::qel::linux_machine

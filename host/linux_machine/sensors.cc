@@ -1,4 +1,4 @@
-#include "devices/linux/sensors.h"
+#include "quorvel/linux_machine/sensors.h"
 
 #include <array>
 #include <atomic>
@@ -6,14 +6,14 @@
 #include <utility>
 #include <vector>
 
-#include "devices/linux/iio_channels.h"
-#include "devices/linux/watched_class.h"
-#include "devices/linux/watcher.h"
-#include "standin/deliveries.h"
+#include "iio_channels.h"
+#include "quorvel/fake/deliveries.h"
+#include "watched_class.h"
+#include "watcher.h"
 
-namespace norvik::qel::linux_device {
+namespace norvik::qel::linux_machine {
 
-using devices::DeviceEvent;
+using services::ServiceEvent;
 
 namespace {
 
@@ -44,9 +44,9 @@ const AllSensors kNoSensors = {{
 }  // namespace
 
 // Locks: reading_lock_ before the lock of SensorService.
-class Sensors::Service : public devices::SensorService, public WatchedClass {
+class Sensors::Service : public services::SensorService, public WatchedClass {
  public:
-  Service(std::chrono::milliseconds period, devices::DeviceObserver observer,
+  Service(std::chrono::milliseconds period, services::ServiceObserver observer,
           const std::shared_ptr<const Wake>& wake)
       : SensorService({}, WakingObserver(wake, std::move(observer))),
         WatchedClass("iio", "IIO devices", wake),
@@ -133,7 +133,7 @@ void Sensors::Service::MeasureLocked(Sensor& sensor) {
   }
 }
 
-Sensors::Sensors(devices::DeviceObserver observer, SensorSettings settings)
+Sensors::Sensors(services::ServiceObserver observer, SensorSettings settings)
     : observer_(std::move(observer)), settings_(settings) {}
 
 Sensors::~Sensors() {
@@ -145,11 +145,11 @@ void Sensors::Start() {
   service_ =
       ndk::SharedRefBase::make<Service>(settings_.period, observer_, std::make_shared<Wake>());
   watcher_ = std::make_unique<Watcher>(service_, [this](std::string notice) {
-    Tell(DeviceEvent::Kind::kNotice, std::move(notice));
+    Tell(ServiceEvent::Kind::kNotice, std::move(notice));
   });
-  process_ = std::make_unique<standin::ServiceProcess>("sensor");
-  process_->AddService(service_, devices::kSensorInstance);
-  Tell(DeviceEvent::Kind::kStarted);
+  process_ = std::make_unique<fake::ServiceProcess>("sensor");
+  process_->AddService(service_, services::kSensorInstance);
+  Tell(ServiceEvent::Kind::kStarted);
   watcher_->Run("iio");
 }
 
@@ -159,8 +159,8 @@ void Sensors::Stop() {
   if (process_ != nullptr) process_->Kill();
   process_ = nullptr;
   service_ = nullptr;
-  static_cast<void>(standin::WaitUntilDelivered());
-  Tell(DeviceEvent::Kind::kDied);
+  static_cast<void>(fake::WaitUntilDelivered());
+  Tell(ServiceEvent::Kind::kDied);
 }
 
 int Sensors::listeners(int32_t type) const {
@@ -171,10 +171,10 @@ int64_t Sensors::measurement_count() const {
   return service_ != nullptr ? service_->measurement_count() : 0;
 }
 
-void Sensors::Tell(DeviceEvent::Kind kind, std::string detail) const {
+void Sensors::Tell(ServiceEvent::Kind kind, std::string detail) const {
   if (observer_ != nullptr) {
     observer_({.kind = kind, .service = "sensor", .detail = std::move(detail)});
   }
 }
 
-}  // namespace norvik::qel::linux_device
+}  // namespace norvik::qel::linux_machine

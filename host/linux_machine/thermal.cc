@@ -1,27 +1,27 @@
-#include "devices/linux/thermal.h"
+#include "quorvel/linux_machine/thermal.h"
 
 #include <atomic>
 #include <optional>
 #include <utility>
 #include <vector>
 
-#include "devices/linux/thermal_devices.h"
-#include "devices/linux/thermal_history.h"
-#include "devices/linux/thermal_types.h"
-#include "devices/linux/watched_class.h"
-#include "devices/linux/watcher.h"
-#include "standin/service_manager.h"
+#include "quorvel/fake/service_manager.h"
+#include "thermal_devices.h"
+#include "thermal_history.h"
+#include "thermal_types.h"
+#include "watched_class.h"
+#include "watcher.h"
 
-namespace norvik::qel::linux_device {
+namespace norvik::qel::linux_machine {
 
-using devices::DeviceEvent;
-using devices::ThermalData;
-using devices::ThermalOperation;
+using services::ServiceEvent;
+using services::ThermalData;
+using services::ThermalOperation;
 
 // Locks: reading_lock_ before the lock of ThermalService.
-class Thermal::Service : public devices::ThermalService, public WatchedClass {
+class Thermal::Service : public services::ThermalService, public WatchedClass {
  public:
-  Service(ThermalTypes types, std::chrono::milliseconds period, devices::DeviceObserver observer,
+  Service(ThermalTypes types, std::chrono::milliseconds period, services::ServiceObserver observer,
           const std::shared_ptr<const Wake>& wake)
       : ThermalService({}, WakingObserver(wake, std::move(observer))),
         WatchedClass("thermal", "thermal zones", wake),
@@ -65,7 +65,7 @@ void Thermal::Service::NoticeLackOfZonesLocked(bool has_zones) {
   had_zones_ = has_zones;
 }
 
-Thermal::Thermal(devices::DeviceObserver observer, ThermalSettings settings)
+Thermal::Thermal(services::ServiceObserver observer, ThermalSettings settings)
     : observer_(std::move(observer)), settings_(std::move(settings)) {}
 
 Thermal::~Thermal() {
@@ -77,18 +77,18 @@ void Thermal::Start() {
   ThermalTypes types;
   if (!settings_.types_file.empty()) {
     for (std::string& error : types.Load(settings_.types_file)) {
-      Tell(DeviceEvent::Kind::kNotice, std::move(error));
+      Tell(ServiceEvent::Kind::kNotice, std::move(error));
     }
   }
   service_ = ndk::SharedRefBase::make<Service>(std::move(types), settings_.period, observer_,
                                                std::make_shared<Wake>());
   watcher_ = std::make_unique<Watcher>(service_, [this](std::string notice) {
-    Tell(DeviceEvent::Kind::kNotice, std::move(notice));
+    Tell(ServiceEvent::Kind::kNotice, std::move(notice));
   });
-  standin::Declare(devices::kThermalInstance);
-  process_ = std::make_unique<standin::ServiceProcess>("thermal");
-  process_->AddService(service_, devices::kThermalInstance);
-  Tell(DeviceEvent::Kind::kStarted);
+  fake::Declare(services::kThermalInstance);
+  process_ = std::make_unique<fake::ServiceProcess>("thermal");
+  process_->AddService(service_, services::kThermalInstance);
+  Tell(ServiceEvent::Kind::kStarted);
   watcher_->Run("thermal");
 }
 
@@ -96,11 +96,11 @@ void Thermal::Stop() {
   if (service_ == nullptr) return;
   watcher_ = nullptr;
   // First, so that nobody waits for a service that the device declares and that will not come.
-  standin::Undeclare(devices::kThermalInstance);
+  fake::Undeclare(services::kThermalInstance);
   if (process_ != nullptr) process_->Kill();
   process_ = nullptr;
   service_ = nullptr;
-  Tell(DeviceEvent::Kind::kDied);
+  Tell(ServiceEvent::Kind::kDied);
 }
 
 ThermalData Thermal::data() const {
@@ -115,10 +115,10 @@ int64_t Thermal::reading_count() const {
   return service_ != nullptr ? service_->reading_count() : 0;
 }
 
-void Thermal::Tell(DeviceEvent::Kind kind, std::string detail) const {
+void Thermal::Tell(ServiceEvent::Kind kind, std::string detail) const {
   if (observer_ != nullptr) {
     observer_({.kind = kind, .service = "thermal", .detail = std::move(detail)});
   }
 }
 
-}  // namespace norvik::qel::linux_device
+}  // namespace norvik::qel::linux_machine

@@ -1,12 +1,12 @@
-#include "devices/linux/thermal_devices.h"
+#include "thermal_devices.h"
 
 #include <algorithm>
 #include <string_view>
 #include <utility>
 
-#include "devices/linux/device_files.h"
+#include "device_files.h"
 
-namespace norvik::qel::linux_device {
+namespace norvik::qel::linux_machine {
 
 namespace {
 
@@ -102,4 +102,4 @@ ThermalReading ReadThermalDevices(std::vector<std::string> syspaths) {
   return all;
 }
 
-}  // namespace norvik::qel::linux_device
+}  // namespace norvik::qel::linux_machine

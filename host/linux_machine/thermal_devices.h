@@ -10,9 +10,9 @@
 #include <string>
 #include <vector>
 
-#include "devices/linux/fault.h"
+#include "fault.h"
 
-namespace norvik::qel::linux_device {
+namespace norvik::qel::linux_machine {
 
 enum class TripType { kActive, kPassive, kHot, kCritical };
 
@@ -49,4 +49,4 @@ struct ThermalReading {
 // Reads devices that have been listed; they may have vanished since.
 ThermalReading ReadThermalDevices(std::vector<std::string> syspaths);
 
-}  // namespace norvik::qel::linux_device
+}  // namespace norvik::qel::linux_machine

@@ -1,12 +1,12 @@
-#include "devices/linux/thermal_history.h"
+#include "thermal_history.h"
 
 #include <algorithm>
 #include <limits>
 
-#include "devices/linux/device_files.h"
-#include "devices/linux/throttling.h"
+#include "device_files.h"
+#include "throttling.h"
 
-namespace norvik::qel::linux_device {
+namespace norvik::qel::linux_machine {
 
 namespace {
 
@@ -14,10 +14,10 @@ constexpr float kNone = std::numeric_limits<float>::quiet_NaN();
 
 }  // namespace
 
-devices::ThermalData ThermalHistory::Continue(const ThermalReading& reading) {
+services::ThermalData ThermalHistory::Continue(const ThermalReading& reading) {
   Meet(reading.zones, &zones_);
   Meet(reading.cooling_devices, &cooling_devices_);
-  devices::ThermalData data;
+  services::ThermalData data;
   for (const ThermalZone& zone : reading.zones) AddZone(zone, &data);
   for (const CoolingState& device : reading.cooling_devices) {
     data.cooling_devices.push_back({.type = types_.TypeOfCoolingDevice(device.type),
@@ -47,7 +47,7 @@ void ThermalHistory::Meet(const std::vector<Device>& devices, AllKnown* known) {
   known->swap(there);
 }
 
-void ThermalHistory::AddZone(const ThermalZone& zone, devices::ThermalData* data) {
+void ThermalHistory::AddZone(const ThermalZone& zone, services::ThermalData* data) {
   Known& known = zones_.at(zone.syspath);
   UpdateCrossed(zone, &known.crossed);
   const auto type = types_.TypeOfZone(zone.type);
@@ -65,4 +65,4 @@ void ThermalHistory::AddZone(const ThermalZone& zone, devices::ThermalData* data
                               .coldThrottlingThresholds = std::move(cold)});
 }
 
-}  // namespace norvik::qel::linux_device
+}  // namespace norvik::qel::linux_machine

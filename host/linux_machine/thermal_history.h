@@ -7,11 +7,11 @@
 #include <utility>
 #include <vector>
 
-#include "devices/common/thermal_data.h"
-#include "devices/linux/thermal_devices.h"
-#include "devices/linux/thermal_types.h"
+#include "quorvel/services/thermal_data.h"
+#include "thermal_devices.h"
+#include "thermal_types.h"
 
-namespace norvik::qel::linux_device {
+namespace norvik::qel::linux_machine {
 
 // Remembers, of devices for as long as they are there, the names they go by and the trip points
 // they have crossed.
@@ -24,7 +24,7 @@ class ThermalHistory {
  public:
   explicit ThermalHistory(ThermalTypes types) : types_(std::move(types)) {}
 
-  devices::ThermalData Continue(const ThermalReading& reading);
+  services::ThermalData Continue(const ThermalReading& reading);
 
  private:
   struct Known {
@@ -38,11 +38,11 @@ class ThermalHistory {
   // Forgets all devices but these and gives the new ones their names.
   template <typename Device>
   static void Meet(const std::vector<Device>& devices, AllKnown* known);
-  void AddZone(const ThermalZone& zone, devices::ThermalData* data);
+  void AddZone(const ThermalZone& zone, services::ThermalData* data);
 
   const ThermalTypes types_;
   AllKnown zones_;
   AllKnown cooling_devices_;
 };
 
-}  // namespace norvik::qel::linux_device
+}  // namespace norvik::qel::linux_machine

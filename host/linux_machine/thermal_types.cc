@@ -1,4 +1,4 @@
-#include "devices/linux/thermal_types.h"
+#include "thermal_types.h"
 
 #include <android/binder_enums.h>
 #include <errno.h>
@@ -13,9 +13,9 @@
 #include <string_view>
 #include <system_error>
 
-#include "devices/linux/device_files.h"
+#include "device_files.h"
 
-namespace norvik::qel::linux_device {
+namespace norvik::qel::linux_machine {
 
 using aidl::android::hardware::thermal::CoolingType;
 using aidl::android::hardware::thermal::TemperatureType;
@@ -194,4 +194,4 @@ std::string ThermalTypes::AddLine(const std::string& line) {
   return IsPrintable(rest) ? "" : Quoted(rest) + " is no pattern";
 }
 
-}  // namespace norvik::qel::linux_device
+}  // namespace norvik::qel::linux_machine

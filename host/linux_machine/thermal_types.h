@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-namespace norvik::qel::linux_device {
+namespace norvik::qel::linux_machine {
 
 // The kernel's `type` of a zone or a cooling device is a name that its driver has chosen. What the
 // usual ones are is in two tables of patterns, the first that fits counts; capitals make no
@@ -46,4 +46,4 @@ class ThermalTypes {
   Patterns<CoolingType> cooling_devices_;
 };
 
-}  // namespace norvik::qel::linux_device
+}  // namespace norvik::qel::linux_machine

@@ -1,11 +1,11 @@
-#include "devices/linux/throttling.h"
+#include "throttling.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <limits>
 
-namespace norvik::qel::linux_device {
+namespace norvik::qel::linux_machine {
 
 using aidl::android::hardware::thermal::ThrottlingSeverity;
 
@@ -59,4 +59,4 @@ std::vector<float> HotThresholds(const ThermalZone& zone) {
   return thresholds;
 }
 
-}  // namespace norvik::qel::linux_device
+}  // namespace norvik::qel::linux_machine

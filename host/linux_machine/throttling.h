@@ -6,9 +6,9 @@
 #include <set>
 #include <vector>
 
-#include "devices/linux/thermal_devices.h"
+#include "thermal_devices.h"
 
-namespace norvik::qel::linux_device {
+namespace norvik::qel::linux_machine {
 
 // The severity of a zone that has crossed a trip point:
 //   active    LIGHT     a fan or the like runs: nobody's use suffers
@@ -33,4 +33,4 @@ aidl::android::hardware::thermal::ThrottlingSeverity SeverityOf(const ThermalZon
 // Per severity, in degrees, where it begins; NaN where no trip point stands for it.
 std::vector<float> HotThresholds(const ThermalZone& zone);
 
-}  // namespace norvik::qel::linux_device
+}  // namespace norvik::qel::linux_machine

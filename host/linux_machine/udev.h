@@ -5,7 +5,7 @@
 
 #include <memory>
 
-namespace norvik::qel::linux_device {
+namespace norvik::qel::linux_machine {
 
 template <auto kUnref>
 struct Unref {
@@ -22,4 +22,4 @@ using UdevDevice = std::unique_ptr<udev_device, Unref<udev_device_unref>>;
 using UdevEnumerate = std::unique_ptr<udev_enumerate, Unref<udev_enumerate_unref>>;
 using UdevMonitor = std::unique_ptr<udev_monitor, Unref<udev_monitor_unref>>;
 
-}  // namespace norvik::qel::linux_device
+}  // namespace norvik::qel::linux_machine

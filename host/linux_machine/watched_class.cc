@@ -1,4 +1,4 @@
-#include "devices/linux/watched_class.h"
+#include "watched_class.h"
 
 #include <errno.h>
 #include <sys/eventfd.h>
@@ -9,9 +9,9 @@
 #include <iterator>
 #include <system_error>
 
-#include "devices/linux/device_files.h"
+#include "device_files.h"
 
-namespace norvik::qel::linux_device {
+namespace norvik::qel::linux_machine {
 
 Wake::Wake() : fd_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
   if (fd_ < 0) throw std::system_error(errno, std::system_category(), "eventfd");
@@ -33,14 +33,14 @@ void Wake::Silence() const {
   [[maybe_unused]] const ssize_t result = read(fd_, &rings, sizeof(rings));
 }
 
-devices::DeviceObserver WakingObserver(std::shared_ptr<const Wake> wake,
-                                       devices::DeviceObserver observer) {
-  return
-      [wake = std::move(wake), observer = std::move(observer)](const devices::DeviceEvent& event) {
-        using Kind = devices::DeviceEvent::Kind;
-        if (event.kind == Kind::kRegistered || event.kind == Kind::kUnregistered) wake->Ring();
-        if (observer != nullptr) observer(event);
-      };
+services::ServiceObserver WakingObserver(std::shared_ptr<const Wake> wake,
+                                         services::ServiceObserver observer) {
+  return [wake = std::move(wake),
+          observer = std::move(observer)](const services::ServiceEvent& event) {
+    using Kind = services::ServiceEvent::Kind;
+    if (event.kind == Kind::kRegistered || event.kind == Kind::kUnregistered) wake->Ring();
+    if (observer != nullptr) observer(event);
+  };
 }
 
 WatchedClass::WatchedClass(const char* subsystem, std::string devices,
@@ -122,4 +122,4 @@ void WatchedClass::ForgetFaultsOfOthersLocked(const std::vector<std::string>& sy
   std::erase_if(faults_told_, [&](const auto& fault) { return !there.contains(fault.first); });
 }
 
-}  // namespace norvik::qel::linux_device
+}  // namespace norvik::qel::linux_machine

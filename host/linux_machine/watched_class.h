@@ -11,11 +11,11 @@
 #include <utility>
 #include <vector>
 
-#include "devices/common/device_event.h"
-#include "devices/linux/device_monitor.h"
-#include "devices/linux/fault.h"
+#include "device_monitor.h"
+#include "fault.h"
+#include "quorvel/services/service_event.h"
 
-namespace norvik::qel::linux_device {
+namespace norvik::qel::linux_machine {
 
 // Ends a wait of the thread that watches. Threads: any.
 class Wake {
@@ -35,8 +35,8 @@ class Wake {
 
 // An observer that hears what `observer` hears, and wakes the thread that watches whenever somebody
 // has come to listen or has left.
-devices::DeviceObserver WakingObserver(std::shared_ptr<const Wake> wake,
-                                       devices::DeviceObserver observer);
+services::ServiceObserver WakingObserver(std::shared_ptr<const Wake> wake,
+                                         services::ServiceObserver observer);
 
 // What a service knows of the devices of one subsystem. A service's process may still be inside a
 // call when its owner has gone on, so everything that a call touches is here or in the service that
@@ -98,4 +98,4 @@ class WatchedClass {
   std::vector<std::string> notices_;
 };
 
-}  // namespace norvik::qel::linux_device
+}  // namespace norvik::qel::linux_machine

@@ -1,4 +1,4 @@
-#include "devices/linux/watcher.h"
+#include "watcher.h"
 
 #include <errno.h>
 #include <poll.h>
@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-namespace norvik::qel::linux_device {
+namespace norvik::qel::linux_machine {
 
 Watcher::Watcher(std::shared_ptr<WatchedClass> watched, Tell tell)
     : watched_(std::move(watched)), tell_(std::move(tell)), monitor_(watched_->subsystem()) {
@@ -78,4 +78,4 @@ void Watcher::TellNotices() {
   for (std::string& notice : watched_->TakeNotices()) tell_(std::move(notice));
 }
 
-}  // namespace norvik::qel::linux_device
+}  // namespace norvik::qel::linux_machine

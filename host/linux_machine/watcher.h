@@ -8,10 +8,10 @@
 #include <string>
 #include <thread>
 
-#include "devices/linux/device_monitor.h"
-#include "devices/linux/watched_class.h"
+#include "device_monitor.h"
+#include "watched_class.h"
 
-namespace norvik::qel::linux_device {
+namespace norvik::qel::linux_machine {
 
 // Has the devices read at every event of their subsystem, and in between only while the service has
 // listeners for what the kernel does not announce.
@@ -49,4 +49,4 @@ class Watcher {
   std::thread thread_;
 };
 
-}  // namespace norvik::qel::linux_device
+}  // namespace norvik::qel::linux_machine

@@ -1,4 +1,4 @@
-#include "devices/common/health_service.h"
+#include "quorvel/services/health_service.h"
 
 #include <stdio.h>
 
@@ -7,7 +7,7 @@
 #include <iterator>
 #include <utility>
 
-namespace norvik::qel::devices {
+namespace norvik::qel::services {
 
 using aidl::android::hardware::health::BatteryChargingPolicy;
 using aidl::android::hardware::health::BatteryHealthData;
@@ -30,7 +30,7 @@ std::string_view HealthOperationName(HealthOperation operation) {
   return kNames.at(static_cast<size_t>(operation));
 }
 
-HealthService::HealthService(HealthInfo info, DeviceObserver observer)
+HealthService::HealthService(HealthInfo info, ServiceObserver observer)
     : observer_(std::move(observer)), info_(std::move(info)) {}
 
 void HealthService::Report(const HealthInfo& info) {
@@ -72,7 +72,7 @@ ndk::ScopedAStatus HealthService::registerCallback(
     callbacks_.push_back(callback);
     static_cast<void>(callback->healthInfoChanged(info_));  // as in SendLocked()
   }
-  Tell(DeviceEvent::Kind::kRegistered);
+  Tell(ServiceEvent::Kind::kRegistered);
   return ndk::ScopedAStatus::ok();
 }
 
@@ -97,7 +97,7 @@ ndk::ScopedAStatus HealthService::unregisterCallback(
     callbacks_.erase(first_removed, callbacks_.end());
   }
   if (removed.empty()) return ndk::ScopedAStatus::fromExceptionCode(EX_ILLEGAL_ARGUMENT);
-  Tell(DeviceEvent::Kind::kUnregistered);
+  Tell(ServiceEvent::Kind::kUnregistered);
   return ndk::ScopedAStatus::ok();
 }
 
@@ -200,7 +200,7 @@ ndk::ScopedAStatus HealthService::Ask(HealthOperation operation) {
 
 ndk::ScopedAStatus HealthService::Refuse(HealthOperation operation,
                                          ndk::ScopedAStatus status) const {
-  Tell(DeviceEvent::Kind::kRefused,
+  Tell(ServiceEvent::Kind::kRefused,
        std::string(HealthOperationName(operation)) + ": " + status.getDescription());
   return status;
 }
@@ -212,7 +212,7 @@ ndk::ScopedAStatus HealthService::Answer(HealthOperation operation, T* out, Read
   return permitted;
 }
 
-void HealthService::Tell(DeviceEvent::Kind kind, std::string detail) const {
+void HealthService::Tell(ServiceEvent::Kind kind, std::string detail) const {
   if (observer_ != nullptr) {
     observer_({.kind = kind, .service = "health", .detail = std::move(detail)});
   }
@@ -220,7 +220,7 @@ void HealthService::Tell(DeviceEvent::Kind kind, std::string detail) const {
 
 void HealthService::TellReport(const HealthInfo& info) const {
   if (observer_ == nullptr) return;
-  observer_({.kind = DeviceEvent::Kind::kReported, .service = "health", .report = info});
+  observer_({.kind = ServiceEvent::Kind::kReported, .service = "health", .report = info});
 }
 
-}  // namespace norvik::qel::devices
+}  // namespace norvik::qel::services

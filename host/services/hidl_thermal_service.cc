@@ -1,4 +1,4 @@
-#include "devices/common/hidl_thermal_service.h"
+#include "quorvel/services/hidl_thermal_service.h"
 
 #include <array>
 #include <limits>
@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-namespace norvik::qel::devices {
+namespace norvik::qel::services {
 
 namespace aidl_thermal = aidl::android::hardware::thermal;
 namespace V1_0 = android::hardware::thermal::V1_0;
@@ -83,7 +83,7 @@ std::string_view HidlThermalOperationName(HidlThermalOperation operation) {
   return kNames.at(static_cast<size_t>(operation));
 }
 
-HidlThermalService::HidlThermalService(ThermalData data, DeviceObserver observer)
+HidlThermalService::HidlThermalService(ThermalData data, ServiceObserver observer)
     : observer_(std::move(observer)), data_(std::move(data)) {}
 
 void HidlThermalService::Report(const ThermalData& data) {
@@ -155,7 +155,7 @@ HidlThermalService::Return<void> HidlThermalService::registerThermalChangedCallb
     const Callback& callback, bool filterType, TemperatureType type,
     registerThermalChangedCallback_cb _hidl_cb) {
   return Perform(HidlThermalOperation::kRegisterThermalChangedCallback,
-                 DeviceEvent::Kind::kRegistered, _hidl_cb, [&]() -> const char* {
+                 ServiceEvent::Kind::kRegistered, _hidl_cb, [&]() -> const char* {
                    if (callback == nullptr) return "the callback is null";
                    std::lock_guard<std::mutex> lock(lock_);
                    const bool added =
@@ -167,7 +167,7 @@ HidlThermalService::Return<void> HidlThermalService::registerThermalChangedCallb
 HidlThermalService::Return<void> HidlThermalService::unregisterThermalChangedCallback(
     const Callback& callback, unregisterThermalChangedCallback_cb _hidl_cb) {
   return Perform(HidlThermalOperation::kUnregisterThermalChangedCallback,
-                 DeviceEvent::Kind::kUnregistered, _hidl_cb, [&]() -> const char* {
+                 ServiceEvent::Kind::kUnregistered, _hidl_cb, [&]() -> const char* {
                    if (callback == nullptr) return "the callback is null";
                    Callback removed;  // released without the lock
                    std::lock_guard<std::mutex> lock(lock_);
@@ -202,7 +202,7 @@ HidlThermalService::Verdict HidlThermalService::Ask(HidlThermalOperation operati
 
 void HidlThermalService::TellRefusal(HidlThermalOperation operation,
                                      const std::string& reason) const {
-  Tell(DeviceEvent::Kind::kRefused,
+  Tell(ServiceEvent::Kind::kRefused,
        std::string(HidlThermalOperationName(operation)) + ": " + reason);
 }
 
@@ -217,7 +217,7 @@ HidlThermalService::Return<void> HidlThermalService::Answer(HidlThermalOperation
 
 template <typename Handler, typename Change>
 HidlThermalService::Return<void> HidlThermalService::Perform(HidlThermalOperation operation,
-                                                             DeviceEvent::Kind kind,
+                                                             ServiceEvent::Kind kind,
                                                              const Handler& _hidl_cb,
                                                              Change change) {
   Verdict verdict = Ask(operation);
@@ -235,17 +235,17 @@ HidlThermalService::Return<void> HidlThermalService::Perform(HidlThermalOperatio
   return Void();
 }
 
-void HidlThermalService::Tell(DeviceEvent::Kind kind, std::string detail) const {
+void HidlThermalService::Tell(ServiceEvent::Kind kind, std::string detail) const {
   if (observer_ != nullptr) {
     observer_({.kind = kind, .service = "thermal (HIDL)", .detail = std::move(detail)});
   }
 }
 
-void HidlThermalService::TellReport(devices::Report report) const {
+void HidlThermalService::TellReport(services::Report report) const {
   if (observer_ == nullptr) return;
-  observer_({.kind = DeviceEvent::Kind::kReported,
+  observer_({.kind = ServiceEvent::Kind::kReported,
              .service = "thermal (HIDL)",
              .report = std::move(report)});
 }
 
-}  // namespace norvik::qel::devices
+}  // namespace norvik::qel::services

@@ -1,14 +1,14 @@
-#include "devices/common/sensor_service.h"
+#include "quorvel/services/sensor_service.h"
 
 #include <algorithm>
 #include <chrono>
 #include <iterator>
 #include <utility>
 
-namespace norvik::qel::devices {
+namespace norvik::qel::services {
 
-using standin::ISensorEvents;
-using standin::SensorDescription;
+using fake::ISensorEvents;
+using fake::SensorDescription;
 
 namespace {
 
@@ -39,7 +39,7 @@ ndk::ScopedAStatus Refuse(const char* why) {
 
 }  // namespace
 
-SensorService::SensorService(std::vector<SensorDescription> sensors, DeviceObserver observer)
+SensorService::SensorService(std::vector<SensorDescription> sensors, ServiceObserver observer)
     : observer_(std::move(observer)),
       sensors_(std::make_move_iterator(sensors.begin()), std::make_move_iterator(sensors.end())) {}
 
@@ -139,7 +139,7 @@ ndk::ScopedAStatus SensorService::destroyEventQueue(int64_t queue) {
     for (const auto& [handle, request] : gone.enabled) disabled.push_back(FindLocked(handle));
   }
   for (const SensorDescription* sensor : disabled) {
-    Tell(DeviceEvent::Kind::kUnregistered, *sensor);
+    Tell(ServiceEvent::Kind::kUnregistered, *sensor);
   }
   return ndk::ScopedAStatus::ok();
 }
@@ -162,7 +162,7 @@ ndk::ScopedAStatus SensorService::enableSensor(int64_t queue, int32_t handle, in
       static_cast<void>(found->second.events->onEvents({latest->second}));
     }
   }
-  if (newly) Tell(DeviceEvent::Kind::kRegistered, *sensor);
+  if (newly) Tell(ServiceEvent::Kind::kRegistered, *sensor);
   return ndk::ScopedAStatus::ok();
 }
 
@@ -176,7 +176,7 @@ ndk::ScopedAStatus SensorService::disableSensor(int64_t queue, int32_t handle) {
     }
     sensor = FindLocked(handle);
   }
-  Tell(DeviceEvent::Kind::kUnregistered, *sensor);
+  Tell(ServiceEvent::Kind::kUnregistered, *sensor);
   return ndk::ScopedAStatus::ok();
 }
 
@@ -192,14 +192,14 @@ const SensorDescription* SensorService::FindDefaultLocked(int32_t type) const {
   return found != sensors_.end() ? &*found : nullptr;
 }
 
-void SensorService::Tell(DeviceEvent::Kind kind, const SensorDescription& sensor) const {
+void SensorService::Tell(ServiceEvent::Kind kind, const SensorDescription& sensor) const {
   if (observer_) observer_({.kind = kind, .service = "sensor", .detail = sensor.name});
 }
 
 void SensorService::TellReport(SensorReport report) const {
   if (!observer_) return;
   observer_(
-      {.kind = DeviceEvent::Kind::kReported, .service = "sensor", .report = std::move(report)});
+      {.kind = ServiceEvent::Kind::kReported, .service = "sensor", .report = std::move(report)});
 }
 
-}  // namespace norvik::qel::devices
+}  // namespace norvik::qel::services

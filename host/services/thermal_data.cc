@@ -1,10 +1,10 @@
-#include "devices/common/thermal_data.h"
+#include "quorvel/services/thermal_data.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
-namespace norvik::qel::devices {
+namespace norvik::qel::services {
 
 namespace V2_0 = android::hardware::thermal::V2_0;
 using aidl::android::hardware::thermal::CoolingDevice;
@@ -115,4 +115,4 @@ V2_0::CoolingDevice ToHidl(const CoolingDevice& device) {
       .value = static_cast<uint64_t>(device.value)};
 }
 
-}  // namespace norvik::qel::devices
+}  // namespace norvik::qel::services

@@ -1,4 +1,4 @@
-#include "devices/common/thermal_service.h"
+#include "quorvel/services/thermal_service.h"
 
 #include <stdio.h>
 
@@ -8,7 +8,7 @@
 #include <optional>
 #include <utility>
 
-namespace norvik::qel::devices {
+namespace norvik::qel::services {
 
 namespace {
 
@@ -37,7 +37,7 @@ std::string_view ThermalOperationName(ThermalOperation operation) {
   return kNames.at(static_cast<size_t>(operation));
 }
 
-ThermalService::ThermalService(ThermalData data, DeviceObserver observer)
+ThermalService::ThermalService(ThermalData data, ServiceObserver observer)
     : observer_(std::move(observer)), data_(std::move(data)) {}
 
 void ThermalService::Report(const ThermalData& data) {
@@ -164,7 +164,7 @@ ndk::ScopedAStatus ThermalService::Permit(ThermalOperation /*operation*/) {
 ndk::ScopedAStatus ThermalService::Ask(ThermalOperation operation) {
   ndk::ScopedAStatus permitted = Permit(operation);
   if (!permitted.isOk()) {
-    Tell(DeviceEvent::Kind::kRefused,
+    Tell(ServiceEvent::Kind::kRefused,
          std::string(ThermalOperationName(operation)) + ": " + permitted.getDescription());
   }
   return permitted;
@@ -195,7 +195,7 @@ ndk::ScopedAStatus ThermalService::Register(ThermalOperation operation, List& li
     added = list.Add(callback, type);
   }
   if (!added) return Refuse(operation, "the callback is registered already");
-  Tell(DeviceEvent::Kind::kRegistered);
+  Tell(ServiceEvent::Kind::kRegistered);
   return permitted;
 }
 
@@ -211,25 +211,25 @@ ndk::ScopedAStatus ThermalService::Unregister(ThermalOperation operation, List& 
     removed = list.Remove(callback);
   }
   if (removed == nullptr) return Refuse(operation, "the callback is not registered");
-  Tell(DeviceEvent::Kind::kUnregistered);
+  Tell(ServiceEvent::Kind::kUnregistered);
   return permitted;
 }
 
 ndk::ScopedAStatus ThermalService::Refuse(ThermalOperation operation, const char* reason) const {
-  Tell(DeviceEvent::Kind::kRefused, std::string(ThermalOperationName(operation)) + ": " + reason);
+  Tell(ServiceEvent::Kind::kRefused, std::string(ThermalOperationName(operation)) + ": " + reason);
   return ndk::ScopedAStatus::fromExceptionCodeWithMessage(EX_ILLEGAL_ARGUMENT, reason);
 }
 
-void ThermalService::Tell(DeviceEvent::Kind kind, std::string detail) const {
+void ThermalService::Tell(ServiceEvent::Kind kind, std::string detail) const {
   if (observer_ != nullptr) {
     observer_({.kind = kind, .service = "thermal", .detail = std::move(detail)});
   }
 }
 
-void ThermalService::TellReport(devices::Report report) const {
+void ThermalService::TellReport(services::Report report) const {
   if (observer_ == nullptr) return;
   observer_(
-      {.kind = DeviceEvent::Kind::kReported, .service = "thermal", .report = std::move(report)});
+      {.kind = ServiceEvent::Kind::kReported, .service = "thermal", .report = std::move(report)});
 }
 
-}  // namespace norvik::qel::devices
+}  // namespace norvik::qel::services

@@ -1,20 +1,20 @@
-#include "devices/simulated/health.h"
+#include "quorvel/simulated/health.h"
 
 #include <atomic>
 #include <utility>
 
-#include "standin/service_manager.h"
+#include "quorvel/fake/service_manager.h"
 
 namespace norvik::qel::simulated {
 
-using devices::DeviceEvent;
-using devices::HealthOperation;
+using services::HealthOperation;
+using services::ServiceEvent;
 
 // The service does what the phone's scripts say before it does its own work.
-class Health::Service : public devices::HealthService {
+class Health::Service : public services::HealthService {
  public:
   // Made with the phone's lock held.
-  Service(std::shared_ptr<Phone> phone, devices::DeviceObserver observer)
+  Service(std::shared_ptr<Phone> phone, services::ServiceObserver observer)
       : HealthService(phone->info, std::move(observer)), phone_(std::move(phone)) {}
 
   // Its process is about to die: from now on it takes no outcomes that are meant for its successor.
@@ -22,8 +22,7 @@ class Health::Service : public devices::HealthService {
 
  private:
   ndk::ScopedAStatus Permit(HealthOperation operation) override {
-    const standin::Outcome outcome =
-        phone_->scripts.at(static_cast<size_t>(operation)).Next(&ended_);
+    const fake::Outcome outcome = phone_->scripts.at(static_cast<size_t>(operation)).Next(&ended_);
     return outcome.works() ? ndk::ScopedAStatus::ok() : outcome.ToStatus();
   }
 
@@ -38,7 +37,7 @@ class Health::Service : public devices::HealthService {
   std::atomic<bool> ended_{false};
 };
 
-Health::Health(devices::DeviceObserver observer) : observer_(std::move(observer)) {
+Health::Health(services::ServiceObserver observer) : observer_(std::move(observer)) {
   using aidl::android::hardware::health::BatteryHealth;
   using aidl::android::hardware::health::BatteryStatus;
   HealthInfo& info = phone_->info;
@@ -57,27 +56,27 @@ Health::~Health() {
 }
 
 void Health::Declare() {
-  standin::Declare(devices::kHealthInstance);
+  fake::Declare(services::kHealthInstance);
 }
 
 void Health::Undeclare() {
-  standin::Undeclare(devices::kHealthInstance);
+  fake::Undeclare(services::kHealthInstance);
 }
 
 void Health::Start() {
   Kill();
   {
     std::lock_guard<std::mutex> lock(phone_->lock);
-    process_ = std::make_unique<standin::ServiceProcess>("health");
+    process_ = std::make_unique<fake::ServiceProcess>("health");
     service_ = ndk::SharedRefBase::make<Service>(phone_, observer_);
     service_->Report(phone_->info);  // for the observer: nobody has registered yet
-    process_->AddService(service_, devices::kHealthInstance);
+    process_->AddService(service_, services::kHealthInstance);
   }
-  if (observer_) observer_({.kind = DeviceEvent::Kind::kStarted, .service = "health"});
+  if (observer_) observer_({.kind = ServiceEvent::Kind::kStarted, .service = "health"});
 }
 
 void Health::Kill() {
-  std::unique_ptr<standin::ServiceProcess> process;
+  std::unique_ptr<fake::ServiceProcess> process;
   std::shared_ptr<Service> service;
   {
     std::lock_guard<std::mutex> lock(phone_->lock);
@@ -87,8 +86,8 @@ void Health::Kill() {
   if (process == nullptr) return;
   service->End();
   process->Kill();
-  for (standin::Script& script : phone_->scripts) script.OpenGates();
-  if (observer_) observer_({.kind = DeviceEvent::Kind::kDied, .service = "health"});
+  for (fake::Script& script : phone_->scripts) script.OpenGates();
+  if (observer_) observer_({.kind = ServiceEvent::Kind::kDied, .service = "health"});
 }
 
 void Health::Change(const std::function<void(HealthInfo&)>& change) {
@@ -123,7 +122,7 @@ size_t Health::callback_count() const {
   return service_ != nullptr ? service_->callback_count() : 0;
 }
 
-standin::Script& Health::on(HealthOperation operation) {
+fake::Script& Health::on(HealthOperation operation) {
   return phone_->scripts.at(static_cast<size_t>(operation));
 }
 

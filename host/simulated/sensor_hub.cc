@@ -1,23 +1,23 @@
-#include "devices/simulated/sensor_hub.h"
+#include "quorvel/simulated/sensor_hub.h"
 
 #include <utility>
 
-#include "standin/deliveries.h"
+#include "quorvel/fake/deliveries.h"
 
 namespace norvik::qel::simulated {
 
-using devices::DeviceEvent;
-using devices::SensorReading;
-using devices::SensorService;
+using services::SensorReading;
+using services::SensorService;
+using services::ServiceEvent;
 
-SensorHub::SensorHub(devices::DeviceObserver observer) : observer_(std::move(observer)) {
-  standin::ResetSensorScripts();
+SensorHub::SensorHub(services::ServiceObserver observer) : observer_(std::move(observer)) {
+  fake::ResetSensorScripts();
 }
 
 SensorHub::~SensorHub() {
   if (process_ == nullptr) return;
   process_->Kill();
-  static_cast<void>(standin::WaitUntilDelivered());
+  static_cast<void>(fake::WaitUntilDelivered());
 }
 
 void SensorHub::Add(int32_t type, const std::string& name, int32_t min_delay_us) {
@@ -38,10 +38,10 @@ void SensorHub::Start() {
     std::vector<SensorReading> readings;
     for (const auto& [type, value] : latest_) readings.push_back({.type = type, .value = value});
     service_->Report(readings);
-    process_ = std::make_unique<standin::ServiceProcess>("sensor");
-    process_->AddService(service_, devices::kSensorInstance);
+    process_ = std::make_unique<fake::ServiceProcess>("sensor");
+    process_->AddService(service_, services::kSensorInstance);
   }
-  if (observer_) observer_({.kind = DeviceEvent::Kind::kStarted, .service = "sensor"});
+  if (observer_) observer_({.kind = ServiceEvent::Kind::kStarted, .service = "sensor"});
 }
 
 void SensorHub::Report(const std::vector<SensorReading>& readings) {
@@ -70,7 +70,7 @@ int SensorHub::listeners(int32_t type) const {
   return running != nullptr ? running->listeners(type) : 0;
 }
 
-std::optional<devices::SensorRequest> SensorHub::last_request(int32_t type) const {
+std::optional<services::SensorRequest> SensorHub::last_request(int32_t type) const {
   const auto running = service();
   return running != nullptr ? running->last_request(type) : std::nullopt;
 }

@@ -1,4 +1,4 @@
-#include "devices/simulated/thermal.h"
+#include "quorvel/simulated/thermal.h"
 
 #include <algorithm>
 #include <array>
@@ -8,9 +8,9 @@
 #include <utility>
 #include <vector>
 
-#include "standin/hidl_service_manager.h"
-#include "standin/service_manager.h"
-#include "standin/service_process.h"
+#include "quorvel/fake/hidl_service_manager.h"
+#include "quorvel/fake/service_manager.h"
+#include "quorvel/fake/service_process.h"
 
 namespace norvik::qel::simulated {
 
@@ -18,14 +18,14 @@ using aidl::android::hardware::thermal::CoolingDevice;
 using aidl::android::hardware::thermal::CoolingType;
 using aidl::android::hardware::thermal::TemperatureType;
 using android::hardware::Status;
-using devices::DeviceEvent;
-using devices::HidlThermalOperation;
-using devices::ThermalOperation;
+using services::HidlThermalOperation;
+using services::ServiceEvent;
+using services::ThermalOperation;
 
 namespace {
 
 template <typename Operation>
-using Scripts = std::array<standin::Script, static_cast<size_t>(Operation::kCount)>;
+using Scripts = std::array<fake::Script, static_cast<size_t>(Operation::kCount)>;
 
 void AddSensor(Thermal::ThermalData& data, TemperatureType type, const char* name, float value,
                float severe) {
@@ -55,17 +55,17 @@ struct Thermal::Phone {
   // Held while the state changes and is reported, so that all agree.
   std::mutex lock;
   ThermalData data;
-  std::unique_ptr<standin::ServiceProcess> aidl_process;
+  std::unique_ptr<fake::ServiceProcess> aidl_process;
   std::shared_ptr<AidlService> aidl;
-  std::unique_ptr<standin::ServiceProcess> hidl_process;
+  std::unique_ptr<fake::ServiceProcess> hidl_process;
   android::sp<HidlService> hidl;
 };
 
 // The services do what the phone's scripts say before they do their own work.
-class Thermal::AidlService : public devices::ThermalService {
+class Thermal::AidlService : public services::ThermalService {
  public:
   // Made with the phone's lock held. What the other service has told of already is told once.
-  AidlService(const std::shared_ptr<Phone>& phone, devices::DeviceObserver observer)
+  AidlService(const std::shared_ptr<Phone>& phone, services::ServiceObserver observer)
       : ThermalService(phone->hidl != nullptr ? phone->data : ThermalData(), std::move(observer)),
         phone_(phone) {
     Report(phone_->data);
@@ -84,9 +84,9 @@ class Thermal::AidlService : public devices::ThermalService {
   std::atomic<bool> ended_{false};
 };
 
-class Thermal::HidlService : public devices::HidlThermalService {
+class Thermal::HidlService : public services::HidlThermalService {
  public:
-  HidlService(const std::shared_ptr<Phone>& phone, const devices::DeviceObserver& observer)
+  HidlService(const std::shared_ptr<Phone>& phone, const services::ServiceObserver& observer)
       : HidlThermalService({}, WhileAlone(*phone, observer)), phone_(phone) {
     Report(phone_->data);
   }
@@ -96,11 +96,11 @@ class Thermal::HidlService : public devices::HidlThermalService {
  private:
   // While both services run, the other one tells of what both report. Reports are made with the
   // phone's lock held.
-  static devices::DeviceObserver WhileAlone(const Phone& phone,
-                                            const devices::DeviceObserver& observer) {
+  static services::ServiceObserver WhileAlone(const Phone& phone,
+                                              const services::ServiceObserver& observer) {
     if (observer == nullptr) return nullptr;
-    return [&phone, observer](const DeviceEvent& event) {
-      if (event.kind == DeviceEvent::Kind::kReported && phone.aidl != nullptr) return;
+    return [&phone, observer](const ServiceEvent& event) {
+      if (event.kind == ServiceEvent::Kind::kReported && phone.aidl != nullptr) return;
       observer(event);
     };
   }
@@ -115,7 +115,7 @@ class Thermal::HidlService : public devices::HidlThermalService {
   std::atomic<bool> ended_{false};
 };
 
-Thermal::Thermal(devices::DeviceObserver observer)
+Thermal::Thermal(services::ServiceObserver observer)
     : observer_(std::move(observer)), phone_(std::make_shared<Phone>()) {
   ThermalData& data = phone_->data;
   AddSensor(data, TemperatureType::CPU, "cpu", 40, 95);
@@ -143,17 +143,17 @@ Thermal::~Thermal() {
 
 void Thermal::Declare(ThermalPath path) {
   if (path == ThermalPath::kAidl) {
-    standin::Declare(devices::kThermalInstance);
+    fake::Declare(services::kThermalInstance);
   } else {
-    standin::DeclareHidl(devices::kHidlThermalInstance);
+    fake::DeclareHidl(services::kHidlThermalInstance);
   }
 }
 
 void Thermal::Undeclare(ThermalPath path) {
   if (path == ThermalPath::kAidl) {
-    standin::Undeclare(devices::kThermalInstance);
+    fake::Undeclare(services::kThermalInstance);
   } else {
-    standin::UndeclareHidl(devices::kHidlThermalInstance);
+    fake::UndeclareHidl(services::kHidlThermalInstance);
   }
 }
 
@@ -164,30 +164,30 @@ void Thermal::Start(ThermalPath path) {
   } else {
     StartHidl();
   }
-  Tell(DeviceEvent::Kind::kStarted, path);
+  Tell(ServiceEvent::Kind::kStarted, path);
 }
 
 void Thermal::StartAidl() {
   std::lock_guard<std::mutex> lock(phone_->lock);
-  phone_->aidl_process = std::make_unique<standin::ServiceProcess>("thermal");
+  phone_->aidl_process = std::make_unique<fake::ServiceProcess>("thermal");
   phone_->aidl = ndk::SharedRefBase::make<AidlService>(phone_, observer_);
-  phone_->aidl_process->AddService(phone_->aidl, devices::kThermalInstance);
+  phone_->aidl_process->AddService(phone_->aidl, services::kThermalInstance);
 }
 
 void Thermal::StartHidl() {
   std::lock_guard<std::mutex> lock(phone_->lock);
-  phone_->hidl_process = std::make_unique<standin::ServiceProcess>("thermal");
+  phone_->hidl_process = std::make_unique<fake::ServiceProcess>("thermal");
   phone_->hidl = android::sp<HidlService>::make(phone_, observer_);
   phone_->hidl_process->AddHidlService(phone_->hidl);
 }
 
 void Thermal::Kill(ThermalPath path) {
   const bool ran = path == ThermalPath::kAidl ? KillAidl() : KillHidl();
-  if (ran) Tell(DeviceEvent::Kind::kDied, path);
+  if (ran) Tell(ServiceEvent::Kind::kDied, path);
 }
 
 bool Thermal::KillAidl() {
-  std::unique_ptr<standin::ServiceProcess> process;
+  std::unique_ptr<fake::ServiceProcess> process;
   std::shared_ptr<AidlService> service;
   {
     std::lock_guard<std::mutex> lock(phone_->lock);
@@ -197,12 +197,12 @@ bool Thermal::KillAidl() {
   if (process == nullptr) return false;
   service->End();
   process->Kill();
-  for (standin::Script& script : phone_->aidl_scripts) script.OpenGates();
+  for (fake::Script& script : phone_->aidl_scripts) script.OpenGates();
   return true;
 }
 
 bool Thermal::KillHidl() {
-  std::unique_ptr<standin::ServiceProcess> process;
+  std::unique_ptr<fake::ServiceProcess> process;
   android::sp<HidlService> service;
   {
     std::lock_guard<std::mutex> lock(phone_->lock);
@@ -212,7 +212,7 @@ bool Thermal::KillHidl() {
   if (process == nullptr) return false;
   service->End();
   process->Kill();
-  for (standin::Script& script : phone_->hidl_scripts) script.OpenGates();
+  for (fake::Script& script : phone_->hidl_scripts) script.OpenGates();
   return true;
 }
 
@@ -258,15 +258,15 @@ size_t Thermal::cooling_callback_count() const {
   return phone_->aidl != nullptr ? phone_->aidl->cooling_callback_count() : 0;
 }
 
-standin::Script& Thermal::on(ThermalOperation operation) {
+fake::Script& Thermal::on(ThermalOperation operation) {
   return phone_->aidl_scripts.at(static_cast<size_t>(operation));
 }
 
-standin::Script& Thermal::on(HidlThermalOperation operation) {
+fake::Script& Thermal::on(HidlThermalOperation operation) {
   return phone_->hidl_scripts.at(static_cast<size_t>(operation));
 }
 
-void Thermal::Tell(DeviceEvent::Kind kind, ThermalPath path) const {
+void Thermal::Tell(ServiceEvent::Kind kind, ThermalPath path) const {
   if (observer_ == nullptr) return;
   observer_({.kind = kind, .service = path == ThermalPath::kAidl ? "thermal" : "thermal (HIDL)"});
 }

@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 struct Options;
 class Output;
@@ -29,4 +29,4 @@ int Record(const Options& options, Output& output);
 // One line on standard error, whatever the text holds.
 void Complain(std::string text);
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

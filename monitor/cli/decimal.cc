@@ -1,10 +1,10 @@
-#include "tools/decimal.h"
+#include "cli/decimal.h"
 
 #include <locale>
 #include <sstream>
 #include <string>
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 std::optional<double> ParseDecimal(std::string_view text) {
   // Streams also take a leading sign or blanks, and some of them hexadecimal digits.
@@ -25,4 +25,4 @@ std::optional<double> ParseDecimal(std::string_view text) {
   return number;
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -4,10 +4,10 @@
 #include <optional>
 #include <string_view>
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // The whole text is a number such as 12, 0.5 or 1e6. Heeds no locale. Empty for anything else,
 // infinity and what no double can hold among it.
 std::optional<double> ParseDecimal(std::string_view text);
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

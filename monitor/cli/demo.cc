@@ -3,18 +3,18 @@
 #include <sstream>
 #include <string_view>
 
-#include "tools/battery_client.h"
-#include "tools/commands.h"
-#include "tools/demo_scenario.h"
-#include "tools/performance.h"
-#include "tools/recorder.h"
-#include "tools/recording_reader.h"
-#include "tools/sensor_client.h"
-#include "tools/sensor_readings.h"
-#include "tools/session.h"
-#include "tools/thermal_client.h"
+#include "cli/commands.h"
+#include "cli/session.h"
+#include "clients/battery_client.h"
+#include "clients/sensor_client.h"
+#include "clients/sensor_readings.h"
+#include "clients/thermal_client.h"
+#include "recording/recorder.h"
+#include "recording/recording_reader.h"
+#include "scenario/demo_scenario.h"
+#include "scenario/playback.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -112,7 +112,7 @@ int TellStory(const Options& options, Output& output) {
     return kExitUsage;
   }
   std::istringstream text{std::string(kDemoScenario)};
-  return Perform(ReadRecording(text, kDemoScenarioName), {.title = "Demo"}, options, output);
+  return PlayBack(ReadRecording(text, kDemoScenarioName), {.title = "Demo"}, options, output);
 }
 
 }  // namespace
@@ -132,4 +132,4 @@ int Demo(const Options& options, Output& output) {
   return EXIT_FAILURE;
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -2,13 +2,13 @@
 #include <string>
 #include <vector>
 
-#include "tools/battery_client.h"
-#include "tools/commands.h"
-#include "tools/sensor_readings.h"
-#include "tools/session.h"
-#include "tools/thermal_client.h"
+#include "cli/commands.h"
+#include "cli/session.h"
+#include "clients/battery_client.h"
+#include "clients/sensor_readings.h"
+#include "clients/thermal_client.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -69,4 +69,4 @@ int Dump(const Options& options, Output& output) {
   return wrong.empty() ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,4 +1,4 @@
-#include "tools/dump_text.h"
+#include "cli/dump_text.h"
 
 #include <errno.h>
 #include <sys/mman.h>
@@ -6,7 +6,7 @@
 
 #include <system_error>
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 std::string DumpText(void (*dump)(void* handle, int fd), void* handle) {
   // A file in memory takes a dump of any length; a pipe would fill up with nobody to read it.
@@ -23,4 +23,4 @@ std::string DumpText(void (*dump)(void* handle, int fd), void* handle) {
   return text;
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

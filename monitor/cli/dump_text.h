@@ -3,9 +3,9 @@
 
 #include <string>
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // What a family's dump function writes.
 std::string DumpText(void (*dump)(void* handle, int fd), void* handle);
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

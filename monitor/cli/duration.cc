@@ -1,10 +1,10 @@
-#include "tools/duration.h"
+#include "cli/duration.h"
 
 #include <charconv>
 #include <cstdint>
 #include <system_error>
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -32,4 +32,4 @@ std::optional<milliseconds> ParseDuration(std::string_view text) {
   return *unit * static_cast<int64_t>(count);
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,9 +1,9 @@
-#include "tools/families.h"
+#include "cli/families.h"
 
-#include "tools/commands.h"
-#include "tools/event.h"
+#include "cli/commands.h"
+#include "clients/event.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 std::span<const Family> WatchedFamilies() {
   static constexpr Family kFamilies[] = {
@@ -30,4 +30,4 @@ std::span<const Family> AskedFamilies() {
   return kFamilies;
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 struct Options;
 class Output;
@@ -22,4 +22,4 @@ struct Family {
 std::span<const Family> WatchedFamilies();
 std::span<const Family> AskedFamilies();
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,15 +1,15 @@
 #include <algorithm>
 
-#include "tools/battery_client.h"
-#include "tools/commands.h"
-#include "tools/options.h"
-#include "tools/output.h"
-#include "tools/sensor_client.h"
-#include "tools/sensor_readings.h"
-#include "tools/session.h"
-#include "tools/thermal_client.h"
+#include "cli/commands.h"
+#include "cli/options.h"
+#include "cli/session.h"
+#include "clients/battery_client.h"
+#include "clients/sensor_client.h"
+#include "clients/sensor_readings.h"
+#include "clients/thermal_client.h"
+#include "output/output.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -97,4 +97,4 @@ int GetChargeLimits(const Options& options, Output& output) {
   return EXIT_SUCCESS;
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,11 +1,11 @@
 // quorvel: a client of the library, for people to look at and for programs to read.
-#include "tools/commands.h"
-#include "tools/options.h"
-#include "tools/output.h"
-#include "tools/program.h"
-#include "tools/usage.h"
+#include "cli/commands.h"
+#include "cli/options.h"
+#include "cli/program.h"
+#include "cli/usage.h"
+#include "output/output.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -45,9 +45,9 @@ constexpr Program kProgram = {.parse = ParseOptions, .make_output = MakeOutput, 
 
 }  // namespace
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor
 
 int main(int argc, char** argv) {
-  using norvik::qel::tool::kProgram;
-  return norvik::qel::tool::RunProgram(kProgram, argc, argv);
+  using norvik::qel::monitor::kProgram;
+  return norvik::qel::monitor::RunProgram(kProgram, argc, argv);
 }

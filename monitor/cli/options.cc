@@ -1,4 +1,4 @@
-#include "tools/options.h"
+#include "cli/options.h"
 
 #include <algorithm>
 #include <optional>
@@ -6,11 +6,11 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/decimal.h"
-#include "tools/duration.h"
-#include "tools/words.h"
+#include "cli/decimal.h"
+#include "cli/duration.h"
+#include "cli/words.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -159,4 +159,4 @@ Options ParseOptions(int argc, char** argv) {
   return options;
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "tools/device.h"
-#include "tools/families.h"
+#include "cli/families.h"
+#include "clients/device.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // What becomes of a file that is to be written and exists.
 enum class ExistingFile { kRefuse, kOverwrite };
@@ -40,4 +40,4 @@ class UsageError : public std::runtime_error {
 
 Options ParseOptions(int argc, char** argv);
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

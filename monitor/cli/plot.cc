@@ -2,14 +2,14 @@
 #include <string>
 #include <string_view>
 
-#include "tools/commands.h"
-#include "tools/gnuplot.h"
-#include "tools/options.h"
-#include "tools/output.h"
-#include "tools/plot_script.h"
-#include "tools/recording_reader.h"
+#include "cli/commands.h"
+#include "cli/options.h"
+#include "output/output.h"
+#include "plot/gnuplot.h"
+#include "plot/plot_script.h"
+#include "recording/recording_reader.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -34,4 +34,4 @@ int Plot(const Options& options, Output& output) {
   return EXIT_SUCCESS;
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

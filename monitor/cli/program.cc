@@ -1,4 +1,4 @@
-#include "tools/program.h"
+#include "cli/program.h"
 
 #include <fcntl.h>
 #include <signal.h>
@@ -9,10 +9,10 @@
 #include <exception>
 #include <system_error>
 
-#include "include/quorvel.h"
-#include "tools/commands.h"
+#include "cli/commands.h"
+#include "quorvel.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 void Complain(std::string text) {
   std::replace(text.begin(), text.end(), '\n', ' ');
@@ -72,4 +72,4 @@ int RunProgram(const Program& program, int argc, char** argv) {
   }
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

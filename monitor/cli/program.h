@@ -4,10 +4,10 @@
 #include <memory>
 #include <string>
 
-#include "tools/options.h"
-#include "tools/output.h"
+#include "cli/options.h"
+#include "output/output.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 struct Program {
   Options (*parse)(int argc, char** argv);
@@ -21,4 +21,4 @@ int RunProgram(const Program& program, int argc, char** argv);
 // "quorvel 1.2.3"
 std::string Version();
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,16 +1,16 @@
 #include <optional>
 #include <string>
 
-#include "tools/all_clients.h"
-#include "tools/battery_life.h"
-#include "tools/commands.h"
-#include "tools/living.h"
-#include "tools/recorder.h"
-#include "tools/sensor_life.h"
-#include "tools/session.h"
-#include "tools/thermal_life.h"
+#include "cli/commands.h"
+#include "cli/run_scripts.h"
+#include "cli/session.h"
+#include "clients/all_clients.h"
+#include "recording/recorder.h"
+#include "scenario/battery_script.h"
+#include "scenario/sensor_script.h"
+#include "scenario/thermal_script.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -22,13 +22,13 @@ void NoteBeginning(Session& session) {
 }
 
 void LetLive(Session& session, Session::Clock::time_point end) {
-  std::optional<BatteryLife> battery;
+  std::optional<BatteryScript> battery;
   if (BatteryDriver* driver = session.device().battery_driver()) battery.emplace(*driver);
-  std::optional<SensorLife> sensors;
+  std::optional<SensorScript> sensors;
   if (SensorDriver* driver = session.device().sensor_driver()) sensors.emplace(*driver);
-  std::optional<ThermalLife> thermal;
+  std::optional<ThermalScript> thermal;
   if (ThermalDriver* driver = session.device().thermal_driver()) thermal.emplace(*driver);
-  Live(
+  RunScripts(
       session,
       {battery ? &*battery : nullptr, sensors ? &*sensors : nullptr, thermal ? &*thermal : nullptr},
       end);
@@ -69,4 +69,4 @@ int Record(const Options& options, Output& output) {
   return refused ? EXIT_FAILURE : EXIT_SUCCESS;
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,15 +1,16 @@
-#include "tools/living.h"
+#include "cli/run_scripts.h"
 
 #include <algorithm>
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 using Clock = Session::Clock;
 
-void Live(Session& session, std::initializer_list<Life*> lives, Clock::time_point end) {
+void RunScripts(Session& session, std::initializer_list<DeviceScript*> scripts,
+                Clock::time_point end) {
   while (true) {
     Clock::time_point next = end;
-    for (const Life* life : lives) {
+    for (const DeviceScript* life : scripts) {
       if (life != nullptr) next = std::min(next, life->next_step());
     }
     const Session::Wake wake = session.WaitUntil(next);
@@ -17,7 +18,7 @@ void Live(Session& session, std::initializer_list<Life*> lives, Clock::time_poin
     if (wake == Session::Wake::kEvent) continue;
     const Clock::time_point now = Clock::now();
     if (now >= end) return;
-    for (Life* life : lives) {
+    for (DeviceScript* life : scripts) {
       if (life != nullptr && life->next_step() <= now) life->TakeStep();
     }
   }
@@ -27,4 +28,4 @@ Clock::time_point EndOf(const Options& options) {
   return options.duration ? Clock::now() + *options.duration : Clock::time_point::max();
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -3,15 +3,16 @@
 
 #include <initializer_list>
 
-#include "tools/life.h"
-#include "tools/session.h"
+#include "cli/session.h"
+#include "scenario/device_script.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // Until somebody stops it or the time is over, if there is an end. A life may be null.
-void Live(Session& session, std::initializer_list<Life*> lives, Session::Clock::time_point end);
+void RunScripts(Session& session, std::initializer_list<DeviceScript*> scripts,
+                Session::Clock::time_point end);
 
 // The time after which a command ends by itself, if there is one.
 Session::Clock::time_point EndOf(const Options& options);
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

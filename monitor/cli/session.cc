@@ -1,4 +1,4 @@
-#include "tools/session.h"
+#include "cli/session.h"
 
 #include <poll.h>
 #include <unistd.h>
@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -74,4 +74,4 @@ bool Session::IsShown(const Event& event) const {
   return show_events_ && !is_foreign;
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -9,13 +9,13 @@
 #include <string_view>
 #include <variant>
 
-#include "tools/device.h"
-#include "tools/event_queue.h"
-#include "tools/options.h"
-#include "tools/output.h"
-#include "tools/stop_signals.h"
+#include "cli/options.h"
+#include "cli/stop_signals.h"
+#include "clients/device.h"
+#include "clients/event_queue.h"
+#include "output/output.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // How long to wait for the first report; only a device without a working service needs it.
 inline constexpr std::chrono::seconds kReportLimit(5);
@@ -82,4 +82,4 @@ class Session {
   bool stopped_ = false;
 };
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,4 +1,4 @@
-#include "tools/stop_signals.h"
+#include "cli/stop_signals.h"
 
 #include <errno.h>
 #include <pthread.h>
@@ -7,7 +7,7 @@
 
 #include <system_error>
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 StopSignals::StopSignals() {
   sigset_t stops;
@@ -32,4 +32,4 @@ void StopSignals::Accept() {
   pthread_sigmask(SIG_SETMASK, &before_, nullptr);
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

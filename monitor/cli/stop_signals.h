@@ -3,7 +3,7 @@
 
 #include <signal.h>
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // Made before the program's other threads, which inherit that the signals are blocked.
 //
@@ -27,4 +27,4 @@ class StopSignals {
   sigset_t before_;
 };
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

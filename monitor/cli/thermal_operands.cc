@@ -1,10 +1,10 @@
-#include "tools/thermal_operands.h"
+#include "cli/thermal_operands.h"
 
 #include <algorithm>
 
-#include "tools/options.h"
+#include "cli/options.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 ThermalOperands::ThermalOperands(const std::vector<std::string>& texts) {
   for (const std::string& text : texts) {
@@ -28,4 +28,4 @@ ThermalOperands::ThermalOperands(const std::vector<std::string>& texts) {
   }
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

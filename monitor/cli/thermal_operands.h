@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "tools/thermal_properties.h"
+#include "clients/thermal_properties.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // Each is a TYPE:NAME. Throws UsageError for one that is not, or whose type the library does not
 // know.
@@ -32,4 +32,4 @@ class ThermalOperands {
   std::vector<ThermalProperty> properties_;  // they point into the operands
 };
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,8 +1,8 @@
-#include "tools/usage.h"
+#include "cli/usage.h"
 
-#include "tools/device.h"
+#include "clients/device.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -216,4 +216,4 @@ std::string Usage(std::string_view command) {
   return text + (command.empty() ? "" : "\nquorvel --help tells of all commands.\n");
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -4,9 +4,9 @@
 #include <string>
 #include <string_view>
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // Of one command if one is given.
 std::string Usage(std::string_view command = {});
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

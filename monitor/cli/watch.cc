@@ -1,18 +1,18 @@
 #include <algorithm>
 #include <optional>
 
-#include "tools/battery_client.h"
-#include "tools/battery_life.h"
-#include "tools/commands.h"
-#include "tools/living.h"
-#include "tools/sensor_client.h"
-#include "tools/sensor_life.h"
-#include "tools/session.h"
-#include "tools/thermal_client.h"
-#include "tools/thermal_life.h"
-#include "tools/thermal_operands.h"
+#include "cli/commands.h"
+#include "cli/run_scripts.h"
+#include "cli/session.h"
+#include "cli/thermal_operands.h"
+#include "clients/battery_client.h"
+#include "clients/sensor_client.h"
+#include "clients/thermal_client.h"
+#include "scenario/battery_script.h"
+#include "scenario/sensor_script.h"
+#include "scenario/thermal_script.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -46,9 +46,9 @@ int WatchBattery(const Options& options, Output& output) {
   Session session(options, output, {});
   BatteryClient client(session.events());
   if (!client.Register()) return RefusedToRegister();
-  std::optional<BatteryLife> life;
+  std::optional<BatteryScript> life;
   if (BatteryDriver* driver = session.device().battery_driver()) life.emplace(*driver);
-  Live(session, {life ? &*life : nullptr}, EndOf(options));
+  RunScripts(session, {life ? &*life : nullptr}, EndOf(options));
   return EXIT_SUCCESS;
 }
 
@@ -60,9 +60,9 @@ int WatchSensors(const Options& options, Output& output) {
   for (const SensorProperty* sensor : client.absent_sensors()) {
     output.ShowReading(*sensor, Absent());
   }
-  std::optional<SensorLife> life;
+  std::optional<SensorScript> life;
   if (SensorDriver* driver = session.device().sensor_driver()) life.emplace(*driver);
-  Live(session, {life ? &*life : nullptr}, EndOf(options));
+  RunScripts(session, {life ? &*life : nullptr}, EndOf(options));
   return EXIT_SUCCESS;
 }
 
@@ -78,10 +78,10 @@ int WatchThermal(const Options& options, Output& output) {
   }
   const Clock::time_point end = EndOf(options);
   ExplainSilence(session, end);
-  std::optional<ThermalLife> life;
+  std::optional<ThermalScript> life;
   if (ThermalDriver* driver = session.device().thermal_driver()) life.emplace(*driver);
-  Live(session, {life ? &*life : nullptr}, end);
+  RunScripts(session, {life ? &*life : nullptr}, end);
   return EXIT_SUCCESS;
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,10 +1,10 @@
-#include "tools/words.h"
+#include "cli/words.h"
 
 #include <CLI/CLI.hpp>
 
-#include "tools/options.h"
+#include "cli/options.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -58,4 +58,4 @@ Words ParseWords(int argc, char** argv) {
   return words;
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

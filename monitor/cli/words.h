@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // For whoever has to be told.
 inline constexpr char kCommandNames[] = "watch, get, dump, demo, record, play or plot";
@@ -31,4 +31,4 @@ struct Words {
 // Throws UsageError for what cannot be told apart.
 Words ParseWords(int argc, char** argv);
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

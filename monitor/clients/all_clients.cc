@@ -1,12 +1,12 @@
-#include "tools/all_clients.h"
+#include "clients/all_clients.h"
 
 #include <algorithm>
 #include <variant>
 
-#include "tools/recording.h"
-#include "tools/subjects.h"
+#include "clients/subjects.h"
+#include "recording/recording.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -28,7 +28,7 @@ void AllClients::Learn(const Event& event) {
 
 void AllClients::Learn(const TemperatureReport& report) {
   const std::string key = report.type + ":" + report.name;
-  if (!tool::TemperatureOf(key)) return;
+  if (!monitor::TemperatureOf(key)) return;
   Temperature* const temperature = &TemperatureOf(key);
   const bool is_known = std::find(learned_.begin(), learned_.end(), temperature) != learned_.end();
   if (!is_known) learned_.push_back(temperature);
@@ -97,4 +97,4 @@ bool AllClients::Leave(Temperature& temperature) {
   return thermal().Deregister(temperature.property);
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -9,11 +9,11 @@
 #include <utility>
 #include <vector>
 
-#include "tools/battery_client.h"
-#include "tools/sensor_client.h"
-#include "tools/thermal_client.h"
+#include "clients/battery_client.h"
+#include "clients/sensor_client.h"
+#include "clients/thermal_client.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // Which temperatures there are is known from reports only: no function of the library lists them.
 //
@@ -60,4 +60,4 @@ class AllClients {
   std::optional<ThermalClient> thermal_;
 };
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,4 +1,4 @@
-#include "tools/battery_client.h"
+#include "clients/battery_client.h"
 
 #include <errno.h>
 
@@ -7,9 +7,9 @@
 #include <thread>
 #include <utility>
 
-#include "tools/dump_text.h"
+#include "cli/dump_text.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 BatteryClient::BatteryClient(std::shared_ptr<EventQueue> events) : events_(std::move(events)) {
   for (size_t i = 0; i < cookies_.size(); ++i) {
@@ -71,4 +71,4 @@ std::string BatteryClient::Dump() {
   return DumpText(DumpBatteryInfo, handle_);
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

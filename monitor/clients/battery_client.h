@@ -6,10 +6,10 @@
 #include <optional>
 #include <string>
 
-#include "tools/battery_properties.h"
-#include "tools/event_queue.h"
+#include "clients/battery_properties.h"
+#include "clients/event_queue.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // Owns a handle. What its callbacks hear goes to the queue.
 //
@@ -50,4 +50,4 @@ class BatteryClient {
   void* handle_ = nullptr;
 };
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

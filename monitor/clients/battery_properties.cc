@@ -1,6 +1,6 @@
-#include "tools/battery_properties.h"
+#include "clients/battery_properties.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 constexpr BatteryProperty kBatteryLevel = {
     {.key = "battery_level", .name = "battery level", .unit = " %"},
@@ -36,4 +36,4 @@ Value Interpret(const BatteryProperty& property, int number) {
   return number;
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

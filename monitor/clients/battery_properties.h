@@ -3,10 +3,10 @@
 
 #include <array>
 
-#include "include/quorvel.h"
-#include "tools/value.h"
+#include "clients/value.h"
+#include "quorvel.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 struct BatteryProperty : Property {
   bool is_charger;
@@ -26,4 +26,4 @@ inline constexpr std::array kBatteryProperties = {&kBatteryLevel, &kBatteryCycle
 // What a number of the C interface means.
 Value Interpret(const BatteryProperty& property, int number);
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -10,9 +10,9 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/event.h"
+#include "clients/event.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // For a device whose battery can be told what to do.
 //
@@ -122,4 +122,4 @@ struct DeviceType {
 // What there is to choose from in this build. The first is the default.
 std::span<const DeviceType> DeviceTypes();
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -8,10 +8,10 @@
 #include <variant>
 #include <vector>
 
-#include "tools/value.h"
-#include "tools/wall_clock.h"
+#include "clients/value.h"
+#include "clients/wall_clock.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // A client's callback was called.
 struct ValueChange {
@@ -82,4 +82,4 @@ struct Event {
   std::variant<ValueChange, DeviceEvent> what;
 };
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,4 +1,4 @@
-#include "tools/event_queue.h"
+#include "clients/event_queue.h"
 
 #include <errno.h>
 #include <sys/eventfd.h>
@@ -7,7 +7,7 @@
 #include <system_error>
 #include <utility>
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 EventQueue::EventQueue() : fd_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK | EFD_SEMAPHORE)) {
   if (fd_ < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
@@ -34,4 +34,4 @@ std::optional<Event> EventQueue::Take() {
   return event;
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -6,9 +6,9 @@
 #include <optional>
 #include <variant>
 
-#include "tools/event.h"
+#include "clients/event.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // Shared by whoever posts: threads of a device may outlive the command that started them.
 //
@@ -33,4 +33,4 @@ class EventQueue {
   std::deque<Event> events_;
 };
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,4 +1,4 @@
-#include "tools/sensor_client.h"
+#include "clients/sensor_client.h"
 
 #include <errno.h>
 
@@ -7,9 +7,9 @@
 #include <thread>
 #include <utility>
 
-#include "tools/dump_text.h"
+#include "cli/dump_text.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -89,4 +89,4 @@ std::string SensorClient::Dump() {
   return DumpText(DumpSensorInfo, handle_);
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "tools/event_queue.h"
-#include "tools/sensor_properties.h"
+#include "clients/event_queue.h"
+#include "clients/sensor_properties.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // Owns a handle. What its callbacks hear goes to the queue.
 //
@@ -55,4 +55,4 @@ class SensorClient {
   void* handle_ = nullptr;
 };
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,6 +1,6 @@
-#include "tools/sensor_properties.h"
+#include "clients/sensor_properties.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 constexpr SensorProperty kProximity = {{.key = "proximity", .name = "proximity", .unit = " cm"},
                                        RegisterProximitySensorCallback,
@@ -11,4 +11,4 @@ constexpr SensorProperty kHingeAngle = {
     RegisterHingeAngleSensorCallback,
     DeregisterHingeAngleSensorCallback};
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

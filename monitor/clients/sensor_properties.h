@@ -3,10 +3,10 @@
 
 #include <array>
 
-#include "include/quorvel.h"
-#include "tools/value.h"
+#include "clients/value.h"
+#include "quorvel.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 struct SensorProperty : Property {
   int (*register_callback)(void* handle, int id, SensorCallbackFunc callback, void* cookie);
@@ -18,4 +18,4 @@ extern const SensorProperty kHingeAngle;
 
 inline constexpr std::array kSensorProperties = {&kProximity, &kHingeAngle};
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

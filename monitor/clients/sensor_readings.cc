@@ -1,8 +1,8 @@
-#include "tools/sensor_readings.h"
+#include "clients/sensor_readings.h"
 
 #include <algorithm>
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -31,4 +31,4 @@ Session::Wake WaitForReadings(Session& session, const SensorClient& client,
   return stopped ? Session::Wake::kStop : Session::Wake::kEvent;
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,10 +1,10 @@
 // What the sensors read, without the first words of their callbacks.
 #pragma once
 
-#include "tools/sensor_client.h"
-#include "tools/session.h"
+#include "cli/session.h"
+#include "clients/sensor_client.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // Waits until the client has heard what its sensors read. It is first told what the library has
 // stored, which is 0 until the sensor has reported: a sensor that has only said 0 gets a second
@@ -12,4 +12,4 @@ namespace norvik::qel::tool {
 Session::Wake WaitForReadings(Session& session, const SensorClient& client,
                               Session::Clock::time_point until);
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

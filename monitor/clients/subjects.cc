@@ -1,12 +1,12 @@
-#include "tools/subjects.h"
+#include "clients/subjects.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "tools/recording.h"
-#include "tools/thermal_properties.h"
+#include "clients/thermal_properties.h"
+#include "recording/recording.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -68,4 +68,4 @@ std::string_view FamilyOfService(std::string_view service) {
   return service == kSensorService ? kSensorFamily : kThermalFamily;
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -6,10 +6,10 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/battery_properties.h"
-#include "tools/sensor_properties.h"
+#include "clients/battery_properties.h"
+#include "clients/sensor_properties.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // Null when it has no such key.
 const BatteryProperty* BatteryPropertyOf(std::string_view key);
@@ -38,4 +38,4 @@ Property PropertyOf(std::string_view key);
 
 std::string_view FamilyOfService(std::string_view service);
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

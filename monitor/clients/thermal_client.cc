@@ -1,4 +1,4 @@
-#include "tools/thermal_client.h"
+#include "clients/thermal_client.h"
 
 #include <errno.h>
 
@@ -10,9 +10,9 @@
 #include <thread>
 #include <utility>
 
-#include "tools/dump_text.h"
+#include "cli/dump_text.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -130,4 +130,4 @@ std::string ThermalClient::Dump() {
   return DumpText(DumpThermalInfo, handle_);
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

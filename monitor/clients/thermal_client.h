@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "tools/event_queue.h"
-#include "tools/thermal_properties.h"
+#include "clients/event_queue.h"
+#include "clients/thermal_properties.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // Owns a handle. What its callbacks hear goes to the queue.
 //
@@ -58,4 +58,4 @@ class ThermalClient {
   void* handle_ = nullptr;
 };
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,6 +1,6 @@
-#include "tools/thermal_properties.h"
+#include "clients/thermal_properties.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 constexpr ThermalProperty kSkin = {
     {.key = "SKIN:skin", .name = "skin throttling", .unit = ""}, "SKIN", "skin"};
@@ -18,4 +18,4 @@ constexpr ChargeLimitProperty kVoltageLimits = {
     {.key = "bcl_voltage", .name = "battery voltage limits", .unit = ""},
     GetBatteryChargeLimitVoltage};
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -3,10 +3,10 @@
 
 #include <array>
 
-#include "include/quorvel.h"
-#include "tools/value.h"
+#include "clients/value.h"
+#include "quorvel.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // The throttling severity of a temperature.
 struct ThermalProperty : Property {
@@ -37,4 +37,4 @@ inline constexpr std::array kChargeLimitProperties = {&kCurrentLimits, &kVoltage
 
 inline constexpr std::string_view kCelsius = " degrees C";
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,11 +1,11 @@
-#include "tools/value.h"
+#include "clients/value.h"
 
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <limits>
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -59,4 +59,4 @@ std::string InWords(const Property& property, const Value& value) {
   return std::holds_alternative<Absent>(value) ? "not present" : "unknown";
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

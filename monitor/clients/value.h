@@ -7,7 +7,7 @@
 #include <variant>
 #include <vector>
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // The device has nothing of the kind.
 struct Absent {
@@ -36,4 +36,4 @@ std::optional<Severity> SeverityNamed(std::string_view name);
 // "50 %", "online", "unknown", "not present", "36.5 degrees C", "SEVERE", "NONE, LIGHT".
 std::string InWords(const Property& property, const Value& value);
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

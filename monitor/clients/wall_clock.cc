@@ -1,9 +1,9 @@
-#include "tools/wall_clock.h"
+#include "clients/wall_clock.h"
 
 #include <stdio.h>
 #include <time.h>
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -42,4 +42,4 @@ std::string Iso8601(WallTime time) {
   return text;
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

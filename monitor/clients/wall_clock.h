@@ -4,11 +4,11 @@
 #include <chrono>
 #include <string>
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 using WallTime = std::chrono::system_clock::time_point;
 
 std::string TimeOfDay(WallTime time);  // local: "12:00:03.120"
 std::string Iso8601(WallTime time);    // UTC: "2024-05-01T10:00:03.120Z"
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,4 +1,4 @@
-#include "tools/host.h"
+#include "host/host.h"
 
 #include <android/binder_process.h>
 #include <android/log.h>
@@ -9,25 +9,25 @@
 #include <optional>
 #include <utility>
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
-DeviceEvent::Kind Translate(devices::DeviceEvent::Kind kind) {
+DeviceEvent::Kind Translate(services::ServiceEvent::Kind kind) {
   switch (kind) {
-    case devices::DeviceEvent::Kind::kStarted:
+    case services::ServiceEvent::Kind::kStarted:
       return DeviceEvent::Kind::kServiceStarted;
-    case devices::DeviceEvent::Kind::kDied:
+    case services::ServiceEvent::Kind::kDied:
       return DeviceEvent::Kind::kServiceDied;
-    case devices::DeviceEvent::Kind::kRegistered:
+    case services::ServiceEvent::Kind::kRegistered:
       return DeviceEvent::Kind::kCallbackRegistered;
-    case devices::DeviceEvent::Kind::kUnregistered:
+    case services::ServiceEvent::Kind::kUnregistered:
       return DeviceEvent::Kind::kCallbackUnregistered;
-    case devices::DeviceEvent::Kind::kRefused:
+    case services::ServiceEvent::Kind::kRefused:
       return DeviceEvent::Kind::kCallRefused;
-    case devices::DeviceEvent::Kind::kNotice:
+    case services::ServiceEvent::Kind::kNotice:
       return DeviceEvent::Kind::kNotice;
-    case devices::DeviceEvent::Kind::kReported:
+    case services::ServiceEvent::Kind::kReported:
       return DeviceEvent::Kind::kReported;
   }
   return DeviceEvent::Kind::kNotice;
@@ -53,7 +53,7 @@ Report Translate(const aidl::android::hardware::health::HealthInfo& info) {
 }
 
 // Nothing for a sensor that the library has no use for.
-Report Translate(const devices::SensorReport& report) {
+Report Translate(const services::SensorReport& report) {
   const auto of = [&](Sensor sensor) {
     SensorReport translated = {.sensor = sensor, .values = {}};
     for (const float value : report.values) translated.values.push_back(IfFinite(value));
@@ -71,11 +71,11 @@ Report Translate(const aidl::android::hardware::thermal::Temperature& temperatur
                            .severity = static_cast<Severity>(temperature.throttlingStatus)};
 }
 
-Report Translate(const devices::TemperatureGone& gone) {
+Report Translate(const services::TemperatureGone& gone) {
   return TemperatureGone{.type = toString(gone.type), .name = gone.name};
 }
 
-Report Translate(const devices::Report& report) {
+Report Translate(const services::Report& report) {
   return std::visit([](const auto& what) { return Translate(what); }, report);
 }
 
@@ -86,8 +86,8 @@ void BecomeHostProcess(const DeviceSetup& setup) {
   ABinderProcess_startThreadPool();
 }
 
-devices::DeviceObserver Translate(DeviceObserver observer) {
-  return [observer = std::move(observer)](const devices::DeviceEvent& event) {
+services::ServiceObserver Translate(DeviceObserver observer) {
+  return [observer = std::move(observer)](const services::ServiceEvent& event) {
     observer({.kind = Translate(event.kind),
               .service = event.service,
               .detail = event.detail,
@@ -95,4 +95,4 @@ devices::DeviceObserver Translate(DeviceObserver observer) {
   };
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,10 +1,10 @@
 // What the devices of a host have in common.
 #pragma once
 
-#include "devices/common/device_event.h"
-#include "tools/device.h"
+#include "clients/device.h"
+#include "quorvel/services/service_event.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 std::unique_ptr<Device> MakeSimulatedDevice(DeviceObserver observer);
 std::unique_ptr<Device> MakeLinuxDevice(DeviceObserver observer);
@@ -12,6 +12,6 @@ std::unique_ptr<Device> MakeLinuxDevice(DeviceObserver observer);
 // What the library expects of the program that it runs in.
 void BecomeHostProcess(const DeviceSetup& setup);
 
-devices::DeviceObserver Translate(DeviceObserver observer);
+services::ServiceObserver Translate(DeviceObserver observer);
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,6 +1,6 @@
-#include "tools/host.h"
+#include "host/host.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 std::span<const DeviceType> DeviceTypes() {
   static constexpr DeviceType kTypes[] = {
@@ -16,4 +16,4 @@ std::span<const DeviceType> DeviceTypes() {
   return kTypes;
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

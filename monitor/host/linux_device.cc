@@ -2,12 +2,12 @@
 #include <string>
 #include <utility>
 
-#include "devices/linux/health.h"
-#include "devices/linux/sensors.h"
-#include "devices/linux/thermal.h"
-#include "tools/host.h"
+#include "host/host.h"
+#include "quorvel/linux_machine/health.h"
+#include "quorvel/linux_machine/sensors.h"
+#include "quorvel/linux_machine/thermal.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -37,9 +37,9 @@ class LinuxDevice : public Device {
   }
 
  private:
-  linux_device::Health health_;
-  linux_device::Thermal thermal_;
-  linux_device::Sensors sensors_;
+  linux_machine::Health health_;
+  linux_machine::Thermal thermal_;
+  linux_machine::Sensors sensors_;
 };
 
 }  // namespace
@@ -48,4 +48,4 @@ std::unique_ptr<Device> MakeLinuxDevice(DeviceObserver observer) {
   return std::make_unique<LinuxDevice>(std::move(observer));
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

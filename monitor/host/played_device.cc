@@ -7,12 +7,12 @@
 #include <utility>
 #include <vector>
 
-#include "devices/simulated/health.h"
-#include "devices/simulated/sensor_hub.h"
-#include "devices/simulated/thermal.h"
-#include "tools/host.h"
+#include "host/host.h"
+#include "quorvel/simulated/health.h"
+#include "quorvel/simulated/sensor_hub.h"
+#include "quorvel/simulated/thermal.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -102,7 +102,7 @@ class SimulatedPlayer : public PlayedDevice {
         KillService(event.service);
         break;
       case DeviceEvent::Kind::kNotice:
-        observer_({.kind = devices::DeviceEvent::Kind::kNotice,
+        observer_({.kind = services::ServiceEvent::Kind::kNotice,
                    .service = event.service,
                    .detail = event.detail});
         break;
@@ -119,26 +119,26 @@ class SimulatedPlayer : public PlayedDevice {
   }
 
   void Refuse(const Refusal& refusal) override {
-    standin::Script* const script = ScriptOf(refusal.service, refusal.call);
+    fake::Script* const script = ScriptOf(refusal.service, refusal.call);
     if (script == nullptr) return;
     for (int i = 0; i < refusal.times; ++i) {
-      script->Then(standin::Outcome::Exception(EX_ILLEGAL_STATE, refusal.reason));
+      script->Then(fake::Outcome::Exception(EX_ILLEGAL_STATE, refusal.reason));
     }
   }
 
  private:
   // Null when the service has no such call; the sensor service has none that could be scripted.
-  standin::Script* ScriptOf(std::string_view service, std::string_view call) {
+  fake::Script* ScriptOf(std::string_view service, std::string_view call) {
     if (service == kHealthService) {
-      const auto operation = Named(call, devices::HealthOperationName);
+      const auto operation = Named(call, services::HealthOperationName);
       return operation ? &health_.on(*operation) : nullptr;
     }
     if (service == kThermalService) {
-      const auto operation = Named(call, devices::ThermalOperationName);
+      const auto operation = Named(call, services::ThermalOperationName);
       return operation ? &thermal_.on(*operation) : nullptr;
     }
     if (service != kHidlThermalService) return nullptr;
-    const auto operation = Named(call, devices::HidlThermalOperationName);
+    const auto operation = Named(call, services::HidlThermalOperationName);
     return operation ? &thermal_.on(*operation) : nullptr;
   }
 
@@ -172,7 +172,7 @@ class SimulatedPlayer : public PlayedDevice {
       sensors_.Forget(type);
       return;
     }
-    std::vector<devices::SensorReading> delivery;
+    std::vector<services::SensorReading> delivery;
     for (const auto value : report.values)
       delivery.push_back({.type = type, .value = ToFloat(value)});
     sensors_.Report(delivery);
@@ -200,7 +200,7 @@ class SimulatedPlayer : public PlayedDevice {
     });
   }
 
-  const devices::DeviceObserver observer_;
+  const services::ServiceObserver observer_;
   simulated::Health health_;
   simulated::SensorHub sensors_;
   simulated::Thermal thermal_;
@@ -213,4 +213,4 @@ std::unique_ptr<PlayedDevice> MakePlayedDevice(const Equipment& equipment,
   return std::make_unique<SimulatedPlayer>(equipment, std::move(observer));
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

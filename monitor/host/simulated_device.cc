@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <utility>
 
-#include "devices/simulated/health.h"
-#include "devices/simulated/sensor_hub.h"
-#include "devices/simulated/thermal.h"
-#include "tools/host.h"
+#include "host/host.h"
+#include "quorvel/simulated/health.h"
+#include "quorvel/simulated/sensor_hub.h"
+#include "quorvel/simulated/thermal.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -103,4 +103,4 @@ std::unique_ptr<Device> MakeSimulatedDevice(DeviceObserver observer) {
   return std::make_unique<SimulatedDevice>(std::move(observer));
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

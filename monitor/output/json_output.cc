@@ -4,9 +4,9 @@
 #include <string>
 #include <variant>
 
-#include "tools/output.h"
+#include "output/output.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -127,4 +127,4 @@ std::unique_ptr<Output> MakeJsonOutput() {
   return std::make_unique<JsonOutput>();
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

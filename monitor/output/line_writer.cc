@@ -1,4 +1,4 @@
-#include "tools/line_writer.h"
+#include "output/line_writer.h"
 
 #include <errno.h>
 #include <poll.h>
@@ -6,7 +6,7 @@
 
 #include <string_view>
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 void LineWriter::Write(std::string line) {
   line += '\n';
@@ -29,4 +29,4 @@ int LineWriter::error() const {
   return error_ == EPIPE ? 0 : error_;
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // Unbuffered: each line is out before the next thing happens.
 //
@@ -21,4 +21,4 @@ class LineWriter {
   int error_ = 0;
 };
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,8 +1,8 @@
-#include "tools/observed.h"
+#include "output/observed.h"
 
 #include <algorithm>
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 void Observed::Note(const Event& event) {
   if (const auto* device_event = std::get_if<DeviceEvent>(&event.what)) {
@@ -40,4 +40,4 @@ std::string Counted(int count, const std::string& noun) {
   return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

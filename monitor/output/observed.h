@@ -8,9 +8,9 @@
 #include <thread>
 #include <utility>
 
-#include "tools/event.h"
+#include "clients/event.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // Threads: the main thread.
 class Observed {
@@ -51,4 +51,4 @@ int CallbacksOf(const Properties& properties, const Observed& observed) {
 // "1 death", "2 deaths".
 std::string Counted(int count, const std::string& noun);
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

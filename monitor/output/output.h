@@ -5,12 +5,12 @@
 #include <string>
 #include <string_view>
 
-#include "tools/event.h"
-#include "tools/line_writer.h"
-#include "tools/observed.h"
-#include "tools/value.h"
+#include "clients/event.h"
+#include "clients/value.h"
+#include "output/line_writer.h"
+#include "output/observed.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // Threads: the main thread.
 class Output {
@@ -37,4 +37,4 @@ class Output {
 std::unique_ptr<Output> MakeTextOutput();
 std::unique_ptr<Output> MakeJsonOutput();
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -2,9 +2,9 @@
 #include <string>
 #include <string_view>
 
-#include "tools/output.h"
+#include "output/output.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -55,12 +55,12 @@ class TextOutput : public Output {
     }
     const auto& change = std::get<ValueChange>(event.what);
     lines_.Write(TimeOfDay(event.time) + "  " + Padded(change.property->name) +
-                 tool::InWords(*change.property, change.old_value) + "  ->  " +
-                 tool::InWords(*change.property, change.new_value));
+                 monitor::InWords(*change.property, change.old_value) + "  ->  " +
+                 monitor::InWords(*change.property, change.new_value));
   }
 
   void ShowReading(const Property& property, const Value& value) override {
-    lines_.Write(Padded(property.name) + tool::InWords(property, value));
+    lines_.Write(Padded(property.name) + monitor::InWords(property, value));
   }
 
   void ShowDump(std::string_view /*family*/, const std::string& text) override {
@@ -83,4 +83,4 @@ std::unique_ptr<Output> MakeTextOutput() {
   return std::make_unique<TextOutput>();
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

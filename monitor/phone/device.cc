@@ -1,9 +1,9 @@
 // The phone that the program runs on: its services are there, or not.
-#include "tools/device.h"
+#include "clients/device.h"
 
 #include <android/binder_process.h>
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -26,4 +26,4 @@ std::span<const DeviceType> DeviceTypes() {
   return kTypes;
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,9 +1,9 @@
 // quorvel on a phone: watches, asks and dumps the phone's own services, in text.
-#include "tools/commands.h"
-#include "tools/phone/options.h"
-#include "tools/program.h"
+#include "cli/commands.h"
+#include "cli/program.h"
+#include "phone/options.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -31,9 +31,9 @@ constexpr Program kProgram = {
 
 }  // namespace
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor
 
 int main(int argc, char** argv) {
-  using norvik::qel::tool::kProgram;
-  return norvik::qel::tool::RunProgram(kProgram, argc, argv);
+  using norvik::qel::monitor::kProgram;
+  return norvik::qel::monitor::RunProgram(kProgram, argc, argv);
 }

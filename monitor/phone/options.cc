@@ -1,4 +1,4 @@
-#include "tools/phone/options.h"
+#include "phone/options.h"
 
 #include <getopt.h>
 
@@ -6,9 +6,9 @@
 #include <span>
 #include <string_view>
 
-#include "tools/duration.h"
+#include "cli/duration.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -138,4 +138,4 @@ Exit code: 0 success, also when Ctrl-C ends a command; 1 something failed, and s
 what; 2 the command line is wrong.)";
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -3,9 +3,9 @@
 
 #include <string>
 
-#include "tools/options.h"
+#include "cli/options.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // A part of what the host's monitor takes, in the same words. It does with what every phone's C
 // library has, so that a device tree need not have anything for it.
@@ -13,4 +13,4 @@ Options ParsePhoneOptions(int argc, char** argv);
 
 std::string PhoneUsage();
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

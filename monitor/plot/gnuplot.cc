@@ -1,4 +1,4 @@
-#include "tools/gnuplot.h"
+#include "plot/gnuplot.h"
 
 #include <errno.h>
 #include <fcntl.h>
@@ -13,7 +13,7 @@
 #include <stdexcept>
 #include <system_error>
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -119,4 +119,4 @@ void RunGnuplot(const std::string& script, const std::string& path, std::string_
   draft.Publish();
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,11 +1,11 @@
-#include "tools/plot_data.h"
+#include "plot/plot_data.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <string_view>
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -68,4 +68,4 @@ std::string PlotData::Marks(const Timeline::Moments& moments, double y) {
   return Add(rows) + " using 1:2";
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "tools/timeline.h"
+#include "plot/timeline.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // The point is a point in every locale; NaN leaves a gap.
 std::string PlotNumber(double number);
@@ -43,4 +43,4 @@ class PlotData {
   int count_ = 0;
 };
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,4 +1,4 @@
-#include "tools/plot_panels.h"
+#include "plot/plot_panels.h"
 
 #include <algorithm>
 #include <array>
@@ -10,9 +10,9 @@
 #include <string_view>
 #include <utility>
 
-#include "tools/value.h"
+#include "clients/value.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -188,4 +188,4 @@ std::vector<Panel> PlotPanels(const Timeline& timeline, PlotData& data) {
   return Panels(timeline, data).Make();
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "tools/plot_data.h"
+#include "plot/plot_data.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 struct Panel {
   double height;      // in pixels
@@ -17,4 +17,4 @@ struct Panel {
 // Those that have something to show.
 std::vector<Panel> PlotPanels(const Timeline& timeline, PlotData& data);
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

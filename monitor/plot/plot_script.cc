@@ -1,11 +1,11 @@
-#include "tools/plot_script.h"
+#include "plot/plot_script.h"
 
 #include <vector>
 
-#include "tools/plot_data.h"
-#include "tools/plot_panels.h"
+#include "plot/plot_data.h"
+#include "plot/plot_panels.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -61,4 +61,4 @@ std::string PlotScript(const Timeline& timeline, const std::string& title, PlotF
   return script + "unset multiplot\n";
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

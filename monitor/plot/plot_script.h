@@ -3,13 +3,13 @@
 
 #include <string>
 
-#include "tools/timeline.h"
+#include "plot/timeline.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 enum class PlotFormat { kSvg, kPng };
 
 // Panels one above the other, with one axis of time. Empty when the timeline is.
 std::string PlotScript(const Timeline& timeline, const std::string& title, PlotFormat format);
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

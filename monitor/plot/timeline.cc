@@ -1,13 +1,13 @@
-#include "tools/timeline.h"
+#include "plot/timeline.h"
 
 #include <algorithm>
 #include <limits>
 #include <optional>
 #include <string_view>
 
-#include "tools/subjects.h"
+#include "clients/subjects.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -85,4 +85,4 @@ Timeline MakeTimeline(const Recording& recording) {
   return plotter.timeline();
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -6,9 +6,9 @@
 #include <utility>
 #include <vector>
 
-#include "tools/recording.h"
+#include "recording/recording.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 struct Timeline {
   struct Point {
@@ -36,4 +36,4 @@ struct Timeline {
 
 Timeline MakeTimeline(const Recording& recording);
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,4 +1,4 @@
-#include "tools/recorder.h"
+#include "recording/recorder.h"
 
 #include <errno.h>
 #include <fcntl.h>
@@ -9,7 +9,7 @@
 #include <system_error>
 #include <utility>
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -82,4 +82,4 @@ bool Recorder::WriteLine(std::string line) {
   return true;
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -4,10 +4,10 @@
 #include <string>
 #include <string_view>
 
-#include "tools/options.h"
-#include "tools/recording_writer.h"
+#include "cli/options.h"
+#include "recording/recording_writer.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // The file is a complete recording after every line, whatever becomes of the program.
 //
@@ -43,4 +43,4 @@ class Recorder {
   std::string failure_;
 };
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -10,9 +10,9 @@
 #include <variant>
 #include <vector>
 
-#include "tools/device.h"
+#include "clients/device.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 using Seconds = std::chrono::duration<double>;
 
@@ -95,4 +95,4 @@ inline constexpr std::array kServices = {kHealthService, kSensorService, kTherma
 // Where something is wrong: "demo.jsonl:12", or the name alone for what stands in no line.
 std::string PlaceOf(const Recording& recording, const RecordedEvent& event);
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,14 +1,14 @@
-#include "tools/recording_events.h"
+#include "recording/recording_events.h"
 
 #include <array>
 #include <limits>
 #include <optional>
 #include <utility>
 
-#include "tools/scenario_events.h"
-#include "tools/subjects.h"
+#include "clients/subjects.h"
+#include "scenario/scenario_events.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -147,4 +147,4 @@ void EventReader::CheckVersion(bool is_old, const std::string& what) const {
   throw LineError(what + " needs version 2, and the header says " + std::to_string(version_));
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,10 +1,10 @@
 // What the lines of a recording say.
 #pragma once
 
-#include "tools/recording.h"
-#include "tools/recording_fields.h"
+#include "recording/recording.h"
+#include "recording/recording_fields.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // One line after the other: some say what has changed since those before. Throws LineError.
 //
@@ -31,4 +31,4 @@ class EventReader {
 DeviceEvent ReadServiceEvent(DeviceEvent::Kind kind, RecordingFields& fields,
                              const std::string& key);
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

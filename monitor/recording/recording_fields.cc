@@ -1,4 +1,4 @@
-#include "tools/recording_fields.h"
+#include "recording/recording_fields.h"
 
 #include <algorithm>
 #include <array>
@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // Keys stay in the order in which somebody has written them.
 using json = nlohmann::ordered_json;
@@ -205,4 +205,4 @@ bool RecordingLine::IsObject() const {
   return json_->is_object();
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -11,9 +11,9 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/value.h"
+#include "clients/value.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // What is wrong with a line, for whoever wrote it.
 class LineError : public std::runtime_error {
@@ -83,4 +83,4 @@ class RecordingLine {
   const std::unique_ptr<const nlohmann::ordered_json> json_;
 };
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,4 +1,4 @@
-#include "tools/recording_reader.h"
+#include "recording/recording_reader.h"
 
 #include <errno.h>
 
@@ -11,10 +11,10 @@
 #include <system_error>
 #include <utility>
 
-#include "tools/recording_events.h"
-#include "tools/recording_fields.h"
+#include "recording/recording_events.h"
+#include "recording/recording_fields.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -85,4 +85,4 @@ Recording ReadRecording(const std::string& path) {
   return recording;
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

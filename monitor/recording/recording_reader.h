@@ -4,9 +4,9 @@
 #include <istream>
 #include <string>
 
-#include "tools/recording.h"
+#include "recording/recording.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // The whole file. Throws std::runtime_error when it cannot be read or is no recording: with the
 // file, the line and what is wrong there.
@@ -14,4 +14,4 @@ Recording ReadRecording(const std::string& path);
 // The same of a text that has a name.
 Recording ReadRecording(std::istream& text, const std::string& name);
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

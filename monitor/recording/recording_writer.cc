@@ -1,4 +1,4 @@
-#include "tools/recording_writer.h"
+#include "recording/recording_writer.h"
 
 #include <array>
 #include <charconv>
@@ -8,9 +8,9 @@
 #include <utility>
 #include <variant>
 
-#include "tools/decimal.h"
+#include "cli/decimal.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -170,4 +170,4 @@ std::optional<std::string> RecordingWriter::Line(const RecordedEvent& event) {
   return ToLine(line);
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -5,9 +5,9 @@
 #include <string>
 #include <string_view>
 
-#include "tools/recording.h"
+#include "recording/recording.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // Threads: the main thread.
 class RecordingWriter {
@@ -21,4 +21,4 @@ class RecordingWriter {
   std::optional<BatteryReport> battery_;  // as it was written last: a line holds what has changed
 };
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,13 +1,13 @@
-#include "tools/battery_life.h"
+#include "scenario/battery_script.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
 using namespace std::chrono_literals;
 
 // The battery ends where it began, but for a cycle more.
-std::vector<Life::Step> Steps(BatteryDriver& phone) {
+std::vector<DeviceScript::Step> Steps(BatteryDriver& phone) {
   return {
       {700ms, [&] { phone.SetLevel(49); }},
       {1000ms, [&] { phone.SetLevel(48); }},
@@ -28,10 +28,11 @@ std::vector<Life::Step> Steps(BatteryDriver& phone) {
 
 }  // namespace
 
-BatteryLife::BatteryLife(BatteryDriver& driver) : Life(Steps(driver)), driver_(driver) {}
+BatteryScript::BatteryScript(BatteryDriver& driver)
+    : DeviceScript(Steps(driver)), driver_(driver) {}
 
-BatteryLife::~BatteryLife() {
+BatteryScript::~BatteryScript() {
   driver_.StartService();
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,19 +1,19 @@
 // What a phone's battery goes through.
 #pragma once
 
-#include "tools/device.h"
-#include "tools/life.h"
+#include "clients/device.h"
+#include "scenario/device_script.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
-class BatteryLife : public Life {
+class BatteryScript : public DeviceScript {
  public:
-  explicit BatteryLife(BatteryDriver& driver);
+  explicit BatteryScript(BatteryDriver& driver);
   // Leaves the service running: without it the library's farewell would wait for it.
-  ~BatteryLife() override;
+  ~BatteryScript() override;
 
  private:
   BatteryDriver& driver_;
 };
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -3,9 +3,9 @@
 
 #include <string_view>
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 inline constexpr char kDemoScenarioName[] = "demo.jsonl";
 extern const std::string_view kDemoScenario;
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,16 +1,16 @@
-#include "tools/life.h"
+#include "scenario/device_script.h"
 
 #include <utility>
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
-Life::Life(std::vector<Step> steps)
+DeviceScript::DeviceScript(std::vector<Step> steps)
     : steps_(std::move(steps)), next_step_(Clock::now() + steps_[0].pause_before) {}
 
-void Life::TakeStep() {
+void DeviceScript::TakeStep() {
   steps_[step_].act();
   step_ = (step_ + 1) % steps_.size();
   next_step_ = Clock::now() + steps_[step_].pause_before;
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -6,12 +6,12 @@
 #include <functional>
 #include <vector>
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // Keeps no time of its own: whoever waits for events takes the steps when they are due.
 //
 // Threads: the main thread.
-class Life {
+class DeviceScript {
  public:
   using Clock = std::chrono::steady_clock;
 
@@ -21,10 +21,10 @@ class Life {
   };
 
   // At least one step.
-  explicit Life(std::vector<Step> steps);
-  virtual ~Life() = default;
-  Life(const Life&) = delete;
-  Life& operator=(const Life&) = delete;
+  explicit DeviceScript(std::vector<Step> steps);
+  virtual ~DeviceScript() = default;
+  DeviceScript(const DeviceScript&) = delete;
+  DeviceScript& operator=(const DeviceScript&) = delete;
 
   Clock::time_point next_step() const { return next_step_; }
   void TakeStep();
@@ -35,4 +35,4 @@ class Life {
   Clock::time_point next_step_;
 };
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

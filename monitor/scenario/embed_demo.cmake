@@ -6,11 +6,11 @@ if(NOT end EQUAL -1)
   message(FATAL_ERROR "${TEXT} holds what would end the literal")
 endif()
 file(WRITE ${OUTPUT} "// Made from ${TEXT}.
-#include \"tools/demo_scenario.h\"
+#include \"scenario/demo_scenario.h\"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 const std::string_view kDemoScenario = R\"${delimiter}(${text})${delimiter}\";
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor
 ")

@@ -1,4 +1,4 @@
-#include "tools/plan_check.h"
+#include "scenario/plan_check.h"
 
 #include <algorithm>
 #include <map>
@@ -9,10 +9,10 @@
 #include <utility>
 #include <vector>
 
-#include "tools/recording_fields.h"
-#include "tools/subjects.h"
+#include "clients/subjects.h"
+#include "recording/recording_fields.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -163,4 +163,4 @@ void CheckPlan(const Recording& recording, const PlayPlan& plan) {
   }
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,12 +1,12 @@
 // Whether what is to be played can work.
 #pragma once
 
-#include "tools/play_plan.h"
+#include "scenario/play_plan.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // Throws std::runtime_error, with the line and the reason, for the first step that cannot be taken
 // or the first expectation that could never be met.
 void CheckPlan(const Recording& recording, const PlayPlan& plan);
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

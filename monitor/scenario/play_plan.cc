@@ -1,15 +1,15 @@
-#include "tools/play_plan.h"
+#include "scenario/play_plan.h"
 
 #include <algorithm>
 #include <string>
 #include <string_view>
 #include <utility>
 
-#include "tools/plan_check.h"
-#include "tools/sensor_properties.h"
-#include "tools/subjects.h"
+#include "clients/sensor_properties.h"
+#include "clients/subjects.h"
+#include "scenario/plan_check.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -201,4 +201,4 @@ PlayPlan MakePlayPlan(const Recording& recording) {
   return plan;
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

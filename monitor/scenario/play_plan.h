@@ -3,10 +3,10 @@
 
 #include <vector>
 
-#include "tools/device.h"
-#include "tools/recording.h"
+#include "clients/device.h"
+#include "recording/recording.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 struct PlayPlan {
   struct Step {
@@ -24,4 +24,4 @@ struct PlayPlan {
 // std::runtime_error, with the line, for what cannot work.
 PlayPlan MakePlayPlan(const Recording& recording);
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,4 +1,4 @@
-#include "tools/performance.h"
+#include "scenario/playback.h"
 
 #include <stdlib.h>
 
@@ -8,15 +8,15 @@
 #include <stdexcept>
 #include <utility>
 
-#include "tools/battery_properties.h"
-#include "tools/commands.h"
-#include "tools/play_plan.h"
-#include "tools/player.h"
-#include "tools/recorder.h"
-#include "tools/sensor_properties.h"
-#include "tools/session.h"
+#include "cli/commands.h"
+#include "cli/session.h"
+#include "clients/battery_properties.h"
+#include "clients/sensor_properties.h"
+#include "recording/recorder.h"
+#include "scenario/play_plan.h"
+#include "scenario/player.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -68,8 +68,8 @@ void CheckRefusals(const Recording& recording, PlayedDevice& phone) {
 
 }  // namespace
 
-int Perform(const Recording& recording, const Announcement& announcement, const Options& options,
-            Output& output) {
+int PlayBack(const Recording& recording, const Announcement& announcement, const Options& options,
+             Output& output) {
   const PlayPlan plan = MakePlayPlan(recording);
   Witness witness;
   std::optional<Recorder> recorder;
@@ -108,4 +108,4 @@ int Perform(const Recording& recording, const Announcement& announcement, const 
   return success ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -3,11 +3,11 @@
 
 #include <string>
 
-#include "tools/options.h"
-#include "tools/output.h"
-#include "tools/recording.h"
+#include "cli/options.h"
+#include "output/output.h"
+#include "recording/recording.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 struct Announcement {
   std::string title;              // what the summary of a scenario calls it
@@ -16,7 +16,7 @@ struct Announcement {
 
 // Returns the program's exit code. Throws std::runtime_error before anything is played when the
 // recording cannot be.
-int Perform(const Recording& recording, const Announcement& announcement, const Options& options,
-            Output& output);
+int PlayBack(const Recording& recording, const Announcement& announcement, const Options& options,
+             Output& output);
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,4 +1,4 @@
-#include "tools/player.h"
+#include "scenario/player.h"
 
 #include <errno.h>
 #include <unistd.h>
@@ -7,11 +7,11 @@
 #include <chrono>
 #include <thread>
 
-#include "tools/commands.h"
-#include "tools/questions.h"
-#include "tools/subjects.h"
+#include "cli/commands.h"
+#include "clients/subjects.h"
+#include "scenario/questions.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -38,7 +38,7 @@ std::string InWords(Seconds seconds) {
 
 std::string InWords(const ClientCalled& called) {
   return called.property + " to be called with " +
-         tool::InWords(PropertyOf(called.property), called.value);
+         monitor::InWords(PropertyOf(called.property), called.value);
 }
 
 std::string InWords(const DeviceEvent& event) {
@@ -178,7 +178,7 @@ bool Player::Await(const ClientCalled& called, Seconds within) {
   if (wake == Wake::kStop) return false;
   return Fail("waited " + InWords(within) + " in vain for the client of " + InWords(called) +
               "; it last heard: " +
-              tool::InWords(PropertyOf(called.property), witness_.last(called.property)));
+              monitor::InWords(PropertyOf(called.property), witness_.last(called.property)));
 }
 
 bool Player::Await(const DeviceEvent& event, Seconds within) {
@@ -196,7 +196,7 @@ bool Player::Await(const Silence& silence, Seconds /*within*/) {
   if (wake == Wake::kTime) return true;
   if (wake == Wake::kStop) return false;
   return Fail("the client of " + call->property + " was called with " +
-              tool::InWords(PropertyOf(call->property), call->value) +
+              monitor::InWords(PropertyOf(call->property), call->value) +
               ", where no call was expected");
 }
 
@@ -240,4 +240,4 @@ bool Player::Fail(const std::string& what) {
   return false;
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -3,13 +3,13 @@
 
 #include <string>
 
-#include "tools/all_clients.h"
-#include "tools/play_plan.h"
-#include "tools/recorder.h"
-#include "tools/session.h"
-#include "tools/witness.h"
+#include "cli/session.h"
+#include "clients/all_clients.h"
+#include "recording/recorder.h"
+#include "scenario/play_plan.h"
+#include "scenario/witness.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // Threads: the main thread.
 class Player {
@@ -30,7 +30,7 @@ class Player {
   // `witness` hears of the session's events. `recorder`: null when nothing is written.
   Player(const Recording& recording, const PlayPlan& plan, Pace pace, Session& session,
          PlayedDevice& phone, Witness& witness, Recorder* recorder);
-  // Leaves the health service running, as BatteryLife does.
+  // Leaves the health service running, as BatteryScript does.
   ~Player();
   Player(const Player&) = delete;
   Player& operator=(const Player&) = delete;
@@ -89,4 +89,4 @@ class Player {
 // Whether it says what is to be expected.
 bool IsScenario(const Recording& recording);
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,13 +1,13 @@
-#include "tools/questions.h"
+#include "scenario/questions.h"
 
 #include <algorithm>
 #include <optional>
 #include <utility>
 #include <vector>
 
-#include "tools/subjects.h"
+#include "clients/subjects.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -65,7 +65,7 @@ std::string InWords(const std::vector<Reading>& readings) {
   for (const Reading& reading : readings) {
     const auto& [property, value] = reading;
     text += (&reading == readings.data() ? "" : ", ") + std::string(property.name) + " " +
-            tool::InWords(property, value);
+            monitor::InWords(property, value);
   }
   return text + ".";
 }
@@ -86,10 +86,11 @@ Answer Ask(const Question& question, AllClients& clients) {
     const Value& expected = question.answers[i].second;
     if (Matches(value, expected)) continue;
     answer.fault = "the client reads " + std::string(property.name) + " " +
-                   tool::InWords(property, value) + ", not " + tool::InWords(property, expected);
+                   monitor::InWords(property, value) + ", not " +
+                   monitor::InWords(property, expected);
     break;
   }
   return answer;
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

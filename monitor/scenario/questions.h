@@ -3,10 +3,10 @@
 
 #include <string>
 
-#include "tools/all_clients.h"
-#include "tools/recording.h"
+#include "clients/all_clients.h"
+#include "recording/recording.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 struct Answer {
   std::string text;   // for people; empty when there was none
@@ -15,4 +15,4 @@ struct Answer {
 
 Answer Ask(const Question& question, AllClients& clients);
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,14 +1,14 @@
-#include "tools/scenario_events.h"
+#include "scenario/scenario_events.h"
 
 #include <array>
 #include <limits>
 #include <utility>
 
-#include "tools/recording_events.h"
-#include "tools/subjects.h"
-#include "tools/thermal_properties.h"
+#include "clients/subjects.h"
+#include "clients/thermal_properties.h"
+#include "recording/recording_events.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -137,4 +137,4 @@ std::optional<RecordedWhat> ReadScenarioEvent(RecordingFields& fields) {
   return std::nullopt;
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -4,10 +4,10 @@
 #include <optional>
 #include <string>
 
-#include "tools/recording.h"
-#include "tools/recording_fields.h"
+#include "recording/recording.h"
+#include "recording/recording_fields.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // A family or one of its properties.
 std::string ReadSubject(RecordingFields& fields, const std::string& key);
@@ -15,4 +15,4 @@ std::string ReadSubject(RecordingFields& fields, const std::string& key);
 // Nothing for a line that is of another kind. Throws LineError.
 std::optional<RecordedWhat> ReadScenarioEvent(RecordingFields& fields);
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,6 +1,6 @@
-#include "tools/sensor_life.h"
+#include "scenario/sensor_script.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -8,7 +8,7 @@ using namespace std::chrono_literals;
 
 // Somebody opens the phone, takes a call and closes it. It ends where it began. The service never
 // dies: the library does not survive that.
-std::vector<Life::Step> Steps(SensorDriver& phone) {
+std::vector<DeviceScript::Step> Steps(SensorDriver& phone) {
   return {
       {700ms, [&] { phone.SetHingeAngle(30); }},  {300ms, [&] { phone.SetHingeAngle(60.5F); }},
       {300ms, [&] { phone.SetHingeAngle(90); }},  {300ms, [&] { phone.SetHingeAngle(134.9F); }},
@@ -20,6 +20,6 @@ std::vector<Life::Step> Steps(SensorDriver& phone) {
 
 }  // namespace
 
-SensorLife::SensorLife(SensorDriver& driver) : Life(Steps(driver)) {}
+SensorScript::SensorScript(SensorDriver& driver) : DeviceScript(Steps(driver)) {}
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

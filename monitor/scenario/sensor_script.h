@@ -1,14 +1,14 @@
 // What a folding phone's sensors go through.
 #pragma once
 
-#include "tools/device.h"
-#include "tools/life.h"
+#include "clients/device.h"
+#include "scenario/device_script.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
-class SensorLife : public Life {
+class SensorScript : public DeviceScript {
  public:
-  explicit SensorLife(SensorDriver& driver);
+  explicit SensorScript(SensorDriver& driver);
 };
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

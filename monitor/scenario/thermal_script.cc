@@ -1,6 +1,6 @@
-#include "tools/thermal_life.h"
+#include "scenario/thermal_script.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -9,7 +9,7 @@ using namespace std::chrono_literals;
 // A game heats the phone and strains its battery, and the thermal service crashes before all is
 // cool again. A new one is there at once: the library looks for it for a moment only. The phone
 // ends as it began.
-std::vector<Life::Step> Steps(ThermalDriver& phone) {
+std::vector<DeviceScript::Step> Steps(ThermalDriver& phone) {
   return {
       {700ms, [&] { phone.SetTemperature("cpu", 86, Severity::kLight); }},
       {500ms, [&] { phone.SetTemperature("skin", 36.5F, Severity::kLight); }},
@@ -37,6 +37,6 @@ std::vector<Life::Step> Steps(ThermalDriver& phone) {
 
 }  // namespace
 
-ThermalLife::ThermalLife(ThermalDriver& driver) : Life(Steps(driver)) {}
+ThermalScript::ThermalScript(ThermalDriver& driver) : DeviceScript(Steps(driver)) {}
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

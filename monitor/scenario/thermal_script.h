@@ -1,14 +1,14 @@
 // What a phone's temperatures go through.
 #pragma once
 
-#include "tools/device.h"
-#include "tools/life.h"
+#include "clients/device.h"
+#include "scenario/device_script.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
-class ThermalLife : public Life {
+class ThermalScript : public DeviceScript {
  public:
-  explicit ThermalLife(ThermalDriver& driver);
+  explicit ThermalScript(ThermalDriver& driver);
 };
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,10 +1,10 @@
-#include "tools/witness.h"
+#include "scenario/witness.h"
 
 #include <algorithm>
 
-#include "tools/subjects.h"
+#include "clients/subjects.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -82,4 +82,4 @@ Value Witness::last(const std::string& property) const {
   return found != last_.end() ? found->second : Value();
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

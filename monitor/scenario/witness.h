@@ -8,9 +8,9 @@
 #include <string>
 #include <string_view>
 
-#include "tools/recording.h"
+#include "recording/recording.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 // Each call of a client counts once, and the calls of one property in their order: one that is
 // expected leaves those behind that came before it, since calls may repeat a value or fold.
@@ -43,4 +43,4 @@ class Witness {
   std::list<DeviceEvent> seen_;  // registrations and refusals
 };
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -1,5 +1,5 @@
 # Completion of quorvel's command line for bash: source this, or install it as
-# /usr/share/bash-completion/completions/quorvel. tests/usage_test.py compares it with the help.
+# /usr/share/bash-completion/completions/quorvel. tests/monitor/usage_test.py compares it with the help.
 
 # The options of a command, or of all while there is none yet.
 _quorvel_options() {

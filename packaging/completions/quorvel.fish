@@ -1,4 +1,4 @@
-# Completion of quorvel's command line for fish. tests/usage_test.py compares it with the help.
+# Completion of quorvel's command line for fish. tests/monitor/usage_test.py compares it with the help.
 
 # Whether the command is one of those given, or still to come.
 function __quorvel_takes

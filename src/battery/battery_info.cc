@@ -267,10 +267,10 @@ void BatteryInfo::HealthServiceDied() {
 void BatteryInfo::HealthBinderDied(void* cookie) {
   if (cookie == nullptr) return;
   LiveObjects<BatteryInfo>::Shared().Visit(
-      cookie, [](BatteryInfo& battery_info) { battery_info.HandleDeathNotice(); });
+      cookie, [](BatteryInfo& battery_info) { battery_info.HandleDeathNotification(); });
 }
 
-void BatteryInfo::HandleDeathNotice() {
+void BatteryInfo::HandleDeathNotification() {
   std::lock_guard<std::mutex> lock(lock_);
   // A notice can be late: the service that died may be one that this object has replaced by now,
   // or one that an earlier object at this address was linked to. Forgetting the present service

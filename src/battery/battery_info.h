@@ -106,7 +106,7 @@ class BatteryInfo {
   void ForgetHealthService() QEL_REQUIRES(lock_);
   // For a call that the service's death has answered.
   void ForgetUnlinkedService() QEL_REQUIRES(lock_);
-  void HandleDeathNotice() QEL_EXCLUDES(lock_);
+  void HandleDeathNotification() QEL_EXCLUDES(lock_);
 
   // Reads without lock_, deliberately: a getter or a dump never waits for a call to the service.
   int32_t UnlockedValue(PropertyType type) const {

@@ -22,8 +22,8 @@ namespace norvik::qel::audio {
 // threads (UpdateTemperature); the own "thermal_callback" worker, on which clients are called.
 // Locks: lock_ comes after ThermalInfo's and AudioThermalChangedCallback's, before the worker's
 // own. Calls to the service are made with it held, calls to clients are not.
-// Life: Initialize(), the rest, Deinitialize(), StopCallbackThread(), the destructor. The last two
-// without a lock that a client can need, since a client may be running.
+// DeviceScript: Initialize(), the rest, Deinitialize(), StopCallbackThread(), the destructor. The
+// last two without a lock that a client can need, since a client may be running.
 class AudioThermalCallback {
  public:
   using IThermal = ::android::hardware::thermal::V2_0::IThermal;

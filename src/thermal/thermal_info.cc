@@ -187,10 +187,10 @@ void ThermalInfo::ThermalServiceDied() {
 void ThermalInfo::onThermalAidlBinderDied(void* cookie) {
   if (cookie == nullptr) return;
   LiveObjects<ThermalInfo>::Shared().Visit(
-      cookie, [](ThermalInfo& thermal_info) { thermal_info.HandleAidlDeathNotice(); });
+      cookie, [](ThermalInfo& thermal_info) { thermal_info.HandleAidlDeathNotification(); });
 }
 
-void ThermalInfo::HandleAidlDeathNotice() {
+void ThermalInfo::HandleAidlDeathNotification() {
   {
     std::lock_guard<std::mutex> lock(lock_);
     // The notice can be one for an earlier object at this address. Making the link anew then would

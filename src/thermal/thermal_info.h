@@ -138,7 +138,7 @@ class ThermalInfo {
   // True when there is such a service; `died` when it has refused the link because it is dead.
   bool ConnectToAidlService(bool& died) QEL_REQUIRES(lock_);
   bool ConnectToHidlService(bool& died) QEL_REQUIRES(lock_);
-  void HandleAidlDeathNotice() QEL_EXCLUDES(lock_);
+  void HandleAidlDeathNotification() QEL_EXCLUDES(lock_);
 
   // Takes `callback` out of service; what is left of it is to be stopped.
   void Leave(std::unique_ptr<AudioThermalCallback> callback) QEL_REQUIRES(lock_);

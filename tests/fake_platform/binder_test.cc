@@ -1,5 +1,5 @@
-// The rules of the stand-in that decide whether the other tests mean anything: who is remote, on
-// which thread a call runs, what a death does.
+// The rules of the fake platform that decide whether the other tests mean anything: who is remote,
+// on which thread a call runs, what a death does.
 #include <aidl/android/hardware/health/BnHealth.h>
 #include <aidl/android/hardware/health/BnHealthInfoCallback.h>
 #include <android/binder_manager.h>
@@ -16,15 +16,15 @@
 #include <utility>
 #include <vector>
 
-#include "devices/common/health_service.h"
-#include "devices/simulated/health.h"
-#include "devices/simulated/thermal.h"
-#include "standin/call_charge.h"
-#include "standin/deliveries.h"
-#include "standin/log_capture.h"
-#include "standin/service_manager.h"
-#include "standin/service_process.h"
-#include "tests/support/waiting.h"
+#include "quorvel/fake/call_latency.h"
+#include "quorvel/fake/deliveries.h"
+#include "quorvel/fake/log_capture.h"
+#include "quorvel/fake/service_manager.h"
+#include "quorvel/fake/service_process.h"
+#include "quorvel/services/health_service.h"
+#include "quorvel/simulated/health.h"
+#include "quorvel/simulated/thermal.h"
+#include "waiting.h"
 
 namespace norvik::qel {
 namespace {
@@ -33,12 +33,12 @@ using aidl::android::hardware::health::BnHealthInfoCallback;
 using aidl::android::hardware::health::HealthInfo;
 using aidl::android::hardware::health::IHealth;
 using aidl::android::hardware::health::IHealthInfoCallback;
-using devices::HealthOperation;
-using devices::kHealthInstance;
-using standin::Delivery;
-using standin::HoldDeliveries;
-using standin::LogLine;
-using standin::Outcome;
+using fake::Delivery;
+using fake::HoldDeliveries;
+using fake::LogLine;
+using fake::Outcome;
+using services::HealthOperation;
+using services::kHealthInstance;
 using testing::AllOf;
 using testing::Contains;
 using testing::ElementsAre;
@@ -61,14 +61,14 @@ class Callback : public BnHealthInfoCallback {
 class BinderTest : public testing::Test {
  protected:
   BinderTest() { health_.Start(); }
-  ~BinderTest() override { EXPECT_TRUE(standin::WaitUntilDelivered()); }
+  ~BinderTest() override { EXPECT_TRUE(fake::WaitUntilDelivered()); }
 
   static ndk::SpAIBinder LookUp() {
     return ndk::SpAIBinder(AServiceManager_checkService(kHealthInstance));
   }
   static std::shared_ptr<IHealth> Proxy() { return IHealth::fromBinder(LookUp()); }
 
-  standin::LogCapture log_;
+  fake::LogCapture log_;
   simulated::Health health_;
 };
 
@@ -87,8 +87,8 @@ TEST_F(BinderTest, AServiceOfAnotherProcessIsARemoteObject) {
 }
 
 TEST_F(BinderTest, AServiceOfTheSameProcessIsTheObjectItself) {
-  const auto service = ndk::SharedRefBase::make<devices::HealthService>(HealthInfo{});
-  const std::string instance = devices::HealthService::makeServiceName("own");
+  const auto service = ndk::SharedRefBase::make<services::HealthService>(HealthInfo{});
+  const std::string instance = services::HealthService::makeServiceName("own");
   ASSERT_EQ(AServiceManager_addService(service->asBinder().get(), instance.c_str()), EX_NONE);
   const ndk::SpAIBinder binder(AServiceManager_getService(instance.c_str()));
   EXPECT_FALSE(AIBinder_isRemote(binder.get()));
@@ -98,7 +98,7 @@ TEST_F(BinderTest, AServiceOfTheSameProcessIsTheObjectItself) {
 }
 
 TEST_F(BinderTest, LookUpsDistinguishDeclaredFromRunning) {
-  const standin::ShortGetServiceWait short_wait;
+  const fake::ShortGetServiceWait short_wait;
   EXPECT_TRUE(AServiceManager_isDeclared(kHealthInstance));
   health_.Kill();
   EXPECT_TRUE(AServiceManager_isDeclared(kHealthInstance));
@@ -133,7 +133,7 @@ TEST_F(BinderTest, LookUpsDistinguishDeclaredFromRunning) {
 
 TEST_F(BinderTest, GetServiceAsksAgainAndAgainForAServiceThatIsLate) {
   health_.Kill();
-  standin::SetGetServiceWait(std::chrono::milliseconds(1), 1'000'000);
+  fake::SetGetServiceWait(std::chrono::milliseconds(1), 1'000'000);
   Seen<bool> found;
   std::thread waiter([&] {
     found.Put(ndk::SpAIBinder(AServiceManager_getService(kHealthInstance)).get() != nullptr);
@@ -144,7 +144,7 @@ TEST_F(BinderTest, GetServiceAsksAgainAndAgainForAServiceThatIsLate) {
   health_.Start();
   EXPECT_EQ(found.Take(), true);
   waiter.join();
-  standin::SetGetServiceWait(std::chrono::seconds(1), 5);
+  fake::SetGetServiceWait(std::chrono::seconds(1), 5);
   const auto line = [](int priority, const auto& text) {
     return AllOf(Field(&LogLine::priority, priority), Field(&LogLine::text, text));
   };
@@ -203,7 +203,7 @@ TEST_F(BinderTest, ANullInterfaceArrivesAndIsTheServicesToRefuse) {
 
 TEST_F(BinderTest, TheDefaultImplementationAnswersWhatTheServiceDoesNotKnow) {
   const auto stand_by =
-      ndk::SharedRefBase::make<devices::HealthService>(HealthInfo{.batteryLevel = 12});
+      ndk::SharedRefBase::make<services::HealthService>(HealthInfo{.batteryLevel = 12});
   EXPECT_TRUE(IHealth::setDefaultImpl(stand_by));
   EXPECT_FALSE(IHealth::setDefaultImpl(nullptr));
   EXPECT_EQ(IHealth::getDefaultImpl(), stand_by);
@@ -237,10 +237,10 @@ TEST_F(BinderTest, BindersKnowTheirClassAndTheirData) {
   EXPECT_EQ(AIBinder_getUserData(nullptr), nullptr);
 }
 
-TEST_F(BinderTest, AChargedCallOfEitherKindTakesAtLeastItsCharge) {
+TEST_F(BinderTest, ACallOfEitherKindTakesAtLeastTheSimulatedLatency) {
   using HidlThermal = android::hardware::thermal::V2_0::IThermal;
   using simulated::ThermalPath;
-  constexpr std::chrono::milliseconds kCharge(20);
+  constexpr std::chrono::milliseconds kLatency(20);
   simulated::Thermal thermal;
   thermal.Declare(ThermalPath::kHidl);
   thermal.Start(ThermalPath::kHidl);
@@ -253,16 +253,16 @@ TEST_F(BinderTest, AChargedCallOfEitherKindTakesAtLeastItsCharge) {
     return std::chrono::steady_clock::now() - begin;
   };
   int32_t capacity = 0;
-  const standin::CallCharge charge(kCharge);
-  EXPECT_GE(duration_of([&] { return aidl->getCapacity(&capacity); }), kCharge);
+  const fake::CallLatency latency(kLatency);
+  EXPECT_GE(duration_of([&] { return aidl->getCapacity(&capacity); }), kLatency);
   EXPECT_EQ(capacity, 50) << "and is made";
-  EXPECT_GE(duration_of([&] { return hidl->ping(); }), kCharge);
+  EXPECT_GE(duration_of([&] { return hidl->ping(); }), kLatency);
 }
 
 TEST_F(BinderTest, ADeathAnswersCallsUnderWayAndLaterOnes) {
   const std::shared_ptr<IHealth> proxy = Proxy();
   const ndk::SpAIBinder never_asked = LookUp();
-  auto gate = std::make_shared<standin::Gate>();
+  auto gate = std::make_shared<fake::Gate>();
   health_.on(HealthOperation::kGetCapacity).Then(Outcome::After(gate));
   int32_t capacity = -7;
   ndk::ScopedAStatus status;
@@ -319,7 +319,7 @@ TEST_F(BinderTest, TheServiceKeepsACallbackUntilItIsWithdrawnOrTheServiceDies) {
     ASSERT_TRUE(proxy->registerCallback(callback).isOk());
     ASSERT_TRUE(proxy->registerCallback(callback).isOk());
     EXPECT_EQ(health_.callback_count(), 2u) << "duplicates are kept";
-    ASSERT_TRUE(standin::WaitUntilDelivered());
+    ASSERT_TRUE(fake::WaitUntilDelivered());
     if (dies) {
       callback.reset();
       EXPECT_FALSE(kept.expired());
@@ -396,7 +396,7 @@ TEST(SharedRefBaseTest, LivesInSharedPointersOnly) {
 struct Counter {
   std::atomic<int> died{0};
   std::atomic<int> unlinked{0};
-  standin::Gate* gate = nullptr;
+  fake::Gate* gate = nullptr;
 
   static void OnDied(void* cookie) {
     auto* self = static_cast<Counter*>(cookie);
@@ -406,9 +406,11 @@ struct Counter {
   static void OnUnlinked(void* cookie) { ++static_cast<Counter*>(cookie)->unlinked; }
 };
 
-class DeathNoticeTest : public BinderTest {
+class DeathNotificationTest : public BinderTest {
  protected:
-  DeathNoticeTest() { AIBinder_DeathRecipient_setOnUnlinked(recipient(), Counter::OnUnlinked); }
+  DeathNotificationTest() {
+    AIBinder_DeathRecipient_setOnUnlinked(recipient(), Counter::OnUnlinked);
+  }
 
   AIBinder_DeathRecipient* recipient() { return recipient_.get(); }
   binder_status_t Link(Counter& counter) {
@@ -419,14 +421,14 @@ class DeathNoticeTest : public BinderTest {
   }
   void KillAndTell() {
     health_.Kill();
-    ASSERT_TRUE(standin::WaitUntilDelivered());
+    ASSERT_TRUE(fake::WaitUntilDelivered());
   }
 
   ndk::SpAIBinder binder_ = LookUp();
   ndk::ScopedAIBinder_DeathRecipient recipient_{AIBinder_DeathRecipient_new(Counter::OnDied)};
 };
 
-TEST_F(DeathNoticeTest, EachLinkIsToldOnce) {
+TEST_F(DeathNotificationTest, EachLinkIsToldOnce) {
   Counter once;
   Counter twice;
   ASSERT_EQ(Link(once), STATUS_OK);
@@ -444,7 +446,7 @@ TEST_F(DeathNoticeTest, EachLinkIsToldOnce) {
   EXPECT_EQ(once.unlinked, 2) << "a link call that fails gives the cookie back, too";
 }
 
-TEST_F(DeathNoticeTest, ALinkThatIsUndoneTellsNobody) {
+TEST_F(DeathNotificationTest, ALinkThatIsUndoneTellsNobody) {
   Counter counter;
   Counter stranger;
   ASSERT_EQ(Link(counter), STATUS_OK);
@@ -456,7 +458,7 @@ TEST_F(DeathNoticeTest, ALinkThatIsUndoneTellsNobody) {
   EXPECT_EQ(counter.unlinked, 1);
 }
 
-TEST_F(DeathNoticeTest, DeletingTheRecipientEndsItsLinksSilently) {
+TEST_F(DeathNotificationTest, DeletingTheRecipientEndsItsLinksSilently) {
   Counter counter;
   ASSERT_EQ(Link(counter), STATUS_OK);
   recipient_.set(nullptr);
@@ -465,7 +467,7 @@ TEST_F(DeathNoticeTest, DeletingTheRecipientEndsItsLinksSilently) {
   EXPECT_EQ(counter.died, 0);
 }
 
-TEST_F(DeathNoticeTest, DroppingTheProxyEndsItsLinksSilently) {
+TEST_F(DeathNotificationTest, DroppingTheProxyEndsItsLinksSilently) {
   Counter counter;
   ASSERT_EQ(Link(counter), STATUS_OK);
   binder_.set(nullptr);
@@ -474,8 +476,8 @@ TEST_F(DeathNoticeTest, DroppingTheProxyEndsItsLinksSilently) {
   EXPECT_EQ(counter.died, 0);
 }
 
-TEST_F(DeathNoticeTest, UnlinkingDoesNotWaitForANoticeThatRuns) {
-  standin::Gate gate;
+TEST_F(DeathNotificationTest, UnlinkingDoesNotWaitForANoticeThatRuns) {
+  fake::Gate gate;
   Counter counter;
   counter.gate = &gate;
   ASSERT_EQ(Link(counter), STATUS_OK);
@@ -487,21 +489,21 @@ TEST_F(DeathNoticeTest, UnlinkingDoesNotWaitForANoticeThatRuns) {
   binder_.set(nullptr);
   EXPECT_EQ(counter.unlinked, 0) << "the notice still has the cookie";
   gate.Open();
-  ASSERT_TRUE(standin::WaitUntilDelivered());
+  ASSERT_TRUE(fake::WaitUntilDelivered());
   EXPECT_EQ(counter.died, 1);
   EXPECT_EQ(counter.unlinked, 1);
 }
 
-TEST_F(DeathNoticeTest, ALinkToAServiceWhoseDeathNobodyHasNoticedIsTold) {
+TEST_F(DeathNotificationTest, ALinkToAServiceWhoseDeathNobodyHasNoticedIsTold) {
   health_.Kill();
   Counter counter;
   EXPECT_EQ(Link(counter), STATUS_OK);
-  ASSERT_TRUE(standin::WaitUntilDelivered());
+  ASSERT_TRUE(fake::WaitUntilDelivered());
   EXPECT_EQ(counter.died, 1);
 }
 
-TEST_F(DeathNoticeTest, RecipientsOfOneProxyAreToldOneAfterAnother) {
-  standin::Gate gate;
+TEST_F(DeathNotificationTest, RecipientsOfOneProxyAreToldOneAfterAnother) {
+  fake::Gate gate;
   Counter first;
   Counter second;
   first.gate = &gate;
@@ -512,13 +514,13 @@ TEST_F(DeathNoticeTest, RecipientsOfOneProxyAreToldOneAfterAnother) {
   EXPECT_EQ(second.died, 0);
   EXPECT_EQ(Unlink(second), STATUS_DEAD_OBJECT) << "delivery has begun for the proxy";
   gate.Open();
-  ASSERT_TRUE(standin::WaitUntilDelivered());
+  ASSERT_TRUE(fake::WaitUntilDelivered());
   EXPECT_EQ(first.died, 1);
   EXPECT_EQ(second.died, 0) << "its notice had not started";
   EXPECT_EQ(second.unlinked, 1);
 }
 
-TEST_F(DeathNoticeTest, QueuedReportsComeAfterTheNoticeAndBeforeTheSuccessors) {
+TEST_F(DeathNotificationTest, QueuedReportsComeAfterTheNoticeAndBeforeTheSuccessors) {
   constexpr int kNotice = -1;
   const auto callback = ndk::SharedRefBase::make<Callback>();
   Seen<int>& order = callback->levels;
@@ -528,7 +530,7 @@ TEST_F(DeathNoticeTest, QueuedReportsComeAfterTheNoticeAndBeforeTheSuccessors) {
   ASSERT_TRUE(Proxy()->registerCallback(callback).isOk());
   ASSERT_EQ(order.Take(), 50);
   ASSERT_EQ(AIBinder_linkToDeath(binder_.get(), recipient.get(), &order), STATUS_OK);
-  HoldDeliveries notices(Delivery::kDeathNotice);
+  HoldDeliveries notices(Delivery::kDeathNotification);
   {
     HoldDeliveries reports(Delivery::kOneway);
     for (const int level : {1, 2, 3}) health_.SetLevel(level);
@@ -548,7 +550,7 @@ TEST_F(DeathNoticeTest, QueuedReportsComeAfterTheNoticeAndBeforeTheSuccessors) {
   }
 }
 
-TEST_F(DeathNoticeTest, QueuedReportsDoNotWaitForANoticeThatIsNotGiven) {
+TEST_F(DeathNotificationTest, QueuedReportsDoNotWaitForANoticeThatIsNotGiven) {
   const auto callback = ndk::SharedRefBase::make<Callback>();
   ASSERT_TRUE(Proxy()->registerCallback(callback).isOk());
   ASSERT_EQ(callback->levels.Take(), 50);
@@ -569,7 +571,7 @@ TEST_F(DeathNoticeTest, QueuedReportsDoNotWaitForANoticeThatIsNotGiven) {
   EXPECT_EQ(dropped.died, 0);
 }
 
-TEST_F(DeathNoticeTest, NullsAndMissingHooks) {
+TEST_F(DeathNotificationTest, NullsAndMissingHooks) {
   Counter counter;
   EXPECT_EQ(AIBinder_DeathRecipient_new(nullptr), nullptr);
   EXPECT_EQ(AIBinder_linkToDeath(nullptr, recipient(), &counter), STATUS_UNEXPECTED_NULL);
@@ -583,7 +585,7 @@ TEST_F(DeathNoticeTest, NullsAndMissingHooks) {
 }
 
 TEST(ScriptTest, AnEndedServiceTakesNothingThatIsMeantForItsSuccessor) {
-  standin::Script script;
+  fake::Script script;
   script.Then({.status = STATUS_UNKNOWN_ERROR});
   std::atomic<bool> ended{true};
   EXPECT_EQ(script.Next(&ended).status, STATUS_DEAD_OBJECT);

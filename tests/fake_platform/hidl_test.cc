@@ -1,4 +1,4 @@
-// The rules of HIDL in the stand-in: look-ups, proxies, threads, deaths.
+// The rules of HIDL in the fake platform: look-ups, proxies, threads, deaths.
 #include <android/binder_process.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -11,12 +11,12 @@
 #include <utility>
 #include <vector>
 
-#include "devices/simulated/thermal.h"
-#include "standin/deliveries.h"
-#include "standin/hidl_service_manager.h"
-#include "standin/service_process.h"
-#include "tests/support/thermal_doubles.h"
-#include "tests/support/waiting.h"
+#include "quorvel/fake/deliveries.h"
+#include "quorvel/fake/hidl_service_manager.h"
+#include "quorvel/fake/service_process.h"
+#include "quorvel/simulated/thermal.h"
+#include "thermal_doubles.h"
+#include "waiting.h"
 
 namespace norvik::qel {
 namespace {
@@ -30,12 +30,12 @@ using android::hardware::interfacesEqual;
 using android::hardware::Return;
 using android::hardware::Void;
 using android::hidl::base::V1_0::IBase;
-using devices::HidlThermalOperation;
-using devices::HidlThermalService;
+using fake::Delivery;
+using fake::HoldDeliveries;
+using fake::Outcome;
+using services::HidlThermalOperation;
+using services::HidlThermalService;
 using simulated::ThermalPath;
-using standin::Delivery;
-using standin::HoldDeliveries;
-using standin::Outcome;
 using testing::SizeIs;
 
 constexpr V2_0::TemperatureType kAnyType = V2_0::TemperatureType::UNKNOWN;
@@ -46,7 +46,7 @@ class HidlTest : public testing::Test {
     thermal_.Declare(ThermalPath::kHidl);
     thermal_.Start(ThermalPath::kHidl);
   }
-  ~HidlTest() override { EXPECT_TRUE(standin::WaitUntilDelivered()); }
+  ~HidlTest() override { EXPECT_TRUE(fake::WaitUntilDelivered()); }
 
   static sp<V2_0::IThermal> LookUp() { return V2_0::IThermal::tryGetService("default", false); }
   // Registers for all types; what the service says.
@@ -64,7 +64,7 @@ class HidlTest : public testing::Test {
     return answer;
   }
   void Kill() { thermal_.Kill(ThermalPath::kHidl); }
-  standin::Script& on(HidlThermalOperation operation) { return thermal_.on(operation); }
+  fake::Script& on(HidlThermalOperation operation) { return thermal_.on(operation); }
 
   simulated::Thermal thermal_;
 };
@@ -94,9 +94,9 @@ TEST_F(HidlTest, ALookUpGivesANewProxyEachTime) {
 
 TEST_F(HidlTest, ADerivedServiceIsFoundUnderItsBaseWhenThatIsDeclared) {
   EXPECT_EQ(V1_0::IThermal::tryGetService(), nullptr);
-  standin::DeclareHidl("android.hardware.thermal@1.0::IThermal/default");
+  fake::DeclareHidl("android.hardware.thermal@1.0::IThermal/default");
   const sp<V1_0::IThermal> base = V1_0::IThermal::tryGetService();
-  standin::UndeclareHidl("android.hardware.thermal@1.0::IThermal/default");
+  fake::UndeclareHidl("android.hardware.thermal@1.0::IThermal/default");
   ASSERT_NE(base, nullptr);
   EXPECT_TRUE(interfacesEqual(base, LookUp()));
   HidlAnswer answer;
@@ -112,11 +112,11 @@ TEST_F(HidlTest, ADerivedServiceIsFoundUnderItsBaseWhenThatIsDeclared) {
 TEST_F(HidlTest, ALookUpFindsNothing) {
   EXPECT_EQ(V2_0::IThermal::tryGetService("other"), nullptr);
   EXPECT_EQ(V2_0::IThermal::tryGetService(/*getStub=*/true), nullptr);
-  standin::TryGetHidlServiceScript().Then({.status = STATUS_PERMISSION_DENIED});
+  fake::TryGetHidlServiceScript().Then({.status = STATUS_PERMISSION_DENIED});
   EXPECT_EQ(LookUp(), nullptr);
   EXPECT_NE(LookUp(), nullptr);
   {
-    const standin::NoHidlServiceManager absent;
+    const fake::NoHidlServiceManager absent;
     EXPECT_EQ(LookUp(), nullptr);
     EXPECT_EQ(V2_0::IThermal::getService(), nullptr);
   }
@@ -130,10 +130,10 @@ TEST_F(HidlTest, ALookUpFindsNothing) {
 
 TEST_F(HidlTest, GetServiceWaitsForAServiceThatIsLate) {
   Kill();
-  const int calls = standin::GetHidlServiceScript().calls();
+  const int calls = fake::GetHidlServiceScript().calls();
   Seen<bool> found;
   std::thread waiter([&] { found.Put(V2_0::IThermal::getService() != nullptr); });
-  ASSERT_TRUE(standin::GetHidlServiceScript().WaitForCalls(calls + 1));
+  ASSERT_TRUE(fake::GetHidlServiceScript().WaitForCalls(calls + 1));
   thermal_.Start(ThermalPath::kHidl);
   EXPECT_EQ(found.Take(), true);
   waiter.join();
@@ -146,22 +146,22 @@ struct Recipient : hidl_death_recipient {
     told.Put(cookie);
     last_who = who;
   }
-  std::shared_ptr<standin::Gate> gate;
+  std::shared_ptr<fake::Gate> gate;
   Seen<uint64_t> told;
   std::string thread;
   wp<IBase> last_who;
 };
 
 TEST_F(HidlTest, AServiceOfTheSameProcessIsTheObjectItself) {
-  const auto service = sp<HidlThermalService>::make(devices::ThermalData{});
+  const auto service = sp<HidlThermalService>::make(services::ThermalData{});
   {
-    const standin::NoHidlServiceManager absent;
+    const fake::NoHidlServiceManager absent;
     EXPECT_NE(service->registerAsService("own"), android::OK);
   }
   ASSERT_EQ(service->registerAsService("own"), android::OK);
-  standin::DeclareHidl("android.hardware.thermal@2.0::IThermal/own");
+  fake::DeclareHidl("android.hardware.thermal@2.0::IThermal/own");
   const sp<V2_0::IThermal> found = V2_0::IThermal::tryGetService("own");
-  standin::UndeclareHidl("android.hardware.thermal@2.0::IThermal/own");
+  fake::UndeclareHidl("android.hardware.thermal@2.0::IThermal/own");
   EXPECT_EQ(found, sp<V2_0::IThermal>(service));
   EXPECT_FALSE(found->isRemote());
   EXPECT_FALSE(interfacesEqual(found, LookUp()));
@@ -211,7 +211,7 @@ TEST_F(HidlTest, ACallRunsInTheServiceAndItsAnswerInTheCaller) {
 
 TEST_F(HidlTest, ADeathFailsCallsUnderWayAndLaterOnes) {
   const sp<V2_0::IThermal> service = LookUp();
-  auto gate = std::make_shared<standin::Gate>();
+  auto gate = std::make_shared<fake::Gate>();
   on(HidlThermalOperation::kGetCurrentTemperatures).Then(Outcome::After(gate));
   std::vector<V2_0::Temperature> temperatures;
   HidlAnswer answer;
@@ -292,7 +292,7 @@ class RudeService : public HidlThermalService {
 
 TEST_F(HidlTest, AServiceHasToAnswerOnce) {
   const auto call = [](int answers) {
-    standin::ServiceProcess process("rude");
+    fake::ServiceProcess process("rude");
     ASSERT_TRUE(process.AddHidlService(sp<RudeService>::make(answers)));
     const Return<void> result = LookUp()->getCpuUsages([](const auto&, const auto&) {});
     EXPECT_TRUE(result.isOk());
@@ -306,7 +306,7 @@ class HidlDeathTest : public HidlTest {
  protected:
   void KillAndTell() {
     Kill();
-    ASSERT_TRUE(standin::WaitUntilDelivered());
+    ASSERT_TRUE(fake::WaitUntilDelivered());
   }
 
   sp<V2_0::IThermal> service_ = LookUp();
@@ -355,7 +355,7 @@ TEST_F(HidlDeathTest, ALinkThatIsUndoneOrRefusedTellsNobody) {
   ASSERT_TRUE(service_->linkToDeath(recipient_, 1));
   EXPECT_TRUE(service_->unlinkToDeath(recipient_));
   EXPECT_FALSE(service_->unlinkToDeath(recipient_));
-  standin::HidlLinkToDeathScript().Then({.status = STATUS_UNKNOWN_ERROR});
+  fake::HidlLinkToDeathScript().Then({.status = STATUS_UNKNOWN_ERROR});
   const Return<bool> refused = service_->linkToDeath(recipient_, 2);
   EXPECT_TRUE(refused.isOk()) << "no failure of the transport";
   EXPECT_FALSE(refused);
@@ -373,7 +373,7 @@ TEST_F(HidlDeathTest, ALinkToAServiceWhoseDeathNobodyHasNoticedIsTold) {
 }
 
 TEST_F(HidlDeathTest, NobodyWaitsForANoticeThatRuns) {
-  recipient_->gate = std::make_shared<standin::Gate>();
+  recipient_->gate = std::make_shared<fake::Gate>();
   ASSERT_TRUE(service_->linkToDeath(recipient_, 1));
   Kill();
   ASSERT_TRUE(recipient_->gate->WaitForArrivals());
@@ -387,7 +387,7 @@ TEST_F(HidlDeathTest, QueuedNotificationsComeAfterTheNoticeAndBeforeTheSuccessor
   const auto callback = sp<HidlThermalCallback>::make();
   ASSERT_FALSE(Register(service_, callback).failed());
   ASSERT_TRUE(service_->linkToDeath(recipient_, 1));
-  HoldDeliveries notices(Delivery::kDeathNotice);
+  HoldDeliveries notices(Delivery::kDeathNotification);
   {
     HoldDeliveries reports(Delivery::kOneway);
     for (const float value : {1, 2}) thermal_.Notify({.value = value});
@@ -398,7 +398,7 @@ TEST_F(HidlDeathTest, QueuedNotificationsComeAfterTheNoticeAndBeforeTheSuccessor
     ASSERT_FALSE(Register(LookUp(), callback).failed());
     thermal_.Notify({.value = 3});
   }
-  recipient_->gate = std::make_shared<standin::Gate>();
+  recipient_->gate = std::make_shared<fake::Gate>();
   notices.Release();
   ASSERT_TRUE(recipient_->gate->WaitForArrivals());
   EXPECT_TRUE(callback->heard.empty()) << "the notice has not returned";

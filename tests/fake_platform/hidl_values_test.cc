@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-#include "standin/log_capture.h"
+#include "quorvel/fake/log_capture.h"
 
 namespace norvik::qel {
 namespace {
@@ -91,7 +91,7 @@ TEST(RefBaseTest, APromotionAndTheLastReleaseNeverMeet) {
 TEST(RefBaseTest, MisuseIsNoticed) {
   Counts counts;
   {
-    const standin::LogCapture log;
+    const fake::LogCapture log;
     { Counted never_held(counts); }
     EXPECT_EQ(log.Lines("RefBase").size(), 1u);
   }

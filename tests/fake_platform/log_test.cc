@@ -1,4 +1,4 @@
-// The log, statuses and texts of the stand-in.
+// The log, statuses and texts of the fake platform.
 #include <aidl/android/hardware/health/HealthInfo.h>
 #include <android/binder_auto_utils.h>
 #include <android/binder_enums.h>
@@ -9,13 +9,13 @@
 #include <cerrno>
 #include <string>
 
-#include "standin/log_capture.h"
+#include "quorvel/fake/log_capture.h"
 
 namespace norvik::qel {
 namespace {
 
-using standin::LogCapture;
-using standin::LogLine;
+using fake::LogCapture;
+using fake::LogLine;
 using testing::ElementsAre;
 
 TEST(LogTest, GoesToTheLoggerWithTagPriorityAndText) {

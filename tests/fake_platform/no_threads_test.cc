@@ -5,9 +5,9 @@
 
 #include <cstdlib>
 
-#include "devices/simulated/sensor_hub.h"
-#include "devices/simulated/thermal.h"
-#include "tests/support/battery_fixture.h"
+#include "battery_fixture.h"
+#include "quorvel/simulated/sensor_hub.h"
+#include "quorvel/simulated/thermal.h"
 
 namespace norvik::qel {
 namespace {
@@ -65,7 +65,7 @@ TEST(NoBinderThreadsTest, NothingArrivesBeforeTheThreadPoolIsStarted) {
   health.Kill();
   health.SetLevel(9);
   health.Start();
-  EXPECT_FALSE(standin::WaitUntilDelivered(std::chrono::milliseconds(20)));
+  EXPECT_FALSE(fake::WaitUntilDelivered(std::chrono::milliseconds(20)));
   EXPECT_TRUE(IsLinked(handle)) << "the death is not heard of";
 
   // A second object with something to hear: it need not wait for the first.
@@ -73,11 +73,11 @@ TEST(NoBinderThreadsTest, NothingArrivesBeforeTheThreadPoolIsStarted) {
   InitBatteryInfo(&other);
   ASSERT_EQ(RegisterBatteryLevelCallback(other, Client<1>, &seen), 0);
   {
-    standin::HoldDeliveries hold(standin::Delivery::kOneway);
+    fake::HoldDeliveries hold(fake::Delivery::kOneway);
     ABinderProcess_startThreadPool();
     EXPECT_TRUE(hold.WaitForHeld(2));
   }
-  EXPECT_TRUE(standin::WaitUntilDelivered());
+  EXPECT_TRUE(fake::WaitUntilDelivered());
   EXPECT_TRUE(Eventually([&] { return GetBatteryLevel(handle, true) == 9; }));
   DeinitBatteryInfo(&other);
   DeinitBatteryInfo(&handle);

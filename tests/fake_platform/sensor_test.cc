@@ -1,4 +1,4 @@
-// The stand-in's looper and sensors behave as the library for vendor code does.
+// The fake platform's looper and sensors behave as the library for vendor code does.
 #include <android/binder_process.h>
 #include <android/looper.h>
 #include <android/sensor.h>
@@ -12,11 +12,11 @@
 #include <thread>
 #include <vector>
 
-#include "devices/simulated/sensor_hub.h"
-#include "standin/deliveries.h"
-#include "standin/log_capture.h"
-#include "standin/sensor_functions.h"
-#include "tests/support/waiting.h"
+#include "quorvel/fake/deliveries.h"
+#include "quorvel/fake/log_capture.h"
+#include "quorvel/fake/sensor_functions.h"
+#include "quorvel/simulated/sensor_hub.h"
+#include "waiting.h"
 
 namespace norvik::qel {
 namespace {
@@ -59,9 +59,9 @@ TEST(PlatformLooperTest, AThreadThatPreparedNothingMayWaitAndOneOfSeveralIsWoken
   Drain();
   std::vector<std::future<int>> polls;
   for (int i = 0; i < 2; ++i) polls.push_back(std::async(std::launch::async, Poll, -1));
-  ASSERT_TRUE(Eventually([] { return standin::LooperWaiters() == 2; }));
+  ASSERT_TRUE(Eventually([] { return fake::LooperWaiters() == 2; }));
   ALooper_wake(ALooper_forThread());
-  ASSERT_TRUE(Eventually([] { return standin::LooperWaiters() == 1; }));
+  ASSERT_TRUE(Eventually([] { return fake::LooperWaiters() == 1; }));
   ALooper_wake(ALooper_forThread());
   for (auto& poll : polls) EXPECT_EQ(poll.get(), ALOOPER_POLL_WAKE);
 }
@@ -90,7 +90,7 @@ class PlatformSensorTest : public testing::Test {
   }
   void Report(float value) {
     hub_.Report(ASENSOR_TYPE_PROXIMITY, value);
-    ASSERT_TRUE(standin::WaitUntilDelivered());
+    ASSERT_TRUE(fake::WaitUntilDelivered());
   }
 
   simulated::SensorHub hub_;
@@ -130,7 +130,7 @@ TEST_F(PlatformSensorTest, EventsAreKeptInOrderUntilTheyAreRead) {
   ASensorEventQueue* const queue = MakeQueue();
   Report(1);  // the sensor is not enabled on the queue
   ASSERT_EQ(ASensorEventQueue_registerSensor(queue, sensor_, 1000, 0), 0);
-  ASSERT_TRUE(standin::WaitUntilDelivered());
+  ASSERT_TRUE(fake::WaitUntilDelivered());
   EXPECT_THAT(Read(queue), ElementsAre(1));  // its latest reading
   EXPECT_EQ(ASensorEventQueue_hasEvents(queue), 0);
   EXPECT_THAT(Read(queue), ElementsAre());
@@ -141,11 +141,11 @@ TEST_F(PlatformSensorTest, EventsAreKeptInOrderUntilTheyAreRead) {
   ASensorEvent extra = {};
   extra.type = ASENSOR_TYPE_ADDITIONAL_INFO;
   hub_.SendUnasked({extra});
-  ASSERT_TRUE(standin::WaitUntilDelivered());
+  ASSERT_TRUE(fake::WaitUntilDelivered());
   EXPECT_EQ(ASensorEventQueue_hasEvents(queue), 0);
   ASensorEventQueue_requestAdditionalInfoEvents(queue, true);
   hub_.SendUnasked({extra});
-  ASSERT_TRUE(standin::WaitUntilDelivered());
+  ASSERT_TRUE(fake::WaitUntilDelivered());
   EXPECT_EQ(ASensorEventQueue_hasEvents(queue), 1);
   EXPECT_EQ(ASensorManager_destroyEventQueue(manager_, queue), 0);
 }
@@ -166,7 +166,7 @@ TEST_F(PlatformSensorTest, OnePollTakesTheNewsOfAllQueuesAndLeavesTheWake) {
   ASensorEvent brought = {};
   brought.type = ASENSOR_TYPE_LIGHT;
   brought.data[0] = 7;
-  standin::BringSensorEvents({brought});
+  fake::BringSensorEvents({brought});
   EXPECT_EQ(Poll(0), ALOOPER_POLL_CALLBACK);
   for (ASensorEventQueue* queue : queues) EXPECT_THAT(Read(queue), ElementsAre(7));
   // The news of a queue that is gone wake nobody.
@@ -236,8 +236,8 @@ TEST(PlatformSensorServiceTest, TheManagerIsWaitedForAndGoesWithTheService) {
   simulated::SensorHub hub;
   hub.Add(ASENSOR_TYPE_LIGHT, "light");
   hub.Start();
-  const standin::LogCapture log;
-  standin::LinkToDeathScript().Then({.status = STATUS_UNKNOWN_ERROR});
+  const fake::LogCapture log;
+  fake::LinkToDeathScript().Then({.status = STATUS_UNKNOWN_ERROR});
   EXPECT_EQ(ASensorManager_getInstance(), nullptr);
   EXPECT_EQ(ASensorManager_getSensorList(ASensorManager_getInstance(), nullptr), 1);
 }

@@ -9,10 +9,10 @@
 #include <string>
 #include <vector>
 
-#include "devices/simulated/thermal.h"
-#include "standin/deliveries.h"
-#include "tests/support/thermal_doubles.h"
-#include "tests/support/waiting.h"
+#include "quorvel/fake/deliveries.h"
+#include "quorvel/simulated/thermal.h"
+#include "thermal_doubles.h"
+#include "waiting.h"
 
 namespace norvik::qel {
 namespace {
@@ -27,15 +27,15 @@ using aidl::android::hardware::thermal::TemperatureThreshold;
 using aidl::android::hardware::thermal::TemperatureType;
 using aidl::android::hardware::thermal::ThrottlingSeverity;
 using android::sp;
-using devices::DeviceEvent;
-using devices::ThermalOperation;
+using fake::Outcome;
+using services::ServiceEvent;
+using services::ThermalOperation;
 using simulated::ThermalPath;
-using standin::Outcome;
 using testing::SizeIs;
 
 std::shared_ptr<IThermal> LookUpAidl() {
   return IThermal::fromBinder(
-      ndk::SpAIBinder(AServiceManager_checkService(devices::kThermalInstance)));
+      ndk::SpAIBinder(AServiceManager_checkService(services::kThermalInstance)));
 }
 sp<V2_0::IThermal> LookUpHidl() {
   return V2_0::IThermal::tryGetService();
@@ -48,12 +48,12 @@ class ThermalTest : public testing::Test {
     thermal_.Start(ThermalPath::kAidl);
     thermal_.Start(ThermalPath::kHidl);
   }
-  ~ThermalTest() override { EXPECT_TRUE(standin::WaitUntilDelivered()); }
+  ~ThermalTest() override { EXPECT_TRUE(fake::WaitUntilDelivered()); }
 
-  Seen<DeviceEvent> events_;
-  Seen<DeviceEvent> reports_;
-  simulated::Thermal thermal_{[this](const DeviceEvent& event) {
-    (event.kind == DeviceEvent::Kind::kReported ? reports_ : events_).Put(event);
+  Seen<ServiceEvent> events_;
+  Seen<ServiceEvent> reports_;
+  simulated::Thermal thermal_{[this](const ServiceEvent& event) {
+    (event.kind == ServiceEvent::Kind::kReported ? reports_ : events_).Put(event);
   }};
 };
 
@@ -119,7 +119,7 @@ TEST_F(ThermalTest, AidlCallbacksHearOfTheirTypeOnABinderThread) {
   EXPECT_TRUE(service->unregisterThermalChangedCallback(skin).isOk());
   thermal_.SetSeverity("skin", ThrottlingSeverity::NONE);
   EXPECT_EQ(all->heard.Take()->temperature.name, "skin");
-  EXPECT_TRUE(standin::WaitUntilDelivered());
+  EXPECT_TRUE(fake::WaitUntilDelivered());
   EXPECT_TRUE(skin->heard.empty());
 }
 
@@ -237,7 +237,7 @@ TEST_F(ThermalTest, EitherServiceDiesAndReturnsForItself) {
   std::vector<Temperature> temperatures;
   EXPECT_EQ(service->getTemperatures(&temperatures).getStatus(), STATUS_DEAD_OBJECT);
   EXPECT_EQ(LookUpAidl(), nullptr);
-  EXPECT_TRUE(AServiceManager_isDeclared(devices::kThermalInstance));
+  EXPECT_TRUE(AServiceManager_isDeclared(services::kThermalInstance));
   EXPECT_TRUE(LookUpHidl()->ping().isOk()) << "the other one lives";
   thermal_.SetTemperature("cpu", 77);
   thermal_.Start(ThermalPath::kAidl);
@@ -250,7 +250,7 @@ TEST_F(ThermalTest, EitherServiceDiesAndReturnsForItself) {
 }
 
 TEST_F(ThermalTest, TheObserverHearsOfBothServices) {
-  const auto expect = [&](DeviceEvent::Kind kind, const std::string& service,
+  const auto expect = [&](ServiceEvent::Kind kind, const std::string& service,
                           const std::string& detail = {}) {
     const auto event = events_.Take();
     ASSERT_TRUE(event.has_value());
@@ -258,23 +258,23 @@ TEST_F(ThermalTest, TheObserverHearsOfBothServices) {
     EXPECT_EQ(event->service, service);
     EXPECT_EQ(event->detail, detail);
   };
-  expect(DeviceEvent::Kind::kStarted, "thermal");
-  expect(DeviceEvent::Kind::kStarted, "thermal (HIDL)");
+  expect(ServiceEvent::Kind::kStarted, "thermal");
+  expect(ServiceEvent::Kind::kStarted, "thermal (HIDL)");
   const auto callback = sp<HidlThermalCallback>::make();
   HidlAnswer answer;
   const sp<V2_0::IThermal> hidl = LookUpHidl();
   ASSERT_TRUE(hidl->registerThermalChangedCallback(callback, false, {}, answer.Take()).isOk());
-  expect(DeviceEvent::Kind::kRegistered, "thermal (HIDL)");
+  expect(ServiceEvent::Kind::kRegistered, "thermal (HIDL)");
   ASSERT_TRUE(hidl->registerThermalChangedCallback(callback, false, {}, answer.Take()).isOk());
-  expect(DeviceEvent::Kind::kRefused, "thermal (HIDL)",
+  expect(ServiceEvent::Kind::kRefused, "thermal (HIDL)",
          "registerThermalChangedCallback: the callback is registered already");
   thermal_.on(ThermalOperation::kGetTemperatures).Then({.status = STATUS_FAILED_TRANSACTION});
   std::vector<Temperature> temperatures;
   EXPECT_FALSE(LookUpAidl()->getTemperatures(&temperatures).isOk());
-  expect(DeviceEvent::Kind::kRefused, "thermal",
+  expect(ServiceEvent::Kind::kRefused, "thermal",
          "getTemperatures: Status(-129, EX_TRANSACTION_FAILED): 'FAILED_TRANSACTION: '");
   thermal_.Kill(ThermalPath::kAidl);
-  expect(DeviceEvent::Kind::kDied, "thermal");
+  expect(ServiceEvent::Kind::kDied, "thermal");
 }
 
 TEST_F(ThermalTest, TheObserverHearsOnceOfEveryChangeAndOfTheStateAtTheStart) {
@@ -311,8 +311,8 @@ TEST_F(ThermalTest, TheObserverHearsOnceOfEveryChangeAndOfTheStateAtTheStart) {
   });
   const auto event = reports_.Take();
   ASSERT_TRUE(event.has_value());
-  ASSERT_TRUE(std::holds_alternative<devices::TemperatureGone>(event->report));
-  EXPECT_EQ(std::get<devices::TemperatureGone>(event->report).name, "cpu");
+  ASSERT_TRUE(std::holds_alternative<services::TemperatureGone>(event->report));
+  EXPECT_EQ(std::get<services::TemperatureGone>(event->report).name, "cpu");
 }
 
 TEST_F(ThermalTest, WhatThrottledAndHasGoneIsReleased) {
@@ -325,7 +325,7 @@ TEST_F(ThermalTest, WhatThrottledAndHasGoneIsReleased) {
   EXPECT_EQ(released.name, "cpu");
   EXPECT_EQ(released.throttlingStatus, ThrottlingSeverity::NONE);
   EXPECT_TRUE(std::isnan(released.value));
-  EXPECT_TRUE(standin::WaitUntilDelivered());
+  EXPECT_TRUE(fake::WaitUntilDelivered());
   EXPECT_TRUE(aidl->heard.empty()) << "for what did not throttle there is nothing to say";
 }
 

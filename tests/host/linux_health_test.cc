@@ -1,5 +1,5 @@
 // The Linux machine's battery and chargers, on device trees made up for each test.
-#include "devices/linux/health.h"
+#include "quorvel/linux_machine/health.h"
 
 #include <aidl/android/hardware/health/BnHealthInfoCallback.h>
 #include <android/binder_manager.h>
@@ -13,12 +13,12 @@
 #include <string_view>
 #include <vector>
 
-#include "devices/linux/device_files.h"
-#include "devices/linux/power_supplies.h"
+#include "device_files.h"
+#include "linux_machine.h"
+#include "power_supplies.h"
 #include "quorvel.h"
-#include "standin/deliveries.h"
-#include "tests/support/linux_machine.h"
-#include "tests/support/waiting.h"
+#include "quorvel/fake/deliveries.h"
+#include "waiting.h"
 
 namespace norvik::qel {
 namespace {
@@ -48,7 +48,7 @@ class LinuxHealthTest : public testing::Test {
   void TearDown() override {
     DeinitBatteryInfo(&handle_);
     health_.Stop();
-    EXPECT_TRUE(standin::WaitUntilDelivered());
+    EXPECT_TRUE(fake::WaitUntilDelivered());
   }
 
   static void Hear(int value, void* cookie) { static_cast<Seen<int>*>(cookie)->Put(value); }
@@ -71,13 +71,13 @@ class LinuxHealthTest : public testing::Test {
 
   static std::shared_ptr<IHealth> Service() {
     return IHealth::fromBinder(
-        ndk::SpAIBinder(AServiceManager_checkService(devices::kHealthInstance)));
+        ndk::SpAIBinder(AServiceManager_checkService(services::kHealthInstance)));
   }
 
   std::unique_ptr<Machine> machine_;
   NoticeListener notices_;
   Seen<int> levels_, cycles_, wireless_, dock_;
-  linux_device::Health health_{notices_.observer()};
+  linux_machine::Health health_{notices_.observer()};
   void* handle_ = nullptr;
   int markers_ = 0;
 };
@@ -189,7 +189,7 @@ TEST_F(LinuxHealthTest, AnEventWithoutAChangeIsNotReported) {
   ASSERT_EQ(listener->levels.Take(), 73);
   machine_->Announce("BAT0");
   EXPECT_THAT(Notices(), IsEmpty());  // the event has been heard by now
-  ASSERT_TRUE(standin::WaitUntilDelivered());
+  ASSERT_TRUE(fake::WaitUntilDelivered());
   EXPECT_TRUE(listener->levels.empty());
   machine_->Change("BAT0", "capacity", "72\n");
   EXPECT_EQ(listener->levels.Take(), 72);
@@ -306,10 +306,10 @@ TEST_F(LinuxHealthTest, ASupplyThatVanishesBeforeItIsReadIsNone) {
   machine_->Add("BAT0", kGoodBattery);
   machine_->Add("BAT1", With(kGoodBattery, {{"capacity", "21\n"}}));
   std::vector<std::string> listed;
-  ASSERT_EQ(linux_device::ListDevices("power_supply", &listed), 0);
+  ASSERT_EQ(linux_machine::ListDevices("power_supply", &listed), 0);
   ASSERT_EQ(listed.size(), 2u);
   machine_->Vanish("BAT0");
-  const linux_device::PowerReading reading = linux_device::ReadPowerSupplies(listed);
+  const linux_machine::PowerReading reading = linux_machine::ReadPowerSupplies(listed);
   ASSERT_TRUE(reading.battery);
   EXPECT_EQ(reading.battery->level_percent, 21) << "the next one stands in";
   ASSERT_EQ(reading.faults.size(), 1u);
@@ -426,10 +426,10 @@ TEST_F(LinuxHealthTest, ClientsOutliveAStopAndHearOfTheNextStart) {
   health_.Start();
   RegisterAll();
   ASSERT_EQ(levels_.Take(), 73);
-  EXPECT_TRUE(AServiceManager_isDeclared(devices::kHealthInstance));
+  EXPECT_TRUE(AServiceManager_isDeclared(services::kHealthInstance));
 
   health_.Stop();
-  EXPECT_FALSE(AServiceManager_isDeclared(devices::kHealthInstance));
+  EXPECT_FALSE(AServiceManager_isDeclared(services::kHealthInstance));
   EXPECT_EQ(GetBatteryLevel(handle_, /*use_cached=*/false), -EAGAIN);
   machine_->Change("BAT0", "capacity", "60\n");  // nobody listens
 
@@ -478,7 +478,7 @@ TEST_F(LinuxHealthTest, SuppliesThatComeAndGoWhileManyAskEndInTheLastState) {
   }
   GetBatteryLevel(handle_, /*use_cached=*/false);  // has the machine read once more
   // Reports of earlier states may still be on their way, in order; the last one tells the end.
-  ASSERT_TRUE(standin::WaitUntilDelivered());
+  ASSERT_TRUE(fake::WaitUntilDelivered());
   EXPECT_EQ(GetBatteryLevel(handle_, /*use_cached=*/true), 73);
   EXPECT_EQ(GetBatteryLevel(handle_, /*use_cached=*/false), 73);
   EXPECT_EQ(health_.info().batteryStatus, BatteryStatus::DISCHARGING);

@@ -10,14 +10,14 @@
 #include <string>
 #include <vector>
 
-#include "devices/linux/device_files.h"
-#include "devices/linux/iio_channels.h"
-#include "devices/linux/sensors.h"
+#include "clients.h"
+#include "device_files.h"
+#include "iio_channels.h"
+#include "linux_machine.h"
 #include "quorvel.h"
-#include "standin/deliveries.h"
-#include "tests/support/clients.h"
-#include "tests/support/linux_machine.h"
-#include "tests/support/waiting.h"
+#include "quorvel/fake/deliveries.h"
+#include "quorvel/linux_machine/sensors.h"
+#include "waiting.h"
 
 namespace norvik::qel {
 namespace {
@@ -88,8 +88,8 @@ class LinuxSensorTest : public testing::Test {
   std::unique_ptr<Machine> machine_;
   NoticeListener notices_;
   Seen<Call> proximity_, hinge_;
-  linux_device::Sensors sensors_{
-      notices_.observer(), linux_device::SensorSettings{.period = std::chrono::milliseconds(2)}};
+  linux_machine::Sensors sensors_{
+      notices_.observer(), linux_machine::SensorSettings{.period = std::chrono::milliseconds(2)}};
   void* handle_ = nullptr;
   int marker_ = 9000;
 };
@@ -147,14 +147,14 @@ TEST_P(LinuxChannelTest, IsFoundAndMeasuredOrDoesNotCount) {
   Machine machine("iio");
   machine.Add("iio:device0", GetParam().files);
   std::vector<std::string> listed;
-  ASSERT_EQ(linux_device::ListDevices("iio", &listed), 0);
-  linux_device::FoundChannels found = linux_device::FindChannels(listed);
-  std::vector<linux_device::Fault>& faults = found.faults;
+  ASSERT_EQ(linux_machine::ListDevices("iio", &listed), 0);
+  linux_machine::FoundChannels found = linux_machine::FindChannels(listed);
+  std::vector<linux_machine::Fault>& faults = found.faults;
   EXPECT_EQ(found.proximity ? Measure(*found.proximity, &faults) : std::nullopt,
             GetParam().proximity);
   EXPECT_EQ(found.hinge ? Measure(*found.hinge, &faults) : std::nullopt, GetParam().hinge);
   std::vector<std::string> told;
-  for (const linux_device::Fault& fault : faults) {
+  for (const linux_machine::Fault& fault : faults) {
     EXPECT_EQ(fault.device, "iio:device0");
     told.push_back(fault.file + ": " + fault.what);
   }
@@ -309,16 +309,16 @@ TEST_F(LinuxSensorTest, ASensorThatVanishesBeforeItIsMeasuredTellsNothing) {
   machine_->Add("iio:device0", kRangefinder);
   machine_->Add("iio:device1", With(kRangefinder, {{"name", "second\n"}}));
   std::vector<std::string> listed;
-  ASSERT_EQ(linux_device::ListDevices("iio", &listed), 0);
-  const auto first = linux_device::FindChannels(listed).proximity;
+  ASSERT_EQ(linux_machine::ListDevices("iio", &listed), 0);
+  const auto first = linux_machine::FindChannels(listed).proximity;
   ASSERT_TRUE(first);
   EXPECT_EQ(first->name, "tof");
   machine_->Vanish("iio:device0");
-  std::vector<linux_device::Fault> faults;
+  std::vector<linux_machine::Fault> faults;
   EXPECT_EQ(Measure(*first, &faults), std::nullopt);
   ASSERT_EQ(faults.size(), 1u);
   EXPECT_EQ(faults[0].what, "vanished while it was read");
-  const linux_device::FoundChannels found = linux_device::FindChannels(listed);
+  const linux_machine::FoundChannels found = linux_machine::FindChannels(listed);
   ASSERT_TRUE(found.proximity);
   EXPECT_EQ(found.proximity->name, "second");
 }

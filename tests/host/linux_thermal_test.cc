@@ -1,5 +1,5 @@
 // The Linux machine's temperatures, on device trees made up for each test.
-#include "devices/linux/thermal.h"
+#include "quorvel/linux_machine/thermal.h"
 
 #include <aidl/android/hardware/thermal/BnCoolingDeviceChangedCallback.h>
 #include <aidl/android/hardware/thermal/IThermal.h>
@@ -21,15 +21,15 @@
 #include <string>
 #include <vector>
 
-#include "devices/linux/device_files.h"
-#include "devices/linux/thermal_devices.h"
-#include "devices/linux/thermal_types.h"
-#include "devices/linux/throttling.h"
+#include "clients.h"
+#include "device_files.h"
+#include "linux_machine.h"
 #include "quorvel.h"
-#include "standin/deliveries.h"
-#include "tests/support/clients.h"
-#include "tests/support/linux_machine.h"
-#include "tests/support/waiting.h"
+#include "quorvel/fake/deliveries.h"
+#include "thermal_devices.h"
+#include "thermal_types.h"
+#include "throttling.h"
+#include "waiting.h"
 
 namespace norvik::qel {
 namespace {
@@ -40,10 +40,10 @@ using aidl::android::hardware::thermal::CoolingType;
 using aidl::android::hardware::thermal::IThermal;
 using aidl::android::hardware::thermal::TemperatureType;
 using aidl::android::hardware::thermal::ThrottlingSeverity;
-using linux_device::ThermalTypes;
-using linux_device::ThermalZone;
-using linux_device::TripPoint;
-using linux_device::TripType;
+using linux_machine::ThermalTypes;
+using linux_machine::ThermalZone;
+using linux_machine::TripPoint;
+using linux_machine::TripType;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -77,13 +77,13 @@ class LinuxThermalTest : public testing::Test {
   void TearDown() override {
     DeinitThermalInfo(&handle_);
     if (thermal_ != nullptr) thermal_->Stop();
-    EXPECT_TRUE(standin::WaitUntilDelivered());
+    EXPECT_TRUE(fake::WaitUntilDelivered());
   }
 
   void Start(const std::string& types_file = "") {
-    thermal_ = std::make_unique<linux_device::Thermal>(
-        notices_.observer(), linux_device::ThermalSettings{.types_file = types_file,
-                                                           .period = std::chrono::milliseconds(2)});
+    thermal_ = std::make_unique<linux_machine::Thermal>(
+        notices_.observer(), linux_machine::ThermalSettings{
+                                 .types_file = types_file, .period = std::chrono::milliseconds(2)});
     thermal_->Start();
   }
 
@@ -127,7 +127,7 @@ class LinuxThermalTest : public testing::Test {
   std::unique_ptr<Machine> machine_;
   NoticeListener notices_;
   Seen<Call> seen_;
-  std::unique_ptr<linux_device::Thermal> thermal_;
+  std::unique_ptr<linux_machine::Thermal> thermal_;
   void* handle_ = nullptr;
   int marker_ = 9000;
 };
@@ -144,7 +144,7 @@ TEST_F(LinuxThermalTest, ALaptopIsServedInTheUnitsOfTheService) {
   EXPECT_EQ(Read("acpitz"), -1.25f);
   EXPECT_EQ(Read("acpit"), std::nullopt);
 
-  const devices::ThermalData data = thermal_->data();
+  const services::ThermalData data = thermal_->data();
   ASSERT_EQ(data.temperatures.size(), 2u);
   EXPECT_EQ(data.temperatures[0].type, TemperatureType::UNKNOWN);
   EXPECT_EQ(data.temperatures[1].type, TemperatureType::CPU);
@@ -262,7 +262,7 @@ TEST_F(LinuxThermalTest, CoolingDevicesAreReadForWhoListensToThemAlone) {
                 {{"type", "pwm-fan\n"}, {"cur_state", "0\n"}, {"max_state", "4\n"}});
   Start();
   const auto service = IThermal::fromBinder(
-      ndk::SpAIBinder(AServiceManager_checkService(devices::kThermalInstance)));
+      ndk::SpAIBinder(AServiceManager_checkService(services::kThermalInstance)));
   ASSERT_NE(service, nullptr);
   const auto listener = ndk::SharedRefBase::make<CoolingListener>();
   ASSERT_TRUE(
@@ -388,10 +388,10 @@ TEST_F(LinuxThermalTest, AZoneThatVanishesBeforeItIsReadIsNone) {
   machine_->Add("thermal_zone0", kProcessorZone);
   machine_->Add("thermal_zone1", {{"type", "good\n"}, {"temp", "20000\n"}});
   std::vector<std::string> listed;
-  ASSERT_EQ(linux_device::ListDevices("thermal", &listed), 0);
+  ASSERT_EQ(linux_machine::ListDevices("thermal", &listed), 0);
   ASSERT_EQ(listed.size(), 2u);
   machine_->Vanish("thermal_zone0");
-  const linux_device::ThermalReading reading = linux_device::ReadThermalDevices(listed);
+  const linux_machine::ThermalReading reading = linux_machine::ReadThermalDevices(listed);
   ASSERT_EQ(reading.zones.size(), 1u);
   EXPECT_EQ(reading.zones[0].type, "good");
   ASSERT_EQ(reading.faults.size(), 1u);
@@ -405,8 +405,8 @@ TEST_F(LinuxThermalTest, AServiceThatWasStoppedServesAgainAndLeavesNothingOpen) 
   ASSERT_EQ(NextSeverity(), 0);
   ASSERT_EQ(DeregisterThermalCallback(handle_, 1), 0);
   thermal_->Stop();
-  ASSERT_TRUE(standin::WaitUntilDelivered());  // the library knows
-  EXPECT_FALSE(AServiceManager_isDeclared(devices::kThermalInstance));
+  ASSERT_TRUE(fake::WaitUntilDelivered());  // the library knows
+  EXPECT_FALSE(AServiceManager_isDeclared(services::kThermalInstance));
   EXPECT_EQ(Read("x86_pkg_temp"), std::nullopt);
   thermal_->Start();
   ASSERT_EQ(Register("CPU", "x86_pkg_temp"), 0);
@@ -543,7 +543,7 @@ TEST_F(LinuxThermalTypesTest, AFileComesBeforeTheTables) {
                "temperature CPU x86_pkg_temp\n"  // comes too late
                "cooling COMPONENT Proc[eu]ssor"));
   EXPECT_EQ(Register("SKIN", "acpitz"), 0);
-  const devices::ThermalData data = thermal_->data();
+  const services::ThermalData data = thermal_->data();
   ASSERT_EQ(data.temperatures.size(), 3u);
   EXPECT_EQ(data.temperatures[1].type, TemperatureType::AMBIENT);
   EXPECT_EQ(data.temperatures[2].type, TemperatureType::UNKNOWN);

@@ -9,12 +9,12 @@
 #include <tuple>
 #include <vector>
 
-#include "tests/support/battery_fixture.h"
+#include "battery_fixture.h"
 
 namespace norvik::qel {
 namespace {
 
-using devices::HealthOperation;
+using services::HealthOperation;
 using testing::ElementsAre;
 using testing::IsSupersetOf;
 
@@ -56,7 +56,7 @@ TEST_F(BatteryInfoTest, TheFirstClientLinksAndHearsTheValueTheServiceReports) {
             "  Wireless Charger Is Online = 0 (clients:0)\n"
             "  Dock Charger Is Online = 1 (clients:0)\n");
   const auto debug = [](const char* text) {
-    return standin::LogLine{.priority = ANDROID_LOG_DEBUG, .tag = "audio_hw_battery", .text = text};
+    return fake::LogLine{.priority = ANDROID_LOG_DEBUG, .tag = "audio_hw_battery", .text = text};
   };
   EXPECT_THAT(log_.Lines(),
               ElementsAre(debug("UpdateProperty: update Battery Level from -1 to 55"),
@@ -104,15 +104,15 @@ TEST_F(BatteryInfoTest, UnchangedValuesCallNobodyAndLogNothing) {
   ASSERT_EQ(seen_.Take(), (Call{1, 10}));
   log_.Clear();
   health_.SetLevel(50);
-  ASSERT_TRUE(standin::WaitUntilDelivered());
+  ASSERT_TRUE(fake::WaitUntilDelivered());
   EXPECT_TRUE(BatteryLog().empty());
   health_.SetCycleCount(11);
   EXPECT_EQ(seen_.Take(), (Call{1, 11}));  // a call for the level would stand before it
 }
 
 TEST_F(BatteryInfoTest, ChangesDuringADispatchFoldIntoOneCallWithTheLatestValue) {
-  static standin::Gate* gate;
-  standin::Gate the_gate;
+  static fake::Gate* gate;
+  fake::Gate the_gate;
   gate = &the_gate;
   const auto slow_client = [](int, void*) { gate->Pass(); };
   ASSERT_EQ(RegisterWirelessChargerIsOnlineCallback(handle_, slow_client, nullptr), 0);
@@ -121,7 +121,7 @@ TEST_F(BatteryInfoTest, ChangesDuringADispatchFoldIntoOneCallWithTheLatestValue)
   health_.SetLevel(49);
   health_.SetLevel(48);
   health_.SetCycleCount(11);
-  ASSERT_TRUE(standin::WaitUntilDelivered()) << "a slow client never keeps the service waiting";
+  ASSERT_TRUE(fake::WaitUntilDelivered()) << "a slow client never keeps the service waiting";
   EXPECT_EQ(GetBatteryLevel(handle_, true), 48);
   the_gate.Open();
   EXPECT_EQ(seen_.Take(), (Call{0, 48}));
@@ -189,7 +189,7 @@ struct Leaver {
 };
 
 TEST_F(BatteryInfoTest, TheLastClientsMayLeaveInsideACall) {
-  const standin::ShortGetServiceWait short_wait;
+  const fake::ShortGetServiceWait short_wait;
   // Without a service at first, so that both are there before either is called.
   health_.Kill();
   health_.Undeclare();
@@ -249,25 +249,24 @@ TEST_F(BatteryInfoTest, AFreshQueryRefreshesAllValuesButCallsNobody) {
 
   // The first client links, and hears nothing of a value that the report only repeats.
   ASSERT_EQ(RegisterBatteryLevelCallback(handle_, Client<0>, &seen_), 0);
-  ASSERT_TRUE(standin::WaitUntilDelivered());
+  ASSERT_TRUE(fake::WaitUntilDelivered());
   EXPECT_TRUE(seen_.empty());
   {
-    standin::HoldDeliveries hold(standin::Delivery::kOneway);
+    fake::HoldDeliveries hold(fake::Delivery::kOneway);
     health_.SetLevel(49);
     EXPECT_EQ(GetBatteryLevel(handle_, false), 49);
   }
-  ASSERT_TRUE(standin::WaitUntilDelivered());  // the same value again: no reason for a dispatch
+  ASSERT_TRUE(fake::WaitUntilDelivered());  // the same value again: no reason for a dispatch
   health_.SetCycleCount(11);
   EXPECT_EQ(seen_.Take(), (Call{0, 49})) << "told together with the next change";
 }
 
 TEST_F(BatteryInfoTest, AFreshQueryThatFailsSaysSoAndKeepsTheValues) {
   RegisterAndHearLevel();
-  health_.on(HealthOperation::kGetHealthInfo)
-      .Then(standin::Outcome::ServiceSpecific(2 /* unknown */));
+  health_.on(HealthOperation::kGetHealthInfo).Then(fake::Outcome::ServiceSpecific(2 /* unknown */));
   log_.Clear();
   EXPECT_EQ(GetBatteryLevel(handle_, false), -EAGAIN);
-  EXPECT_THAT(log_.Lines(), ElementsAre(standin::LogLine{
+  EXPECT_THAT(log_.Lines(), ElementsAre(fake::LogLine{
                                 .priority = ANDROID_LOG_WARN,
                                 .tag = "audio_hw_battery",
                                 .text = "GetInfoFromHealthService: Unable to get healthInfo"}));
@@ -284,8 +283,8 @@ TEST_F(BatteryInfoTest, AFreshQueryThatFailsSaysSoAndKeepsTheValues) {
 
 TEST_F(BatteryInfoTest, CachedValuesAndDumpsNeverWaitForTheService) {
   RegisterAndHearLevel();
-  auto gate = std::make_shared<standin::Gate>();
-  health_.on(HealthOperation::kGetHealthInfo).Then(standin::Outcome::After(gate));
+  auto gate = std::make_shared<fake::Gate>();
+  health_.on(HealthOperation::kGetHealthInfo).Then(fake::Outcome::After(gate));
   std::thread asker([this] { EXPECT_EQ(GetBatteryLevel(handle_, false), 50); });
   ASSERT_TRUE(gate->WaitForArrivals());  // the handle's lock is held inside the call
   EXPECT_EQ(GetBatteryLevel(handle_, true), 50);

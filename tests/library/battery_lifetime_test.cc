@@ -16,22 +16,22 @@
 #include <thread>
 #include <vector>
 
-#include "standin/service_manager.h"
-#include "tests/support/battery_fixture.h"
-#include "tests/support/environment.h"
-#include "tests/support/process_state.h"
+#include "battery_fixture.h"
+#include "environment.h"
+#include "process_state.h"
+#include "quorvel/fake/service_manager.h"
 
 namespace norvik::qel {
 namespace {
 
-using devices::HealthOperation;
-using standin::Delivery;
-using standin::HoldDeliveries;
+using fake::Delivery;
+using fake::HoldDeliveries;
+using services::HealthOperation;
 
 using BatteryLifetimeTest = BatteryFixture;
 
-// The threads of the library in this process, by their names. (The stand-in for the platform makes
-// and keeps binder threads as it needs them.)
+// The threads of the library in this process, by their names. (The fake platform for the platform
+// makes and keeps binder threads as it needs them.)
 int LibraryThreads() {
   return ThreadsNamed({"battery_reconnect", "battery_callback"});
 }
@@ -44,13 +44,13 @@ size_t ResidentBytes() {
   return pages * static_cast<size_t>(sysconf(_SC_PAGESIZE));
 }
 
-TEST_F(BatteryLifetimeTest, AHandleMayGoWhileItsDeathNoticeIsAboutToRun) {
+TEST_F(BatteryLifetimeTest, AHandleMayGoWhileItsDeathNotificationIsAboutToRun) {
   for (int round = 0; round < 50; ++round) {
     void* handle = nullptr;
     InitBatteryInfo(&handle);
     ASSERT_EQ(RegisterBatteryLevelCallback(handle, Client<0>, &seen_), 0);
     ASSERT_TRUE(seen_.Take());
-    HoldDeliveries hold(Delivery::kDeathNotice);
+    HoldDeliveries hold(Delivery::kDeathNotification);
     health_.Kill();
     ASSERT_TRUE(hold.WaitForHeld());
     DeinitBatteryInfo(&handle);
@@ -62,7 +62,7 @@ TEST_F(BatteryLifetimeTest, AHandleMayGoWhileItsDeathNoticeIsAboutToRun) {
     ASSERT_TRUE(seen_.Take());
     log_.Clear();
     hold.Release();
-    ASSERT_TRUE(standin::WaitUntilDelivered());
+    ASSERT_TRUE(fake::WaitUntilDelivered());
     ASSERT_TRUE(IsLinked(successor));
     ASSERT_EQ(log_.Count("ReconnectToHealthService"), 0);
     ASSERT_EQ(health_.callback_count(), 1u);
@@ -82,8 +82,8 @@ struct Stranger {
   }
 };
 
-TEST_F(BatteryLifetimeTest, AHandleMayGoInsideSomebodyElsesDeathNotice) {
-  const ndk::SpAIBinder service(AServiceManager_checkService(devices::kHealthInstance));
+TEST_F(BatteryLifetimeTest, AHandleMayGoInsideSomebodyElsesDeathNotification) {
+  const ndk::SpAIBinder service(AServiceManager_checkService(services::kHealthInstance));
   void* handle = nullptr;
   InitBatteryInfo(&handle);
   Stranger stranger = {.handle = &handle};
@@ -91,9 +91,9 @@ TEST_F(BatteryLifetimeTest, AHandleMayGoInsideSomebodyElsesDeathNotice) {
   ASSERT_EQ(AIBinder_linkToDeath(service.get(), recipient.get(), &stranger), STATUS_OK);
   ASSERT_EQ(RegisterBatteryLevelCallback(handle, Client<0>, &seen_), 0);
   ASSERT_TRUE(seen_.Take());
-  const standin::ShortGetServiceWait short_wait;
+  const fake::ShortGetServiceWait short_wait;
   health_.Kill();
-  ASSERT_TRUE(standin::WaitUntilDelivered());
+  ASSERT_TRUE(fake::WaitUntilDelivered());
   EXPECT_TRUE(stranger.told);
   EXPECT_EQ(handle, nullptr);
   health_.Start();
@@ -106,12 +106,12 @@ TEST_F(BatteryLifetimeTest, AReportThatComesTooLateTouchesNothing) {
   ASSERT_TRUE(hold.WaitForHeld());
   DeinitBatteryInfo(&handle_);
   hold.Release();
-  ASSERT_TRUE(standin::WaitUntilDelivered());
+  ASSERT_TRUE(fake::WaitUntilDelivered());
   EXPECT_TRUE(seen_.empty());
 }
 
 TEST_F(BatteryLifetimeTest, NobodyIsCalledAfterDeinitHasReturned) {
-  const standin::ShortGetServiceWait short_wait;
+  const fake::ShortGetServiceWait short_wait;
   std::atomic<bool> stop{false};
   std::counting_semaphore<> bursts{0};
   std::thread battery([&] {
@@ -144,7 +144,7 @@ TEST_F(BatteryLifetimeTest, NobodyIsCalledAfterDeinitHasReturned) {
 // Clients that come and go on two threads, questions and dumps on two more, while the values change
 // and the service dies now and then.
 TEST_F(BatteryLifetimeTest, OneHandleServesManyThreads) {
-  const standin::ShortGetServiceWait short_wait;
+  const fake::ShortGetServiceWait short_wait;
   constexpr int kRounds = kSanitized ? 100 : 500;
   std::atomic<int> heard{0};
   const auto count = [](int, void* cookie) { ++*static_cast<std::atomic<int>*>(cookie); };
@@ -178,7 +178,7 @@ TEST_F(BatteryLifetimeTest, OneHandleServesManyThreads) {
   for (std::thread& thread : threads) thread.join();
   // A link may have been made for a client that has left meanwhile; the next one stands all the
   // same, and its client hears of a change.
-  ASSERT_TRUE(standin::WaitUntilDelivered());
+  ASSERT_TRUE(fake::WaitUntilDelivered());
   ASSERT_EQ(RegisterBatteryLevelCallback(handle_, Client<0>, &seen_), 0);
   ASSERT_TRUE(Eventually([this] { return IsLinked(handle_); }));
   health_.SetLevel(101);
@@ -191,7 +191,7 @@ TEST_F(BatteryLifetimeTest, OneHandleServesManyThreads) {
 }
 
 TEST_F(BatteryLifetimeTest, ADeathStormEndsWithEveryRegistrationRestored) {
-  const standin::ShortGetServiceWait short_wait;
+  const fake::ShortGetServiceWait short_wait;
   RegisterAndHearLevel();
   const int rounds = kSanitized ? 100 : 500;
   for (int round = 0; round < rounds; ++round) {
@@ -200,7 +200,7 @@ TEST_F(BatteryLifetimeTest, ADeathStormEndsWithEveryRegistrationRestored) {
   }
   health_.SetLevel(7);
   EXPECT_TRUE(Eventually([this] {
-    return IsLinked(handle_) && health_.callback_count() == 1 && standin::WaitUntilDelivered() &&
+    return IsLinked(handle_) && health_.callback_count() == 1 && fake::WaitUntilDelivered() &&
            IsLinked(handle_);
   }));
   EXPECT_EQ(GetBatteryLevel(handle_, true), 7);

@@ -9,16 +9,16 @@
 #include <thread>
 #include <vector>
 
-#include "standin/service_manager.h"
-#include "tests/support/battery_fixture.h"
+#include "battery_fixture.h"
+#include "quorvel/fake/service_manager.h"
 
 namespace norvik::qel {
 namespace {
 
-using devices::HealthOperation;
-using standin::Delivery;
-using standin::HoldDeliveries;
-using standin::Outcome;
+using fake::Delivery;
+using fake::HoldDeliveries;
+using fake::Outcome;
+using services::HealthOperation;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -41,7 +41,7 @@ class BatteryLinkTest : public BatteryFixture {
 };
 
 TEST_F(BatteryLinkTest, AnUndeclaredServiceIsPassedOverSilentlyAndFoundLater) {
-  const standin::ShortGetServiceWait short_wait;  // for an attempt between Declare() and Start()
+  const fake::ShortGetServiceWait short_wait;  // for an attempt between Declare() and Start()
   health_.Kill();
   health_.Undeclare();
   ASSERT_EQ(RegisterBatteryLevelCallback(handle_, Client<0>, &seen_), 0);
@@ -59,7 +59,7 @@ TEST_F(BatteryLinkTest, AnUndeclaredServiceIsPassedOverSilentlyAndFoundLater) {
 }
 
 TEST_F(BatteryLinkTest, ADeclaredServiceThatDoesNotRunIsFoundLater) {
-  const standin::ShortGetServiceWait short_wait;
+  const fake::ShortGetServiceWait short_wait;
   health_.Kill();
   ASSERT_EQ(RegisterBatteryLevelCallback(handle_, Client<0>, &seen_), 0);
   EXPECT_EQ(Warnings().at(0), "IsHealthServiceReady: Unable to AIDL health service");
@@ -82,8 +82,8 @@ TEST_F(BatteryLinkTest, ARefusedRegistrationIsRetried) {
 
 TEST_F(BatteryLinkTest, ARefusedLinkTakesTheRegistrationBackAndIsRetried) {
   // The second try is kept waiting, so that the state in between can be seen.
-  auto gate = std::make_shared<standin::Gate>();
-  standin::LinkToDeathScript().Then({STATUS_NO_MEMORY});
+  auto gate = std::make_shared<fake::Gate>();
+  fake::LinkToDeathScript().Then({STATUS_NO_MEMORY});
   health_.on(HealthOperation::kRegisterCallback).Then(Outcome{});
   health_.on(HealthOperation::kRegisterCallback).Then(Outcome::After(gate));
   ASSERT_EQ(RegisterBatteryLevelCallback(handle_, Client<0>, &seen_), 0);
@@ -116,11 +116,11 @@ TEST_F(BatteryLinkTest, UnlinkingEndsWhateverTheServiceAnswers) {
       unlink_and_link_again(),
       ElementsAre("UnlinkToHealthService: Failed to unregister callback to health service"));
 
-  standin::UnlinkToDeathScript().Then({STATUS_NAME_NOT_FOUND});
+  fake::UnlinkToDeathScript().Then({STATUS_NAME_NOT_FOUND});
   EXPECT_THAT(unlink_and_link_again(),
               ElementsAre("UnlinkToHealthService: Failed to unlink to health death."));
 
-  standin::UnlinkToDeathScript().Then({STATUS_DEAD_OBJECT});
+  fake::UnlinkToDeathScript().Then({STATUS_DEAD_OBJECT});
   EXPECT_THAT(unlink_and_link_again(), IsEmpty());
 }
 
@@ -130,7 +130,7 @@ TEST_F(BatteryLinkTest, AfterADeathTheClientsHearWhatHasChanged) {
   ASSERT_EQ(seen_.Take(), (Call{1, 10}));
   log_.Clear();
   {
-    const HoldDeliveries hold(Delivery::kDeathNotice);
+    const HoldDeliveries hold(Delivery::kDeathNotification);
     health_.Kill();
     health_.SetLevel(42);
     health_.Start();
@@ -146,7 +146,7 @@ TEST_F(BatteryLinkTest, ADeathWithoutClientsIsOnlyForgotten) {
   RegisterAndHearLevel();
   {
     // The link goes while the notice is already on its way.
-    HoldDeliveries hold(Delivery::kDeathNotice);
+    HoldDeliveries hold(Delivery::kDeathNotification);
     health_.Kill();
     ASSERT_TRUE(hold.WaitForHeld());
     log_.Clear();
@@ -154,7 +154,7 @@ TEST_F(BatteryLinkTest, ADeathWithoutClientsIsOnlyForgotten) {
     EXPECT_THAT(Warnings(), ElementsAre("UnlinkToHealthService: Failed to unregister callback to "
                                         "health service"));
   }
-  ASSERT_TRUE(standin::WaitUntilDelivered());
+  ASSERT_TRUE(fake::WaitUntilDelivered());
   EXPECT_EQ(log_.Count(kAttempt), 0);
   health_.SetLevel(31);
   health_.Start();
@@ -184,17 +184,17 @@ TEST_F(BatteryLinkTest, AServiceThatDiedUnlinkedIsLookedUpAnewByTheNextAttempt) 
 
 TEST_F(BatteryLinkTest, ALinkRefusedByADeathLooksTheServiceUpAnew) {
   const auto lookups_until_linked = [this] {
-    const int before = standin::GetServiceScript().calls();
+    const int before = fake::GetServiceScript().calls();
     EXPECT_EQ(RegisterBatteryLevelCallback(handle_, Client<0>, &seen_), 0);
     EXPECT_TRUE(Eventually([this] { return IsLinked(handle_); }));
-    return standin::GetServiceScript().calls() - before;
+    return fake::GetServiceScript().calls() - before;
   };
-  standin::LinkToDeathScript().Then({STATUS_DEAD_OBJECT});
+  fake::LinkToDeathScript().Then({STATUS_DEAD_OBJECT});
   EXPECT_EQ(lookups_until_linked(), 2);
 
   // The same, heard of only when the registration is taken back.
   ASSERT_EQ(DeregisterBatteryLevelCallback(handle_, Client<0>), 0);
-  standin::LinkToDeathScript().Then({STATUS_NO_MEMORY});
+  fake::LinkToDeathScript().Then({STATUS_NO_MEMORY});
   health_.on(HealthOperation::kUnregisterCallback).Then({STATUS_DEAD_OBJECT});
   EXPECT_EQ(lookups_until_linked(), 1) << "known at first, looked up by the second attempt";
 }
@@ -202,7 +202,7 @@ TEST_F(BatteryLinkTest, ALinkRefusedByADeathLooksTheServiceUpAnew) {
 // While a link stands the handle has to stay, whatever a call says: the notice hangs on it.
 TEST_F(BatteryLinkTest, AFailedQueryBeforeTheNoticeDoesNotLoseTheNotice) {
   RegisterAndHearLevel();
-  HoldDeliveries hold(Delivery::kDeathNotice);
+  HoldDeliveries hold(Delivery::kDeathNotification);
   health_.Kill();
   ASSERT_TRUE(hold.WaitForHeld());
   EXPECT_EQ(GetBatteryLevel(handle_, false), -EAGAIN);
@@ -223,7 +223,7 @@ TEST_F(BatteryLinkTest, AFailedQueryBeforeTheNoticeDoesNotLoseTheNotice) {
 
 TEST_F(BatteryLinkTest, ALateNoticeLeavesTheNextLinkAlone) {
   RegisterAndHearLevel();
-  HoldDeliveries hold(Delivery::kDeathNotice);
+  HoldDeliveries hold(Delivery::kDeathNotification);
   health_.Kill();
   ASSERT_TRUE(hold.WaitForHeld());
   ASSERT_EQ(DeregisterBatteryLevelCallback(handle_, Client<0>), 0);
@@ -234,7 +234,7 @@ TEST_F(BatteryLinkTest, ALateNoticeLeavesTheNextLinkAlone) {
   EXPECT_THAT(Warnings(), Not(Contains(kStartsToRestore))) << "unlinking had let the dead one go";
   log_.Clear();
   hold.Release();
-  ASSERT_TRUE(standin::WaitUntilDelivered());
+  ASSERT_TRUE(fake::WaitUntilDelivered());
   EXPECT_TRUE(IsLinked(handle_));
   EXPECT_EQ(log_.Count(kAttempt), 0);
   EXPECT_EQ(health_.callback_count(), 1u) << "registered once, not twice";

@@ -10,9 +10,9 @@
 #include <climits>
 #include <ostream>
 
+#include "environment.h"
+#include "pipe.h"
 #include "quorvel.h"
-#include "tests/support/environment.h"
-#include "tests/support/pipe.h"
 
 namespace norvik::qel {
 namespace {

@@ -5,8 +5,8 @@
 #include <atomic>
 #include <thread>
 
-#include "standin/gate.h"
-#include "tests/support/waiting.h"
+#include "quorvel/fake/gate.h"
+#include "waiting.h"
 
 namespace norvik::qel {
 namespace {
@@ -38,7 +38,7 @@ TEST(LiveObjectsTest, RemoveWaitsForAVisitAndNobodyElseDoes) {
   Object other;
   live.Add(&visited);
   live.Add(&other);
-  standin::Gate gate;
+  fake::Gate gate;
   std::atomic<bool> left{false};
   std::thread visitor([&] {
     live.Visit(&visited, [&](Object&) {

@@ -3,20 +3,20 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
-#include "devices/simulated/health.h"
-#include "devices/simulated/sensor_hub.h"
-#include "devices/simulated/thermal.h"
+#include "process_state.h"
 #include "quorvel.h"
-#include "standin/deliveries.h"
-#include "tests/support/process_state.h"
-#include "tests/support/waiting.h"
+#include "quorvel/fake/deliveries.h"
+#include "quorvel/simulated/health.h"
+#include "quorvel/simulated/sensor_hub.h"
+#include "quorvel/simulated/thermal.h"
+#include "waiting.h"
 
 namespace norvik::qel {
 namespace {
 
+using fake::Delivery;
+using fake::HoldDeliveries;
 using simulated::ThermalPath;
-using standin::Delivery;
-using standin::HoldDeliveries;
 
 constexpr char kLibrary[] = QUORVEL_TEST_LIBRARY;
 
@@ -126,7 +126,7 @@ TEST_F(LoadingTest, LeavesNothingRunningHoweverOftenItIsLoaded) {
 }
 
 TEST_F(LoadingTest, ANotificationThatIsOnItsWayFindsTheCodeStillThere) {
-  for (const Delivery kind : {Delivery::kOneway, Delivery::kDeathNotice}) {
+  for (const Delivery kind : {Delivery::kOneway, Delivery::kDeathNotification}) {
     HoldDeliveries hold(kind);
     {
       const LoadedLibrary library;
@@ -139,7 +139,7 @@ TEST_F(LoadingTest, ANotificationThatIsOnItsWayFindsTheCodeStillThere) {
       const ThermalCallbackParam skin = {
           .id = 0, .type_name = "SKIN", .temperature_name = "skin", .callback = Put};
       EXPECT_EQ(LOADED(library, RegisterThermalCallback)(thermal, &skin, &levels), 0);
-      if (kind == Delivery::kDeathNotice) {
+      if (kind == Delivery::kDeathNotification) {
         health_.Kill();
         thermal_.Kill(ThermalPath::kAidl);
       } else {
@@ -152,7 +152,7 @@ TEST_F(LoadingTest, ANotificationThatIsOnItsWayFindsTheCodeStillThere) {
     }
     EXPECT_TRUE(IsMapped());
     hold.Release();
-    EXPECT_TRUE(standin::WaitUntilDelivered());
+    EXPECT_TRUE(fake::WaitUntilDelivered());
   }
 }
 

@@ -20,9 +20,9 @@
 #include <utility>
 #include <vector>
 
-#include "standin/log_capture.h"
-#include "tests/support/environment.h"
-#include "tests/support/waiting.h"
+#include "environment.h"
+#include "quorvel/fake/log_capture.h"
+#include "waiting.h"
 
 namespace {
 std::atomic<int> g_allocations{0};
@@ -48,8 +48,8 @@ namespace norvik::qel {
 namespace {
 
 using audio::RepeatedThread;
-using standin::LogCapture;
-using standin::LogLine;
+using fake::LogCapture;
+using fake::LogLine;
 using std::chrono::steady_clock;
 using testing::ElementsAre;
 

@@ -11,15 +11,15 @@
 #include <string>
 #include <vector>
 
-#include "standin/gate.h"
-#include "tests/support/sensor_fixture.h"
+#include "quorvel/fake/gate.h"
+#include "sensor_fixture.h"
 
 namespace norvik::qel {
 namespace {
 
 using audio::SensorInfo;
-using standin::Outcome;
-using standin::SensorFunction;
+using fake::Outcome;
+using fake::SensorFunction;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -78,7 +78,7 @@ TEST_F(SensorInfoTest, ASensorThatIsEnabledAgainBeginsWithTheHandlesLastReading)
   ASSERT_EQ(seen_.Take(), (Call{0, 5}));
   ASSERT_EQ(DeregisterProximitySensorCallback(handle_, 0), 0);
   hub_.Report(kProximity, 9);  // nobody hears it until the sensor is enabled again
-  standin::HoldDeliveries hold(standin::Delivery::kOneway);
+  fake::HoldDeliveries hold(fake::Delivery::kOneway);
   ASSERT_EQ(RegisterProximitySensorCallback(handle_, 0, Client<0>, &seen_), 0);
   EXPECT_EQ(seen_.Take(), (Call{0, 5}));
   hold.Release();
@@ -87,7 +87,7 @@ TEST_F(SensorInfoTest, ASensorThatIsEnabledAgainBeginsWithTheHandlesLastReading)
 
 // A client whose call lasts until the test lets it go.
 struct SlowClient {
-  std::shared_ptr<standin::Gate> gate = std::make_shared<standin::Gate>();
+  std::shared_ptr<fake::Gate> gate = std::make_shared<fake::Gate>();
   Seen<int> seen;
   static void OnValue(int value, void* cookie) {
     auto& self = *static_cast<SlowClient*>(cookie);
@@ -326,7 +326,7 @@ TEST_F(SensorInfoTest, TheDumpShowsSensorsAndClients) {
 }
 
 TEST(SensorNamesTest, AnUnknownTypeHasAWarningForEachQuestion) {
-  const standin::LogCapture log;
+  const fake::LogCapture log;
   const SensorInfo sensor_info;
   EXPECT_EQ(sensor_info.GetASensorTyep(SensorInfo::PROXIMITY), 8);
   EXPECT_EQ(sensor_info.GetASensorTyep(SensorInfo::HINGE_ANGLE), 36);
@@ -337,7 +337,7 @@ TEST(SensorNamesTest, AnUnknownTypeHasAWarningForEachQuestion) {
   EXPECT_EQ(sensor_info.GetAudioSensorType(-1), SensorInfo::UNKNOWN);
   EXPECT_STREQ(sensor_info.GetASensorString(SensorInfo::UNKNOWN), "Unknown");
   const auto warning = [](const char* text) {
-    return standin::LogLine{.priority = ANDROID_LOG_WARN, .tag = "audio_hw_sensor", .text = text};
+    return fake::LogLine{.priority = ANDROID_LOG_WARN, .tag = "audio_hw_sensor", .text = text};
   };
   EXPECT_THAT(log.Lines(), ElementsAre(warning("GetASensorTyep: unknown audio sensor 2"),
                                        warning("GetAudioSensorType: unknown sensor -1"),
@@ -345,7 +345,7 @@ TEST(SensorNamesTest, AnUnknownTypeHasAWarningForEachQuestion) {
 }
 
 TEST(SensorNamesTest, AnObjectWithoutItsThreadsRefusesClients) {
-  const standin::LogCapture log;
+  const fake::LogCapture log;
   Seen<Call> seen;
   SensorInfo sensor_info;
   EXPECT_EQ(sensor_info.RegisterCallback(
@@ -353,9 +353,9 @@ TEST(SensorNamesTest, AnObjectWithoutItsThreadsRefusesClients) {
                 {.need_to_update = true, .id = 1, .callback = Client<0>, .cookie = &seen}),
             -ENOSYS);
   EXPECT_THAT(log.Lines(),
-              ElementsAre(standin::LogLine{.priority = ANDROID_LOG_WARN,
-                                           .tag = "audio_hw_sensor",
-                                           .text = "EnableSensor: system isn't initialized."}));
+              ElementsAre(fake::LogLine{.priority = ANDROID_LOG_WARN,
+                                        .tag = "audio_hw_sensor",
+                                        .text = "EnableSensor: system isn't initialized."}));
   sensor_info.Deinitialize();
 }
 
@@ -404,7 +404,7 @@ TEST_F(SensorObjectTest, AnObjectThatIsInitializedAgainStartsEmpty) {
 
 class SensorlessTest : public testing::Test {
  protected:
-  standin::LogCapture log_;
+  fake::LogCapture log_;
   simulated::SensorHub hub_;
 };
 

@@ -15,20 +15,20 @@
 #include <thread>
 #include <vector>
 
-#include "standin/gate.h"
-#include "standin/service_manager.h"
-#include "tests/support/environment.h"
-#include "tests/support/process_state.h"
-#include "tests/support/sensor_fixture.h"
+#include "environment.h"
+#include "process_state.h"
+#include "quorvel/fake/gate.h"
+#include "quorvel/fake/service_manager.h"
+#include "sensor_fixture.h"
 
 namespace norvik::qel {
 namespace {
 
-using standin::Delivery;
-using standin::Gate;
-using standin::HoldDeliveries;
-using standin::Outcome;
-using standin::SensorFunction;
+using fake::Delivery;
+using fake::Gate;
+using fake::HoldDeliveries;
+using fake::Outcome;
+using fake::SensorFunction;
 
 class SensorLifetimeTest : public SensorFixture {
  protected:
@@ -61,7 +61,7 @@ struct Listener {
 TEST_F(SensorLifetimeTest, AHandleThatWaitsForEventsEndsAtOnce) {
   RegisterProximityAndHearZero();
   RegisterHingeAndHearZero();
-  ASSERT_TRUE(Eventually([] { return standin::LooperWaiters() == 1; }));
+  ASSERT_TRUE(Eventually([] { return fake::LooperWaiters() == 1; }));
   EndsInTime([this] { DeinitSensorInfo(&handle_); });
   EXPECT_EQ(handle_, nullptr);
   EXPECT_EQ(Calls(SensorFunction::kDisableSensor), 2);
@@ -80,7 +80,7 @@ TEST_F(SensorLifetimeTest, HandlesSideBySideHearEveryReportAndEndAlone) {
     for (const auto& listener : listeners) {
       ASSERT_TRUE(Hears(listener->seen, round)) << "round " << round;
     }
-    ASSERT_LE(standin::LooperWaiters(), 1);
+    ASSERT_LE(fake::LooperWaiters(), 1);
     auto& next = listeners[static_cast<size_t>(round) % listeners.size()];
     if (round % 2 == 0) next = std::make_unique<Listener>();
   }
@@ -187,7 +187,7 @@ TEST_F(SensorLifetimeTest, EventsUnderWayTouchNothingThatIsGone) {
   ASSERT_TRUE(hold.WaitForHeld());
   EndsInTime([this] { DeinitSensorInfo(&handle_); });
   hold.Release();
-  ASSERT_TRUE(standin::WaitUntilDelivered());
+  ASSERT_TRUE(fake::WaitUntilDelivered());
   EXPECT_TRUE(seen_.empty());
 }
 
@@ -284,7 +284,7 @@ TEST_F(SensorLifetimeTest, AHandleThatLivesLongDoesNotGrow) {
     RegisterProximitySensorCallback(handle, 0, Client<0>, &seen);
     seen.Take();
   }
-  if (!Eventually([] { return standin::LooperWaiters() == 1; })) std::_Exit(1);
+  if (!Eventually([] { return fake::LooperWaiters() == 1; })) std::_Exit(1);
   std::exit(0);
 }
 
@@ -294,7 +294,7 @@ TEST(SensorExitDeathTest, TheProcessMayExitWithHandlesLeft) {
 }
 
 TEST(SensorLateServiceTest, AHandleMayEndWhileItsWorkerFindsTheService) {
-  const standin::LogCapture log;
+  const fake::LogCapture log;
   const int rounds = 20;
   int enabled = 0;
   for (int round = 0; round < rounds; ++round) {
@@ -304,12 +304,12 @@ TEST(SensorLateServiceTest, AHandleMayEndWhileItsWorkerFindsTheService) {
     void* handle = nullptr;
     InitSensorInfo(&handle);
     // The worker's first attempt waits until the service is there, and Deinit for the attempt.
-    const int looked = standin::CheckServiceScript().calls();
+    const int looked = fake::CheckServiceScript().calls();
     const auto gate = std::make_shared<Gate>();
-    standin::CheckServiceScript().Then({.status = STATUS_NAME_NOT_FOUND});
-    standin::CheckServiceScript().Then(Outcome::After(gate));
+    fake::CheckServiceScript().Then({.status = STATUS_NAME_NOT_FOUND});
+    fake::CheckServiceScript().Then(Outcome::After(gate));
     EXPECT_EQ(RegisterProximitySensorCallback(handle, 0, Client<0>, &seen), 0);
-    ASSERT_TRUE(standin::CheckServiceScript().WaitForCalls(looked + 2));
+    ASSERT_TRUE(fake::CheckServiceScript().WaitForCalls(looked + 2));
     hub.Start();
     std::thread opener([&] {
       if (round % 2 == 0) std::this_thread::yield();
@@ -319,7 +319,7 @@ TEST(SensorLateServiceTest, AHandleMayEndWhileItsWorkerFindsTheService) {
     opener.join();
     EXPECT_EQ(hub.queue_count(), 0u);
     enabled += hub.on(SensorFunction::kRegisterSensor).calls();
-    ASSERT_TRUE(standin::WaitUntilDelivered());
+    ASSERT_TRUE(fake::WaitUntilDelivered());
   }
   EXPECT_GT(enabled, 0);
 }
@@ -327,16 +327,16 @@ TEST(SensorLateServiceTest, AHandleMayEndWhileItsWorkerFindsTheService) {
 // The same moment as above, and now it is the worker that enables a sensor, one that was asked for
 // before the service was up. Its second attempt comes a second after the first.
 TEST(SensorLateServiceSlowTest, ASensorThatWaitedDoesNotKeepAnEndingHandleGoing) {
-  const standin::LogCapture log;
+  const fake::LogCapture log;
   simulated::SensorHub hub;
   hub.Add(kProximity, "proximity");
   hub.Add(kHinge, "hinge angle");
   Seen<Call> seen;
   void* handle = nullptr;
   InitSensorInfo(&handle);
-  const int looked = standin::CheckServiceScript().calls();
+  const int looked = fake::CheckServiceScript().calls();
   ASSERT_EQ(RegisterProximitySensorCallback(handle, 0, Client<0>, &seen), 0);
-  ASSERT_TRUE(standin::CheckServiceScript().WaitForCalls(looked + 2));
+  ASSERT_TRUE(fake::CheckServiceScript().WaitForCalls(looked + 2));
   hub.Start();
   LastGuest guest;
   guest.act = [&] { EXPECT_EQ(DeregisterHingeAngleSensorCallback(handle, 0), 0); };

@@ -9,15 +9,15 @@
 #include <string>
 #include <vector>
 
-#include "standin/service_manager.h"
-#include "tests/support/sensor_fixture.h"
+#include "quorvel/fake/service_manager.h"
+#include "sensor_fixture.h"
 
 namespace norvik::qel {
 namespace {
 
-using standin::CheckServiceScript;
-using standin::Outcome;
-using standin::SensorFunction;
+using fake::CheckServiceScript;
+using fake::Outcome;
+using fake::SensorFunction;
 using testing::Contains;
 using testing::Each;
 using testing::ElementsAre;
@@ -98,7 +98,7 @@ TEST(SensorReferenceTest, TheReferenceToTheServiceIsGivenBack) {
     simulated::SensorHub hub;
     hub.Add(kProximity, "proximity");
     hub.Start();
-    ndk::SpAIBinder binder(AServiceManager_checkService(devices::kSensorInstance));
+    ndk::SpAIBinder binder(AServiceManager_checkService(services::kSensorInstance));
     service.set(AIBinder_Weak_new(binder.get()));
     void* handle = nullptr;
     InitSensorInfo(&handle);
@@ -146,7 +146,7 @@ TEST_F(SensorLinkSlowTest, AServiceIsLookedForUntilItComes) {
 
 // The proximity sensor is no longer waited for when the service comes, and the device has no hinge.
 TEST(SensorLateServiceSlowTest, WhatIsNoLongerWantedOrNotThereIsNotEnabled) {
-  const standin::LogCapture log;
+  const fake::LogCapture log;
   simulated::SensorHub hub;
   hub.Add(kProximity, "proximity");
   Seen<Call> seen;

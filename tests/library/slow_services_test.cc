@@ -6,20 +6,20 @@
 #include <memory>
 #include <thread>
 
-#include "devices/simulated/health.h"
-#include "devices/simulated/sensor_hub.h"
-#include "devices/simulated/thermal.h"
+#include "clients.h"
 #include "quorvel.h"
-#include "standin/deliveries.h"
-#include "standin/gate.h"
-#include "tests/support/clients.h"
-#include "tests/support/waiting.h"
+#include "quorvel/fake/deliveries.h"
+#include "quorvel/fake/gate.h"
+#include "quorvel/simulated/health.h"
+#include "quorvel/simulated/sensor_hub.h"
+#include "quorvel/simulated/thermal.h"
+#include "waiting.h"
 
 namespace norvik::qel {
 namespace {
 
-using devices::HealthOperation;
-using devices::ThermalOperation;
+using services::HealthOperation;
+using services::ThermalOperation;
 using simulated::ThermalPath;
 
 // Two handles of each family on one phone.
@@ -41,7 +41,7 @@ class SlowServiceTest : public testing::Test {
     for (void*& handle : battery_) DeinitBatteryInfo(&handle);
     health_.Kill();
     thermal_.Kill(ThermalPath::kAidl);
-    EXPECT_TRUE(standin::WaitUntilDelivered());
+    EXPECT_TRUE(fake::WaitUntilDelivered());
   }
 
   // Clients come, are called and go, and questions are answered.
@@ -53,7 +53,7 @@ class SlowServiceTest : public testing::Test {
     EXPECT_EQ(seen.Take(), (Call{0, level - 1}));
     EXPECT_EQ(GetBatteryLevel(handle, false), level - 1);
     EXPECT_EQ(DeregisterBatteryLevelCallback(handle, Client<0>), 0);
-    EXPECT_TRUE(standin::WaitUntilDelivered());
+    EXPECT_TRUE(fake::WaitUntilDelivered());
   }
   static void ExpectHeatWorks(void* handle) {
     Seen<Call> seen;
@@ -90,8 +90,8 @@ class SlowServiceTest : public testing::Test {
 };
 
 TEST_F(SlowServiceTest, AHealthServiceThatNeverAnswersHoldsUpOneHandleUntilItDies) {
-  const auto never = std::make_shared<standin::Gate>();
-  health_.on(HealthOperation::kGetHealthInfo).Then(standin::Outcome::After(never));
+  const auto never = std::make_shared<fake::Gate>();
+  health_.on(HealthOperation::kGetHealthInfo).Then(fake::Outcome::After(never));
   std::thread asker([this] { EXPECT_EQ(GetBatteryLevel(battery_[0], false), -EAGAIN); });
   EXPECT_TRUE(never->WaitForArrivals());
   ExpectBatteryWorks(battery_[1], 50);
@@ -104,8 +104,8 @@ TEST_F(SlowServiceTest, AHealthServiceThatNeverAnswersHoldsUpOneHandleUntilItDie
 }
 
 TEST_F(SlowServiceTest, AThermalServiceThatNeverAnswersHoldsUpOneHandleUntilItDies) {
-  const auto never = std::make_shared<standin::Gate>();
-  thermal_.on(ThermalOperation::kGetTemperatures).Then(standin::Outcome::After(never));
+  const auto never = std::make_shared<fake::Gate>();
+  thermal_.on(ThermalOperation::kGetTemperatures).Then(fake::Outcome::After(never));
   std::thread asker([this] { EXPECT_EQ(AskTemperature(heat_[0]), 0); });
   EXPECT_TRUE(never->WaitForArrivals());
   ExpectHeatWorks(heat_[1]);
@@ -113,7 +113,7 @@ TEST_F(SlowServiceTest, AThermalServiceThatNeverAnswersHoldsUpOneHandleUntilItDi
   ExpectSensorsWork();
   thermal_.Kill(ThermalPath::kAidl);
   asker.join();
-  EXPECT_TRUE(standin::WaitUntilDelivered());
+  EXPECT_TRUE(fake::WaitUntilDelivered());
   thermal_.Start(ThermalPath::kAidl);
   ExpectHeatWorks(heat_[0]);
 }

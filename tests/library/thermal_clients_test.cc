@@ -7,15 +7,15 @@
 #include <thread>
 #include <vector>
 
-#include "standin/service_process.h"
-#include "tests/support/thermal_fixture.h"
+#include "quorvel/fake/service_process.h"
+#include "thermal_fixture.h"
 
 namespace norvik::qel {
 namespace {
 
 using aidl::android::hardware::thermal::Temperature;
 using aidl::android::hardware::thermal::TemperatureType;
-using standin::Outcome;
+using fake::Outcome;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -48,7 +48,7 @@ TEST_P(ThermalClientsTest, OnlyTheTemperatureOfThatNameIsHeard) {
   Notify(TemperatureType::SKIN, "Skin", ThrottlingSeverity::LIGHT);
   Notify(TemperatureType::SKIN, "ski", ThrottlingSeverity::LIGHT);
   Notify(TemperatureType::CPU, "skin", ThrottlingSeverity::LIGHT);
-  ASSERT_TRUE(standin::WaitUntilDelivered());
+  ASSERT_TRUE(fake::WaitUntilDelivered());
   Notify(TemperatureType::SKIN, "skin", ThrottlingSeverity::SEVERE);
   EXPECT_EQ(seen_.Take(), (Call{1, 3}));
 }
@@ -64,7 +64,7 @@ TEST_P(ThermalClientsTest, ALaterClientOfATemperatureHasTheOthersToldToo) {
 
 TEST_P(ThermalClientsTest, EachHearsItsOwnTemperatureWhileOthersOfTheTypeComeAndGo) {
   const auto both = [this] { return std::vector<Call>{*seen_.Take(), *seen_.Take()}; };
-  thermal_.Change([](devices::ThermalData& data) {
+  thermal_.Change([](services::ThermalData& data) {
     data.temperatures.push_back({.type = TemperatureType::SKIN, .name = "frame"});
   });
   RegisterAndHear<1>("SKIN", "skin");
@@ -89,7 +89,7 @@ TEST_P(ThermalClientsTest, OfARunOfChangesTheOldestIsHeard) {
   ASSERT_TRUE(stall.gate.WaitForArrivals());
   Notify(TemperatureType::SKIN, "skin", ThrottlingSeverity::SEVERE);
   Notify(TemperatureType::SKIN, "skin", ThrottlingSeverity::LIGHT);
-  ASSERT_TRUE(standin::WaitUntilDelivered());
+  ASSERT_TRUE(fake::WaitUntilDelivered());
   stall.gate.Open();
   EXPECT_EQ(TakeThrottled(), (Call{1, 3}));
   Notify(TemperatureType::SKIN, "skin", ThrottlingSeverity::CRITICAL);
@@ -251,7 +251,7 @@ TEST_F(ThermalHidlClientsTest, FailedTransactionsAreLogged) {
 }
 
 // Notifies from inside the registration, and waits until that has been handled.
-class HastyThermal : public devices::ThermalService {
+class HastyThermal : public services::ThermalService {
  public:
   using ThermalService::ThermalService;
 
@@ -260,7 +260,7 @@ class HastyThermal : public devices::ThermalService {
     ndk::ScopedAStatus status =
         ThermalService::registerThermalChangedCallbackWithType(callback, type);
     Notify({.type = type, .name = "skin", .throttlingStatus = ThrottlingSeverity::SHUTDOWN});
-    EXPECT_TRUE(standin::WaitUntilDelivered());
+    EXPECT_TRUE(fake::WaitUntilDelivered());
     return status;
   }
 };
@@ -269,9 +269,9 @@ using ThermalEarlyTest = ThermalFixture;
 
 TEST_F(ThermalEarlyTest, WhatIsNotifiedBeforeTheRegistrationHasReturnedIsDropped) {
   thermal_.Declare(ThermalPath::kAidl);
-  standin::ServiceProcess process("thermal");
+  fake::ServiceProcess process("thermal");
   process.AddService(ndk::SharedRefBase::make<HastyThermal>(thermal_.data()),
-                     devices::kThermalInstance);
+                     services::kThermalInstance);
   RegisterAndHear<1>("SKIN", "skin", 0);
   EXPECT_TRUE(seen_.empty());
   DeinitThermalInfo(&handle_);

@@ -14,17 +14,17 @@
 #include <thread>
 #include <vector>
 
-#include "tests/support/environment.h"
-#include "tests/support/process_state.h"
-#include "tests/support/thermal_fixture.h"
+#include "environment.h"
+#include "process_state.h"
+#include "thermal_fixture.h"
 
 namespace norvik::qel {
 namespace {
 
-using standin::Delivery;
-using standin::Gate;
-using standin::HoldDeliveries;
-using standin::Outcome;
+using fake::Delivery;
+using fake::Gate;
+using fake::HoldDeliveries;
+using fake::Outcome;
 
 class ThermalLifetimeTest : public ThermalPathTest {
  protected:
@@ -210,11 +210,11 @@ TEST_P(ThermalLifetimeTest, TheEndWaitsForACallbackAndRefusesItsRegistrations) {
   EXPECT_TRUE(Eventually([] { return ThermalThreads() == 0; }));
 }
 
-TEST_P(ThermalLifetimeTest, AHandleMayGoWhileItsDeathNoticeIsAboutToRun) {
+TEST_P(ThermalLifetimeTest, AHandleMayGoWhileItsDeathNotificationIsAboutToRun) {
   const int rounds = kSanitized ? 20 : 100;
   for (int round = 0; round < rounds; ++round) {
     RegisterAndHear<1>("SKIN", "skin");
-    HoldDeliveries notices(Delivery::kDeathNotice);
+    HoldDeliveries notices(Delivery::kDeathNotification);
     thermal_.Start(GetParam());
     ASSERT_TRUE(notices.WaitForHeld());
     DeinitThermalInfo(&handle_);
@@ -222,7 +222,7 @@ TEST_P(ThermalLifetimeTest, AHandleMayGoWhileItsDeathNoticeIsAboutToRun) {
     InitThermalInfo(&handle_);
     RegisterAndHear<2>("SKIN", "skin");
     notices.Release();
-    ASSERT_TRUE(standin::WaitUntilDelivered());
+    ASSERT_TRUE(fake::WaitUntilDelivered());
     ASSERT_EQ(registered(), 1u);
     thermal_.SetSeverity("skin", ThrottlingSeverity::LIGHT);
     ASSERT_EQ(seen_.Take(), (Call{2, 1}));
@@ -254,7 +254,7 @@ TEST_P(ThermalLifetimeTest, ALinkMadeAtTheVeryEndTouchesNothing) {
         int count = 1;
         EXPECT_EQ(GetBulkTemperatureByNames(caller.handle, &name, 1, &reading, &count), 0);
         caller.results.Put(count);
-        notices.emplace(Delivery::kDeathNotice);
+        notices.emplace(Delivery::kDeathNotification);
         thermal_.Kill(other);
         EXPECT_TRUE(notices->WaitForHeld());
       }};
@@ -263,23 +263,23 @@ TEST_P(ThermalLifetimeTest, ALinkMadeAtTheVeryEndTouchesNothing) {
   called.Open();
   thermal_.Kill(GetParam());
   thermal_.Undeclare(GetParam());
-  ASSERT_TRUE(standin::WaitUntilDelivered());
+  ASSERT_TRUE(fake::WaitUntilDelivered());
   EndsInTime([this] { DeinitThermalInfo(&handle_); });
   EXPECT_EQ(self.results.Take(), 1);
   notices->Release();
-  EXPECT_TRUE(standin::WaitUntilDelivered());
+  EXPECT_TRUE(fake::WaitUntilDelivered());
 }
 
 TEST_P(ThermalLifetimeTest, TheEndUnlinksFromAHidlService) {
   RegisterAndHear<1>("SKIN", "skin");
   DeinitThermalInfo(&handle_);
-  EXPECT_EQ(standin::HidlUnlinkToDeathScript().calls(), GetParam() == ThermalPath::kHidl ? 1 : 0);
+  EXPECT_EQ(fake::HidlUnlinkToDeathScript().calls(), GetParam() == ThermalPath::kHidl ? 1 : 0);
 }
 
 // The new handle is probably at the same address.
 TEST_P(ThermalLifetimeTest, ANoticeOfAnEarlierServiceLeavesALinkByTheOtherPathAlone) {
   RegisterAndHear<1>("SKIN", "skin");
-  HoldDeliveries notices(Delivery::kDeathNotice);
+  HoldDeliveries notices(Delivery::kDeathNotification);
   thermal_.Kill(GetParam());
   ASSERT_TRUE(notices.WaitForHeld());
   thermal_.Undeclare(GetParam());
@@ -290,7 +290,7 @@ TEST_P(ThermalLifetimeTest, ANoticeOfAnEarlierServiceLeavesALinkByTheOtherPathAl
   InitThermalInfo(&handle_);
   RegisterAndHear<2>("SKIN", "skin");
   notices.Release();
-  ASSERT_TRUE(standin::WaitUntilDelivered());
+  ASSERT_TRUE(fake::WaitUntilDelivered());
   thermal_.SetSeverity("skin", ThrottlingSeverity::LIGHT);
   EXPECT_EQ(seen_.Take(), (Call{2, 1}));
   EXPECT_EQ(thermal_.callback_count(other), 1u) << "registered once, not twice";
@@ -304,7 +304,7 @@ TEST_P(ThermalLifetimeTest, ALateNotificationTouchesNothing) {
   ASSERT_TRUE(calls.WaitForHeld());
   DeinitThermalInfo(&handle_);
   calls.Release();
-  EXPECT_TRUE(standin::WaitUntilDelivered());
+  EXPECT_TRUE(fake::WaitUntilDelivered());
   EXPECT_TRUE(seen_.empty());
 }
 
@@ -362,7 +362,7 @@ TEST_P(ThermalLifetimeTest, HandlesComeAndGoUnderAStormOfReportsAndDeaths) {
   stop = true;
   phone.join();
   thermal_.Start(GetParam());
-  ASSERT_TRUE(standin::WaitUntilDelivered());
+  ASSERT_TRUE(fake::WaitUntilDelivered());
   thermal_.SetSeverity("skin", ThrottlingSeverity::NONE);
   RegisterAndHear<1>("SKIN", "skin");
   thermal_.SetSeverity("skin", ThrottlingSeverity::SEVERE);

@@ -8,15 +8,15 @@
 #include <thread>
 #include <vector>
 
-#include "tests/support/pipe.h"
-#include "tests/support/thermal_fixture.h"
+#include "pipe.h"
+#include "thermal_fixture.h"
 
 namespace norvik::qel {
 namespace {
 
 using aidl::android::hardware::thermal::TemperatureType;
-using standin::Gate;
-using standin::Outcome;
+using fake::Gate;
+using fake::Outcome;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -38,10 +38,10 @@ using ThermalLinkTest = ThermalFixture;
 TEST_F(ThermalLinkTest, ANewHandleAsksNobody) {
   Bring(ThermalPath::kAidl);
   EXPECT_EQ(GetBatteryChargeLimitCapacity(handle_), 16);
-  EXPECT_EQ(standin::IsDeclaredScript().calls(), 0);
-  EXPECT_EQ(standin::TryGetHidlServiceScript().calls(), 0);
+  EXPECT_EQ(fake::IsDeclaredScript().calls(), 0);
+  EXPECT_EQ(fake::TryGetHidlServiceScript().calls(), 0);
   DeinitThermalInfo(&handle_);
-  EXPECT_EQ(standin::IsDeclaredScript().calls(), 0);
+  EXPECT_EQ(fake::IsDeclaredScript().calls(), 0);
   EXPECT_THAT(Log(), IsEmpty());
 }
 
@@ -51,29 +51,29 @@ TEST_F(ThermalLinkTest, AidlComesBeforeHidl) {
   thermal_.Declare(ThermalPath::kAidl);
   EXPECT_FALSE(Operate());
   EXPECT_THAT(Log(), ElementsAre(kNotDeclared, kNotRunning));
-  EXPECT_EQ(standin::TryGetHidlServiceScript().calls(), 2) << "asked for in the same call";
+  EXPECT_EQ(fake::TryGetHidlServiceScript().calls(), 2) << "asked for in the same call";
   Bring(ThermalPath::kHidl);
   EXPECT_TRUE(Operate());
   thermal_.Start(ThermalPath::kAidl);
   EXPECT_TRUE(Operate());
-  EXPECT_EQ(thermal_.on(devices::HidlThermalOperation::kGetCurrentTemperatures).calls(), 2)
+  EXPECT_EQ(thermal_.on(services::HidlThermalOperation::kGetCurrentTemperatures).calls(), 2)
       << "a link that stands is kept";
-  EXPECT_EQ(standin::IsDeclaredScript().calls(), 3);
+  EXPECT_EQ(fake::IsDeclaredScript().calls(), 3);
 
   thermal_.Kill(ThermalPath::kHidl);
   ASSERT_TRUE(log_.WaitFor(kRecovered));
   EXPECT_TRUE(Operate());
-  EXPECT_EQ(thermal_.on(devices::ThermalOperation::kGetTemperatures).calls(), 1);
+  EXPECT_EQ(thermal_.on(services::ThermalOperation::kGetTemperatures).calls(), 1);
   EXPECT_THAT(Log(ANDROID_LOG_WARN), ElementsAre(kNotDeclared, kNotRunning, kNotRunning));
 }
 
 TEST_F(ThermalLinkTest, AFailureToLinkIsLoggedAndNothingElse) {
   Bring(ThermalPath::kAidl);
-  standin::LinkToDeathScript().Then({.status = STATUS_NO_MEMORY});
+  fake::LinkToDeathScript().Then({.status = STATUS_NO_MEMORY});
   EXPECT_TRUE(Operate());
   EXPECT_TRUE(Operate());
   EXPECT_THAT(Log(), ElementsAre("Failed to link to death (AIDL): -12"));
-  EXPECT_EQ(standin::CheckServiceScript().calls(), 1) << "the connection counts as made";
+  EXPECT_EQ(fake::CheckServiceScript().calls(), 1) << "the connection counts as made";
 }
 
 class ThermalDeathTest : public ThermalPathTest {
@@ -108,9 +108,9 @@ TEST_P(ThermalDeathTest, EveryTypeIsRegisteredAgainAndHearsTheNextChange) {
 TEST_P(ThermalDeathTest, ALinkRefusedByADeathStandsForItsNotice) {
   const auto refuse = [&](int times) {
     if (GetParam() == ThermalPath::kAidl) {
-      standin::LinkToDeathScript().Then({.status = STATUS_DEAD_OBJECT}, times);
+      fake::LinkToDeathScript().Then({.status = STATUS_DEAD_OBJECT}, times);
     } else {
-      standin::HidlLinkToDeathScript().Then({.status = STATUS_DEAD_OBJECT}, times);
+      fake::HidlLinkToDeathScript().Then({.status = STATUS_DEAD_OBJECT}, times);
     }
   };
   // The operation's own, and then the worker finds one that lives.
@@ -163,7 +163,7 @@ TEST_P(ThermalDeathTest, DeathBetweenANotificationAndItsDispatch) {
   ASSERT_EQ(RegisterClient(handle_, 2, "SKIN", "skin", Stall::Callback, &stall), 0);
   ASSERT_TRUE(stall.gate.WaitForArrivals());
   thermal_.SetSeverity("skin", ThrottlingSeverity::SEVERE);
-  ASSERT_TRUE(standin::WaitUntilDelivered());
+  ASSERT_TRUE(fake::WaitUntilDelivered());
   thermal_.Kill(GetParam());
   stall.gate.Open();
   EXPECT_EQ(TakeThrottled(), (Call{1, 3})) << "what had been reported is told";
@@ -182,7 +182,7 @@ TEST_P(ThermalDeathTest, DeathWhileWaitingClientsAreRegistered) {
       log_.WaitFor("RestorePendingThermalCallback: unable  to register client 1 "
                    "callback(type:SKIN name:skin)"))
       << "tried once only";
-  ASSERT_TRUE(standin::WaitUntilDelivered());
+  ASSERT_TRUE(fake::WaitUntilDelivered());
   thermal_.Start(GetParam());
   EXPECT_EQ(DeregisterThermalCallback(handle_, 1), -EINVAL);
   RegisterAndHear<1>("SKIN", "skin");
@@ -219,7 +219,7 @@ TEST_P(ThermalDeathTest, SeveralHandlesEachComeBack) {
 TEST_P(ThermalDeathTest, ADumpWhoseReaderHasStoppedHoldsUpNoRecovery) {
   Pipe pipe;
   const size_t capacity = pipe.Shrink();
-  thermal_.Change([capacity](devices::ThermalData& data) {
+  thermal_.Change([capacity](services::ThermalData& data) {
     data.temperatures.push_back(
         {.type = TemperatureType::BCL_CURRENT, .name = "AUDIO" + std::string(2 * capacity, 'x')});
   });
@@ -283,7 +283,7 @@ TEST_P(ThermalDeathTest, RegistrationsWaitForALateService) {
 
   // What has failed is dropped for good.
   thermal_.Kill(GetParam());
-  ASSERT_TRUE(standin::WaitUntilDelivered());
+  ASSERT_TRUE(fake::WaitUntilDelivered());
   ASSERT_EQ(Register<1>("SKIN", "skin"), 0);
   thermal_.Start(GetParam());
   ASSERT_TRUE(log_.WaitFor(kFound, 2));

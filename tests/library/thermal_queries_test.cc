@@ -8,18 +8,18 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/pipe.h"
-#include "tests/support/thermal_fixture.h"
+#include "pipe.h"
 #include "thermal/thermal_info.h"
+#include "thermal_fixture.h"
 
 namespace norvik::qel {
 namespace {
 
 using aidl::android::hardware::thermal::Temperature;
 using aidl::android::hardware::thermal::TemperatureType;
-using devices::HidlThermalOperation;
-using devices::ThermalOperation;
-using standin::Outcome;
+using fake::Outcome;
+using services::HidlThermalOperation;
+using services::ThermalOperation;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using Thermistors = std::vector<std::pair<std::string, float>>;
@@ -75,7 +75,7 @@ std::vector<int> Limits(Getter get, void* handle, bool use_cached, int room = 16
 
 void AddLimit(simulated::Thermal& thermal, TemperatureType type, const std::string& name,
               ThrottlingSeverity severity) {
-  thermal.Change([&](devices::ThermalData& data) {
+  thermal.Change([&](services::ThermalData& data) {
     data.temperatures.push_back({.type = type, .name = name, .throttlingStatus = severity});
   });
 }
@@ -103,7 +103,7 @@ TEST_P(ThermalQueriesTest, LimitsAreThoseThatConcernAudio) {
 }
 
 TEST_P(ThermalQueriesTest, TheDumpTakesNamesAsTheyAre) {
-  thermal_.Change([](devices::ThermalData& data) { data.temperatures.clear(); });
+  thermal_.Change([](services::ThermalData& data) { data.temperatures.clear(); });
   const std::string odd("%s%n AUDIO\n\t\xff\0cut", 17);
   const std::string large = "AUDIO" + std::string(100'000, 'x');
   for (const std::string& name : {odd, large}) {
@@ -168,7 +168,7 @@ TEST_P(ThermalQueriesTest, LimitsStayWhileTheServiceIsAway) {
   thermal_.SetSeverity("AUDIO_current", ThrottlingSeverity::LIGHT);
   ASSERT_THAT(Limits(GetBatteryChargeLimitCurrent, handle_, false), ElementsAre(1));
   thermal_.Kill(GetParam());
-  ASSERT_TRUE(standin::WaitUntilDelivered());
+  ASSERT_TRUE(fake::WaitUntilDelivered());
   EXPECT_THAT(Limits(GetBatteryChargeLimitCurrent, handle_, false), ElementsAre(1));
   EXPECT_EQ(log_.Count("GetCurrentBCLFromThermalService: unable to get a thermal client."), 1);
 }
@@ -226,7 +226,7 @@ TEST_P(ThermalQueriesTest, BulkReadingsAreSortedAndEachOnce) {
 TEST_P(ThermalQueriesTest, ManyTemperaturesAreReadAtOnce) {
   std::vector<std::string> names;
   for (int i = 0; i < 100; ++i) names.push_back("zone " + std::to_string(1000 + i));
-  thermal_.Change([&](devices::ThermalData& data) {
+  thermal_.Change([&](services::ThermalData& data) {
     data.temperatures.clear();
     for (const std::string& name : names) {
       data.temperatures.push_back({.name = name, .value = std::stof(name.substr(5))});

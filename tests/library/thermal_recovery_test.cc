@@ -8,15 +8,15 @@
 #include <string>
 #include <thread>
 
-#include "fuzz/pauses.h"
-#include "tests/support/process_state.h"
-#include "tests/support/thermal_fixture.h"
+#include "pauses.h"
+#include "process_state.h"
+#include "thermal_fixture.h"
 
 namespace norvik::qel {
 namespace {
 
-using standin::Gate;
-using standin::Outcome;
+using fake::Gate;
+using fake::Outcome;
 
 constexpr int kQuickAttempts = 5;  // of "thermal_reconnect", 30 ms apart
 constexpr int kSlowAttempts = 10;  // of "thermal_restore", 1000 ms apart
@@ -58,18 +58,18 @@ class ThermalShortRecoveryTest : public ThermalRecoveryTest {
       // The slow worker's first attempt follows at once, during the last quick pause.
       if (made == kQuickAttempts && attempts > kQuickAttempts) continue;
       const size_t pausing = made == kQuickAttempts + 1 ? 2 : 1;
-      ASSERT_TRUE(Eventually([=] { return fuzz::PausingWorkers() == pausing; }));
-      if (made != attempts) fuzz::EndPauses();
+      ASSERT_TRUE(Eventually([=] { return PausingWorkers() == pausing; }));
+      if (made != attempts) EndPauses();
     }
     ASSERT_EQ(look_up().calls(), before + attempts);
   }
   void EndPausesUntil(const std::function<bool()>& is_so) {
     ASSERT_TRUE(Eventually([&] {
-      fuzz::EndPauses();
+      EndPauses();
       return is_so();
     }));
   }
-  static bool AreIdle() { return fuzz::PausingWorkers() == 0; }
+  static bool AreIdle() { return PausingWorkers() == 0; }
   // Both workers have used up their attempts.
   void GiveUp() {
     StayAway(kQuickAttempts + kSlowAttempts);
@@ -150,7 +150,7 @@ TEST_P(ThermalShortRecoveryTest, ASecondDeathDuringTheRecoveryIsHandled) {
     ASSERT_EQ(registered(), 2u);
     log_.Clear();
     thermal_.Kill(GetParam());
-    ASSERT_TRUE(standin::WaitUntilDelivered());
+    ASSERT_TRUE(fake::WaitUntilDelivered());
     ASSERT_NO_FATAL_FAILURE(EndPausesUntil([this] { return log_.Count(kNotReady) >= 3; }));
     thermal_.Start(GetParam());
     ASSERT_NO_FATAL_FAILURE(EndPausesUntil([this] { return registered() == 2 && AreIdle(); }));
@@ -214,7 +214,7 @@ TEST_P(ThermalRecoveryTest, WaitingRegistrationsThatFailLeaveNoWorkers) {
   const auto workers = [] { return ThreadsNamed({"thermal_callback"}); };
   ASSERT_TRUE(Eventually([&] { return workers() == 1; }));
   thermal_.Kill(GetParam());
-  ASSERT_TRUE(standin::WaitUntilDelivered());
+  ASSERT_TRUE(fake::WaitUntilDelivered());
   ASSERT_FALSE(Operate());
   for (int id = 10; id < 10 + kWaiting; ++id) {
     ASSERT_EQ(
@@ -226,7 +226,7 @@ TEST_P(ThermalRecoveryTest, WaitingRegistrationsThatFailLeaveNoWorkers) {
   for (int i = 1; i < kWaiting; ++i) on(ThermalCall::kQuery).Then({});
   on(ThermalCall::kQuery).Then(Outcome::After(gate));
   thermal_.Start(GetParam());
-  fuzz::EndPauses();
+  EndPauses();
   ASSERT_TRUE(gate->WaitForArrivals());
   EXPECT_TRUE(Eventually([&] { return workers() <= 2; })) << workers();
   gate->Open();

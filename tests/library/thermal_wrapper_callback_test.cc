@@ -12,12 +12,12 @@
 #include <utility>
 #include <vector>
 
-#include "standin/gate.h"
-#include "standin/hidl_service_manager.h"
-#include "standin/service_process.h"
-#include "tests/support/environment.h"
-#include "tests/support/local_thermal.h"
-#include "tests/support/thermal_wrapper_fixture.h"
+#include "environment.h"
+#include "local_thermal.h"
+#include "quorvel/fake/gate.h"
+#include "quorvel/fake/hidl_service_manager.h"
+#include "quorvel/fake/service_process.h"
+#include "thermal_wrapper_fixture.h"
 
 namespace norvik::qel {
 namespace {
@@ -29,10 +29,10 @@ using aidl::android::hardware::thermal::ThrottlingSeverity;
 using android::sp;
 using android::hardware::Return;
 using android::hardware::Status;
-using devices::ThermalOperation;
+using fake::Gate;
+using fake::Outcome;
+using services::ThermalOperation;
 using simulated::ThermalPath;
-using standin::Gate;
-using standin::Outcome;
 using testing::ElementsAre;
 
 constexpr char kRegistered[] = "The callback was already registered through wrapper";
@@ -119,8 +119,8 @@ TEST_F(ThermalCallbackTest, ADuplicateIsRefusedBeforeTheServiceHearsOfIt) {
 // Two proxies of one callback of another process are the same callback.
 TEST_F(ThermalCallbackTest, CallbacksAreComparedAsInterfacesNotAsPointers) {
   constexpr char kInstance[] = "android.hardware.thermal@2.0::IThermalChangedCallback/default";
-  standin::DeclareHidl(kInstance);
-  standin::ServiceProcess client("client");
+  fake::DeclareHidl(kInstance);
+  fake::ServiceProcess client("client");
   const auto callback = sp<HidlThermalCallback>::make();
   ASSERT_TRUE(client.AddHidlService(callback));
   const sp<HidlCallback> proxies[] = {HidlCallback::tryGetService(), HidlCallback::tryGetService()};
@@ -132,7 +132,7 @@ TEST_F(ThermalCallbackTest, CallbacksAreComparedAsInterfacesNotAsPointers) {
   EXPECT_EQ(Take(*callback), "skin");
   EXPECT_TRUE(Succeeded(Unregister(proxies[1])));
   EXPECT_EQ(registered(), 0u);
-  standin::UndeclareHidl(kInstance);
+  fake::UndeclareHidl(kInstance);
 }
 
 TEST_F(ThermalCallbackTest, WhatTheServiceRefusesMayBeTriedAgain) {
@@ -234,7 +234,7 @@ TEST_F(ThermalCallbackTest, TheOthersStayInOrderAndTheLatestGoesFirst) {
   EXPECT_TRUE(callbacks[1]->heard.empty());
   // From here on the wrapper alone holds them.
   thermal_.Kill(ThermalPath::kAidl);
-  ASSERT_TRUE(standin::WaitUntilDelivered());
+  ASSERT_TRUE(fake::WaitUntilDelivered());
   callbacks.clear();
   EXPECT_THAT(gone, ElementsAre("second"));
   wrapper_.clear();

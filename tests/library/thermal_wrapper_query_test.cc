@@ -13,8 +13,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/local_thermal.h"
-#include "tests/support/thermal_wrapper_fixture.h"
+#include "local_thermal.h"
+#include "thermal_wrapper_fixture.h"
 
 // What `debug` hands to the service it leaves to it, deliberately; nothing else may leak.
 extern "C" const char* __lsan_default_suppressions() {  // NOLINT: the sanitizer's name
@@ -35,9 +35,9 @@ using aidl::android::hardware::thermal::ThrottlingSeverity;
 using android::hardware::hidl_handle;
 using android::hardware::hidl_string;
 using android::hardware::hidl_vec;
-using devices::ThermalOperation;
+using fake::Outcome;
+using services::ThermalOperation;
 using simulated::ThermalPath;
-using standin::Outcome;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::StrEq;

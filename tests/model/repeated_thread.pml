@@ -1,13 +1,13 @@
 /*
- * The protocol of common/repeated_thread.{h,cc}: one worker, two threads that call Start(), one that
+ * The protocol of src/common/repeated_thread.{h,cc}: one worker, two threads that call Start(), one that
  * may call RequestExit(), and the owner, which may call Deinitialize(). The action succeeds or fails,
  * asks for its own next run and asks its own thread to end, as it likes.
  *
- * `models/check` runs it. Each block names the function it stands for and goes step by step as that
+ * `tests/model/check` runs it. Each block names the function it stands for and goes step by step as that
  * does. Variables carry the members' names without the underscore. What begins with `due_` is no
  * part of the code: it says in other words what has to happen, and assertions compare the two.
  *
- * Each FAULT_... breaks one line of the protocol. `models/check` builds the model with every one of
+ * Each FAULT_... breaks one line of the protocol. `tests/model/check` builds the model with every one of
  * them in turn and wants to see it caught.
  *
  * An `atomic` stands for what the code does in one hold of lock_. It may, since the compiler checks

@@ -5,12 +5,12 @@
 #include <string>
 #include <utility>
 
-#include "devices/simulated/health.h"
-#include "devices/simulated/sensor_hub.h"
-#include "devices/simulated/thermal.h"
-#include "tools/host.h"
+#include "host/host.h"
+#include "quorvel/simulated/health.h"
+#include "quorvel/simulated/sensor_hub.h"
+#include "quorvel/simulated/thermal.h"
 
-namespace norvik::qel::tool {
+namespace norvik::qel::monitor {
 
 namespace {
 
@@ -85,4 +85,4 @@ std::span<const DeviceType> DeviceTypes() {
   return kTypes;
 }
 
-}  // namespace norvik::qel::tool
+}  // namespace norvik::qel::monitor

@@ -18,9 +18,9 @@ import xml.etree.ElementTree
 
 import jsonschema
 
-from tool_test import finish, run, start
+from monitor_test import finish, run, start
 
-DOCS = pathlib.Path(__file__).resolve().parent.parent / "docs"
+DOCS = pathlib.Path(__file__).resolve().parent.parent.parent / "docs"
 HEADER = '{"format": "quorvel recording", "version": 1}\n'
 HEADER_2 = '{"format": "quorvel recording", "version": 2}\n'
 # What the library's calls lead to depends on its pauses; all else is the device's own.

@@ -51,7 +51,7 @@ def complete(*words):
     """What bash offers for the last word; "=" and ":" make words of their own there, too."""
     script = """source "$1"; shift; COMP_WORDS=(quorvel "$@"); COMP_CWORD=$#
                 _quorvel; printf '%s\\n' "${COMPREPLY[@]}\""""
-    done = subprocess.run(["bash", "-euc", script, "bash", ROOT / "completions/quorvel.bash",
+    done = subprocess.run(["bash", "-euc", script, "bash", ROOT / "packaging/completions/quorvel.bash",
                            *words], capture_output=True, text=True, timeout=LIMIT, check=True)
     return set(done.stdout.split())
 
@@ -61,7 +61,7 @@ def complete_in_fish(*words):
     script = 'source $argv[1]; complete --do-complete "$argv[2..]"'
     with tempfile.TemporaryDirectory() as folder:  # where there is no file to offer
         done = subprocess.run(["fish", "--no-config", "-c", script,
-                               ROOT / "completions/quorvel.fish", "quorvel", *words],
+                               ROOT / "packaging/completions/quorvel.fish", "quorvel", *words],
                               capture_output=True, text=True, timeout=LIMIT, cwd=folder)
     if done.returncode or done.stderr:
         raise RuntimeError(done.stderr)
@@ -128,7 +128,7 @@ class UsageTest(unittest.TestCase):
                  for result, name, arguments in
                  re.findall(r"^\.Ft (\w+)\n\.Fo (\w+)\n((?:\.Fa .*\n)*)\.Fc$", page, re.MULTILINE)]
         self.assertEqual(sorted(shown), sorted(declared))
-        exports = re.findall(r"^ *([A-Z]\w+);$", (ROOT / "libquorvel.map.txt").read_text(),
+        exports = re.findall(r"^ *([A-Z]\w+);$", (ROOT / "src/libquorvel.map.txt").read_text(),
                              re.MULTILINE)
         self.assertGreater(len(exports), 30)
         self.assertEqual(sorted(name for _, name, _ in shown), sorted(exports))

@@ -14,10 +14,10 @@ library=$1
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-mapfile -t functions < <(sed -n 's/^ *\([A-Z][A-Za-z0-9]*\);$/\1/p' "$here/../libquorvel.map.txt")
+mapfile -t functions < <(sed -n 's/^ *\([A-Z][A-Za-z0-9]*\);$/\1/p' "$here/../../src/libquorvel.map.txt")
 printf '[abi_whitelist]\n' >"$work/functions"
 printf '  %s\n' "${functions[@]}" >>"$work/functions"
-abidw --kmi-whitelist "$work/functions" --exported-interfaces-only --headers-dir "$here/../include" \
+abidw --kmi-whitelist "$work/functions" --exported-interfaces-only --headers-dir "$here/../../include" \
   --drop-private-types --drop-undefined-syms --type-id-style hash --no-elf-needed \
   --no-corpus-path --no-comp-dir-path --no-show-locs "$library" >"$work/abi.xml"
 # Some compilers describe one twice.

@@ -32,6 +32,6 @@ while [ $# -gt 0 ]; do
   modules=$((modules + 1))
 done
 [ "$modules" -gt 0 ] || { echo "no modules to compare"; exit 1; }
-compare "libquorvel in Android.bp (<) and its folders (>)" "$(sources_of libquorvel)" \
-  "$(find battery common sensor thermal thermal_hidl_wrapper -name '*.cc' | sort)"
+compare "libquorvel in Android.bp (<) and src/ (>)" "$(sources_of libquorvel)" \
+  "$(find src -name '*.cc' | sort)"
 echo "the device build agrees: $modules modules"

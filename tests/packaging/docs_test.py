@@ -192,12 +192,11 @@ class DocsTest(unittest.TestCase):
 
     def test_the_table_of_workers_is_that_of_the_code(self):
         constructed = {}
-        for folder in ("battery", "sensor", "thermal", "thermal_hidl_wrapper", "common"):
-            for source in (ROOT / folder).glob("*.cc"):
-                for name, pause, count in re.findall(
-                        r'RepeatedThread\("(\w+)", /\*pause_ms=\*/(\d+), /\*repeat_count=\*/(\d+)\)',
-                        source.read_text()):
-                    constructed[name] = (int(pause), int(count))
+        for source in (ROOT / "src").rglob("*.cc"):
+            for name, pause, count in re.findall(
+                    r'RepeatedThread\("(\w+)", /\*pause_ms=\*/(\d+), /\*repeat_count=\*/(\d+)\)',
+                    source.read_text()):
+                constructed[name] = (int(pause), int(count))
         rows = re.findall(r"^\| `(\w+)` \|.*\| ?(?:(\d+) ms)? ?\| ?(\d*).*\|$",
                           (ROOT / "docs/how-it-works.md").read_text(), re.MULTILINE)
         self.assertGreater(len(constructed), 5)

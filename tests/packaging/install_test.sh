@@ -4,7 +4,7 @@
 # with it. With BUILD-PATH, no installed file may name that folder.
 set -euo pipefail
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
-examples=$here/../examples
+examples=$here/../../examples
 prefix=$(cd "$1" && pwd)
 mkdir -p "$2"
 work=$(cd "$2" && pwd)
@@ -25,9 +25,9 @@ library=$(find "$prefix" -name 'libquorvel.so')
 libdir=$(dirname "$library")
 # Unpacked packages lie where no linker looks: they have no run path of their own.
 if ! readelf --dynamic "$library" | grep -q RUNPATH; then export LD_LIBRARY_PATH=$libdir; fi
-# Nothing but the C and C++ libraries and the stand-in.
+# Nothing but the C and C++ libraries and the fake platform.
 needed=$(readelf --dynamic --wide "$library" | sed -n 's/.*NEEDED.*\[\(.*\)\]/\1/p')
-! grep -vE '^(libquorvel_platform\.so\.[0-9.]+|libstdc\+\+\.so\.6|libc\.so\.6|libgcc_s\.so\.1|libm\.so\.6|ld-linux[-a-z0-9]*\.so\.[0-9])$' \
+! grep -vE '^(libquorvel_fake_platform\.so\.[0-9.]+|libstdc\+\+\.so\.6|libc\.so\.6|libgcc_s\.so\.1|libm\.so\.6|ld-linux[-a-z0-9]*\.so\.[0-9])$' \
   <<<"$needed" || fail "libquorvel.so needs more than it should"
 
 generator=()
@@ -64,7 +64,7 @@ run downstream_test env -C "$work/downstream_test" ctest --output-on-failure --n
 
 # The header's version is the packages'.
 wanted=$(sed -n 's/^#define QUORVEL_VERSION_M[A-Z]* //p' "$prefix/include/quorvel.h" | paste -sd.)
-for package in quorvel quorvel-platform quorvel-simulated; do
+for package in quorvel quorvel-fake-platform quorvel-simulated; do
   [[ $(pkg-config --modversion "$package") = "$wanted".* ]] || fail "$package is not $wanted"
 done
 if [ -x "$prefix/bin/quorvel" ]; then
@@ -72,7 +72,7 @@ if [ -x "$prefix/bin/quorvel" ]; then
   "$prefix/bin/quorvel" get battery | grep -q "battery level" || fail "quorvel does not work"
   documents=$prefix/share/doc/quorvel
   for document in $("$prefix/bin/quorvel" --help | grep -o 'docs/[a-z./]*[a-z]') \
-    devices/linux/README.md; do
+    host/linux_machine/README.md; do
     [ -f "$documents/$document" ] || fail "the help points to $document, which is not there"
   done
   "$prefix/bin/quorvel" play "$documents/docs/examples/crash.jsonl" --speed 100 >/dev/null 2>&1 ||

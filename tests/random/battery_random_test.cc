@@ -1,4 +1,4 @@
-// Battery histories.
+// Battery random tests.
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -6,19 +6,20 @@
 #include <set>
 #include <thread>
 
-#include "devices/simulated/health.h"
-#include "fuzz/history.h"
-#include "fuzz/pauses.h"
-#include "fuzz/worker_model.h"
+#include "dump_text.h"
+#include "pauses.h"
 #include "quorvel.h"
-#include "standin/deliveries.h"
-#include "standin/service_manager.h"
+#include "quorvel/fake/deliveries.h"
+#include "quorvel/fake/service_manager.h"
+#include "quorvel/simulated/health.h"
+#include "random_run.h"
+#include "worker_model.h"
 
-namespace norvik::qel::fuzz {
+namespace norvik::qel::random_test {
 
 namespace {
 
-using devices::HealthOperation;
+using services::HealthOperation;
 using Call = Calls::Call;
 
 constexpr int kProperties = 4;
@@ -265,7 +266,7 @@ class BatteryModel {
 
 class Battery : public Family {
  public:
-  explicit Battery(History& history) : history_(history) { Begin(); }
+  explicit Battery(RandomRun& run) : run_(run) { Begin(); }
 
   ~Battery() override { ClearScripts(); }
 
@@ -312,7 +313,7 @@ class Battery : public Family {
         Script(choices);
         return;  // faults wait for the step after this one
       case 18:
-        Storm(choices);
+        Burst(choices);
         break;
       default:
         Refusals(choices);
@@ -326,17 +327,17 @@ class Battery : public Family {
     End(/*busy=*/true);
     health_.Kill();
     Note("the end");
-    history_.Settle();
+    run_.Settle();
   }
 
  private:
-  void Note(std::string line) { history_.Note(std::move(line)); }
+  void Note(std::string line) { run_.Note(std::move(line)); }
 
   void Begin() {
     if (handle_ != nullptr) End(/*busy=*/false);
     Note("InitBatteryInfo");
     model_ = std::make_unique<BatteryModel>(*model_, BatteryModel::NewHandle{});
-    calls_.push_back(std::make_unique<Calls>(history_));
+    calls_.push_back(std::make_unique<Calls>(run_));
     InitBatteryInfo(&handle_);
     Compare();
   }
@@ -355,20 +356,20 @@ class Battery : public Family {
     calls_.back()->Close();
     if (busy) changes.join();
     ReleaseNotices();
-    if (handle_ != nullptr) history_.Fail("the handle is not null after DeinitBatteryInfo");
-    history_.Settle();
+    if (handle_ != nullptr) run_.Fail("the handle is not null after DeinitBatteryInfo");
+    run_.Settle();
   }
 
   // Everything that has been caused has happened: it has to be what the model says.
   void Compare() {
-    history_.Settle();
-    history_.Expect(calls_.back()->Take(), std::exchange(model_->calls, {}), "calls");
-    history_.Expect(TextOf(DumpBatteryInfo, handle_), model_->Dump(), "dump");
-    history_.Expect(static_cast<int>(health_.callback_count()),
-                    static_cast<int>(model_->kept + model_->strangers),
-                    "callbacks that the service keeps");
-    history_.Expect(static_cast<int>(PausingWorkers()), model_->reconnect.pausing() ? 1 : 0,
-                    "workers that pause");
+    run_.Settle();
+    run_.Expect(calls_.back()->Take(), std::exchange(model_->calls, {}), "calls");
+    run_.Expect(TextOf(DumpBatteryInfo, handle_), model_->Dump(), "dump");
+    run_.Expect(static_cast<int>(health_.callback_count()),
+                static_cast<int>(model_->kept + model_->strangers),
+                "callbacks that the service keeps");
+    run_.Expect(static_cast<int>(PausingWorkers()), model_->reconnect.pausing() ? 1 : 0,
+                "workers that pause");
   }
 
   void Register(Choices& choices) {
@@ -376,8 +377,8 @@ class Battery : public Family {
     const int client = choices.Pick(kClients);
     Note("register client " + std::to_string(property * 10 + client));
     const int expected = model_->Register(property, client);
-    history_.Expect(kRegister[property](handle_, kCallbacks[property][client], calls_.back().get()),
-                    expected, "result");
+    run_.Expect(kRegister[property](handle_, kCallbacks[property][client], calls_.back().get()),
+                expected, "result");
     Compare();
   }
 
@@ -395,8 +396,7 @@ class Battery : public Family {
   void Deregister(int property, int client) {
     Note("deregister client " + std::to_string(property * 10 + client));
     const int expected = model_->Deregister(property, client);
-    history_.Expect(kDeregister[property](handle_, kCallbacks[property][client]), expected,
-                    "result");
+    run_.Expect(kDeregister[property](handle_, kCallbacks[property][client]), expected, "result");
     Compare();
   }
 
@@ -405,19 +405,19 @@ class Battery : public Family {
     const bool cached = choices.OneIn(3);
     Note("get " + std::string(kNames[property]) + (cached ? ", cached" : ", fresh"));
     const int expected = model_->Get(property, cached);
-    history_.Expect(kGet[property](handle_, cached), expected, "result");
+    run_.Expect(kGet[property](handle_, cached), expected, "result");
     Compare();
   }
 
   void Refusals(Choices& choices) {
     const int property = choices.Pick(kProperties);
     Note("null arguments");
-    history_.Expect(kRegister[property](nullptr, kCallbacks[property][0], nullptr), -EINVAL,
-                    "no handle");
-    history_.Expect(kRegister[property](handle_, nullptr, nullptr), -EINVAL, "no callback");
-    history_.Expect(kDeregister[property](nullptr, kCallbacks[property][0]), -EINVAL, "no handle");
-    history_.Expect(kDeregister[property](handle_, nullptr), -EINVAL, "no callback");
-    history_.Expect(kGet[property](nullptr, true), -EINVAL, "no handle");
+    run_.Expect(kRegister[property](nullptr, kCallbacks[property][0], nullptr), -EINVAL,
+                "no handle");
+    run_.Expect(kRegister[property](handle_, nullptr, nullptr), -EINVAL, "no callback");
+    run_.Expect(kDeregister[property](nullptr, kCallbacks[property][0]), -EINVAL, "no handle");
+    run_.Expect(kDeregister[property](handle_, nullptr), -EINVAL, "no callback");
+    run_.Expect(kGet[property](nullptr, true), -EINVAL, "no handle");
     void* none = nullptr;
     DeinitBatteryInfo(&none);
     DeinitBatteryInfo(nullptr);
@@ -462,13 +462,13 @@ class Battery : public Family {
     const bool held = model_->notices_held;
     if (!held) {
       model_->notices_held = true;
-      notices_ = std::make_unique<standin::HoldDeliveries>(standin::Delivery::kDeathNotice);
+      notices_ = std::make_unique<fake::HoldDeliveries>(fake::Delivery::kDeathNotification);
     }
     model_->Kill();
     model_->Start();
     health_.Start();
     if (!held) {
-      history_.Settle();
+      run_.Settle();
       ReleaseNotices();
     }
     Compare();
@@ -481,7 +481,7 @@ class Battery : public Family {
     } else {
       Note("death notices are late from now on");
       model_->notices_held = true;
-      notices_ = std::make_unique<standin::HoldDeliveries>(standin::Delivery::kDeathNotice);
+      notices_ = std::make_unique<fake::HoldDeliveries>(fake::Delivery::kDeathNotification);
     }
     Compare();
   }
@@ -527,19 +527,19 @@ class Battery : public Family {
     for (int i = 0; i < count; ++i) {
       const bool dead = choices.OneIn(3);
       const Fault fault = dead ? Fault::kDead : Fault::kRefused;
-      const standin::Outcome outcome = dead ? standin::Outcome{.status = STATUS_DEAD_OBJECT}
-                                            : standin::Outcome{.status = STATUS_UNKNOWN_ERROR};
+      const fake::Outcome outcome = dead ? fake::Outcome{.status = STATUS_DEAD_OBJECT}
+                                         : fake::Outcome{.status = STATUS_UNKNOWN_ERROR};
       const std::string how = dead ? " finds the service dead" : " fails";
       switch (choices.Pick(5)) {
         case 0:
           Note("a look-up fails");
           model_->find.push_back(fault);
-          standin::GetServiceScript().Then(outcome);
+          fake::GetServiceScript().Then(outcome);
           break;
         case 1:
           Note("a link to death" + how);
           model_->link.push_back(fault);
-          standin::LinkToDeathScript().Then(outcome);
+          fake::LinkToDeathScript().Then(outcome);
           break;
         case 2:
           Note("registerCallback" + how);
@@ -566,8 +566,8 @@ class Battery : public Family {
     model_->on_register.clear();
     model_->on_unregister.clear();
     model_->on_get.clear();
-    standin::GetServiceScript().Clear();
-    standin::LinkToDeathScript().Clear();
+    fake::GetServiceScript().Clear();
+    fake::LinkToDeathScript().Clear();
     for (const HealthOperation operation :
          {HealthOperation::kRegisterCallback, HealthOperation::kUnregisterCallback,
           HealthOperation::kGetHealthInfo}) {
@@ -577,7 +577,7 @@ class Battery : public Family {
 
   // Changes, a client that comes and goes, and questions, all at once. What is heard of the level
   // goes forward only, and ends with the latest.
-  void Storm(Choices& choices) {
+  void Burst(Choices& choices) {
     if (model_->held || model_->hold || model_->notices_held || !model_->linked || !model_->alive ||
         !model_->HasClients()) {
       return;
@@ -587,72 +587,71 @@ class Battery : public Family {
     // A fresh question can be answered with a change whose report is still on its way: then older
     // reports follow.
     const bool fresh = choices.OneIn(2);
-    Note("a storm of " + std::to_string(count) + " changes" + (fresh ? ", with questions" : ""));
+    Note("a burst of " + std::to_string(count) + " changes" + (fresh ? ", with questions" : ""));
     std::vector<int> told = {model_->info[0]};
-    for (int i = 0; i < count; ++i) told.push_back(++storm_value_);
+    for (int i = 0; i < count; ++i) told.push_back(++burst_value_);
     std::thread changes([&] {
       for (int i = 1; i <= count; ++i) health_.SetLevel(told[i]);
     });
     const BatteryInfoCallback spare = kCallbacks[0][kSpare];
     Calls* const cookie = calls_.back().get();
     for (int i = 0; i < count; ++i) {
-      history_.Expect(RegisterBatteryLevelCallback(handle_, spare, cookie), 0, "register");
+      run_.Expect(RegisterBatteryLevelCallback(handle_, spare, cookie), 0, "register");
       const int level = GetBatteryLevel(handle_, !fresh);
       if (std::find(told.begin(), told.end(), level) == told.end() && level != model_->values[0]) {
-        history_.Fail("a level that never was: " + std::to_string(level));
+        run_.Fail("a level that never was: " + std::to_string(level));
       }
       TextOf(DumpBatteryInfo, handle_);
-      history_.Expect(DeregisterBatteryLevelCallback(handle_, spare), 0, "deregister");
+      run_.Expect(DeregisterBatteryLevelCallback(handle_, spare), 0, "deregister");
     }
     changes.join();
-    history_.Settle();
+    run_.Settle();
     // A change that a question has found is told together with the next one.
-    told.push_back(++storm_value_);
+    told.push_back(++burst_value_);
     health_.SetLevel(told.back());
-    history_.Settle();
+    run_.Settle();
     std::array<size_t, kClients + 1> reached = {};
     for (const auto& [client, value] : cookie->Take()) {
       // The other properties are as they were, but may be owed from a fresh query.
       if (client >= 10) {
-        history_.Expect(value, model_->info[client / 10],
-                        "value of client " + std::to_string(client));
+        run_.Expect(value, model_->info[client / 10], "value of client " + std::to_string(client));
         continue;
       }
       const auto found = std::find(told.begin(), told.end(), value);
       if (found == told.end()) {
-        history_.Fail("client " + std::to_string(client) + " hears " + std::to_string(value) +
-                      ", which never was");
+        run_.Fail("client " + std::to_string(client) + " hears " + std::to_string(value) +
+                  ", which never was");
       }
       const auto index = static_cast<size_t>(found - told.begin());
       if (index < reached[client] && !fresh) {
-        history_.Fail("client " + std::to_string(client) + " hears an old value");
+        run_.Fail("client " + std::to_string(client) + " hears an old value");
       }
       reached[client] = index;
     }
     for (const int client : model_->clients[0]) {
-      history_.Expect(static_cast<int>(reached[client]), count + 1,
-                      "how far client " + std::to_string(client) + " came");
+      run_.Expect(static_cast<int>(reached[client]), count + 1,
+                  "how far client " + std::to_string(client) + " came");
     }
     model_->info[0] = told.back();
     model_->Report();
-    model_->calls.clear();  // they have been heard in the storm
+    model_->calls.clear();  // they have been heard in the burst
     Compare();
   }
 
-  History& history_;
+  RandomRun& run_;
   simulated::Health health_;
   std::unique_ptr<BatteryModel> model_ = std::make_unique<BatteryModel>();
   void* handle_ = nullptr;
   // Those of handles that are gone stay, to hear what they should not.
   std::vector<std::unique_ptr<Calls>> calls_;
-  std::unique_ptr<standin::HoldDeliveries> notices_;
-  int storm_value_ = 10'000;
+  std::unique_ptr<fake::HoldDeliveries> notices_;
+  int burst_value_ = 10'000;
 };
 
 }  // namespace
 
-std::unique_ptr<Family> MakeBattery(History& history) {
-  return std::make_unique<Battery>(history);
+std::unique_ptr<Family> MakeBattery(RandomRun& run) {
+  return std::make_unique<Battery>(run);
 }
 
-}  // namespace norvik::qel::fuzz
+}  // namespace norvik::qel::random_test

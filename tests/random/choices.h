@@ -1,4 +1,4 @@
-// Where a history's decisions come from: given bytes, or as many as wanted from a seed.
+// Where a run's decisions come from: given bytes, or as many as wanted from a seed.
 #pragma once
 
 #include <cstddef>
@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-namespace norvik::qel::fuzz {
+namespace norvik::qel::random_test {
 
 class Choices {
  public:
@@ -34,4 +34,4 @@ class Choices {
   size_t next_ = 0;
 };
 
-}  // namespace norvik::qel::fuzz
+}  // namespace norvik::qel::random_test

@@ -1,12 +1,12 @@
-// The same histories for libFuzzer, which decides instead of a seed. The family is the target's.
+// The same random tests for libFuzzer, which decides instead of a seed. The family is the target's.
 #include <cstddef>
 #include <cstdint>
 
-#include "fuzz/history.h"
+#include "random_run.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  using namespace norvik::qel::fuzz;
-  RunHistory(QUORVEL_FUZZ_FAMILY, Choices({data, size}),
-             "--family " QUORVEL_FUZZ_FAMILY " CRASH-FILE");
+  using namespace norvik::qel::random_test;
+  RunRandomTest(QUORVEL_FUZZ_FAMILY, Choices({data, size}),
+                "--family " QUORVEL_FUZZ_FAMILY " CRASH-FILE");
   return 0;
 }

@@ -1,4 +1,4 @@
-// quorvel_histories: random histories of C calls and device changes, held against a model.
+// quorvel_random_test: random steps of C calls and device changes, held against a model.
 #include <signal.h>
 #include <stdio.h>
 #include <unistd.h>
@@ -11,16 +11,16 @@
 #include <string>
 #include <vector>
 
-#include "fuzz/history.h"
+#include "random_run.h"
 
 namespace {
 
-using norvik::qel::fuzz::Choices;
-using norvik::qel::fuzz::RunHistory;
+using norvik::qel::random_test::Choices;
+using norvik::qel::random_test::RunRandomTest;
 
 // A client's call or the library that never returns ends the program, too.
 void OnHang(int /*signal*/) {
-  constexpr char kText[] = "quorvel_histories: a run hangs\n";
+  constexpr char kText[] = "quorvel_random_test: a run hangs\n";
   static_cast<void>(!write(STDERR_FILENO, kText, sizeof kText - 1));
   abort();
 }
@@ -34,7 +34,7 @@ int main(int argc, char** argv) {
   int runs = 10;
   size_t bytes = 1000;
   std::vector<std::string> files;
-  CLI::App app("Holds random histories of C calls and device changes against a model.");
+  CLI::App app("Tries random steps, C calls and changes of the device, against a model.");
   app.footer("A run that fails prints what has been done, and how to do it again.");
   std::string only;
   app.add_option("--family", only, "this family alone: battery, sensor or thermal")
@@ -55,20 +55,20 @@ int main(int argc, char** argv) {
       std::ifstream stream(file, std::ios::binary);
       const std::vector<uint8_t> content{std::istreambuf_iterator<char>(stream), {}};
       if (!stream) {
-        fprintf(stderr, "quorvel_histories: cannot read %s\n", file.c_str());
+        fprintf(stderr, "quorvel_random_test: cannot read %s\n", file.c_str());
         return 1;
       }
       alarm(600);
       std::string origin = "--family ";
       origin.append(family).append(" ").append(file);
-      steps += RunHistory(family, Choices(content), origin);
+      steps += RunRandomTest(family, Choices(content), origin);
       ++done;
     }
     for (int i = 0; files.empty() && i < runs; ++i, ++done) {
       const std::string origin = "--family " + family + " --seed " + std::to_string(seed + i) +
                                  " --bytes " + std::to_string(bytes) + " --runs 1";
       alarm(600);
-      steps += RunHistory(family, Choices(seed + i, bytes), origin);
+      steps += RunRandomTest(family, Choices(seed + i, bytes), origin);
     }
     const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begin;
     printf("%s: %d runs, %ld steps, %.1f s\n", family.c_str(), done, steps, took.count());

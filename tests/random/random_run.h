@@ -9,18 +9,18 @@
 #include <string>
 #include <vector>
 
-#include "fuzz/choices.h"
+#include "choices.h"
 
-namespace norvik::qel::fuzz {
+namespace norvik::qel::random_test {
 
 // Threads: any.
-class History {
+class RandomRun {
  public:
   // `origin` tells how to run it again.
-  explicit History(std::string origin);
-  ~History();
-  History(const History&) = delete;
-  History& operator=(const History&) = delete;
+  explicit RandomRun(std::string origin);
+  ~RandomRun();
+  RandomRun(const RandomRun&) = delete;
+  RandomRun& operator=(const RandomRun&) = delete;
 
   // A line of the account; the latest one is the one under way.
   void Note(std::string line);
@@ -64,7 +64,7 @@ class Calls {
   // Which client, what value.
   using Call = std::pair<int, int>;
 
-  explicit Calls(const History& history) : history_(history) {}
+  explicit Calls(const RandomRun& run) : run_(run) {}
 
   // The client's side. Ends the program after Close().
   void Put(int client, int value);
@@ -81,7 +81,7 @@ class Calls {
   void Close();
 
  private:
-  const History& history_;
+  const RandomRun& run_;
   mutable std::mutex lock_;
   std::condition_variable changed_;
   std::vector<Call> calls_;
@@ -90,10 +90,7 @@ class Calls {
   bool closed_ = false;
 };
 
-// What one of the Dump...() functions writes.
-std::string TextOf(void (*dump)(void* handle, int fd), void* handle);
-
-// A handle, its device and its model, going through a history step by step.
+// A handle, its device and its model, going through a run step by step.
 class Family {
  public:
   virtual ~Family() = default;
@@ -103,16 +100,14 @@ class Family {
   virtual void Finish() = 0;
 };
 
-std::unique_ptr<Family> MakeBattery(History& history);
-std::unique_ptr<Family> MakeSensor(History& history);
-std::unique_ptr<Family> MakeThermal(History& history);
+std::unique_ptr<Family> MakeBattery(RandomRun& run);
+std::unique_ptr<Family> MakeSensor(RandomRun& run);
+std::unique_ptr<Family> MakeThermal(RandomRun& run);
 
 // "battery", "sensor" or "thermal"; null for another name.
-std::unique_ptr<Family> MakeFamily(const std::string& name, History& history);
+std::unique_ptr<Family> MakeFamily(const std::string& name, RandomRun& run);
 
-// Before the first history: the process as on a device.
-void SetUpProcess();
-// A whole history. Returns how many steps it had.
-int RunHistory(const std::string& family, Choices choices, const std::string& origin);
+// A whole run. Returns how many steps it had.
+int RunRandomTest(const std::string& family, Choices choices, const std::string& origin);
 
-}  // namespace norvik::qel::fuzz
+}  // namespace norvik::qel::random_test

@@ -1,4 +1,4 @@
-// Sensor histories: two handles, since the platform has one looper for all.
+// Sensor random tests: two handles, since the platform has one looper for all.
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -6,19 +6,20 @@
 #include <limits>
 #include <thread>
 
-#include "devices/simulated/sensor_hub.h"
-#include "fuzz/history.h"
-#include "fuzz/pauses.h"
-#include "fuzz/worker_model.h"
+#include "dump_text.h"
+#include "pauses.h"
 #include "quorvel.h"
-#include "standin/deliveries.h"
+#include "quorvel/fake/deliveries.h"
+#include "quorvel/simulated/sensor_hub.h"
+#include "random_run.h"
+#include "worker_model.h"
 
-namespace norvik::qel::fuzz {
+namespace norvik::qel::random_test {
 
 namespace {
 
 using Call = Calls::Call;
-using standin::SensorFunction;
+using fake::SensorFunction;
 
 constexpr int kSensors = 2;
 constexpr int kHandles = 2;
@@ -258,7 +259,7 @@ class SensorModel {
 
 // A handle with its model and its clients.
 struct Subject {
-  Subject(const History& history, Phone& phone) : calls(history), model(phone) {
+  Subject(const RandomRun& run, Phone& phone) : calls(run), model(phone) {
     for (int sensor = 0; sensor < kSensors; ++sensor) {
       for (int id = 0; id <= kSpare; ++id) {
         clients[sensor][id] = {.calls = &calls, .number = sensor * 10 + id};
@@ -274,7 +275,7 @@ struct Subject {
 
 class SensorFamily : public Family {
  public:
-  explicit SensorFamily(History& history) : history_(history) {
+  explicit SensorFamily(RandomRun& run) : run_(run) {
     while (ALooper_pollOnce(0, nullptr, nullptr, nullptr) != ALOOPER_POLL_TIMEOUT) continue;
     for (int i = 0; i < kHandles; ++i) Begin(i);
   }
@@ -313,7 +314,7 @@ class SensorFamily : public Family {
         AddFaults(choices);
         return;  // faults wait for the step after this one
       case 14:
-        Storm(handle, choices);
+        Burst(handle, choices);
         break;
       default:
         Refusals(handle, choices);
@@ -328,21 +329,21 @@ class SensorFamily : public Family {
 
   void Finish() override {
     for (int i = 0; i < kHandles; ++i) End(i, /*busy=*/true);
-    history_.Settle();
+    run_.Settle();
     Note("the end");
     if (phone_.running) {
-      history_.Expect(static_cast<int>(hub_.queue_count()), 0, "queues that are left");
+      run_.Expect(static_cast<int>(hub_.queue_count()), 0, "queues that are left");
     }
   }
 
  private:
-  void Note(std::string line) { history_.Note(std::move(line)); }
+  void Note(std::string line) { run_.Note(std::move(line)); }
   Subject& at(int handle) { return *subjects_[handle]; }
 
   void Begin(int handle) {
     Note("InitSensorInfo " + std::to_string(handle));
     // Those of handles that are gone stay, to hear what they should not.
-    all_.push_back(std::make_unique<Subject>(history_, phone_));
+    all_.push_back(std::make_unique<Subject>(run_, phone_));
     subjects_[handle] = all_.back().get();
     InitSensorInfo(&at(handle).handle);
     Compare();
@@ -361,8 +362,8 @@ class SensorFamily : public Family {
     DeinitSensorInfo(&subject.handle);
     subject.calls.Close();
     if (busy) reports.join();
-    history_.Settle();
-    if (subject.handle != nullptr) history_.Fail("the handle is not null after DeinitSensorInfo");
+    run_.Settle();
+    if (subject.handle != nullptr) run_.Fail("the handle is not null after DeinitSensorInfo");
     // The other one hears of it, too: what, is looked at elsewhere.
     if (busy) {
       if (phone_.has[0]) phone_.latest[0] = 1004.0F;
@@ -371,7 +372,7 @@ class SensorFamily : public Family {
   }
 
   void Compare(bool any_order = false) {
-    history_.Settle();
+    run_.Settle();
     size_t queues = 0;
     std::array<int, kSensors> listeners = {};
     size_t pausing = 0;
@@ -386,24 +387,24 @@ class SensorFamily : public Family {
         std::sort(seen.begin(), seen.end());
         std::sort(expected.begin(), expected.end());
       }
-      history_.Expect(seen, expected, "calls" + name);
-      history_.Expect(TextOf(DumpSensorInfo, subject.handle), model.Dump(), "dump" + name);
+      run_.Expect(seen, expected, "calls" + name);
+      run_.Expect(TextOf(DumpSensorInfo, subject.handle), model.Dump(), "dump" + name);
       queues += model.connected ? 1 : 0;
       for (int s = 0; s < kSensors; ++s) listeners[s] += model.sensors[s].active ? 1 : 0;
       pausing += model.reconnect.pausing() ? 1 : 0;
     }
-    history_.Expect(static_cast<int>(PausingWorkers()), static_cast<int>(pausing),
-                    "workers that pause");
+    run_.Expect(static_cast<int>(PausingWorkers()), static_cast<int>(pausing),
+                "workers that pause");
     if (!phone_.running) return;
-    history_.Expect(static_cast<int>(hub_.queue_count()), static_cast<int>(queues), "queues");
+    run_.Expect(static_cast<int>(hub_.queue_count()), static_cast<int>(queues), "queues");
     for (int s = 0; s < kSensors; ++s) {
-      history_.Expect(hub_.listeners(kTypes[s]), listeners[s], "listeners");
+      run_.Expect(hub_.listeners(kTypes[s]), listeners[s], "listeners");
     }
   }
 
   // While it lives, no report arrives: a sensor that is enabled reports at once, and whether that
   // comes before or after the client's first call is a matter of luck.
-  void CompareThenDeliver(std::unique_ptr<standin::HoldDeliveries>& held) {
+  void CompareThenDeliver(std::unique_ptr<fake::HoldDeliveries>& held) {
     Compare();
     held.reset();
     for (Subject* subject : subjects_) subject->model.DeliverReported();
@@ -411,8 +412,8 @@ class SensorFamily : public Family {
     Compare(/*any_order=*/true);
   }
 
-  static std::unique_ptr<standin::HoldDeliveries> HoldReports() {
-    return std::make_unique<standin::HoldDeliveries>(standin::Delivery::kOneway);
+  static std::unique_ptr<fake::HoldDeliveries> HoldReports() {
+    return std::make_unique<fake::HoldDeliveries>(fake::Delivery::kOneway);
   }
 
   void Register(int handle, Choices& choices) {
@@ -422,8 +423,8 @@ class SensorFamily : public Family {
     Note("register " + std::to_string(handle) + ":" + std::to_string(sensor * 10 + id));
     const int expected = subject.model.Register(sensor, id);
     auto held = HoldReports();
-    history_.Expect(kRegister[sensor](subject.handle, id, OnReading, &subject.clients[sensor][id]),
-                    expected, "result");
+    run_.Expect(kRegister[sensor](subject.handle, id, OnReading, &subject.clients[sensor][id]),
+                expected, "result");
     CompareThenDeliver(held);
   }
 
@@ -442,7 +443,7 @@ class SensorFamily : public Family {
     Subject& subject = at(handle);
     Note("deregister " + std::to_string(handle) + ":" + std::to_string(sensor * 10 + id));
     const int expected = subject.model.Deregister(sensor, id);
-    history_.Expect(kDeregister[sensor](subject.handle, id), expected, "result");
+    run_.Expect(kDeregister[sensor](subject.handle, id), expected, "result");
     Compare();
   }
 
@@ -451,10 +452,10 @@ class SensorFamily : public Family {
     const int sensor = choices.Pick(kSensors);
     Note("null arguments");
     Client* const cookie = subject.clients[sensor].data();
-    history_.Expect(kRegister[sensor](nullptr, 1, OnReading, cookie), -EINVAL, "no handle");
-    history_.Expect(kRegister[sensor](subject.handle, 1, nullptr, cookie), -EINVAL, "no callback");
-    history_.Expect(kRegister[sensor](subject.handle, 1, OnReading, nullptr), -EINVAL, "no cookie");
-    history_.Expect(kDeregister[sensor](nullptr, 1), -EINVAL, "no handle");
+    run_.Expect(kRegister[sensor](nullptr, 1, OnReading, cookie), -EINVAL, "no handle");
+    run_.Expect(kRegister[sensor](subject.handle, 1, nullptr, cookie), -EINVAL, "no callback");
+    run_.Expect(kRegister[sensor](subject.handle, 1, OnReading, nullptr), -EINVAL, "no cookie");
+    run_.Expect(kDeregister[sensor](nullptr, 1), -EINVAL, "no handle");
     void* none = nullptr;
     DeinitSensorInfo(&none);
     DeinitSensorInfo(nullptr);
@@ -469,7 +470,7 @@ class SensorFamily : public Family {
                                     7.99F,   179.6F, -3.0F,
                                     3.0e10F, -3e10F, std::numeric_limits<float>::quiet_NaN()};
     const int count = 1 + choices.Pick(3);
-    std::vector<devices::SensorReading> readings;
+    std::vector<services::SensorReading> readings;
     std::vector<int> which;
     std::string text = "reported:";
     for (int i = 0; i < count; ++i) {
@@ -590,7 +591,7 @@ class SensorFamily : public Family {
 
   // Readings, a client that comes and goes, and dumps, all at once. Everybody hears readings in
   // their order, and the last one last.
-  void Storm(int handle, Choices& choices) {
+  void Burst(int handle, Choices& choices) {
     Subject& subject = at(handle);
     const int sensor = choices.Pick(kSensors);
     if (!subject.model.sensors[sensor].active || subject.model.sensors[sensor].clients.empty()) {
@@ -601,58 +602,57 @@ class SensorFamily : public Family {
     }
     ClearScripts();
     const int count = 1 + choices.Pick(30);
-    const int first = storm_value_ + 1;
-    storm_value_ += count;
-    Note("a storm of " + std::to_string(count) + " readings of " + kNames[sensor]);
+    const int first = burst_value_ + 1;
+    burst_value_ += count;
+    Note("a burst of " + std::to_string(count) + " readings of " + kNames[sensor]);
     std::thread reports([&] {
       for (int i = 0; i < count; ++i) hub_.Report(kTypes[sensor], static_cast<float>(first + i));
     });
     for (int i = 0; i < count; ++i) {
-      history_.Expect(
+      run_.Expect(
           kRegister[sensor](subject.handle, kSpare, OnReading, &subject.clients[sensor][kSpare]), 0,
           "register");
       TextOf(DumpSensorInfo, subject.handle);
-      history_.Expect(kDeregister[sensor](subject.handle, kSpare), 0, "deregister");
+      run_.Expect(kDeregister[sensor](subject.handle, kSpare), 0, "deregister");
     }
     reports.join();
-    history_.Settle();
-    phone_.latest[sensor] = static_cast<float>(storm_value_);
+    run_.Settle();
+    phone_.latest[sensor] = static_cast<float>(burst_value_);
     for (Subject* each : subjects_) {
       const int before = each->model.sensors[sensor].data;
       std::array<int, kIds + 1> latest = {};
       latest.fill(before);
       for (const auto& [client, value] : each->calls.Take()) {
-        if (client / 10 != sensor) history_.Fail("another sensor's client is called");
+        if (client / 10 != sensor) run_.Fail("another sensor's client is called");
         int& last = latest[client % 10];
-        const bool was = value == before || (value >= first && value <= storm_value_);
-        if (!was) history_.Fail("a reading that never was: " + std::to_string(value));
-        if (value < last && last != before)
-          history_.Fail("an old reading: " + std::to_string(value));
+        const bool was = value == before || (value >= first && value <= burst_value_);
+        if (!was) run_.Fail("a reading that never was: " + std::to_string(value));
+        if (value < last && last != before) run_.Fail("an old reading: " + std::to_string(value));
         last = value;
       }
       each->model.Report({sensor});
       if (each->model.sensors[sensor].active) {
         for (const auto& client : each->model.sensors[sensor].clients) {
-          history_.Expect(latest[client.id], storm_value_, "the last reading");
+          run_.Expect(latest[client.id], burst_value_, "the last reading");
         }
       }
-      each->model.calls.clear();  // they have been heard in the storm
+      each->model.calls.clear();  // they have been heard in the burst
     }
     Compare();
   }
 
-  History& history_;
+  RandomRun& run_;
   simulated::SensorHub hub_;
   Phone phone_;
   std::vector<std::unique_ptr<Subject>> all_;
   std::array<Subject*, kHandles> subjects_ = {};
-  int storm_value_ = 10'000;
+  int burst_value_ = 10'000;
 };
 
 }  // namespace
 
-std::unique_ptr<Family> MakeSensor(History& history) {
-  return std::make_unique<SensorFamily>(history);
+std::unique_ptr<Family> MakeSensor(RandomRun& run) {
+  return std::make_unique<SensorFamily>(run);
 }
 
-}  // namespace norvik::qel::fuzz
+}  // namespace norvik::qel::random_test

@@ -1,4 +1,4 @@
-// Thermal histories.
+// Thermal random tests.
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -9,22 +9,23 @@
 #include <sstream>
 #include <thread>
 
-#include "devices/simulated/thermal.h"
-#include "fuzz/history.h"
-#include "fuzz/pauses.h"
-#include "fuzz/worker_model.h"
+#include "dump_text.h"
+#include "pauses.h"
 #include "quorvel.h"
-#include "standin/deliveries.h"
+#include "quorvel/fake/deliveries.h"
+#include "quorvel/simulated/thermal.h"
+#include "random_run.h"
+#include "worker_model.h"
 
-namespace norvik::qel::fuzz {
+namespace norvik::qel::random_test {
 
 namespace {
 
 using aidl::android::hardware::thermal::TemperatureType;
 using aidl::android::hardware::thermal::ThrottlingSeverity;
 using Call = Calls::Call;
-using devices::HidlThermalOperation;
-using devices::ThermalOperation;
+using services::HidlThermalOperation;
+using services::ThermalOperation;
 using simulated::ThermalPath;
 
 constexpr int kPaths = 2;  // AIDL, HIDL
@@ -370,9 +371,9 @@ void OnSeverity(int severity, void* cookie) {
 
 // A handle with its model and its clients.
 struct Subject {
-  Subject(const History& history, Phone& phone) : model(phone) {
+  Subject(const RandomRun& run, Phone& phone) : model(phone) {
     for (const TypeName& type : kTypes) {
-      calls[type.number] = std::make_unique<Calls>(history);
+      calls[type.number] = std::make_unique<Calls>(run);
       for (int i = 0; i < kIds; ++i) {
         const int id = type.number * 10 + i;
         clients[id] = {.calls = calls[type.number].get(), .id = id};
@@ -388,7 +389,7 @@ struct Subject {
 
 class ThermalFamily : public Family {
  public:
-  explicit ThermalFamily(History& history) : history_(history) {
+  explicit ThermalFamily(RandomRun& run) : run_(run) {
     device_.Declare(ThermalPath::kHidl);
     for (const auto& temperature : device_.data().temperatures) {
       phone_.records.push_back({.type = static_cast<int>(temperature.type),
@@ -452,7 +453,7 @@ class ThermalFamily : public Family {
         AddFaults(choices);
         return;  // faults wait for the step after this one
       case 22:
-        Storm(choices);
+        Burst(choices);
         break;
       default:
         Refusals();
@@ -469,17 +470,17 @@ class ThermalFamily : public Family {
     End(/*busy=*/true);
     for (const ThermalPath path : kPathValues) device_.Kill(path);
     Note("the end");
-    history_.Settle();
+    run_.Settle();
   }
 
  private:
-  void Note(std::string line) { history_.Note(std::move(line)); }
+  void Note(std::string line) { run_.Note(std::move(line)); }
   ThermalModel& model() { return subject_->model; }
 
   void Begin() {
     Note("InitThermalInfo");
     // Those of handles that are gone stay, to hear what they should not.
-    all_.push_back(std::make_unique<Subject>(history_, phone_));
+    all_.push_back(std::make_unique<Subject>(run_, phone_));
     subject_ = all_.back().get();
     InitThermalInfo(&subject_->handle);
     Compare();
@@ -501,9 +502,8 @@ class ThermalFamily : public Family {
     for (auto& [type, calls] : subject_->calls) calls->Close();
     if (busy) changes.join();
     notices_.reset();
-    history_.Settle();
-    if (subject_->handle != nullptr)
-      history_.Fail("the handle is not null after DeinitThermalInfo");
+    run_.Settle();
+    if (subject_->handle != nullptr) run_.Fail("the handle is not null after DeinitThermalInfo");
   }
 
   // The dump without addresses, and with the clients of a type in the order of their ids.
@@ -542,10 +542,10 @@ class ThermalFamily : public Family {
 
   // With `repeats`, a client may hear once or twice what the model has it hear twice.
   void Compare(bool repeats = false) {
-    history_.Settle();
+    run_.Settle();
     const std::string dump = Dump();
     AdoptOrder(dump);
-    history_.Expect(dump, model().Dump(), "dump");
+    run_.Expect(dump, model().Dump(), "dump");
     for (const auto& [number, calls] : subject_->calls) {
       std::vector<Call> seen = calls->Take();
       std::vector<Call> expected;
@@ -564,16 +564,16 @@ class ThermalFamily : public Family {
         seen.erase(std::unique(seen.begin(), seen.end()), seen.end());
         expected.erase(std::unique(expected.begin(), expected.end()), expected.end());
       }
-      history_.Expect(seen, expected, "calls for type " + std::to_string(number));
+      run_.Expect(seen, expected, "calls for type " + std::to_string(number));
     }
     for (int path = 0; path < kPaths; ++path) {
-      history_.Expect(static_cast<int>(device_.callback_count(kPathValues[path])),
-                      static_cast<int>(phone_.services[path].callbacks.size()),
-                      std::string("callbacks that the service keeps, ") + kPathNames[path]);
+      run_.Expect(static_cast<int>(device_.callback_count(kPathValues[path])),
+                  static_cast<int>(phone_.services[path].callbacks.size()),
+                  std::string("callbacks that the service keeps, ") + kPathNames[path]);
     }
-    history_.Expect(static_cast<int>(PausingWorkers()),
-                    (model().reconnect.pausing() ? 1 : 0) + (model().restore.pausing() ? 1 : 0),
-                    "workers that pause");
+    run_.Expect(static_cast<int>(PausingWorkers()),
+                (model().reconnect.pausing() ? 1 : 0) + (model().restore.pausing() ? 1 : 0),
+                "workers that pause");
   }
 
   void Register(Choices& choices) {
@@ -584,8 +584,8 @@ class ThermalFamily : public Family {
     const int expected = model().Register(id, type.number, name);
     const ThermalCallbackParam param = {
         .id = id, .type_name = type.text, .temperature_name = name.c_str(), .callback = OnSeverity};
-    history_.Expect(RegisterThermalCallback(subject_->handle, &param, &subject_->clients.at(id)),
-                    expected, "result");
+    run_.Expect(RegisterThermalCallback(subject_->handle, &param, &subject_->clients.at(id)),
+                expected, "result");
     Compare();
   }
 
@@ -609,7 +609,7 @@ class ThermalFamily : public Family {
     }
     Note("deregister " + std::to_string(id));
     const int expected = model().Deregister(id);
-    history_.Expect(DeregisterThermalCallback(subject_->handle, id), expected, "result");
+    run_.Expect(DeregisterThermalCallback(subject_->handle, id), expected, "result");
     Compare();
   }
 
@@ -664,11 +664,11 @@ class ThermalFamily : public Family {
         current ? GetBatteryChargeLimitCurrent(subject_->handle, values.data(), &size, cached)
                 : GetBatteryChargeLimitVoltage(subject_->handle, values.data(), &size, cached);
     const bool fits = room < 0 || static_cast<size_t>(room) >= expected.size();
-    history_.Expect(result, fits ? 0 : -EINVAL, "result");
-    history_.Expect(size, fits ? static_cast<int>(expected.size()) : room, "size");
+    run_.Expect(result, fits ? 0 : -EINVAL, "result");
+    run_.Expect(size, fits ? static_cast<int>(expected.size()) : room, "size");
     std::vector<int> all(16, -77);
     if (fits) std::copy(expected.begin(), expected.end(), all.begin());
-    history_.Expect(values, all, "values");
+    run_.Expect(values, all, "values");
     Compare();
   }
 
@@ -692,11 +692,11 @@ class ThermalFamily : public Family {
     const int result =
         GetBulkTemperatureByNames(subject_->handle, names.data(), count, out.data(), &size);
     const bool fits = expected.size() <= static_cast<size_t>(room);
-    history_.Expect(result, fits ? 0 : -EINVAL, "result");
-    history_.Expect(size, fits ? static_cast<int>(expected.size()) : room, "size");
+    run_.Expect(result, fits ? 0 : -EINVAL, "result");
+    run_.Expect(size, fits ? static_cast<int>(expected.size()) : room, "size");
     for (size_t i = 0; fits && i < expected.size(); ++i) {
-      history_.Expect(std::string(out[i].name), expected[i].first, "name");
-      if (out[i].value != expected[i].second) history_.Fail("another temperature");
+      run_.Expect(std::string(out[i].name), expected[i].first, "name");
+      if (out[i].value != expected[i].second) run_.Fail("another temperature");
     }
     Compare();
   }
@@ -733,7 +733,7 @@ class ThermalFamily : public Family {
     ++phone_.services[path].generation;
     device_.Start(kPathValues[path]);
     if (!held) {
-      history_.Settle();
+      run_.Settle();
       SetNoticesHeld(false);
     }
     Compare();
@@ -748,7 +748,7 @@ class ThermalFamily : public Family {
   void SetNoticesHeld(bool held) {
     model().notices_held = held;
     if (held) {
-      notices_ = std::make_unique<standin::HoldDeliveries>(standin::Delivery::kDeathNotice);
+      notices_ = std::make_unique<fake::HoldDeliveries>(fake::Delivery::kDeathNotification);
     } else {
       model().DeliverNotices();
       notices_.reset();
@@ -802,7 +802,7 @@ class ThermalFamily : public Family {
   }
 
   void AddFaults(Choices& choices) {
-    const standin::Outcome outcome = standin::Outcome::Exception(EX_ILLEGAL_STATE, "not now");
+    const fake::Outcome outcome = fake::Outcome::Exception(EX_ILLEGAL_STATE, "not now");
     const int count = 1 + choices.Pick(3);
     for (int i = 0; i < count; ++i) {
       const int path = choices.Pick(kPaths);
@@ -837,7 +837,7 @@ class ThermalFamily : public Family {
         default:
           Note("a link to death fails");
           phone_.link.push_back(Outcome::kRefused);
-          standin::LinkToDeathScript().Then({.status = STATUS_UNKNOWN_ERROR});
+          fake::LinkToDeathScript().Then({.status = STATUS_UNKNOWN_ERROR});
           break;
       }
     }
@@ -850,7 +850,7 @@ class ThermalFamily : public Family {
       service.delist.clear();
     }
     phone_.link.clear();
-    standin::LinkToDeathScript().Clear();
+    fake::LinkToDeathScript().Clear();
     device_.on(HidlThermalOperation::kGetCurrentTemperatures).Clear();
     device_.on(HidlThermalOperation::kRegisterThermalChangedCallback).Clear();
     device_.on(HidlThermalOperation::kUnregisterThermalChangedCallback).Clear();
@@ -863,17 +863,17 @@ class ThermalFamily : public Family {
     void* const handle = subject_->handle;
     ThermalCallbackParam param = {
         .id = 1, .type_name = "CPU", .temperature_name = "cpu", .callback = OnSeverity};
-    history_.Expect(RegisterThermalCallback(nullptr, &param, this), -EINVAL, "no handle");
-    history_.Expect(RegisterThermalCallback(handle, nullptr, this), -EINVAL, "no param");
-    history_.Expect(RegisterThermalCallback(handle, &param, nullptr), -EINVAL, "no cookie");
+    run_.Expect(RegisterThermalCallback(nullptr, &param, this), -EINVAL, "no handle");
+    run_.Expect(RegisterThermalCallback(handle, nullptr, this), -EINVAL, "no param");
+    run_.Expect(RegisterThermalCallback(handle, &param, nullptr), -EINVAL, "no cookie");
     param.callback = nullptr;
-    history_.Expect(RegisterThermalCallback(handle, &param, this), -EINVAL, "no callback");
-    history_.Expect(DeregisterThermalCallback(nullptr, 1), -EINVAL, "no handle");
-    history_.Expect(GetBatteryChargeLimitCapacity(handle), 16, "capacity");
-    history_.Expect(GetThermalTypeByName(handle, "NPU"), 9, "type");
-    history_.Expect(GetThermalTypeByName(handle, "npu"), -1, "type");
-    history_.Expect(GetThrottlingSeverityByName(handle, "SHUTDOWN"), 6, "severity");
-    history_.Expect(GetThrottlingSeverityByName(handle, ""), -EINVAL, "severity");
+    run_.Expect(RegisterThermalCallback(handle, &param, this), -EINVAL, "no callback");
+    run_.Expect(DeregisterThermalCallback(nullptr, 1), -EINVAL, "no handle");
+    run_.Expect(GetBatteryChargeLimitCapacity(handle), 16, "capacity");
+    run_.Expect(GetThermalTypeByName(handle, "NPU"), 9, "type");
+    run_.Expect(GetThermalTypeByName(handle, "npu"), -1, "type");
+    run_.Expect(GetThrottlingSeverityByName(handle, "SHUTDOWN"), 6, "severity");
+    run_.Expect(GetThrottlingSeverityByName(handle, ""), -EINVAL, "severity");
     void* none = nullptr;
     DeinitThermalInfo(&none);
     DeinitThermalInfo(nullptr);
@@ -891,7 +891,7 @@ class ThermalFamily : public Family {
 
   // Notices of one temperature, questions, dumps and a client of another type that comes and goes,
   // all at once. Who listens hears the first notice and perhaps later ones, in their order.
-  void Storm(Choices& choices) {
+  void Burst(Choices& choices) {
     // Of those, the other type's client must not be there, nor its service unwilling.
     const auto other = std::find_if(kTypes.begin(), kTypes.end(), [&](const TypeName& type) {
       return type.number >= 0 &&
@@ -913,9 +913,9 @@ class ThermalFamily : public Family {
     static_cast<void>(model().Bulk({}));
     static_cast<void>(Ask());
     const int count = 1 + choices.Pick(30);
-    const int first = storm_value_ + 1;
-    storm_value_ += count;
-    Note("a storm of " + std::to_string(count) + " notices of " + name);
+    const int first = burst_value_ + 1;
+    burst_value_ += count;
+    Note("a burst of " + std::to_string(count) + " notices of " + name);
     const auto record = [&](int severity) {
       return simulated::Thermal::Temperature{
           .type = static_cast<TemperatureType>(type.type),
@@ -933,12 +933,12 @@ class ThermalFamily : public Family {
                                         .callback = OnSeverity};
     for (int i = 0; i < count; ++i) {
       const int result = RegisterThermalCallback(subject_->handle, &param, &spare);
-      history_.Expect(DeregisterThermalCallback(subject_->handle, spare.id), result, "leaving");
-      history_.Expect(Ask(), 0, "result");
+      run_.Expect(DeregisterThermalCallback(subject_->handle, spare.id), result, "leaving");
+      run_.Expect(Ask(), 0, "result");
       TextOf(DumpThermalInfo, subject_->handle);
     }
     notices.join();
-    history_.Settle();
+    run_.Settle();
     // What the model tells of the first notice is what everybody hears first.
     const int callback = type.callback;
     const bool listens = std::any_of(phone_.services.begin(), phone_.services.end(),
@@ -953,34 +953,34 @@ class ThermalFamily : public Family {
       const std::vector<int>& values = heard[id];
       const std::string who = "client " + std::to_string(id);
       if (!listens || wanted != name) {
-        history_.Expect(values, {}, who);
+        run_.Expect(values, {}, who);
         continue;
       }
-      if (values.empty()) history_.Fail(who + " hears nothing");
-      history_.Expect(values.front(), first, "the first that " + who + " hears");
+      if (values.empty()) run_.Fail(who + " hears nothing");
+      run_.Expect(values.front(), first, "the first that " + who + " hears");
       for (size_t i = 1; i < values.size(); ++i) {
-        if (values[i] <= values[i - 1]) history_.Fail(who + " hears an old notice");
+        if (values[i] <= values[i - 1]) run_.Fail(who + " hears an old notice");
       }
-      if (values.back() > storm_value_) history_.Fail(who + " hears what never was");
+      if (values.back() > burst_value_) run_.Fail(who + " hears what never was");
       heard.erase(id);
     }
     subject_->calls.at(other->number)->Take();  // the present severity, now and then
     Compare();
   }
 
-  History& history_;
+  RandomRun& run_;
   simulated::Thermal device_;
   Phone phone_;
   std::vector<std::unique_ptr<Subject>> all_;
   Subject* subject_ = nullptr;
-  std::unique_ptr<standin::HoldDeliveries> notices_;
-  int storm_value_ = 10'000;
+  std::unique_ptr<fake::HoldDeliveries> notices_;
+  int burst_value_ = 10'000;
 };
 
 }  // namespace
 
-std::unique_ptr<Family> MakeThermal(History& history) {
-  return std::make_unique<ThermalFamily>(history);
+std::unique_ptr<Family> MakeThermal(RandomRun& run) {
+  return std::make_unique<ThermalFamily>(run);
 }
 
-}  // namespace norvik::qel::fuzz
+}  // namespace norvik::qel::random_test

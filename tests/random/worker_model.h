@@ -5,7 +5,7 @@
 #include <functional>
 #include <utility>
 
-namespace norvik::qel::fuzz {
+namespace norvik::qel::random_test {
 
 class RetryModel {
  public:
@@ -59,4 +59,4 @@ class RetryModel {
   bool again_ = false;
 };
 
-}  // namespace norvik::qel::fuzz
+}  // namespace norvik::qel::random_test

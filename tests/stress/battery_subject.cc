@@ -5,17 +5,17 @@
 #include <cerrno>
 #include <climits>
 
-#include "devices/simulated/health.h"
+#include "guard.h"
 #include "quorvel.h"
-#include "soak/guard.h"
-#include "soak/storms.h"
-#include "soak/subject.h"
+#include "quorvel/simulated/health.h"
+#include "stress_tests.h"
+#include "subject.h"
 
-namespace norvik::qel::soak {
+namespace norvik::qel::stress {
 
 namespace {
 
-using devices::HealthOperation;
+using services::HealthOperation;
 
 struct Property {
   int (*add)(void*, BatteryInfoCallback, void*);
@@ -77,7 +77,7 @@ class Battery : public Subject {
   void Kill() override { health_.Kill(); }
   size_t held() const override { return health_.callback_count(); }
   size_t held_by_handle() const override { return 1; }
-  standin::Script& enlist() override { return health_.on(HealthOperation::kRegisterCallback); }
+  fake::Script& enlist() override { return health_.on(HealthOperation::kRegisterCallback); }
   int pauses() const override { return 10; }
 
   // Values are passed on as reported, not checked.
@@ -123,4 +123,4 @@ std::unique_ptr<Subject> MakeBattery() {
   return std::make_unique<Battery>();
 }
 
-}  // namespace norvik::qel::soak
+}  // namespace norvik::qel::stress

@@ -1,4 +1,4 @@
-#include "soak/guard.h"
+#include "guard.h"
 
 #include <malloc.h>
 #include <sched.h>
@@ -14,12 +14,12 @@
 #include <fstream>
 #include <iterator>
 
-#include "fuzz/pauses.h"
-#include "fuzz/quiet.h"
-#include "standin/deliveries.h"
-#include "tests/support/environment.h"
+#include "environment.h"
+#include "pauses.h"
+#include "quiet.h"
+#include "quorvel/fake/deliveries.h"
 
-namespace norvik::qel::soak {
+namespace norvik::qel::stress {
 
 namespace {
 
@@ -35,7 +35,7 @@ void Print(const char* text) {
 
 // In a signal's handler: nothing but what may be called there.
 void OnHang(int /*signal*/) {
-  Print("quorvel_storms: hangs: ");
+  Print("quorvel_stress_test: hangs: ");
   Print(under_way);
   if (const char* const what = awaited; what != nullptr) {
     Print(", waiting for ");
@@ -55,7 +55,7 @@ bool IsOfLibrary(const std::string& thread) {
 }  // namespace
 
 void Fail(const std::string& what) {
-  fprintf(stderr, "quorvel_storms: %s: %s\n", under_way.load(), what.c_str());
+  fprintf(stderr, "quorvel_stress_test: %s: %s\n", under_way.load(), what.c_str());
   fflush(nullptr);
   _exit(1);
 }
@@ -75,19 +75,19 @@ void UnderWay(const char* what) {
 void Await(const char* what, const std::function<long()>& seen, long expected) {
   awaited = what;
   while ((awaited_seen = seen()) != expected) {
-    fuzz::EndPauses();
+    EndPauses();
     sched_yield();
   }
   awaited = nullptr;
 }
 
 void Deliver() {
-  if (!standin::WaitUntilDelivered(std::chrono::hours(1))) Fail("something does not arrive");
+  if (!fake::WaitUntilDelivered(std::chrono::hours(1))) Fail("something does not arrive");
 }
 
 void Settle() {
   Deliver();
-  if (!fuzz::WaitUntilQuiet()) Fail("a thread does not come to rest");
+  if (!WaitUntilQuiet()) Fail("a thread does not come to rest");
   Deliver();
 }
 
@@ -109,4 +109,4 @@ Figures Measure() {
   return figures;
 }
 
-}  // namespace norvik::qel::soak
+}  // namespace norvik::qel::stress

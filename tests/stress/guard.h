@@ -1,10 +1,10 @@
-// What ends a storm that goes wrong, how storms wait, and what the process holds.
+// What ends a stress test that goes wrong, how they wait, and what the process holds.
 #pragma once
 
 #include <functional>
 #include <string>
 
-namespace norvik::qel::soak {
+namespace norvik::qel::stress {
 
 // Prints what is wrong, and where, and ends the program.
 [[noreturn]] void Fail(const std::string& what);
@@ -27,10 +27,10 @@ void Settle();
 
 struct Figures {
   long library_threads = 0;
-  long other_threads = 0;  // the stand-in's, which keeps those it once needed
+  long other_threads = 0;  // the fake platform's, which keeps those it once needed
   long descriptors = 0;
   long resident_kb = 0;  // 0 under the sanitizers, whose own memory grows with time
 };
 Figures Measure();
 
-}  // namespace norvik::qel::soak
+}  // namespace norvik::qel::stress

@@ -1,4 +1,4 @@
-// quorvel_storms: far more of everything than a device ever sees, and what is left afterwards.
+// quorvel_stress_test: far more of everything than a device ever sees, and what is left afterwards.
 #include <malloc.h>
 #include <stdio.h>
 
@@ -12,19 +12,19 @@
 #include <string>
 #include <vector>
 
-#include "fuzz/history.h"
-#include "soak/guard.h"
-#include "soak/storms.h"
+#include "guard.h"
+#include "silent_process.h"
+#include "stress_tests.h"
 
 namespace {
 
-using norvik::qel::soak::Await;
-using norvik::qel::soak::ExpectEqual;
-using norvik::qel::soak::Fail;
-using norvik::qel::soak::Figures;
-using norvik::qel::soak::Measure;
-using norvik::qel::soak::Settle;
-using norvik::qel::soak::Subject;
+using norvik::qel::stress::Await;
+using norvik::qel::stress::ExpectEqual;
+using norvik::qel::stress::Fail;
+using norvik::qel::stress::Figures;
+using norvik::qel::stress::Measure;
+using norvik::qel::stress::Settle;
+using norvik::qel::stress::Subject;
 
 struct Counts {
   double notifications = 100'000;
@@ -40,16 +40,16 @@ struct Family {
   std::unique_ptr<Subject> (*make)();
 };
 constexpr Family kFamilies[] = {
-    {"battery", norvik::qel::soak::MakeBattery},
-    {"thermal", norvik::qel::soak::MakeThermal},
-    {"thermal-hidl", norvik::qel::soak::MakeHidlThermal},
-    {"sensor", norvik::qel::soak::MakeSensors},
+    {"battery", norvik::qel::stress::MakeBattery},
+    {"thermal", norvik::qel::stress::MakeThermal},
+    {"thermal-hidl", norvik::qel::stress::MakeHidlThermal},
+    {"sensor", norvik::qel::stress::MakeSensors},
 };
 
-// The stand-in keeps threads that it once needed: two pools of at most 16 for the program. There
-// are the main thread and, under the sanitizers, one more.
+// The fake platform keeps threads that it once needed: two pools of at most 16 for the program.
+// There are the main thread and, under the sanitizers, one more.
 constexpr long kOtherThreads = 16 + 16 + 1 + 1;
-// What the allocator may need more after a storm than after a small one.
+// What the allocator may need more after a stress test than after a small one.
 constexpr long kSlackKb = 4L * 1024;
 
 struct Left {
@@ -89,34 +89,34 @@ Left MeasureAtRest(Subject& subject) {
 }
 
 void RunFamily(const Family& family, const Counts& counts, uint64_t seed) {
-  using Storm = std::function<std::string(Subject&, int count, uint64_t seed)>;
+  using StressTest = std::function<std::string(Subject&, int count, uint64_t seed)>;
   struct Kind {
     const char* name;
     double count;
-    Storm storm;
+    StressTest run;
     bool of_death = false;
   };
   const Kind kinds[] = {
-      {"notifications", counts.notifications, norvik::qel::soak::NotificationStorm},
-      {"restarts", counts.restarts, norvik::qel::soak::RestartStorm, true},
-      {"outages", counts.outages, norvik::qel::soak::OutageStorm, true},
-      {"late services", counts.late, norvik::qel::soak::LateStorm},
-      {"ends of handles", counts.teardowns, norvik::qel::soak::TeardownStorm},
+      {"notifications", counts.notifications, norvik::qel::stress::NotificationStress},
+      {"restarts", counts.restarts, norvik::qel::stress::RestartStress, true},
+      {"outages", counts.outages, norvik::qel::stress::OutageStress, true},
+      {"late services", counts.late, norvik::qel::stress::LateStress},
+      {"ends of handles", counts.teardowns, norvik::qel::stress::TeardownStress},
       {"hostile values", counts.hostile,
        [](Subject& subject, int count, uint64_t) {
          return std::to_string(subject.Hostilities(count)) + " values, names and records";
        }},
   };
   for (const Kind& kind : kinds) {
-    norvik::qel::soak::UnderWay(kind.name);
+    norvik::qel::stress::UnderWay(kind.name);
     const std::unique_ptr<Subject> subject = family.make();
     if (kind.of_death && subject->pauses() == 0) continue;
     const auto count = std::max(1, static_cast<int>(kind.count));
     // A small one first: what is kept for ever has been made then.
-    kind.storm(*subject, std::max(1, std::min(count / 10, 500)), seed + 1'000'000);
+    kind.run(*subject, std::max(1, std::min(count / 10, 500)), seed + 1'000'000);
     const Left before = MeasureAtRest(*subject);
     const auto begin = std::chrono::steady_clock::now();
-    const std::string done = kind.storm(*subject, count, seed);
+    const std::string done = kind.run(*subject, count, seed);
     const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begin;
     printf("%s, %s: %s (%.1f s)\n", family.name, kind.name, done.c_str(), took.count());
     Compare(before, MeasureAtRest(*subject));
@@ -135,7 +135,7 @@ int main(int argc, char** argv) {
   std::vector<std::string> names;
   for (const Family& family : kFamilies) names.emplace_back(family.name);
   CLI::App app(
-      "Storms of reports, deaths, outages and ends of handles, and what they leave behind.");
+      "Reports, deaths, outages and ends of handles, far more than a device ever sees, and what they leave behind.");
   app.footer("Ends with 1 when something is not as documented, or more is left than there was.");
   app.add_option("--family", only, "this family alone: battery, sensor, thermal or thermal-hidl")
       ->check(CLI::IsMember(names));
@@ -143,8 +143,9 @@ int main(int argc, char** argv) {
     app.add_option(name, number, description)->check(CLI::PositiveNumber);
   };
   add_number("--scale", scale, "this many times the counts below (1)");
-  add_number("--seconds", seconds,
-             "storms with the next seeds until that much time has passed; once around at least");
+  add_number(
+      "--seconds", seconds,
+      "stress tests with the next seeds until that much time has passed; once around at least");
   app.add_option("--seed", seed, "of the first round (1)");
   add_number("--notifications", counts.notifications, "reports while clients come and go (100000)");
   add_number("--restarts", counts.restarts,
@@ -161,7 +162,7 @@ int main(int argc, char** argv) {
   }
   // Memory is comparable only when the allocator does not make more room the more threads meet.
   mallopt(M_ARENA_MAX, 1);
-  norvik::qel::fuzz::SetUpProcess();
+  norvik::qel::SetUpSilentProcess();
   const auto begin = std::chrono::steady_clock::now();
   do {
     printf("seed %llu\n", static_cast<unsigned long long>(seed));
@@ -171,6 +172,6 @@ int main(int argc, char** argv) {
     ++seed;
   } while (std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count() <
            seconds);
-  printf("all storms over, nothing left behind\n");
+  printf("all stress tests over, nothing left behind\n");
   return 0;
 }

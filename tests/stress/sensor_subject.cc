@@ -8,13 +8,13 @@
 #include <limits>
 #include <optional>
 
-#include "devices/simulated/sensor_hub.h"
+#include "guard.h"
 #include "quorvel.h"
-#include "soak/guard.h"
-#include "soak/storms.h"
-#include "soak/subject.h"
+#include "quorvel/simulated/sensor_hub.h"
+#include "stress_tests.h"
+#include "subject.h"
 
-namespace norvik::qel::soak {
+namespace norvik::qel::stress {
 
 namespace {
 
@@ -70,7 +70,7 @@ class Sensors : public Subject {
            static_cast<size_t>(hub_->listeners(kHinge));
   }
   size_t held_by_handle() const override { return 2; }
-  standin::Script& enlist() override { return hub_->on(standin::SensorFunction::kRegisterSensor); }
+  fake::Script& enlist() override { return hub_->on(fake::SensorFunction::kRegisterSensor); }
   int pauses() const override { return 0; }
 
   // What no int can hold becomes the nearest int, what is no number 0; unknown sensors go nowhere.
@@ -130,4 +130,4 @@ std::unique_ptr<Subject> MakeSensors() {
   return std::make_unique<Sensors>();
 }
 
-}  // namespace norvik::qel::soak
+}  // namespace norvik::qel::stress

@@ -1,4 +1,4 @@
-#include "soak/storms.h"
+#include "stress_tests.h"
 
 #include <algorithm>
 #include <array>
@@ -7,22 +7,22 @@
 #include <thread>
 #include <vector>
 
-#include "fuzz/pauses.h"
-#include "soak/guard.h"
-#include "standin/deliveries.h"
+#include "guard.h"
+#include "pauses.h"
+#include "quorvel/fake/deliveries.h"
 
-namespace norvik::qel::soak {
+namespace norvik::qel::stress {
 
 namespace {
 
-using standin::Delivery;
-using standin::HoldDeliveries;
+using fake::Delivery;
+using fake::HoldDeliveries;
 
 std::string Number(long count, const char* what) {
   return std::to_string(count) + " " + what;
 }
 
-// Values that follow each other; every storm goes on where the last one ended.
+// Values that follow each other; every stress test goes on where the last one ended.
 int NextValue() {
   static std::atomic<int> value{0};
   return value++ % 1'000'000;
@@ -74,7 +74,7 @@ void ExpectAllHear(Subject& subject, Handle& handle) {
   }
 }
 
-std::string NotificationStorm(Subject& subject, int count, uint64_t seed) {
+std::string NotificationStress(Subject& subject, int count, uint64_t seed) {
   subject.Start();
   Handle steady(subject);
   steady.RegisterAll();
@@ -134,7 +134,7 @@ std::string NotificationStorm(Subject& subject, int count, uint64_t seed) {
          Number(handles, "handles came and went");
 }
 
-std::string RestartStorm(Subject& subject, int count, uint64_t seed) {
+std::string RestartStress(Subject& subject, int count, uint64_t seed) {
   std::mt19937_64 random(seed);
   subject.Start();
   std::array<Handle, 2> handles{Handle(subject), Handle(subject)};
@@ -151,7 +151,7 @@ std::string RestartStorm(Subject& subject, int count, uint64_t seed) {
     const int end = std::min(count, done + 100);
     while (done < end) {
       if (random() % 8 != 0) {
-        const HoldDeliveries notices(Delivery::kDeathNotice);
+        const HoldDeliveries notices(Delivery::kDeathNotification);
         subject.Kill();
         subject.Start();
         if (random() % 2 == 0) subject.Report(NextValue());
@@ -179,7 +179,7 @@ std::string RestartStorm(Subject& subject, int count, uint64_t seed) {
          Number(asked, "questions meanwhile; all clients alive again");
 }
 
-std::string OutageStorm(Subject& subject, int count, uint64_t seed) {
+std::string OutageStress(Subject& subject, int count, uint64_t seed) {
   std::mt19937_64 random(seed);
   subject.Start();
   std::array<Handle, 2> handles{Handle(subject), Handle(subject)};
@@ -199,8 +199,8 @@ std::string OutageStorm(Subject& subject, int count, uint64_t seed) {
     const uint64_t pauses = longer ? all_pauses : random() % (all_pauses - 1);
     for (uint64_t i = 0; i < pauses; ++i) {
       // More in the pause in which one worker hands over to another.
-      ExpectEqual(static_cast<long>(fuzz::PausingWorkers()) >= workers, true, "all handles pause");
-      fuzz::EndPauses();
+      ExpectEqual(static_cast<long>(PausingWorkers()) >= workers, true, "all handles pause");
+      EndPauses();
       Settle();
     }
     if (!longer) {
@@ -208,7 +208,7 @@ std::string OutageStorm(Subject& subject, int count, uint64_t seed) {
       AwaitHeld(subject, handles.size());
       ++survived;
     } else {
-      ExpectEqual(static_cast<long>(fuzz::PausingWorkers()), 0, "workers that still pause");
+      ExpectEqual(static_cast<long>(PausingWorkers()), 0, "workers that still pause");
       subject.Start();
       Settle();
       ExpectEqual(static_cast<long>(subject.held()), 0, "callbacks after giving up");
@@ -232,7 +232,7 @@ std::string OutageStorm(Subject& subject, int count, uint64_t seed) {
          Number(given_up, "longer than the retries: given up as documented, and brought back");
 }
 
-std::string LateStorm(Subject& subject, int count, uint64_t seed) {
+std::string LateStress(Subject& subject, int count, uint64_t seed) {
   std::mt19937_64 random(seed);
   long pauses = 0;
   for (int round = 0; round < count; ++round) {
@@ -245,7 +245,7 @@ std::string LateStorm(Subject& subject, int count, uint64_t seed) {
     // Fewer than any family's attempts.
     for (uint64_t i = random() % 4; waits && i > 0; --i, ++pauses) {
       Settle();
-      fuzz::EndPauses();
+      EndPauses();
     }
     for (int i = 0; i < subject.clients(); ++i) {
       // Those that have left come anew; a client that waits is known, or is taken for itself.
@@ -263,4 +263,4 @@ std::string LateStorm(Subject& subject, int count, uint64_t seed) {
          Number(pauses, "pauses before; all clients alive");
 }
 
-}  // namespace norvik::qel::soak
+}  // namespace norvik::qel::stress

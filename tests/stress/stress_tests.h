@@ -1,30 +1,30 @@
-// The storms. Each ends with a service that runs and nobody registered, and ends the program when
-// something is not as documented.
+// The stress tests. Each ends with a service that runs and nobody registered, and ends the program
+// when something is not as documented.
 #pragma once
 
 #include <cstdint>
 #include <string>
 
-#include "soak/subject.h"
+#include "subject.h"
 
-namespace norvik::qel::soak {
+namespace norvik::qel::stress {
 
 // Each returns what it has done, as text.
 
 // `count` reports from three threads, while clients and handles come and go on three more.
-std::string NotificationStorm(Subject& subject, int count, uint64_t seed);
+std::string NotificationStress(Subject& subject, int count, uint64_t seed);
 // `count` deaths; nearly all are over before their notices are handled.
-std::string RestartStorm(Subject& subject, int count, uint64_t seed);
+std::string RestartStress(Subject& subject, int count, uint64_t seed);
 // `count` outages that end during the retries, and as many that last longer.
-std::string OutageStorm(Subject& subject, int count, uint64_t seed);
+std::string OutageStress(Subject& subject, int count, uint64_t seed);
 // A service that comes up after its clients, `count` times.
-std::string LateStorm(Subject& subject, int count, uint64_t seed);
+std::string LateStress(Subject& subject, int count, uint64_t seed);
 // `count` ends of a handle at each point of what can be under way then.
-std::string TeardownStorm(Subject& subject, int count, uint64_t seed);
+std::string TeardownStress(Subject& subject, int count, uint64_t seed);
 
 // Every client of the handle hears of a report, two times.
 void ExpectAllHear(Subject& subject, Handle& handle);
 // The service's side of handles that have all their clients, when the library has done its work.
 void AwaitHeld(const Subject& subject, size_t handles);
 
-}  // namespace norvik::qel::soak
+}  // namespace norvik::qel::stress

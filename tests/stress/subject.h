@@ -1,4 +1,4 @@
-// A family as a storm sees it: handles, clients, a device that reports, a service that dies.
+// A family as a stress test sees it: handles, clients, a device that reports, a service that dies.
 #pragma once
 
 #include <atomic>
@@ -8,9 +8,9 @@
 #include <functional>
 #include <memory>
 
-#include "standin/script.h"
+#include "quorvel/fake/script.h"
 
-namespace norvik::qel::soak {
+namespace norvik::qel::stress {
 
 inline constexpr int kNothing = INT_MIN;
 
@@ -56,7 +56,7 @@ class Subject {
   virtual size_t held() const = 0;
   virtual size_t held_by_handle() const = 0;
   // The operation that adds to them.
-  virtual standin::Script& enlist() = 0;
+  virtual fake::Script& enlist() = 0;
 
   // How often the workers' pauses have to be ended after a death until the handle gives up; 0 when
   // the family does not survive its service's death.
@@ -99,4 +99,4 @@ class Handle {
   void* handle_ = nullptr;
 };
 
-}  // namespace norvik::qel::soak
+}  // namespace norvik::qel::stress

@@ -6,20 +6,20 @@
 #include <thread>
 #include <utility>
 
-#include "fuzz/pauses.h"
-#include "soak/guard.h"
-#include "soak/storms.h"
-#include "standin/deliveries.h"
-#include "standin/gate.h"
+#include "guard.h"
+#include "pauses.h"
+#include "quorvel/fake/deliveries.h"
+#include "quorvel/fake/gate.h"
+#include "stress_tests.h"
 
-namespace norvik::qel::soak {
+namespace norvik::qel::stress {
 
 namespace {
 
-using standin::Delivery;
-using standin::Gate;
-using standin::HoldDeliveries;
-using standin::Outcome;
+using fake::Delivery;
+using fake::Gate;
+using fake::HoldDeliveries;
+using fake::Outcome;
 
 void AwaitArrival(Gate& gate, const char* what) {
   if (!gate.WaitForArrivals(1, std::chrono::hours(1))) Fail(what);
@@ -40,7 +40,7 @@ void NoticeHeld(Subject& subject) {
   Handle handle(subject);
   handle.RegisterAll();
   Settle();
-  HoldDeliveries notices(Delivery::kDeathNotice);
+  HoldDeliveries notices(Delivery::kDeathNotification);
   subject.Kill();
   if (!notices.WaitForHeld(1, std::chrono::hours(1))) Fail("no notice");
   handle.Deinit();
@@ -72,9 +72,9 @@ void InPauseAfterDeath(Subject& subject) {
   Settle();
   subject.Kill();
   Settle();
-  ExpectEqual(static_cast<long>(fuzz::PausingWorkers()), 1, "workers that pause");
+  ExpectEqual(static_cast<long>(PausingWorkers()), 1, "workers that pause");
   handle.Deinit();
-  ExpectEqual(static_cast<long>(fuzz::PausingWorkers()), 0, "workers that still pause");
+  ExpectEqual(static_cast<long>(PausingWorkers()), 0, "workers that still pause");
   subject.Start();
 }
 
@@ -83,9 +83,9 @@ void InPauseBeforeService(Subject& subject) {
   Handle handle(subject);
   handle.RegisterAll();
   Settle();
-  ExpectEqual(static_cast<long>(fuzz::PausingWorkers()), 1, "workers that pause");
+  ExpectEqual(static_cast<long>(PausingWorkers()), 1, "workers that pause");
   handle.Deinit();
-  ExpectEqual(static_cast<long>(fuzz::PausingWorkers()), 0, "workers that still pause");
+  ExpectEqual(static_cast<long>(PausingWorkers()), 0, "workers that still pause");
 }
 
 void InAttemptAfterDeath(Subject& subject) {
@@ -95,7 +95,7 @@ void InAttemptAfterDeath(Subject& subject) {
   Settle();
   const auto gate = std::make_shared<Gate>();
   {
-    const HoldDeliveries notices(Delivery::kDeathNotice);
+    const HoldDeliveries notices(Delivery::kDeathNotification);
     subject.Kill();
     subject.enlist().Then(Outcome::After(gate));
     subject.Start();
@@ -112,7 +112,7 @@ void InAttemptBeforeService(Subject& subject) {
   const auto gate = std::make_shared<Gate>();
   subject.enlist().Then(Outcome::After(gate));
   subject.Start();
-  fuzz::EndPauses();
+  EndPauses();
   AwaitArrival(*gate, "no attempt");
   DeinitWhileHeld(handle, *gate);
 }
@@ -197,7 +197,7 @@ constexpr std::array kPoints = {
 
 }  // namespace
 
-std::string TeardownStorm(Subject& subject, int count, uint64_t seed) {
+std::string TeardownStress(Subject& subject, int count, uint64_t seed) {
   std::mt19937_64 random(seed);
   long done = 0;
   long points = 0;
@@ -214,4 +214,4 @@ std::string TeardownStorm(Subject& subject, int count, uint64_t seed) {
   return std::to_string(done) + " handles ended, at " + std::to_string(points) + " points";
 }
 
-}  // namespace norvik::qel::soak
+}  // namespace norvik::qel::stress

@@ -11,21 +11,21 @@
 #include <string>
 #include <vector>
 
-#include "devices/simulated/thermal.h"
+#include "guard.h"
 #include "quorvel.h"
-#include "soak/guard.h"
-#include "soak/storms.h"
-#include "soak/subject.h"
+#include "quorvel/simulated/thermal.h"
+#include "stress_tests.h"
+#include "subject.h"
 
-namespace norvik::qel::soak {
+namespace norvik::qel::stress {
 
 namespace {
 
 using aidl::android::hardware::thermal::Temperature;
 using aidl::android::hardware::thermal::TemperatureType;
 using aidl::android::hardware::thermal::ThrottlingSeverity;
-using devices::HidlThermalOperation;
-using devices::ThermalOperation;
+using services::HidlThermalOperation;
+using services::ThermalOperation;
 using simulated::ThermalPath;
 
 struct Listened {
@@ -83,14 +83,14 @@ class ThermalOver : public Subject {
   void Report(int value) override {
     for (const Listened& listened : kListened) Notify(listened.type, listened.name, value);
   }
-  // Severities are passed on as reported, not checked, which lets the storms tell them apart.
+  // Severities are passed on as reported, not checked, which lets the stress tests tell them apart.
   int Heard(int /*client*/, int value) const override { return value; }
 
   void Start() override { thermal_.Start(path_); }
   void Kill() override { thermal_.Kill(path_); }
   size_t held() const override { return thermal_.callback_count(path_); }
   size_t held_by_handle() const override { return kTypes; }
-  standin::Script& enlist() override {
+  fake::Script& enlist() override {
     return is_aidl() ? thermal_.on(ThermalOperation::kRegisterThermalChangedCallbackWithType)
                      : thermal_.on(HidlThermalOperation::kRegisterThermalChangedCallback);
   }
@@ -286,4 +286,4 @@ std::unique_ptr<Subject> MakeHidlThermal() {
   return std::make_unique<ThermalOver>(ThermalPath::kHidl);
 }
 
-}  // namespace norvik::qel::soak
+}  // namespace norvik::qel::stress

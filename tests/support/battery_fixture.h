@@ -7,13 +7,13 @@
 #include <string>
 #include <vector>
 
-#include "devices/simulated/health.h"
+#include "clients.h"
 #include "quorvel.h"
-#include "standin/deliveries.h"
-#include "standin/log_capture.h"
-#include "standin/service_manager.h"
-#include "tests/support/clients.h"
-#include "tests/support/waiting.h"
+#include "quorvel/fake/deliveries.h"
+#include "quorvel/fake/log_capture.h"
+#include "quorvel/fake/service_manager.h"
+#include "quorvel/simulated/health.h"
+#include "waiting.h"
 
 namespace norvik::qel {
 
@@ -34,10 +34,10 @@ class BatteryFixture : public testing::Test {
   ~BatteryFixture() override {
     DeinitBatteryInfo(&handle_);
     health_.Kill();
-    EXPECT_TRUE(standin::WaitUntilDelivered());
+    EXPECT_TRUE(fake::WaitUntilDelivered());
   }
 
-  int Calls(devices::HealthOperation operation) { return health_.on(operation).calls(); }
+  int Calls(services::HealthOperation operation) { return health_.on(operation).calls(); }
   // The texts the battery has logged so far.
   std::vector<std::string> BatteryLog() const {
     std::vector<std::string> texts;
@@ -50,7 +50,7 @@ class BatteryFixture : public testing::Test {
     ASSERT_EQ(seen_.Take(), (Call{0, health_.info().batteryLevel}));
   }
 
-  standin::LogCapture log_;
+  fake::LogCapture log_;
   Seen<Call> seen_;
   simulated::Health health_;
   void* handle_ = nullptr;

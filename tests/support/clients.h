@@ -1,14 +1,10 @@
-// Clients that remember what they are told, and dumps as text.
+// Clients that remember what they are told.
 #pragma once
 
-#include <gtest/gtest.h>
-#include <stdio.h>
-#include <unistd.h>
-
 #include <ostream>
-#include <string>
 
-#include "tests/support/waiting.h"
+#include "dump_text.h"
+#include "waiting.h"
 
 namespace norvik::qel {
 
@@ -26,16 +22,6 @@ struct Call {
 template <int kClient>
 void Client(int value, void* cookie) {
   static_cast<Seen<Call>*>(cookie)->Put({.client = kClient, .value = value});
-}
-
-// What one of the Dump...() functions writes.
-inline std::string TextOf(void (*dump)(void* handle, int fd), void* handle) {
-  FILE* file = tmpfile();
-  dump(handle, fileno(file));
-  std::string text(static_cast<size_t>(lseek(fileno(file), 0, SEEK_END)), '\0');
-  EXPECT_EQ(pread(fileno(file), text.data(), text.size(), 0), static_cast<ssize_t>(text.size()));
-  fclose(file);
-  return text;
 }
 
 }  // namespace norvik::qel

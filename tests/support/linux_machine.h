@@ -17,8 +17,8 @@
 #include <utility>
 #include <vector>
 
-#include "devices/common/device_event.h"
-#include "tests/support/waiting.h"
+#include "quorvel/services/service_event.h"
+#include "waiting.h"
 
 namespace norvik::qel {
 
@@ -122,13 +122,13 @@ inline bool EventuallyWhileAsked(const std::function<bool()>& is_so,
 // Threads: any for the observer, one for the rest.
 class NoticeListener {
  public:
-  devices::DeviceObserver observer() {
-    return [this](const devices::DeviceEvent& event) { events_.Put(event); };
+  services::ServiceObserver observer() {
+    return [this](const services::ServiceEvent& event) { events_.Put(event); };
   }
   // The oldest one, waited for.
   std::optional<std::string> Next() {
-    while (const std::optional<devices::DeviceEvent> event = events_.Take()) {
-      if (event->kind == devices::DeviceEvent::Kind::kNotice) return event->detail;
+    while (const std::optional<services::ServiceEvent> event = events_.Take()) {
+      if (event->kind == services::ServiceEvent::Kind::kNotice) return event->detail;
     }
     return std::nullopt;
   }
@@ -144,7 +144,7 @@ class NoticeListener {
   }
 
  private:
-  Seen<devices::DeviceEvent> events_;
+  Seen<services::ServiceEvent> events_;
 };
 
 inline ptrdiff_t OpenFiles() {

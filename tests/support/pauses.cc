@@ -1,4 +1,4 @@
-#include "fuzz/pauses.h"
+#include "pauses.h"
 
 #include <dlfcn.h>
 #include <errno.h>
@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-namespace norvik::qel::fuzz {
+namespace norvik::qel {
 
 namespace {
 
@@ -137,4 +137,4 @@ __attribute__((visibility("default"))) int pthread_cond_clockwait(pthread_cond_t
 
 }  // extern "C"
 
-}  // namespace norvik::qel::fuzz
+}  // namespace norvik::qel

@@ -10,7 +10,7 @@
 #include <chrono>
 #include <string>
 
-#include "tests/support/waiting.h"
+#include "waiting.h"
 
 namespace norvik::qel {
 

@@ -1,4 +1,4 @@
-#include "fuzz/quiet.h"
+#include "quiet.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -12,7 +12,7 @@
 #include <string>
 #include <string_view>
 
-namespace norvik::qel::fuzz {
+namespace norvik::qel {
 
 namespace {
 
@@ -63,4 +63,4 @@ bool WaitUntilQuiet() {
   return true;
 }
 
-}  // namespace norvik::qel::fuzz
+}  // namespace norvik::qel

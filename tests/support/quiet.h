@@ -1,7 +1,7 @@
 // How the driver knows that everything that a step has caused is over, whichever thread does it.
 #pragma once
 
-namespace norvik::qel::fuzz {
+namespace norvik::qel {
 
 // Waits until no other thread of the process can go on by itself: all sleep, at a lock, a gate, a
 // condition variable or in the kernel. What happens next only the caller can cause, but for what
@@ -14,4 +14,4 @@ namespace norvik::qel::fuzz {
 // all were asleep at once, and nobody was left to wake one.
 bool WaitUntilQuiet();
 
-}  // namespace norvik::qel::fuzz
+}  // namespace norvik::qel

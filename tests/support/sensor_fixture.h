@@ -8,12 +8,12 @@
 #include <string>
 #include <vector>
 
-#include "devices/simulated/sensor_hub.h"
+#include "clients.h"
 #include "quorvel.h"
-#include "standin/deliveries.h"
-#include "standin/log_capture.h"
-#include "tests/support/clients.h"
-#include "tests/support/waiting.h"
+#include "quorvel/fake/deliveries.h"
+#include "quorvel/fake/log_capture.h"
+#include "quorvel/simulated/sensor_hub.h"
+#include "waiting.h"
 
 namespace norvik::qel {
 
@@ -26,7 +26,7 @@ class SensorFixture : public testing::Test {
   SensorFixture() {
     // The looper is the process's: a wake may be left in it.
     while (ALooper_pollOnce(0, nullptr, nullptr, nullptr) != ALOOPER_POLL_TIMEOUT) continue;
-    standin::ResetSensorScripts();
+    fake::ResetSensorScripts();
     hub_.Add(kProximity, "proximity", kProximityMinDelayUs);
     hub_.Add(kHinge, "hinge angle");
     InitSensorInfo(&handle_);
@@ -44,7 +44,7 @@ class SensorFixture : public testing::Test {
     ASSERT_EQ(seen_.Take(), (Call{1, 0}));
   }
 
-  int Calls(standin::SensorFunction function) { return hub_.on(function).calls(); }
+  int Calls(fake::SensorFunction function) { return hub_.on(function).calls(); }
   std::string Dump() const { return TextOf(DumpSensorInfo, handle_); }
   // How often the sensors have logged this, with this priority.
   int Count(int priority, const std::string& text) const {
@@ -60,7 +60,7 @@ class SensorFixture : public testing::Test {
     return texts;
   }
 
-  standin::LogCapture log_;
+  fake::LogCapture log_;
   Seen<Call> seen_;
   simulated::SensorHub hub_;
   void* handle_ = nullptr;

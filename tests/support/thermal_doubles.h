@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/support/waiting.h"
+#include "waiting.h"
 
 namespace norvik::qel {
 

@@ -9,15 +9,15 @@
 #include <utility>
 #include <vector>
 
-#include "devices/simulated/thermal.h"
+#include "clients.h"
 #include "quorvel.h"
-#include "standin/deliveries.h"
-#include "standin/gate.h"
-#include "standin/hidl_service_manager.h"
-#include "standin/log_capture.h"
-#include "standin/service_manager.h"
-#include "tests/support/clients.h"
-#include "tests/support/waiting.h"
+#include "quorvel/fake/deliveries.h"
+#include "quorvel/fake/gate.h"
+#include "quorvel/fake/hidl_service_manager.h"
+#include "quorvel/fake/log_capture.h"
+#include "quorvel/fake/service_manager.h"
+#include "quorvel/simulated/thermal.h"
+#include "waiting.h"
 
 namespace norvik::qel {
 
@@ -28,9 +28,9 @@ using simulated::ThermalPath;
 // service.
 enum class ThermalCall { kQuery, kRegister, kUnregister };
 
-inline standin::Script& ScriptOf(simulated::Thermal& thermal, ThermalPath path, ThermalCall call) {
-  using devices::HidlThermalOperation;
-  using devices::ThermalOperation;
+inline fake::Script& ScriptOf(simulated::Thermal& thermal, ThermalPath path, ThermalCall call) {
+  using services::HidlThermalOperation;
+  using services::ThermalOperation;
   const bool aidl = path == ThermalPath::kAidl;
   switch (call) {
     case ThermalCall::kQuery:
@@ -55,7 +55,7 @@ inline int RegisterClient(void* handle, int id, const char* type, const char* na
 
 // A client that keeps the worker of its type until the gate opens.
 struct Stall {
-  standin::Gate gate = {};
+  fake::Gate gate = {};
   static void Callback(int /*severity*/, void* cookie) { static_cast<Stall*>(cookie)->gate.Pass(); }
 };
 
@@ -64,10 +64,10 @@ class ThermalFixture : public testing::Test {
  protected:
   ThermalFixture() {
     thermal_.Undeclare(ThermalPath::kAidl);
-    for (standin::Script* script :
-         {&standin::IsDeclaredScript(), &standin::CheckServiceScript(),
-          &standin::TryGetHidlServiceScript(), &standin::LinkToDeathScript(),
-          &standin::HidlLinkToDeathScript(), &standin::HidlUnlinkToDeathScript()}) {
+    for (fake::Script* script :
+         {&fake::IsDeclaredScript(), &fake::CheckServiceScript(), &fake::TryGetHidlServiceScript(),
+          &fake::LinkToDeathScript(), &fake::HidlLinkToDeathScript(),
+          &fake::HidlUnlinkToDeathScript()}) {
       script->Reset();
     }
     InitThermalInfo(&handle_);
@@ -75,7 +75,7 @@ class ThermalFixture : public testing::Test {
   ~ThermalFixture() override {
     DeinitThermalInfo(&handle_);
     for (const ThermalPath path : {ThermalPath::kAidl, ThermalPath::kHidl}) thermal_.Kill(path);
-    EXPECT_TRUE(standin::WaitUntilDelivered());
+    EXPECT_TRUE(fake::WaitUntilDelivered());
   }
 
   void Bring(ThermalPath path) {
@@ -119,7 +119,7 @@ class ThermalFixture : public testing::Test {
     return texts;
   }
 
-  standin::LogCapture log_;
+  fake::LogCapture log_;
   Seen<Call> seen_;
   simulated::Thermal thermal_;
   void* handle_ = nullptr;
@@ -135,18 +135,18 @@ class ThermalPathTest : public ThermalFixture, public testing::WithParamInterfac
  protected:
   ThermalPathTest() { Bring(GetParam()); }
 
-  standin::Script& on(ThermalCall call) { return ScriptOf(thermal_, GetParam(), call); }
+  fake::Script& on(ThermalCall call) { return ScriptOf(thermal_, GetParam(), call); }
   size_t registered() const { return thermal_.callback_count(GetParam()); }
   bool IsRegistered(size_t count) {
     return Eventually([=, this] { return registered() == count; });
   }
-  standin::Script& look_up() {
-    return GetParam() == ThermalPath::kAidl ? standin::CheckServiceScript()
-                                            : standin::TryGetHidlServiceScript();
+  fake::Script& look_up() {
+    return GetParam() == ThermalPath::kAidl ? fake::CheckServiceScript()
+                                            : fake::TryGetHidlServiceScript();
   }
   // A restart that is over before the death notification arrives.
   void Restart() {
-    standin::HoldDeliveries notifications(standin::Delivery::kDeathNotice);
+    fake::HoldDeliveries notifications(fake::Delivery::kDeathNotification);
     thermal_.Start(GetParam());
   }
 };

@@ -10,18 +10,18 @@
 #include <string>
 #include <vector>
 
-#include "devices/simulated/thermal.h"
-#include "standin/deliveries.h"
-#include "standin/log_capture.h"
-#include "tests/support/thermal_doubles.h"
-#include "tests/support/waiting.h"
+#include "quorvel/fake/deliveries.h"
+#include "quorvel/fake/log_capture.h"
+#include "quorvel/simulated/thermal.h"
+#include "thermal_doubles.h"
 #include "thermal_hidl_wrapper/thermal_hidl_wrapper.h"
+#include "waiting.h"
 
 namespace norvik::qel {
 
 inline std::shared_ptr<aidl::android::hardware::thermal::IThermal> LookUpAidlThermal() {
   return aidl::android::hardware::thermal::IThermal::fromBinder(
-      ndk::SpAIBinder(AServiceManager_checkService(devices::kThermalInstance)));
+      ndk::SpAIBinder(AServiceManager_checkService(services::kThermalInstance)));
 }
 
 class ThermalWrapperFixture : public testing::Test {
@@ -35,13 +35,13 @@ class ThermalWrapperFixture : public testing::Test {
   ~ThermalWrapperFixture() override {
     wrapper_.clear();
     thermal_.Kill(simulated::ThermalPath::kAidl);
-    EXPECT_TRUE(standin::WaitUntilDelivered());
+    EXPECT_TRUE(fake::WaitUntilDelivered());
     EXPECT_TRUE(log_.Lines().empty()) << "the wrapper logs nothing";
   }
 
-  int Calls(devices::ThermalOperation operation) { return thermal_.on(operation).calls(); }
+  int Calls(services::ThermalOperation operation) { return thermal_.on(operation).calls(); }
 
-  standin::LogCapture log_;
+  fake::LogCapture log_;
   simulated::Thermal thermal_;
   android::sp<ThermalHidlWrapper> wrapper_;
 };

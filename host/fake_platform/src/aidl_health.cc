@@ -8,14 +8,14 @@
 
 namespace aidl::android::hardware::health {
 
-namespace standin = ::norvik::qel::standin;
+namespace fake = ::norvik::qel::fake;
 
 namespace {
 
-constexpr AIBinder_Class kHealthClass = {"android.hardware.health.IHealth", standin::ObjectOf,
-                                         standin::DestroyArgs};
+constexpr AIBinder_Class kHealthClass = {"android.hardware.health.IHealth", fake::ObjectOf,
+                                         fake::DestroyArgs};
 constexpr AIBinder_Class kHealthInfoCallbackClass = {"android.hardware.health.IHealthInfoCallback",
-                                                     standin::ObjectOf, standin::DestroyArgs};
+                                                     fake::ObjectOf, fake::DestroyArgs};
 
 }  // namespace
 
@@ -23,36 +23,36 @@ const char* IHealth::descriptor = kHealthClass.descriptor;
 const char* IHealthInfoCallback::descriptor = kHealthInfoCallbackClass.descriptor;
 
 std::shared_ptr<IHealth> IHealth::fromBinder(const ndk::SpAIBinder& binder) {
-  return standin::FromBinder<IHealth, BpHealth, kHealthClass>(binder);
+  return fake::FromBinder<IHealth, BpHealth, kHealthClass>(binder);
 }
 
 bool IHealth::setDefaultImpl(const std::shared_ptr<IHealth>& impl) {
-  return standin::SetDefaultImpl(impl);
+  return fake::SetDefaultImpl(impl);
 }
 
 const std::shared_ptr<IHealth>& IHealth::getDefaultImpl() {
-  return standin::DefaultImpl<IHealth>();
+  return fake::DefaultImpl<IHealth>();
 }
 
 std::shared_ptr<IHealthInfoCallback> IHealthInfoCallback::fromBinder(
     const ndk::SpAIBinder& binder) {
-  return standin::FromBinder<IHealthInfoCallback, BpHealthInfoCallback, kHealthInfoCallbackClass>(
+  return fake::FromBinder<IHealthInfoCallback, BpHealthInfoCallback, kHealthInfoCallbackClass>(
       binder);
 }
 
 bool IHealthInfoCallback::setDefaultImpl(const std::shared_ptr<IHealthInfoCallback>& impl) {
-  return standin::SetDefaultImpl(impl);
+  return fake::SetDefaultImpl(impl);
 }
 
 const std::shared_ptr<IHealthInfoCallback>& IHealthInfoCallback::getDefaultImpl() {
-  return standin::DefaultImpl<IHealthInfoCallback>();
+  return fake::DefaultImpl<IHealthInfoCallback>();
 }
 
 BnHealth::BnHealth() = default;
 BnHealth::~BnHealth() = default;
 
 ndk::SpAIBinder BnHealth::createBinder() {
-  return standin::MakeLocal<kHealthClass>(ref<ndk::ICInterface>());
+  return fake::MakeLocal<kHealthClass>(ref<ndk::ICInterface>());
 }
 
 ndk::ScopedAStatus BnHealth::getInterfaceVersion(int32_t* out) {
@@ -69,7 +69,7 @@ BnHealthInfoCallback::BnHealthInfoCallback() = default;
 BnHealthInfoCallback::~BnHealthInfoCallback() = default;
 
 ndk::SpAIBinder BnHealthInfoCallback::createBinder() {
-  return standin::MakeLocal<kHealthInfoCallbackClass>(ref<ndk::ICInterface>());
+  return fake::MakeLocal<kHealthInfoCallbackClass>(ref<ndk::ICInterface>());
 }
 
 ndk::ScopedAStatus BnHealthInfoCallback::getInterfaceVersion(int32_t* out) {
@@ -83,8 +83,8 @@ ndk::ScopedAStatus BnHealthInfoCallback::getInterfaceHash(std::string* out) {
 }
 
 struct BpHealthInfoCallback::Asked {
-  standin::AskedOnce<int32_t> version;
-  standin::AskedOnce<std::string> hash;
+  fake::AskedOnce<int32_t> version;
+  fake::AskedOnce<std::string> hash;
 };
 
 BpHealthInfoCallback::BpHealthInfoCallback(const ndk::SpAIBinder& binder)
@@ -92,24 +92,24 @@ BpHealthInfoCallback::BpHealthInfoCallback(const ndk::SpAIBinder& binder)
 BpHealthInfoCallback::~BpHealthInfoCallback() = default;
 
 ndk::ScopedAStatus BpHealthInfoCallback::healthInfoChanged(const HealthInfo& info) {
-  return standin::SendRemote(asBinder(), &IHealthInfoCallback::healthInfoChanged, info);
+  return fake::SendRemote(asBinder(), &IHealthInfoCallback::healthInfoChanged, info);
 }
 
 ndk::ScopedAStatus BpHealthInfoCallback::getInterfaceVersion(int32_t* out) {
   return asked_->version.Get(out, [this](int32_t* value) {
-    return standin::CallRemote(asBinder(), &IHealthInfoCallback::getInterfaceVersion, value);
+    return fake::CallRemote(asBinder(), &IHealthInfoCallback::getInterfaceVersion, value);
   });
 }
 
 ndk::ScopedAStatus BpHealthInfoCallback::getInterfaceHash(std::string* out) {
   return asked_->hash.Get(out, [this](std::string* value) {
-    return standin::CallRemote(asBinder(), &IHealthInfoCallback::getInterfaceHash, value);
+    return fake::CallRemote(asBinder(), &IHealthInfoCallback::getInterfaceHash, value);
   });
 }
 
 struct BpHealth::Asked {
-  standin::AskedOnce<int32_t> version;
-  standin::AskedOnce<std::string> hash;
+  fake::AskedOnce<int32_t> version;
+  fake::AskedOnce<std::string> hash;
 };
 
 BpHealth::BpHealth(const ndk::SpAIBinder& binder)
@@ -118,75 +118,75 @@ BpHealth::~BpHealth() = default;
 
 ndk::ScopedAStatus BpHealth::registerCallback(
     const std::shared_ptr<IHealthInfoCallback>& callback) {
-  return standin::CallRemote(asBinder(), &IHealth::registerCallback, callback);
+  return fake::CallRemote(asBinder(), &IHealth::registerCallback, callback);
 }
 
 ndk::ScopedAStatus BpHealth::unregisterCallback(
     const std::shared_ptr<IHealthInfoCallback>& callback) {
-  return standin::CallRemote(asBinder(), &IHealth::unregisterCallback, callback);
+  return fake::CallRemote(asBinder(), &IHealth::unregisterCallback, callback);
 }
 
 ndk::ScopedAStatus BpHealth::update() {
-  return standin::CallRemote(asBinder(), &IHealth::update);
+  return fake::CallRemote(asBinder(), &IHealth::update);
 }
 
 ndk::ScopedAStatus BpHealth::getChargeCounterUah(int32_t* out) {
-  return standin::CallRemote(asBinder(), &IHealth::getChargeCounterUah, out);
+  return fake::CallRemote(asBinder(), &IHealth::getChargeCounterUah, out);
 }
 
 ndk::ScopedAStatus BpHealth::getCurrentNowMicroamps(int32_t* out) {
-  return standin::CallRemote(asBinder(), &IHealth::getCurrentNowMicroamps, out);
+  return fake::CallRemote(asBinder(), &IHealth::getCurrentNowMicroamps, out);
 }
 
 ndk::ScopedAStatus BpHealth::getCurrentAverageMicroamps(int32_t* out) {
-  return standin::CallRemote(asBinder(), &IHealth::getCurrentAverageMicroamps, out);
+  return fake::CallRemote(asBinder(), &IHealth::getCurrentAverageMicroamps, out);
 }
 
 ndk::ScopedAStatus BpHealth::getCapacity(int32_t* out) {
-  return standin::CallRemote(asBinder(), &IHealth::getCapacity, out);
+  return fake::CallRemote(asBinder(), &IHealth::getCapacity, out);
 }
 
 ndk::ScopedAStatus BpHealth::getEnergyCounterNwh(int64_t* out) {
-  return standin::CallRemote(asBinder(), &IHealth::getEnergyCounterNwh, out);
+  return fake::CallRemote(asBinder(), &IHealth::getEnergyCounterNwh, out);
 }
 
 ndk::ScopedAStatus BpHealth::getChargeStatus(BatteryStatus* out) {
-  return standin::CallRemote(asBinder(), &IHealth::getChargeStatus, out);
+  return fake::CallRemote(asBinder(), &IHealth::getChargeStatus, out);
 }
 
 ndk::ScopedAStatus BpHealth::getStorageInfo(std::vector<StorageInfo>* out) {
-  return standin::CallRemote(asBinder(), &IHealth::getStorageInfo, out);
+  return fake::CallRemote(asBinder(), &IHealth::getStorageInfo, out);
 }
 
 ndk::ScopedAStatus BpHealth::getDiskStats(std::vector<DiskStats>* out) {
-  return standin::CallRemote(asBinder(), &IHealth::getDiskStats, out);
+  return fake::CallRemote(asBinder(), &IHealth::getDiskStats, out);
 }
 
 ndk::ScopedAStatus BpHealth::getHealthInfo(HealthInfo* out) {
-  return standin::CallRemote(asBinder(), &IHealth::getHealthInfo, out);
+  return fake::CallRemote(asBinder(), &IHealth::getHealthInfo, out);
 }
 
 ndk::ScopedAStatus BpHealth::setChargingPolicy(BatteryChargingPolicy policy) {
-  return standin::CallRemote(asBinder(), &IHealth::setChargingPolicy, policy);
+  return fake::CallRemote(asBinder(), &IHealth::setChargingPolicy, policy);
 }
 
 ndk::ScopedAStatus BpHealth::getChargingPolicy(BatteryChargingPolicy* out) {
-  return standin::CallRemote(asBinder(), &IHealth::getChargingPolicy, out);
+  return fake::CallRemote(asBinder(), &IHealth::getChargingPolicy, out);
 }
 
 ndk::ScopedAStatus BpHealth::getBatteryHealthData(BatteryHealthData* out) {
-  return standin::CallRemote(asBinder(), &IHealth::getBatteryHealthData, out);
+  return fake::CallRemote(asBinder(), &IHealth::getBatteryHealthData, out);
 }
 
 ndk::ScopedAStatus BpHealth::getInterfaceVersion(int32_t* out) {
   return asked_->version.Get(out, [this](int32_t* value) {
-    return standin::CallRemote(asBinder(), &IHealth::getInterfaceVersion, value);
+    return fake::CallRemote(asBinder(), &IHealth::getInterfaceVersion, value);
   });
 }
 
 ndk::ScopedAStatus BpHealth::getInterfaceHash(std::string* out) {
   return asked_->hash.Get(out, [this](std::string* value) {
-    return standin::CallRemote(asBinder(), &IHealth::getInterfaceHash, value);
+    return fake::CallRemote(asBinder(), &IHealth::getInterfaceHash, value);
   });
 }
 

@@ -7,7 +7,7 @@
 
 namespace aidl::android::hardware::health {
 
-using norvik::qel::standin::RecordText;
+using norvik::qel::fake::RecordText;
 
 std::string toString(BatteryStatus value) {
   switch (value) {

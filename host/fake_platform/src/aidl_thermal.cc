@@ -10,39 +10,38 @@
 
 namespace aidl::android::hardware::thermal {
 
-namespace standin = ::norvik::qel::standin;
+namespace fake = ::norvik::qel::fake;
 
 namespace {
 
-constexpr AIBinder_Class kThermalClass = {"android.hardware.thermal.IThermal", standin::ObjectOf,
-                                          standin::DestroyArgs};
+constexpr AIBinder_Class kThermalClass = {"android.hardware.thermal.IThermal", fake::ObjectOf,
+                                          fake::DestroyArgs};
 constexpr AIBinder_Class kThermalChangedCallbackClass = {
-    "android.hardware.thermal.IThermalChangedCallback", standin::ObjectOf, standin::DestroyArgs};
+    "android.hardware.thermal.IThermalChangedCallback", fake::ObjectOf, fake::DestroyArgs};
 constexpr AIBinder_Class kCoolingDeviceChangedCallbackClass = {
-    "android.hardware.thermal.ICoolingDeviceChangedCallback", standin::ObjectOf,
-    standin::DestroyArgs};
+    "android.hardware.thermal.ICoolingDeviceChangedCallback", fake::ObjectOf, fake::DestroyArgs};
 
 }  // namespace
 
 const char* IThermal::descriptor = kThermalClass.descriptor;
 
 std::shared_ptr<IThermal> IThermal::fromBinder(const ndk::SpAIBinder& binder) {
-  return standin::FromBinder<IThermal, BpThermal, kThermalClass>(binder);
+  return fake::FromBinder<IThermal, BpThermal, kThermalClass>(binder);
 }
 
 bool IThermal::setDefaultImpl(const std::shared_ptr<IThermal>& impl) {
-  return standin::SetDefaultImpl(impl);
+  return fake::SetDefaultImpl(impl);
 }
 
 const std::shared_ptr<IThermal>& IThermal::getDefaultImpl() {
-  return standin::DefaultImpl<IThermal>();
+  return fake::DefaultImpl<IThermal>();
 }
 
 BnThermal::BnThermal() = default;
 BnThermal::~BnThermal() = default;
 
 ndk::SpAIBinder BnThermal::createBinder() {
-  return standin::MakeLocal<kThermalClass>(ref<ndk::ICInterface>());
+  return fake::MakeLocal<kThermalClass>(ref<ndk::ICInterface>());
 }
 
 ndk::ScopedAStatus BnThermal::getInterfaceVersion(int32_t* out) {
@@ -56,8 +55,8 @@ ndk::ScopedAStatus BnThermal::getInterfaceHash(std::string* out) {
 }
 
 struct BpThermal::Asked {
-  standin::AskedOnce<int32_t> version;
-  standin::AskedOnce<std::string> hash;
+  fake::AskedOnce<int32_t> version;
+  fake::AskedOnce<std::string> hash;
 };
 
 BpThermal::BpThermal(const ndk::SpAIBinder& binder)
@@ -65,69 +64,68 @@ BpThermal::BpThermal(const ndk::SpAIBinder& binder)
 BpThermal::~BpThermal() = default;
 
 ndk::ScopedAStatus BpThermal::getCoolingDevices(std::vector<CoolingDevice>* out) {
-  return standin::CallRemote(asBinder(), &IThermal::getCoolingDevices, out);
+  return fake::CallRemote(asBinder(), &IThermal::getCoolingDevices, out);
 }
 
 ndk::ScopedAStatus BpThermal::getCoolingDevicesWithType(CoolingType type,
                                                         std::vector<CoolingDevice>* out) {
-  return standin::CallRemote(asBinder(), &IThermal::getCoolingDevicesWithType, type, out);
+  return fake::CallRemote(asBinder(), &IThermal::getCoolingDevicesWithType, type, out);
 }
 
 ndk::ScopedAStatus BpThermal::getTemperatures(std::vector<Temperature>* out) {
-  return standin::CallRemote(asBinder(), &IThermal::getTemperatures, out);
+  return fake::CallRemote(asBinder(), &IThermal::getTemperatures, out);
 }
 
 ndk::ScopedAStatus BpThermal::getTemperaturesWithType(TemperatureType type,
                                                       std::vector<Temperature>* out) {
-  return standin::CallRemote(asBinder(), &IThermal::getTemperaturesWithType, type, out);
+  return fake::CallRemote(asBinder(), &IThermal::getTemperaturesWithType, type, out);
 }
 
 ndk::ScopedAStatus BpThermal::getTemperatureThresholds(std::vector<TemperatureThreshold>* out) {
-  return standin::CallRemote(asBinder(), &IThermal::getTemperatureThresholds, out);
+  return fake::CallRemote(asBinder(), &IThermal::getTemperatureThresholds, out);
 }
 
 ndk::ScopedAStatus BpThermal::getTemperatureThresholdsWithType(
     TemperatureType type, std::vector<TemperatureThreshold>* out) {
-  return standin::CallRemote(asBinder(), &IThermal::getTemperatureThresholdsWithType, type, out);
+  return fake::CallRemote(asBinder(), &IThermal::getTemperatureThresholdsWithType, type, out);
 }
 
 ndk::ScopedAStatus BpThermal::registerThermalChangedCallback(
     const std::shared_ptr<IThermalChangedCallback>& callback) {
-  return standin::CallRemote(asBinder(), &IThermal::registerThermalChangedCallback, callback);
+  return fake::CallRemote(asBinder(), &IThermal::registerThermalChangedCallback, callback);
 }
 
 ndk::ScopedAStatus BpThermal::registerThermalChangedCallbackWithType(
     const std::shared_ptr<IThermalChangedCallback>& callback, TemperatureType type) {
-  return standin::CallRemote(asBinder(), &IThermal::registerThermalChangedCallbackWithType,
-                             callback, type);
+  return fake::CallRemote(asBinder(), &IThermal::registerThermalChangedCallbackWithType, callback,
+                          type);
 }
 
 ndk::ScopedAStatus BpThermal::unregisterThermalChangedCallback(
     const std::shared_ptr<IThermalChangedCallback>& callback) {
-  return standin::CallRemote(asBinder(), &IThermal::unregisterThermalChangedCallback, callback);
+  return fake::CallRemote(asBinder(), &IThermal::unregisterThermalChangedCallback, callback);
 }
 
 ndk::ScopedAStatus BpThermal::registerCoolingDeviceChangedCallbackWithType(
     const std::shared_ptr<ICoolingDeviceChangedCallback>& callback, CoolingType type) {
-  return standin::CallRemote(asBinder(), &IThermal::registerCoolingDeviceChangedCallbackWithType,
-                             callback, type);
+  return fake::CallRemote(asBinder(), &IThermal::registerCoolingDeviceChangedCallbackWithType,
+                          callback, type);
 }
 
 ndk::ScopedAStatus BpThermal::unregisterCoolingDeviceChangedCallback(
     const std::shared_ptr<ICoolingDeviceChangedCallback>& callback) {
-  return standin::CallRemote(asBinder(), &IThermal::unregisterCoolingDeviceChangedCallback,
-                             callback);
+  return fake::CallRemote(asBinder(), &IThermal::unregisterCoolingDeviceChangedCallback, callback);
 }
 
 ndk::ScopedAStatus BpThermal::getInterfaceVersion(int32_t* out) {
   return asked_->version.Get(out, [this](int32_t* value) {
-    return standin::CallRemote(asBinder(), &IThermal::getInterfaceVersion, value);
+    return fake::CallRemote(asBinder(), &IThermal::getInterfaceVersion, value);
   });
 }
 
 ndk::ScopedAStatus BpThermal::getInterfaceHash(std::string* out) {
   return asked_->hash.Get(out, [this](std::string* value) {
-    return standin::CallRemote(asBinder(), &IThermal::getInterfaceHash, value);
+    return fake::CallRemote(asBinder(), &IThermal::getInterfaceHash, value);
   });
 }
 
@@ -135,23 +133,23 @@ const char* IThermalChangedCallback::descriptor = kThermalChangedCallbackClass.d
 
 std::shared_ptr<IThermalChangedCallback> IThermalChangedCallback::fromBinder(
     const ndk::SpAIBinder& binder) {
-  return standin::FromBinder<IThermalChangedCallback, BpThermalChangedCallback,
-                             kThermalChangedCallbackClass>(binder);
+  return fake::FromBinder<IThermalChangedCallback, BpThermalChangedCallback,
+                          kThermalChangedCallbackClass>(binder);
 }
 
 bool IThermalChangedCallback::setDefaultImpl(const std::shared_ptr<IThermalChangedCallback>& impl) {
-  return standin::SetDefaultImpl(impl);
+  return fake::SetDefaultImpl(impl);
 }
 
 const std::shared_ptr<IThermalChangedCallback>& IThermalChangedCallback::getDefaultImpl() {
-  return standin::DefaultImpl<IThermalChangedCallback>();
+  return fake::DefaultImpl<IThermalChangedCallback>();
 }
 
 BnThermalChangedCallback::BnThermalChangedCallback() = default;
 BnThermalChangedCallback::~BnThermalChangedCallback() = default;
 
 ndk::SpAIBinder BnThermalChangedCallback::createBinder() {
-  return standin::MakeLocal<kThermalChangedCallbackClass>(ref<ndk::ICInterface>());
+  return fake::MakeLocal<kThermalChangedCallbackClass>(ref<ndk::ICInterface>());
 }
 
 ndk::ScopedAStatus BnThermalChangedCallback::getInterfaceVersion(int32_t* out) {
@@ -165,8 +163,8 @@ ndk::ScopedAStatus BnThermalChangedCallback::getInterfaceHash(std::string* out) 
 }
 
 struct BpThermalChangedCallback::Asked {
-  standin::AskedOnce<int32_t> version;
-  standin::AskedOnce<std::string> hash;
+  fake::AskedOnce<int32_t> version;
+  fake::AskedOnce<std::string> hash;
 };
 
 BpThermalChangedCallback::BpThermalChangedCallback(const ndk::SpAIBinder& binder)
@@ -174,18 +172,18 @@ BpThermalChangedCallback::BpThermalChangedCallback(const ndk::SpAIBinder& binder
 BpThermalChangedCallback::~BpThermalChangedCallback() = default;
 
 ndk::ScopedAStatus BpThermalChangedCallback::notifyThrottling(const Temperature& temperature) {
-  return standin::SendRemote(asBinder(), &IThermalChangedCallback::notifyThrottling, temperature);
+  return fake::SendRemote(asBinder(), &IThermalChangedCallback::notifyThrottling, temperature);
 }
 
 ndk::ScopedAStatus BpThermalChangedCallback::getInterfaceVersion(int32_t* out) {
   return asked_->version.Get(out, [this](int32_t* value) {
-    return standin::CallRemote(asBinder(), &IThermalChangedCallback::getInterfaceVersion, value);
+    return fake::CallRemote(asBinder(), &IThermalChangedCallback::getInterfaceVersion, value);
   });
 }
 
 ndk::ScopedAStatus BpThermalChangedCallback::getInterfaceHash(std::string* out) {
   return asked_->hash.Get(out, [this](std::string* value) {
-    return standin::CallRemote(asBinder(), &IThermalChangedCallback::getInterfaceHash, value);
+    return fake::CallRemote(asBinder(), &IThermalChangedCallback::getInterfaceHash, value);
   });
 }
 
@@ -194,25 +192,25 @@ const char* ICoolingDeviceChangedCallback::descriptor =
 
 std::shared_ptr<ICoolingDeviceChangedCallback> ICoolingDeviceChangedCallback::fromBinder(
     const ndk::SpAIBinder& binder) {
-  return standin::FromBinder<ICoolingDeviceChangedCallback, BpCoolingDeviceChangedCallback,
-                             kCoolingDeviceChangedCallbackClass>(binder);
+  return fake::FromBinder<ICoolingDeviceChangedCallback, BpCoolingDeviceChangedCallback,
+                          kCoolingDeviceChangedCallbackClass>(binder);
 }
 
 bool ICoolingDeviceChangedCallback::setDefaultImpl(
     const std::shared_ptr<ICoolingDeviceChangedCallback>& impl) {
-  return standin::SetDefaultImpl(impl);
+  return fake::SetDefaultImpl(impl);
 }
 
 const std::shared_ptr<ICoolingDeviceChangedCallback>&
 ICoolingDeviceChangedCallback::getDefaultImpl() {
-  return standin::DefaultImpl<ICoolingDeviceChangedCallback>();
+  return fake::DefaultImpl<ICoolingDeviceChangedCallback>();
 }
 
 BnCoolingDeviceChangedCallback::BnCoolingDeviceChangedCallback() = default;
 BnCoolingDeviceChangedCallback::~BnCoolingDeviceChangedCallback() = default;
 
 ndk::SpAIBinder BnCoolingDeviceChangedCallback::createBinder() {
-  return standin::MakeLocal<kCoolingDeviceChangedCallbackClass>(ref<ndk::ICInterface>());
+  return fake::MakeLocal<kCoolingDeviceChangedCallbackClass>(ref<ndk::ICInterface>());
 }
 
 ndk::ScopedAStatus BnCoolingDeviceChangedCallback::getInterfaceVersion(int32_t* out) {
@@ -226,8 +224,8 @@ ndk::ScopedAStatus BnCoolingDeviceChangedCallback::getInterfaceHash(std::string*
 }
 
 struct BpCoolingDeviceChangedCallback::Asked {
-  standin::AskedOnce<int32_t> version;
-  standin::AskedOnce<std::string> hash;
+  fake::AskedOnce<int32_t> version;
+  fake::AskedOnce<std::string> hash;
 };
 
 BpCoolingDeviceChangedCallback::BpCoolingDeviceChangedCallback(const ndk::SpAIBinder& binder)
@@ -236,20 +234,19 @@ BpCoolingDeviceChangedCallback::~BpCoolingDeviceChangedCallback() = default;
 
 ndk::ScopedAStatus BpCoolingDeviceChangedCallback::notifyCoolingDeviceChanged(
     const CoolingDevice& coolingDevice) {
-  return standin::SendRemote(asBinder(), &ICoolingDeviceChangedCallback::notifyCoolingDeviceChanged,
-                             coolingDevice);
+  return fake::SendRemote(asBinder(), &ICoolingDeviceChangedCallback::notifyCoolingDeviceChanged,
+                          coolingDevice);
 }
 
 ndk::ScopedAStatus BpCoolingDeviceChangedCallback::getInterfaceVersion(int32_t* out) {
   return asked_->version.Get(out, [this](int32_t* value) {
-    return standin::CallRemote(asBinder(), &ICoolingDeviceChangedCallback::getInterfaceVersion,
-                               value);
+    return fake::CallRemote(asBinder(), &ICoolingDeviceChangedCallback::getInterfaceVersion, value);
   });
 }
 
 ndk::ScopedAStatus BpCoolingDeviceChangedCallback::getInterfaceHash(std::string* out) {
   return asked_->hash.Get(out, [this](std::string* value) {
-    return standin::CallRemote(asBinder(), &ICoolingDeviceChangedCallback::getInterfaceHash, value);
+    return fake::CallRemote(asBinder(), &ICoolingDeviceChangedCallback::getInterfaceHash, value);
   });
 }
 

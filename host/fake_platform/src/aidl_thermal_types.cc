@@ -10,11 +10,11 @@
 
 namespace aidl::android::hardware::thermal {
 
-using norvik::qel::standin::kCoolingTypeNames;
-using norvik::qel::standin::kTemperatureTypeNames;
-using norvik::qel::standin::kThrottlingSeverityNames;
-using norvik::qel::standin::NameOf;
-using norvik::qel::standin::RecordText;
+using norvik::qel::fake::kCoolingTypeNames;
+using norvik::qel::fake::kTemperatureTypeNames;
+using norvik::qel::fake::kThrottlingSeverityNames;
+using norvik::qel::fake::NameOf;
+using norvik::qel::fake::RecordText;
 
 std::string toString(TemperatureType value) {
   const char* name =

@@ -6,14 +6,14 @@
 #include <utility>
 
 #include "deliveries.h"
-#include "standin/call_charge.h"
+#include "quorvel/fake/call_latency.h"
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 namespace {
 
 std::atomic<uint64_t> g_next_id{1};
-std::atomic<std::chrono::nanoseconds> g_call_charge{std::chrono::nanoseconds(0)};
+std::atomic<std::chrono::nanoseconds> g_call_latency{std::chrono::nanoseconds(0)};
 
 bool IsHost(const std::shared_ptr<Process>& process) {
   return process == Process::Host();
@@ -23,19 +23,19 @@ void CallUnlinked(const Link& link) {
   if (link.unlinked != nullptr) link.unlinked();
 }
 
-// Spins: a sleep would take what its timer takes on top, which is more than most charges.
-void PayForCall() {
-  const std::chrono::nanoseconds charge = g_call_charge.load(std::memory_order_relaxed);
-  if (charge <= charge.zero()) return;
-  const auto paid = std::chrono::steady_clock::now() + charge;
-  while (std::chrono::steady_clock::now() < paid) {
+// Busy-waits: timer slack would exceed the simulated latency.
+void WaitForLatency() {
+  const std::chrono::nanoseconds latency = g_call_latency.load(std::memory_order_relaxed);
+  if (latency <= latency.zero()) return;
+  const auto end = std::chrono::steady_clock::now() + latency;
+  while (std::chrono::steady_clock::now() < end) {
   }
 }
 
 }  // namespace
 
-void SetCallCharge(std::chrono::nanoseconds charge) {
-  g_call_charge.store(charge, std::memory_order_relaxed);
+void SetCallLatency(std::chrono::nanoseconds latency) {
+  g_call_latency.store(latency, std::memory_order_relaxed);
 }
 
 ndk::SpAIBinder Anchor::Promote() {
@@ -175,7 +175,7 @@ ndk::SpAIBinder RemoteBinder::Target() {
 bool RemoteBinder::CallAndWait(std::function<void(LocalBinder&)> call) {
   ndk::SpAIBinder target = Target();
   if (target.get() == nullptr) return false;
-  PayForCall();
+  WaitForLatency();
   auto task = [target = std::move(target), call = std::move(call)]() mutable {
     call(*target.get()->AsLocal());
     call = nullptr;  // what it holds goes before its object
@@ -227,13 +227,12 @@ const AIBinder_Class* RemoteBinder::associated_class() const {
 }
 
 binder_status_t RemoteBinder::Link(const std::shared_ptr<RecipientState>& recipient,
-                                   std::shared_ptr<standin::Link> link) {
+                                   std::shared_ptr<fake::Link> link) {
   {
     std::lock_guard<std::mutex> lock(lock_);
     if (!alive_) return STATUS_DEAD_OBJECT;
     // A deleted recipient ends its links without coming here.
-    std::erase_if(links_,
-                  [](const auto& old) { return old->state == standin::Link::State::kEnded; });
+    std::erase_if(links_, [](const auto& old) { return old->state == fake::Link::State::kEnded; });
     link->who = this;
     links_.push_back(link);
     // The notice may come at once, on another thread: it must find the link at the recipient.
@@ -246,7 +245,7 @@ binder_status_t RemoteBinder::Link(const std::shared_ptr<RecipientState>& recipi
 }
 
 binder_status_t RemoteBinder::Unlink(RecipientState& recipient, const void* key) {
-  const std::shared_ptr<standin::Link> link = recipient.TakeNewest(this, key);
+  const std::shared_ptr<fake::Link> link = recipient.TakeNewest(this, key);
   if (link == nullptr) return STATUS_NAME_NOT_FOUND;
   bool telling;
   {
@@ -292,26 +291,26 @@ void RemoteBinder::PostObituaryLocked(std::shared_ptr<PendingNotices> notices) {
 }
 
 void RemoteBinder::TellRecipients() {
-  std::vector<std::shared_ptr<standin::Link>> links;
+  std::vector<std::shared_ptr<fake::Link>> links;
   {
     std::lock_guard<std::mutex> lock(lock_);
     alive_ = false;
     links.swap(links_);
   }
   for (const auto& link : links) {
-    standin::Link::State linked = standin::Link::State::kLinked;
-    if (!link->state.compare_exchange_strong(linked, standin::Link::State::kTelling)) continue;
-    if (IsHost(holder_)) PassDeliveryGate(Delivery::kDeathNotice);
+    fake::Link::State linked = fake::Link::State::kLinked;
+    if (!link->state.compare_exchange_strong(linked, fake::Link::State::kTelling)) continue;
+    if (IsHost(holder_)) PassDeliveryGate(Delivery::kDeathNotification);
     link->died();
-    link->state = standin::Link::State::kEnded;
+    link->state = fake::Link::State::kEnded;
     if (const auto recipient = link->recipient.lock()) recipient->Remove(link);
     CallUnlinked(*link);
   }
 }
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake
 
-AIBinder::AIBinder() : anchor(std::make_shared<norvik::qel::standin::Anchor>(this)) {}
+AIBinder::AIBinder() : anchor(std::make_shared<norvik::qel::fake::Anchor>(this)) {}
 
 AIBinder::~AIBinder() = default;
 

@@ -15,7 +15,7 @@
 
 #include "process.h"
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 // Finds a binder again that may be gone: behind weak references and the tables of a Process.
 class Anchor {
@@ -31,7 +31,7 @@ class Anchor {
   AIBinder* binder_;
 };
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake
 
 // Interface code describes its class with one of these. Objects of it own their `args` and give
 // them to `destroy` at the end.
@@ -39,7 +39,7 @@ struct AIBinder_Class {
   const char* descriptor;
   std::shared_ptr<ndk::ICInterface>& (*object)(void* args);  // null for HIDL objects
   void (*destroy)(void* args);
-  norvik::qel::standin::Transport transport = norvik::qel::standin::Transport::kBinder;
+  norvik::qel::fake::Transport transport = norvik::qel::fake::Transport::kBinder;
 };
 
 struct AIBinder {
@@ -53,16 +53,16 @@ struct AIBinder {
   void DecStrong();     // the last one deletes
   int32_t strong() const { return strong_.load(std::memory_order_relaxed); }
 
-  virtual norvik::qel::standin::LocalBinder* AsLocal() { return nullptr; }
-  virtual norvik::qel::standin::RemoteBinder* AsRemote() { return nullptr; }
+  virtual norvik::qel::fake::LocalBinder* AsLocal() { return nullptr; }
+  virtual norvik::qel::fake::RemoteBinder* AsRemote() { return nullptr; }
 
-  const std::shared_ptr<norvik::qel::standin::Anchor> anchor;
+  const std::shared_ptr<norvik::qel::fake::Anchor> anchor;
 
  private:
   std::atomic<int32_t> strong_{1};
 };
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 // An object of `process`, with the queue of one-way calls that have been sent to it.
 class LocalBinder final : public AIBinder {
@@ -154,7 +154,7 @@ class RemoteBinder final : public AIBinder {
   const AIBinder_Class* associated_class() const;
 
   binder_status_t Link(const std::shared_ptr<RecipientState>& recipient,
-                       std::shared_ptr<standin::Link> link);
+                       std::shared_ptr<fake::Link> link);
   binder_status_t Unlink(RecipientState& recipient, const void* key);
 
   // The process of the object has died: tells the recipients on a thread of the holder.
@@ -177,7 +177,7 @@ class RemoteBinder final : public AIBinder {
   bool associated_ = false;                // it has been asked for by that class
   bool alive_ = true;                      // last known state
   bool obituary_posted_ = false;
-  std::vector<std::shared_ptr<standin::Link>> links_;
+  std::vector<std::shared_ptr<fake::Link>> links_;
 };
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake

@@ -12,15 +12,15 @@
 #include "binder.h"
 #include "deliveries.h"
 
-using norvik::qel::standin::Anchor;
-using norvik::qel::standin::Link;
-using norvik::qel::standin::LinkToDeathScript;
-using norvik::qel::standin::LocalBinder;
-using norvik::qel::standin::Process;
-using norvik::qel::standin::RecipientState;
-using norvik::qel::standin::RemoteBinder;
-using norvik::qel::standin::Transport;
-using norvik::qel::standin::UnlinkToDeathScript;
+using norvik::qel::fake::Anchor;
+using norvik::qel::fake::Link;
+using norvik::qel::fake::LinkToDeathScript;
+using norvik::qel::fake::LocalBinder;
+using norvik::qel::fake::Process;
+using norvik::qel::fake::RecipientState;
+using norvik::qel::fake::RemoteBinder;
+using norvik::qel::fake::Transport;
+using norvik::qel::fake::UnlinkToDeathScript;
 
 struct AIBinder_Weak {
   std::shared_ptr<Anchor> anchor;

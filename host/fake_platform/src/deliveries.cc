@@ -4,7 +4,7 @@
 #include <condition_variable>
 #include <mutex>
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 namespace {
 
@@ -87,4 +87,4 @@ Script& HidlUnlinkToDeathScript() {
   return script;
 }
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake

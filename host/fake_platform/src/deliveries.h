@@ -3,9 +3,9 @@
 
 #include <memory>
 
-#include "standin/deliveries.h"
+#include "quorvel/fake/deliveries.h"
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 // To be paired, the first when a delivery is sent, the second when it has been handled or dropped.
 void NoteSent();
@@ -13,4 +13,4 @@ void NoteHandled();
 // Called just before a delivery runs; returns when it may.
 void PassDeliveryGate(Delivery kind);
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake

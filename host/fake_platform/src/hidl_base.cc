@@ -3,14 +3,14 @@
 
 #include "hidl_call.h"
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 template <>
 struct RemoteSide<HidlBase> {
   using Type = HidlProxyOf<HidlBase>;
 };
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake
 
 namespace android::hidl::base::V1_0 {
 
@@ -40,7 +40,7 @@ Return<void> IBase::interfaceDescriptor(interfaceDescriptor_cb _hidl_cb) {
 }
 
 Return<void> IBase::getHashChain(getHashChain_cb _hidl_cb) {
-  // One per interface of the chain; the stand-in knows of no hashes.
+  // One per interface of the chain; the fake platform knows of no hashes.
   size_t interfaces = 0;
   const Return<void> asked =
       interfaceChain([&](const auto& descriptors) { interfaces = descriptors.size(); });

@@ -13,7 +13,7 @@
 #include "hidl_object.h"
 #include "remote_call.h"
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 // Specialised for each interface: Type is the class of its proxies.
 template <typename I>
@@ -193,4 +193,4 @@ template <typename I>
   return FromHidlBinder<I>(BinderOf(parent));
 }
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake

@@ -6,9 +6,9 @@
 #include <mutex>
 #include <utility>
 
-#include "standin/deliveries.h"
+#include "quorvel/fake/deliveries.h"
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 using ::android::sp;
 using ::android::wp;
@@ -114,7 +114,7 @@ bool HidlProxy::UnlinkRecipient(const sp<hidl_death_recipient>& recipient) {
   return status == STATUS_OK && !refused;
 }
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake
 
 namespace android::hardware {
 
@@ -123,7 +123,7 @@ bool interfacesEqual(const sp<::android::hidl::base::V1_0::IBase>& left,
   if (left == nullptr || right == nullptr || !left->isRemote() || !right->isRemote()) {
     return left == right;
   }
-  return norvik::qel::standin::BinderOf(left) == norvik::qel::standin::BinderOf(right);
+  return norvik::qel::fake::BinderOf(left) == norvik::qel::fake::BinderOf(right);
 }
 
 }  // namespace android::hardware

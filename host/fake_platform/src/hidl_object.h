@@ -7,7 +7,7 @@
 
 #include "binder.h"
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 using HidlBase = ::android::hidl::base::V1_0::IBase;
 
@@ -44,4 +44,4 @@ class HidlProxy {
   const std::shared_ptr<RecipientState> links_ = std::make_shared<RecipientState>();
 };
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake

@@ -2,10 +2,10 @@
 
 #include <atomic>
 
+#include "quorvel/fake/hidl_service_manager.h"
 #include "service_manager.h"
-#include "standin/hidl_service_manager.h"
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 namespace {
 
@@ -73,4 +73,4 @@ Script& GetHidlServiceScript() {
   return script;
 }
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake

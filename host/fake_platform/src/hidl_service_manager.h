@@ -8,7 +8,7 @@
 
 #include "hidl_object.h"
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 // The calling process's reference to a service; empty when there is none.
 ndk::SpAIBinder TryGetHidl(const std::string& descriptor, const std::string& name, bool get_stub);
@@ -17,4 +17,4 @@ ndk::SpAIBinder GetHidl(const std::string& descriptor, const std::string& name, 
 // Offers a service under each of its interfaces.
 ::android::status_t AddHidl(const ::android::sp<HidlBase>& service, const std::string& name);
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake

@@ -6,7 +6,7 @@
 
 namespace android::hardware {
 
-namespace standin = ::norvik::qel::standin;
+namespace fake = ::norvik::qel::fake;
 
 namespace {
 
@@ -121,9 +121,9 @@ std::string Status::description() const {
     return name.empty() ? std::to_string(number) : std::string(name);
   };
   std::string text =
-      "Status(" + name_or_number(standin::ExceptionName(exception_), exception_) + "): '";
+      "Status(" + name_or_number(fake::ExceptionName(exception_), exception_) + "): '";
   if (exception_ == EX_TRANSACTION_FAILED) {
-    text += name_or_number(standin::StatusName(status_), status_) + ": ";
+    text += name_or_number(fake::StatusName(status_), status_) + ": ";
   }
   return text + message_ + "'";
 }

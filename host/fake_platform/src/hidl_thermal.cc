@@ -6,7 +6,7 @@
 #include "hidl_call.h"
 #include "hidl_service_manager.h"
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 namespace {
 
@@ -89,11 +89,11 @@ struct RemoteSide<V2_0::IThermalChangedCallback> {
   using Type = ThermalChangedCallbackProxy;
 };
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake
 
 namespace android::hardware::thermal {
 
-namespace standin = ::norvik::qel::standin;
+namespace fake = ::norvik::qel::fake;
 using ::android::hidl::base::V1_0::IBase;
 
 const char* V1_0::IThermal::descriptor = "android.hardware.thermal@1.0::IThermal";
@@ -114,21 +114,19 @@ Return<sp<V1_0::IThermal>> V1_0::IThermal::castFrom(const sp<V1_0::IThermal>& pa
 }
 
 Return<sp<V1_0::IThermal>> V1_0::IThermal::castFrom(const sp<IBase>& parent, bool emitError) {
-  return standin::CastFrom<V1_0::IThermal>(parent, emitError);
+  return fake::CastFrom<V1_0::IThermal>(parent, emitError);
 }
 
 sp<V1_0::IThermal> V1_0::IThermal::tryGetService(const std::string& serviceName, bool getStub) {
-  return standin::FromHidlBinder<V1_0::IThermal>(
-      standin::TryGetHidl(descriptor, serviceName, getStub));
+  return fake::FromHidlBinder<V1_0::IThermal>(fake::TryGetHidl(descriptor, serviceName, getStub));
 }
 
 sp<V1_0::IThermal> V1_0::IThermal::getService(const std::string& serviceName, bool getStub) {
-  return standin::FromHidlBinder<V1_0::IThermal>(
-      standin::GetHidl(descriptor, serviceName, getStub));
+  return fake::FromHidlBinder<V1_0::IThermal>(fake::GetHidl(descriptor, serviceName, getStub));
 }
 
 status_t V1_0::IThermal::registerAsService(const std::string& serviceName) {
-  return standin::AddHidl(this, serviceName);
+  return fake::AddHidl(this, serviceName);
 }
 
 const char* V2_0::IThermal::descriptor = "android.hardware.thermal@2.0::IThermal";
@@ -150,25 +148,23 @@ Return<sp<V2_0::IThermal>> V2_0::IThermal::castFrom(const sp<V2_0::IThermal>& pa
 
 Return<sp<V2_0::IThermal>> V2_0::IThermal::castFrom(const sp<V1_0::IThermal>& parent,
                                                     bool emitError) {
-  return standin::CastFrom<V2_0::IThermal>(parent, emitError);
+  return fake::CastFrom<V2_0::IThermal>(parent, emitError);
 }
 
 Return<sp<V2_0::IThermal>> V2_0::IThermal::castFrom(const sp<IBase>& parent, bool emitError) {
-  return standin::CastFrom<V2_0::IThermal>(parent, emitError);
+  return fake::CastFrom<V2_0::IThermal>(parent, emitError);
 }
 
 sp<V2_0::IThermal> V2_0::IThermal::tryGetService(const std::string& serviceName, bool getStub) {
-  return standin::FromHidlBinder<V2_0::IThermal>(
-      standin::TryGetHidl(descriptor, serviceName, getStub));
+  return fake::FromHidlBinder<V2_0::IThermal>(fake::TryGetHidl(descriptor, serviceName, getStub));
 }
 
 sp<V2_0::IThermal> V2_0::IThermal::getService(const std::string& serviceName, bool getStub) {
-  return standin::FromHidlBinder<V2_0::IThermal>(
-      standin::GetHidl(descriptor, serviceName, getStub));
+  return fake::FromHidlBinder<V2_0::IThermal>(fake::GetHidl(descriptor, serviceName, getStub));
 }
 
 status_t V2_0::IThermal::registerAsService(const std::string& serviceName) {
-  return standin::AddHidl(this, serviceName);
+  return fake::AddHidl(this, serviceName);
 }
 
 const char* V2_0::IThermalChangedCallback::descriptor =
@@ -191,23 +187,23 @@ Return<sp<V2_0::IThermalChangedCallback>> V2_0::IThermalChangedCallback::castFro
 
 Return<sp<V2_0::IThermalChangedCallback>> V2_0::IThermalChangedCallback::castFrom(
     const sp<IBase>& parent, bool emitError) {
-  return standin::CastFrom<V2_0::IThermalChangedCallback>(parent, emitError);
+  return fake::CastFrom<V2_0::IThermalChangedCallback>(parent, emitError);
 }
 
 sp<V2_0::IThermalChangedCallback> V2_0::IThermalChangedCallback::tryGetService(
     const std::string& serviceName, bool getStub) {
-  return standin::FromHidlBinder<V2_0::IThermalChangedCallback>(
-      standin::TryGetHidl(descriptor, serviceName, getStub));
+  return fake::FromHidlBinder<V2_0::IThermalChangedCallback>(
+      fake::TryGetHidl(descriptor, serviceName, getStub));
 }
 
 sp<V2_0::IThermalChangedCallback> V2_0::IThermalChangedCallback::getService(
     const std::string& serviceName, bool getStub) {
-  return standin::FromHidlBinder<V2_0::IThermalChangedCallback>(
-      standin::GetHidl(descriptor, serviceName, getStub));
+  return fake::FromHidlBinder<V2_0::IThermalChangedCallback>(
+      fake::GetHidl(descriptor, serviceName, getStub));
 }
 
 status_t V2_0::IThermalChangedCallback::registerAsService(const std::string& serviceName) {
-  return standin::AddHidl(this, serviceName);
+  return fake::AddHidl(this, serviceName);
 }
 
 }  // namespace android::hardware::thermal

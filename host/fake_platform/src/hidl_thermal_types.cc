@@ -17,7 +17,7 @@ static_assert(sizeof(android::hardware::thermal::V2_0::Temperature) == 32);
 static_assert(sizeof(android::hardware::thermal::V2_0::TemperatureThreshold) == 88);
 static_assert(sizeof(android::hardware::thermal::V2_0::CoolingDevice) == 32);
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 namespace {
 
 // "{.field = value, ...}"
@@ -59,14 +59,14 @@ std::string Named(const char* name, Enum value) {
 }
 
 }  // namespace
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake
 
 namespace android::hardware::thermal::V1_0 {
 
-using norvik::qel::standin::HidlRecordText;
-using norvik::qel::standin::kTemperatureTypeNames;
-using norvik::qel::standin::Named;
-using norvik::qel::standin::NameOf;
+using norvik::qel::fake::HidlRecordText;
+using norvik::qel::fake::kTemperatureTypeNames;
+using norvik::qel::fake::Named;
+using norvik::qel::fake::NameOf;
 
 std::string toString(ThermalStatusCode value) {
   static constexpr const char* kNames[] = {"SUCCESS", "FAILURE"};
@@ -119,12 +119,12 @@ std::string toString(const CpuUsage& record) {
 
 namespace android::hardware::thermal::V2_0 {
 
-using norvik::qel::standin::HidlRecordText;
-using norvik::qel::standin::kCoolingTypeNames;
-using norvik::qel::standin::kTemperatureTypeNames;
-using norvik::qel::standin::kThrottlingSeverityNames;
-using norvik::qel::standin::Named;
-using norvik::qel::standin::NameOf;
+using norvik::qel::fake::HidlRecordText;
+using norvik::qel::fake::kCoolingTypeNames;
+using norvik::qel::fake::kTemperatureTypeNames;
+using norvik::qel::fake::kThrottlingSeverityNames;
+using norvik::qel::fake::Named;
+using norvik::qel::fake::NameOf;
 
 std::string toString(TemperatureType value) {
   return Named(NameOf(kTemperatureTypeNames, value, TemperatureType::UNKNOWN, TemperatureType::NPU),

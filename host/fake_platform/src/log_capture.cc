@@ -1,11 +1,11 @@
-#include "standin/log_capture.h"
+#include "quorvel/fake/log_capture.h"
 
 #include <algorithm>
 #include <condition_variable>
 #include <iterator>
 #include <mutex>
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 namespace {
 
@@ -78,4 +78,4 @@ void LogCapture::Clear() {
   captured.lines.clear();
 }
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake

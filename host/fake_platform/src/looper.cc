@@ -2,12 +2,12 @@
 
 #include <chrono>
 
-#include "standin/sensor_functions.h"
+#include "quorvel/fake/sensor_functions.h"
 
-using norvik::qel::standin::NewsSource;
-using norvik::qel::standin::Outcome;
-using norvik::qel::standin::ScriptOf;
-using norvik::qel::standin::SensorFunction;
+using norvik::qel::fake::NewsSource;
+using norvik::qel::fake::Outcome;
+using norvik::qel::fake::ScriptOf;
+using norvik::qel::fake::SensorFunction;
 
 namespace {
 thread_local bool t_in_callback = false;
@@ -69,7 +69,7 @@ int ALooper::waiters() const {
   return waiters_;
 }
 
-int norvik::qel::standin::LooperWaiters() {
+int norvik::qel::fake::LooperWaiters() {
   return ALooper::Get().waiters();
 }
 

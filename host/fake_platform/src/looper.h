@@ -8,7 +8,7 @@
 #include <mutex>
 #include <set>
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 // Something that can have news for whoever polls.
 class NewsSource {
@@ -18,7 +18,7 @@ class NewsSource {
   virtual void Dispatch() = 0;
 };
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake
 
 // Locks: lock_ is innermost; nothing is called under it.
 struct ALooper {
@@ -29,14 +29,14 @@ struct ALooper {
 
   int PollOnce(int timeout_ms);
   void Wake();
-  void Mark(const std::shared_ptr<norvik::qel::standin::NewsSource>& source);
-  void Forget(const std::shared_ptr<norvik::qel::standin::NewsSource>& source);
+  void Mark(const std::shared_ptr<norvik::qel::fake::NewsSource>& source);
+  void Forget(const std::shared_ptr<norvik::qel::fake::NewsSource>& source);
   int waiters() const;
 
  private:
   mutable std::mutex lock_;
   std::condition_variable changed_;
-  std::set<std::shared_ptr<norvik::qel::standin::NewsSource>> marked_;
+  std::set<std::shared_ptr<norvik::qel::fake::NewsSource>> marked_;
   bool woken_ = false;
   int waiters_ = 0;
 };

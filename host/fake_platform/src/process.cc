@@ -7,10 +7,10 @@
 
 #include "binder.h"
 #include "hidl_service_manager.h"
+#include "quorvel/fake/service_process.h"
 #include "service_manager.h"
-#include "standin/service_process.h"
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 namespace {
 thread_local std::shared_ptr<Process> t_current;
@@ -205,4 +205,4 @@ bool ServiceProcess::alive() const {
   return !process_->dead();
 }
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake

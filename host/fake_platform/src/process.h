@@ -16,7 +16,7 @@
 
 #include "thread_pool.h"
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 class Anchor;
 class LocalBinder;
@@ -125,4 +125,4 @@ class Process : public std::enable_shared_from_this<Process> {
   std::set<std::shared_ptr<PendingCall>> calls_;          // being served here
 };
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake

@@ -9,7 +9,7 @@
 #include <type_traits>
 #include <vector>
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 inline std::string ValueText(const std::string& value) {
   return value;
@@ -61,4 +61,4 @@ class RecordText {
   std::string text_;
 };
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake

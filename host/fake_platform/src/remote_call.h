@@ -13,7 +13,7 @@
 #include "binder.h"
 #include "status.h"
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 // Makes the binder of a local object.
 template <const AIBinder_Class& kClass>
@@ -169,4 +169,4 @@ class AskedOnce {
   T value_{};
 };
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake

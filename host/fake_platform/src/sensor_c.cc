@@ -4,12 +4,12 @@
 
 #include <cerrno>
 
+#include "quorvel/fake/sensor_functions.h"
 #include "sensor_manager.h"
-#include "standin/sensor_functions.h"
 
-using norvik::qel::standin::Outcome;
-using norvik::qel::standin::ScriptOf;
-using norvik::qel::standin::SensorFunction;
+using norvik::qel::fake::Outcome;
+using norvik::qel::fake::ScriptOf;
+using norvik::qel::fake::SensorFunction;
 
 static_assert(sizeof(ASensorEvent) == 104);
 static_assert(offsetof(ASensorEvent, timestamp) == 16);

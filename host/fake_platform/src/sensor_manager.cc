@@ -9,15 +9,15 @@
 #include <thread>
 #include <utility>
 
-#include "standin/sensor_functions.h"
+#include "quorvel/fake/sensor_functions.h"
 
 using aidl::android::frameworks::sensorservice::ISensorManager;
-using norvik::qel::standin::BnSensorEvents;
-using norvik::qel::standin::ISensorService;
-using norvik::qel::standin::SensorDescription;
-using norvik::qel::standin::SensorEvents;
+using norvik::qel::fake::BnSensorEvents;
+using norvik::qel::fake::ISensorService;
+using norvik::qel::fake::SensorDescription;
+using norvik::qel::fake::SensorEvents;
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 void SensorEvents::Append(const std::vector<ASensorEvent>& events) {
   std::lock_guard<std::mutex> lock(lock_);
@@ -69,7 +69,7 @@ void SensorEvents::Dispatch() {
   callback_ = nullptr;
 }
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake
 
 namespace {
 
@@ -121,7 +121,7 @@ AIBinder_DeathRecipient* Recipient() {
 
 }  // namespace
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 void BringSensorEvents(const std::vector<ASensorEvent>& events) {
   Singleton& singleton = Singleton::Get();
@@ -129,7 +129,7 @@ void BringSensorEvents(const std::vector<ASensorEvent>& events) {
   if (singleton.manager != nullptr) singleton.manager->BringToAll(events);
 }
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake
 
 ASensorManager* ASensorManager::Get() {
   Singleton& singleton = Singleton::Get();

@@ -11,13 +11,13 @@
 #include <vector>
 
 #include "looper.h"
-#include "standin/sensor_service.h"
+#include "quorvel/fake/sensor_service.h"
 
 struct ASensor {
-  const norvik::qel::standin::SensorDescription description;
+  const norvik::qel::fake::SensorDescription description;
 };
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 // The events of one queue, from the binder thread that brings them to whoever reads them.
 //
@@ -44,12 +44,12 @@ class SensorEvents : public NewsSource, public std::enable_shared_from_this<Sens
   void* const data_;
 };
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake
 
 struct ASensorEventQueue {
-  const std::shared_ptr<norvik::qel::standin::ISensorService> service;
+  const std::shared_ptr<norvik::qel::fake::ISensorService> service;
   const int64_t id;
-  const std::shared_ptr<norvik::qel::standin::SensorEvents> events;
+  const std::shared_ptr<norvik::qel::fake::SensorEvents> events;
 };
 
 // The process's link to the sensor service, with all that has been made of it.
@@ -60,7 +60,7 @@ struct ASensorManager {
   // Waits for the service. Null when its death cannot be watched for.
   static ASensorManager* Get();
 
-  explicit ASensorManager(std::shared_ptr<norvik::qel::standin::ISensorService> service)
+  explicit ASensorManager(std::shared_ptr<norvik::qel::fake::ISensorService> service)
       : service_(std::move(service)) {}
 
   int GetSensorList(ASensorList* list);
@@ -72,9 +72,9 @@ struct ASensorManager {
   void DropQueues();
 
  private:
-  const ASensor* KeepLocked(const norvik::qel::standin::SensorDescription& description);
+  const ASensor* KeepLocked(const norvik::qel::fake::SensorDescription& description);
 
-  const std::shared_ptr<norvik::qel::standin::ISensorService> service_;
+  const std::shared_ptr<norvik::qel::fake::ISensorService> service_;
   std::mutex lock_;
   std::map<int32_t, std::unique_ptr<ASensor>> sensors_;
   std::vector<std::unique_ptr<std::vector<ASensorRef>>> lists_;

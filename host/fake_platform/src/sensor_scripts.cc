@@ -1,8 +1,8 @@
 #include <array>
 
-#include "standin/sensor_functions.h"
+#include "quorvel/fake/sensor_functions.h"
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 namespace {
 
@@ -21,4 +21,4 @@ void ResetSensorScripts() {
   for (Script& script : Scripts()) script.Reset();
 }
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake

@@ -1,9 +1,9 @@
 // The local and remote sides of the sensor service.
-#include "standin/sensor_service.h"
+#include "quorvel/fake/sensor_service.h"
 
 #include "remote_call.h"
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 namespace {
 
@@ -11,7 +11,7 @@ using aidl::android::frameworks::sensorservice::ISensorManager;
 
 constexpr AIBinder_Class kServiceClass = {"android.frameworks.sensorservice.ISensorManager",
                                           ObjectOf, DestroyArgs};
-constexpr AIBinder_Class kEventsClass = {"norvik.qel.standin.ISensorEvents", ObjectOf, DestroyArgs};
+constexpr AIBinder_Class kEventsClass = {"norvik.qel.fake.ISensorEvents", ObjectOf, DestroyArgs};
 
 class BpSensorEvents : public ndk::BpCInterface<ISensorEvents> {
  public:
@@ -64,17 +64,16 @@ ndk::SpAIBinder BnSensorService::createBinder() {
   return MakeLocal<kServiceClass>(ref<ndk::ICInterface>());
 }
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake
 
 namespace aidl::android::frameworks::sensorservice {
 
-namespace standin = ::norvik::qel::standin;
+namespace fake = ::norvik::qel::fake;
 
-const char* ISensorManager::descriptor = standin::kServiceClass.descriptor;
+const char* ISensorManager::descriptor = fake::kServiceClass.descriptor;
 
 std::shared_ptr<ISensorManager> ISensorManager::fromBinder(const ndk::SpAIBinder& binder) {
-  return standin::FromBinder<standin::ISensorService, standin::BpSensorService,
-                             standin::kServiceClass>(binder);
+  return fake::FromBinder<fake::ISensorService, fake::BpSensorService, fake::kServiceClass>(binder);
 }
 
 }  // namespace aidl::android::frameworks::sensorservice

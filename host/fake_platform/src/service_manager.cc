@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "binder.h"
-#include "standin/service_manager.h"
+#include "quorvel/fake/service_manager.h"
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 ServiceManager& ServiceManager::Get() {
   static ServiceManager& manager = *new ServiceManager;  // binder threads may outlive main()
@@ -114,12 +114,12 @@ void SetGetServiceWait(std::chrono::milliseconds pause, int attempts) {
   ServiceManager::Get().get_service_attempts = attempts;
 }
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake
 
-using norvik::qel::standin::CheckServiceScript;
-using norvik::qel::standin::GetServiceScript;
-using norvik::qel::standin::IsDeclaredScript;
-using norvik::qel::standin::ServiceManager;
+using norvik::qel::fake::CheckServiceScript;
+using norvik::qel::fake::GetServiceScript;
+using norvik::qel::fake::IsDeclaredScript;
+using norvik::qel::fake::ServiceManager;
 
 namespace {
 

@@ -13,7 +13,7 @@
 
 #include "process.h"
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 // Locks: lock_ guards the tables; no reference is released under it.
 class ServiceManager {
@@ -42,4 +42,4 @@ class ServiceManager {
   std::set<std::string> declared_;
 };
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake

@@ -67,7 +67,7 @@ AStatus* FromException(binder_exception_t exception, const char* message) {
 
 }  // namespace
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 std::string_view StatusName(binder_status_t status) {
   return Name(kStatusNames, status);
@@ -81,7 +81,7 @@ AStatus* Clone(const AStatus* status) {
   return AStatus_isOk(status) ? AStatus_newOk() : new AStatus(*status);
 }
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake
 
 extern "C" {
 

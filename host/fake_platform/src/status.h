@@ -13,7 +13,7 @@ struct AStatus {
   std::string message = {};
 };
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 // The name of a status or an exception; empty for one that the platform does not know.
 std::string_view StatusName(binder_status_t status);
@@ -22,4 +22,4 @@ std::string_view ExceptionName(binder_exception_t exception);
 // A status of the caller's own, equal to `status`: what crosses from one process to another.
 AStatus* Clone(const AStatus* status);
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <span>
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 // In the order of the values; temperature types begin at -1, the others at 0.
 inline constexpr const char* kTemperatureTypeNames[] = {
@@ -29,4 +29,4 @@ const char* NameOf(std::span<const char* const> names, Enum value, Enum first, E
   return names[static_cast<size_t>(number - static_cast<int64_t>(first))];
 }
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake

@@ -5,7 +5,7 @@
 #include <thread>
 #include <utility>
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 void ThreadPool::Post(std::function<void()> task) {
   std::lock_guard<std::mutex> lock(lock_);
@@ -66,4 +66,4 @@ void ThreadPool::SpawnIfNeededLocked() {
   }).detach();
 }
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake

@@ -9,7 +9,7 @@
 #include <mutex>
 #include <string>
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 // Threads are made when a task finds none idle, up to a limit, and stay until the pool is closed.
 // They are detached and share the pool's ownership: a task that never ends hinders nobody.
@@ -43,4 +43,4 @@ class ThreadPool : public std::enable_shared_from_this<ThreadPool> {
   bool closed_ = false;
 };
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake

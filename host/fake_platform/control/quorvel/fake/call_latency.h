@@ -1,24 +1,24 @@
-// What a call from one process to another costs on a device, and does not cost here.
+// The latency of a call from one process to another: a phone has it, the fake platform does not.
 #pragma once
 
 #include <chrono>
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 // How long every synchronous call between processes, AIDL and HIDL, keeps its caller busy before it
-// is made; nothing at first. One-way calls, look-ups and calls to an object that is known to be
-// dead stay free. A call may be charged what was set a moment before.
+// is made; 0 by default. One-way calls, look-ups and calls to an object that is known to be dead
+// have no latency. A call may have the latency set a moment before.
 //
 // Threads: any.
-void SetCallCharge(std::chrono::nanoseconds charge);
+void SetCallLatency(std::chrono::nanoseconds latency);
 
-// Charges calls for as long as it lives; afterwards they are free.
-class CallCharge {
+// Calls have the latency for as long as this lives.
+class CallLatency {
  public:
-  explicit CallCharge(std::chrono::nanoseconds charge) { SetCallCharge(charge); }
-  ~CallCharge() { SetCallCharge({}); }
-  CallCharge(const CallCharge&) = delete;
-  CallCharge& operator=(const CallCharge&) = delete;
+  explicit CallLatency(std::chrono::nanoseconds latency) { SetCallLatency(latency); }
+  ~CallLatency() { SetCallLatency({}); }
+  CallLatency(const CallLatency&) = delete;
+  CallLatency& operator=(const CallLatency&) = delete;
 };
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake

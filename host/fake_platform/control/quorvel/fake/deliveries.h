@@ -4,14 +4,14 @@
 #include <chrono>
 #include <memory>
 
-#include "standin/gate.h"
-#include "standin/script.h"
+#include "quorvel/fake/gate.h"
+#include "quorvel/fake/script.h"
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 enum class Delivery {
-  kOneway,       // a one-way call on an object of this process
-  kDeathNotice,  // a recipient that is about to be told; unlinking comes too late for it
+  kOneway,             // a one-way call on an object of this process
+  kDeathNotification,  // a recipient that is about to be told; unlinking comes too late for it
 };
 
 // While it lives, every delivery of its kind stops on its binder thread, just before it runs.
@@ -46,4 +46,4 @@ Script& UnlinkToDeathScript();
 Script& HidlLinkToDeathScript();
 Script& HidlUnlinkToDeathScript();
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake

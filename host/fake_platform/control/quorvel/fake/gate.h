@@ -5,7 +5,7 @@
 #include <condition_variable>
 #include <mutex>
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 // Threads: any. A gate opens once and stays open.
 class Gate {
@@ -37,4 +37,4 @@ class Gate {
   bool open_ = false;
 };
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake

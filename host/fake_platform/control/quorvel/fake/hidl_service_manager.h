@@ -4,9 +4,9 @@
 
 #include <string>
 
-#include "standin/script.h"
+#include "quorvel/fake/script.h"
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 // The manifest: "android.hardware.thermal@2.0::IThermal/default". Without an entry nobody finds the
 // service. An instance stays declared when its process dies.
@@ -30,4 +30,4 @@ class NoHidlServiceManager {
   NoHidlServiceManager& operator=(const NoHidlServiceManager&) = delete;
 };
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 struct LogLine {
   int priority = 0;
@@ -38,4 +38,4 @@ class LogCapture {
   void Clear();
 };
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake

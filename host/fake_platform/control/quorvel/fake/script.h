@@ -16,9 +16,9 @@
 #include <utility>
 #include <vector>
 
-#include "standin/gate.h"
+#include "quorvel/fake/gate.h"
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 // What one call does.
 struct Outcome {
@@ -131,4 +131,4 @@ class Script {
   int calls_ = 0;
 };
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake

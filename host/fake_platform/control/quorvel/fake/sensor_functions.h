@@ -6,9 +6,9 @@
 #include <cstddef>
 #include <vector>
 
-#include "standin/script.h"
+#include "quorvel/fake/script.h"
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 // For a function that returns a pointer, any outcome but STATUS_OK means null, nothing done. For
 // the others a negative status is the result, nothing done, and for registering and disabling a
@@ -40,4 +40,4 @@ void BringSensorEvents(const std::vector<ASensorEvent>& events);
 // How many threads wait in ALooper_pollOnce() now.
 int LooperWaiters();
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake

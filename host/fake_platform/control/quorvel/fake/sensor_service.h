@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 struct SensorDescription {
   int32_t handle = 0;  // identifies the sensor
@@ -58,4 +58,4 @@ class BnSensorService : public ndk::BnCInterface<ISensorService> {
   ndk::SpAIBinder createBinder() override;
 };
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake

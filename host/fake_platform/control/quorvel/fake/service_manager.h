@@ -4,9 +4,9 @@
 #include <chrono>
 #include <string>
 
-#include "standin/script.h"
+#include "quorvel/fake/script.h"
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 // The manifest. An instance stays declared when its process dies.
 void Declare(const std::string& instance);
@@ -31,4 +31,4 @@ class ShortGetServiceWait {
   ShortGetServiceWait& operator=(const ShortGetServiceWait&) = delete;
 };
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake

@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-namespace norvik::qel::standin {
+namespace norvik::qel::fake {
 
 class Process;
 
@@ -40,4 +40,4 @@ class ServiceProcess {
   const std::shared_ptr<Process> process_;
 };
 
-}  // namespace norvik::qel::standin
+}  // namespace norvik::qel::fake

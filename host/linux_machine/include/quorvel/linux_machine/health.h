@@ -5,11 +5,11 @@
 #include <memory>
 #include <string>
 
-#include "devices/common/device_event.h"
-#include "devices/common/health_service.h"
-#include "standin/service_process.h"
+#include "quorvel/fake/service_process.h"
+#include "quorvel/services/health_service.h"
+#include "quorvel/services/service_event.h"
 
-namespace norvik::qel::linux_device {
+namespace norvik::qel::linux_machine {
 
 class Watcher;
 
@@ -24,7 +24,7 @@ class Health {
 
   // Does nothing yet. The observer hears, besides what the service has to say, of a machine without
   // a battery and once of every file that cannot be read or believed.
-  explicit Health(devices::DeviceObserver observer = nullptr);
+  explicit Health(services::ServiceObserver observer = nullptr);
   // Stops it if nobody has.
   ~Health();
   Health(const Health&) = delete;
@@ -43,13 +43,13 @@ class Health {
  private:
   class Service;
 
-  void Tell(devices::DeviceEvent::Kind kind, std::string detail = {}) const;
+  void Tell(services::ServiceEvent::Kind kind, std::string detail = {}) const;
 
-  const devices::DeviceObserver observer_;
+  const services::ServiceObserver observer_;
   // All below change in Start() and Stop() only.
   std::shared_ptr<Service> service_;
-  std::unique_ptr<standin::ServiceProcess> process_;
+  std::unique_ptr<fake::ServiceProcess> process_;
   std::unique_ptr<Watcher> watcher_;
 };
 
-}  // namespace norvik::qel::linux_device
+}  // namespace norvik::qel::linux_machine

@@ -7,11 +7,11 @@
 #include <memory>
 #include <string>
 
-#include "devices/common/device_event.h"
-#include "devices/common/sensor_service.h"
-#include "standin/service_process.h"
+#include "quorvel/fake/service_process.h"
+#include "quorvel/services/sensor_service.h"
+#include "quorvel/services/service_event.h"
 
-namespace norvik::qel::linux_device {
+namespace norvik::qel::linux_machine {
 
 class Watcher;
 
@@ -34,7 +34,7 @@ class Sensors {
  public:
   // Does nothing yet. The observer hears, besides what the service has to say, of types that the
   // machine has no sensor of, and once of every file that cannot be read or believed.
-  explicit Sensors(devices::DeviceObserver observer = nullptr, SensorSettings settings = {});
+  explicit Sensors(services::ServiceObserver observer = nullptr, SensorSettings settings = {});
   // Stops it if nobody has.
   ~Sensors();
   Sensors(const Sensors&) = delete;
@@ -54,14 +54,14 @@ class Sensors {
  private:
   class Service;
 
-  void Tell(devices::DeviceEvent::Kind kind, std::string detail = {}) const;
+  void Tell(services::ServiceEvent::Kind kind, std::string detail = {}) const;
 
-  const devices::DeviceObserver observer_;
+  const services::ServiceObserver observer_;
   const SensorSettings settings_;
   // All below change in Start() and Stop() only.
   std::shared_ptr<Service> service_;
-  std::unique_ptr<standin::ServiceProcess> process_;
+  std::unique_ptr<fake::ServiceProcess> process_;
   std::unique_ptr<Watcher> watcher_;
 };
 
-}  // namespace norvik::qel::linux_device
+}  // namespace norvik::qel::linux_machine

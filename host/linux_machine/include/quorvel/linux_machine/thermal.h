@@ -7,11 +7,11 @@
 #include <memory>
 #include <string>
 
-#include "devices/common/device_event.h"
-#include "devices/common/thermal_service.h"
-#include "standin/service_process.h"
+#include "quorvel/fake/service_process.h"
+#include "quorvel/services/service_event.h"
+#include "quorvel/services/thermal_service.h"
 
-namespace norvik::qel::linux_device {
+namespace norvik::qel::linux_machine {
 
 class Watcher;
 
@@ -32,7 +32,7 @@ class Thermal {
  public:
   // Does nothing yet. The observer hears, besides what the service has to say, of a machine without
   // a zone, of errors in the file of types, and once of every file that cannot be read or believed.
-  explicit Thermal(devices::DeviceObserver observer = nullptr, ThermalSettings settings = {});
+  explicit Thermal(services::ServiceObserver observer = nullptr, ThermalSettings settings = {});
   // Stops it if nobody has.
   ~Thermal();
   Thermal(const Thermal&) = delete;
@@ -45,7 +45,7 @@ class Thermal {
   void Stop();
 
   // What the service has last reported; nothing is known while none runs.
-  devices::ThermalData data() const;
+  services::ThermalData data() const;
   // How many callbacks the running service holds, and how often it has read the machine; 0 while
   // none runs.
   size_t callback_count() const;
@@ -54,14 +54,14 @@ class Thermal {
  private:
   class Service;
 
-  void Tell(devices::DeviceEvent::Kind kind, std::string detail = {}) const;
+  void Tell(services::ServiceEvent::Kind kind, std::string detail = {}) const;
 
-  const devices::DeviceObserver observer_;
+  const services::ServiceObserver observer_;
   const ThermalSettings settings_;
   // All below change in Start() and Stop() only.
   std::shared_ptr<Service> service_;
-  std::unique_ptr<standin::ServiceProcess> process_;
+  std::unique_ptr<fake::ServiceProcess> process_;
   std::unique_ptr<Watcher> watcher_;
 };
 
-}  // namespace norvik::qel::linux_device
+}  // namespace norvik::qel::linux_machine

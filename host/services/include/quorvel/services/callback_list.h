@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-namespace norvik::qel::devices {
+namespace norvik::qel::services {
 
 // Whether both lead to the same object.
 template <typename I>
@@ -68,4 +68,4 @@ class CallbackList {
   std::vector<Entry> entries_;
 };
 
-}  // namespace norvik::qel::devices
+}  // namespace norvik::qel::services

@@ -11,9 +11,9 @@
 #include <string_view>
 #include <vector>
 
-#include "devices/common/device_event.h"
+#include "quorvel/services/service_event.h"
 
-namespace norvik::qel::devices {
+namespace norvik::qel::services {
 
 enum class HealthOperation {
   kRegisterCallback,
@@ -49,7 +49,7 @@ class HealthService : public aidl::android::hardware::health::BnHealth {
  public:
   using HealthInfo = aidl::android::hardware::health::HealthInfo;
 
-  explicit HealthService(HealthInfo info, DeviceObserver observer = nullptr);
+  explicit HealthService(HealthInfo info, ServiceObserver observer = nullptr);
 
   // Replaces the data and tells every callback.
   void Report(const HealthInfo& info);
@@ -96,13 +96,13 @@ class HealthService : public aidl::android::hardware::health::BnHealth {
   template <typename T, typename Read>
   ndk::ScopedAStatus Answer(HealthOperation operation, T* out, Read read);
   void SendLocked();
-  void Tell(DeviceEvent::Kind kind, std::string detail = {}) const;
+  void Tell(ServiceEvent::Kind kind, std::string detail = {}) const;
   void TellReport(const HealthInfo& info) const;
 
-  const DeviceObserver observer_;
+  const ServiceObserver observer_;
   mutable std::mutex lock_;
   HealthInfo info_;
   std::vector<std::shared_ptr<aidl::android::hardware::health::IHealthInfoCallback>> callbacks_;
 };
 
-}  // namespace norvik::qel::devices
+}  // namespace norvik::qel::services

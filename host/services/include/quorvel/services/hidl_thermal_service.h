@@ -9,11 +9,11 @@
 #include <string>
 #include <string_view>
 
-#include "devices/common/callback_list.h"
-#include "devices/common/device_event.h"
-#include "devices/common/thermal_data.h"
+#include "quorvel/services/callback_list.h"
+#include "quorvel/services/service_event.h"
+#include "quorvel/services/thermal_data.h"
 
-namespace norvik::qel::devices {
+namespace norvik::qel::services {
 
 enum class HidlThermalOperation {
   kGetTemperatures,
@@ -43,7 +43,7 @@ class HidlThermalService : public android::hardware::thermal::V2_0::IThermal {
   using CoolingType = android::hardware::thermal::V2_0::CoolingType;
   using Callback = android::sp<android::hardware::thermal::V2_0::IThermalChangedCallback>;
 
-  explicit HidlThermalService(ThermalData data, DeviceObserver observer = nullptr);
+  explicit HidlThermalService(ThermalData data, ServiceObserver observer = nullptr);
 
   // Replaces the data and tells the callbacks of the changes, and of what throttled and has gone.
   void Report(const ThermalData& data);
@@ -91,16 +91,16 @@ class HidlThermalService : public android::hardware::thermal::V2_0::IThermal {
   Return<void> Answer(HidlThermalOperation operation, const Handler& _hidl_cb, Read read);
   // `change` gives what the call fails with; null when it does not.
   template <typename Handler, typename Change>
-  Return<void> Perform(HidlThermalOperation operation, DeviceEvent::Kind kind,
+  Return<void> Perform(HidlThermalOperation operation, ServiceEvent::Kind kind,
                        const Handler& _hidl_cb, Change change);
   void SendLocked(const aidl::android::hardware::thermal::Temperature& temperature);
-  void Tell(DeviceEvent::Kind kind, std::string detail = {}) const;
-  void TellReport(devices::Report report) const;
+  void Tell(ServiceEvent::Kind kind, std::string detail = {}) const;
+  void TellReport(services::Report report) const;
 
-  const DeviceObserver observer_;
+  const ServiceObserver observer_;
   mutable std::mutex lock_;
   ThermalData data_;
   CallbackList<Callback, TemperatureType> callbacks_;
 };
 
-}  // namespace norvik::qel::devices
+}  // namespace norvik::qel::services

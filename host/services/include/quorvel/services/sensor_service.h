@@ -10,10 +10,10 @@
 #include <optional>
 #include <vector>
 
-#include "devices/common/device_event.h"
-#include "standin/sensor_service.h"
+#include "quorvel/fake/sensor_service.h"
+#include "quorvel/services/service_event.h"
 
-namespace norvik::qel::devices {
+namespace norvik::qel::services {
 
 inline constexpr char kSensorInstance[] = "android.frameworks.sensorservice.ISensorManager/default";
 
@@ -36,13 +36,13 @@ struct SensorRequest {
 // Threads: any. Locks: lock_ is held while events are put on their way, so that they reach every
 // queue in the order in which they were reported; nothing waits for a receiver there. The observer
 // is called without it.
-class SensorService : public standin::BnSensorService {
+class SensorService : public fake::BnSensorService {
  public:
-  explicit SensorService(std::vector<standin::SensorDescription> sensors,
-                         DeviceObserver observer = nullptr);
+  explicit SensorService(std::vector<fake::SensorDescription> sensors,
+                         ServiceObserver observer = nullptr);
 
   // One more sensor, which those hear of who ask from now on.
-  void Add(standin::SensorDescription sensor);
+  void Add(fake::SensorDescription sensor);
   // The readings of one moment, in one delivery to each queue. Those of a type that the device
   // does not have go nowhere.
   void Report(const std::vector<SensorReading>& readings);
@@ -56,10 +56,10 @@ class SensorService : public standin::BnSensorService {
   int listeners(int32_t type) const;
   std::optional<SensorRequest> last_request(int32_t type) const;
 
-  ndk::ScopedAStatus getSensorList(std::vector<standin::SensorDescription>* out) override;
+  ndk::ScopedAStatus getSensorList(std::vector<fake::SensorDescription>* out) override;
   ndk::ScopedAStatus getDefaultSensor(int32_t type,
-                                      std::optional<standin::SensorDescription>* out) override;
-  ndk::ScopedAStatus createEventQueue(const std::shared_ptr<standin::ISensorEvents>& events,
+                                      std::optional<fake::SensorDescription>* out) override;
+  ndk::ScopedAStatus createEventQueue(const std::shared_ptr<fake::ISensorEvents>& events,
                                       int64_t* out_queue) override;
   ndk::ScopedAStatus destroyEventQueue(int64_t queue) override;
   ndk::ScopedAStatus enableSensor(int64_t queue, int32_t handle, int32_t period_us,
@@ -68,24 +68,24 @@ class SensorService : public standin::BnSensorService {
 
  private:
   struct Queue {
-    std::shared_ptr<standin::ISensorEvents> events;
+    std::shared_ptr<fake::ISensorEvents> events;
     std::map<int32_t, SensorRequest> enabled;  // by handle
   };
 
   // Null when there is none; never dangling.
-  const standin::SensorDescription* FindLocked(int32_t handle) const;
+  const fake::SensorDescription* FindLocked(int32_t handle) const;
   // The one that stands for its type.
-  const standin::SensorDescription* FindDefaultLocked(int32_t type) const;
-  void Tell(DeviceEvent::Kind kind, const standin::SensorDescription& sensor) const;
+  const fake::SensorDescription* FindDefaultLocked(int32_t type) const;
+  void Tell(ServiceEvent::Kind kind, const fake::SensorDescription& sensor) const;
   void TellReport(SensorReport report) const;
 
-  const DeviceObserver observer_;
+  const ServiceObserver observer_;
   mutable std::mutex lock_;
-  std::deque<standin::SensorDescription> sensors_;  // only grows: pointers to them stay good
+  std::deque<fake::SensorDescription> sensors_;  // only grows: pointers to them stay good
   std::map<int64_t, Queue> queues_;
   int64_t next_queue_ = 1;
   std::map<int32_t, ASensorEvent> latest_;          // by handle
   std::map<int32_t, SensorRequest> last_requests_;  // by handle
 };
 
-}  // namespace norvik::qel::devices
+}  // namespace norvik::qel::services

@@ -10,7 +10,7 @@
 #include <variant>
 #include <vector>
 
-namespace norvik::qel::devices {
+namespace norvik::qel::services {
 
 // What one delivery holds of a sensor, the oldest first. Without values: what the sensor has read
 // is known no more.
@@ -30,7 +30,7 @@ using Report =
     std::variant<std::monostate, aidl::android::hardware::health::HealthInfo, SensorReport,
                  aidl::android::hardware::thermal::Temperature, TemperatureGone>;
 
-struct DeviceEvent {
+struct ServiceEvent {
   enum class Kind {
     kStarted,       // a service is up
     kDied,          // a service is gone
@@ -48,6 +48,6 @@ struct DeviceEvent {
 
 // Called on the device's threads, with no lock of the device held; but reports are told under the
 // locks that keep them in order, so that an observer must not call the device when it hears one.
-using DeviceObserver = std::function<void(const DeviceEvent&)>;
+using ServiceObserver = std::function<void(const ServiceEvent&)>;
 
-}  // namespace norvik::qel::devices
+}  // namespace norvik::qel::services

@@ -9,7 +9,7 @@
 #include <optional>
 #include <vector>
 
-namespace norvik::qel::devices {
+namespace norvik::qel::services {
 
 struct ThermalData {
   std::vector<aidl::android::hardware::thermal::Temperature> temperatures = {};
@@ -46,4 +46,4 @@ android::hardware::thermal::V2_0::TemperatureThreshold ToHidl(
 android::hardware::thermal::V2_0::CoolingDevice ToHidl(
     const aidl::android::hardware::thermal::CoolingDevice& device);
 
-}  // namespace norvik::qel::devices
+}  // namespace norvik::qel::services

@@ -11,11 +11,11 @@
 #include <string_view>
 #include <vector>
 
-#include "devices/common/callback_list.h"
-#include "devices/common/device_event.h"
-#include "devices/common/thermal_data.h"
+#include "quorvel/services/callback_list.h"
+#include "quorvel/services/service_event.h"
+#include "quorvel/services/thermal_data.h"
 
-namespace norvik::qel::devices {
+namespace norvik::qel::services {
 
 enum class ThermalOperation {
   kGetCoolingDevices,
@@ -54,7 +54,7 @@ class ThermalService : public aidl::android::hardware::thermal::BnThermal {
   using CoolingCallback =
       std::shared_ptr<aidl::android::hardware::thermal::ICoolingDeviceChangedCallback>;
 
-  explicit ThermalService(ThermalData data, DeviceObserver observer = nullptr);
+  explicit ThermalService(ThermalData data, ServiceObserver observer = nullptr);
 
   // Replaces the data and tells the callbacks of the changes, and of what throttled and has gone.
   void Report(const ThermalData& data);
@@ -101,14 +101,14 @@ class ThermalService : public aidl::android::hardware::thermal::BnThermal {
   ndk::ScopedAStatus Unregister(ThermalOperation operation, List& list, const Pointer& callback);
   ndk::ScopedAStatus Refuse(ThermalOperation operation, const char* reason) const;
   void SendLocked(const Temperature& temperature);
-  void Tell(DeviceEvent::Kind kind, std::string detail = {}) const;
-  void TellReport(devices::Report report) const;
+  void Tell(ServiceEvent::Kind kind, std::string detail = {}) const;
+  void TellReport(services::Report report) const;
 
-  const DeviceObserver observer_;
+  const ServiceObserver observer_;
   mutable std::mutex lock_;
   ThermalData data_;
   CallbackList<Callback, TemperatureType> callbacks_;
   CallbackList<CoolingCallback, CoolingType> cooling_callbacks_;
 };
 
-}  // namespace norvik::qel::devices
+}  // namespace norvik::qel::services

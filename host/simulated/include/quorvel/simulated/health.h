@@ -6,10 +6,10 @@
 #include <memory>
 #include <mutex>
 
-#include "devices/common/device_event.h"
-#include "devices/common/health_service.h"
-#include "standin/script.h"
-#include "standin/service_process.h"
+#include "quorvel/fake/script.h"
+#include "quorvel/fake/service_process.h"
+#include "quorvel/services/health_service.h"
+#include "quorvel/services/service_event.h"
 
 namespace norvik::qel::simulated {
 
@@ -23,7 +23,7 @@ class Health {
 
   // Declares the instance; the service does not run yet. The battery is at 50 percent and has 10
   // cycles; no charger is online.
-  explicit Health(devices::DeviceObserver observer = nullptr);
+  explicit Health(services::ServiceObserver observer = nullptr);
   // Kills the service and takes the declaration back.
   ~Health();
   Health(const Health&) = delete;
@@ -48,21 +48,21 @@ class Health {
   size_t callback_count() const;
 
   // What the next calls of an operation do, and how often it has been called.
-  standin::Script& on(devices::HealthOperation operation);
+  fake::Script& on(services::HealthOperation operation);
 
  private:
   class Service;
   // Shared with the service, whose threads may still be inside a call when the phone goes away.
   struct Phone {
-    std::array<standin::Script, static_cast<size_t>(devices::HealthOperation::kCount)> scripts;
+    std::array<fake::Script, static_cast<size_t>(services::HealthOperation::kCount)> scripts;
     std::mutex lock;  // held while the state changes and is reported, so that both agree
     HealthInfo info;
   };
 
-  const devices::DeviceObserver observer_;
+  const services::ServiceObserver observer_;
   const std::shared_ptr<Phone> phone_ = std::make_shared<Phone>();
   // Guarded by the phone's lock.
-  std::unique_ptr<standin::ServiceProcess> process_;
+  std::unique_ptr<fake::ServiceProcess> process_;
   std::shared_ptr<Service> service_;
 };
 

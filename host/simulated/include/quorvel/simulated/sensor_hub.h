@@ -10,11 +10,11 @@
 #include <string>
 #include <vector>
 
-#include "devices/common/device_event.h"
-#include "devices/common/sensor_service.h"
-#include "standin/script.h"
-#include "standin/sensor_functions.h"
-#include "standin/service_process.h"
+#include "quorvel/fake/script.h"
+#include "quorvel/fake/sensor_functions.h"
+#include "quorvel/fake/service_process.h"
+#include "quorvel/services/sensor_service.h"
+#include "quorvel/services/service_event.h"
 
 namespace norvik::qel::simulated {
 
@@ -24,7 +24,7 @@ namespace norvik::qel::simulated {
 class SensorHub {
  public:
   // Without sensors, and the service does not run yet. Scripts and counts begin anew.
-  explicit SensorHub(devices::DeviceObserver observer = nullptr);
+  explicit SensorHub(services::ServiceObserver observer = nullptr);
   // Ends the service. No client may be using it any more: its manager, sensors and queues go with
   // it. Waits until the program has heard of it.
   ~SensorHub();
@@ -40,29 +40,29 @@ class SensorHub {
   // New readings, one or a batch. Before the start they are kept as what a sensor reads when it is
   // enabled.
   void Report(int32_t type, float value) { Report({{.type = type, .value = value}}); }
-  void Report(const std::vector<devices::SensorReading>& readings);
-  // As in devices::SensorService.
+  void Report(const std::vector<services::SensorReading>& readings);
+  // As in services::SensorService.
   void Forget(int32_t type);
   // Events that nobody asked for, to every queue. Only while the service runs.
   void SendUnasked(const std::vector<ASensorEvent>& events);
 
-  // As in devices::SensorService; 0 or nothing before the start.
+  // As in services::SensorService; 0 or nothing before the start.
   size_t queue_count() const;
   int listeners(int32_t type) const;
-  std::optional<devices::SensorRequest> last_request(int32_t type) const;
+  std::optional<services::SensorRequest> last_request(int32_t type) const;
 
   // What the next calls of a function do, and how often it has been called.
-  standin::Script& on(standin::SensorFunction function) { return standin::ScriptOf(function); }
+  fake::Script& on(fake::SensorFunction function) { return fake::ScriptOf(function); }
 
  private:
-  std::shared_ptr<devices::SensorService> service() const;
+  std::shared_ptr<services::SensorService> service() const;
 
-  const devices::DeviceObserver observer_;
+  const services::ServiceObserver observer_;
   mutable std::mutex lock_;  // guards what follows
-  std::vector<standin::SensorDescription> sensors_;
+  std::vector<fake::SensorDescription> sensors_;
   std::map<int32_t, float> latest_;  // by type, for a service that starts
-  std::unique_ptr<standin::ServiceProcess> process_;
-  std::shared_ptr<devices::SensorService> service_;
+  std::unique_ptr<fake::ServiceProcess> process_;
+  std::shared_ptr<services::SensorService> service_;
 };
 
 }  // namespace norvik::qel::simulated

@@ -6,11 +6,11 @@
 #include <memory>
 #include <string>
 
-#include "devices/common/device_event.h"
-#include "devices/common/hidl_thermal_service.h"
-#include "devices/common/thermal_data.h"
-#include "devices/common/thermal_service.h"
-#include "standin/script.h"
+#include "quorvel/fake/script.h"
+#include "quorvel/services/hidl_thermal_service.h"
+#include "quorvel/services/service_event.h"
+#include "quorvel/services/thermal_data.h"
+#include "quorvel/services/thermal_service.h"
 
 namespace norvik::qel::simulated {
 
@@ -25,7 +25,7 @@ enum class ThermalPath { kAidl, kHidl };
 // Threads: any, but one at a time starts and kills the service of a path.
 class Thermal {
  public:
-  using ThermalData = devices::ThermalData;
+  using ThermalData = services::ThermalData;
   using Temperature = aidl::android::hardware::thermal::Temperature;
   using ThrottlingSeverity = aidl::android::hardware::thermal::ThrottlingSeverity;
 
@@ -33,7 +33,7 @@ class Thermal {
   // and speaker 30, battery_voltage 3900 mV, battery_current 500 mA, battery_level 50 percent,
   // AUDIO_voltage and AUDIO_current as those of the battery; a cooling device each for cpu, battery
   // and speaker, at 0.
-  explicit Thermal(devices::DeviceObserver observer = nullptr);
+  explicit Thermal(services::ServiceObserver observer = nullptr);
   // Kills the services and takes their declarations back.
   ~Thermal();
   Thermal(const Thermal&) = delete;
@@ -63,8 +63,8 @@ class Thermal {
   // What the next calls of an operation do, and how often it has been called. For HIDL an outcome
   // with an exception is a status FAILURE with the outcome's message, and any other status is a
   // transport that fails.
-  standin::Script& on(devices::ThermalOperation operation);
-  standin::Script& on(devices::HidlThermalOperation operation);
+  fake::Script& on(services::ThermalOperation operation);
+  fake::Script& on(services::HidlThermalOperation operation);
 
  private:
   class AidlService;
@@ -76,9 +76,9 @@ class Thermal {
   // Whether one was running.
   bool KillAidl();
   bool KillHidl();
-  void Tell(devices::DeviceEvent::Kind kind, ThermalPath path) const;
+  void Tell(services::ServiceEvent::Kind kind, ThermalPath path) const;
 
-  const devices::DeviceObserver observer_;
+  const services::ServiceObserver observer_;
   const std::shared_ptr<Phone> phone_;
 };
 

@@ -1,0 +1,25 @@
+// The host program of random and stress tests.
+#pragma once
+
+#include <android/binder_process.h>
+#include <android/log.h>
+
+#include <chrono>
+
+#include "quorvel/fake/service_manager.h"
+
+namespace norvik::qel {
+
+// Makes the program a host for the library, once: binder threads, no log, and no waiting for a
+// service that is declared but does not run.
+inline void SetUpSilentProcess() {
+  static const bool done = [] {
+    __android_log_set_logger([](const __android_log_message*) {});
+    ABinderProcess_startThreadPool();
+    fake::SetGetServiceWait(std::chrono::milliseconds(0), 1);
+    return true;
+  }();
+  static_cast<void>(done);
+}
+
+}  // namespace norvik::qel
