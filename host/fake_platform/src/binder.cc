@@ -61,7 +61,7 @@ void LocalBinder::PostOneway(std::shared_ptr<Process> sender,
   if (IsHost(process_)) NoteSent();
   std::lock_guard<std::mutex> lock(lock_);
   oneway_.push_back({.sender = std::move(sender), .run = std::move(run)});
-  if (std::exchange(draining_, true)) return;  // the running call sees to this one
+  if (std::exchange(draining_, true)) return;  // the running call posts this one
   PostDrainLocked();
 }
 
@@ -99,11 +99,11 @@ void LocalBinder::RunFirstOneway(ndk::SpAIBinder self) {
   {
     std::lock_guard<std::mutex> lock(object.lock_);
     object.draining_ = !object.oneway_.empty();
-    // Queued again rather than looped over: other objects' calls get their turn.
+    // Posted again instead of looped over, so that calls on other objects get their turn.
     if (object.draining_) object.PostDrainLocked();
   }
   const bool counted = IsHost(object.process_);
-  // What waits for the call to be handled may count on the reference being gone.
+  // The reference is released first: a thread that waits for the call to be handled may rely on it.
   self.set(nullptr);
   if (counted) NoteHandled();
 }
@@ -148,7 +148,8 @@ RemoteBinder::RemoteBinder(LocalBinder* target, std::shared_ptr<Process> holder)
   AIBinder_incStrong(target);
   target_.set(target);
   target_process_->AddInbound(anchor);
-  // The dead hold no references; one made while its holder dies is dropped by either side.
+  // A dead process holds no references. If the holder dies during this constructor, either this
+  // call or Kill() drops the reference.
   if (!holder_->AddOutbound(target_id_, anchor)) HolderDied();
 }
 
@@ -178,7 +179,7 @@ bool RemoteBinder::CallAndWait(std::function<void(LocalBinder&)> call) {
   WaitForLatency();
   auto task = [target = std::move(target), call = std::move(call)]() mutable {
     call(*target.get()->AsLocal());
-    call = nullptr;  // what it holds goes before its object
+    call = nullptr;  // its captures are released before the object
   };
   if (target_process_->RunAndWait(transport_, std::move(task))) return true;
   NoteDead();
@@ -213,8 +214,9 @@ bool RemoteBinder::IsOfClass(const AIBinder_Class* clazz) {
   const ndk::SpAIBinder target = Target();
   if (target.get() == nullptr) return false;
   const AIBinder_Class* asked = target.get()->AsLocal()->clazz();
-  // A service that asks about a callback gets its answer on the thread that waits for the service,
-  // so there is no thread to wait for here. The host's pool may not even be started.
+  // An object of the host is a callback. On a device the host answers such a question on the thread
+  // that waits for the service. So this must not wait for a pool thread of the host, whose pool may
+  // not even be started.
   if (!IsHost(target_process_) && !CallAndWait([](LocalBinder&) {})) return false;
   std::lock_guard<std::mutex> lock(lock_);
   class_ = asked;
@@ -231,15 +233,15 @@ binder_status_t RemoteBinder::Link(const std::shared_ptr<RecipientState>& recipi
   {
     std::lock_guard<std::mutex> lock(lock_);
     if (!alive_) return STATUS_DEAD_OBJECT;
-    // A deleted recipient ends its links without coming here.
+    // The links of a deleted recipient have ended, but are still in the list.
     std::erase_if(links_, [](const auto& old) { return old->state == fake::Link::State::kEnded; });
     link->who = this;
     links_.push_back(link);
-    // The notice may come at once, on another thread: it must find the link at the recipient.
+    // The notification may run at once on another thread. It must find the link at the recipient.
     std::lock_guard<std::mutex> guard(recipient->lock);
     recipient->links.push_back(std::move(link));
   }
-  // Dead already, though nobody has noticed yet: the notice follows.
+  // The process is dead, but this reference does not know it yet: the notification follows.
   if (target_process_->dead()) TargetDied();
   return STATUS_OK;
 }

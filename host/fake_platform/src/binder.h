@@ -1,4 +1,4 @@
-// What an AIBinder is: an object of some process, or a reference that another process has to it.
+// AIBinder: an object of a process, or the reference that another process has to it.
 #pragma once
 
 #include <android/binder_ibinder.h>
@@ -17,13 +17,13 @@
 
 namespace norvik::qel::fake {
 
-// Finds a binder again that may be gone: behind weak references and the tables of a Process.
+// A weak reference to a binder. AIBinder_Weak and the tables of a Process hold one.
 class Anchor {
  public:
   explicit Anchor(AIBinder* binder) : binder_(binder) {}
-  // One strong reference, or an empty one when the binder is gone.
+  // A strong reference, empty if the binder is gone.
   ndk::SpAIBinder Promote();
-  // The binder is about to be freed.
+  // Called just before the binder is freed.
   void Clear();
 
  private:
@@ -33,8 +33,8 @@ class Anchor {
 
 }  // namespace norvik::qel::fake
 
-// Interface code describes its class with one of these. Objects of it own their `args` and give
-// them to `destroy` at the end.
+// The class of an interface's objects. An object owns its `args` and passes them to `destroy` at
+// its end.
 struct AIBinder_Class {
   const char* descriptor;
   std::shared_ptr<ndk::ICInterface>& (*object)(void* args);  // null for HIDL objects
@@ -49,8 +49,8 @@ struct AIBinder {
   AIBinder& operator=(const AIBinder&) = delete;
 
   void IncStrong() { strong_.fetch_add(1, std::memory_order_relaxed); }
-  bool TryIncStrong();  // false when the count has reached 0
-  void DecStrong();     // the last one deletes
+  bool TryIncStrong();  // false if the count has reached 0
+  void DecStrong();     // the last one deletes the object
   int32_t strong() const { return strong_.load(std::memory_order_relaxed); }
 
   virtual norvik::qel::fake::LocalBinder* AsLocal() { return nullptr; }
@@ -64,7 +64,7 @@ struct AIBinder {
 
 namespace norvik::qel::fake {
 
-// An object of `process`, with the queue of one-way calls that have been sent to it.
+// An object of `process`, with the queue of one-way calls sent to it.
 class LocalBinder final : public AIBinder {
  public:
   LocalBinder(const AIBinder_Class* clazz, void* args, std::shared_ptr<Process> process);
@@ -78,7 +78,7 @@ class LocalBinder final : public AIBinder {
   Transport transport() const { return clazz_->transport; }
   uint64_t id() const { return id_; }
 
-  // Queues a one-way call of `sender`: calls of one object run in order, one at a time.
+  // Queues a one-way call of `sender`. Calls on one object run in order, one at a time.
   void PostOneway(std::shared_ptr<Process> sender, std::function<void(LocalBinder&)> run);
 
  private:
@@ -88,37 +88,37 @@ class LocalBinder final : public AIBinder {
   };
 
   void PostDrainLocked();
-  // Runs the first call of the queue, or has that done when the notices of its sender's death have
-  // been given.
+  // Runs the first call of the queue. If its sender has died, defers it until the notifications of
+  // that death have been delivered.
   static void RunFirstOneway(ndk::SpAIBinder self);
 
   const AIBinder_Class* const clazz_;
   void* const args_;
   const std::shared_ptr<Process> process_;
-  const uint64_t id_;  // never used again, unlike an address
+  const uint64_t id_;  // never reused, unlike an address
   std::mutex lock_;    // guards what follows; nothing is called under it
   std::deque<OnewayCall> oneway_;
-  bool draining_ = false;  // a task that takes the first call is posted, running or waiting
+  bool draining_ = false;  // a task for the first call is posted, running or deferred
 };
 
 struct RecipientState;
 
-// One link call that succeeded. Its notice runs at most once, its onUnlinked exactly once.
+// One successful link call. Its notification runs at most once, its onUnlinked exactly once.
 struct Link {
-  // Whoever ends a link decides in one step what still happens.
+  // A transition out of kLinked is atomic and decides what still runs.
   enum class State { kLinked, kTelling, kEnded };
   std::atomic<State> state{State::kLinked};
-  std::function<void()> died;      // the notice
+  std::function<void()> died;      // the notification
   std::function<void()> unlinked;  // may be empty
-  const void* key = nullptr;       // what tells it from others; for comparison only
+  const void* key = nullptr;       // identifies the link; for comparison only
   const AIBinder* who = nullptr;   // for comparison only
   std::weak_ptr<RecipientState> recipient;
 
-  // Ends the link unless its notice has started; true when this call did it.
+  // Ends the link unless its notification has started. True if this call ended it.
   bool End();
 };
 
-// What a recipient, or a HIDL proxy, knows of its links, apart from its owner, which may be deleted
+// The links of a recipient or of a HIDL proxy. A separate object, because its owner may be deleted
 // at any time.
 struct RecipientState {
   std::mutex lock;
@@ -126,7 +126,7 @@ struct RecipientState {
 
   std::shared_ptr<Link> TakeNewest(const AIBinder* who, const void* key);
   void Remove(const std::shared_ptr<Link>& link);
-  // The recipient goes away: its links end silently.
+  // Ends all links without notifications. Called when the recipient is deleted.
   void EndAll();
 };
 
@@ -138,17 +138,17 @@ class RemoteBinder final : public AIBinder {
   RemoteBinder* AsRemote() override { return this; }
 
   bool alive() const;
-  // The object behind; empty, and known to be dead from now on, when either process has died.
+  // The object. If either process has died: empty, and alive() is false from now on.
   ndk::SpAIBinder Target();
-  // Runs `call` on a thread of the object's process and waits for its end. False, and known to be
-  // dead, when either process has died or dies meanwhile.
+  // Runs `call` on a thread of the object's process and waits for its end. If either process has
+  // died or dies meanwhile: returns false, and alive() is false from now on.
   bool CallAndWait(std::function<void(LocalBinder&)> call);
-  // Sends a one-way call; false, and known to be dead, when either process has died. In one step
-  // with that: the dead send nothing.
+  // Sends a one-way call. If either process has died: returns false, and alive() is false from now
+  // on. The check and the sending are atomic: a dead process sends nothing.
   bool PostOneway(std::function<void(LocalBinder&)> call);
-  // Marks it as known to be dead: a call has been answered so.
+  // Sets alive() to false, after a call has failed because of a death.
   void NoteDead();
-  // Whether the object is of that class; asks it once. False as well when it cannot be asked.
+  // Whether the object is of that class. Asks the object once; false if it cannot be asked.
   bool IsOfClass(const AIBinder_Class* clazz);
   // Null until IsOfClass() has been true.
   const AIBinder_Class* associated_class() const;
@@ -157,9 +157,10 @@ class RemoteBinder final : public AIBinder {
                        std::shared_ptr<fake::Link> link);
   binder_status_t Unlink(RecipientState& recipient, const void* key);
 
-  // The process of the object has died: tells the recipients on a thread of the holder.
+  // Called when the process of the object has died. Notifies the recipients on a thread of the
+  // holder.
   void TargetDied();
-  // The process that holds this reference has died.
+  // Called when the process that holds this reference has died.
   void HolderDied();
 
  private:
@@ -174,7 +175,7 @@ class RemoteBinder final : public AIBinder {
   mutable std::mutex lock_;  // guards what follows; nothing is called or released under it
   ndk::SpAIBinder target_;   // empty after the death of either process
   const AIBinder_Class* class_ = nullptr;  // once known
-  bool associated_ = false;                // it has been asked for by that class
+  bool associated_ = false;                // IsOfClass() has been true
   bool alive_ = true;                      // last known state
   bool obituary_posted_ = false;
   std::vector<std::shared_ptr<fake::Link>> links_;

@@ -1,4 +1,4 @@
-// The C face of binder objects and death recipients.
+// The C functions of binder objects and death recipients.
 #include <android/binder_ibinder.h>
 #include <android/binder_process.h>
 #include <android/log.h>
@@ -70,7 +70,8 @@ binder_status_t AIBinder_ping(AIBinder* binder) {
 binder_status_t AIBinder_dump(AIBinder* binder, int fd, const char** args, uint32_t numArgs) {
   if (binder == nullptr) return STATUS_UNEXPECTED_NULL;
   if (LocalBinder* local = binder->AsLocal()) return local->object()->dump(fd, args, numArgs);
-  // The service writes to a descriptor of its own and reads copies: the caller may be gone by then.
+  // The service gets its own descriptor and copies of the arguments: if it dies, the caller returns
+  // while dump() still runs.
   struct Request {
     ndk::ScopedFileDescriptor fd;
     std::vector<std::string> args;
@@ -196,7 +197,7 @@ void ABinderProcess_startThreadPool() {
 }
 
 bool ABinderProcess_setThreadPoolMaxThreadCount(uint32_t numThreads) {
-  // Besides the one that startThreadPool() brings.
+  // Plus the one that ABinderProcess_startThreadPool() starts.
   Process::Host()->pool(Transport::kBinder).SetMaxThreads(numThreads + 1);
   return true;
 }

@@ -1,4 +1,4 @@
-// Keeps account of what is under way to the host process, and can stop it at a gate.
+// Counts the deliveries in flight to the host process, and can stop them at a gate.
 #pragma once
 
 #include <memory>
@@ -7,10 +7,10 @@
 
 namespace norvik::qel::fake {
 
-// To be paired, the first when a delivery is sent, the second when it has been handled or dropped.
+// A pair: NoteSent() when a delivery is sent, NoteHandled() when it has been handled or dropped.
 void NoteSent();
 void NoteHandled();
-// Called just before a delivery runs; returns when it may.
+// Called just before a delivery runs. Returns when the delivery may run.
 void PassDeliveryGate(Delivery kind);
 
 }  // namespace norvik::qel::fake

@@ -1,4 +1,4 @@
-// The local side of what every HIDL interface can do.
+// IBase, the base of every HIDL interface: the local side.
 #include <android/hidl/base/1.0/IBase.h>
 
 #include "hidl_call.h"
@@ -40,7 +40,7 @@ Return<void> IBase::interfaceDescriptor(interfaceDescriptor_cb _hidl_cb) {
 }
 
 Return<void> IBase::getHashChain(getHashChain_cb _hidl_cb) {
-  // One per interface of the chain; the fake platform knows of no hashes.
+  // One hash per interface of the chain. The fake platform has no hashes: all are zero.
   size_t interfaces = 0;
   const Return<void> asked =
       interfaceChain([&](const auto& descriptors) { interfaces = descriptors.size(); });

@@ -1,4 +1,4 @@
-// What the generated code of a HIDL interface is made of here. Calls travel as in remote_call.h.
+// Building blocks of the HIDL interfaces. Calls travel as in remote_call.h.
 #pragma once
 
 #include <android/log.h>
@@ -15,11 +15,11 @@
 
 namespace norvik::qel::fake {
 
-// Specialised for each interface: Type is the class of its proxies.
+// Specialised for each interface. Type is the class of its proxies.
 template <typename I>
 struct RemoteSide;
 
-// The object itself when `binder` is local, a new proxy otherwise; null when it is empty.
+// The object itself if `binder` is local, otherwise a new proxy. Null if `binder` is empty.
 template <typename I>
 ::android::sp<I> FromHidlBinder(const ndk::SpAIBinder& binder) {
   if (binder.get() == nullptr) return nullptr;
@@ -29,7 +29,7 @@ template <typename I>
   return ::android::sp<typename RemoteSide<I>::Type>::make(binder);
 }
 
-// A result callback: the service fills storage that the call owns, the caller's callback reads it.
+// A result callback. The service fills storage that the call owns; the caller's callback reads it.
 template <typename... Results>
 struct Parcelled<std::function<void(Results...)>> {
   using Callback = std::function<void(Results...)>;
@@ -47,15 +47,15 @@ struct Parcelled<std::function<void(Results...)>> {
   std::optional<std::tuple<std::remove_cvref_t<Results>...>> results;
 };
 
-// An object: the receiver gets its own reference. Null travels, too.
+// An object. The receiver gets its own reference. Null is passed on as null.
 template <typename I>
 requires std::is_base_of_v<HidlBase, I>
 struct Parcelled<::android::sp<I>> {
   explicit Parcelled(const ::android::sp<I>& given) : binder(BinderOf(given)) {
-    if (given != nullptr) StartHidlThreads();  // calls on it may come back
+    if (given != nullptr) StartHidlThreads();  // the service may call it
   }
   bool ok() const { return true; }
-  // False when the service's process has died meanwhile: the dead take no references.
+  // False if the service's process has died meanwhile: a dead process takes no references.
   bool Arrive() {
     if (binder.get() == nullptr) return true;
     object = FromHidlBinder<I>(Process::Current()->Reach(std::exchange(binder, {}).get()));
@@ -67,7 +67,7 @@ struct Parcelled<::android::sp<I>> {
   ::android::sp<I> object;
 };
 
-// A service that reports success has to have answered.
+// A service that returns success must have called the result callback.
 template <typename T>
 void AssertAnswered(const Parcelled<T>&) {}
 template <typename... Results>
@@ -118,7 +118,7 @@ template <typename I, typename... Params>
   return call->status;
 }
 
-// A one-way call: ok as soon as it is on its way.
+// A one-way call. Ok as soon as the call is queued.
 template <typename I, typename... Params>
 ::android::hardware::Return<void> SendHidl(
     const ndk::SpAIBinder& binder, ::android::hardware::Return<void> (I::*method)(Params...),
@@ -128,13 +128,13 @@ template <typename I, typename... Params>
         I& object = static_cast<I&>(HidlObject(target));
         const auto result =
             std::apply([&](const auto&... param) { return (object.*method)(param...); }, params);
-        static_cast<void>(result.isOk());  // a failure is the receiver's own affair
+        static_cast<void>(result.isOk());  // the sender never sees a failure
       });
   if (sent) return ::android::hardware::Void();
   return ::android::hardware::Status::fromStatusT(::android::DEAD_OBJECT);
 }
 
-// The part of a proxy that every interface has.
+// The members of IBase for a proxy of I.
 template <typename I>
 class HidlProxyOf : public I, public HidlProxy {
  public:
@@ -179,7 +179,7 @@ class HidlProxyOf : public I, public HidlProxy {
   }
 };
 
-// castFrom() of each interface: null when the object does not implement it.
+// castFrom() of each interface. Null if the object does not implement I.
 template <typename I>
 ::android::hardware::Return<::android::sp<I>> CastFrom(const ::android::sp<HidlBase>& parent,
                                                        bool emitError) {

@@ -16,13 +16,13 @@ using ::android::hardware::hidl_death_recipient;
 
 namespace {
 
-// What the binder of a local object owns.
+// Owned by the binder of a local object.
 struct Node {
   sp<HidlBase> object;
   std::shared_ptr<Anchor> binder;  // the binder itself
 };
 
-// Finds the binder of a local object again. The table keeps nothing alive.
+// Maps a local object to its binder. The table keeps nothing alive.
 struct NodeTable {
   std::mutex lock;  // nothing is called or released under it
   std::map<const HidlBase*, std::shared_ptr<Anchor>> binders;
@@ -37,7 +37,7 @@ void DestroyNode(void* args) {
   auto* node = static_cast<Node*>(args);
   {
     std::lock_guard<std::mutex> lock(Nodes().lock);
-    // A successor may have been made since the count fell to zero.
+    // A new binder may have been made since the count of this one fell to zero.
     const auto found = Nodes().binders.find(node->object.get());
     if (found != Nodes().binders.end() && found->second == node->binder) {
       Nodes().binders.erase(found);
@@ -65,7 +65,7 @@ ndk::SpAIBinder NodeOf(const sp<HidlBase>& object) {
   return binder;
 }
 
-// Tells recipients apart, as long as a weak reference is kept.
+// Identifies a recipient as long as a weak reference to it is held.
 const void* IdentityOf(const hidl_death_recipient& recipient) {
   ::android::RefBase::weakref_type* identity = recipient.createWeak();
   ::android::RefBase::DropWeak(identity);
@@ -101,7 +101,7 @@ bool HidlProxy::LinkRecipient(const sp<hidl_death_recipient>& recipient, uint64_
     const sp<hidl_death_recipient> told = weak.promote();
     if (told != nullptr) told->serviceDied(cookie, who);
   };
-  // The weak reference in the notice keeps this address from being used again.
+  // The weak reference in `died` keeps this address from being reused.
   link->key = recipient != nullptr ? IdentityOf(*recipient) : nullptr;
   link->recipient = links_;
   return binder_.get()->AsRemote()->Link(links_, std::move(link)) == STATUS_OK;

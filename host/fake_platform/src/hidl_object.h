@@ -1,4 +1,4 @@
-// How HIDL objects are reached from other processes: a binder per object, and proxies.
+// Access to HIDL objects of other processes: a binder per object, and proxies.
 #pragma once
 
 #include <android/hidl/base/1.0/IBase.h>
@@ -11,18 +11,18 @@ namespace norvik::qel::fake {
 
 using HidlBase = ::android::hidl::base::V1_0::IBase;
 
-// The binder that leads to `object`: a proxy's reference, or the one binder that a local object has
-// as long as anybody keeps it. Empty for null.
+// The binder of `object`: the reference of a proxy, or the binder of a local object. A local object
+// has one binder as long as a reference to that binder is held. Empty for null.
 ndk::SpAIBinder BinderOf(const ::android::sp<HidlBase>& object);
 
 // The object behind a local binder.
 HidlBase& HidlObject(const LocalBinder& binder);
 
-// Starts the HIDL threads of the calling process: they come by themselves with the first thing that
-// can arrive.
+// Starts the HIDL threads of the calling process. The platform starts them on its own, as soon as a
+// call or a death notification can arrive.
 void StartHidlThreads();
 
-// What a proxy is besides its interface: a reference, and the links to death made through it.
+// Base of every proxy: the reference, and the links to death made through it.
 class HidlProxy {
  public:
   HidlProxy(const HidlProxy&) = delete;
@@ -32,7 +32,7 @@ class HidlProxy {
 
  protected:
   explicit HidlProxy(ndk::SpAIBinder binder) : binder_(std::move(binder)) {}
-  // Ends the links silently.
+  // Ends the links without notifications.
   virtual ~HidlProxy();
 
   bool LinkRecipient(const ::android::sp<::android::hardware::hidl_death_recipient>& recipient,

@@ -11,7 +11,7 @@ namespace {
 
 std::atomic<bool> g_present{true};
 
-// As the manifest and the registry name it.
+// The name in the manifest and in the registry.
 std::string Instance(const std::string& descriptor, const std::string& name) {
   return descriptor + "/" + name;
 }

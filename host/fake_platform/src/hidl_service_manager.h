@@ -1,4 +1,4 @@
-// What the static functions of HIDL interfaces do.
+// The static functions of HIDL interfaces.
 #pragma once
 
 #include <android/binder_auto_utils.h>
@@ -10,11 +10,11 @@
 
 namespace norvik::qel::fake {
 
-// The calling process's reference to a service; empty when there is none.
+// The calling process's reference to a service. Empty if there is none.
 ndk::SpAIBinder TryGetHidl(const std::string& descriptor, const std::string& name, bool get_stub);
 // Waits for a declared service.
 ndk::SpAIBinder GetHidl(const std::string& descriptor, const std::string& name, bool get_stub);
-// Offers a service under each of its interfaces.
+// Registers a service under each of its interfaces.
 ::android::status_t AddHidl(const ::android::sp<HidlBase>& service, const std::string& name);
 
 }  // namespace norvik::qel::fake

@@ -20,7 +20,7 @@ static_assert(sizeof(android::hardware::thermal::V2_0::CoolingDevice) == 32);
 namespace norvik::qel::fake {
 namespace {
 
-// "{.field = value, ...}"
+// Builds "{.field = value, ...}".
 class HidlRecordText {
  public:
   template <typename T>
@@ -49,7 +49,7 @@ class HidlRecordText {
   std::string text_ = "{";
 };
 
-// What has no name is shown as a number.
+// The name, or the number if the value has no name.
 template <typename Enum>
 std::string Named(const char* name, Enum value) {
   if (name != nullptr) return name;

@@ -12,15 +12,15 @@
 
 namespace {
 
-// A message is cut to 1023 bytes and its terminator, as on a device.
+// A message is cut to 1023 bytes plus the terminator, as on a device.
 constexpr size_t kBufferSize = 1024;
 
 std::atomic<__android_logger_function> g_logger{__android_log_stderr_logger};
 std::atomic<__android_aborter_function> g_aborter{nullptr};
 std::atomic<int32_t> g_minimum_priority{ANDROID_LOG_DEFAULT};
 
-// The default tag may be replaced while other threads log: copied under this lock. Both are never
-// destroyed, since threads of the process may log until its very end.
+// Guards the default tag, which may be replaced while other threads log. Both are leaked on
+// purpose: threads may log until the process ends.
 std::mutex& g_tag_lock = *new std::mutex;
 std::string& g_default_tag = *new std::string(program_invocation_short_name);
 
@@ -135,7 +135,7 @@ void __android_log_stderr_logger(const __android_log_message* message) {
   localtime_r(&now.tv_sec, &local);
   char stamp[32];
   strftime(stamp, sizeof stamp, "%m-%d %H:%M:%S", &local);
-  // One call for the whole line: stdio's own lock keeps lines of different threads apart.
+  // One call per line: the lock of stdio keeps the lines of different threads apart.
   fprintf(stderr, "%s.%03ld %5d %5d %c %s: %s\n", stamp, now.tv_nsec / 1'000'000, getpid(),
           gettid(), PriorityLetter(message->priority), message->tag, message->message);
 }

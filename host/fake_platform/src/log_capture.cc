@@ -9,7 +9,7 @@ namespace norvik::qel::fake {
 
 namespace {
 
-// Never destroyed: threads of the process may log to its very end.
+// Leaked on purpose: threads may log until the process ends.
 struct Captured {
   std::mutex lock;
   std::condition_variable changed;

@@ -14,7 +14,8 @@ thread_local bool t_in_callback = false;
 }  // namespace
 
 ALooper& ALooper::Get() {
-  static ALooper& looper = *new ALooper;  // polls may go on to the end of the program
+  // Leaked on purpose: threads may poll until the process ends.
+  static ALooper& looper = *new ALooper;
   return looper;
 }
 
@@ -39,7 +40,7 @@ int ALooper::PollOnce(int timeout_ms) {
       woken_ = false;
       return woken ? ALOOPER_POLL_WAKE : ALOOPER_POLL_TIMEOUT;
     }
-    taken.swap(marked_);  // and a wake stays for the next poll
+    taken.swap(marked_);  // a wake is left for the next poll
   }
   t_in_callback = true;
   for (const auto& source : taken) source->Dispatch();

@@ -10,11 +10,11 @@
 
 namespace norvik::qel::fake {
 
-// Something that can have news for whoever polls.
+// An event queue as the looper sees it.
 class NewsSource {
  public:
   virtual ~NewsSource() = default;
-  // A poll has taken the news: calls the callback if there is one.
+  // Called by the poll that took the events. Calls the queue's callback, if any.
   virtual void Dispatch() = 0;
 };
 
@@ -24,7 +24,7 @@ class NewsSource {
 struct ALooper {
  public:
   static ALooper& Get();
-  // Whether the calling thread runs a callback of the looper's.
+  // Whether the calling thread is inside a callback of the looper.
   static bool InCallback();
 
   int PollOnce(int timeout_ms);

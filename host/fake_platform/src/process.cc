@@ -30,7 +30,7 @@ Process::Process(const std::string& name)
       hwbinder_pool_(std::make_shared<ThreadPool>("hwbinder:" + name)) {}
 
 const std::shared_ptr<Process>& Process::Host() {
-  // Never destroyed: its threads run to the end of the program.
+  // Leaked on purpose: its threads run until the program ends.
   static const auto& host = *new std::shared_ptr<Process>(std::make_shared<Process>("host"));
   return host;
 }
@@ -76,7 +76,7 @@ void Process::Post(Transport transport, std::function<void()> task) {
   pool(transport).Post([self = shared_from_this(), task = std::move(task)]() mutable {
     const Scope scope(self);
     task();
-    task = nullptr;  // what the task holds goes on this process's behalf, too
+    task = nullptr;  // its captures are released as this process, too
   });
 }
 
@@ -89,7 +89,7 @@ bool Process::RunAndWait(Transport transport, std::function<void()> task) {
   }
   Post(transport, [call, task = std::move(task)]() mutable {
     task();
-    task = nullptr;  // before the caller goes on: it may count on what it holds being released
+    task = nullptr;  // the caller may rely on the captures being released when it returns
     std::lock_guard<std::mutex> lock(call->lock);
     call->done = true;
     call->changed.notify_all();
@@ -115,7 +115,7 @@ std::shared_ptr<PendingNotices> Process::pending_notices() const {
 }
 
 void Process::Kill() {
-  const auto notices = std::make_shared<PendingNotices>();  // let go at the very end
+  const auto notices = std::make_shared<PendingNotices>();  // released last
   std::set<std::shared_ptr<PendingCall>> calls;
   std::vector<std::shared_ptr<Anchor>> outbound;
   std::vector<std::shared_ptr<Anchor>> inbound;

@@ -1,5 +1,5 @@
-// The processes of the pretended device. The program that runs all this is the host process; each
-// ServiceProcess is another one.
+// The processes of the simulated phone. The program itself is the host process; each ServiceProcess
+// is another process.
 #pragma once
 
 #include <android/binder_auto_utils.h>
@@ -22,14 +22,14 @@ class Anchor;
 class LocalBinder;
 class RemoteBinder;
 
-// The two ways between processes. Each process has a pool of threads for either.
+// The two transports between processes. A process has a thread pool for each.
 enum class Transport {
   kBinder,    // AIDL
   kHwBinder,  // HIDL
 };
 
-// One synchronous call under way, shared between the caller and the thread that serves it, so that
-// a caller released by a death leaves nothing behind that is its own.
+// One synchronous call in flight. The caller and the serving thread share it: if a death releases
+// the caller first, the serving thread uses nothing of the caller's.
 struct PendingCall {
   std::mutex lock;
   std::condition_variable changed;
@@ -37,19 +37,23 @@ struct PendingCall {
   bool dead = false;  // the serving process died first
 };
 
-// The notices of one death that have not been given yet. Each of them holds this until its
-// recipients have returned; the last to let go lets everything go on that waits.
+// The undelivered notifications of one death. Each notification holds a reference to this object
+// until its recipients have returned. The last reference released runs the deferred calls.
 //
-// What a dead process has sent arrives after the notices of its death and before anything that its
-// successor sends to the same object:
-// 1. Kill() marks the process as dead and makes this in one step, under the process's lock.
-// 2. Kill() holds it until every notice has taken its own hold and the dead process can send no
-//    more. So it lives until all notices have been given.
-// 3. A one-way call looks for it on its binder thread, as the last thing before it runs. Either the
-//    sender was alive then, and the call had begun before the death; or this is still there, and
-//    the call waits for it; or all notices have been given.
-// 4. A call that waits stays at the head of its object's queue. The successor's calls are behind.
-// No lock and no thread is held by a call that waits: it is posted again.
+// Claim: the queued one-way calls of a dead process run after the notifications of its death, and
+// before any call of its successor to the same object.
+// 1. Kill() marks the process as dead and publishes this object in one step, under the process's
+//    lock.
+// 2. Kill() holds a reference until every notification has one and the dead process can send no
+//    more. So this object exists until all notifications have been delivered.
+// 3. The last thing that a one-way call does before it runs is to look for this object. There are
+//    three cases:
+//    a. The sender is alive: the call begins before the death.
+//    b. This object exists: the call is deferred until it is gone.
+//    c. This object is gone: all notifications have been delivered.
+// 4. A deferred call stays at the head of its object's queue. So the calls of the successor run
+//    after it.
+// A deferred call holds no lock and no thread: it is posted again.
 class PendingNotices {
  public:
   PendingNotices() = default;
@@ -57,7 +61,7 @@ class PendingNotices {
   PendingNotices& operator=(const PendingNotices&) = delete;
   ~PendingNotices();
 
-  // Runs `next` at the end, on the thread that lets go last: it must not block.
+  // Runs `next` on the thread that releases the last reference. `next` must not block.
   void Then(std::function<void()> next);
 
  private:
@@ -71,11 +75,11 @@ class Process : public std::enable_shared_from_this<Process> {
   explicit Process(const std::string& name);
 
   static const std::shared_ptr<Process>& Host();
-  // The process on whose behalf the calling thread runs: the host's, unless it is a thread of a
-  // service or inside a Scope.
+  // The process for which the calling thread runs: the host, unless it is a thread of a service or
+  // inside a Scope.
   static std::shared_ptr<Process> Current();
 
-  // Lets the calling thread act for a process for a while.
+  // Makes the calling thread run for `process` during its own lifetime.
   class Scope {
    public:
     explicit Scope(std::shared_ptr<Process> process);
@@ -87,17 +91,18 @@ class Process : public std::enable_shared_from_this<Process> {
     std::shared_ptr<Process> before_;
   };
 
-  // How this process reaches `binder`: the object itself if it lives here, else the one reference
-  // that this process has to it.
+  // The binder that this process uses for `binder`: the object itself if it is an object of this
+  // process, otherwise this process's single reference to it. Empty if the process of the object
+  // has died.
   ndk::SpAIBinder Reach(AIBinder* binder);
 
-  // Runs `task` on a thread of this process on this process's behalf.
+  // Runs `task` on a thread of this process, as this process.
   void Post(Transport transport, std::function<void()> task);
-  // Does so and waits for its end. False when the process is dead, or dies meanwhile.
+  // The same, and waits for the end of `task`. False if the process is dead or dies meanwhile.
   bool RunAndWait(Transport transport, std::function<void()> task);
 
   bool dead() const;
-  // Null while it lives, and when all notices of its death have been given.
+  // Null while the process lives, and after all notifications of its death have been delivered.
   std::shared_ptr<PendingNotices> pending_notices() const;
   void Kill();
 
@@ -107,8 +112,8 @@ class Process : public std::enable_shared_from_this<Process> {
 
  private:
   friend class RemoteBinder;
-  // Kept by each RemoteBinder for the two processes that it connects. A dead process holds nothing
-  // any more: false.
+  // Each RemoteBinder enters itself in the tables of the two processes that it connects. False if
+  // this process is dead: it holds no references.
   bool AddOutbound(uint64_t target_id, std::shared_ptr<Anchor> reference);
   void RemoveOutbound(uint64_t target_id, const std::shared_ptr<Anchor>& reference);
   void AddInbound(std::shared_ptr<Anchor> reference);
@@ -118,7 +123,7 @@ class Process : public std::enable_shared_from_this<Process> {
   const std::shared_ptr<ThreadPool> hwbinder_pool_;
   mutable std::mutex lock_;
   bool dead_ = false;
-  std::weak_ptr<PendingNotices> pending_notices_;  // of its death
+  std::weak_ptr<PendingNotices> pending_notices_;  // of this process's death
   std::mutex reach_lock_;  // taken before lock_: one new reference at a time
   std::map<uint64_t, std::shared_ptr<Anchor>> outbound_;  // references held here, by target
   std::set<std::shared_ptr<Anchor>> inbound_;             // references to objects that live here

@@ -1,4 +1,4 @@
-// Builds the text of a record, "Name{field: value, ...}", as its toString() gives it.
+// Builds the text of a record for its toString(): "Name{field: value, ...}".
 #pragma once
 
 #include <array>
@@ -20,7 +20,7 @@ std::string ValueText(const T& value) {
   if constexpr (std::is_same_v<T, bool>) {
     return value ? "true" : "false";
   } else if constexpr (std::is_floating_point_v<T>) {
-    // As std::to_string(), whose point is the locale's.
+    // Like std::to_string(), but independent of the locale.
     std::array<char, std::numeric_limits<T>::max_exponent10 + 10> text;
     return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value,
                                        std::chars_format::fixed, /*precision=*/6)

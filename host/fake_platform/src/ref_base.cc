@@ -8,8 +8,7 @@ namespace android {
 namespace {
 
 constexpr char kTag[] = "RefBase";
-// The count of an object that never had a strong reference. References are counted on top of it
-// until the first one takes it away.
+// The initial strong count of an object. The first strong reference subtracts it.
 constexpr int32_t kNeverHeld = 1 << 28;
 
 }  // namespace

@@ -1,5 +1,5 @@
-// What the generated code of an interface is made of here: calls travel as C++ closures over
-// copied arguments instead of parcels.
+// Building blocks of the AIDL interfaces. Calls travel as C++ closures over copied arguments
+// instead of parcels.
 #pragma once
 
 #include <android/binder_interface_utils.h>
@@ -30,8 +30,8 @@ inline void DestroyArgs(void* args) {
   delete static_cast<std::shared_ptr<ndk::ICInterface>*>(args);
 }
 
-// fromBinder() of each interface: the object itself when it is local, a new proxy otherwise, null
-// when it is of another class or cannot be asked.
+// fromBinder() of each interface: the object itself if it is local, otherwise a new proxy. Null if
+// the object is of another class or cannot be asked.
 template <typename Interface, typename Proxy, const AIBinder_Class& kClass>
 std::shared_ptr<Interface> FromBinder(const ndk::SpAIBinder& binder) {
   if (!AIBinder_associateClass(binder.get(), &kClass)) return nullptr;
@@ -41,8 +41,8 @@ std::shared_ptr<Interface> FromBinder(const ndk::SpAIBinder& binder) {
   return ndk::SharedRefBase::make<Proxy>(binder);
 }
 
-// How one argument of a call travels. It is made at the caller; Arrive() and Pass() run on the
-// service's thread, Deliver() at the caller again when the call has succeeded.
+// Carries one argument of a call. The caller's thread constructs it. Arrive() and Pass() run on the
+// service's thread. After a successful call, Deliver() runs on the caller's thread.
 template <typename T>
 struct Parcelled {
   explicit Parcelled(const T& value) : value(value) {}
@@ -53,7 +53,7 @@ struct Parcelled {
   T value;
 };
 
-// A result: the service writes to storage that the call owns.
+// A result. The service writes to storage that the call owns.
 template <typename T>
 struct Parcelled<T*> {
   explicit Parcelled(T*) {}
@@ -64,8 +64,7 @@ struct Parcelled<T*> {
   T value{};
 };
 
-// An interface: the receiver gets its own reference. Null travels, too: a service must be ready
-// for it.
+// An interface. The receiver gets its own reference. Null is passed on: a service must handle it.
 template <typename I>
 requires std::is_base_of_v<ndk::ICInterface, I>
 struct Parcelled<std::shared_ptr<I>> {
@@ -73,7 +72,7 @@ struct Parcelled<std::shared_ptr<I>> {
     if (object != nullptr) binder = object->asBinder();
   }
   bool ok() const { return true; }
-  // False when the service's process has died meanwhile: the dead take no references.
+  // False if the service's process has died meanwhile: a dead process takes no references.
   bool Arrive() {
     if (binder.get() == nullptr) return true;
     object = I::fromBinder(Process::Current()->Reach(std::exchange(binder, {}).get()));
@@ -88,7 +87,7 @@ struct Parcelled<std::shared_ptr<I>> {
 template <typename T>
 using ParcelledArg = Parcelled<std::remove_cvref_t<T>>;
 
-// What setDefaultImpl() of each interface sets. Never destroyed: binder threads may outlive main().
+// The value set by setDefaultImpl(). Leaked on purpose: binder threads may outlive main().
 template <typename I>
 std::shared_ptr<I>& DefaultImpl() {
   static auto& impl = *new std::shared_ptr<I>;
@@ -103,8 +102,8 @@ bool SetDefaultImpl(const std::shared_ptr<I>& impl) {
   return true;
 }
 
-// A synchronous call on the object behind a proxy's binder. What the service does not know is asked
-// of the default implementation, when there is one.
+// A synchronous call on the object behind a proxy's binder. If the service does not implement the
+// method, the default implementation is called, if there is one.
 template <typename I, typename... Params, typename... Args>
 ndk::ScopedAStatus CallRemote(const ndk::SpAIBinder& binder,
                               ndk::ScopedAStatus (I::*method)(Params...), Args&&... args) {
@@ -124,7 +123,7 @@ ndk::ScopedAStatus CallRemote(const ndk::SpAIBinder& binder,
         call->params);
   });
   if (!served) return ndk::ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT);
-  // A service that answers with no status at all crashes on a device; so does this.
+  // A service that returns a null status crashes here, as it does on a device.
   if (AStatus_getStatus(call->status.get()) == STATUS_UNKNOWN_TRANSACTION &&
       DefaultImpl<I>() != nullptr) {
     return (DefaultImpl<I>().get()->*method)(std::forward<Args>(args)...);
@@ -135,7 +134,7 @@ ndk::ScopedAStatus CallRemote(const ndk::SpAIBinder& binder,
   return ndk::ScopedAStatus(Clone(call->status.get()));
 }
 
-// A one-way call: ok as soon as it is on its way.
+// A one-way call. Ok as soon as the call is queued.
 template <typename I, typename... Params, typename... Args>
 ndk::ScopedAStatus SendRemote(const ndk::SpAIBinder& binder,
                               ndk::ScopedAStatus (I::*method)(Params...), const Args&... args) {
@@ -147,7 +146,7 @@ ndk::ScopedAStatus SendRemote(const ndk::SpAIBinder& binder,
   return sent ? ndk::ScopedAStatus::ok() : ndk::ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT);
 }
 
-// What getInterfaceVersion() and getInterfaceHash() of a proxy do: ask once, keep the answer.
+// getInterfaceVersion() and getInterfaceHash() of a proxy: asks the service once, keeps the answer.
 template <typename T>
 class AskedOnce {
  public:

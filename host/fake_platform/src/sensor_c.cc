@@ -18,7 +18,7 @@ static_assert(offsetof(ASensorEvent, flags) == 88);
 
 namespace {
 
-// The service says no more than that it refuses, and the function no more than -EINVAL.
+// Every refusal of the service becomes -EINVAL.
 int Result(const Outcome& outcome, const ndk::ScopedAStatus& status) {
   return status.isOk() ? outcome.status : -EINVAL;
 }

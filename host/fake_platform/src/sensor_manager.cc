@@ -63,7 +63,7 @@ void SensorEvents::Dispatch() {
     callback = callback_;
   }
   if (callback == nullptr) return;
-  // There is no descriptor behind a queue.
+  // A queue has no descriptor.
   if (callback(/*fd=*/-1, ALOOPER_EVENT_INPUT, data_) != 0) return;
   std::lock_guard<std::mutex> lock(lock_);
   callback_ = nullptr;
@@ -73,7 +73,7 @@ void SensorEvents::Dispatch() {
 
 namespace {
 
-// Lives with the client; the service sends to it, perhaps later than the queue lives.
+// The client's end of a queue. The service may still send to it when the queue is gone.
 class EventSink : public BnSensorEvents {
  public:
   explicit EventSink(std::weak_ptr<SensorEvents> events) : events_(std::move(events)) {}
@@ -87,11 +87,11 @@ class EventSink : public BnSensorEvents {
   const std::weak_ptr<SensorEvents> events_;
 };
 
-// The process's one manager. Never destroyed: a notice can come at any time.
+// The one manager of the process. Leaked on purpose: a death notification may arrive at any time.
 struct Singleton {
-  std::mutex making;  // one at a time makes it; held while it waits for the service
-  std::mutex lock;    // guards what follows
-  std::unique_ptr<ASensorManager> manager;  // its address is the cookie of its link
+  std::mutex making;                        // serializes Get(); held while it waits for the service
+  std::mutex lock;                          // guards what follows
+  std::unique_ptr<ASensorManager> manager;  // its address is the cookie of the link
 
   static Singleton& Get() {
     static Singleton& singleton = *new Singleton;
@@ -150,9 +150,10 @@ ASensorManager* ASensorManager::Get() {
     std::lock_guard<std::mutex> lock(singleton.lock);
     singleton.manager = std::move(made);
   }
-  // Last: the notice may come at once, and has to find the manager.
+  // Last: the death notification may arrive at once and must find the manager.
   if (AIBinder_linkToDeath(binder.get(), Recipient(), manager) != STATUS_OK) {
-    __android_log_print(ANDROID_LOG_ERROR, "sensors", "cannot watch for the service's death");
+    __android_log_print(ANDROID_LOG_ERROR, "sensors",
+                        "linking to the death of the sensor service failed");
     ServiceDied(manager);
     return nullptr;
   }
@@ -177,7 +178,8 @@ int ASensorManager::GetSensorList(ASensorList* list) {
 const ASensor* ASensorManager::GetDefaultSensor(int type) {
   std::optional<SensorDescription> description;
   if (!service_->getDefaultSensor(type, &description).isOk()) {
-    __android_log_print(ANDROID_LOG_ERROR, "sensors", "cannot ask for the sensor of type %d", type);
+    __android_log_print(ANDROID_LOG_ERROR, "sensors",
+                        "no answer from the sensor service for type %d", type);
     return nullptr;
   }
   if (!description) return nullptr;
@@ -211,12 +213,13 @@ void ASensorManager::DestroyEventQueue(ASensorEventQueue* queue) {
     std::lock_guard<std::mutex> lock(lock_);
     const auto found = queues_.find(queue);
     if (found == queues_.end()) {
-      __android_log_assert(nullptr, "sensors", "an event queue that does not exist is destroyed");
+      __android_log_assert(nullptr, "sensors",
+                           "ASensorManager_destroyEventQueue: unknown event queue");
     }
     gone = std::move(found->second);
     queues_.erase(found);
   }
-  // A service that has died has dropped the queue already.
+  // Fails if the service has died; the queue is then gone already.
   static_cast<void>(service_->destroyEventQueue(gone->id));
   gone->events->Close();
 }

@@ -1,4 +1,4 @@
-// What the pointers of <android/sensor.h> point to.
+// The objects behind the pointers of <android/sensor.h>.
 #pragma once
 
 #include <android/sensor.h>
@@ -19,16 +19,16 @@ struct ASensor {
 
 namespace norvik::qel::fake {
 
-// The events of one queue, from the binder thread that brings them to whoever reads them.
+// The events of one queue, from the binder thread that delivers them to the thread that reads them.
 //
-// Locks: lock_, then the looper's. Neither is held while the callback runs.
+// Locks: lock_ before the looper's lock. Neither is held while the callback runs.
 class SensorEvents : public NewsSource, public std::enable_shared_from_this<SensorEvents> {
  public:
   SensorEvents(ALooper_callbackFunc callback, void* data) : callback_(callback), data_(data) {}
 
-  // Brings new events, and marks the looper.
+  // Adds events and marks the queue at the looper.
   void Append(const std::vector<ASensorEvent>& events);
-  // The queue goes: what still comes is dropped, and the looper forgets it.
+  // Called when the queue is destroyed. Later events are dropped, and the looper forgets the queue.
   void Close();
   size_t Take(ASensorEvent* out, size_t count);
   bool empty() const;
@@ -40,7 +40,7 @@ class SensorEvents : public NewsSource, public std::enable_shared_from_this<Sens
   std::deque<ASensorEvent> events_;
   bool additional_info_ = false;
   bool closed_ = false;
-  ALooper_callbackFunc callback_;  // null when there is none, or when it has asked to leave
+  ALooper_callbackFunc callback_;  // null if there is none, or after it has returned 0
   void* const data_;
 };
 
@@ -52,12 +52,12 @@ struct ASensorEventQueue {
   const std::shared_ptr<norvik::qel::fake::SensorEvents> events;
 };
 
-// The process's link to the sensor service, with all that has been made of it.
+// The process's connection to the sensor service, with its sensors and queues.
 //
 // Locks: lock_ guards the tables; the service is called without it.
 struct ASensorManager {
  public:
-  // Waits for the service. Null when its death cannot be watched for.
+  // Waits for the service. Null if linking to its death fails.
   static ASensorManager* Get();
 
   explicit ASensorManager(std::shared_ptr<norvik::qel::fake::ISensorService> service)
@@ -68,7 +68,7 @@ struct ASensorManager {
   ASensorEventQueue* CreateEventQueue(ALooper_callbackFunc callback, void* data);
   void DestroyEventQueue(ASensorEventQueue* queue);
   void BringToAll(const std::vector<ASensorEvent>& events);
-  // Frees the queues as the service's death does.
+  // Frees the queues. Called when the service has died.
   void DropQueues();
 
  private:

@@ -14,7 +14,8 @@
 namespace norvik::qel::fake {
 
 ServiceManager& ServiceManager::Get() {
-  static ServiceManager& manager = *new ServiceManager;  // binder threads may outlive main()
+  // Leaked on purpose: binder threads may outlive main().
+  static ServiceManager& manager = *new ServiceManager;
   return manager;
 }
 
@@ -27,7 +28,7 @@ void ServiceManager::Add(const std::string& instance, AIBinder* binder) {
   ndk::SpAIBinder service(binder);
   AIBinder_incStrong(binder);
   std::lock_guard<std::mutex> lock(lock_);
-  std::swap(services_[instance], service);  // the old one is released after the lock
+  std::swap(services_[instance], service);  // the old service is released after the lock
   added_.notify_all();
 }
 
@@ -123,7 +124,7 @@ using norvik::qel::fake::ServiceManager;
 
 namespace {
 
-// The platform's own words while a look-up polls.
+// The platform's log lines while a look-up polls.
 constexpr char kLookUpTag[] = "ServiceManagerCppClient";
 constexpr char kDriver[] = "/dev/binder";
 

@@ -1,4 +1,4 @@
-// Who offers what under which name.
+// The registry of services and the manifest, for AIDL and HIDL each.
 #pragma once
 
 #include <android/binder_auto_utils.h>
@@ -22,10 +22,10 @@ class ServiceManager {
   static ServiceManager& Hidl();  // of HIDL services; instances are "package@1.0::IFoo/name"
 
   void Add(const std::string& instance, AIBinder* binder);
-  // The calling process's reference to a service; empty when it does not run.
+  // The calling process's reference to a service. Empty if the service is not running.
   ndk::SpAIBinder Check(const std::string& instance);
   ndk::SpAIBinder Wait(const std::string& instance);
-  // A process has died: its names go.
+  // Removes the names of a process that has died.
   void Forget(const Process& process);
 
   void SetDeclared(const std::string& instance, bool declared);

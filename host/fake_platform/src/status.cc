@@ -49,7 +49,7 @@ constexpr std::array kExceptionNames = {
     std::pair{EX_TRANSACTION_FAILED, "EX_TRANSACTION_FAILED"sv},
 };
 
-// The name of `code`; empty for one that the platform does not know.
+// The name of `code`. Empty for an unknown code.
 template <typename Table>
 std::string_view Name(const Table& table, int32_t code) {
   const auto* found = std::find_if(table.begin(), table.end(),
@@ -86,7 +86,8 @@ AStatus* Clone(const AStatus* status) {
 extern "C" {
 
 AStatus* AStatus_newOk() {
-  static AStatus& ok = *new AStatus;  // never destroyed: others may hold it to the process's end
+  static AStatus& ok =
+      *new AStatus;  // leaked on purpose: callers may hold it until the process ends
   return &ok;
 }
 

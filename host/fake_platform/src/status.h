@@ -1,4 +1,4 @@
-// What an AStatus is made of.
+// The definition of AStatus.
 #pragma once
 
 #include <android/binder_status.h>
@@ -15,11 +15,11 @@ struct AStatus {
 
 namespace norvik::qel::fake {
 
-// The name of a status or an exception; empty for one that the platform does not know.
+// The name of a status or an exception. Empty for an unknown code.
 std::string_view StatusName(binder_status_t status);
 std::string_view ExceptionName(binder_exception_t exception);
 
-// A status of the caller's own, equal to `status`: what crosses from one process to another.
+// A copy that the caller owns. Used when a status crosses from one process to another.
 AStatus* Clone(const AStatus* status);
 
 }  // namespace norvik::qel::fake

@@ -1,5 +1,5 @@
-// The names of the thermal enums. They are the same in AIDL and in both versions of HIDL, of which
-// each knows only the first few of a list.
+// The names of the thermal enums. AIDL and both versions of HIDL share the names; HIDL has only the
+// first few of each list.
 #pragma once
 
 #include <cstddef>
@@ -8,7 +8,7 @@
 
 namespace norvik::qel::fake {
 
-// In the order of the values; temperature types begin at -1, the others at 0.
+// In the order of the values. Temperature types start at -1, the others at 0.
 inline constexpr const char* kTemperatureTypeNames[] = {
     "UNKNOWN",         "CPU",         "GPU",         "BATTERY",        "SKIN",   "USB_PORT",
     "POWER_AMPLIFIER", "BCL_VOLTAGE", "BCL_CURRENT", "BCL_PERCENTAGE", "NPU",    "TPU",
@@ -21,7 +21,7 @@ inline constexpr const char* kCoolingTypeNames[] = {
     "TPU",     "POWER_AMPLIFIER", "DISPLAY", "SPEAKER", "WIFI",  "CAMERA", "FLASHLIGHT",
     "USB_PORT"};
 
-// The name of a value of an enum whose values run from `first` to `last`; null for any other.
+// The name of a value between `first` and `last`. Null for any other value.
 template <typename Enum>
 const char* NameOf(std::span<const char* const> names, Enum value, Enum first, Enum last) {
   const int64_t number = static_cast<int64_t>(value);

@@ -9,7 +9,7 @@ namespace norvik::qel::fake {
 
 void ThreadPool::Post(std::function<void()> task) {
   std::lock_guard<std::mutex> lock(lock_);
-  if (closed_) return;  // `task` is the caller's and goes after the lock
+  if (closed_) return;  // `task` is destroyed by the caller, after the lock
   tasks_.push_back(std::move(task));
   SpawnIfNeededLocked();
   changed_.notify_one();

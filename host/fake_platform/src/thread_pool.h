@@ -1,4 +1,4 @@
-// The binder threads of one process: tasks run on the first that is free.
+// The binder threads of one process. A task runs on the first idle thread.
 #pragma once
 
 #include <condition_variable>
@@ -11,22 +11,22 @@
 
 namespace norvik::qel::fake {
 
-// Threads are made when a task finds none idle, up to a limit, and stay until the pool is closed.
-// They are detached and share the pool's ownership: a task that never ends hinders nobody.
+// A thread is started when a task finds none idle, up to a limit. Threads stay until the pool is
+// closed. They are detached and share ownership of the pool: nothing waits for a thread to end.
 //
 // Locks: lock_ is innermost and free while a task runs or is destroyed.
 class ThreadPool : public std::enable_shared_from_this<ThreadPool> {
  public:
   explicit ThreadPool(std::string thread_name) : thread_name_(std::move(thread_name)) {}
 
-  // Tasks wait until the pool is started.
+  // Queues a task. Tasks wait until the pool is started.
   void Post(std::function<void()> task);
   void Start();
   bool started() const;
   void SetMaxThreads(uint32_t count);
-  // Drops what waits and lets the threads end. Later tasks are dropped.
+  // Drops waiting and later tasks, and lets the threads end.
   void Close();
-  // Works as one of the threads, until the pool is closed.
+  // Makes the calling thread one of the pool until the pool is closed.
   void Run();
 
  private:

@@ -1,4 +1,4 @@
-// Stand-in for the platform header of the same path: owning C++ types for the binder C API.
+// Fake version of the platform header at this path: owning C++ types for the binder C API.
 #pragma once
 
 #include <android/binder_ibinder.h>
@@ -12,13 +12,13 @@
 
 namespace ndk {
 
-// A strong reference to a binder. Copying takes another one.
+// A strong reference to a binder. A copy takes a reference of its own.
 class SpAIBinder {
  public:
   SpAIBinder() = default;
   // NOLINTNEXTLINE(google-explicit-constructor): implicit on the platform, too
   SpAIBinder(std::nullptr_t) {}
-  // Adopts a reference that the caller owns: no increment.
+  // Takes over a reference that the caller owns, without an increment.
   explicit SpAIBinder(AIBinder* binder) : binder_(binder) {}
   SpAIBinder(const SpAIBinder& other) { *this = other; }
   SpAIBinder(SpAIBinder&& other) noexcept : binder_(std::exchange(other.binder_, nullptr)) {}
@@ -36,7 +36,7 @@ class SpAIBinder {
   }
 
   AIBinder* get() const { return binder_; }
-  // Adopts `binder` and releases what was held.
+  // Takes over `binder` and releases the old reference.
   void set(AIBinder* binder) {
     AIBinder* old = std::exchange(binder_, binder);
     if (old != nullptr) AIBinder_decStrong(old);
@@ -47,7 +47,7 @@ class SpAIBinder {
   AIBinder* binder_ = nullptr;
 };
 
-#define NDK_STANDIN_COMPARE(op)                                       \
+#define NDK_FAKE_COMPARE(op)                                          \
   inline bool operator op(const SpAIBinder& l, const SpAIBinder& r) { \
     return l.get() op r.get();                                        \
   }                                                                   \
@@ -57,17 +57,17 @@ class SpAIBinder {
   inline bool operator op(AIBinder* l, const SpAIBinder& r) {         \
     return l op r.get();                                              \
   }
-NDK_STANDIN_COMPARE(!=)
-NDK_STANDIN_COMPARE(<)
-NDK_STANDIN_COMPARE(<=)
-NDK_STANDIN_COMPARE(==)
-NDK_STANDIN_COMPARE(>)
-NDK_STANDIN_COMPARE(>=)
-#undef NDK_STANDIN_COMPARE
+NDK_FAKE_COMPARE(!=)
+NDK_FAKE_COMPARE(<)
+NDK_FAKE_COMPARE(<=)
+NDK_FAKE_COMPARE(==)
+NDK_FAKE_COMPARE(>)
+NDK_FAKE_COMPARE(>=)
+#undef NDK_FAKE_COMPARE
 
 namespace impl {
 
-// What the move-only owners share: `Free` is called with whatever is not `DEFAULT`.
+// Base of the move-only owners. `Free` is called with every owned value except `DEFAULT`.
 template <typename T, auto Free, T DEFAULT>
 class ScopedAResource {
  public:
@@ -84,7 +84,7 @@ class ScopedAResource {
 
   T get() { return value_; }
   const T get() const { return value_; }
-  // Adopts `value` and frees what was held.
+  // Takes over `value` and frees the old one.
   void set(T value) {
     T old = std::exchange(value_, value);
     if (old != DEFAULT) Free(old);

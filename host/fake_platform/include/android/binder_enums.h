@@ -1,4 +1,4 @@
-// Stand-in for the platform header of the same path: iteration over an AIDL enum.
+// Fake version of the platform header at this path: iteration over an AIDL enum.
 #pragma once
 
 #include <array>
@@ -7,7 +7,7 @@
 namespace ndk {
 
 namespace internal {
-// Specialised beside each enum with the list of its values.
+// Specialised in the header of each enum with the list of its values.
 template <typename Enum>
 constexpr inline std::array<Enum, 0> enum_values = {};
 }  // namespace internal

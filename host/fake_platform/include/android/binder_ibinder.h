@@ -1,8 +1,8 @@
-// Stand-in for the platform header of the same path: binder objects and death recipients.
+// Fake version of the platform header at this path: binder objects and death recipients.
 //
-// An AIBinder is either an object of this process or a reference to one of another process; in
-// one process a remote object has one AIBinder for as long as anybody holds it, so pointers
-// compare for identity.
+// An AIBinder is either an object of this process or a reference to an object of another process. A
+// process has one AIBinder per remote object, as long as a reference to it is held. Equal pointers
+// therefore mean the same object.
 #pragma once
 
 #include <android/binder_status.h>
@@ -30,12 +30,12 @@ enum { FLAG_ONEWAY = 0x01 };
 enum { FIRST_CALL_TRANSACTION = 0x00000001, LAST_CALL_TRANSACTION = 0x00ffffff };
 
 void AIBinder_incStrong(AIBinder* binder);
-// The last one frees the object. Null is logged as an error and otherwise ignored.
+// Releasing the last reference frees the object. Null is logged as an error and otherwise ignored.
 void AIBinder_decStrong(AIBinder* binder);
 int32_t AIBinder_debugGetRefCount(AIBinder* binder);  // -1 for null
 
 bool AIBinder_isRemote(const AIBinder* binder);
-// The last known state; nothing is sent to find out.
+// The last known state. Sends nothing.
 bool AIBinder_isAlive(const AIBinder* binder);
 binder_status_t AIBinder_ping(AIBinder* binder);
 binder_status_t AIBinder_dump(AIBinder* binder, int fd, const char** args, uint32_t numArgs);
@@ -43,30 +43,32 @@ binder_status_t AIBinder_dump(AIBinder* binder, int fd, const char** args, uint3
 typedef void (*AIBinder_DeathRecipient_onBinderDied)(void* cookie);
 typedef void (*AIBinder_DeathRecipient_onBinderUnlinked)(void* cookie);
 
-// Null for a null function.
+// Null if `onBinderDied` is null.
 __attribute__((warn_unused_result)) AIBinder_DeathRecipient* AIBinder_DeathRecipient_new(
     AIBinder_DeathRecipient_onBinderDied onBinderDied);
-// To be called before linking. `onUnlinked` runs exactly once per link call: after the notice, or
-// after an unlink, a delete or the release of the proxy, or during a link call that fails.
+// Call it before linking. `onUnlinked` runs exactly once per link call: after the death
+// notification; or after an unlink, a delete or the release of the proxy; or during a link call
+// that fails.
 void AIBinder_DeathRecipient_setOnUnlinked(AIBinder_DeathRecipient* recipient,
                                            AIBinder_DeathRecipient_onBinderUnlinked onUnlinked);
-// Ends all links silently; a notice that is already running is not waited for.
+// Ends all links without a notification. Does not wait for a notification that is already running.
 void AIBinder_DeathRecipient_delete(AIBinder_DeathRecipient* recipient);
 
 // STATUS_INVALID_OPERATION for a local binder, STATUS_DEAD_OBJECT for a proxy known to be dead,
-// STATUS_UNEXPECTED_NULL for nulls. Dropping the last reference to the proxy ends its links.
+// STATUS_UNEXPECTED_NULL for a null argument. Releasing the last reference to the proxy ends its
+// links.
 binder_status_t AIBinder_linkToDeath(AIBinder* binder, AIBinder_DeathRecipient* recipient,
                                      void* cookie);
-// STATUS_DEAD_OBJECT while the notice is being delivered, without waiting for it;
-// STATUS_NAME_NOT_FOUND when there is no such link (any more).
+// STATUS_DEAD_OBJECT while the death notification is being delivered, without waiting for it;
+// STATUS_NAME_NOT_FOUND if there is no such link, or no longer.
 binder_status_t AIBinder_unlinkToDeath(AIBinder* binder, AIBinder_DeathRecipient* recipient,
                                        void* cookie);
 
-// Used by interface code only: a local binder that owns `args`, with one strong reference.
+// For interface code only: makes a local binder that owns `args`, with one strong reference.
 __attribute__((warn_unused_result)) AIBinder* AIBinder_new(const AIBinder_Class* clazz, void* args);
-// True when `binder` is of that class; may ask the remote for its descriptor.
+// True if `binder` is of that class. May ask a remote object for its descriptor.
 bool AIBinder_associateClass(AIBinder* binder, const AIBinder_Class* clazz);
-// The class of a local binder, or the one that a remote binder has been associated with; else null.
+// The class of a local binder, or the class that a remote binder was associated with, or null.
 const AIBinder_Class* AIBinder_getClass(AIBinder* binder);
 // Valid as long as the class. `clazz` must not be null.
 const char* AIBinder_Class_getDescriptor(const AIBinder_Class* clazz);
@@ -75,7 +77,7 @@ void* AIBinder_getUserData(AIBinder* binder);
 
 __attribute__((warn_unused_result)) AIBinder_Weak* AIBinder_Weak_new(AIBinder* binder);
 void AIBinder_Weak_delete(AIBinder_Weak* weakBinder);
-// One strong reference, or null when the object is gone.
+// One strong reference, or null if the object is gone.
 __attribute__((warn_unused_result)) AIBinder* AIBinder_Weak_promote(AIBinder_Weak* weakBinder);
 
 bool AIBinder_lt(const AIBinder* lhs, const AIBinder* rhs);

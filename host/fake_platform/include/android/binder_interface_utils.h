@@ -1,4 +1,4 @@
-// Stand-in for the platform header of the same path: the bases of generated interface code.
+// Fake version of the platform header at this path: the bases of generated interface code.
 #pragma once
 
 #include <android/binder_auto_utils.h>
@@ -15,13 +15,14 @@
 
 namespace ndk {
 
-// An object that lives in shared_ptrs only: made with make(), found again with ref().
+// An object that is owned by shared_ptrs only. make() creates it, ref() returns a further
+// reference.
 class SharedRefBase {
  public:
   SharedRefBase() = default;
   SharedRefBase(const SharedRefBase&) = delete;
   SharedRefBase& operator=(const SharedRefBase&) = delete;
-  // Aborts when no reference was ever made, or when one can still be had.
+  // Aborts if no reference was ever made, or if ref() could still return one.
   virtual ~SharedRefBase();
 
   template <class T, class... Args>
@@ -46,7 +47,7 @@ class SharedRefBase {
   }
 
   std::once_flag first_reference_;
-  bool referenced_ = false;  // it has been made
+  bool referenced_ = false;  // ref() has been called
   std::weak_ptr<SharedRefBase> self_;
 };
 
@@ -66,8 +67,8 @@ class ICInterface : public SharedRefBase {
 template <typename INTERFACE>
 class BnCInterface : public INTERFACE {
  public:
-  // The first call makes an AIBinder that holds this object. The object holds it weakly only:
-  // when nobody keeps it, the next call makes another one.
+  // The first call makes an AIBinder that holds this object. The object holds the AIBinder weakly:
+  // after its last reference is gone, the next call makes a new one.
   SpAIBinder asBinder() final {
     std::lock_guard<std::mutex> lock(lock_);
     SpAIBinder binder = binder_.promote();
@@ -107,8 +108,8 @@ class BpCInterface : public INTERFACE {
 
 }  // namespace ndk
 
-// Objects of these types are made with SharedRefBase::make() only: a second candidate makes the
-// call ambiguous, which is how the platform refuses the two.
+// Objects of these types are made with SharedRefBase::make() only. As on the platform, a second
+// candidate makes std::make_shared() and std::make_unique() ambiguous for them.
 namespace std {
 template <typename T, typename... Args>
 requires std::is_base_of_v<::ndk::SharedRefBase, T> shared_ptr<T> make_shared(Args&&...)

@@ -1,7 +1,7 @@
-// Stand-in for the platform header of the same path: this process's pool of binder threads.
+// Fake version of the platform header at this path: this process's pool of binder threads.
 //
-// The hosting program starts the pool, a library does not. Without it no one-way call and no
-// death notice is ever handled.
+// The hosting program starts the pool; a library does not. Without the pool, one-way calls and
+// death notifications are never handled.
 #pragma once
 
 #include <stdbool.h>
@@ -12,10 +12,10 @@ extern "C" {
 #endif
 
 void ABinderProcess_startThreadPool(void);
-// How many threads the pool may add by itself; to be set before it is started.
+// How many threads the pool may add on demand. Call it before the pool is started.
 bool ABinderProcess_setThreadPoolMaxThreadCount(uint32_t numThreads);
 bool ABinderProcess_isThreadPoolStarted(void);
-// Makes the calling thread one of the pool; does not return.
+// Adds the calling thread to the pool. Does not return.
 void ABinderProcess_joinThreadPool(void);
 
 #ifdef __cplusplus

@@ -1,8 +1,8 @@
-// Stand-in for the platform header of the same path: binder statuses and AStatus.
+// Fake version of the platform header at this path: binder statuses and AStatus.
 //
-// AStatus is the outcome of one binder call: an exception code, and with it a service-specific
-// code, a transport status or a message. Getters do not check for null: a null AStatus crashes
-// them, as on a device.
+// AStatus is the outcome of one binder call: an exception code, with a service-specific code, a
+// transport status or a message. The getters do not check for null: a null AStatus crashes, as on a
+// device.
 #pragma once
 
 #include <errno.h>
@@ -57,8 +57,8 @@ typedef struct AStatus AStatus;
 // The shared ok status; AStatus_delete() on it does nothing.
 __attribute__((warn_unused_result)) AStatus* AStatus_newOk(void);
 
-// Makers: the caller owns the result. Unknown exception codes become EX_TRANSACTION_FAILED,
-// unknown statuses STATUS_UNKNOWN_ERROR; EX_NONE and STATUS_OK give an ok status.
+// Constructors: the caller owns the result. Unknown exception codes become EX_TRANSACTION_FAILED,
+// unknown statuses become STATUS_UNKNOWN_ERROR. EX_NONE and STATUS_OK give an ok status.
 __attribute__((warn_unused_result)) AStatus* AStatus_fromExceptionCode(
     binder_exception_t exception);
 __attribute__((warn_unused_result)) AStatus* AStatus_fromExceptionCodeWithMessage(
@@ -75,10 +75,10 @@ binder_exception_t AStatus_getExceptionCode(const AStatus* status);
 int32_t AStatus_getServiceSpecificError(const AStatus* status);
 // 0 unless the exception is EX_TRANSACTION_FAILED.
 binder_status_t AStatus_getStatus(const AStatus* status);
-// The bare message given at creation, "" when none was; never null; lives as long as `status`.
+// The message given at creation, or "". Never null. Valid as long as `status`.
 const char* AStatus_getMessage(const AStatus* status);
 
-// A text for people; free it with AStatus_deleteDescription().
+// A readable text. Free it with AStatus_deleteDescription().
 __attribute__((warn_unused_result)) const char* AStatus_getDescription(const AStatus* status);
 void AStatus_deleteDescription(const char* description);
 

@@ -1,8 +1,8 @@
-// Stand-in for the platform header of the same path: the log.
+// Fake version of the platform header at this path: the log.
 //
-// Messages below the minimum priority are dropped before they are formatted; the others go, cut
-// to 1023 bytes, to one process-wide logger. By default that is standard error, in the layout of
-// `logcat -v threadtime`.
+// Messages below the minimum priority are dropped before they are formatted. The others are cut to
+// 1023 bytes and passed to one process-wide logger. The default logger writes to standard error in
+// the format of `logcat -v threadtime`.
 #pragma once
 
 #include <stdarg.h>
@@ -40,15 +40,15 @@ typedef enum log_id {
   LOG_ID_DEFAULT = 0x7FFFFFFF,
 } log_id_t;
 
-// 1 when written, -EPERM when below the loggable level. errno is preserved. A null tag stands
-// for the process's default tag.
+// 1 if the message was written, -EPERM if it is below the loggable level. Preserves errno. A null
+// tag means the process's default tag.
 int __android_log_print(int prio, const char* tag, const char* fmt, ...)
     __attribute__((__format__(printf, 3, 4)));
 int __android_log_vprint(int prio, const char* tag, const char* fmt, va_list ap)
     __attribute__((__format__(printf, 3, 0)));
-// As above, but the text is taken as it is and not cut.
+// As above, but the text is neither formatted nor cut.
 int __android_log_write(int prio, const char* tag, const char* text);
-// Logs at FATAL (`cond` when there is no format), calls the aborter and aborts.
+// Logs at FATAL (`cond` if `fmt` is null), calls the aborter and aborts.
 void __android_log_assert(const char* cond, const char* tag, const char* fmt, ...)
     __attribute__((__noreturn__)) __attribute__((__format__(printf, 3, 4)));
 
@@ -57,7 +57,7 @@ struct __android_log_message {
   int32_t buffer_id;  // a log_id_t
   int32_t priority;
   const char* tag;
-  const char* file;  // null from __android_log_print()
+  const char* file;  // null if from __android_log_print()
   uint32_t line;
   const char* message;  // without a newline at its end
 };
@@ -65,24 +65,24 @@ struct __android_log_message {
 typedef void (*__android_logger_function)(const struct __android_log_message* log_message);
 typedef void (*__android_aborter_function)(const char* abort_message);
 
-// Hands a ready message to the logger, whatever its priority: the caller asks
-// __android_log_is_loggable() before. A null tag stands for the default tag. A message for a buffer
-// other than main, system, radio, crash and default is dropped.
+// Passes a complete message to the logger. The priority is not checked: the caller calls
+// __android_log_is_loggable() first. A null tag means the default tag. A message for a buffer other
+// than main, system, radio, crash and default is dropped.
 void __android_log_write_log_message(struct __android_log_message* log_message);
 
 // Process-wide. The logger gets every message that passed the level test.
 void __android_log_set_logger(__android_logger_function logger);
 void __android_log_stderr_logger(const struct __android_log_message* log_message);
-// There is no log daemon on a host: the same as the one above.
+// The same as __android_log_stderr_logger(): a host has no log daemon.
 void __android_log_logd_logger(const struct __android_log_message* log_message);
 void __android_log_set_aborter(__android_aborter_function aborter);
 void __android_log_call_aborter(const char* abort_message);
 
-// Returns the earlier minimum, ANDROID_LOG_DEFAULT when none was set.
+// Returns the previous minimum, ANDROID_LOG_DEFAULT if none was set.
 int32_t __android_log_set_minimum_priority(int32_t priority);
 int32_t __android_log_get_minimum_priority(void);
 void __android_log_set_default_tag(const char* tag);
-// 1 or 0. `default_prio` counts while no minimum is set.
+// 1 or 0. While no minimum is set, `default_prio` is the minimum.
 int __android_log_is_loggable(int prio, const char* tag, int default_prio);
 
 #ifdef __cplusplus

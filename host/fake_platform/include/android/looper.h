@@ -1,6 +1,6 @@
-// Stand-in for the platform header of the same path: the looper, as the library that vendor code
-// links has it. There is one looper per process: ALooper_forThread() and ALooper_prepare() give
-// every thread the same object, and any thread may wait on it.
+// Fake version of the platform header at this path: the looper of the library that vendor code
+// links. There is one looper per process: ALooper_forThread() and ALooper_prepare() return the same
+// object to every thread, and any thread may wait on it.
 //
 // Functions that vendor code cannot link (ALooper_acquire, _release, _addFd, _removeFd, _pollAll)
 // are left out.
@@ -32,23 +32,26 @@ enum {
   ALOOPER_EVENT_INVALID = 1 << 4,
 };
 
-// 1 to be called again, 0 not to be.
+// Returns 1 to stay registered, 0 to be called no more.
 typedef int (*ALooper_callbackFunc)(int fd, int events, void* data);
 
 // The process's looper; never null.
 ALooper* ALooper_forThread(void);
-// The same; `opts` is not looked at.
+// The same; `opts` is ignored.
 ALooper* ALooper_prepare(int opts);
 
-// Waits up to `timeoutMillis`, negative for no limit. ALOOPER_POLL_CALLBACK when event queues have
-// news, with or without a callback; ALOOPER_POLL_WAKE when somebody has called ALooper_wake();
-// ALOOPER_POLL_TIMEOUT. The out-parameters, which may be null, are set to 0 and null.
+// Waits up to `timeoutMillis`; a negative value means no limit. Returns
+//   ALOOPER_POLL_CALLBACK  event queues have events, with or without a callback
+//   ALOOPER_POLL_WAKE      ALooper_wake() was called
+//   ALOOPER_POLL_TIMEOUT   neither happened in time
+// The out-parameters may be null; they are set to 0 and null.
 //
-// Wakes and news are nobody's in particular: of several waiting threads one goes on, and it takes
-// the news of all queues. A wake that comes with news is left for the next poll.
+// Wakes and events are not addressed to a thread. If several threads wait, one of them returns and
+// takes the events of all queues. A wake that coincides with events is left for the next poll.
 int ALooper_pollOnce(int timeoutMillis, int* outFd, int* outEvents, void** outData);
 
-// Ends one ALooper_pollOnce(), the next one when none waits. Several wakes fold into one.
+// Ends one ALooper_pollOnce(). If none waits, the next one returns at once. Several wakes fold into
+// one.
 void ALooper_wake(ALooper* looper);
 
 #ifdef __cplusplus

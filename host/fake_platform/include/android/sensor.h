@@ -1,10 +1,9 @@
-// Stand-in for the platform header of the same path: the sensors, as the library that vendor code
-// links has them. Functions that vendor code cannot link (ASensorManager_getDefaultSensorEx,
-// dynamic sensor lists, direct channels, ASensor_getReportingMode, ASensor_isWakeUpSensor) are
-// left out.
+// Fake version of the platform header at this path: the sensor functions of the library that vendor
+// code links. Functions that vendor code cannot link (ASensorManager_getDefaultSensorEx, dynamic
+// sensor lists, direct channels, ASensor_getReportingMode, ASensor_isWakeUpSensor) are left out.
 //
-// When the sensor service dies, the manager, its sensors and its queues are freed: every pointer
-// that a caller has kept dangles.
+// When the sensor service dies, the manager, its sensors and its queues are freed. Pointers to them
+// then dangle.
 #pragma once
 
 #include <android/looper.h>
@@ -69,25 +68,25 @@ typedef struct ASensor ASensor;
 typedef ASensor const* ASensorRef;
 typedef ASensorRef const* ASensorList;
 
-// The process's manager. Waits without limit until the sensor service runs. Null when the
-// service's death cannot be watched for. Starts a binder thread if the process has none.
+// The process's manager. Waits without limit until the sensor service runs. Starts a binder thread
+// if the process has none. Null if linking to the death of the service fails.
 ASensorManager* ASensorManager_getInstance(void);
-// The same: `packageName` is not looked at.
+// The same; `packageName` is ignored.
 ASensorManager* ASensorManager_getInstanceForPackage(const char* packageName);
 
-// How many sensors there are, or a negative number; they and the list belong to the manager.
+// The number of sensors, or a negative error. The manager owns the list and the sensors.
 int ASensorManager_getSensorList(ASensorManager* manager, ASensorList* list);
-// Asks the service each time. Null when it has none of that type.
+// Asks the service at each call. Null if the service has no sensor of that type.
 ASensor const* ASensorManager_getDefaultSensor(ASensorManager* manager, int type);
 
-// Null for a null manager or looper, or when the service refuses. `ident` is not looked at.
+// Null if `manager` or `looper` is null, or if the service refuses. `ident` is ignored.
 ASensorEventQueue* ASensorManager_createEventQueue(ASensorManager* manager, ALooper* looper,
                                                    int ident, ALooper_callbackFunc callback,
                                                    void* data);
-// 0; -EINVAL for nulls. Not from a looper callback.
+// 0, or -EINVAL if an argument is null. Aborts if called from a looper callback.
 int ASensorManager_destroyEventQueue(ASensorManager* manager, ASensorEventQueue* queue);
 
-// 0; -EINVAL for a null queue or whatever goes wrong. A null sensor is a crash.
+// 0, or -EINVAL for a null queue and every other error. A null sensor crashes.
 int ASensorEventQueue_registerSensor(ASensorEventQueue* queue, ASensor const* sensor,
                                      int32_t samplingPeriodUs, int64_t maxBatchReportLatencyUs);
 int ASensorEventQueue_enableSensor(ASensorEventQueue* queue, ASensor const* sensor);
@@ -95,9 +94,9 @@ int ASensorEventQueue_disableSensor(ASensorEventQueue* queue, ASensor const* sen
 int ASensorEventQueue_setEventRate(ASensorEventQueue* queue, ASensor const* sensor, int32_t usec);
 // 1, 0, or -EINVAL for a null queue.
 int ASensorEventQueue_hasEvents(ASensorEventQueue* queue);
-// How many events were copied, 0 when there are none; -EINVAL for a null queue. Never blocks.
+// The number of events copied, 0 if there are none, or -EINVAL for a null queue. Never blocks.
 ssize_t ASensorEventQueue_getEvents(ASensorEventQueue* queue, ASensorEvent* events, size_t count);
-// Events of type ASENSOR_TYPE_ADDITIONAL_INFO are left out until asked for.
+// Until enabled, events of type ASENSOR_TYPE_ADDITIONAL_INFO are dropped.
 int ASensorEventQueue_requestAdditionalInfoEvents(ASensorEventQueue* queue, bool enable);
 
 const char* ASensor_getName(ASensor const* sensor);

@@ -1,4 +1,4 @@
-// Stand-in for the platform header of the same path: descriptors and numbers that travel together.
+// Fake version of the platform header at this path: descriptors and numbers that travel together.
 #pragma once
 
 #ifdef __cplusplus
@@ -15,13 +15,13 @@ typedef struct native_handle {
   int data[0];  // the descriptors, then the numbers
 } native_handle_t;
 
-// Room for so many descriptors and numbers, not yet set; null when there are too many.
+// Allocates room for the descriptors and numbers, uninitialized. Null if there are too many.
 native_handle_t* native_handle_create(int numFds, int numInts);
 // A copy with duplicates of the descriptors; null on failure.
 native_handle_t* native_handle_clone(const native_handle_t* handle);
-// Closes the descriptors, frees nothing. 0, or -EINVAL for something else than a handle.
+// Closes the descriptors, frees nothing. 0, or -EINVAL if the version field is wrong.
 int native_handle_close(const native_handle_t* handle);
-// Frees the handle, closes nothing. Results as above.
+// Frees the handle, closes nothing. The results are the same.
 int native_handle_delete(native_handle_t* handle);
 
 #ifdef __cplusplus

@@ -1,4 +1,4 @@
-// Stand-in for the platform header of the same path: the values that travel in HIDL calls.
+// Fake version of the platform header at this path: the values that travel in HIDL calls.
 #pragma once
 
 #include <cutils/native_handle.h>
@@ -26,15 +26,15 @@ struct IBase;
 
 namespace android::hardware {
 
-// Told once, on a thread of the HIDL pool, when the process behind a proxy has died. Whoever links
-// it must hold it: the proxy holds it weakly.
+// Called once, on a thread of the HIDL pool, when the process behind a proxy has died. The proxy
+// holds the recipient weakly: the code that links it must keep it alive.
 struct hidl_death_recipient : virtual RefBase {
   virtual void serviceDied(uint64_t cookie, const wp<::android::hidl::base::V1_0::IBase>& who) = 0;
 };
 
 // NOLINTBEGIN(google-explicit-constructor): implicit on the platform, too
 
-// A native handle, owned or only pointed at. Copying clones it.
+// A native handle, owned or borrowed. Copying clones it.
 struct hidl_handle {
   hidl_handle() = default;
   hidl_handle(const native_handle_t* handle) : handle_(handle) {}
@@ -60,7 +60,7 @@ struct hidl_handle {
   bool owned_ = false;
 };
 
-// A text, owned or only pointed at. Copying makes an owned one.
+// A text, owned or borrowed. A copy is owned.
 struct hidl_string {
   hidl_string() = default;
   hidl_string(const char* text) : hidl_string(text, text != nullptr ? strlen(text) : 0) {}
@@ -80,7 +80,7 @@ struct hidl_string {
   size_t size() const { return size_; }
   bool empty() const { return size_ == 0; }
   void clear();
-  // Points at `text`, which ends in a NUL and stays the caller's.
+  // Borrows `text`, which must end in a NUL.
   void setToExternal(const char* text, size_t size);
 
  private:
@@ -89,7 +89,7 @@ struct hidl_string {
   bool owned_ = false;
 };
 
-// Up to the first NUL of either.
+// Compares up to the first NUL of either text.
 inline bool operator==(const hidl_string& left, const hidl_string& right) {
   return strcmp(left.c_str(), right.c_str()) == 0;
 }
@@ -103,8 +103,8 @@ inline std::strong_ordering operator<=>(const hidl_string& left, const char* rig
   return strcmp(left.c_str(), right) <=> 0;
 }
 
-// Elements of one type, owned or only pointed at. Copying makes owned ones. A moved-from vector
-// keeps its size and points at what it has given away: it must not be read.
+// Elements of one type, owned or borrowed. A copy is owned. A moved-from vector keeps its size and
+// its pointer to the moved elements: it must not be read.
 template <typename T>
 struct hidl_vec {
   using value_type = T;
@@ -154,7 +154,7 @@ struct hidl_vec {
   const_iterator find(const T& value) const { return std::find(begin(), end(), value); }
   bool contains(const T& value) const { return find(value) != end(); }
 
-  // Keeps what still has room.
+  // Keeps the elements that fit.
   void resize(size_t size) {
     if (size > UINT32_MAX) std::abort();
     T* values = new T[size]();
@@ -162,7 +162,7 @@ struct hidl_vec {
     Free();
     setToExternal(values, size, /*shouldOwn=*/true);
   }
-  // Points at `values`, or takes them over when they were made with new[].
+  // Borrows `values`, or takes ownership if they were made with new[].
   void setToExternal(T* values, size_t size, bool shouldOwn = false) {
     if (size > UINT32_MAX) std::abort();
     Free();
@@ -170,7 +170,7 @@ struct hidl_vec {
     size_ = static_cast<uint32_t>(size);
     owned_ = shouldOwn;
   }
-  // The elements, which the caller has to delete[] if they were owned.
+  // The elements. The caller deletes them with delete[] if they were owned.
   T* releaseData() {
     if (!owned_ && values_ != nullptr) *this = hidl_vec(begin(), end());
     owned_ = false;
@@ -193,7 +193,7 @@ struct hidl_vec {
   bool owned_ = false;
 };
 
-// A fixed number of elements, which default construction leaves as they are.
+// A fixed number of elements. Default construction leaves them uninitialized.
 template <typename T, size_t N>
 struct hidl_array {
   hidl_array() = default;

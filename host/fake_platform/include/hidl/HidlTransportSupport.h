@@ -1,4 +1,4 @@
-// Stand-in for the platform header of the same path: what concerns the transport of interfaces.
+// Fake version of the platform header at this path: functions of the HIDL transport.
 #pragma once
 
 #include <android/hidl/base/1.0/IBase.h>
@@ -6,8 +6,8 @@
 
 namespace android::hardware {
 
-// Whether the two are the same object: two proxies when they lead to the same remote one, anything
-// else when the pointers are equal.
+// Whether both are the same object. Two proxies are equal if they refer to the same remote object,
+// all others if the pointers are equal.
 bool interfacesEqual(const sp<::android::hidl::base::V1_0::IBase>& left,
                      const sp<::android::hidl::base::V1_0::IBase>& right);
 

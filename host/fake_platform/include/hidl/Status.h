@@ -1,7 +1,7 @@
-// Stand-in for the platform header of the same path: the outcome of a HIDL call.
+// Fake version of the platform header at this path: the outcome of a HIDL call.
 //
-// A failed Return whose state nobody has looked at ends the process when it goes away or is
-// assigned over. So does taking a value out of a failed one.
+// A failed Return aborts the process if it is destroyed or overwritten before its state was
+// checked. Taking the value of a failed Return aborts, too.
 #pragma once
 
 #include <hidl/HidlSupport.h>
@@ -52,12 +52,12 @@ std::ostream& operator<<(std::ostream& os, const Status& status);
 
 namespace details {
 
-// What every Return has: a status, and whether somebody has looked at it.
+// Base of every Return: a status, and whether it has been checked.
 class return_status {
  public:
   return_status() = default;
   explicit return_status(Status status) : status_(std::move(status)) {}
-  // The duty to look moves along.
+  // The duty to check moves to the new object.
   return_status(return_status&& other) noexcept { Take(other); }
   return_status& operator=(return_status&& other) noexcept;
   return_status(const return_status&) = delete;
@@ -69,13 +69,13 @@ class return_status {
     return status_.isOk();
   }
   bool isOkUnchecked() const { return status_.isOk(); }
-  // Counts as a look only when it is so.
+  // Counts as a check only if the result is true.
   bool isDeadObject() const;
   std::string description() const { return status_.description(); }
   void assertOk() const;
 
  private:
-  // For the transport, which carries it to the caller; found through its argument only.
+  // For the transport, which carries the status to the caller. Found by argument lookup only.
   friend const Status& StatusToCarry(const return_status& result) { return result.status_; }
   void Take(return_status& other);
   void AssertChecked() const;

@@ -1,4 +1,4 @@
-// Stand-in for the platform header of the same path: the status of HIDL transports.
+// Fake version of the platform header at this path: the status of HIDL transports.
 #pragma once
 
 #include <errno.h>

@@ -1,4 +1,4 @@
-// Stand-in for the platform header of the same path: objects that count their references.
+// Fake version of the platform header at this path: objects that count their references.
 #pragma once
 
 #include <utils/StrongPointer.h>
@@ -10,11 +10,11 @@
 
 namespace android {
 
-// An object that is deleted with its last strong reference (sp), whatever weak ones (wp) exist.
-// Deleting it otherwise while strong references are left aborts.
+// An object that is deleted with its last strong reference (sp), even if weak references (wp)
+// exist. Destroying it in any other way while strong references are left aborts.
 class RefBase {
  public:
-  // What remains of an object for its weak references.
+  // The counts. They outlive the object for its weak references.
   class weakref_type;
 
   RefBase(const RefBase&) = delete;
@@ -28,14 +28,14 @@ class RefBase {
   weakref_type* createWeak() const;
   static void CopyWeak(weakref_type* weak);
   static void DropWeak(weakref_type* weak);
-  // Takes a strong reference; false when the object is gone.
+  // Takes a strong reference; false if the object is gone.
   static bool AttemptIncStrong(weakref_type* weak);
 
  protected:
   RefBase();
   virtual ~RefBase();
 
-  // With the first strong reference, and with the last one gone, before the object is deleted.
+  // Called with the first strong reference; and after the last one, before the object is deleted.
   virtual void onFirstRef();
   virtual void onLastStrongRef(const void* id);
 
@@ -71,7 +71,7 @@ class wp {
     return *this;
   }
 
-  // Null when the object is gone, or when there was none.
+  // Null if the object is gone or there was none.
   sp<T> promote() const {
     sp<T> object;
     if (weak_ != nullptr && RefBase::AttemptIncStrong(weak_)) object.Adopt(object_);
@@ -84,7 +84,7 @@ class wp {
   // For comparison only: the object may be gone.
   T* unsafe_get() const { return object_; }
 
-  // Objects may share an address, one after the other; what remains of them does not.
+  // Compares the counts, too: a new object may reuse the address of a deleted one.
   template <typename U>
   bool operator==(const wp<U>& other) const {
     return weak_ == other.weak_ && object_ == other.object_;

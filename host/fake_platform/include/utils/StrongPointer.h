@@ -1,4 +1,4 @@
-// Stand-in for the platform header of the same path: sp, a strong reference to a RefBase.
+// Fake version of the platform header at this path: sp, a strong reference to a RefBase.
 #pragma once
 
 #include <compare>
@@ -28,12 +28,12 @@ class sp {
   sp(sp<U>&& other) : object_(other.release()) {}
   ~sp() { clear(); }
 
-  // A new object, in its first strong reference.
+  // Makes a new object with its first strong reference.
   template <typename... Args>
   static sp make(Args&&... args) {
     return sp(new T(std::forward<Args>(args)...));
   }
-  // A further reference to an object that has one already.
+  // Another reference to an object that already has one.
   static sp fromExisting(T* object) { return sp(object); }
   template <typename U>
   static sp cast(const sp<U>& other) {
@@ -77,7 +77,7 @@ class sp {
     T* old = std::exchange(object_, nullptr);
     if (old != nullptr) old->decStrong(this);
   }
-  // Gives the reference away without ending it.
+  // Passes the reference to the caller without a decrement.
   T* release() { return std::exchange(object_, nullptr); }
 
  private:
@@ -88,7 +88,7 @@ class sp {
     if (object_ != nullptr) object_->incStrong(this);
   }
   void Swap(sp& other) { std::swap(object_, other.object_); }
-  // What a weak reference has obtained: not counted again.
+  // Takes over a reference from a weak one, without an increment.
   void Adopt(T* object) { object_ = object; }
 
   T* object_ = nullptr;

@@ -1,18 +1,18 @@
-// The latency of a call from one process to another: a phone has it, the fake platform does not.
+// Simulated latency of calls between processes. Without it a call costs less than on a phone.
 #pragma once
 
 #include <chrono>
 
 namespace norvik::qel::fake {
 
-// How long every synchronous call between processes, AIDL and HIDL, keeps its caller busy before it
-// is made; 0 by default. One-way calls, look-ups and calls to an object that is known to be dead
-// have no latency. A call may have the latency set a moment before.
+// Sets how long every synchronous call between processes, AIDL or HIDL, busy-waits in its caller
+// before it is made; 0 by default. One-way calls, look-ups and calls to an object that is known to
+// be dead have no latency. A call that races with a change may use the old latency.
 //
 // Threads: any.
 void SetCallLatency(std::chrono::nanoseconds latency);
 
-// Calls have the latency for as long as this lives.
+// Sets the latency for its own lifetime.
 class CallLatency {
  public:
   explicit CallLatency(std::chrono::nanoseconds latency) { SetCallLatency(latency); }

@@ -1,4 +1,4 @@
-// Control of what arrives in this process: one-way calls and death notices.
+// Control of deliveries to the host process: one-way calls and death notifications.
 #pragma once
 
 #include <chrono>
@@ -10,11 +10,11 @@
 namespace norvik::qel::fake {
 
 enum class Delivery {
-  kOneway,             // a one-way call on an object of this process
-  kDeathNotification,  // a recipient that is about to be told; unlinking comes too late for it
+  kOneway,             // a one-way call on an object of the host process
+  kDeathNotification,  // a recipient about to be called; it is too late to unlink it
 };
 
-// While it lives, every delivery of its kind stops on its binder thread, just before it runs.
+// While it lives, every delivery of its kind stops on its binder thread just before it runs.
 class HoldDeliveries {
  public:
   explicit HoldDeliveries(Delivery kind);
@@ -22,11 +22,11 @@ class HoldDeliveries {
   HoldDeliveries(const HoldDeliveries&) = delete;
   HoldDeliveries& operator=(const HoldDeliveries&) = delete;
 
-  // Waits until `count` deliveries have been stopped; false after `limit`.
+  // Waits until `count` deliveries have stopped; false after `limit`.
   bool WaitForHeld(int count = 1, std::chrono::milliseconds limit = std::chrono::seconds(10)) {
     return gate_->WaitForArrivals(count, limit);
   }
-  // Lets all of them go, and the later ones pass.
+  // Releases all stopped deliveries; later ones pass.
   void Release();
 
  private:
@@ -34,15 +34,15 @@ class HoldDeliveries {
   const std::shared_ptr<Gate> gate_ = std::make_shared<Gate>();
 };
 
-// Waits until every one-way call and death notice sent to this process so far, and whatever
-// they have caused meanwhile, has been handled; false after `limit`.
+// Waits until all one-way calls and death notifications sent to the host process have been handled,
+// including those that they caused; false after `limit`.
 bool WaitUntilDelivered(std::chrono::milliseconds limit = std::chrono::seconds(10));
 
-// Scripts of the links: an outcome other than STATUS_OK is the result, and nothing is linked; a
-// scripted unlink ends the link all the same.
+// Scripts of linkToDeath() and unlinkToDeath(). An outcome other than STATUS_OK is the result of
+// the call. Such a link call links nothing; such an unlink call still ends the link.
 Script& LinkToDeathScript();
 Script& UnlinkToDeathScript();
-// The same of HIDL proxies, whose results are true and false.
+// The same for HIDL proxies, whose results are true and false.
 Script& HidlLinkToDeathScript();
 Script& HidlUnlinkToDeathScript();
 

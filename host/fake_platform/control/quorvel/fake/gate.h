@@ -1,4 +1,4 @@
-// A door at which a thread can be kept until somebody lets it go on.
+// A gate that holds threads until it is opened.
 #pragma once
 
 #include <chrono>
@@ -10,7 +10,7 @@ namespace norvik::qel::fake {
 // Threads: any. A gate opens once and stays open.
 class Gate {
  public:
-  // The side that is kept: returns at once when the gate is open already.
+  // Waits until the gate is open.
   void Pass() {
     std::unique_lock<std::mutex> lock(lock_);
     ++arrived_;
@@ -24,7 +24,7 @@ class Gate {
     changed_.notify_all();
   }
 
-  // Waits until `count` threads have come to the gate; false after `limit`.
+  // Waits until `count` threads have reached the gate; false after `limit`.
   bool WaitForArrivals(int count = 1, std::chrono::milliseconds limit = std::chrono::seconds(10)) {
     std::unique_lock<std::mutex> lock(lock_);
     return changed_.wait_for(lock, limit, [&] { return arrived_ >= count; });

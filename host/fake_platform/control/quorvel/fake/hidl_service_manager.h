@@ -1,5 +1,4 @@
-// Control of the HIDL service manager: whether there is one, what the device's manifest declares,
-// how look-ups fare.
+// Control of the HIDL service manager: its presence, the device's manifest, faults of look-ups.
 #pragma once
 
 #include <string>
@@ -8,20 +7,20 @@
 
 namespace norvik::qel::fake {
 
-// The manifest: "android.hardware.thermal@2.0::IThermal/default". Without an entry nobody finds the
-// service. An instance stays declared when its process dies.
+// The manifest. An entry is "android.hardware.thermal@2.0::IThermal/default". A service without an
+// entry cannot be found. An instance stays declared when its process dies.
 void DeclareHidl(const std::string& instance);
 void UndeclareHidl(const std::string& instance);
 
-// Scripts of tryGetService() and getService() of every interface: an outcome other than STATUS_OK
-// means null. A gate keeps the caller, as a HIDL service manager that is late does.
+// Scripts of tryGetService() and getService() of every interface. An outcome other than STATUS_OK
+// means null. A gate blocks the caller, as a slow HIDL service manager does.
 Script& TryGetHidlServiceScript();
 Script& GetHidlServiceScript();
 
-// Many devices have no HIDL service manager: look-ups give null, and nothing can be registered.
+// Many devices have no HIDL service manager. There, look-ups return null and registration fails.
 void SetHidlServiceManagerPresent(bool present);
 
-// Takes it off the device for as long as it lives.
+// Removes the HIDL service manager for its own lifetime.
 class NoHidlServiceManager {
  public:
   NoHidlServiceManager() { SetHidlServiceManagerPresent(false); }

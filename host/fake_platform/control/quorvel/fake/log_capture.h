@@ -1,4 +1,4 @@
-// The log as a value: what was logged while the capture lives.
+// Captures the log for as long as it lives, so that tests can compare it.
 #pragma once
 
 #include <android/log.h>
@@ -17,8 +17,8 @@ struct LogLine {
   bool operator==(const LogLine&) const = default;
 };
 
-// Takes over the process's logger; one at a time. Nothing is printed meanwhile. The minimum
-// priority goes down to debug.
+// Replaces the process's logger: nothing is printed while it lives. Lowers the minimum priority to
+// debug. Only one capture may exist at a time.
 //
 // Threads: any.
 class LogCapture {
@@ -28,9 +28,9 @@ class LogCapture {
   LogCapture(const LogCapture&) = delete;
   LogCapture& operator=(const LogCapture&) = delete;
 
-  // The lines so far, of one tag if one is given.
+  // The lines so far; only those of `tag` unless it is empty.
   std::vector<LogLine> Lines(const std::string& tag = {}) const;
-  // How many lines so far have this text.
+  // The number of lines so far with this text.
   int Count(const std::string& text) const;
   // Waits until `count` lines have this text; false after `limit`.
   bool WaitFor(const std::string& text, int count = 1,

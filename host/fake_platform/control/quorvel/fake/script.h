@@ -1,4 +1,4 @@
-// Scripted faults: per operation a queue of outcomes. While it is empty the operation works
+// Scripted faults: a queue of outcomes per operation. If the queue is empty, the operation works
 // normally. Every operation counts its calls.
 #pragma once
 
@@ -22,14 +22,14 @@ namespace norvik::qel::fake {
 
 // What one call does.
 struct Outcome {
-  // Anything but STATUS_OK is the call's result: the transport status of a service call, the
-  // result of a link or unlink, and for a look-up "nothing there" (null, or not declared).
+  // If not STATUS_OK, the call fails. It is the transport status of a service call or the result of
+  // a link or unlink call. A look-up returns null or false for it.
   binder_status_t status = STATUS_OK;
-  // For a service call that is to fail with an exception instead.
+  // If not EX_NONE, the service call fails with this exception.
   binder_exception_t exception = EX_NONE;
   int32_t service_specific = 0;  // with EX_SERVICE_SPECIFIC
   std::string message = {};
-  // When set, the call waits here first.
+  // If set, the call waits here first.
   std::shared_ptr<Gate> gate = nullptr;
 
   // The call waits at `gate`, then works.
@@ -43,7 +43,7 @@ struct Outcome {
   }
 
   bool works() const { return status == STATUS_OK && exception == EX_NONE; }
-  // As the result of a service's method.
+  // The outcome as the result of a service method.
   ndk::ScopedAStatus ToStatus() const {
     if (status != STATUS_OK) return ndk::ScopedAStatus::fromStatus(status);
     if (exception == EX_SERVICE_SPECIFIC) {
@@ -57,7 +57,7 @@ struct Outcome {
 // Threads: any.
 class Script {
  public:
-  // Appends what a later call is to do.
+  // Appends the outcome of a later call.
   void Then(Outcome outcome) {
     std::lock_guard<std::mutex> lock(lock_);
     outcomes_.push_back(std::move(outcome));
@@ -67,10 +67,11 @@ class Script {
     for (int i = 0; i < times; ++i) Then(outcome);
   }
 
-  // The operation's side: counts the call, waits at the gate if there is one, and says what to do.
-  // With `ended`, a service whose flag is set takes nothing that is meant for its successor: it
-  // is dead. Whoever ends one sets the flag and then calls OpenGates(), so that a call waits at no
-  // gate that nobody opens any more.
+  // For the operation: counts the call, waits at the gate of the next outcome, returns the outcome.
+  //
+  // `ended` is the flag of a service that may die. If it is set, the result is STATUS_DEAD_OBJECT
+  // and no outcome is taken: the queued ones are for the next service. To end a service, set the
+  // flag, then call OpenGates(): calls that are already waiting at a gate then return.
   Outcome Next(const std::atomic<bool>* ended = nullptr) {
     Outcome outcome;
     {
@@ -95,13 +96,13 @@ class Script {
     std::lock_guard<std::mutex> lock(lock_);
     return calls_;
   }
-  // Waits until the operation has been called `count` times in all; false after `limit`.
+  // Waits until the operation has been called `count` times in total; false after `limit`.
   bool WaitForCalls(int count, std::chrono::milliseconds limit = std::chrono::seconds(10)) const {
     std::unique_lock<std::mutex> lock(lock_);
     return changed_.wait_for(lock, limit, [&] { return calls_ >= count; });
   }
 
-  // Lets every call go on that waits at its gate: its process has died.
+  // Opens the gates of all waiting calls. For a process that has died.
   void OpenGates() {
     std::vector<std::shared_ptr<Gate>> waiting;
     {
@@ -111,12 +112,12 @@ class Script {
     for (const auto& gate : waiting) gate->Open();
   }
 
-  // Forgets the outcomes that no call has taken yet.
+  // Drops the queued outcomes.
   void Clear() {
     std::lock_guard<std::mutex> lock(lock_);
     outcomes_.clear();
   }
-  // And the calls so far.
+  // Drops the queued outcomes and resets the count of calls.
   void Reset() {
     std::lock_guard<std::mutex> lock(lock_);
     outcomes_.clear();

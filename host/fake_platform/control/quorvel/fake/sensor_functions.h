@@ -1,4 +1,4 @@
-// Control of the sensor and looper functions: how calls fare, what arrives.
+// Control of the sensor and looper functions: faults of calls, arriving events.
 #pragma once
 
 #include <android/sensor.h>
@@ -10,12 +10,14 @@
 
 namespace norvik::qel::fake {
 
-// For a function that returns a pointer, any outcome but STATUS_OK means null, nothing done. For
-// the others a negative status is the result, nothing done, and for registering and disabling a
-// positive one is the result of a call that works. Destroying a queue and waking always work; like
-// all of them they count their calls and wait at the gate of an outcome.
+// The functions that can be scripted. An outcome means, by kind of function:
+//   returns a pointer       not STATUS_OK: null, and nothing is done
+//   returns a number        negative: the result, and nothing is done
+//   register and disable    also, positive: the result of a call that succeeds
+//   destroy queue and wake  the status has no effect
+// Every function counts its calls and waits at the gate of its outcome.
 enum class SensorFunction {
-  kGetInstance,  // of the manager
+  kGetInstance,  // ASensorManager_getInstance()
   kGetDefaultSensor,
   kCreateEventQueue,
   kDestroyEventQueue,
@@ -30,14 +32,14 @@ enum class SensorFunction {
 };
 
 Script& ScriptOf(SensorFunction function);
-// Forgets all outcomes and counts.
+// Drops all outcomes and resets all counts.
 void ResetSensorScripts();
 
-// Has the events arrive at every queue of the process, as if its sensors had been enabled; the
-// calling thread plays the binder thread that brings what the service sends.
+// Delivers the events to every queue of the process, whether or not their sensors are enabled. The
+// calling thread acts as the binder thread that delivers the service's events.
 void BringSensorEvents(const std::vector<ASensorEvent>& events);
 
-// How many threads wait in ALooper_pollOnce() now.
+// The number of threads that are waiting in ALooper_pollOnce().
 int LooperWaiters();
 
 }  // namespace norvik::qel::fake

@@ -1,5 +1,5 @@
-// The sensor service's side: what the functions of <android/sensor.h> call behind the client's
-// back. A phone's system has an interface of its own for that; nothing but those functions sees it.
+// The sensor service that the functions of <android/sensor.h> call. A phone has its own, private
+// interface for that purpose; only those functions use it.
 #pragma once
 
 #include <aidl/android/frameworks/sensorservice/ISensorManager.h>
@@ -21,12 +21,12 @@ struct SensorDescription {
   std::string vendor = {};
   std::string string_type = {};
   float resolution = 1;
-  int32_t min_delay_us = 0;  // 0 for a sensor that reports on change
+  int32_t min_delay_us = 0;  // 0: the sensor reports on change
   int32_t fifo_max_events = 0;
   int32_t fifo_reserved_events = 0;
 };
 
-// Where the service sends the events of one queue; lives with the client.
+// Receives the events of one queue. An object of the client's process.
 class ISensorEvents : public ndk::ICInterface {
  public:
   static const char* descriptor;
@@ -39,7 +39,7 @@ class BnSensorEvents : public ndk::BnCInterface<ISensorEvents> {
   ndk::SpAIBinder createBinder() override;
 };
 
-// Queues have numbers. A call with a number that is not known is refused.
+// Queues are identified by numbers. A call with an unknown number is refused.
 class ISensorService : public aidl::android::frameworks::sensorservice::ISensorManager {
  public:
   virtual ndk::ScopedAStatus getSensorList(std::vector<SensorDescription>* out) = 0;

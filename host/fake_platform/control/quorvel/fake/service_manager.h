@@ -1,4 +1,4 @@
-// Control of the service manager: what the device's manifest declares, how look-ups fare.
+// Control of the service manager: the device's manifest, faults of look-ups.
 #pragma once
 
 #include <chrono>
@@ -12,17 +12,17 @@ namespace norvik::qel::fake {
 void Declare(const std::string& instance);
 void Undeclare(const std::string& instance);
 
-// Scripts of the look-ups: an outcome other than STATUS_OK means "not declared" or null, one after
-// the full time of the look-up for getService.
+// Scripts of the look-ups. An outcome other than STATUS_OK means "not declared" or null. For
+// getService, null is returned after the full wait.
 Script& IsDeclaredScript();
 Script& CheckServiceScript();
 Script& GetServiceScript();
 
-// How AServiceManager_getService() waits for an absent service: every `pause`, `attempts` times
-// after the first. The platform's are one second and five.
+// Sets how AServiceManager_getService() waits for an absent service: after the first attempt it
+// makes up to `attempts` more, each after `pause`. The platform's values are one second and five.
 void SetGetServiceWait(std::chrono::milliseconds pause, int attempts);
 
-// Shortens the wait for as long as it lives, for a test that meets an absent service.
+// Shortens the wait for its own lifetime. For tests with an absent service.
 class ShortGetServiceWait {
  public:
   ShortGetServiceWait() { SetGetServiceWait(std::chrono::milliseconds(1), 1); }

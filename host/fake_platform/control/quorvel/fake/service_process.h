@@ -1,4 +1,4 @@
-// Another process of the pretended device: what lives in it is remote for everybody else.
+// Another process of the simulated phone. Its objects are remote for all other processes.
 #pragma once
 
 #include <android/binder_interface_utils.h>
@@ -11,28 +11,29 @@ namespace norvik::qel::fake {
 
 class Process;
 
-// A process that offers services. Calls on them run on its own threads; it holds references to
-// the callbacks it is given until it dies.
+// A process that offers services. Calls on them run on its own threads. It holds references to the
+// callbacks that it receives until it dies.
 //
 // Threads: any.
 class ServiceProcess {
  public:
   explicit ServiceProcess(const std::string& name);
-  // Kills it if nobody has.
+  // Kills the process unless it is dead.
   ~ServiceProcess();
   ServiceProcess(const ServiceProcess&) = delete;
   ServiceProcess& operator=(const ServiceProcess&) = delete;
 
-  // Registers `service` under an instance name, as a service's main() does. False when the process
-  // is dead.
+  // Registers `service` under an instance name, as a service's main() does. False if the process is
+  // dead.
   bool AddService(const std::shared_ptr<ndk::ICInterface>& service, const std::string& instance);
-  // The same for a HIDL service, under a name such as "default" for each of its interfaces.
+  // The same for a HIDL service. `name` is used for each of its interfaces.
   bool AddHidlService(const ::android::sp<::android::hidl::base::V1_0::IBase>& service,
                       const std::string& name = "default");
 
-  // Its end, as sudden as a crash: its names leave the service manager, calls under way fail, its
-  // references are dropped, and everybody who linked to one of its objects gets a notice. Returns
-  // when all that is on its way; notices arrive on the receivers' binder threads.
+  // Ends the process like a crash: its names leave the service manager, calls in flight fail, its
+  // references are dropped, and every recipient linked to one of its objects receives a death
+  // notification. Does not wait for the notifications, which arrive on the receivers' binder
+  // threads.
   void Kill();
   bool alive() const;
 

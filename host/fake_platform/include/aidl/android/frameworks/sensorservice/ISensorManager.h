@@ -1,6 +1,6 @@
-// Stand-in for the generated header of the same path: the sensor service that the system registers
-// some time after boot, version 1. Clients reach its sensors through <android/sensor.h>, which
-// makes the calls; they need this for the name.
+// Fake version of the generated header at this path: the sensor service, version 1. The system
+// registers it some time after boot. Clients use <android/sensor.h>, which calls the service, and
+// need this header only for the service's name.
 #pragma once
 
 #include <android/binder_interface_utils.h>

@@ -1,4 +1,4 @@
-// Stand-in for the generated header of the same path: an enum of the health interface.
+// Fake version of the generated header at this path: an enum of the health interface.
 #pragma once
 
 #include <android/binder_enums.h>
@@ -22,7 +22,7 @@ enum class BatteryHealth : int32_t {
   INCONSISTENT = 12,
 };
 
-// The name of the value, or its number when it has none.
+// The name of the value, or its number if it has no name.
 std::string toString(BatteryHealth value);
 
 }  // namespace aidl::android::hardware::health

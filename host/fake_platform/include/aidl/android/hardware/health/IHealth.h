@@ -1,4 +1,4 @@
-// Stand-in for the generated header of the same path: the health service, version 3.
+// Fake version of the generated header at this path: the health service, version 3.
 #pragma once
 
 #include <aidl/android/hardware/health/BatteryChargingPolicy.h>
@@ -28,15 +28,15 @@ class IHealth : public ndk::ICInterface {
   static constexpr int32_t STATUS_CALLBACK_DIED = 4;
 
   static std::shared_ptr<IHealth> fromBinder(const ndk::SpAIBinder& binder);
-  // Answers what a service does not know (STATUS_UNKNOWN_TRANSACTION). Null is refused: false. To
-  // be set once, before the first call.
+  // Sets the implementation that answers calls which a service does not implement
+  // (STATUS_UNKNOWN_TRANSACTION). Set it once, before the first call. False for null.
   static bool setDefaultImpl(const std::shared_ptr<IHealth>& impl);
   static const std::shared_ptr<IHealth>& getDefaultImpl();
 
-  // The current data is sent to `callback` before this returns.
+  // Sends the current data to `callback` before it returns.
   virtual ndk::ScopedAStatus registerCallback(
       const std::shared_ptr<IHealthInfoCallback>& callback) = 0;
-  // EX_ILLEGAL_ARGUMENT when `callback` is not registered.
+  // EX_ILLEGAL_ARGUMENT if `callback` is not registered.
   virtual ndk::ScopedAStatus unregisterCallback(
       const std::shared_ptr<IHealthInfoCallback>& callback) = 0;
   virtual ndk::ScopedAStatus update() = 0;

@@ -1,4 +1,4 @@
-// Stand-in for the generated header of the same path: what a health service calls.
+// Fake version of the generated header at this path: what a health service calls.
 #pragma once
 
 #include <aidl/android/hardware/health/HealthInfo.h>
@@ -17,12 +17,12 @@ class IHealthInfoCallback : public ndk::ICInterface {
   static inline const std::string hash = "3bab6273a5491102b29c9d7a1f0efa749533f46d";
 
   static std::shared_ptr<IHealthInfoCallback> fromBinder(const ndk::SpAIBinder& binder);
-  // Answers what a service does not know (STATUS_UNKNOWN_TRANSACTION). Null is refused: false. To
-  // be set once, before the first call.
+  // Sets the implementation that answers calls which a service does not implement
+  // (STATUS_UNKNOWN_TRANSACTION). Set it once, before the first call. False for null.
   static bool setDefaultImpl(const std::shared_ptr<IHealthInfoCallback>& impl);
   static const std::shared_ptr<IHealthInfoCallback>& getDefaultImpl();
 
-  // One-way: on a binder thread of the receiver, in the order of sending.
+  // One-way: runs on a binder thread of the receiver, in the order of sending.
   virtual ndk::ScopedAStatus healthInfoChanged(const HealthInfo& info) = 0;
   virtual ndk::ScopedAStatus getInterfaceVersion(int32_t* out) = 0;
   virtual ndk::ScopedAStatus getInterfaceHash(std::string* out) = 0;

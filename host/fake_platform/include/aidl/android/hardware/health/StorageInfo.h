@@ -1,4 +1,4 @@
-// Stand-in for the generated header of the same path: a record of the health interface.
+// Fake version of the generated header at this path: a record of the health interface.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// Stand-in for the generated header of the same path: the local side of
+// Fake version of the generated header at this path: the local side of
 // ICoolingDeviceChangedCallback.
 #pragma once
 

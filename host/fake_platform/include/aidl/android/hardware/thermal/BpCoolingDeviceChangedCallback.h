@@ -1,4 +1,4 @@
-// Stand-in for the generated header of the same path: the remote side of
+// Fake version of the generated header at this path: the remote side of
 // ICoolingDeviceChangedCallback.
 #pragma once
 

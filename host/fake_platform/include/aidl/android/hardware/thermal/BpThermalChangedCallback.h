@@ -1,4 +1,4 @@
-// Stand-in for the generated header of the same path: the remote side of IThermalChangedCallback.
+// Fake version of the generated header at this path: the remote side of IThermalChangedCallback.
 #pragma once
 
 #include <aidl/android/hardware/thermal/IThermalChangedCallback.h>

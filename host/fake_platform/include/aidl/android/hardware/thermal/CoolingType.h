@@ -1,4 +1,4 @@
-// Stand-in for the generated header of the same path: an enum of the thermal interface.
+// Fake version of the generated header at this path: an enum of the thermal interface.
 #pragma once
 
 #include <android/binder_enums.h>
@@ -28,7 +28,7 @@ enum class CoolingType : int32_t {
   USB_PORT = 14,
 };
 
-// The name of the value, or its number when it has none.
+// The name of the value, or its number if it has no name.
 std::string toString(CoolingType value);
 
 }  // namespace aidl::android::hardware::thermal

@@ -1,4 +1,4 @@
-// Stand-in for the generated header of the same path: the thermal service, version 2.
+// Fake version of the generated header at this path: the thermal service, version 2.
 #pragma once
 
 #include <aidl/android/hardware/thermal/CoolingDevice.h>
@@ -24,12 +24,12 @@ class IThermal : public ndk::ICInterface {
   static inline const std::string hash = "2f49c78011338b42b43d5d0e250d9b520850cc1f";
 
   static std::shared_ptr<IThermal> fromBinder(const ndk::SpAIBinder& binder);
-  // Answers what a service does not know (STATUS_UNKNOWN_TRANSACTION). Null is refused: false. To
-  // be set once, before the first call.
+  // Sets the implementation that answers calls which a service does not implement
+  // (STATUS_UNKNOWN_TRANSACTION). Set it once, before the first call. False for null.
   static bool setDefaultImpl(const std::shared_ptr<IThermal>& impl);
   static const std::shared_ptr<IThermal>& getDefaultImpl();
 
-  // Calls fail with EX_ILLEGAL_STATE and a message while the service is not ready. The order of
+  // While the service is not ready, calls fail with EX_ILLEGAL_STATE and a message. The order of
   // entries is the same in every reply.
   virtual ndk::ScopedAStatus getCoolingDevices(std::vector<CoolingDevice>* out) = 0;
   virtual ndk::ScopedAStatus getCoolingDevicesWithType(CoolingType type,
@@ -40,13 +40,13 @@ class IThermal : public ndk::ICInterface {
   virtual ndk::ScopedAStatus getTemperatureThresholds(std::vector<TemperatureThreshold>* out) = 0;
   virtual ndk::ScopedAStatus getTemperatureThresholdsWithType(
       TemperatureType type, std::vector<TemperatureThreshold>* out) = 0;
-  // EX_ILLEGAL_ARGUMENT when `callback` is null or registered already, with or without a type.
-  // Nothing is promised to be sent at registration.
+  // EX_ILLEGAL_ARGUMENT if `callback` is null or already registered, with or without a type. A
+  // service need not send anything at registration.
   virtual ndk::ScopedAStatus registerThermalChangedCallback(
       const std::shared_ptr<IThermalChangedCallback>& callback) = 0;
   virtual ndk::ScopedAStatus registerThermalChangedCallbackWithType(
       const std::shared_ptr<IThermalChangedCallback>& callback, TemperatureType type) = 0;
-  // EX_ILLEGAL_ARGUMENT when `callback` is not registered.
+  // EX_ILLEGAL_ARGUMENT if `callback` is not registered.
   virtual ndk::ScopedAStatus unregisterThermalChangedCallback(
       const std::shared_ptr<IThermalChangedCallback>& callback) = 0;
   // Since version 2.

@@ -1,4 +1,4 @@
-// Stand-in for the generated header of the same path: what a thermal service calls.
+// Fake version of the generated header at this path: what a thermal service calls.
 #pragma once
 
 #include <aidl/android/hardware/thermal/Temperature.h>
@@ -17,12 +17,12 @@ class IThermalChangedCallback : public ndk::ICInterface {
   static inline const std::string hash = "2f49c78011338b42b43d5d0e250d9b520850cc1f";
 
   static std::shared_ptr<IThermalChangedCallback> fromBinder(const ndk::SpAIBinder& binder);
-  // Answers what a service does not know (STATUS_UNKNOWN_TRANSACTION). Null is refused: false. To
-  // be set once, before the first call.
+  // Sets the implementation that answers calls which a service does not implement
+  // (STATUS_UNKNOWN_TRANSACTION). Set it once, before the first call. False for null.
   static bool setDefaultImpl(const std::shared_ptr<IThermalChangedCallback>& impl);
   static const std::shared_ptr<IThermalChangedCallback>& getDefaultImpl();
 
-  // One-way: on a binder thread of the receiver, in the order of sending.
+  // One-way: runs on a binder thread of the receiver, in the order of sending.
   virtual ndk::ScopedAStatus notifyThrottling(const Temperature& temperature) = 0;
   virtual ndk::ScopedAStatus getInterfaceVersion(int32_t* out) = 0;
   virtual ndk::ScopedAStatus getInterfaceHash(std::string* out) = 0;

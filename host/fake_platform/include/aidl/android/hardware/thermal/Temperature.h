@@ -1,4 +1,4 @@
-// Stand-in for the generated header of the same path: a record of the thermal interface.
+// Fake version of the generated header at this path: a record of the thermal interface.
 #pragma once
 
 #include <aidl/android/hardware/thermal/TemperatureType.h>

@@ -1,4 +1,4 @@
-// Stand-in for the generated header of the same path: a record of the thermal interface.
+// Fake version of the generated header at this path: a record of the thermal interface.
 #pragma once
 
 #include <aidl/android/hardware/thermal/TemperatureType.h>
@@ -16,7 +16,7 @@ class TemperatureThreshold {
 
   TemperatureType type = static_cast<TemperatureType>(0);
   std::string name = {};
-  // One entry per severity, NaN where there is none; nothing checks the length.
+  // One entry per severity, NaN for none. The length is not checked.
   std::vector<float> hotThrottlingThresholds = {};
   std::vector<float> coldThrottlingThresholds = {};
 

@@ -1,4 +1,4 @@
-// Stand-in for the generated header of the same path: an enum of the thermal interface.
+// Fake version of the generated header at this path: an enum of the thermal interface.
 #pragma once
 
 #include <android/binder_enums.h>
@@ -34,7 +34,7 @@ enum class TemperatureType : int32_t {
   POGO = 19,
 };
 
-// The name of the value, or its number when it has none.
+// The name of the value, or its number if it has no name.
 std::string toString(TemperatureType value);
 
 }  // namespace aidl::android::hardware::thermal

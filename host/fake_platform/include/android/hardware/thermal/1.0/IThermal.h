@@ -1,4 +1,4 @@
-// Stand-in for the generated header of the same path: the thermal service, version 1.0.
+// Fake version of the generated header at this path: the thermal service, version 1.0.
 #pragma once
 
 #include <android/hardware/thermal/1.0/types.h>
@@ -22,7 +22,7 @@ struct IThermal : public ::android::hidl::base::V1_0::IBase {
   using getCoolingDevices_cb = std::function<void(const V1_0::ThermalStatus& status,
                                                   const hidl_vec<V1_0::CoolingDevice>& devices)>;
 
-  // Results come through the callback, before the call returns; FAILURE comes with a message.
+  // The callback receives the results before the call returns. FAILURE has a message.
   virtual Return<void> getTemperatures(getTemperatures_cb _hidl_cb) = 0;
   virtual Return<void> getCpuUsages(getCpuUsages_cb _hidl_cb) = 0;
   virtual Return<void> getCoolingDevices(getCoolingDevices_cb _hidl_cb) = 0;
@@ -30,14 +30,14 @@ struct IThermal : public ::android::hidl::base::V1_0::IBase {
   Return<void> interfaceChain(interfaceChain_cb _hidl_cb) override;
   Return<void> interfaceDescriptor(interfaceDescriptor_cb _hidl_cb) override;
 
-  // An interface that is none of these is cast from its IBase.
+  // For any other interface, pass its IBase.
   static Return<sp<IThermal>> castFrom(const sp<IThermal>& parent, bool emitError = false);
   static Return<sp<IThermal>> castFrom(const sp<::android::hidl::base::V1_0::IBase>& parent,
                                        bool emitError = false);
 
-  // Remote services come as a new proxy at each call. tryGetService() does not wait for the
-  // service: null when it is not declared or does not run; getService() waits for one that is
-  // declared. There is nothing to get with getStub.
+  // Each call returns a new proxy of a remote service. tryGetService() does not wait: it returns
+  // null if the service is not declared or not running. getService() waits for a declared service.
+  // Both return null with getStub.
   static sp<IThermal> tryGetService(const std::string& serviceName = "default",
                                     bool getStub = false);
   static sp<IThermal> tryGetService(const char* serviceName, bool getStub = false) {

@@ -1,6 +1,6 @@
-// Stand-in for the generated header of the same path: the values of thermal 1.0.
+// Fake version of the generated header at this path: the values of thermal 1.0.
 //
-// Records have no default values: make them with {}.
+// Records have no default values: initialize them with {}.
 #pragma once
 
 #include <hidl/HidlSupport.h>
@@ -63,7 +63,7 @@ struct CpuUsage final {
   bool operator==(const CpuUsage&) const = default;
 };
 
-// The name of a value, or its number when it has none; a record as text.
+// The name of a value, or its number if it has no name; a record as text.
 std::string toString(ThermalStatusCode value);
 std::string toString(TemperatureType value);
 std::string toString(CoolingType value);
@@ -72,7 +72,7 @@ std::string toString(const Temperature& record);
 std::string toString(const CoolingDevice& record);
 std::string toString(const CpuUsage& record);
 
-// For the enums above: the numbers of two values together.
+// For the enums above: combines the numbers of two values.
 template <typename E>
 requires std::is_enum_v<E>
 constexpr std::underlying_type_t<E> operator|(E left, E right) {

@@ -1,4 +1,4 @@
-// Stand-in for the generated header of the same path: the thermal service, version 2.0.
+// Fake version of the generated header at this path: the thermal service, version 2.0.
 #pragma once
 
 #include <android/hardware/thermal/1.0/IThermal.h>
@@ -37,7 +37,7 @@ struct IThermal : public ::android::hardware::thermal::V1_0::IThermal {
                                               getCurrentTemperatures_cb _hidl_cb) = 0;
   virtual Return<void> getTemperatureThresholds(bool filterType, V2_0::TemperatureType type,
                                                 getTemperatureThresholds_cb _hidl_cb) = 0;
-  // FAILURE when `callback` is null or registered already.
+  // FAILURE if `callback` is null or already registered.
   virtual Return<void> registerThermalChangedCallback(
       const sp<V2_0::IThermalChangedCallback>& callback, bool filterType,
       V2_0::TemperatureType type, registerThermalChangedCallback_cb _hidl_cb) = 0;
@@ -50,15 +50,15 @@ struct IThermal : public ::android::hardware::thermal::V1_0::IThermal {
   Return<void> interfaceChain(interfaceChain_cb _hidl_cb) override;
   Return<void> interfaceDescriptor(interfaceDescriptor_cb _hidl_cb) override;
 
-  // An interface that is none of these is cast from its IBase.
+  // For any other interface, pass its IBase.
   static Return<sp<IThermal>> castFrom(const sp<IThermal>& parent, bool emitError = false);
   static Return<sp<IThermal>> castFrom(const sp<V1_0::IThermal>& parent, bool emitError = false);
   static Return<sp<IThermal>> castFrom(const sp<::android::hidl::base::V1_0::IBase>& parent,
                                        bool emitError = false);
 
-  // Remote services come as a new proxy at each call. tryGetService() does not wait for the
-  // service: null when it is not declared or does not run; getService() waits for one that is
-  // declared. There is nothing to get with getStub.
+  // Each call returns a new proxy of a remote service. tryGetService() does not wait: it returns
+  // null if the service is not declared or not running. getService() waits for a declared service.
+  // Both return null with getStub.
   static sp<IThermal> tryGetService(const std::string& serviceName = "default",
                                     bool getStub = false);
   static sp<IThermal> tryGetService(const char* serviceName, bool getStub = false) {

@@ -1,4 +1,4 @@
-// Stand-in for the generated header of the same path: what a thermal service calls.
+// Fake version of the generated header at this path: what a thermal service calls.
 #pragma once
 
 #include <android/hardware/thermal/2.0/types.h>
@@ -15,22 +15,22 @@ namespace android::hardware::thermal::V2_0 {
 struct IThermalChangedCallback : public ::android::hidl::base::V1_0::IBase {
   static const char* descriptor;
 
-  // One-way: on a thread of the receiver's HIDL pool, in the order of sending. On a local object a
-  // plain call.
+  // One-way: runs on a thread of the receiver's HIDL pool, in the order of sending. On a local
+  // object it is a plain call.
   virtual Return<void> notifyThrottling(const V2_0::Temperature& temperature) = 0;
 
   Return<void> interfaceChain(interfaceChain_cb _hidl_cb) override;
   Return<void> interfaceDescriptor(interfaceDescriptor_cb _hidl_cb) override;
 
-  // An interface that is none of these is cast from its IBase.
+  // For any other interface, pass its IBase.
   static Return<sp<IThermalChangedCallback>> castFrom(const sp<IThermalChangedCallback>& parent,
                                                       bool emitError = false);
   static Return<sp<IThermalChangedCallback>> castFrom(
       const sp<::android::hidl::base::V1_0::IBase>& parent, bool emitError = false);
 
-  // Remote services come as a new proxy at each call. tryGetService() does not wait for the
-  // service: null when it is not declared or does not run; getService() waits for one that is
-  // declared. There is nothing to get with getStub.
+  // Each call returns a new proxy of a remote service. tryGetService() does not wait: it returns
+  // null if the service is not declared or not running. getService() waits for a declared service.
+  // Both return null with getStub.
   static sp<IThermalChangedCallback> tryGetService(const std::string& serviceName = "default",
                                                    bool getStub = false);
   static sp<IThermalChangedCallback> tryGetService(const char* serviceName, bool getStub = false) {

@@ -1,6 +1,6 @@
-// Stand-in for the generated header of the same path: the values of thermal 2.0.
+// Fake version of the generated header at this path: the values of thermal 2.0.
 //
-// Records have no default values: make them with {}.
+// Records have no default values: initialize them with {}.
 #pragma once
 
 #include <android/hardware/thermal/1.0/types.h>
@@ -73,7 +73,7 @@ struct CoolingDevice final {
   bool operator==(const CoolingDevice&) const = default;
 };
 
-// The name of a value, or its number when it has none; a record as text.
+// The name of a value, or its number if it has no name; a record as text.
 std::string toString(TemperatureType value);
 std::string toString(CoolingType value);
 std::string toString(ThrottlingSeverity value);
@@ -81,7 +81,7 @@ std::string toString(const Temperature& record);
 std::string toString(const TemperatureThreshold& record);
 std::string toString(const CoolingDevice& record);
 
-// For the enums above: the numbers of two values together.
+// For the enums above: combines the numbers of two values.
 template <typename E>
 requires std::is_enum_v<E>
 constexpr std::underlying_type_t<E> operator|(E left, E right) {

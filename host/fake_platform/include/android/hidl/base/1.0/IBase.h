@@ -1,7 +1,7 @@
-// Stand-in for the generated header of the same path: what every HIDL interface can do.
+// Fake version of the generated header at this path: what every HIDL interface can do.
 //
-// A result callback runs on the caller's thread before the call returns, at most once, and not at
-// all when the transport fails. What it is given is valid while it runs, no longer.
+// A result callback runs on the caller's thread before the call returns, at most once. It does not
+// run if the transport fails. Its arguments are valid only while it runs.
 #pragma once
 
 #include <hidl/HidlSupport.h>
@@ -32,15 +32,15 @@ struct IBase : virtual public RefBase {
 
   virtual bool isRemote() const;
 
-  // From the most derived interface to this one.
+  // The descriptors, from the most derived interface to this one.
   virtual hardware::Return<void> interfaceChain(interfaceChain_cb _hidl_cb);
   virtual hardware::Return<void> debug(const hardware::hidl_handle& fd,
                                        const hardware::hidl_vec<hardware::hidl_string>& options);
   virtual hardware::Return<void> interfaceDescriptor(interfaceDescriptor_cb _hidl_cb);
   virtual hardware::Return<void> getHashChain(getHashChain_cb _hidl_cb);
   virtual hardware::Return<void> setHALInstrumentation();
-  // On a local object ok and true, but for a null recipient, and nobody is ever told. On a proxy
-  // false when the service is known to be dead; the link lives as long as this very proxy. The
+  // On a local object: true (false for a null recipient); the recipient is never called. On a
+  // proxy: false if the service is known to be dead; the link ends with this proxy object. The
   // state of the Return is always ok.
   virtual hardware::Return<bool> linkToDeath(const sp<hardware::hidl_death_recipient>& recipient,
                                              uint64_t cookie);
