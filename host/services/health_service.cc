@@ -42,7 +42,7 @@ void HealthService::Report(const HealthInfo& info) {
 
 void HealthService::SendLocked() {
   for (const auto& callback : callbacks_) {
-    // One-way: it fails only when the receiver's process is gone, which is its own affair.
+    // One-way: fails only if the receiver's process has died, which needs no action.
     static_cast<void>(callback->healthInfoChanged(info_));
   }
 }
@@ -62,7 +62,7 @@ ndk::ScopedAStatus HealthService::registerCallback(
   ndk::ScopedAStatus permitted = Ask(HealthOperation::kRegisterCallback);
   if (!permitted.isOk()) return permitted;
   if (callback == nullptr) {
-    // The one error that a registration may have.
+    // STATUS_UNKNOWN is the only error that the interface allows for a registration.
     return Refuse(
         HealthOperation::kRegisterCallback,
         ndk::ScopedAStatus::fromServiceSpecificErrorWithMessage(STATUS_UNKNOWN, kNullCallback));

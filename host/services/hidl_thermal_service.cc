@@ -16,7 +16,7 @@ using V1_0::ThermalStatusCode;
 
 namespace {
 
-// All of them, or those of one type.
+// All records, or those of one type.
 template <typename Record, typename Type>
 auto Select(const std::vector<Record>& records, bool filter, Type type) {
   std::vector<decltype(ToHidl(records.front()))> selected;
@@ -27,7 +27,7 @@ auto Select(const std::vector<Record>& records, bool filter, Type type) {
   return selected;
 }
 
-// The threshold of `temperature` for a severity; NaN when there is none.
+// The threshold of `temperature` for a severity. NaN if there is none.
 float HotThreshold(const ThermalData& data, const V2_0::Temperature& temperature,
                    V2_0::ThrottlingSeverity severity) {
   for (const auto& threshold : Select(data.thresholds, /*filter=*/true, temperature.type)) {
@@ -38,7 +38,7 @@ float HotThreshold(const ThermalData& data, const V2_0::Temperature& temperature
   return std::numeric_limits<float>::quiet_NaN();
 }
 
-// Version 1.0 knows the first four types only.
+// Version 1.0 has only the first four types.
 std::vector<V1_0::Temperature> TemperaturesOf1_0(const ThermalData& data) {
   std::vector<V1_0::Temperature> old;
   for (const auto& temperature :
@@ -109,7 +109,7 @@ void HidlThermalService::Notify(const aidl_thermal::Temperature& temperature) {
 void HidlThermalService::SendLocked(const aidl_thermal::Temperature& temperature) {
   const V2_0::Temperature hidl = ToHidl(temperature);
   callbacks_.ForEach(hidl.type, [&](V2_0::IThermalChangedCallback& callback) {
-    // One-way: it fails only when the receiver's process is gone, which is its own affair.
+    // One-way: fails only if the receiver's process has died, which needs no action.
     static_cast<void>(callback.notifyThrottling(hidl).isOk());
   });
 }

@@ -23,7 +23,7 @@ ASensorEvent MakeEvent(const SensorDescription& sensor, float value) {
   return event;
 }
 
-// Sorts a delivery by its sensors.
+// Groups the readings of a delivery by sensor.
 void AddTo(std::vector<SensorReport>& reports, const SensorReading& reading) {
   const auto found = std::find_if(reports.begin(), reports.end(), [&](const SensorReport& report) {
     return report.type == reading.type;
@@ -48,7 +48,7 @@ void SensorService::Add(SensorDescription sensor) {
   sensors_.push_back(std::move(sensor));
 }
 
-// One-way calls fail only when the receiver's process is gone, which is its own affair.
+// One-way calls fail only if the receiver's process has died, which needs no action.
 void SensorService::Report(const std::vector<SensorReading>& readings) {
   std::lock_guard<std::mutex> lock(lock_);
   std::vector<ASensorEvent> events;

@@ -16,7 +16,7 @@ using aidl::android::hardware::thermal::ThrottlingSeverity;
 
 namespace {
 
-// The record of the same type and name; null when there is none.
+// The record of the same type and name. Null if there is none.
 template <typename Record>
 const Record* Find(const std::vector<Record>& records, const Record& like) {
   const auto found = std::find_if(records.begin(), records.end(), [&](const Record& record) {
@@ -25,7 +25,7 @@ const Record* Find(const std::vector<Record>& records, const Record& like) {
   return found != records.end() ? &*found : nullptr;
 }
 
-// A value that is not known stays the same as long as it is not known.
+// Two unknown values (NaN) are the same.
 bool AreSame(const Temperature& left, const Temperature& right) {
   const bool same_value =
       left.value == right.value || (std::isnan(left.value) && std::isnan(right.value));

@@ -67,7 +67,7 @@ void ThermalService::Notify(const Temperature& temperature) {
 
 void ThermalService::SendLocked(const Temperature& temperature) {
   callbacks_.ForEach(temperature.type, [&](auto& callback) {
-    // One-way: it fails only when the receiver's process is gone, which is its own affair.
+    // One-way: fails only if the receiver's process has died, which needs no action.
     static_cast<void>(callback.notifyThrottling(temperature));
   });
 }

@@ -10,14 +10,15 @@ namespace norvik::qel::simulated {
 using services::HealthOperation;
 using services::ServiceEvent;
 
-// The service does what the phone's scripts say before it does its own work.
+// Every call follows the phone's script first, then does its normal work.
 class Health::Service : public services::HealthService {
  public:
-  // Made with the phone's lock held.
+  // The caller holds the phone's lock.
   Service(std::shared_ptr<Phone> phone, services::ServiceObserver observer)
       : HealthService(phone->info, std::move(observer)), phone_(std::move(phone)) {}
 
-  // Its process is about to die: from now on it takes no outcomes that are meant for its successor.
+  // Called before the process is killed. From now on this service takes no outcomes from the
+  // scripts: they are for its successor.
   void End() { ended_ = true; }
 
  private:
@@ -69,7 +70,7 @@ void Health::Start() {
     std::lock_guard<std::mutex> lock(phone_->lock);
     process_ = std::make_unique<fake::ServiceProcess>("health");
     service_ = ndk::SharedRefBase::make<Service>(phone_, observer_);
-    service_->Report(phone_->info);  // for the observer: nobody has registered yet
+    service_->Report(phone_->info);  // for the observer: no callback is registered yet
     process_->AddService(service_, services::kHealthInstance);
   }
   if (observer_) observer_({.kind = ServiceEvent::Kind::kStarted, .service = "health"});

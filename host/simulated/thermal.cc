@@ -38,7 +38,7 @@ void AddSensor(Thermal::ThermalData& data, TemperatureType type, const char* nam
                              .coldThrottlingThresholds = std::vector<float>(7, kNone)});
 }
 
-// The element of that name, which has to be there.
+// The element with that name, which must exist.
 template <typename Record>
 Record& Named(std::vector<Record>& records, const std::string& name) {
   const auto found = std::find_if(records.begin(), records.end(),
@@ -48,11 +48,11 @@ Record& Named(std::vector<Record>& records, const std::string& name) {
 
 }  // namespace
 
-// Shared with the services, whose threads may still be inside a call when the phone goes away.
+// Shared with the services, whose threads may still be inside a call when Thermal is destroyed.
 struct Thermal::Phone {
   Scripts<ThermalOperation> aidl_scripts;
   Scripts<HidlThermalOperation> hidl_scripts;
-  // Held while the state changes and is reported, so that all agree.
+  // Also held while the state is reported, to keep reports in order.
   std::mutex lock;
   ThermalData data;
   std::unique_ptr<fake::ServiceProcess> aidl_process;
@@ -61,17 +61,19 @@ struct Thermal::Phone {
   android::sp<HidlService> hidl;
 };
 
-// The services do what the phone's scripts say before they do their own work.
+// Every call follows the phone's script first, then does its normal work.
 class Thermal::AidlService : public services::ThermalService {
  public:
-  // Made with the phone's lock held. What the other service has told of already is told once.
+  // The caller holds the phone's lock. If the HIDL service runs, it has already reported the
+  // current data to the observer: starting from that data prevents a second report.
   AidlService(const std::shared_ptr<Phone>& phone, services::ServiceObserver observer)
       : ThermalService(phone->hidl != nullptr ? phone->data : ThermalData(), std::move(observer)),
         phone_(phone) {
     Report(phone_->data);
   }
 
-  // Its process is about to die: from now on it takes no outcomes that are meant for its successor.
+  // Called before the process is killed. From now on this service takes no outcomes from the
+  // scripts: they are for its successor.
   void End() { ended_ = true; }
 
  private:
@@ -94,8 +96,8 @@ class Thermal::HidlService : public services::HidlThermalService {
   void End() { ended_ = true; }
 
  private:
-  // While both services run, the other one tells of what both report. Reports are made with the
-  // phone's lock held.
+  // While both services run, only the AIDL service reports to the observer. Reading phone.aidl is
+  // safe: reports are made with the phone's lock held.
   static services::ServiceObserver WhileAlone(const Phone& phone,
                                               const services::ServiceObserver& observer) {
     if (observer == nullptr) return nullptr;

@@ -1,4 +1,4 @@
-// The callbacks that a service keeps, each for one type or for all.
+// The callbacks registered with a service, each for one type or for all types.
 #pragma once
 
 #include <android/binder_auto_utils.h>
@@ -13,7 +13,7 @@
 
 namespace norvik::qel::services {
 
-// Whether both lead to the same object.
+// Whether both refer to the same object.
 template <typename I>
 bool SameCallback(const std::shared_ptr<I>& left, const std::shared_ptr<I>& right) {
   return left->asBinder() == right->asBinder();
@@ -25,18 +25,19 @@ bool SameCallback(const android::sp<I>& left, const android::sp<I>& right) {
 
 // Pointer is a shared_ptr to an AIDL interface or an sp to a HIDL one.
 //
-// Threads: the owner's lock guards it.
+// Threads: not synchronized; the owner's lock guards it.
 template <typename Pointer, typename Type>
 class CallbackList {
  public:
-  // Without a type the callback hears of all. False when it is in the list already.
+  // Without a type the callback receives all types. False if it is already in the list.
   bool Add(const Pointer& callback, std::optional<Type> type) {
     if (Find(callback) != entries_.end()) return false;
     entries_.push_back({callback, type});
     return true;
   }
 
-  // What was kept, for the caller to release after its lock; null when it is not in the list.
+  // Returns the removed reference, so that the caller can release it after its lock. Null if
+  // `callback` is not in the list.
   Pointer Remove(const Pointer& callback) {
     const auto found = Find(callback);
     if (found == entries_.end()) return nullptr;

@@ -1,4 +1,4 @@
-// A health service as a device maker would write it, over whatever knows the battery.
+// A health service as a device maker would write it. The caller provides the data.
 #pragma once
 
 #include <aidl/android/hardware/health/BnHealth.h>
@@ -38,20 +38,23 @@ std::string_view HealthOperationName(HealthOperation operation);
 
 inline constexpr char kHealthInstance[] = "android.hardware.health.IHealth/default";
 
-// Behaves as the platform's reference service does: a new callback is sent the current data before
-// its registration returns; callbacks are compared by binder identity; duplicates are kept, and
-// one unregistration removes all of them. A null callback is refused, and is never registered.
+// Behaves like the platform's reference service:
+// - A registration sends the current data to the new callback before it returns.
+// - Callbacks are compared by binder identity. Duplicates are kept; one unregistration removes all
+// of
+//   them.
+// - A null callback is refused.
 //
-// Threads: any. Locks: lock_ is held while a report is put on its way, so that reports reach every
-// callback in the order in which they were made. Callbacks belong to other processes: nothing waits
-// for a receiver there, and no last reference is released.
+// Threads: any. Locks: lock_ is held while a report is sent, so that every callback receives the
+// reports in order. This cannot deadlock: callbacks belong to other processes, so sending does not
+// wait for the receiver, and no last reference is released under lock_.
 class HealthService : public aidl::android::hardware::health::BnHealth {
  public:
   using HealthInfo = aidl::android::hardware::health::HealthInfo;
 
   explicit HealthService(HealthInfo info, ServiceObserver observer = nullptr);
 
-  // Replaces the data and tells every callback.
+  // Replaces the data and reports it to every callback.
   void Report(const HealthInfo& info);
   HealthInfo info() const;
   size_t callback_count() const;
@@ -83,15 +86,16 @@ class HealthService : public aidl::android::hardware::health::BnHealth {
   binder_status_t dump(int fd, const char** args, uint32_t numArgs) override;
 
  protected:
-  // Asked before a call does anything: anything but ok is its answer. May block.
+  // Called at the start of every call. A status that is not ok becomes the result of the call. May
+  // block.
   virtual ndk::ScopedAStatus Permit(HealthOperation operation);
-  // A client has set another policy: to be stored and reported.
+  // Called when a client sets a charging policy. Stores and reports it.
   virtual void ChangeChargingPolicy(aidl::android::hardware::health::BatteryChargingPolicy policy);
 
  private:
-  // Permit(), and the observer hears of a refusal.
+  // Calls Permit() and reports a refusal to the observer.
   ndk::ScopedAStatus Ask(HealthOperation operation);
-  // The observer hears of it, and the caller gets `status`.
+  // Reports a refusal to the observer and returns `status`.
   ndk::ScopedAStatus Refuse(HealthOperation operation, ndk::ScopedAStatus status) const;
   template <typename T, typename Read>
   ndk::ScopedAStatus Answer(HealthOperation operation, T* out, Read read);

@@ -1,5 +1,5 @@
-// A HIDL thermal service, version 2.0, as a device maker would write it, over whatever knows the
-// temperatures.
+// A HIDL thermal service, version 2.0, as a device maker would write it. The caller provides the
+// data.
 #pragma once
 
 #include <android/hardware/thermal/2.0/IThermal.h>
@@ -31,9 +31,9 @@ std::string_view HidlThermalOperationName(HidlThermalOperation operation);
 
 inline constexpr char kHidlThermalInstance[] = "android.hardware.thermal@2.0::IThermal/default";
 
-// As ThermalService, in the terms of HIDL: a refusal is a status FAILURE with a message.
+// Like ThermalService, but a refusal is a status FAILURE with a message.
 //
-// Threads, locks: as ThermalService.
+// Threads, locks: see ThermalService.
 class HidlThermalService : public android::hardware::thermal::V2_0::IThermal {
  public:
   template <typename T>
@@ -45,9 +45,10 @@ class HidlThermalService : public android::hardware::thermal::V2_0::IThermal {
 
   explicit HidlThermalService(ThermalData data, ServiceObserver observer = nullptr);
 
-  // Replaces the data and tells the callbacks of the changes, and of what throttled and has gone.
+  // Replaces the data. Notifies the callbacks of changed severities, and of throttling temperatures
+  // that have been removed.
   void Report(const ThermalData& data);
-  // Tells the callbacks without a change of the data.
+  // Notifies the callbacks without changing the data.
   void Notify(const aidl::android::hardware::thermal::Temperature& temperature);
   ThermalData data() const;
   size_t callback_count() const;
@@ -68,7 +69,7 @@ class HidlThermalService : public android::hardware::thermal::V2_0::IThermal {
                                         getCurrentCoolingDevices_cb _hidl_cb) override;
 
  protected:
-  // What becomes of a call: a transport that fails, or a status; its own work only with neither.
+  // What a call does: fail with a transport error, fail with a status, or else its normal work.
   struct Verdict {
     android::hardware::Status transport = {};
     ThermalStatus status = {.code = android::hardware::thermal::V1_0::ThermalStatusCode::SUCCESS,
@@ -79,17 +80,17 @@ class HidlThermalService : public android::hardware::thermal::V2_0::IThermal {
     }
     static Verdict Failure(const std::string& message);
   };
-  // Asked before a call does anything. May block.
+  // Called at the start of every call. May block.
   virtual Verdict Permit(HidlThermalOperation operation);
 
  private:
-  // Permit(), and the observer hears of a refusal.
+  // Calls Permit() and reports a refusal to the observer.
   Verdict Ask(HidlThermalOperation operation);
   void TellRefusal(HidlThermalOperation operation, const std::string& reason) const;
-  // `read` gives the elements of the answer.
+  // `read` returns the elements of the answer.
   template <typename Handler, typename Read>
   Return<void> Answer(HidlThermalOperation operation, const Handler& _hidl_cb, Read read);
-  // `change` gives what the call fails with; null when it does not.
+  // `change` returns the error message of the call, or null if it succeeds.
   template <typename Handler, typename Change>
   Return<void> Perform(HidlThermalOperation operation, ServiceEvent::Kind kind,
                        const Handler& _hidl_cb, Change change);

@@ -1,4 +1,4 @@
-// The sensor service of a device, over whatever has the sensors.
+// A sensor service as a device maker would write it. The caller provides sensors and readings.
 #pragma once
 
 #include <cstddef>
@@ -23,36 +23,34 @@ struct SensorReading {
   float value;
 };
 
-// How a sensor has been enabled on a queue.
+// The parameters with which a sensor was enabled on a queue.
 struct SensorRequest {
   int32_t period_us;
   int64_t max_latency_us;
 };
 
-// Each queue gets the events of the sensors that are enabled on it. A sensor that is enabled on a
-// queue reports its latest reading there at once, if it has one, as sensors that report on change
-// do.
+// Each queue receives the events of the sensors that are enabled on it. Enabling a sensor sends its
+// latest reading to the queue at once, if there is one, as on-change sensors do.
 //
-// Threads: any. Locks: lock_ is held while events are put on their way, so that they reach every
-// queue in the order in which they were reported; nothing waits for a receiver there. The observer
-// is called without it.
+// Threads: any. Locks: lock_ is held while events are sent, so that every queue receives them in
+// order. Sending does not wait for the receiver.
 class SensorService : public fake::BnSensorService {
  public:
   explicit SensorService(std::vector<fake::SensorDescription> sensors,
                          ServiceObserver observer = nullptr);
 
-  // One more sensor, which those hear of who ask from now on.
+  // Adds a sensor. Clients that ask from now on see it.
   void Add(fake::SensorDescription sensor);
-  // The readings of one moment, in one delivery to each queue. Those of a type that the device
-  // does not have go nowhere.
+  // Reports simultaneous readings, in one delivery to each queue. Readings of a type without a
+  // sensor are ignored.
   void Report(const std::vector<SensorReading>& readings);
-  // The sensor has no latest reading any more.
+  // Drops the latest reading of the sensor.
   void Forget(int32_t type);
-  // Sends the events to every queue, whatever they are, as a service gone wrong might.
+  // Sends arbitrary events to every queue, as a faulty service might.
   void SendUnasked(const std::vector<ASensorEvent>& events);
 
   size_t queue_count() const;
-  // On how many queues the sensor is enabled, and how it was enabled last.
+  // The number of queues on which the sensor is enabled, and the parameters of the last enabling.
   int listeners(int32_t type) const;
   std::optional<SensorRequest> last_request(int32_t type) const;
 
@@ -72,16 +70,16 @@ class SensorService : public fake::BnSensorService {
     std::map<int32_t, SensorRequest> enabled;  // by handle
   };
 
-  // Null when there is none; never dangling.
+  // Null if there is none. Stays valid.
   const fake::SensorDescription* FindLocked(int32_t handle) const;
-  // The one that stands for its type.
+  // The first sensor of the type.
   const fake::SensorDescription* FindDefaultLocked(int32_t type) const;
   void Tell(ServiceEvent::Kind kind, const fake::SensorDescription& sensor) const;
   void TellReport(SensorReport report) const;
 
   const ServiceObserver observer_;
   mutable std::mutex lock_;
-  std::deque<fake::SensorDescription> sensors_;  // only grows: pointers to them stay good
+  std::deque<fake::SensorDescription> sensors_;  // only grows: pointers to elements stay valid
   std::map<int64_t, Queue> queues_;
   int64_t next_queue_ = 1;
   std::map<int32_t, ASensorEvent> latest_;          // by handle

@@ -1,4 +1,4 @@
-// What a device has to say of itself.
+// Events of a service for its observer, such as the monitor.
 #pragma once
 
 #include <aidl/android/hardware/health/HealthInfo.h>
@@ -12,8 +12,7 @@
 
 namespace norvik::qel::services {
 
-// What one delivery holds of a sensor, the oldest first. Without values: what the sensor has read
-// is known no more.
+// The values of one sensor in one delivery, oldest first. Empty: the latest reading was dropped.
 struct SensorReport {
   int32_t type;  // ASENSOR_TYPE_...
   std::vector<float> values;
@@ -24,30 +23,30 @@ struct TemperatureGone {
   std::string name;
 };
 
-// What a service reports, whether or not it has a callback to tell. Of the temperatures it is each
-// one that is new or has changed in any way, also where callbacks hear of the severity alone.
+// The data of a report. The observer receives it even if no callback is registered. Of temperatures
+// it receives every new or changed one; callbacks receive only changed severities.
 using Report =
     std::variant<std::monostate, aidl::android::hardware::health::HealthInfo, SensorReport,
                  aidl::android::hardware::thermal::Temperature, TemperatureGone>;
 
 struct ServiceEvent {
   enum class Kind {
-    kStarted,       // a service is up
-    kDied,          // a service is gone
-    kRegistered,    // somebody has registered a callback with it
-    kUnregistered,  // somebody has withdrawn one
-    kRefused,       // it has refused a call
-    kNotice,        // something that people should know of the device
-    kReported,      // it reports what follows
+    kStarted,       // the service has started
+    kDied,          // the service has died
+    kRegistered,    // a client has registered a callback
+    kUnregistered,  // a client has unregistered a callback
+    kRefused,       // the service has refused a call
+    kNotice,        // a message about the device for the user
+    kReported,      // the service has reported `report`
   };
   Kind kind;
   std::string service;      // "health", "thermal", "thermal (HIDL)"
-  std::string detail = {};  // the operation refused and the reason; the notice
+  std::string detail = {};  // kRefused: operation and reason; kNotice: the message
   Report report = {};
 };
 
-// Called on the device's threads, with no lock of the device held; but reports are told under the
-// locks that keep them in order, so that an observer must not call the device when it hears one.
+// Called on threads of the services. No lock of a service is held, except for kReported: reports
+// are made under the locks that keep them in order, so the observer must not call the service then.
 using ServiceObserver = std::function<void(const ServiceEvent&)>;
 
 }  // namespace norvik::qel::services

@@ -1,4 +1,4 @@
-// What a device knows of its heat, in the terms of the AIDL interface, which can say the most.
+// The thermal state of a device, in the types of the AIDL interface, which has the most.
 #pragma once
 
 #include <aidl/android/hardware/thermal/CoolingDevice.h>
@@ -17,26 +17,26 @@ struct ThermalData {
   std::vector<aidl::android::hardware::thermal::CoolingDevice> cooling_devices = {};
 };
 
-// The temperatures whose severity is another one now: what a service notifies. One that was not
-// there before had none.
+// The temperatures whose severity has changed. A service notifies these. A new temperature counts
+// as NONE before.
 std::vector<aidl::android::hardware::thermal::Temperature> ChangedSeverities(
     const ThermalData& before, const ThermalData& now);
 // The temperatures that are new or have changed in any way.
 std::vector<aidl::android::hardware::thermal::Temperature> ChangedTemperatures(
     const ThermalData& before, const ThermalData& now);
-// The temperatures that are there no more.
+// The temperatures that have been removed.
 std::vector<aidl::android::hardware::thermal::Temperature> GoneTemperatures(
     const ThermalData& before, const ThermalData& now);
-// What callbacks hear of a temperature that has gone: nothing is known of it, and nothing throttles
-// for it. Nothing where nothing did.
+// The notification for a removed temperature: value NaN, severity NONE. Empty if its severity was
+// NONE already.
 std::optional<aidl::android::hardware::thermal::Temperature> Release(
     const aidl::android::hardware::thermal::Temperature& gone);
 // The cooling devices that are new or have changed.
 std::vector<aidl::android::hardware::thermal::CoolingDevice> ChangedCoolingDevices(
     const ThermalData& before, const ThermalData& now);
 
-// The same in the terms of HIDL 2.0. A type that it does not know becomes UNKNOWN, or COMPONENT for
-// a cooling device; a threshold that is not there becomes NaN.
+// Conversions to HIDL 2.0. A type that HIDL does not have becomes UNKNOWN, or COMPONENT for a
+// cooling device. A missing threshold becomes NaN.
 android::hardware::thermal::V2_0::TemperatureType ToHidl(
     aidl::android::hardware::thermal::TemperatureType type);
 android::hardware::thermal::V2_0::Temperature ToHidl(

@@ -1,4 +1,4 @@
-// An AIDL thermal service as a device maker would write it, over whatever knows the temperatures.
+// An AIDL thermal service as a device maker would write it. The caller provides the data.
 #pragma once
 
 #include <aidl/android/hardware/thermal/BnThermal.h>
@@ -36,13 +36,13 @@ std::string_view ThermalOperationName(ThermalOperation operation);
 
 inline constexpr char kThermalInstance[] = "android.hardware.thermal.IThermal/default";
 
-// A callback is told when the severity of a temperature changes, or when a cooling device does, not
-// at its registration. Callbacks are compared by binder identity; each is registered once only.
+// Callbacks are notified of changed severities and of changed cooling devices, not at registration.
+// Callbacks are compared by binder identity. Each can be registered only once.
 //
-// Threads: any. Locks: lock_ is held while a report is put on its way, so that reports reach every
-// callback in the order in which they were made. Callbacks belong to other processes: nothing waits
-// for a receiver there, and no last reference is released. (One of the same process is called
-// directly, and must not call the service.)
+// Threads: any. Locks: lock_ is held while a report is sent, so that every callback receives the
+// reports in order. This cannot deadlock: callbacks belong to other processes, so sending does not
+// wait for the receiver, and no last reference is released under lock_. (A callback of the same
+// process is called directly and must not call the service.)
 class ThermalService : public aidl::android::hardware::thermal::BnThermal {
  public:
   using Temperature = aidl::android::hardware::thermal::Temperature;
@@ -56,12 +56,13 @@ class ThermalService : public aidl::android::hardware::thermal::BnThermal {
 
   explicit ThermalService(ThermalData data, ServiceObserver observer = nullptr);
 
-  // Replaces the data and tells the callbacks of the changes, and of what throttled and has gone.
+  // Replaces the data. Notifies the callbacks of changed severities and cooling devices, and of
+  // throttling temperatures that have been removed.
   void Report(const ThermalData& data);
-  // Tells the callbacks without a change of the data.
+  // Notifies the callbacks without changing the data.
   void Notify(const Temperature& temperature);
   ThermalData data() const;
-  // Those for temperatures, and those for cooling devices.
+  // The numbers of callbacks for temperatures and for cooling devices.
   size_t callback_count() const;
   size_t cooling_callback_count() const;
 
@@ -85,11 +86,12 @@ class ThermalService : public aidl::android::hardware::thermal::BnThermal {
   binder_status_t dump(int fd, const char** args, uint32_t numArgs) override;
 
  protected:
-  // Asked before a call does anything: anything but ok is its answer. May block.
+  // Called at the start of every call. A status that is not ok becomes the result of the call. May
+  // block.
   virtual ndk::ScopedAStatus Permit(ThermalOperation operation);
 
  private:
-  // Permit(), and the observer hears of a refusal.
+  // Calls Permit() and reports a refusal to the observer.
   ndk::ScopedAStatus Ask(ThermalOperation operation);
   template <typename Record, typename Filter>
   ndk::ScopedAStatus Answer(ThermalOperation operation, std::vector<Record> ThermalData::*records,

@@ -1,4 +1,4 @@
-// The simulated phone's battery and its health service, under remote control.
+// The battery of the simulated phone and its health service, controlled by tests.
 #pragma once
 
 #include <array>
@@ -13,10 +13,10 @@
 
 namespace norvik::qel::simulated {
 
-// The battery's state, the scripts and the call counts belong to the phone: they outlive the
-// service, which can die and come back.
+// The battery's state, the scripts and the call counts belong to the phone. They outlive the
+// service, which can be killed and restarted.
 //
-// Threads: any, but one at a time starts and kills the service.
+// Threads: any. Start() and Kill() must not run concurrently.
 class Health {
  public:
   using HealthInfo = aidl::android::hardware::health::HealthInfo;
@@ -24,7 +24,7 @@ class Health {
   // Declares the instance; the service does not run yet. The battery is at 50 percent and has 10
   // cycles; no charger is online.
   explicit Health(services::ServiceObserver observer = nullptr);
-  // Kills the service and takes the declaration back.
+  // Kills the service and removes the declaration.
   ~Health();
   Health(const Health&) = delete;
   Health& operator=(const Health&) = delete;
@@ -32,11 +32,11 @@ class Health {
   void Declare();
   void Undeclare();
 
-  // A new process with a new service under the old name. Kills the one that runs, if any.
+  // Starts a new process with a new service under the same name. Kills a running one first.
   void Start();
   void Kill();
 
-  // Changes the state; a running service reports it.
+  // Changes the state. A running service reports it.
   void Change(const std::function<void(HealthInfo&)>& change);
   void SetLevel(int percent);
   void SetCycleCount(int cycles);
@@ -44,18 +44,19 @@ class Health {
   void SetDockOnline(bool online);
   HealthInfo info() const;
 
-  // How many callbacks the running service holds; 0 while none runs.
+  // The number of callbacks registered with the running service. 0 if it is not running.
   size_t callback_count() const;
 
-  // What the next calls of an operation do, and how often it has been called.
+  // The script of an operation: outcomes of the next calls, count of calls.
   fake::Script& on(services::HealthOperation operation);
 
  private:
   class Service;
-  // Shared with the service, whose threads may still be inside a call when the phone goes away.
+  // Shared with the service, whose threads may still be inside a call when this object is
+  // destroyed.
   struct Phone {
     std::array<fake::Script, static_cast<size_t>(services::HealthOperation::kCount)> scripts;
-    std::mutex lock;  // held while the state changes and is reported, so that both agree
+    std::mutex lock;  // also held while the state is reported, to keep reports in order
     HealthInfo info;
   };
 

@@ -1,4 +1,4 @@
-// The simulated phone's sensors and the service that serves them, under remote control.
+// The sensors of the simulated phone and their service, controlled by tests.
 #pragma once
 
 #include <cstddef>
@@ -18,40 +18,40 @@
 
 namespace norvik::qel::simulated {
 
-// A phone has one: two at a time would share their scripts, which belong to the sensor functions.
+// Only one may exist at a time: the scripts belong to the sensor functions of the process.
 //
 // Threads: any.
 class SensorHub {
  public:
-  // Without sensors, and the service does not run yet. Scripts and counts begin anew.
+  // There are no sensors, and the service is not running. Resets all scripts and counts.
   explicit SensorHub(services::ServiceObserver observer = nullptr);
-  // Ends the service. No client may be using it any more: its manager, sensors and queues go with
-  // it. Waits until the program has heard of it.
+  // Ends the service and waits until its death notifications have been delivered. No client may use
+  // the service then: its manager, sensors and queues are freed.
   ~SensorHub();
   SensorHub(const SensorHub&) = delete;
   SensorHub& operator=(const SensorHub&) = delete;
 
-  // Gives the phone a sensor, before the service starts. The first of a type is the default one.
+  // Adds a sensor. Call it before Start(). The first sensor of a type is the default.
   void Add(int32_t type, const std::string& name, int32_t min_delay_us = 0);
 
-  // The service comes up. Once; nothing happens afterwards.
+  // Starts the service. Has no effect if it is already running.
   void Start();
 
-  // New readings, one or a batch. Before the start they are kept as what a sensor reads when it is
-  // enabled.
+  // Reports readings, one or a batch. Before Start() they become the latest readings, which a
+  // sensor reports when it is enabled.
   void Report(int32_t type, float value) { Report({{.type = type, .value = value}}); }
   void Report(const std::vector<services::SensorReading>& readings);
-  // As in services::SensorService.
+  // See services::SensorService.
   void Forget(int32_t type);
-  // Events that nobody asked for, to every queue. Only while the service runs.
+  // Sends arbitrary events to every queue. Has no effect before Start().
   void SendUnasked(const std::vector<ASensorEvent>& events);
 
-  // As in services::SensorService; 0 or nothing before the start.
+  // See services::SensorService. 0 or empty before Start().
   size_t queue_count() const;
   int listeners(int32_t type) const;
   std::optional<services::SensorRequest> last_request(int32_t type) const;
 
-  // What the next calls of a function do, and how often it has been called.
+  // The script of a function: outcomes of the next calls, count of calls.
   fake::Script& on(fake::SensorFunction function) { return fake::ScriptOf(function); }
 
  private:
@@ -60,7 +60,7 @@ class SensorHub {
   const services::ServiceObserver observer_;
   mutable std::mutex lock_;  // guards what follows
   std::vector<fake::SensorDescription> sensors_;
-  std::map<int32_t, float> latest_;  // by type, for a service that starts
+  std::map<int32_t, float> latest_;  // by type, for Start()
   std::unique_ptr<fake::ServiceProcess> process_;
   std::shared_ptr<services::SensorService> service_;
 };

@@ -1,4 +1,4 @@
-// The simulated phone's temperatures and its two thermal services, under remote control.
+// The temperatures of the simulated phone and its two thermal services, controlled by tests.
 #pragma once
 
 #include <cstddef>
@@ -14,27 +14,30 @@
 
 namespace norvik::qel::simulated {
 
-// The two services that a phone can have. Phones of today have the first, old ones the second;
-// either is declared, started, killed and scripted for itself.
+// The two services that a phone can have: new phones have AIDL, old ones HIDL. Each is declared,
+// started, killed and scripted separately.
 enum class ThermalPath { kAidl, kHidl };
 
-// The temperatures, the thresholds, the cooling devices, the scripts and the call counts belong to
-// the phone: they outlive the services, which can die and come back, and both services give the
-// same account of them. What HIDL has no type for comes as UNKNOWN there.
+// The temperatures, thresholds, cooling devices, scripts and call counts belong to the phone. They
+// outlive the services, which can be killed and restarted. Both services report the same data; HIDL
+// reports types that it does not have as UNKNOWN.
 //
-// Threads: any, but one at a time starts and kills the service of a path.
+// Threads: any. Start() and Kill() of the same path must not run concurrently.
 class Thermal {
  public:
   using ThermalData = services::ThermalData;
   using Temperature = aidl::android::hardware::thermal::Temperature;
   using ThrottlingSeverity = aidl::android::hardware::thermal::ThrottlingSeverity;
 
-  // Declares the AIDL service; none runs yet. All is cool: cpu 40 degrees, skin, battery, usb_port
-  // and speaker 30, battery_voltage 3900 mV, battery_current 500 mA, battery_level 50 percent,
-  // AUDIO_voltage and AUDIO_current as those of the battery; a cooling device each for cpu, battery
-  // and speaker, at 0.
+  // Declares the AIDL service; no service is running. The initial state, without throttling:
+  //   cpu                                40 degrees
+  //   skin, battery, usb_port, speaker   30 degrees
+  //   battery_voltage, AUDIO_voltage     3900 mV
+  //   battery_current, AUDIO_current     500 mA
+  //   battery_level                      50 percent
+  //   cooling devices                    cpu, battery, speaker: 0
   explicit Thermal(services::ServiceObserver observer = nullptr);
-  // Kills the services and takes their declarations back.
+  // Kills the services and removes their declarations.
   ~Thermal();
   Thermal(const Thermal&) = delete;
   Thermal& operator=(const Thermal&) = delete;
@@ -42,27 +45,28 @@ class Thermal {
   void Declare(ThermalPath path);
   void Undeclare(ThermalPath path);
 
-  // A new process with a new service under the old name. Kills the one that runs, if any.
+  // Starts a new process with a new service under the same name. Kills a running one first.
   void Start(ThermalPath path);
   void Kill(ThermalPath path);
 
-  // Changes the state; running services report changes of severity and of cooling devices.
+  // Changes the state. Running services report changed severities and cooling devices.
   void Change(const std::function<void(ThermalData&)>& change);
   void SetTemperature(const std::string& name, float value);
   void SetSeverity(const std::string& name, ThrottlingSeverity severity);
   void SetCooling(const std::string& name, int64_t value);
-  // Makes the running services notify this temperature, whatever the state says.
+  // Makes the running services notify this temperature, independent of the state.
   void Notify(const Temperature& temperature);
   ThermalData data() const;
 
-  // How many callbacks for temperatures the running service holds; 0 while none runs.
+  // The number of temperature callbacks registered with the running service. 0 if it is not
+  // running.
   size_t callback_count(ThermalPath path) const;
-  // The same of those for cooling devices, which only the AIDL service has.
+  // The same for cooling-device callbacks, which only the AIDL service has.
   size_t cooling_callback_count() const;
 
-  // What the next calls of an operation do, and how often it has been called. For HIDL an outcome
-  // with an exception is a status FAILURE with the outcome's message, and any other status is a
-  // transport that fails.
+  // The script of an operation: outcomes of the next calls, count of calls. For HIDL, an exception
+  // becomes a status FAILURE with the outcome's message; a status other than STATUS_OK becomes a
+  // transport error.
   fake::Script& on(services::ThermalOperation operation);
   fake::Script& on(services::HidlThermalOperation operation);
 
@@ -73,7 +77,7 @@ class Thermal {
 
   void StartAidl();
   void StartHidl();
-  // Whether one was running.
+  // True if the service was running.
   bool KillAidl();
   bool KillHidl();
   void Tell(services::ServiceEvent::Kind kind, ThermalPath path) const;
