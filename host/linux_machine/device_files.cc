@@ -15,7 +15,7 @@ namespace norvik::qel::linux_machine {
 
 namespace {
 
-// ENODATA: the driver has the file but nothing to say in it.
+// ENODATA: the file exists, but the driver has no value for it.
 bool IsAbsence(int error) {
   return error == ENOENT || error == ENODATA;
 }
@@ -87,7 +87,7 @@ std::string Quoted(std::string_view text) {
 }
 
 std::string InLowerCase(std::string text) {
-  // Names are ASCII; no locale has a say here.
+  // Independent of the locale: names are ASCII.
   for (char& c : text) {
     if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
   }
@@ -140,7 +140,7 @@ std::optional<std::string_view> DeviceFiles::Text(const std::string& file, Absen
     if (!IsAbsence(error)) {
       AddFault(file, "cannot be read: " + ErrorText(error));
     } else if (absence == Absence::kANotice) {
-      AddFault(file, "not there");
+      AddFault(file, "missing");
     }
     return std::nullopt;
   }
@@ -155,7 +155,7 @@ std::optional<std::string> DeviceFiles::PrintableText(const std::string& file, A
   const std::optional<std::string_view> text = Text(file, absence);
   if (!text) return std::nullopt;
   if (IsPrintable(*text)) return std::string(*text);
-  AddFault(file, Quoted(*text) + " is not a word");
+  AddFault(file, Quoted(*text) + " has unprintable characters");
   return std::nullopt;
 }
 
@@ -180,8 +180,8 @@ std::optional<int32_t> DeviceFiles::Number(const std::string& file, Range range,
 std::optional<double> DeviceFiles::Decimal(const std::string& file, Absence absence) {
   const std::optional<std::string_view> text = Text(file, absence);
   if (!text) return std::nullopt;
-  // Not std::from_chars(): libc++ has it for integers only. The stream would also take blanks and
-  // an exponent.
+  // Not std::from_chars(): libc++ has it for integers only. The stream would also accept blanks and
+  // an exponent, hence is_number.
   std::istringstream stream{std::string(*text)};
   stream.imbue(std::locale::classic());
   double value = 0;

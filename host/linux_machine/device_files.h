@@ -1,4 +1,4 @@
-// The files that the kernel shows of its devices.
+// Reading of devices' files in sysfs.
 #pragma once
 
 #include <algorithm>
@@ -21,25 +21,24 @@ inline constexpr int64_t kMinInt32 = std::numeric_limits<int32_t>::min();
 
 // The last part of a sysfs path.
 std::string DeviceName(const std::string& syspath);
-// The number at the end of a device's name, by which the kernel counts those of a kind; -1 when
-// there is none.
+// The number at the end of a device's name, or -1. The kernel numbers the devices of a kind.
 int DeviceNumber(const std::string& name);
 
-// Sets the sysfs paths of all devices of a subsystem, ordered by name; a kernel without the
-// subsystem has none. 0, or an errno number when they cannot be listed.
+// Stores the sysfs paths of all devices of a subsystem, ordered by name. If the kernel does not
+// have the subsystem, there are none. Returns 0 or an errno number.
 [[nodiscard]] int ListDevices(const char* subsystem, std::vector<std::string>* syspaths);
 
-// A device that has been listed may have vanished since: whatever has been read of it by then may
-// miss a half. Adds a fault when it has.
+// Call it after reading a device. If the device has vanished meanwhile, returns false and adds a
+// fault: the values read may be incomplete.
 bool IsStillThere(const std::string& syspath, std::vector<Fault>* faults);
 
 std::string ErrorText(int error);
 bool IsPrintable(std::string_view text);
-// A file's content for a message: it may be anything.
+// A file's content for a message: in quotes, shortened, without unprintable characters.
 std::string Quoted(std::string_view text);
 std::string InLowerCase(std::string text);
 
-// A word of the kernel's and what it stands for.
+// A word of the kernel and its value.
 template <typename T>
 struct Word {
   std::string_view word;
@@ -47,8 +46,8 @@ struct Word {
 };
 
 enum class Absence {
-  kUsual,    // many drivers do without the file
-  kANotice,  // a client asks for just this
+  kUsual,    // many drivers do not have the file
+  kANotice,  // clients need the file: its absence is a fault
 };
 
 struct Range {
@@ -56,30 +55,31 @@ struct Range {
   int64_t max;
 };
 
-// The files of one device. What is absent, unreadable or absurd has no value and adds a fault.
+// The files of one device. A file that is absent, unreadable or invalid has no value. An unreadable
+// or invalid one adds a fault; an absent one does with Absence::kANotice.
 //
-// libudev keeps what it has read of a device: an object of this class is good for one reading.
+// libudev caches the files of a device: make a new object for each reading.
 class DeviceFiles {
  public:
-  // Nothing, and a fault, when there is no such device. The faults outlive the object.
+  // Empty if the device cannot be opened; this adds a fault. `faults` must outlive the object.
   static std::optional<DeviceFiles> Open(const std::string& syspath, std::vector<Fault>* faults);
 
   const std::string& name() const { return name_; }
 
-  // Whether a file has something to say, or cannot be read: it is read to find out.
+  // Whether the file has content or is unreadable. Reads the file.
   bool Has(const std::string& file);
-  // Whether there is such a file. Nothing is read, for files that have the device do work.
+  // Whether the file exists. Does not read it: reading some files makes the device measure.
   bool Lists(const std::string& file) const;
-  // The names of all of its files, ordered; nothing is read.
+  // The names of all files, ordered. Reads none of them.
   std::vector<std::string> List() const;
 
   std::optional<std::string_view> Text(const std::string& file, Absence absence = Absence::kUsual);
-  // Text that may be shown to people as it is.
+  // Text without unprintable characters.
   std::optional<std::string> PrintableText(const std::string& file,
                                            Absence absence = Absence::kUsual);
   std::optional<int32_t> Number(const std::string& file, Range range,
                                 Absence absence = Absence::kUsual);
-  // A number with or without decimals, as the kernel writes it: no exponent, nothing infinite.
+  // A number as the kernel writes it: with or without decimals, no exponent, not infinite.
   std::optional<double> Decimal(const std::string& file, Absence absence = Absence::kUsual);
 
   template <typename T, size_t kSize>
@@ -90,7 +90,7 @@ class DeviceFiles {
     const auto found = std::find_if(std::begin(words), std::end(words),
                                     [&](const Word<T>& word) { return word.word == *text; });
     if (found == std::end(words)) {
-      AddFault(file, Quoted(*text) + " is not a known word");
+      AddFault(file, "unknown value " + Quoted(*text));
       return std::nullopt;
     }
     return found->value;
@@ -103,7 +103,7 @@ class DeviceFiles {
 
   std::string syspath_;
   std::string name_;
-  Udev udev_;  // the device's
+  Udev udev_;  // the context of device_
   UdevDevice device_;
   std::vector<Fault>* faults_;
 };

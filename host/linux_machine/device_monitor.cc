@@ -9,8 +9,8 @@ namespace norvik::qel::linux_machine {
 
 namespace {
 
-// udevd passes events on when its rules have run. Without one, as in a container, only the kernel's
-// own can be heard.
+// udevd forwards events when its rules have run. Without udevd, as in a container, only the
+// kernel's own events are available.
 const char* EventSource() {
   return access("/run/udev/control", F_OK) == 0 ? "udev" : "kernel";
 }

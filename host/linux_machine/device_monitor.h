@@ -1,4 +1,4 @@
-// Word from the kernel that a device of one subsystem has come, changed or gone.
+// Events of the devices of one subsystem: added, changed, removed.
 #pragma once
 
 #include <optional>
@@ -10,27 +10,27 @@ namespace norvik::qel::linux_machine {
 
 struct DeviceChange {
   enum class Kind {
-    kThere,    // it has come or changed
-    kRemoved,  // it is going; its files may still be there for a moment
-    kLost,     // too many at once: any number of events has been dropped
+    kThere,    // added or changed
+    kRemoved,  // removed; its files may still exist for a moment
+    kLost,     // overflow: an unknown number of events was dropped
   };
   Kind kind;
   std::string syspath = {};
 };
 
-// Hears from the moment it is made. Threads: one at a time.
+// Receives events from its construction on. Threads: one at a time.
 class DeviceMonitor {
  public:
   explicit DeviceMonitor(const char* subsystem);
 
-  // False, with errno of the constructor in error(), when nothing will ever be heard.
+  // False if no events can be received. error() is then an errno number.
   bool works() const { return error_ == 0; }
   int error() const { return error_; }
-  // Readable while something waits; -1 when nothing will ever be heard.
+  // Readable while events wait. -1 if no events can be received.
   int fd() const { return works() ? udev_monitor_get_fd(monitor_.get()) : -1; }
-  // The next event; nothing when no more wait. Never blocks.
+  // The next event, empty if none waits. Never blocks.
   std::optional<DeviceChange> Next();
-  // Closes the socket, which is of no use any more.
+  // Closes the socket after an error.
   void GiveUp(int error);
 
  private:

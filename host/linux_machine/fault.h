@@ -1,4 +1,4 @@
-// Something that could not be read or believed, for people.
+// A file or device that is unreadable or invalid, as a message for the user.
 #pragma once
 
 #include <string>
@@ -7,7 +7,7 @@ namespace norvik::qel::linux_machine {
 
 struct Fault {
   std::string device;  // "BAT0"; empty when all of the class are concerned
-  std::string file;    // "capacity"; empty when the whole device is concerned
+  std::string file;    // "capacity"; empty: the whole device
   std::string what;    // "\"250\" is not within 0 to 100"
 };
 

@@ -21,7 +21,7 @@ using services::ServiceEvent;
 
 namespace {
 
-// Clients of the library know it as "no data".
+// Clients of the library read it as "no data".
 constexpr int32_t kUnknown = -1;
 
 HealthInfo ToHealthInfo(const PowerReading& reading) {
@@ -53,8 +53,7 @@ HealthInfo ToHealthInfo(const PowerReading& reading) {
   return info;
 }
 
-// Whether the kernel gives what an operation asks for. Operations that this machine never has an
-// answer to are not read for at all.
+// Whether the last reading has the value for an operation.
 bool HasAnswer(HealthOperation operation, const std::optional<Battery>& battery) {
   switch (operation) {
     case HealthOperation::kGetCapacity:
@@ -97,13 +96,13 @@ class Health::Service : public services::HealthService, public WatchedClass {
   void NoticeLackOfBatteryLocked(bool has_battery);
 
   std::optional<Battery> battery_;
-  bool had_battery_ = true;  // so that a machine that never had one is said so, too
+  bool had_battery_ = true;  // so that a machine without a battery is noticed at the start
 };
 
 ndk::ScopedAStatus Health::Service::Permit(HealthOperation operation) {
   if (operation == HealthOperation::kUnregisterCallback) return ndk::ScopedAStatus::ok();
   if (IsSupported(operation)) {
-    // Many drivers announce a change of the level late or never: who asks is told what is.
+    // Many drivers announce a change of the level late or never, so every call reads the files.
     Refresh();
     std::lock_guard<std::mutex> lock(reading_lock_);
     if (HasAnswer(operation, battery_)) return ndk::ScopedAStatus::ok();
@@ -147,7 +146,7 @@ void Health::Start() {
 void Health::Stop() {
   if (service_ == nullptr) return;
   watcher_ = nullptr;
-  // First, so that nobody waits for a service that the device declares and that will not come.
+  // First: a client must not wait for a declared service that never comes.
   fake::Undeclare(services::kHealthInstance);
   if (process_ != nullptr) process_->Kill();
   process_ = nullptr;

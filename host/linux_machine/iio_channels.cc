@@ -17,8 +17,8 @@ namespace {
 constexpr std::string_view kProximity = "in_proximity";
 constexpr std::string_view kAngle = "in_angl";
 constexpr std::string_view kHinge = "hinge";
-// "proximity-wifi", "proximity-palmrest-left" and so on: they look out for a body near an antenna
-// or a palm rest, not for what is before the device.
+// "proximity-wifi", "proximity-palmrest-left" and the like: they detect a body near an antenna or a
+// palm rest, not an object in front of the device.
 constexpr std::string_view kSpecialProximity = "proximity-";
 
 // The channels of one type, without their number or with it: "in_angl", "in_angl0".
@@ -35,7 +35,7 @@ std::vector<std::string> ChannelsOf(const DeviceFiles& files, std::string_view t
   return channels;
 }
 
-// A file of the channel's own or, where it has none, of all channels of its type.
+// The file of the channel, or else the file of all channels of its type.
 std::string FileOf(const DeviceFiles& files, const std::string& channel, const char* what) {
   std::string own = channel + what;
   if (files.Lists(own)) return own;
@@ -47,10 +47,10 @@ bool HasUnit(const DeviceFiles& files, const std::string& channel) {
 }
 
 std::optional<IioChannel::Kind> KindOfProximity(DeviceFiles& files, const std::string& channel) {
-  // What has such a level measures no distance: the nearer something is, the higher it reads.
+  // With such a level the value is not a distance: it rises with nearness.
   if (files.Lists(FileOf(files, channel, "_nearlevel"))) return IioChannel::Kind::kNearness;
   if (HasUnit(files, channel)) return IioChannel::Kind::kDistance;
-  files.AddFault(channel + "_raw", "neither a near level nor a scale tells what it means");
+  files.AddFault(channel + "_raw", "unknown unit: no nearlevel file and no scale file");
   return std::nullopt;
 }
 
@@ -59,7 +59,7 @@ std::optional<IioChannel::Kind> KindOfAngle(DeviceFiles& files, const std::strin
   const auto label = files.PrintableText(files.Lists(own_label) ? own_label : "label");
   if (label != kHinge) return std::nullopt;
   if (HasUnit(files, channel)) return IioChannel::Kind::kAngle;
-  files.AddFault(channel + "_raw", "no scale tells what it means");
+  files.AddFault(channel + "_raw", "unknown unit: no scale file");
   return std::nullopt;
 }
 
@@ -77,7 +77,7 @@ void Find(const std::string& syspath, DeviceFiles& files, std::string_view type,
   }
 }
 
-// So is, perhaps, what has a label that nobody can read.
+// True also for an unreadable label: it may be one of these.
 bool IsForSomethingSpecial(DeviceFiles& files) {
   if (!files.Lists("label")) return false;
   const auto label = files.PrintableText("label");
@@ -93,7 +93,7 @@ void FindIn(const std::string& syspath, FoundChannels* found) {
   Find(syspath, *files, kAngle, KindOfAngle, &found->hinge);
 }
 
-// In the unit that the kernel's document gives for the type.
+// The value in the unit that the kernel's documentation defines for the type.
 std::optional<double> Scaled(DeviceFiles& files, const std::string& channel) {
   if (files.Lists(channel + "_input")) {
     return files.Decimal(channel + "_input", Absence::kANotice);
@@ -106,13 +106,13 @@ std::optional<double> Scaled(DeviceFiles& files, const std::string& channel) {
   const auto offset = has_offset ? files.Decimal(offset_file, Absence::kANotice) : 0.0;
   if (!raw || !scale || !offset) return std::nullopt;
   if (*scale == 0) {
-    files.AddFault(scale_file, "0 is no scale");
+    files.AddFault(scale_file, "invalid scale 0");
     return std::nullopt;
   }
   return (*raw + *offset) * *scale;
 }
 
-// The point is a point in every locale, and nothing groups the digits.
+// Independent of the locale.
 std::string InWords(double number, int precision) {
   std::array<char, std::numeric_limits<double>::max_exponent10 + 8> text;
   return {text.data(), std::to_chars(text.data(), text.data() + text.size(), number,
@@ -120,8 +120,8 @@ std::string InWords(double number, int precision) {
                            .ptr};
 }
 
-// Rounded, as the kernel writes scales with so many digits only: a 90 that comes as 89.998 would be
-// an 89 to clients, who are told whole numbers.
+// Rounds to a tenth. The kernel truncates scales, so a 90 may arrive as 89.998, and clients, which
+// receive truncated whole numbers, would see 89.
 std::optional<float> Believable(DeviceFiles& files, const std::string& channel, double value,
                                 double max, const char* unit) {
   const double rounded = std::round(value * 10) / 10;

@@ -1,5 +1,4 @@
-// What the kernel's industrial-I/O subsystem has for the library's sensors: how near something is,
-// and the angle of a hinge.
+// The proximity and hinge-angle channels of the kernel's industrial-I/O subsystem.
 //
 // The files and their units are described in the kernel's Documentation/ABI/testing/sysfs-bus-iio.
 #pragma once
@@ -13,34 +12,35 @@
 
 namespace norvik::qel::linux_machine {
 
-// One value that a device measures.
+// One measured value of a device.
 struct IioChannel {
   enum class Kind {
-    kDistance,  // in metres, once scaled
-    kNearness,  // without a unit: the nearer the higher, and from a level on it is near
-    kAngle,     // in radians, once scaled
+    kDistance,  // in metres after scaling
+    kNearness,  // no unit; the value rises with nearness, and from a level on it means near
+    kAngle,     // in radians after scaling
   };
   Kind kind;
   std::string syspath;
   std::string channel;  // "in_proximity", "in_angl0"
-  std::string name;     // the chip's or the driver's
+  std::string name;     // of the chip or the driver
 };
 
-// The first of each kind of sensor, in the order in which the kernel counts the devices.
+// The first sensor of each kind, by device number.
 struct FoundChannels {
   std::optional<IioChannel> proximity = {};
   std::optional<IioChannel> hinge = {};
   std::vector<Fault> faults = {};
 };
 
-// Looks through devices that have been listed; they may have vanished since. Nothing is measured.
+// Searches listed devices, which may have vanished meanwhile. Measures nothing.
 FoundChannels FindChannels(std::vector<std::string> syspaths);
 
-// What a near thing reads and what a far one does where nothing else is known of a distance.
+// The readings for "near" and "far" of a sensor that measures no distance.
 inline constexpr float kNearCentimetres = 0;
 inline constexpr float kFarCentimetres = 5;
 
-// Measures: centimetres or degrees. Nothing, and a fault, when it cannot be done or believed.
+// Measures a channel, in centimetres or degrees. If the value is unreadable or invalid, returns
+// empty and adds a fault.
 std::optional<float> Measure(const IioChannel& channel, std::vector<Fault>* faults);
 
 }  // namespace norvik::qel::linux_machine

@@ -23,7 +23,7 @@ constexpr Word<BatteryStatus> kStatusWords[] = {
     {"Full", BatteryStatus::FULL},
 };
 
-// Words of the kernel that the service has no value for are unknown rather than rounded.
+// Words without an exact counterpart in the interface become UNKNOWN.
 constexpr Word<BatteryHealth> kHealthWords[] = {
     {"Unknown", BatteryHealth::UNKNOWN},
     {"Good", BatteryHealth::GOOD},
@@ -53,7 +53,7 @@ constexpr Word<BatteryCapacityLevel> kCapacityLevelWords[] = {
 
 enum class Scope { kMachine, kPeripheral };
 
-// "System" supplies feed the machine, "Device" ones something attached to it.
+// A "System" supply powers the machine, a "Device" supply a peripheral.
 constexpr Word<Scope> kScopeWords[] = {
     {"System", Scope::kMachine},
     {"Unknown", Scope::kMachine},
@@ -68,21 +68,21 @@ constexpr Word<Type> kTypeWords[] = {
     {"USB", Type::kUsb},
     {"Wireless", Type::kWireless},
     {"Dock", Type::kDock},
-    // Kernels before usb_type told the kind of port here.
+    // Old kernels without the file usb_type report the kind of port here.
     {"USB_DCP", Type::kUsb},
     {"USB_CDP", Type::kUsb},
     {"USB_ACA", Type::kUsb},
     {"USB_C", Type::kUsb},
     {"USB_PD", Type::kUsb},
     {"USB_PD_DRP", Type::kUsb},
-    // Neither the machine's battery nor a charger of a known kind.
+    // Neither a battery of the machine nor a known kind of charger.
     {"UPS", Type::kOther},
     {"BrickID", Type::kOther},
     {"Unknown", Type::kOther},
 };
 
-// A file that is absent makes the machine's own supply, as most drivers have none. One that cannot
-// be believed makes the supply nobody's: the level of a mouse must not pass for the machine's.
+// Most drivers have no `scope`: without it the supply belongs to the machine. With an invalid one
+// the supply is ignored: it may be a mouse, whose level must not be reported as the machine's.
 bool BelongsToMachine(DeviceFiles& files) {
   return !files.Has("scope") || files.OneOf("scope", kScopeWords) == Scope::kMachine;
 }
@@ -91,7 +91,7 @@ std::optional<int32_t> ReadCycleCount(DeviceFiles& files) {
   const std::optional<int32_t> count =
       files.Number("cycle_count", {0, kMaxInt32}, Absence::kANotice);
   if (count != 0) return count;
-  files.AddFault("cycle_count", "0, which means not available");
+  files.AddFault("cycle_count", "0 means not available");
   return std::nullopt;
 }
 
@@ -107,13 +107,13 @@ std::optional<std::string> ReadTechnology(DeviceFiles& files) {
 }
 
 std::optional<int32_t> ReadChargeCounterUah(DeviceFiles& files) {
-  // Counts up and down from wherever it started, so it may be negative.
+  // The counter starts anywhere and counts both ways, so it may be negative.
   const char* const file = files.Has("charge_counter") ? "charge_counter" : "charge_now";
   return files.Number(file, {kMinInt32, kMaxInt32});
 }
 
 Battery ReadBattery(DeviceFiles& files) {
-  constexpr Range kAnyCurrent = {kMinInt32, kMaxInt32};  // negative while it leaves the battery
+  constexpr Range kAnyCurrent = {kMinInt32, kMaxInt32};  // negative while discharging
   constexpr Range kAnyCharge = {0, kMaxInt32};
   return {
       .name = files.name(),
@@ -134,13 +134,13 @@ Battery ReadBattery(DeviceFiles& files) {
   };
 }
 
-// An empty bay has a supply all the same. A driver without the file has its battery built in.
+// An empty bay has a supply, too. A driver without the file has a built-in battery.
 bool IsBatteryThere(DeviceFiles& files) {
   return files.Number("present", {0, 1}).value_or(1) == 1;
 }
 
-// The class has no type of its own for a dock. A driver that says "Dock" all the same is believed,
-// and so is a name; such a supply is no AC or USB charger besides.
+// The class defines no type for a dock. The type "Dock" of some drivers is accepted, and so is
+// "dock" in the name of a wired charger. Such a supply does not also count as an AC or USB charger.
 Type TypeOfCharger(Type type, const std::string& name) {
   const bool wired = type == Type::kMains || type == Type::kUsb;
   return wired && InLowerCase(name).find("dock") != std::string::npos ? Type::kDock : type;
@@ -192,7 +192,7 @@ PowerReading ReadPowerSupplies(const std::vector<std::string>& syspaths) {
     if (auto files = DeviceFiles::Open(syspath, &reading.faults)) AddSupply(*files, &reading);
     std::vector<Fault> faults = before.faults;
     if (IsStillThere(syspath, &faults)) continue;
-    // Half of a supply is none: what was missing was not the driver's doing.
+    // The supply was removed during the reading. Drops its incomplete values and their faults.
     reading = before;
     reading.faults = std::move(faults);
   }

@@ -1,4 +1,4 @@
-// What the kernel's power-supply class knows of this machine: its battery and its chargers.
+// The battery and the chargers of this machine, from the kernel's power-supply class.
 //
 // The files, their units and their special values are described in the kernel's
 // Documentation/ABI/testing/sysfs-class-power and Documentation/power/power_supply_class.rst.
@@ -17,7 +17,7 @@
 
 namespace norvik::qel::linux_machine {
 
-// In the units of the health service. What is not known has no value.
+// In the units of the health service. An unknown field is empty.
 struct Battery {
   std::string name = {};
   std::optional<int32_t> level_percent = {};
@@ -36,25 +36,25 @@ struct Battery {
   std::optional<int32_t> seconds_to_full = {};
 };
 
-// A charger counts as online only when the kernel says so.
+// A charger is online only if its file says so.
 struct Chargers {
   bool ac_online = false;
   bool usb_online = false;
   bool wireless_online = false;
   bool dock_online = false;
-  // Of the first charger by name that is online and tells its limit of current.
+  // Of the first charger by name that is online and has a current limit.
   std::optional<int32_t> max_current_microamps = {};
   std::optional<int32_t> max_voltage_microvolts = {};
 };
 
 struct PowerReading {
-  // The first by name of the machine's batteries that are there.
+  // The first present battery of the machine, by name.
   std::optional<Battery> battery = {};
   Chargers chargers = {};
   std::vector<Fault> faults = {};
 };
 
-// Reads supplies that have been listed; they may have vanished since.
+// Reads listed supplies, which may have vanished meanwhile.
 PowerReading ReadPowerSupplies(const std::vector<std::string>& syspaths);
 
 }  // namespace norvik::qel::linux_machine

@@ -17,12 +17,12 @@ using services::ServiceEvent;
 
 namespace {
 
-// One of the types of sensors that this machine can have.
+// A type of sensor that this machine may have.
 struct Sensor {
   int32_t type;
   int32_t handle;
   const char* string_type;
-  const char* lack;  // what people are told while there is none
+  const char* lack;  // the notice if there is none
   std::optional<IioChannel> channel = {};
   bool is_listed = false;
   std::optional<float> last_report = {};
@@ -73,7 +73,7 @@ class Sensors::Service : public services::SensorService, public WatchedClass {
 ndk::ScopedAStatus Sensors::Service::enableSensor(int64_t queue, int32_t handle, int32_t period_us,
                                                   int64_t max_latency_us) {
   {
-    // A sensor reports at once when it is enabled: what is, not what was when it was disabled.
+    // Enabling sends the latest reading: measure first, so that it is current.
     std::lock_guard<std::mutex> lock(reading_lock_);
     for (Sensor& sensor : sensors_) {
       if (sensor.handle == handle) MeasureLocked(sensor);

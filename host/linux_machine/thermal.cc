@@ -41,7 +41,7 @@ class Thermal::Service : public services::ThermalService, public WatchedClass {
 
   const std::chrono::milliseconds period_;
   ThermalHistory history_;
-  bool had_zones_ = true;  // so that a machine that never had one is said so, too
+  bool had_zones_ = true;  // so that a machine without a zone is noticed at the start
   std::atomic<int64_t> readings_ = 0;
 };
 
@@ -95,7 +95,7 @@ void Thermal::Start() {
 void Thermal::Stop() {
   if (service_ == nullptr) return;
   watcher_ = nullptr;
-  // First, so that nobody waits for a service that the device declares and that will not come.
+  // First: a client must not wait for a declared service that never comes.
   fake::Undeclare(services::kThermalInstance);
   if (process_ != nullptr) process_->Kill();
   process_ = nullptr;

@@ -11,7 +11,7 @@ namespace norvik::qel::linux_machine {
 namespace {
 
 constexpr int32_t kAbsoluteZeroMillidegrees = -273'150;
-// Nothing in a machine that still runs is hotter. Drivers write numbers far above it for "none".
+// No part of a running machine is hotter. Drivers use far higher numbers for "none".
 constexpr int32_t kHottestMillidegrees = 1'000'000;
 
 constexpr Word<TripType> kTripWords[] = {
@@ -28,7 +28,7 @@ std::optional<TripPoint> ReadTrip(DeviceFiles& files, int number) {
   const std::optional<TripType> type = files.OneOf(trip + "_type", kTripWords, Absence::kANotice);
   const std::optional<int32_t> millidegrees =
       files.Number(trip + "_temp", {kMinInt32, kHottestMillidegrees}, Absence::kANotice);
-  // A trip point that is not set reads 0 or something below absolute zero, as the driver likes.
+  // For a trip point that is not set, drivers report 0 or a number below absolute zero.
   if (!type || !millidegrees || *millidegrees <= 0) return std::nullopt;
   return TripPoint{
       .number = number,
@@ -54,7 +54,7 @@ void AddZone(const std::string& syspath, DeviceFiles& files, ThermalReading* rea
   reading->zones.push_back({
       .syspath = syspath,
       .type = std::move(*type),
-      // Zones of old kernels that cannot be disabled do without the file.
+      // Without the file, the zone cannot be disabled (old kernels).
       .acts = files.OneOf("mode", kModeWords).value_or(true),
       .millidegrees = files.Number("temp", {kAbsoluteZeroMillidegrees, kHottestMillidegrees},
                                    Absence::kANotice),
@@ -92,7 +92,7 @@ ThermalReading ReadThermalDevices(std::vector<std::string> syspaths) {
     ThermalReading one;
     AddDevice(syspath, &one);
     std::vector<Fault> vanished;
-    // Half of a zone is none: what was missing was not the driver's doing.
+    // The device was removed during the reading. Drops its incomplete values and their faults.
     if (!IsStillThere(syspath, &vanished)) one = {.faults = std::move(vanished)};
     std::move(one.zones.begin(), one.zones.end(), std::back_inserter(all.zones));
     std::move(one.cooling_devices.begin(), one.cooling_devices.end(),

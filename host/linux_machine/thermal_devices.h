@@ -1,5 +1,5 @@
-// What the kernel's thermal class knows of this machine: its zones, their trip points, and what
-// cools them.
+// The thermal zones, trip points and cooling devices of this machine, from the kernel's thermal
+// class.
 //
 // The files and their units are described in the kernel's
 // Documentation/ABI/testing/sysfs-class-thermal and Documentation/driver-api/thermal/sysfs-api.rst.
@@ -16,7 +16,7 @@ namespace norvik::qel::linux_machine {
 
 enum class TripType { kActive, kPassive, kHot, kCritical };
 
-// At which temperature the kernel does something.
+// A temperature at which the kernel acts.
 struct TripPoint {
   int number;
   TripType type;
@@ -36,17 +36,17 @@ struct ThermalZone {
 struct CoolingState {
   std::string syspath = {};
   std::string type = {};  // "Processor"
-  int32_t state = 0;      // 0: does nothing
+  int32_t state = 0;      // 0: off
 };
 
-// Both in the order in which the kernel counts them.
+// Both are ordered by device number.
 struct ThermalReading {
   std::vector<ThermalZone> zones = {};
   std::vector<CoolingState> cooling_devices = {};
   std::vector<Fault> faults = {};
 };
 
-// Reads devices that have been listed; they may have vanished since.
+// Reads listed devices, which may have vanished meanwhile.
 ThermalReading ReadThermalDevices(std::vector<std::string> syspaths);
 
 }  // namespace norvik::qel::linux_machine

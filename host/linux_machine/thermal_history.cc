@@ -33,7 +33,7 @@ void ThermalHistory::Meet(const std::vector<Device>& devices, AllKnown* known) {
   std::set<std::string> taken;
   for (const Device& device : devices) {
     const auto found = known->find(device.syspath);
-    // Another device has come under the old number when the type is another.
+    // With a different type it is a new device that has reused the number.
     if (found == known->end() || found->second.type != device.type) continue;
     taken.insert(found->second.name);
     there.insert(*found);
@@ -57,7 +57,7 @@ void ThermalHistory::AddZone(const ThermalZone& zone, services::ThermalData* dat
                                 .value = degrees,
                                 .throttlingStatus = SeverityOf(zone, known.crossed)});
   std::vector<float> hot = HotThresholds(zone);
-  // The kernel's trip points are all crossed by getting hotter.
+  // The kernel has no trip points for cold.
   std::vector<float> cold(hot.size(), kNone);
   data->thresholds.push_back({.type = type,
                               .name = known.name,

@@ -1,4 +1,4 @@
-// The thermal service's account of the machine, from one reading to the next.
+// The state that the thermal service keeps between readings.
 #pragma once
 
 #include <map>
@@ -13,17 +13,17 @@
 
 namespace norvik::qel::linux_machine {
 
-// Remembers, of devices for as long as they are there, the names they go by and the trip points
-// they have crossed.
+// Keeps the reported name and the crossed trip points of each device, for as long as it exists.
 //
-// A device goes by its `type`. Where that is taken already, as by the first of several processors,
-// its own name is added: "Processor@cooling_device1".
+// A device is reported under its `type`. If another device already has that name, as with several
+// processors, the device's own name is added: "Processor@cooling_device1".
 //
 // Threads: one at a time.
 class ThermalHistory {
  public:
   explicit ThermalHistory(ThermalTypes types) : types_(std::move(types)) {}
 
+  // Updates the state with a reading and returns the data to report.
   services::ThermalData Continue(const ThermalReading& reading);
 
  private:
@@ -35,7 +35,7 @@ class ThermalHistory {
   // By sysfs path.
   using AllKnown = std::map<std::string, Known>;
 
-  // Forgets all devices but these and gives the new ones their names.
+  // Drops the state of all other devices and names the new ones.
   template <typename Device>
   static void Meet(const std::vector<Device>& devices, AllKnown* known);
   void AddZone(const ThermalZone& zone, services::ThermalData* data);

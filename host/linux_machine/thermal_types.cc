@@ -28,7 +28,7 @@ struct Pattern {
   Type type;
 };
 
-// A name that does not tell what is measured stays UNKNOWN: "acpitz" may be anywhere on the board.
+// Names that do not identify what is measured are left out: "acpitz" may be anywhere on the board.
 constexpr Pattern<TemperatureType> kZones[] = {
     {"x86_pkg_temp", TemperatureType::CPU},
     {"coretemp*", TemperatureType::CPU},
@@ -94,9 +94,9 @@ constexpr Pattern<CoolingType> kCoolingDevices[] = {
     {"speaker*", CoolingType::SPEAKER},
 };
 
-// Whatever the program's locale: in that of Turkey the small letter of I is no i.
+// Uses the C locale: in Turkish, the lower case of I is not i.
 bool Fits(const std::string& type, const char* pattern) {
-  static const locale_t plain = newlocale(LC_ALL_MASK, "C", nullptr);  // never freed
+  static const locale_t plain = newlocale(LC_ALL_MASK, "C", nullptr);  // leaked on purpose
   const locale_t own = uselocale(plain);
   const bool fits = fnmatch(pattern, type.c_str(), FNM_CASEFOLD) == 0;
   uselocale(own);
@@ -122,7 +122,7 @@ std::optional<Type> ByName(std::string_view name) {
   return found != values.end() ? std::optional(*found) : std::nullopt;
 }
 
-// A zone has degrees, and these are no temperatures.
+// A zone measures degrees; the BCL types are not temperatures.
 bool IsTemperature(TemperatureType type) {
   return type != TemperatureType::BCL_VOLTAGE && type != TemperatureType::BCL_CURRENT &&
          type != TemperatureType::BCL_PERCENTAGE;
@@ -136,7 +136,7 @@ std::string_view Trimmed(std::string_view text) {
   return text.substr(first, text.find_last_not_of(kSpaces) - first + 1);
 }
 
-// The first word, which is taken off the text.
+// Removes the first word from the text and returns it.
 std::string_view TakeWord(std::string_view* text) {
   const std::string_view word = text->substr(0, text->find_first_of(kSpaces));
   *text = Trimmed(text->substr(word.size()));
@@ -148,7 +148,7 @@ std::string_view TakeWord(std::string_view* text) {
 std::vector<std::string> ThermalTypes::Load(const std::string& path) {
   std::ifstream file(path);
   if (!file) return {path + ": " + ErrorText(errno)};
-  // It can be opened, and with libc++ looks like an empty file.
+  // A directory can be opened; with libc++ it then looks like an empty file.
   std::error_code unknown;
   if (std::filesystem::is_directory(path, unknown)) return {path + ": " + ErrorText(EISDIR)};
   std::vector<std::string> errors;
@@ -179,19 +179,19 @@ std::string ThermalTypes::AddLine(const std::string& line) {
   const std::string_view kind = TakeWord(&rest);
   const std::string_view type = TakeWord(&rest);
   if (kind != "temperature" && kind != "cooling") {
-    return Quoted(kind) + " is neither \"temperature\" nor \"cooling\"";
+    return "unknown keyword " + Quoted(kind) + ", use \"temperature\" or \"cooling\"";
   }
   if (kind == "temperature") {
     const auto known = ByName<TemperatureType>(type);
-    if (!known || !IsTemperature(*known)) return Quoted(type) + " is no type of temperature";
+    if (!known || !IsTemperature(*known)) return Quoted(type) + " is not a temperature type";
     zones_.emplace_back(rest, *known);
   } else {
     const auto known = ByName<CoolingType>(type);
-    if (!known) return Quoted(type) + " is no type of cooling device";
+    if (!known) return Quoted(type) + " is not a cooling device type";
     cooling_devices_.emplace_back(rest, *known);
   }
   if (rest.empty()) return "the pattern is missing";
-  return IsPrintable(rest) ? "" : Quoted(rest) + " is no pattern";
+  return IsPrintable(rest) ? "" : Quoted(rest) + " has unprintable characters";
 }
 
 }  // namespace norvik::qel::linux_machine

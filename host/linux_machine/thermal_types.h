@@ -1,4 +1,4 @@
-// What the kernel's zones and cooling devices are, in the types of the thermal service.
+// Maps the kernel's zones and cooling devices to the types of the thermal service.
 #pragma once
 
 #include <aidl/android/hardware/thermal/CoolingType.h>
@@ -10,15 +10,15 @@
 
 namespace norvik::qel::linux_machine {
 
-// The kernel's `type` of a zone or a cooling device is a name that its driver has chosen. What the
-// usual ones are is in two tables of patterns, the first that fits counts; capitals make no
-// difference. A machine's owner can put patterns before them, with a file of lines
+// The kernel's `type` of a zone or a cooling device is a name chosen by its driver. Two built-in
+// tables of patterns cover the common names. The first match counts; case is ignored. A file can
+// add patterns, which are tried first. It consists of lines like
 //
 //   # How this machine names things.
 //   temperature SKIN acpitz
 //   cooling FAN dell-smm-fan*
 //
-// The pattern, with the wildcards *, ? and [...], is the rest of the line and may have spaces.
+// The rest of the line is the pattern, with the wildcards *, ? and [...]. It may contain spaces.
 //
 // Threads: one at a time.
 class ThermalTypes {
@@ -26,20 +26,20 @@ class ThermalTypes {
   using CoolingType = aidl::android::hardware::thermal::CoolingType;
   using TemperatureType = aidl::android::hardware::thermal::TemperatureType;
 
-  // Takes the patterns of a file. What is wrong with it, line by line ("types.txt:3: ..."): a file
-  // with an error changes nothing.
+  // Loads the patterns of a file. Returns its errors, one per wrong line ("types.txt:3: ..."). A
+  // file with an error changes nothing.
   [[nodiscard]] std::vector<std::string> Load(const std::string& path);
 
-  // UNKNOWN when no pattern fits.
+  // UNKNOWN if no pattern matches.
   TemperatureType TypeOfZone(const std::string& type) const;
-  // COMPONENT when no pattern fits.
+  // COMPONENT if no pattern matches.
   CoolingType TypeOfCoolingDevice(const std::string& type) const;
 
  private:
   template <typename Type>
   using Patterns = std::vector<std::pair<std::string, Type>>;
 
-  // An error; empty when there is none.
+  // Returns an error message, empty on success.
   std::string AddLine(const std::string& line);
 
   Patterns<TemperatureType> zones_;

@@ -53,7 +53,7 @@ std::vector<float> HotThresholds(const ThermalZone& zone) {
   if (!zone.acts) return thresholds;
   for (const TripPoint& trip : zone.trips) {
     float& threshold = thresholds.at(static_cast<size_t>(SeverityOf(trip, zone)));
-    // fmin() takes the number of a number and a NaN.
+    // Of a number and a NaN, fmin() returns the number.
     threshold = std::fmin(threshold, static_cast<float>(trip.millidegrees) / 1000);
   }
   return thresholds;

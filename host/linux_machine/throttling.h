@@ -1,4 +1,4 @@
-// What a zone's trip points say in terms of throttling.
+// Throttling severities from a zone's trip points.
 #pragma once
 
 #include <aidl/android/hardware/thermal/ThrottlingSeverity.h>
@@ -11,26 +11,26 @@
 namespace norvik::qel::linux_machine {
 
 // The severity of a zone that has crossed a trip point:
-//   active    LIGHT     a fan or the like runs: nobody's use suffers
-//   passive   MODERATE  what makes the heat is slowed down; a second and any hotter one that the
-//                       zone has is SEVERE, as what the first brought was not enough
-//   hot       CRITICAL  slowing down has not been enough; the kernel can do no more but warn
+//   active    LIGHT     the kernel starts a fan or the like; performance is not reduced
+//   passive   MODERATE  the kernel slows down the heat source
+//             SEVERE    a further, hotter passive trip point: the first was not enough
+//   hot       CRITICAL  slowing down was not enough; the kernel can only warn
 //   critical  SHUTDOWN  the kernel switches the machine off
-// The kernel knows nothing between the last two that would be EMERGENCY.
+// EMERGENCY is not used: the kernel does not shut down parts of the machine.
 aidl::android::hardware::thermal::ThrottlingSeverity SeverityOf(const TripPoint& trip,
                                                                 const ThermalZone& zone);
 
-// Brings `crossed`, the numbers of the trip points that the zone had crossed at its last reading,
-// up to date. One is crossed at its temperature, and left below it by the hysteresis: in between it
-// is as it was. Without a temperature all are as they were.
+// Updates `crossed`, the numbers of the trip points that the zone had crossed at its last reading.
+// A trip point is crossed at its temperature. It stays crossed until the zone is below that
+// temperature by more than the hysteresis. Without a temperature, nothing changes.
 void UpdateCrossed(const ThermalZone& zone, std::set<int>* crossed);
 
-// The worst of the trip points that have been crossed. NONE for a zone that the kernel does not act
-// on.
+// The worst severity of the crossed trip points. NONE for a zone that is disabled.
 aidl::android::hardware::thermal::ThrottlingSeverity SeverityOf(const ThermalZone& zone,
                                                                 const std::set<int>& crossed);
 
-// Per severity, in degrees, where it begins; NaN where no trip point stands for it.
+// The temperature, in degrees, at which each severity starts. NaN if no trip point has the
+// severity.
 std::vector<float> HotThresholds(const ThermalZone& zone);
 
 }  // namespace norvik::qel::linux_machine

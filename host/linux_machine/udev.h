@@ -1,4 +1,4 @@
-// Owners of libudev's objects.
+// Owning types for libudev's objects.
 #pragma once
 
 #include <libudev.h>
@@ -15,8 +15,8 @@ struct Unref {
   }
 };
 
-// libudev counts references without locking: no object is shared between threads, the context
-// included.
+// libudev counts references without a lock. No object may be shared between threads, not even the
+// context.
 using Udev = std::unique_ptr<udev, Unref<udev_unref>>;
 using UdevDevice = std::unique_ptr<udev_device, Unref<udev_device_unref>>;
 using UdevEnumerate = std::unique_ptr<udev_enumerate, Unref<udev_enumerate_unref>>;

@@ -23,13 +23,13 @@ Wake::~Wake() {
 
 void Wake::Ring() const {
   const uint64_t one = 1;
-  // Fails when there have been so many that the counter is full, which wakes as well.
+  // Fails if the counter is full; the descriptor is then readable already.
   [[maybe_unused]] const ssize_t result = write(fd_, &one, sizeof(one));
 }
 
 void Wake::Silence() const {
   uint64_t rings = 0;
-  // Fails when nobody has rung.
+  // Fails if the counter is 0.
   [[maybe_unused]] const ssize_t result = read(fd_, &rings, sizeof(rings));
 }
 
@@ -51,7 +51,7 @@ void WatchedClass::Refresh() {
   std::lock_guard<std::mutex> lock(reading_lock_);
   std::vector<std::string> listed;
   if (const int error = ListDevices(subsystem_, &listed); error != 0) {
-    // Not the same as having no devices: what was known stands.
+    // This does not mean that there are no devices: the last report stays valid.
     NoticeFaultsLocked(
         {{.device = devices_, .file = "", .what = "cannot be listed: " + ErrorText(error)}});
     return;
@@ -82,7 +82,7 @@ void WatchedClass::NoteEndOfEvents(int error) {
   std::lock_guard<std::mutex> lock(reading_lock_);
   has_events_ = false;
   all_are_announced_ = true;
-  AddNoticeLocked("changes will not be heard of: " + ErrorText(error));
+  AddNoticeLocked("device events are not available: " + ErrorText(error));
 }
 
 std::vector<std::string> WatchedClass::TakeNotices() {

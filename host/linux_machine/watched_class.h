@@ -1,4 +1,4 @@
-// A subsystem of the kernel's, as one of this machine's services sees it.
+// A kernel subsystem as a service of this machine sees it.
 #pragma once
 
 #include <atomic>
@@ -17,7 +17,7 @@
 
 namespace norvik::qel::linux_machine {
 
-// Ends a wait of the thread that watches. Threads: any.
+// Wakes the watcher's thread. Threads: any.
 class Wake {
  public:
   Wake();
@@ -33,21 +33,24 @@ class Wake {
   const int fd_;
 };
 
-// An observer that hears what `observer` hears, and wakes the thread that watches whenever somebody
-// has come to listen or has left.
+// Returns an observer that forwards to `observer`, and wakes the watcher's thread at each
+// registration and unregistration.
 services::ServiceObserver WakingObserver(std::shared_ptr<const Wake> wake,
                                          services::ServiceObserver observer);
 
-// What a service knows of the devices of one subsystem. A service's process may still be inside a
-// call when its owner has gone on, so everything that a call touches is here or in the service that
-// derives from this, and a call tells the observer nothing: it leaves notices and wakes the owner's
-// thread (see Watcher), which is joined in time.
+// The devices of one subsystem, for the service that derives from this class.
 //
-// Threads: any. Locks: reading_lock_ is held over reading and reporting, so that an old reading
-// never follows a new one.
+// A thread of the service's process may still be inside a call after the owner has stopped it.
+// Therefore
+// 1. everything that a call uses belongs to this class or to the derived service;
+// 2. a call does not notify the observer itself: it leaves a notice and wakes the watcher's thread
+//    (see Watcher), which the owner joins.
+//
+// Threads: any. Locks: reading_lock_ is held while devices are read and reported, so that an old
+// reading never follows a newer one.
 class WatchedClass {
  public:
-  // `devices`: what people call them.
+  // `devices`: their name in messages, such as "thermal zones".
   WatchedClass(const char* subsystem, std::string devices,
                std::shared_ptr<const Wake> wake = std::make_shared<Wake>());
   virtual ~WatchedClass() = default;
@@ -56,26 +59,26 @@ class WatchedClass {
 
   const char* subsystem() const { return subsystem_; }
 
-  // Reads what is there and reports it.
+  // Reads the devices and reports them.
   void Refresh();
   void Note(const std::vector<DeviceChange>& changes);
-  // From now on nobody will announce a device.
+  // Called when no further events can be received.
   void NoteEndOfEvents(int error);
   std::vector<std::string> TakeNotices();
 
-  // Readable while notices wait, listeners have come or gone, or the service is to end.
+  // Readable if notices wait, a registration has changed, or End() was called.
   int wake_fd() const { return wake_->fd(); }
   void End();
   bool ending() const { return ending_; }
 
-  // How often to read what nobody announces. Nothing: not at all, as nobody listens.
+  // How often to read values that the kernel does not announce. Empty while there are no listeners.
   virtual std::optional<std::chrono::milliseconds> period() const { return std::nullopt; }
   virtual void ReadForListeners() { Refresh(); }
 
  protected:
-  // Reads these devices, which are all that count, and reports them.
+  // Reads these devices and reports them. They are all devices that count.
   virtual void ReadLocked(const std::vector<std::string>& syspaths) = 0;
-  // A fault is told once, until its device goes.
+  // Each fault is noticed once, until its device is removed.
   void NoticeFaultsLocked(const std::vector<Fault>& faults);
   void AddNoticeLocked(std::string notice);
 
@@ -89,8 +92,8 @@ class WatchedClass {
   const std::string devices_;
   const std::shared_ptr<const Wake> wake_;
   std::atomic<bool> ending_ = false;
-  // Devices are listed before their files have been made, and some linger when they are announced
-  // as gone. So only the announced ones are read, but for those that were there before.
+  // The devices to read: all that are listed at the start or after lost events, then only announced
+  // ones. A listed device may not have its files yet, and a removed one may still be listed.
   std::set<std::string> announced_;
   bool all_are_announced_ = true;
   bool has_events_ = true;

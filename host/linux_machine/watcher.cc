@@ -46,13 +46,14 @@ void Watcher::Watch() {
 }
 
 void Watcher::HearEvents() {
-  // All at once: whoever is reading just now must not hold up what fills the socket.
+  // Empties the socket before waiting for reading_lock_, so that a slow reading does not make the
+  // socket overflow.
   std::vector<DeviceChange> changes;
   while (std::optional<DeviceChange> change = monitor_.Next()) {
     changes.push_back(std::move(*change));
   }
   watched_->Note(changes);
-  // One reading for all of them, and one for a message that was nobody's.
+  // One reading for all events. Also if there was none: the message may have been invalid.
   watched_->Refresh();
 }
 
@@ -63,7 +64,7 @@ void Watcher::ReadWhenDue() {
     return;
   }
   const auto now = Clock::now();
-  // Who has just begun to listen has been told what is.
+  // A new listener has already received the current values.
   if (due_ && now >= *due_) watched_->ReadForListeners();
   if (!due_ || now >= *due_) due_ = now + *period;
 }

@@ -13,16 +13,16 @@
 
 namespace norvik::qel::linux_machine {
 
-// Has the devices read at every event of their subsystem, and in between only while the service has
-// listeners for what the kernel does not announce.
+// Reads the devices at every event of their subsystem. While the service has listeners for values
+// that the kernel does not announce, also reads them periodically.
 //
-// Threads: made, run and destroyed by the owner, one at a time.
+// Threads: the owner makes, runs and destroys it.
 class Watcher {
  public:
   using Tell = std::function<void(std::string notice)>;
 
-  // Listens, then has the devices read for the first time: what changes in between is read again.
-  // Notices are told on this thread first, on the watcher's own later.
+  // Starts to receive events, then reads the devices for the first time: a change in between is
+  // read again. `tell` is called on this thread here, and on the watcher's thread after Run().
   Watcher(std::shared_ptr<WatchedClass> watched, Tell tell);
   // Ends the thread.
   ~Watcher();
@@ -37,13 +37,13 @@ class Watcher {
   void Watch();
   void HearEvents();
   void ReadWhenDue();
-  // For poll().
+  // The timeout for poll().
   int TimeUntilDue() const;
   void TellNotices();
 
   const std::shared_ptr<WatchedClass> watched_;
   const Tell tell_;
-  // The thread's while that runs.
+  // Used only by the thread while it runs.
   DeviceMonitor monitor_;
   std::optional<Clock::time_point> due_;
   std::thread thread_;

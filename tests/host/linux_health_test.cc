@@ -66,7 +66,7 @@ class LinuxHealthTest : public testing::Test {
   std::vector<std::string> Notices() {
     const std::string marker = "marker" + std::to_string(++markers_);
     machine_->Add(marker, {{"type", "Gizmo\n"}});
-    return notices_.Until(marker + "/type: \"Gizmo\" is not a known word");
+    return notices_.Until(marker + "/type: unknown value \"Gizmo\"");
   }
 
   static std::shared_ptr<IHealth> Service() {
@@ -220,8 +220,8 @@ TEST_F(LinuxHealthTest, PeripheralsAreNotTheMachine) {
   EXPECT_EQ(GetBatteryLevel(handle_, /*use_cached=*/false), -1);
   EXPECT_EQ(GetWirelessChargerIsOnline(handle_, /*use_cached=*/false), 1);
   EXPECT_FALSE(health_.info().batteryPresent);
-  EXPECT_THAT(Notices(), ElementsAre("A_riddle/scope: \"?\" is not a known word",
-                                     "this machine has no battery"));
+  EXPECT_THAT(Notices(),
+              ElementsAre("A_riddle/scope: unknown value \"?\"", "this machine has no battery"));
 
   machine_->Add("BAT0", With(kGoodBattery, {{"scope", "System\n"}}));
   EXPECT_TRUE(Eventually([&] { return GetBatteryLevel(handle_, /*use_cached=*/false) == 73; }));
@@ -272,7 +272,7 @@ TEST_F(LinuxHealthTest, ABatteryComesAndGoes) {
     ASSERT_TRUE(Eventually([&] { return GetBatteryLevel(handle_, /*use_cached=*/true) == -1; }));
     EXPECT_FALSE(health_.info().batteryPresent);
     // A battery that comes back is a new one: its fault is told again.
-    EXPECT_THAT(Notices(), ElementsAre("BAT0/cycle_count: 0, which means not available",
+    EXPECT_THAT(Notices(), ElementsAre("BAT0/cycle_count: 0 means not available",
                                        "this machine has no battery"));
   }
 }
@@ -382,19 +382,20 @@ INSTANTIATE_TEST_SUITE_P(
                    "\"4294967351\" is not within 0 to 100"},
         BrokenFile{"EndlessLevel", "capacity", "99999999999999999999999999999999999999999999\n",
                    "\"9999999999999999999999999999999999999999...\" is not within 0 to 100"},
-        BrokenFile{"AbsentLevel", "capacity", "", "not there", How::kAbsent},
+        BrokenFile{"AbsentLevel", "capacity", "", "missing", How::kAbsent},
         BrokenFile{"UnreadableLevel", "capacity", "55\n", "cannot be read: Operation not permitted",
                    How::kUnreadable},
-        BrokenFile{"ZeroCycles", "cycle_count", "0\n", "0, which means not available"},
+        BrokenFile{"ZeroCycles", "cycle_count", "0\n", "0 means not available"},
         BrokenFile{"NegativeCycles", "cycle_count", "-3\n", "\"-3\" is not within 0 to 2147483647"},
         BrokenFile{"TooManyCycles", "cycle_count", "2147483648\n",
                    "\"2147483648\" is not within 0 to 2147483647"},
-        BrokenFile{"AbsentCycles", "cycle_count", "", "not there", How::kAbsent},
+        BrokenFile{"AbsentCycles", "cycle_count", "", "missing", How::kAbsent},
         BrokenFile{"TextVoltage", "voltage_now", "high\n", "\"high\" is not a number"},
         BrokenFile{"BelowAbsoluteZero", "temp", "-2732\n",
                    "\"-2732\" is not within -2731 to 2147483647"},
-        BrokenFile{"BinaryTechnology", "technology", "\x02Li\n", "\"?Li\" is not a word"},
-        BrokenFile{"StrangeHealth", "health", "Peachy\n", "\"Peachy\" is not a known word"}),
+        BrokenFile{"BinaryTechnology", "technology", "\x02Li\n",
+                   "\"?Li\" has unprintable characters"},
+        BrokenFile{"StrangeHealth", "health", "Peachy\n", "unknown value \"Peachy\""}),
     [](const auto& info) { return std::string(info.param.test); });
 
 TEST_F(LinuxHealthTest, AChargerOfWhichNothingIsKnownIsNotOnline) {
@@ -405,7 +406,7 @@ TEST_F(LinuxHealthTest, AChargerOfWhichNothingIsKnownIsNotOnline) {
   health_.Start();
   EXPECT_EQ(GetWirelessChargerIsOnline(handle_, /*use_cached=*/false), 1);
   EXPECT_EQ(GetDockChargerIsOnline(handle_, /*use_cached=*/false), 1);
-  EXPECT_THAT(Notices(), ElementsAre("mute/online: not there", "nameless/type: not there",
+  EXPECT_THAT(Notices(), ElementsAre("mute/online: missing", "nameless/type: missing",
                                      "odd_dock/online: \"3\" is not within 0 to 2"));
 }
 

@@ -322,9 +322,10 @@ const std::vector<float> kWithoutFirst = {kNan, kNan, 95, kNan, kNan, kNan, 105}
 INSTANTIATE_TEST_SUITE_P(
     , LinuxBrokenZoneTest,
     testing::Values(
-        BrokenZone{"NoType", "type", {}, {"type: not there"}, false},
-        BrokenZone{"BinaryType", "type", "\x01x\n", {"type: \"?x\" is not a word"}, false},
-        BrokenZone{"NoTemp", "temp", {}, {"temp: not there"}, true, false},
+        BrokenZone{"NoType", "type", {}, {"type: missing"}, false},
+        BrokenZone{
+            "BinaryType", "type", "\x01x\n", {"type: \"?x\" has unprintable characters"}, false},
+        BrokenZone{"NoTemp", "temp", {}, {"temp: missing"}, true, false},
         BrokenZone{"EmptyTemp", "temp", "\n", {"temp: empty"}, true, false},
         BrokenZone{"TextTemp", "temp", "warm", {"temp: \"warm\" is not a number"}, true, false},
         BrokenZone{"DegreesTemp", "temp", "41.5", {"temp: \"41.5\" is not a number"}, true, false},
@@ -341,18 +342,18 @@ INSTANTIATE_TEST_SUITE_P(
                    {"temp: \"4295008796\" is not within -273150 to 1000000"},
                    true,
                    false},
-        BrokenZone{"StrangeMode", "mode", "maybe\n", {"mode: \"maybe\" is not a known word"}},
+        BrokenZone{"StrangeMode", "mode", "maybe\n", {"mode: unknown value \"maybe\""}},
         BrokenZone{"StrangeTrip",
                    "trip_point_1_type",
                    "tepid\n",
-                   {"trip_point_1_type: \"tepid\" is not a known word"},
+                   {"trip_point_1_type: unknown value \"tepid\""},
                    true,
                    true,
                    kWithoutFirst},
         BrokenZone{"HalfATrip",
                    "trip_point_1_temp",
                    {},
-                   {"trip_point_1_temp: not there"},
+                   {"trip_point_1_temp: missing"},
                    true,
                    true,
                    kWithoutFirst},
@@ -563,14 +564,15 @@ TEST_F(LinuxThermalTypesTest, AFileWithErrorsIsToldLineByLineAndChangesNothing) 
       "cooling\n"
       "temperature CPU a\x01z\n");
   Start(file);
-  EXPECT_THAT(Notices(),
-              ElementsAre(file + ":2: \"WARM\" is no type of temperature",
-                          file + ":3: \"BCL_VOLTAGE\" is no type of temperature",
-                          file + ":4: \"SKIN\" is no type of cooling device",
-                          file + ":5: \"heating\" is neither \"temperature\" nor \"cooling\"",
-                          file + ":6: the pattern is missing",
-                          file + ":7: \"\" is no type of cooling device",
-                          file + ":8: \"a?z\" is no pattern"));
+  EXPECT_THAT(
+      Notices(),
+      ElementsAre(file + ":2: \"WARM\" is not a temperature type",
+                  file + ":3: \"BCL_VOLTAGE\" is not a temperature type",
+                  file + ":4: \"SKIN\" is not a cooling device type",
+                  file + ":5: unknown keyword \"heating\", use \"temperature\" or \"cooling\"",
+                  file + ":6: the pattern is missing",
+                  file + ":7: \"\" is not a cooling device type",
+                  file + ":8: \"a?z\" has unprintable characters"));
   EXPECT_EQ(thermal_->data().temperatures.at(0).type, TemperatureType::UNKNOWN);
 }
 

@@ -1,4 +1,4 @@
-// This machine's battery and chargers, served as a device's health service.
+// A health service with the battery and the chargers of this machine.
 #pragma once
 
 #include <cstddef>
@@ -13,31 +13,31 @@ namespace norvik::qel::linux_machine {
 
 class Watcher;
 
-// The service reports what the kernel's power-supply class says, at every event of the class, and
-// reads it anew whenever somebody asks. The level and the cycle count are -1 while unknown.
+// The service reads the kernel's power-supply class at every event of the class and at every call
+// of a client, and reports changes. An unknown level or cycle count is -1.
 //
-// Threads: Start() and Stop() by the owner, one at a time, not from the observer; the rest from any
-// thread in between.
+// Threads: the owner calls Start() and Stop(), one at a time and not from the observer. All other
+// functions may be called from any thread in between.
 class Health {
  public:
   using HealthInfo = aidl::android::hardware::health::HealthInfo;
 
-  // Does nothing yet. The observer hears, besides what the service has to say, of a machine without
-  // a battery and once of every file that cannot be read or believed.
+  // Does nothing yet. The observer receives the events of the service. It is also notified if the
+  // machine has no battery, and once for each file that is unreadable or invalid.
   explicit Health(services::ServiceObserver observer = nullptr);
-  // Stops it if nobody has.
+  // Stops the service if it is running.
   ~Health();
   Health(const Health&) = delete;
   Health& operator=(const Health&) = delete;
 
-  // Declares the instance, reads the machine and runs the service. Stops the one that runs, if any.
+  // Declares the instance, reads the devices and starts the service. Stops a running one first.
   void Start();
-  // Kills the service and takes the declaration back.
+  // Kills the service and removes the declaration.
   void Stop();
 
-  // What the service has last reported; nothing is known while none runs.
+  // The last report. If the service is not running, all values are unknown.
   HealthInfo info() const;
-  // How many callbacks the running service holds; 0 while none runs.
+  // The number of callbacks registered with the running service. 0 if it is not running.
   size_t callback_count() const;
 
  private:
@@ -46,7 +46,7 @@ class Health {
   void Tell(services::ServiceEvent::Kind kind, std::string detail = {}) const;
 
   const services::ServiceObserver observer_;
-  // All below change in Start() and Stop() only.
+  // The members below change only in Start() and Stop().
   std::shared_ptr<Service> service_;
   std::unique_ptr<fake::ServiceProcess> process_;
   std::unique_ptr<Watcher> watcher_;

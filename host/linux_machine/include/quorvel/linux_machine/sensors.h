@@ -1,4 +1,4 @@
-// This machine's proximity and hinge-angle sensors, served as a device's sensor service.
+// A sensor service with the proximity and hinge-angle sensors of this machine.
 #pragma once
 
 #include <chrono>
@@ -16,38 +16,38 @@ namespace norvik::qel::linux_machine {
 class Watcher;
 
 struct SensorSettings {
-  // Between two measurements while a sensor is enabled.
+  // The time between two measurements of an enabled sensor.
   std::chrono::milliseconds period = std::chrono::milliseconds(100);
 };
 
-// The service has one sensor of each type at most: the first that the kernel's industrial-I/O
-// subsystem has. It is measured when it is enabled and once in a period while it stays so, and
-// reported when it has changed.
+// The service has at most one sensor of each type: the first one of the kernel's industrial-I/O
+// subsystem. A sensor is measured when it is enabled, then once per period while it stays enabled.
+// It reports changed values.
 //
-// A sensor stays in the service's list once it has been there. When its device goes it reports no
-// more, until there is another device of the type. One that comes while the service runs can be
-// had by those who have not asked for its type before.
+// A sensor stays in the service's list when its device is removed. It reports again when another
+// device of its type appears. A sensor that appears while the service runs is available to clients
+// that have not asked for its type before.
 //
-// Threads: Start() and Stop() by the owner, one at a time, not from the observer; the rest from any
-// thread in between.
+// Threads: the owner calls Start() and Stop(), one at a time and not from the observer. All other
+// functions may be called from any thread in between.
 class Sensors {
  public:
-  // Does nothing yet. The observer hears, besides what the service has to say, of types that the
-  // machine has no sensor of, and once of every file that cannot be read or believed.
+  // Does nothing yet. The observer receives the events of the service. It is also notified of each
+  // type without a sensor, and once for each file that is unreadable or invalid.
   explicit Sensors(services::ServiceObserver observer = nullptr, SensorSettings settings = {});
-  // Stops it if nobody has.
+  // Stops the service if it is running.
   ~Sensors();
   Sensors(const Sensors&) = delete;
   Sensors& operator=(const Sensors&) = delete;
 
-  // Looks for the sensors and runs the service. Stops the one that runs, if any.
+  // Looks for the sensors and starts the service. Stops a running one first.
   void Start();
-  // Kills the service. No client may be using it any more: its manager, sensors and queues go with
-  // it. Waits until the program has heard of it.
+  // Kills the service and waits until its death notifications have been delivered. No client may
+  // use the service then: its manager, sensors and queues are freed.
   void Stop();
 
-  // On how many queues the sensor of a type is enabled, and how often any sensor has been measured;
-  // 0 while no service runs.
+  // The number of queues on which the sensor of a type is enabled, and the number of measurements
+  // of all sensors. 0 if the service is not running.
   int listeners(int32_t type) const;
   int64_t measurement_count() const;
 
@@ -58,7 +58,7 @@ class Sensors {
 
   const services::ServiceObserver observer_;
   const SensorSettings settings_;
-  // All below change in Start() and Stop() only.
+  // The members below change only in Start() and Stop().
   std::shared_ptr<Service> service_;
   std::unique_ptr<fake::ServiceProcess> process_;
   std::unique_ptr<Watcher> watcher_;

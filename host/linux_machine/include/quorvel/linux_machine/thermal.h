@@ -1,4 +1,4 @@
-// This machine's temperatures and what cools it, served as a device's thermal service.
+// A thermal service with the temperatures and the cooling devices of this machine.
 #pragma once
 
 #include <chrono>
@@ -16,38 +16,39 @@ namespace norvik::qel::linux_machine {
 class Watcher;
 
 struct ThermalSettings {
-  // Patterns for types of zones and cooling devices, see ThermalTypes; empty: none.
+  // A file with patterns for types of zones and cooling devices, see ThermalTypes. Empty: none.
   std::string types_file = {};
-  // Between two readings while somebody listens.
+  // The time between two readings while a callback is registered.
   std::chrono::milliseconds period = std::chrono::seconds(1);
 };
 
-// The service reports what the kernel's thermal class says. It reads it whenever somebody asks or
-// the class announces something, and, as the kernel announces no temperatures, once in a period
-// while a callback is registered.
+// The service reads the kernel's thermal class at every event of the class and at every call of a
+// client, and reports changes. The kernel does not announce temperatures, so while a callback is
+// registered the service also reads once per period.
 //
-// Threads: Start() and Stop() by the owner, one at a time, not from the observer; the rest from any
-// thread in between.
+// Threads: the owner calls Start() and Stop(), one at a time and not from the observer. All other
+// functions may be called from any thread in between.
 class Thermal {
  public:
-  // Does nothing yet. The observer hears, besides what the service has to say, of a machine without
-  // a zone, of errors in the file of types, and once of every file that cannot be read or believed.
+  // Does nothing yet. The observer receives the events of the service. It is also notified if the
+  // machine has no thermal zone, of errors in the file of types, and once for each file that is
+  // unreadable or invalid.
   explicit Thermal(services::ServiceObserver observer = nullptr, ThermalSettings settings = {});
-  // Stops it if nobody has.
+  // Stops the service if it is running.
   ~Thermal();
   Thermal(const Thermal&) = delete;
   Thermal& operator=(const Thermal&) = delete;
 
-  // Reads the file of types, declares the instance, reads the machine and runs the service. Stops
-  // the one that runs, if any.
+  // Reads the file of types, declares the instance, reads the devices and starts the service. Stops
+  // a running one first.
   void Start();
-  // Kills the service and takes the declaration back.
+  // Kills the service and removes the declaration.
   void Stop();
 
-  // What the service has last reported; nothing is known while none runs.
+  // The last report. Empty if the service is not running.
   services::ThermalData data() const;
-  // How many callbacks the running service holds, and how often it has read the machine; 0 while
-  // none runs.
+  // The number of temperature callbacks registered with the running service, and the number of its
+  // readings. 0 if it is not running.
   size_t callback_count() const;
   int64_t reading_count() const;
 
@@ -58,7 +59,7 @@ class Thermal {
 
   const services::ServiceObserver observer_;
   const ThermalSettings settings_;
-  // All below change in Start() and Stop() only.
+  // The members below change only in Start() and Stop().
   std::shared_ptr<Service> service_;
   std::unique_ptr<fake::ServiceProcess> process_;
   std::unique_ptr<Watcher> watcher_;
