@@ -1,4 +1,4 @@
-# 64-bit Arm with Debian's cross compiler; programs run under qemu's user emulation.
+# 64-bit Arm with Debian's cross compiler. Programs run under qemu user emulation.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR aarch64)
 set(CMAKE_C_COMPILER aarch64-linux-gnu-gcc)

@@ -1,5 +1,5 @@
-# Where the tree lies on the building machine gets into nothing that is built: not into archives,
-# whose debug information is not stripped, nor into messages.
+# Keeps paths of the build machine out of the results: out of messages and of debug information,
+# which is not stripped from archives.
 if(PROJECT_IS_TOP_LEVEL)
   add_compile_options(-ffile-prefix-map=${PROJECT_BINARY_DIR}=build
                       -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)

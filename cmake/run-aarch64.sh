@@ -1,7 +1,7 @@
 #!/bin/sh
-# run-aarch64.sh PROGRAM [ARGUMENT...]: runs a program for 64-bit Arm under qemu's user emulation.
-# Its argv[0] is a script that does the same: death tests start the program anew by that name, and
-# the kernel cannot.
+# run-aarch64.sh PROGRAM [ARGUMENT...]: runs a 64-bit Arm program under qemu user emulation.
+# Death tests start the program again by its argv[0], which the kernel cannot execute. So argv[0] is
+# the name of a script that runs the program under qemu.
 set -eu
 program=$1
 shift

@@ -3,7 +3,7 @@ if(QUORVEL_SANITIZE)
                       -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${QUORVEL_SANITIZE})
   if(QUORVEL_SANITIZE MATCHES "undefined")
-    # This check reads run-time type information, which the library is built without.
+    # This check needs run-time type information. The library is built without it.
     add_compile_options(-fno-sanitize=vptr)
   endif()
 endif()

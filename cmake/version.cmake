@@ -1,5 +1,5 @@
-# The version stands in one place, the header, where programs can ask for it: from there it gets to
-# the library's file name, the packages, the program and its manual page.
+# The version is defined once, in quorvel.h. The library's file name, the packages, the monitor and
+# the manual pages take it from here.
 foreach(part MAJOR MINOR PATCH)
   file(STRINGS ${CMAKE_CURRENT_SOURCE_DIR}/include/quorvel.h quorvel_version_${part}
        REGEX "^#define QUORVEL_VERSION_${part} [0-9]+$")

@@ -1,10 +1,10 @@
-# The presets make warnings errors; who packages or embeds the project may have a compiler that
-# warns of more. The one exception is the look-up that the library uses on purpose and that the
-# platform marks as deprecated: it only warns on a device, too.
+# Warnings are errors in the presets only: other compilers may warn of more. An exception is
+# AServiceManager_getService(): the platform marks it as deprecated, but the library uses it on
+# purpose, because it waits for a late service. Android.bp has the same exception.
 add_compile_options(-Wall -Wextra -Wno-error=deprecated-declarations)
 
-# With clang and libc++ the locks are checked at compile time: libc++'s mutex carries the
-# attributes that the analysis needs, libstdc++'s does not.
+# clang with libc++ checks the lock annotations at compile time. libc++'s std::mutex has the
+# attributes that the analysis needs; libstdc++'s does not.
 option(QUORVEL_LIBCXX "Build with clang against libc++, with thread-safety analysis" OFF)
 if(QUORVEL_LIBCXX)
   add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-stdlib=libc++>)

@@ -1,29 +1,30 @@
-# What cmake --install puts into place, in four components, as a packager would split it:
+# Rules for cmake --install, in four components, one per package:
 #
-#   runtime    the library, and the fake platform that it runs on
-#   dev        what a program needs to be built: headers, link names, pkg-config, CMake, documents
-#   simulated  for tests: the simulated phone and what controls the fake platform
-#   monitor    the monitor, its manual and its completions
+#   runtime    the library and the fake platform
+#   dev        for building programs: headers, link names, pkg-config, CMake, documents
+#   simulated  for tests: the simulated phone and the controls of the fake platform
+#   monitor    the monitor, its manual page and its completions
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 foreach(dir BINDIR LIBDIR INCLUDEDIR DATADIR DOCDIR MANDIR)
   if(IS_ABSOLUTE "${CMAKE_INSTALL_${dir}}")
-    message(FATAL_ERROR "CMAKE_INSTALL_${dir} has to be relative: what is installed can be moved")
+    message(FATAL_ERROR "CMAKE_INSTALL_${dir} is '${CMAKE_INSTALL_${dir}}': use a relative path, "
+            "so that the installed tree can be moved")
   endif()
 endforeach()
 
 set(quorvel_include ${CMAKE_INSTALL_INCLUDEDIR}/quorvel)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/quorvel)
 
-# Where the program and the libraries find each other wherever the tree is put. Packages for the
-# system's own folders are built with CMAKE_SKIP_INSTALL_RPATH and have none of it.
+# A relative run path, so that the installed tree can be moved. Packages for the system's folders
+# are built with CMAKE_SKIP_INSTALL_RPATH, without a run path.
 set_target_properties(quorvel PROPERTIES INSTALL_RPATH "$ORIGIN")
 file(RELATIVE_PATH from_bin_to_lib
      /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
 
-# The libraries. Files of other targets than the platform's own stay out of its include path, so
-# that a test includes what it would include on a device.
+# The libraries. The fake platform's include path has only the platform's headers, so that a program
+# cannot include a header that a phone does not have.
 set_target_properties(quorvel_fake_platform PROPERTIES EXPORT_NAME fake_platform)
 set_target_properties(quorvel_simulated PROPERTIES EXPORT_NAME simulated)
 target_include_directories(quorvel INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
@@ -42,7 +43,7 @@ install(TARGETS quorvel_simulated quorvel_services quorvel_fake_platform_control
 install(FILES include/quorvel.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev)
 install(DIRECTORY host/fake_platform/include/ DESTINATION ${quorvel_include}/fake_platform
         COMPONENT dev)
-# #include <quorvel/simulated/health.h>, <quorvel/services/...>, <quorvel/fake/...>
+# For #include <quorvel/simulated/health.h>, <quorvel/services/...>, <quorvel/fake/...>.
 install(DIRECTORY host/fake_platform/control/ host/services/include/ host/simulated/include/
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT simulated)
 
@@ -67,7 +68,7 @@ install(FILES ${PROJECT_BINARY_DIR}/quorvel.pc ${PROJECT_BINARY_DIR}/quorvel-fak
 install(FILES ${PROJECT_BINARY_DIR}/quorvel-simulated.pc
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT simulated)
 
-# Documents, in the tree's own shape: they point at each other.
+# Documents, in the folders of the source tree, because they link to each other.
 install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)
 if(QUORVEL_DEBIAN)
   configure_file(CHANGELOG.md changelog COPYONLY)
@@ -78,8 +79,7 @@ else()
   install(FILES CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)
   install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT runtime)
 endif()
-# What the documents send readers to: how a test controls the fake platform, what the monitor makes of a
-# machine, the device build.
+# Other files that the documents link to.
 foreach(file host/fake_platform/README.md host/linux_machine/README.md monitor/README.md
         include/quorvel.h Android.bp CONTRIBUTING.md tests/random/README.md)
   cmake_path(GET file PARENT_PATH folder)
@@ -88,7 +88,7 @@ endforeach()
 install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev
         PATTERN "Doxyfile*" EXCLUDE PATTERN "reference.md" EXCLUDE PATTERN "build" EXCLUDE)
 
-# Manual pages of both sections.
+# Manual pages.
 file(GLOB manual_pages CONFIGURE_DEPENDS docs/man/*.1 docs/man/*.3)
 foreach(page ${manual_pages})
   cmake_path(GET page FILENAME name)
@@ -110,7 +110,8 @@ endforeach()
 
 if(QUORVEL_MONITOR)
   if(QUORVEL_DEBIAN)
-    # What the monitor's help points to; its users need not have the package that has all documents.
+    # The monitor's help refers to these documents. Its package does not depend on libquorvel-dev,
+    # which has all documents.
     install(FILES docs/recordings.md docs/recording.schema.json
             DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quorvel/docs COMPONENT monitor)
     install(DIRECTORY docs/examples

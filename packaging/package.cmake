@@ -1,9 +1,9 @@
 # Debian packages, one for each component of the installation (./dev package):
 #
-#   libquorvel1               both libraries: one without the other serves nobody
-#   libquorvel-dev            to build a program: also the platform's headers, since a program has
-#                             to start its binder threads
-#   libquorvel-simulated-dev  to test one; apart, since it is for nobody's product
+#   libquorvel1               the library and the fake platform, which it needs
+#   libquorvel-dev            for building programs; with the platform's headers, because a program
+#                             must start its binder threads
+#   libquorvel-simulated-dev  for testing programs; separate, because a product does not need it
 #   quorvel                   the monitor
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME quorvel)
@@ -25,8 +25,8 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
     ${PROJECT_BINARY_DIR}/src ${PROJECT_BINARY_DIR}/host/fake_platform)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 
-# debian_component(COMPONENT PACKAGE SECTION TEXT [COMPONENT...]): the package, and the
-# components that it needs in the same version.
+# debian_component(COMPONENT PACKAGE SECTION TEXT [COMPONENT...]): makes a package of a component.
+# It depends on the same version of the listed components.
 function(debian_component component package section text)
   string(TOUPPER ${component} key)
   set(CPACK_DEBIAN_${key}_PACKAGE_NAME ${package} PARENT_SCOPE)
@@ -35,7 +35,7 @@ function(debian_component component package section text)
   set(CPACK_COMPONENT_${key}_DEPENDS ${ARGN} PARENT_SCOPE)
   set(CPACK_COMPONENTS_ALL ${CPACK_COMPONENTS_ALL} ${component} PARENT_SCOPE)
   if(QUORVEL_DEBIAN)
-    # What every package has to say of itself.
+    # Every Debian package needs a copyright file and a changelog.
     set(doc ${CMAKE_INSTALL_DATADIR}/doc/${package})
     install(FILES packaging/debian/copyright DESTINATION ${doc} COMPONENT ${component})
     install(FILES ${PROJECT_BINARY_DIR}/changelog.Debian.gz DESTINATION ${doc}
@@ -43,20 +43,20 @@ function(debian_component component package section text)
   endif()
 endfunction()
 
-set(about "Battery and chargers, proximity sensor and hinge angle, thermal throttling
-and temperatures, as an audio stack on an Android device wants to know them.
-On a host a fake platform takes the place of the real one.")
+set(about "Battery, charger, proximity, hinge-angle and thermal state for the audio
+service of an Android phone. On a host the library runs on a fake platform.")
 set(CPACK_COMPONENTS_ALL)
 debian_component(runtime libquorvel${PROJECT_VERSION_MAJOR} libs
-  "${about}\n\nThis package has the library and the fake platform.")
+  "${about}\n\nThis package contains the library and the fake platform.")
 debian_component(dev libquorvel-dev libdevel
-  "${about}\n\nThis package has what programs need to be built with the library." runtime)
+  "${about}\n\nThis package contains the headers and other files for building programs." runtime)
 debian_component(simulated libquorvel-simulated-dev libdevel
-  "${about}\n\nThis package has a phone inside the program, for tests of what uses the\nlibrary."
+  "${about}\n\nThis package contains a simulated phone for testing programs that use the\nlibrary."
   dev)
 if(QUORVEL_MONITOR)
   debian_component(monitor quorvel utils
-    "${about}\n\nThis package has a program that watches, asks, records and plays." runtime)
+    "${about}\n\nThis package contains the monitor, which shows, records and plays back this\nstate."
+    runtime)
   set(CPACK_DEBIAN_MONITOR_PACKAGE_RECOMMENDS gnuplot)
 endif()
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/debian/triggers)

@@ -1,7 +1,7 @@
 # Completion of quorvel's command line for bash: source this, or install it as
 # /usr/share/bash-completion/completions/quorvel. tests/monitor/usage_test.py compares it with the help.
 
-# The options of a command, or of all while there is none yet.
+# The options of a command; of all commands if none is typed yet.
 _quorvel_options() {
   local options='--json --verbose --help --version'
   case $1 in
@@ -17,12 +17,12 @@ _quorvel_options() {
 }
 
 _quorvel_files() {
-  compopt -o filenames 2>/dev/null || :  # outside of a completion there is none to change
+  compopt -o filenames 2>/dev/null || :  # fails outside a completion
   mapfile -t COMPREPLY < <(compgen -f -- "$1")
 }
 
-# bash has made words of "--device=linux" and "SKIN:skin" that the program sees as one: here the
-# words before the present one are put together again.
+# bash splits "--device=linux" and "SKIN:skin" into several words, which the program receives as one.
+# The loop joins the words before the current one again.
 _quorvel() {
   local current=${COMP_WORDS[COMP_CWORD]} words=() glued='' i word
   for ((i = 1; i < COMP_CWORD; ++i)); do
@@ -42,7 +42,7 @@ _quorvel() {
     glued=yes current=''
   fi
 
-  # What is before the present word: the command, what follows it, an option without its value.
+  # Before the current word: the command, its operands, an option without its value.
   local command='' operands=() option=''
   for word in "${words[@]}"; do
     if [ -n "$option" ]; then
@@ -70,7 +70,7 @@ _quorvel() {
   if [ -n "$option" ]; then
     :
   elif [ -n "$glued" ]; then
-    return  # the name of a temperature is the device maker's
+    return  # names of temperatures depend on the device
   elif [[ $current == -* ]]; then
     answers=$(_quorvel_options "$command")
   else

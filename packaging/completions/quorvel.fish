@@ -1,6 +1,6 @@
 # Completion of quorvel's command line for fish. tests/monitor/usage_test.py compares it with the help.
 
-# Whether the command is one of those given, or still to come.
+# True if the command is one of the arguments, or not yet typed.
 function __quorvel_takes
     for word in (commandline --tokenize --current-process --cut-at-cursor)[2..]
         if contains -- $word demo watch get dump record play plot
@@ -11,7 +11,7 @@ function __quorvel_takes
     true
 end
 
-# Whether the word before the present one is one of those given.
+# True if the word before the current one is one of the arguments.
 function __quorvel_follows
     set -l words (commandline --tokenize --current-process --cut-at-cursor)
     contains -- $words[-1] $argv
@@ -30,14 +30,14 @@ complete -c quorvel -n '__fish_seen_subcommand_from watch; and __fish_seen_subco
 complete -c quorvel -n '__quorvel_follows record play plot' -F
 
 complete -c quorvel -n '__quorvel_takes demo watch get dump record' -l device \
-    -x -a 'simulated linux' -d 'where the values come from'
-complete -c quorvel -n '__quorvel_takes watch record demo' -l for -x -d 'end by itself after this time'
+    -x -a 'simulated linux' -d 'source of the values'
+complete -c quorvel -n '__quorvel_takes watch record demo' -l for -x -d 'end after this time'
 complete -c quorvel -n '__quorvel_takes demo play' -l record -r -F -d 'write a recording as well'
 complete -c quorvel -n '__quorvel_takes record demo play' -l force -d 'overwrite the recording'
-complete -c quorvel -n '__quorvel_takes play' -l speed -x -d 'so many times as fast'
-complete -c quorvel -n '__quorvel_takes play' -l step -d 'one event at each Enter'
-complete -c quorvel -n '__quorvel_takes plot' -l output -r -F -d 'what to draw into'
-complete -c quorvel -l json -d 'one JSON object a line'
-complete -c quorvel -l verbose -d 'the debug log on standard error'
-complete -c quorvel -s h -l help -d 'help'
-complete -c quorvel -l version -d 'the version'
+complete -c quorvel -n '__quorvel_takes play' -l speed -x -d 'speed factor'
+complete -c quorvel -n '__quorvel_takes play' -l step -d 'play one event per Enter'
+complete -c quorvel -n '__quorvel_takes plot' -l output -r -F -d 'output file'
+complete -c quorvel -l json -d 'print one JSON object per line'
+complete -c quorvel -l verbose -d 'print the debug log to standard error'
+complete -c quorvel -s h -l help -d 'print the help'
+complete -c quorvel -l version -d 'print the version'
