@@ -6,7 +6,7 @@
 namespace norvik::qel::linux_machine {
 
 struct Fault {
-  std::string device;  // "BAT0"; empty when all of the class are concerned
+  std::string device;  // "BAT0", or the whole class: "thermal zones"
   std::string file;    // "capacity"; empty: the whole device
   std::string what;    // "\"250\" is not within 0 to 100"
 };

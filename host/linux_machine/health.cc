@@ -96,13 +96,14 @@ class Health::Service : public services::HealthService, public WatchedClass {
   void NoticeLackOfBatteryLocked(bool has_battery);
 
   std::optional<Battery> battery_;
-  bool had_battery_ = true;  // so that a machine without a battery is noticed at the start
+  bool had_battery_ = true;  // so that the first reading notices a missing battery
 };
 
 ndk::ScopedAStatus Health::Service::Permit(HealthOperation operation) {
   if (operation == HealthOperation::kUnregisterCallback) return ndk::ScopedAStatus::ok();
   if (IsSupported(operation)) {
-    // Many drivers announce a change of the level late or never, so every call reads the files.
+    // Many drivers announce a change of the level late or never, so the files are read whenever a
+    // client asks.
     Refresh();
     std::lock_guard<std::mutex> lock(reading_lock_);
     if (HasAnswer(operation, battery_)) return ndk::ScopedAStatus::ok();

@@ -41,7 +41,7 @@ class Thermal::Service : public services::ThermalService, public WatchedClass {
 
   const std::chrono::milliseconds period_;
   ThermalHistory history_;
-  bool had_zones_ = true;  // so that a machine without a zone is noticed at the start
+  bool had_zones_ = true;  // so that the first reading notices missing zones
   std::atomic<int64_t> readings_ = 0;
 };
 

@@ -78,7 +78,7 @@ class WatchedClass {
  protected:
   // Reads these devices and reports them. They are all devices that count.
   virtual void ReadLocked(const std::vector<std::string>& syspaths) = 0;
-  // Each fault is noticed once, until its device is removed.
+  // Adds a notice for each fault, but only one until its device is removed.
   void NoticeFaultsLocked(const std::vector<Fault>& faults);
   void AddNoticeLocked(std::string notice);
 

@@ -13,8 +13,8 @@ namespace norvik::qel::linux_machine {
 
 class Watcher;
 
-// The service reads the kernel's power-supply class at every event of the class and at every call
-// of a client, and reports changes. An unknown level or cycle count is -1.
+// The service reads the kernel's power-supply class at every event of the class, and whenever a
+// client asks for a value or registers. It reports changes. An unknown level or cycle count is -1.
 //
 // Threads: the owner calls Start() and Stop(), one at a time and not from the observer. All other
 // functions may be called from any thread in between.

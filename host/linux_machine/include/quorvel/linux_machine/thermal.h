@@ -22,9 +22,9 @@ struct ThermalSettings {
   std::chrono::milliseconds period = std::chrono::seconds(1);
 };
 
-// The service reads the kernel's thermal class at every event of the class and at every call of a
-// client, and reports changes. The kernel does not announce temperatures, so while a callback is
-// registered the service also reads once per period.
+// The service reads the kernel's thermal class at every event of the class, and whenever a client
+// asks for a value or registers. It reports changes. The kernel does not announce temperatures, so
+// while a callback is registered the service also reads once per period.
 //
 // Threads: the owner calls Start() and Stop(), one at a time and not from the observer. All other
 // functions may be called from any thread in between.

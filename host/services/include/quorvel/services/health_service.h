@@ -40,9 +40,8 @@ inline constexpr char kHealthInstance[] = "android.hardware.health.IHealth/defau
 
 // Behaves like the platform's reference service:
 // - A registration sends the current data to the new callback before it returns.
-// - Callbacks are compared by binder identity. Duplicates are kept; one unregistration removes all
-// of
-//   them.
+// - Callbacks are compared by binder identity. Duplicates are kept. One unregistration removes all
+//   duplicates.
 // - A null callback is refused.
 //
 // Threads: any. Locks: lock_ is held while a report is sent, so that every callback receives the

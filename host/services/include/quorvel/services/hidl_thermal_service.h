@@ -1,5 +1,4 @@
-// A HIDL thermal service, version 2.0, as a device maker would write it. The caller provides the
-// data.
+// A HIDL 2.0 thermal service as a device maker would write it. The caller provides the data.
 #pragma once
 
 #include <android/hardware/thermal/2.0/IThermal.h>
@@ -69,7 +68,7 @@ class HidlThermalService : public android::hardware::thermal::V2_0::IThermal {
                                         getCurrentCoolingDevices_cb _hidl_cb) override;
 
  protected:
-  // What a call does: fail with a transport error, fail with a status, or else its normal work.
+  // The decision on a call: it fails with a transport error or a status, or does its normal work.
   struct Verdict {
     android::hardware::Status transport = {};
     ThermalStatus status = {.code = android::hardware::thermal::V1_0::ThermalStatusCode::SUCCESS,

@@ -45,8 +45,8 @@ struct ServiceEvent {
   Report report = {};
 };
 
-// Called on threads of the services. No lock of a service is held, except for kReported: reports
-// are made under the locks that keep them in order, so the observer must not call the service then.
+// Called on threads of the services, without locks of the service. Exception: kReported is sent
+// under the locks that keep reports in order. The observer must not call the service then.
 using ServiceObserver = std::function<void(const ServiceEvent&)>;
 
 }  // namespace norvik::qel::services
