@@ -13,6 +13,7 @@
 
 #include "device_monitor.h"
 #include "fault.h"
+#include "quorvel/fake/thread_annotations.h"
 #include "quorvel/services/service_event.h"
 
 namespace norvik::qel::linux_machine {
@@ -57,11 +58,11 @@ class WatchedClass {
   const char* subsystem() const { return subsystem_; }
 
   // Reads what is there and reports it.
-  void Refresh();
-  void Note(const std::vector<DeviceChange>& changes);
+  void Refresh() QUORVEL_EXCLUDES(reading_lock_);
+  void Note(const std::vector<DeviceChange>& changes) QUORVEL_EXCLUDES(reading_lock_);
   // From now on nobody will announce a device.
-  void NoteEndOfEvents(int error);
-  std::vector<std::string> TakeNotices();
+  void NoteEndOfEvents(int error) QUORVEL_EXCLUDES(reading_lock_);
+  std::vector<std::string> TakeNotices() QUORVEL_EXCLUDES(reading_lock_);
 
   // Readable while notices wait, listeners have come or gone, or the service is to end.
   int wake_fd() const { return wake_->fd(); }
@@ -70,20 +71,23 @@ class WatchedClass {
 
   // How often to read what nobody announces. Nothing: not at all, as nobody listens.
   virtual std::optional<std::chrono::milliseconds> period() const { return std::nullopt; }
-  virtual void ReadForListeners() { Refresh(); }
+  virtual void ReadForListeners() QUORVEL_EXCLUDES(reading_lock_) { Refresh(); }
 
  protected:
   // Reads these devices, which are all that count, and reports them.
-  virtual void ReadLocked(const std::vector<std::string>& syspaths) = 0;
+  virtual void ReadLocked(const std::vector<std::string>& syspaths)
+      QUORVEL_REQUIRES(reading_lock_) = 0;
   // A fault is told once, until its device goes.
-  void NoticeFaultsLocked(const std::vector<Fault>& faults);
-  void AddNoticeLocked(std::string notice);
+  void NoticeFaultsLocked(const std::vector<Fault>& faults) QUORVEL_REQUIRES(reading_lock_);
+  void AddNoticeLocked(std::string notice) QUORVEL_REQUIRES(reading_lock_);
 
   mutable std::mutex reading_lock_;
 
  private:
-  std::vector<std::string> OnlyAnnouncedLocked(const std::vector<std::string>& listed);
-  void ForgetFaultsOfOthersLocked(const std::vector<std::string>& syspaths);
+  std::vector<std::string> OnlyAnnouncedLocked(const std::vector<std::string>& listed)
+      QUORVEL_REQUIRES(reading_lock_);
+  void ForgetFaultsOfOthersLocked(const std::vector<std::string>& syspaths)
+      QUORVEL_REQUIRES(reading_lock_);
 
   const char* const subsystem_;
   const std::string devices_;
@@ -91,11 +95,12 @@ class WatchedClass {
   std::atomic<bool> ending_ = false;
   // Devices are listed before their files have been made, and some linger when they are announced
   // as gone. So only the announced ones are read, but for those that were there before.
-  std::set<std::string> announced_;
-  bool all_are_announced_ = true;
-  bool has_events_ = true;
-  std::set<std::pair<std::string, std::string>> faults_told_;  // device and file
-  std::vector<std::string> notices_;
+  std::set<std::string> announced_ QUORVEL_GUARDED_BY(reading_lock_);
+  bool all_are_announced_ QUORVEL_GUARDED_BY(reading_lock_) = true;
+  bool has_events_ QUORVEL_GUARDED_BY(reading_lock_) = true;
+  // Device and file.
+  std::set<std::pair<std::string, std::string>> faults_told_ QUORVEL_GUARDED_BY(reading_lock_);
+  std::vector<std::string> notices_ QUORVEL_GUARDED_BY(reading_lock_);
 };
 
 }  // namespace norvik::qel::linux_machine
