@@ -3,6 +3,7 @@
 #include <thread>
 #include <utility>
 
+#include "quorvel/fake/thread_annotations.h"
 #include "workers.h"
 
 namespace norvik::qel::bench {
@@ -31,8 +32,9 @@ class BareWorker : public Worker {
  private:
   void Loop() {
     std::unique_lock<std::mutex> lock(lock_);
+    fake::AssertHeld(lock_);  // except while the action runs
     while (true) {
-      cv_.wait(lock, [this] { return triggered_ || ends_; });
+      cv_.wait(lock, [this]() QUORVEL_REQUIRES(lock_) { return triggered_ || ends_; });
       if (ends_) return;
       triggered_ = false;
       lock.unlock();
@@ -44,8 +46,8 @@ class BareWorker : public Worker {
   const Action action_;
   std::mutex lock_;
   std::condition_variable cv_;
-  bool triggered_ = false;
-  bool ends_ = false;
+  bool triggered_ QUORVEL_GUARDED_BY(lock_) = false;
+  bool ends_ QUORVEL_GUARDED_BY(lock_) = false;
   std::thread thread_;  // last: it uses all the others
 };
 

@@ -20,6 +20,7 @@
 #include "process_state.h"
 #include "quick.h"
 #include "quorvel.h"
+#include "quorvel/fake/thread_annotations.h"
 #include "registration.h"
 #include "turns.h"
 #include "waiting.h"
@@ -47,12 +48,12 @@ class WaitingThread {
   void Run() {
     pthread_setname_np(pthread_self(), kThreadName);
     std::unique_lock<std::mutex> lock(lock_);
-    cv_.wait(lock, [this] { return ends_; });
+    cv_.wait(lock, [this]() QUORVEL_REQUIRES(lock_) { return ends_; });
   }
 
   std::mutex lock_;
   std::condition_variable cv_;
-  bool ends_ = false;
+  bool ends_ QUORVEL_GUARDED_BY(lock_) = false;
   std::thread thread_;  // last: it uses all the others
 };
 

@@ -12,6 +12,7 @@
 #include "library_threads.h"
 #include "quick.h"
 #include "quorvel.h"
+#include "quorvel/fake/thread_annotations.h"
 #include "quorvel/simulated/health.h"
 #include "quorvel/simulated/sensor_hub.h"
 #include "quorvel/simulated/thermal.h"
@@ -35,13 +36,14 @@ class Calls {
 
   bool WaitForAll() {
     std::unique_lock<std::mutex> lock(lock_);
-    return cv_.wait_for(lock, std::chrono::seconds(10), [this] { return called_.all(); });
+    return cv_.wait_for(lock, std::chrono::seconds(10),
+                        [this]() QUORVEL_REQUIRES(lock_) { return called_.all(); });
   }
 
  private:
   std::mutex lock_;
   std::condition_variable cv_;
-  std::bitset<kClients> called_;
+  std::bitset<kClients> called_ QUORVEL_GUARDED_BY(lock_);
 };
 
 struct Client {

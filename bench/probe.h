@@ -64,6 +64,7 @@ class Probe {
   }
 
   const Asker asker_;
+  // Guards no member: without it a notification could come between the look at seen_ and the wait.
   std::mutex lock_;
   std::condition_variable cv_;
   int64_t asked_ = 0;

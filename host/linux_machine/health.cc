@@ -7,6 +7,7 @@
 
 #include "power_supplies.h"
 #include "quorvel/fake/service_manager.h"
+#include "quorvel/fake/thread_annotations.h"
 #include "watched_class.h"
 #include "watcher.h"
 
@@ -92,11 +93,13 @@ class Health::Service : public services::HealthService, public WatchedClass {
 
  private:
   ndk::ScopedAStatus Permit(HealthOperation operation) override;
-  void ReadLocked(const std::vector<std::string>& syspaths) override;
-  void NoticeLackOfBatteryLocked(bool has_battery);
+  void ReadLocked(const std::vector<std::string>& syspaths)
+      QUORVEL_REQUIRES(reading_lock_) override;
+  void NoticeLackOfBatteryLocked(bool has_battery) QUORVEL_REQUIRES(reading_lock_);
 
-  std::optional<Battery> battery_;
-  bool had_battery_ = true;  // so that the first reading notices a missing battery
+  std::optional<Battery> battery_ QUORVEL_GUARDED_BY(reading_lock_);
+  // True at first, so that the first reading notices a missing battery.
+  bool had_battery_ QUORVEL_GUARDED_BY(reading_lock_) = true;
 };
 
 ndk::ScopedAStatus Health::Service::Permit(HealthOperation operation) {

@@ -8,6 +8,7 @@
 
 #include "iio_channels.h"
 #include "quorvel/fake/deliveries.h"
+#include "quorvel/fake/thread_annotations.h"
 #include "watched_class.h"
 #include "watcher.h"
 
@@ -60,13 +61,15 @@ class Sensors::Service : public services::SensorService, public WatchedClass {
   int64_t measurement_count() const { return measurements_; }
 
  private:
-  void ReadLocked(const std::vector<std::string>& syspaths) override;
-  void UseLocked(Sensor& sensor, const std::optional<IioChannel>& channel);
-  void MeasureLocked(Sensor& sensor);
+  void ReadLocked(const std::vector<std::string>& syspaths)
+      QUORVEL_REQUIRES(reading_lock_) override;
+  void UseLocked(Sensor& sensor, const std::optional<IioChannel>& channel)
+      QUORVEL_REQUIRES(reading_lock_);
+  void MeasureLocked(Sensor& sensor) QUORVEL_REQUIRES(reading_lock_);
 
   const std::chrono::milliseconds period_;
-  AllSensors sensors_ = kNoSensors;
-  bool has_looked_ = false;
+  AllSensors sensors_ QUORVEL_GUARDED_BY(reading_lock_) = kNoSensors;
+  bool has_looked_ QUORVEL_GUARDED_BY(reading_lock_) = false;
   std::atomic<int64_t> measurements_ = 0;
 };
 

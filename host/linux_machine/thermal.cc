@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "quorvel/fake/service_manager.h"
+#include "quorvel/fake/thread_annotations.h"
 #include "thermal_devices.h"
 #include "thermal_history.h"
 #include "thermal_types.h"
@@ -36,12 +37,14 @@ class Thermal::Service : public services::ThermalService, public WatchedClass {
 
  private:
   ndk::ScopedAStatus Permit(ThermalOperation operation) override;
-  void ReadLocked(const std::vector<std::string>& syspaths) override;
-  void NoticeLackOfZonesLocked(bool has_zones);
+  void ReadLocked(const std::vector<std::string>& syspaths)
+      QUORVEL_REQUIRES(reading_lock_) override;
+  void NoticeLackOfZonesLocked(bool has_zones) QUORVEL_REQUIRES(reading_lock_);
 
   const std::chrono::milliseconds period_;
-  ThermalHistory history_;
-  bool had_zones_ = true;  // so that the first reading notices missing zones
+  ThermalHistory history_ QUORVEL_GUARDED_BY(reading_lock_);
+  // True at first, so that the first reading notices missing zones.
+  bool had_zones_ QUORVEL_GUARDED_BY(reading_lock_) = true;
   std::atomic<int64_t> readings_ = 0;
 };
 

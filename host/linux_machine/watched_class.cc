@@ -112,7 +112,8 @@ std::vector<std::string> WatchedClass::OnlyAnnouncedLocked(const std::vector<std
   all_are_announced_ = !has_events_;
   std::vector<std::string> there;
   std::copy_if(listed.begin(), listed.end(), std::back_inserter(there),
-               [this](const std::string& syspath) { return announced_.contains(syspath); });
+               [this](const std::string& syspath)
+                   QUORVEL_REQUIRES(reading_lock_) { return announced_.contains(syspath); });
   return there;
 }
 

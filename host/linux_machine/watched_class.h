@@ -13,6 +13,7 @@
 
 #include "device_monitor.h"
 #include "fault.h"
+#include "quorvel/fake/thread_annotations.h"
 #include "quorvel/services/service_event.h"
 
 namespace norvik::qel::linux_machine {
@@ -60,11 +61,11 @@ class WatchedClass {
   const char* subsystem() const { return subsystem_; }
 
   // Reads the devices and reports them.
-  void Refresh();
-  void Note(const std::vector<DeviceChange>& changes);
+  void Refresh() QUORVEL_EXCLUDES(reading_lock_);
+  void Note(const std::vector<DeviceChange>& changes) QUORVEL_EXCLUDES(reading_lock_);
   // Called when no further events can be received.
-  void NoteEndOfEvents(int error);
-  std::vector<std::string> TakeNotices();
+  void NoteEndOfEvents(int error) QUORVEL_EXCLUDES(reading_lock_);
+  std::vector<std::string> TakeNotices() QUORVEL_EXCLUDES(reading_lock_);
 
   // Readable if notices wait, a registration has changed, or End() was called.
   int wake_fd() const { return wake_->fd(); }
@@ -73,20 +74,23 @@ class WatchedClass {
 
   // How often to read values that the kernel does not announce. Empty while there are no listeners.
   virtual std::optional<std::chrono::milliseconds> period() const { return std::nullopt; }
-  virtual void ReadForListeners() { Refresh(); }
+  virtual void ReadForListeners() QUORVEL_EXCLUDES(reading_lock_) { Refresh(); }
 
  protected:
   // Reads these devices and reports them. They are all devices that count.
-  virtual void ReadLocked(const std::vector<std::string>& syspaths) = 0;
+  virtual void ReadLocked(const std::vector<std::string>& syspaths)
+      QUORVEL_REQUIRES(reading_lock_) = 0;
   // Adds a notice for each fault, but only one until its device is removed.
-  void NoticeFaultsLocked(const std::vector<Fault>& faults);
-  void AddNoticeLocked(std::string notice);
+  void NoticeFaultsLocked(const std::vector<Fault>& faults) QUORVEL_REQUIRES(reading_lock_);
+  void AddNoticeLocked(std::string notice) QUORVEL_REQUIRES(reading_lock_);
 
   mutable std::mutex reading_lock_;
 
  private:
-  std::vector<std::string> OnlyAnnouncedLocked(const std::vector<std::string>& listed);
-  void ForgetFaultsOfOthersLocked(const std::vector<std::string>& syspaths);
+  std::vector<std::string> OnlyAnnouncedLocked(const std::vector<std::string>& listed)
+      QUORVEL_REQUIRES(reading_lock_);
+  void ForgetFaultsOfOthersLocked(const std::vector<std::string>& syspaths)
+      QUORVEL_REQUIRES(reading_lock_);
 
   const char* const subsystem_;
   const std::string devices_;
@@ -94,11 +98,12 @@ class WatchedClass {
   std::atomic<bool> ending_ = false;
   // The devices to read: all that are listed at the start or after lost events, then only announced
   // ones. A listed device may not have its files yet, and a removed one may still be listed.
-  std::set<std::string> announced_;
-  bool all_are_announced_ = true;
-  bool has_events_ = true;
-  std::set<std::pair<std::string, std::string>> faults_told_;  // device and file
-  std::vector<std::string> notices_;
+  std::set<std::string> announced_ QUORVEL_GUARDED_BY(reading_lock_);
+  bool all_are_announced_ QUORVEL_GUARDED_BY(reading_lock_) = true;
+  bool has_events_ QUORVEL_GUARDED_BY(reading_lock_) = true;
+  // Device and file.
+  std::set<std::pair<std::string, std::string>> faults_told_ QUORVEL_GUARDED_BY(reading_lock_);
+  std::vector<std::string> notices_ QUORVEL_GUARDED_BY(reading_lock_);
 };
 
 }  // namespace norvik::qel::linux_machine

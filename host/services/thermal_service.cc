@@ -119,30 +119,31 @@ ndk::ScopedAStatus ThermalService::getTemperatureThresholdsWithType(
 }
 
 ndk::ScopedAStatus ThermalService::registerThermalChangedCallback(const Callback& callback) {
-  return Register(ThermalOperation::kRegisterThermalChangedCallback, callbacks_, callback,
-                  std::optional<TemperatureType>());
+  return Register(ThermalOperation::kRegisterThermalChangedCallback, &ThermalService::callbacks_,
+                  callback, std::optional<TemperatureType>());
 }
 
 ndk::ScopedAStatus ThermalService::registerThermalChangedCallbackWithType(const Callback& callback,
                                                                           TemperatureType type) {
-  return Register(ThermalOperation::kRegisterThermalChangedCallbackWithType, callbacks_, callback,
-                  std::optional(type));
+  return Register(ThermalOperation::kRegisterThermalChangedCallbackWithType,
+                  &ThermalService::callbacks_, callback, std::optional(type));
 }
 
 ndk::ScopedAStatus ThermalService::unregisterThermalChangedCallback(const Callback& callback) {
-  return Unregister(ThermalOperation::kUnregisterThermalChangedCallback, callbacks_, callback);
+  return Unregister(ThermalOperation::kUnregisterThermalChangedCallback,
+                    &ThermalService::callbacks_, callback);
 }
 
 ndk::ScopedAStatus ThermalService::registerCoolingDeviceChangedCallbackWithType(
     const CoolingCallback& callback, CoolingType type) {
   return Register(ThermalOperation::kRegisterCoolingDeviceChangedCallbackWithType,
-                  cooling_callbacks_, callback, std::optional(type));
+                  &ThermalService::cooling_callbacks_, callback, std::optional(type));
 }
 
 ndk::ScopedAStatus ThermalService::unregisterCoolingDeviceChangedCallback(
     const CoolingCallback& callback) {
-  return Unregister(ThermalOperation::kUnregisterCoolingDeviceChangedCallback, cooling_callbacks_,
-                    callback);
+  return Unregister(ThermalOperation::kUnregisterCoolingDeviceChangedCallback,
+                    &ThermalService::cooling_callbacks_, callback);
 }
 
 binder_status_t ThermalService::dump(int fd, const char** /*args*/, uint32_t /*numArgs*/) {
@@ -184,7 +185,7 @@ ndk::ScopedAStatus ThermalService::Answer(ThermalOperation operation,
 }
 
 template <typename List, typename Pointer, typename Type>
-ndk::ScopedAStatus ThermalService::Register(ThermalOperation operation, List& list,
+ndk::ScopedAStatus ThermalService::Register(ThermalOperation operation, List ThermalService::*list,
                                             const Pointer& callback, Type type) {
   ndk::ScopedAStatus permitted = Ask(operation);
   if (!permitted.isOk()) return permitted;
@@ -192,7 +193,7 @@ ndk::ScopedAStatus ThermalService::Register(ThermalOperation operation, List& li
   bool added;
   {
     std::lock_guard<std::mutex> lock(lock_);
-    added = list.Add(callback, type);
+    added = (this->*list).Add(callback, type);
   }
   if (!added) return Refuse(operation, "the callback is registered already");
   Tell(ServiceEvent::Kind::kRegistered);
@@ -200,15 +201,15 @@ ndk::ScopedAStatus ThermalService::Register(ThermalOperation operation, List& li
 }
 
 template <typename List, typename Pointer>
-ndk::ScopedAStatus ThermalService::Unregister(ThermalOperation operation, List& list,
-                                              const Pointer& callback) {
+ndk::ScopedAStatus ThermalService::Unregister(ThermalOperation operation,
+                                              List ThermalService::*list, const Pointer& callback) {
   ndk::ScopedAStatus permitted = Ask(operation);
   if (!permitted.isOk()) return permitted;
   if (callback == nullptr) return Refuse(operation, "the callback is null");
   Pointer removed;  // released without the lock
   {
     std::lock_guard<std::mutex> lock(lock_);
-    removed = list.Remove(callback);
+    removed = (this->*list).Remove(callback);
   }
   if (removed == nullptr) return Refuse(operation, "the callback is not registered");
   Tell(ServiceEvent::Kind::kUnregistered);

@@ -11,6 +11,7 @@
 #include "quorvel/fake/hidl_service_manager.h"
 #include "quorvel/fake/service_manager.h"
 #include "quorvel/fake/service_process.h"
+#include "quorvel/fake/thread_annotations.h"
 
 namespace norvik::qel::simulated {
 
@@ -54,11 +55,11 @@ struct Thermal::Phone {
   Scripts<HidlThermalOperation> hidl_scripts;
   // Also held while the state is reported, to keep reports in order.
   std::mutex lock;
-  ThermalData data;
-  std::unique_ptr<fake::ServiceProcess> aidl_process;
-  std::shared_ptr<AidlService> aidl;
-  std::unique_ptr<fake::ServiceProcess> hidl_process;
-  android::sp<HidlService> hidl;
+  ThermalData data QUORVEL_GUARDED_BY(lock);
+  std::unique_ptr<fake::ServiceProcess> aidl_process QUORVEL_GUARDED_BY(lock);
+  std::shared_ptr<AidlService> aidl QUORVEL_GUARDED_BY(lock);
+  std::unique_ptr<fake::ServiceProcess> hidl_process QUORVEL_GUARDED_BY(lock);
+  android::sp<HidlService> hidl QUORVEL_GUARDED_BY(lock);
 };
 
 // Every call follows the phone's script first, then does its normal work.
@@ -102,7 +103,10 @@ class Thermal::HidlService : public services::HidlThermalService {
                                               const services::ServiceObserver& observer) {
     if (observer == nullptr) return nullptr;
     return [&phone, observer](const ServiceEvent& event) {
-      if (event.kind == ServiceEvent::Kind::kReported && phone.aidl != nullptr) return;
+      if (event.kind == ServiceEvent::Kind::kReported) {
+        fake::AssertHeld(phone.lock);
+        if (phone.aidl != nullptr) return;
+      }
       observer(event);
     };
   }

@@ -30,7 +30,11 @@ class EventQueue {
  private:
   const int fd_;
   std::mutex lock_;
-  std::deque<Event> events_;
+#if defined(__clang__) && defined(_LIBCPP_ENABLE_THREAD_SAFETY_ANNOTATIONS)
+  __attribute__((guarded_by(lock_)))  // checked by the clang build with libc++
+#endif
+  std::deque<Event>
+      events_;
 };
 
 }  // namespace norvik::qel::monitor

@@ -6,7 +6,6 @@
 #include <functional>
 #include <future>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <thread>
 #include <utility>
@@ -33,7 +32,6 @@ using fake::Gate;
 using fake::Outcome;
 using services::ThermalOperation;
 using simulated::ThermalPath;
-using testing::ElementsAre;
 
 constexpr char kRegistered[] = "The callback was already registered through wrapper";
 constexpr char kNotRegistered[] = "The callback was not registered through wrapper before";
@@ -217,14 +215,10 @@ class Mortal : public HidlThermalCallback {
 };
 
 TEST_F(ThermalCallbackTest, TheOthersStayInOrderAndTheLatestGoesFirst) {
-  std::mutex lock;
-  std::vector<std::string> gone;
+  Seen<std::string> gone;
   std::vector<sp<Mortal>> callbacks;
   for (const char* name : {"first", "second", "third", "fourth"}) {
-    callbacks.push_back(sp<Mortal>::make([&lock, &gone, name] {
-      const std::lock_guard<std::mutex> guard(lock);
-      gone.emplace_back(name);
-    }));
+    callbacks.push_back(sp<Mortal>::make([&gone, name] { gone.Put(name); }));
     ASSERT_TRUE(Succeeded(Register(callbacks.back())));
   }
   ASSERT_TRUE(Succeeded(Unregister(callbacks[1])));
@@ -236,9 +230,10 @@ TEST_F(ThermalCallbackTest, TheOthersStayInOrderAndTheLatestGoesFirst) {
   thermal_.Kill(ThermalPath::kAidl);
   ASSERT_TRUE(fake::WaitUntilDelivered());
   callbacks.clear();
-  EXPECT_THAT(gone, ElementsAre("second"));
+  EXPECT_EQ(gone.Take(), "second");
+  EXPECT_TRUE(gone.empty());
   wrapper_.clear();
-  EXPECT_THAT(gone, ElementsAre("second", "fourth", "third", "first"));
+  for (const char* name : {"fourth", "third", "first"}) EXPECT_EQ(gone.Take(), name);
 }
 
 TEST_F(ThermalCallbackTest, NotificationsGoOnWhenTheWrapperIsGone) {

@@ -46,11 +46,12 @@ void RandomRun::Settle() const {
 
 void Calls::Put(int client, int value) {
   std::unique_lock<std::mutex> lock(lock_);
+  fake::AssertHeld(lock_);
   if (closed_) run_.Fail("client " + std::to_string(client) + " is called after the end");
   calls_.emplace_back(client, value);
   if (!std::exchange(hold_, false)) return;
   holding_ = true;
-  changed_.wait(lock, [this] { return !holding_; });
+  changed_.wait(lock, [this]() QUORVEL_REQUIRES(lock_) { return !holding_; });
 }
 
 std::vector<Calls::Call> Calls::Take() {

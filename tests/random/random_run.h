@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "choices.h"
+#include "quorvel/fake/thread_annotations.h"
 
 namespace norvik::qel::random_test {
 
@@ -52,8 +53,8 @@ class RandomRun {
 
   const std::string origin_;
   mutable std::mutex lock_;
-  std::deque<std::string> lines_;
-  int steps_ = 0;
+  std::deque<std::string> lines_ QUORVEL_GUARDED_BY(lock_);
+  int steps_ QUORVEL_GUARDED_BY(lock_) = 0;
 };
 
 // What clients of one handle were told, in the order in which they were. The handle's cookie.
@@ -84,10 +85,10 @@ class Calls {
   const RandomRun& run_;
   mutable std::mutex lock_;
   std::condition_variable changed_;
-  std::vector<Call> calls_;
-  bool hold_ = false;
-  bool holding_ = false;
-  bool closed_ = false;
+  std::vector<Call> calls_ QUORVEL_GUARDED_BY(lock_);
+  bool hold_ QUORVEL_GUARDED_BY(lock_) = false;
+  bool holding_ QUORVEL_GUARDED_BY(lock_) = false;
+  bool closed_ QUORVEL_GUARDED_BY(lock_) = false;
 };
 
 // A handle, its device and its model, going through a run step by step.

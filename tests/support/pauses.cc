@@ -13,27 +13,31 @@
 #include <utility>
 #include <vector>
 
+#include "quorvel/fake/thread_annotations.h"
+
 namespace norvik::qel {
 
 namespace {
 
-struct Pause {
-  pthread_cond_t* condition;
-  pthread_mutex_t* mutex;
-  bool over = false;    // guarded by `mutex`
-  bool ending = false;  // guarded by the lock of all: somebody is about to set `over`
-};
+struct Pause;
 
 // Never destroyed: threads may wait to the end of the program.
 struct Pauses {
   std::mutex lock;
-  std::vector<Pause*> all;
+  std::vector<Pause*> all QUORVEL_GUARDED_BY(lock);
 };
 
 Pauses& ThePauses() {
   static Pauses& pauses = *new Pauses;
   return pauses;
 }
+
+struct Pause {
+  pthread_cond_t* condition;
+  pthread_mutex_t* mutex;
+  bool over = false;  // guarded by `mutex`, a type that the analysis does not know
+  bool ending QUORVEL_GUARDED_BY(ThePauses().lock) = false;  // `over` is about to be set
+};
 
 // How far the calling thread's clock has been moved on.
 thread_local timespec ahead = {};
@@ -63,18 +67,17 @@ bool IsLibrary(const void* address) {
 }  // namespace
 
 size_t PausingWorkers() {
-  Pauses& pauses = ThePauses();
-  std::lock_guard<std::mutex> lock(pauses.lock);
-  return static_cast<size_t>(std::count_if(pauses.all.begin(), pauses.all.end(),
-                                           [](const Pause* pause) { return !pause->ending; }));
+  std::lock_guard<std::mutex> lock(ThePauses().lock);
+  return static_cast<size_t>(std::count_if(
+      ThePauses().all.begin(), ThePauses().all.end(),
+      [](const Pause* pause) QUORVEL_REQUIRES(ThePauses().lock) { return !pause->ending; }));
 }
 
 void EndPauses() {
-  Pauses& pauses = ThePauses();
   std::vector<Pause*> all;
   {
-    std::lock_guard<std::mutex> lock(pauses.lock);
-    for (Pause* pause : pauses.all) {
+    std::lock_guard<std::mutex> lock(ThePauses().lock);
+    for (Pause* pause : ThePauses().all) {
       if (!std::exchange(pause->ending, true)) all.push_back(pause);
     }
   }
@@ -115,18 +118,17 @@ __attribute__((visibility("default"))) int pthread_cond_clockwait(pthread_cond_t
           : reinterpret_cast<Function>(dlsym(RTLD_NEXT, "pthread_cond_clockwait"));
   if (!IsLibrary(__builtin_return_address(0))) return original(condition, mutex, clock, deadline);
   Pause pause{.condition = condition, .mutex = mutex};
-  Pauses& pauses = ThePauses();
   {
-    std::lock_guard<std::mutex> lock(pauses.lock);
-    pauses.all.push_back(&pause);
+    std::lock_guard<std::mutex> lock(ThePauses().lock);
+    ThePauses().all.push_back(&pause);
   }
   // Whatever wakes the worker, its loop looks why, and comes back unless it has ended.
   int result = 0;
   for (bool leaves = false; !leaves;) {
     if (!pause.over) result = pthread_cond_wait(condition, mutex);
-    std::lock_guard<std::mutex> lock(pauses.lock);
+    std::lock_guard<std::mutex> lock(ThePauses().lock);
     leaves = pause.over || !pause.ending;
-    if (leaves) std::erase(pauses.all, &pause);
+    if (leaves) std::erase(ThePauses().all, &pause);
   }
   if (!pause.over) return result;
   MoveClockTo(*deadline);

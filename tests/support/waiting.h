@@ -13,6 +13,8 @@
 #include <thread>
 #include <utility>
 
+#include "quorvel/fake/thread_annotations.h"
+
 namespace norvik::qel {
 
 inline constexpr std::chrono::seconds kHangGuard(10);
@@ -31,7 +33,9 @@ class Seen {
   // The oldest one, waited for; nothing after `limit`.
   std::optional<T> Take(std::chrono::milliseconds limit = kHangGuard) {
     std::unique_lock<std::mutex> lock(lock_);
-    if (!changed_.wait_for(lock, limit, [this] { return !values_.empty(); })) return std::nullopt;
+    fake::AssertHeld(lock_);
+    const auto filled = [this]() QUORVEL_REQUIRES(lock_) { return !values_.empty(); };
+    if (!changed_.wait_for(lock, limit, filled)) return std::nullopt;
     T value = std::move(values_.front());
     values_.pop_front();
     return value;
@@ -44,7 +48,7 @@ class Seen {
  private:
   mutable std::mutex lock_;
   std::condition_variable changed_;
-  std::deque<T> values_;
+  std::deque<T> values_ QUORVEL_GUARDED_BY(lock_);
 };
 
 // For what the system tells to those who ask only, such as the number of threads: asks until it is

@@ -202,14 +202,9 @@ void RemoteBinder::NoteDead() {
 }
 
 bool RemoteBinder::IsOfClass(const AIBinder_Class* clazz) {
-  const auto associate_locked = [&] {
-    const bool matches = strcmp(clazz->descriptor, class_->descriptor) == 0;
-    associated_ = associated_ || matches;
-    return matches;
-  };
   {
     std::lock_guard<std::mutex> lock(lock_);
-    if (class_ != nullptr) return associate_locked();
+    if (class_ != nullptr) return AssociateLocked(clazz);
   }
   const ndk::SpAIBinder target = Target();
   if (target.get() == nullptr) return false;
@@ -220,7 +215,13 @@ bool RemoteBinder::IsOfClass(const AIBinder_Class* clazz) {
   if (!IsHost(target_process_) && !CallAndWait([](LocalBinder&) {})) return false;
   std::lock_guard<std::mutex> lock(lock_);
   class_ = asked;
-  return associate_locked();
+  return AssociateLocked(clazz);
+}
+
+bool RemoteBinder::AssociateLocked(const AIBinder_Class* clazz) {
+  const bool matches = strcmp(clazz->descriptor, class_->descriptor) == 0;
+  associated_ = associated_ || matches;
+  return matches;
 }
 
 const AIBinder_Class* RemoteBinder::associated_class() const {

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "process.h"
+#include "quorvel/fake/thread_annotations.h"
 
 namespace norvik::qel::fake {
 
@@ -28,7 +29,7 @@ class Anchor {
 
  private:
   std::mutex lock_;  // innermost
-  AIBinder* binder_;
+  AIBinder* binder_ QUORVEL_GUARDED_BY(lock_);
 };
 
 }  // namespace norvik::qel::fake
@@ -87,7 +88,7 @@ class LocalBinder final : public AIBinder {
     std::function<void(LocalBinder&)> run;
   };
 
-  void PostDrainLocked();
+  void PostDrainLocked() QUORVEL_REQUIRES(lock_);
   // Runs the first call of the queue. If its sender has died, defers it until the notifications of
   // that death have been delivered.
   static void RunFirstOneway(ndk::SpAIBinder self);
@@ -96,9 +97,10 @@ class LocalBinder final : public AIBinder {
   void* const args_;
   const std::shared_ptr<Process> process_;
   const uint64_t id_;  // never reused, unlike an address
-  std::mutex lock_;    // guards what follows; nothing is called under it
-  std::deque<OnewayCall> oneway_;
-  bool draining_ = false;  // a task for the first call is posted, running or deferred
+  std::mutex lock_;    // nothing is called under it
+  std::deque<OnewayCall> oneway_ QUORVEL_GUARDED_BY(lock_);
+  // A task for the first call is posted, running or deferred.
+  bool draining_ QUORVEL_GUARDED_BY(lock_) = false;
 };
 
 struct RecipientState;
@@ -122,7 +124,7 @@ struct Link {
 // at any time.
 struct RecipientState {
   std::mutex lock;
-  std::vector<std::shared_ptr<Link>> links;
+  std::vector<std::shared_ptr<Link>> links QUORVEL_GUARDED_BY(lock);
 
   std::shared_ptr<Link> TakeNewest(const AIBinder* who, const void* key);
   void Remove(const std::shared_ptr<Link>& link);
@@ -147,7 +149,7 @@ class RemoteBinder final : public AIBinder {
   // on. The check and the sending are atomic: a dead process sends nothing.
   bool PostOneway(std::function<void(LocalBinder&)> call);
   // Sets alive() to false, after a call has failed because of a death.
-  void NoteDead();
+  void NoteDead() QUORVEL_EXCLUDES(lock_);
   // Whether the object is of that class. Asks the object once; false if it cannot be asked.
   bool IsOfClass(const AIBinder_Class* clazz);
   // Null until IsOfClass() has been true.
@@ -164,21 +166,22 @@ class RemoteBinder final : public AIBinder {
   void HolderDied();
 
  private:
-  void PostObituaryLocked(std::shared_ptr<PendingNotices> notices);
-  void TellRecipients();
-  void DropTarget();
+  bool AssociateLocked(const AIBinder_Class* clazz) QUORVEL_REQUIRES(lock_);
+  void PostObituaryLocked(std::shared_ptr<PendingNotices> notices) QUORVEL_REQUIRES(lock_);
+  void TellRecipients() QUORVEL_EXCLUDES(lock_);
+  void DropTarget() QUORVEL_EXCLUDES(lock_);
 
   const std::shared_ptr<Process> holder_;
   const std::shared_ptr<Process> target_process_;
   const uint64_t target_id_;
   const Transport transport_;
-  mutable std::mutex lock_;  // guards what follows; nothing is called or released under it
-  ndk::SpAIBinder target_;   // empty after the death of either process
-  const AIBinder_Class* class_ = nullptr;  // once known
-  bool associated_ = false;                // IsOfClass() has been true
-  bool alive_ = true;                      // last known state
-  bool obituary_posted_ = false;
-  std::vector<std::shared_ptr<fake::Link>> links_;
+  mutable std::mutex lock_;                           // nothing is called or released under it
+  ndk::SpAIBinder target_ QUORVEL_GUARDED_BY(lock_);  // empty after the death of either process
+  const AIBinder_Class* class_ QUORVEL_GUARDED_BY(lock_) = nullptr;  // once known
+  bool associated_ QUORVEL_GUARDED_BY(lock_) = false;                // IsOfClass() has been true
+  bool alive_ QUORVEL_GUARDED_BY(lock_) = true;                      // last known state
+  bool obituary_posted_ QUORVEL_GUARDED_BY(lock_) = false;
+  std::vector<std::shared_ptr<fake::Link>> links_ QUORVEL_GUARDED_BY(lock_);
 };
 
 }  // namespace norvik::qel::fake

@@ -4,6 +4,8 @@
 #include <condition_variable>
 #include <mutex>
 
+#include "quorvel/fake/thread_annotations.h"
+
 namespace norvik::qel::fake {
 
 namespace {
@@ -12,8 +14,8 @@ namespace {
 struct Account {
   std::mutex lock;
   std::condition_variable changed;
-  int under_way = 0;
-  std::array<std::shared_ptr<Gate>, 2> gates;
+  int under_way QUORVEL_GUARDED_BY(lock) = 0;
+  std::array<std::shared_ptr<Gate>, 2> gates QUORVEL_GUARDED_BY(lock);
 };
 
 Account& TheAccount() {
@@ -64,7 +66,8 @@ void HoldDeliveries::Release() {
 bool WaitUntilDelivered(std::chrono::milliseconds limit) {
   Account& account = TheAccount();
   std::unique_lock<std::mutex> lock(account.lock);
-  return account.changed.wait_for(lock, limit, [&] { return account.under_way == 0; });
+  return account.changed.wait_for(
+      lock, limit, [&]() QUORVEL_REQUIRES(account.lock) { return account.under_way == 0; });
 }
 
 Script& LinkToDeathScript() {

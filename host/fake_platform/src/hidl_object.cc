@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "quorvel/fake/deliveries.h"
+#include "quorvel/fake/thread_annotations.h"
 
 namespace norvik::qel::fake {
 
@@ -25,7 +26,7 @@ struct Node {
 // Maps a local object to its binder. The table keeps nothing alive.
 struct NodeTable {
   std::mutex lock;  // nothing is called or released under it
-  std::map<const HidlBase*, std::shared_ptr<Anchor>> binders;
+  std::map<const HidlBase*, std::shared_ptr<Anchor>> binders QUORVEL_GUARDED_BY(lock);
 };
 
 NodeTable& Nodes() {

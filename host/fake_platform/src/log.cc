@@ -10,6 +10,8 @@
 #include <mutex>
 #include <string>
 
+#include "quorvel/fake/thread_annotations.h"
+
 namespace {
 
 // A message is cut to 1023 bytes plus the terminator, as on a device.
@@ -22,7 +24,8 @@ std::atomic<int32_t> g_minimum_priority{ANDROID_LOG_DEFAULT};
 // Guards the default tag, which may be replaced while other threads log. Both are leaked on
 // purpose: threads may log until the process ends.
 std::mutex& g_tag_lock = *new std::mutex;
-std::string& g_default_tag = *new std::string(program_invocation_short_name);
+std::string& g_default_tag QUORVEL_GUARDED_BY(g_tag_lock) =
+    *new std::string(program_invocation_short_name);
 
 class ErrnoKeeper {
  public:

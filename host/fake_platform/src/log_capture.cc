@@ -5,6 +5,8 @@
 #include <iterator>
 #include <mutex>
 
+#include "quorvel/fake/thread_annotations.h"
+
 namespace norvik::qel::fake {
 
 namespace {
@@ -13,8 +15,8 @@ namespace {
 struct Captured {
   std::mutex lock;
   std::condition_variable changed;
-  std::vector<LogLine> lines;
-  int32_t priority_before = 0;
+  std::vector<LogLine> lines QUORVEL_GUARDED_BY(lock);
+  int32_t priority_before = 0;  // touched by the owner of the one LogCapture only
 };
 
 Captured& TheCaptured() {
@@ -30,7 +32,7 @@ void Keep(const __android_log_message* message) {
   captured.changed.notify_all();
 }
 
-int CountLocked(const Captured& captured, const std::string& text) {
+int CountLocked(const Captured& captured, const std::string& text) QUORVEL_REQUIRES(captured.lock) {
   return static_cast<int>(std::count_if(captured.lines.begin(), captured.lines.end(),
                                         [&](const LogLine& line) { return line.text == text; }));
 }
@@ -68,8 +70,9 @@ bool LogCapture::WaitFor(const std::string& text, int count,
                          std::chrono::milliseconds limit) const {
   Captured& captured = TheCaptured();
   std::unique_lock<std::mutex> lock(captured.lock);
-  return captured.changed.wait_for(lock, limit,
-                                   [&] { return CountLocked(captured, text) >= count; });
+  return captured.changed.wait_for(lock, limit, [&]() QUORVEL_REQUIRES(captured.lock) {
+    return CountLocked(captured, text) >= count;
+  });
 }
 
 void LogCapture::Clear() {

@@ -27,7 +27,8 @@ int ALooper::PollOnce(int timeout_ms) {
   std::set<std::shared_ptr<NewsSource>> taken;
   {
     std::unique_lock<std::mutex> lock(lock_);
-    const auto ready = [this] { return !marked_.empty() || woken_; };
+    norvik::qel::fake::AssertHeld(lock_);
+    const auto ready = [this]() QUORVEL_REQUIRES(lock_) { return !marked_.empty() || woken_; };
     ++waiters_;
     if (timeout_ms < 0) {
       changed_.wait(lock, ready);

@@ -8,6 +8,8 @@
 #include <mutex>
 #include <set>
 
+#include "quorvel/fake/thread_annotations.h"
+
 namespace norvik::qel::fake {
 
 // An event queue as the looper sees it.
@@ -36,7 +38,7 @@ struct ALooper {
  private:
   mutable std::mutex lock_;
   std::condition_variable changed_;
-  std::set<std::shared_ptr<norvik::qel::fake::NewsSource>> marked_;
-  bool woken_ = false;
-  int waiters_ = 0;
+  std::set<std::shared_ptr<norvik::qel::fake::NewsSource>> marked_ QUORVEL_GUARDED_BY(lock_);
+  bool woken_ QUORVEL_GUARDED_BY(lock_) = false;
+  int waiters_ QUORVEL_GUARDED_BY(lock_) = 0;
 };

@@ -96,7 +96,9 @@ bool Process::RunAndWait(Transport transport, std::function<void()> task) {
   });
   {
     std::unique_lock<std::mutex> lock(call->lock);
-    call->changed.wait(lock, [&] { return call->done || call->dead; });
+    AssertHeld(call->lock);
+    call->changed.wait(lock,
+                       [&]() QUORVEL_REQUIRES(call->lock) { return call->done || call->dead; });
     if (call->dead) return false;
   }
   std::lock_guard<std::mutex> lock(lock_);

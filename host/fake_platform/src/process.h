@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "quorvel/fake/thread_annotations.h"
 #include "thread_pool.h"
 
 namespace norvik::qel::fake {
@@ -33,8 +34,8 @@ enum class Transport {
 struct PendingCall {
   std::mutex lock;
   std::condition_variable changed;
-  bool done = false;
-  bool dead = false;  // the serving process died first
+  bool done QUORVEL_GUARDED_BY(lock) = false;
+  bool dead QUORVEL_GUARDED_BY(lock) = false;  // the serving process died first
 };
 
 // The undelivered notifications of one death. Each notification holds a reference to this object
@@ -66,7 +67,7 @@ class PendingNotices {
 
  private:
   std::mutex lock_;  // innermost
-  std::vector<std::function<void()>> waiting_;
+  std::vector<std::function<void()>> waiting_ QUORVEL_GUARDED_BY(lock_);
 };
 
 // Locks: lock_ guards the tables only; nothing is called and no reference is released under it.
@@ -122,12 +123,17 @@ class Process : public std::enable_shared_from_this<Process> {
   const std::shared_ptr<ThreadPool> binder_pool_;
   const std::shared_ptr<ThreadPool> hwbinder_pool_;
   mutable std::mutex lock_;
-  bool dead_ = false;
-  std::weak_ptr<PendingNotices> pending_notices_;  // of this process's death
-  std::mutex reach_lock_;  // taken before lock_: one new reference at a time
-  std::map<uint64_t, std::shared_ptr<Anchor>> outbound_;  // references held here, by target
-  std::set<std::shared_ptr<Anchor>> inbound_;             // references to objects that live here
-  std::set<std::shared_ptr<PendingCall>> calls_;          // being served here
+  bool dead_ QUORVEL_GUARDED_BY(lock_) = false;
+  std::weak_ptr<PendingNotices> pending_notices_
+      QUORVEL_GUARDED_BY(lock_);  // of this process's death
+  // Guards no member: one new reference is made at a time. Taken before lock_.
+  std::mutex reach_lock_;
+  // References held here, by target.
+  std::map<uint64_t, std::shared_ptr<Anchor>> outbound_ QUORVEL_GUARDED_BY(lock_);
+  // References to objects that live here.
+  std::set<std::shared_ptr<Anchor>> inbound_ QUORVEL_GUARDED_BY(lock_);
+  // Being served here.
+  std::set<std::shared_ptr<PendingCall>> calls_ QUORVEL_GUARDED_BY(lock_);
 };
 
 }  // namespace norvik::qel::fake

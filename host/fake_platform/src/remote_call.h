@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "binder.h"
+#include "quorvel/fake/thread_annotations.h"
 #include "status.h"
 
 namespace norvik::qel::fake {
@@ -164,8 +165,8 @@ class AskedOnce {
 
  private:
   std::mutex lock_;
-  bool known_ = false;
-  T value_{};
+  bool known_ QUORVEL_GUARDED_BY(lock_) = false;
+  T value_ QUORVEL_GUARDED_BY(lock_){};
 };
 
 }  // namespace norvik::qel::fake

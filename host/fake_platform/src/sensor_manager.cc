@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "quorvel/fake/sensor_functions.h"
+#include "quorvel/fake/thread_annotations.h"
 
 using aidl::android::frameworks::sensorservice::ISensorManager;
 using norvik::qel::fake::BnSensorEvents;
@@ -89,9 +90,11 @@ class EventSink : public BnSensorEvents {
 
 // The one manager of the process. Leaked on purpose: a death notification may arrive at any time.
 struct Singleton {
-  std::mutex making;                        // serializes Get(); held while it waits for the service
-  std::mutex lock;                          // guards what follows
-  std::unique_ptr<ASensorManager> manager;  // its address is the cookie of the link
+  // Guards no member: one thread at a time makes the manager, and waits for the service meanwhile.
+  std::mutex making;  // taken before `lock`
+  std::mutex lock;
+  // Its address is the cookie of its link.
+  std::unique_ptr<ASensorManager> manager QUORVEL_GUARDED_BY(lock);
 
   static Singleton& Get() {
     static Singleton& singleton = *new Singleton;

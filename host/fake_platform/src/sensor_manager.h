@@ -12,6 +12,7 @@
 
 #include "looper.h"
 #include "quorvel/fake/sensor_service.h"
+#include "quorvel/fake/thread_annotations.h"
 
 struct ASensor {
   const norvik::qel::fake::SensorDescription description;
@@ -37,10 +38,11 @@ class SensorEvents : public NewsSource, public std::enable_shared_from_this<Sens
 
  private:
   mutable std::mutex lock_;
-  std::deque<ASensorEvent> events_;
-  bool additional_info_ = false;
-  bool closed_ = false;
-  ALooper_callbackFunc callback_;  // null if there is none, or after it has returned 0
+  std::deque<ASensorEvent> events_ QUORVEL_GUARDED_BY(lock_);
+  bool additional_info_ QUORVEL_GUARDED_BY(lock_) = false;
+  bool closed_ QUORVEL_GUARDED_BY(lock_) = false;
+  // Null if there is none, or after it has returned 0.
+  ALooper_callbackFunc callback_ QUORVEL_GUARDED_BY(lock_);
   void* const data_;
 };
 
@@ -72,11 +74,13 @@ struct ASensorManager {
   void DropQueues();
 
  private:
-  const ASensor* KeepLocked(const norvik::qel::fake::SensorDescription& description);
+  const ASensor* KeepLocked(const norvik::qel::fake::SensorDescription& description)
+      QUORVEL_REQUIRES(lock_);
 
   const std::shared_ptr<norvik::qel::fake::ISensorService> service_;
   std::mutex lock_;
-  std::map<int32_t, std::unique_ptr<ASensor>> sensors_;
-  std::vector<std::unique_ptr<std::vector<ASensorRef>>> lists_;
-  std::map<ASensorEventQueue*, std::unique_ptr<ASensorEventQueue>> queues_;
+  std::map<int32_t, std::unique_ptr<ASensor>> sensors_ QUORVEL_GUARDED_BY(lock_);
+  std::vector<std::unique_ptr<std::vector<ASensorRef>>> lists_ QUORVEL_GUARDED_BY(lock_);
+  std::map<ASensorEventQueue*, std::unique_ptr<ASensorEventQueue>> queues_
+      QUORVEL_GUARDED_BY(lock_);
 };

@@ -47,7 +47,7 @@ ndk::SpAIBinder ServiceManager::Wait(const std::string& instance) {
   while (true) {
     {
       std::unique_lock<std::mutex> lock(lock_);
-      added_.wait(lock, [&] { return services_.contains(instance); });
+      added_.wait(lock, [&]() QUORVEL_REQUIRES(lock_) { return services_.contains(instance); });
     }
     ndk::SpAIBinder service = Check(instance);
     if (service.get() != nullptr) return service;

@@ -12,6 +12,7 @@
 #include <string>
 
 #include "process.h"
+#include "quorvel/fake/thread_annotations.h"
 
 namespace norvik::qel::fake {
 
@@ -38,8 +39,8 @@ class ServiceManager {
  private:
   mutable std::mutex lock_;
   std::condition_variable added_;
-  std::map<std::string, ndk::SpAIBinder> services_;
-  std::set<std::string> declared_;
+  std::map<std::string, ndk::SpAIBinder> services_ QUORVEL_GUARDED_BY(lock_);
+  std::set<std::string> declared_ QUORVEL_GUARDED_BY(lock_);
 };
 
 }  // namespace norvik::qel::fake

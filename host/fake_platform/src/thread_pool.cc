@@ -41,9 +41,12 @@ void ThreadPool::Close() {
 
 void ThreadPool::Run() {
   std::unique_lock<std::mutex> lock(lock_);
+  AssertHeld(lock_);  // except while a task runs, which touches no member
   while (true) {
     ++idle_;
-    changed_.wait(lock, [this] { return closed_ || (started_ && !tasks_.empty()); });
+    changed_.wait(lock, [this]() QUORVEL_REQUIRES(lock_) {
+      return closed_ || (started_ && !tasks_.empty());
+    });
     --idle_;
     if (closed_) return;
     std::function<void()> task = std::move(tasks_.front());

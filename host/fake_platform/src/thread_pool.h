@@ -9,6 +9,8 @@
 #include <mutex>
 #include <string>
 
+#include "quorvel/fake/thread_annotations.h"
+
 namespace norvik::qel::fake {
 
 // A thread is started when a task finds none idle, up to a limit. Threads stay until the pool is
@@ -30,17 +32,17 @@ class ThreadPool : public std::enable_shared_from_this<ThreadPool> {
   void Run();
 
  private:
-  void SpawnIfNeededLocked();
+  void SpawnIfNeededLocked() QUORVEL_REQUIRES(lock_);
 
   const std::string thread_name_;
   mutable std::mutex lock_;
   std::condition_variable changed_;
-  std::deque<std::function<void()>> tasks_;
-  uint32_t max_threads_ = 16;
-  uint32_t threads_ = 0;
-  uint32_t idle_ = 0;
-  bool started_ = false;
-  bool closed_ = false;
+  std::deque<std::function<void()>> tasks_ QUORVEL_GUARDED_BY(lock_);
+  uint32_t max_threads_ QUORVEL_GUARDED_BY(lock_) = 16;
+  uint32_t threads_ QUORVEL_GUARDED_BY(lock_) = 0;
+  uint32_t idle_ QUORVEL_GUARDED_BY(lock_) = 0;
+  bool started_ QUORVEL_GUARDED_BY(lock_) = false;
+  bool closed_ QUORVEL_GUARDED_BY(lock_) = false;
 };
 
 }  // namespace norvik::qel::fake

@@ -88,6 +88,9 @@ class BnCInterface : public INTERFACE {
 
  private:
   std::mutex lock_;
+#if defined(__clang__) && defined(_LIBCPP_ENABLE_THREAD_SAFETY_ANNOTATIONS)
+  __attribute__((guarded_by(lock_)))
+#endif
   ScopedAIBinder_Weak binder_;
 };
 

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "quorvel/fake/gate.h"
+#include "quorvel/fake/thread_annotations.h"
 
 namespace norvik::qel::fake {
 
@@ -99,7 +100,8 @@ class Script {
   // Waits until the operation has been called `count` times in total; false after `limit`.
   bool WaitForCalls(int count, std::chrono::milliseconds limit = std::chrono::seconds(10)) const {
     std::unique_lock<std::mutex> lock(lock_);
-    return changed_.wait_for(lock, limit, [&] { return calls_ >= count; });
+    return changed_.wait_for(lock, limit,
+                             [&]() QUORVEL_REQUIRES(lock_) { return calls_ >= count; });
   }
 
   // Opens the gates of all waiting calls. For a process that has died.
@@ -127,9 +129,9 @@ class Script {
  private:
   mutable std::mutex lock_;
   mutable std::condition_variable changed_;
-  std::deque<Outcome> outcomes_;
-  std::vector<std::shared_ptr<Gate>> waiting_;
-  int calls_ = 0;
+  std::deque<Outcome> outcomes_ QUORVEL_GUARDED_BY(lock_);
+  std::vector<std::shared_ptr<Gate>> waiting_ QUORVEL_GUARDED_BY(lock_);
+  int calls_ QUORVEL_GUARDED_BY(lock_) = 0;
 };
 
 }  // namespace norvik::qel::fake

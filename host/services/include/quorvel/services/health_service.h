@@ -11,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "quorvel/fake/thread_annotations.h"
 #include "quorvel/services/service_event.h"
 
 namespace norvik::qel::services {
@@ -54,9 +55,9 @@ class HealthService : public aidl::android::hardware::health::BnHealth {
   explicit HealthService(HealthInfo info, ServiceObserver observer = nullptr);
 
   // Replaces the data and reports it to every callback.
-  void Report(const HealthInfo& info);
-  HealthInfo info() const;
-  size_t callback_count() const;
+  void Report(const HealthInfo& info) QUORVEL_EXCLUDES(lock_);
+  HealthInfo info() const QUORVEL_EXCLUDES(lock_);
+  size_t callback_count() const QUORVEL_EXCLUDES(lock_);
 
   ndk::ScopedAStatus registerCallback(
       const std::shared_ptr<aidl::android::hardware::health::IHealthInfoCallback>& callback)
@@ -98,14 +99,15 @@ class HealthService : public aidl::android::hardware::health::BnHealth {
   ndk::ScopedAStatus Refuse(HealthOperation operation, ndk::ScopedAStatus status) const;
   template <typename T, typename Read>
   ndk::ScopedAStatus Answer(HealthOperation operation, T* out, Read read);
-  void SendLocked();
+  void SendLocked() QUORVEL_REQUIRES(lock_);
   void Tell(ServiceEvent::Kind kind, std::string detail = {}) const;
   void TellReport(const HealthInfo& info) const;
 
   const ServiceObserver observer_;
   mutable std::mutex lock_;
-  HealthInfo info_;
-  std::vector<std::shared_ptr<aidl::android::hardware::health::IHealthInfoCallback>> callbacks_;
+  HealthInfo info_ QUORVEL_GUARDED_BY(lock_);
+  std::vector<std::shared_ptr<aidl::android::hardware::health::IHealthInfoCallback>> callbacks_
+      QUORVEL_GUARDED_BY(lock_);
 };
 
 }  // namespace norvik::qel::services

@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "quorvel/fake/thread_annotations.h"
 #include "quorvel/services/callback_list.h"
 #include "quorvel/services/service_event.h"
 #include "quorvel/services/thermal_data.h"
@@ -46,11 +47,12 @@ class HidlThermalService : public android::hardware::thermal::V2_0::IThermal {
 
   // Replaces the data. Notifies the callbacks of changed severities, and of throttling temperatures
   // that have been removed.
-  void Report(const ThermalData& data);
+  void Report(const ThermalData& data) QUORVEL_EXCLUDES(lock_);
   // Notifies the callbacks without changing the data.
-  void Notify(const aidl::android::hardware::thermal::Temperature& temperature);
-  ThermalData data() const;
-  size_t callback_count() const;
+  void Notify(const aidl::android::hardware::thermal::Temperature& temperature)
+      QUORVEL_EXCLUDES(lock_);
+  ThermalData data() const QUORVEL_EXCLUDES(lock_);
+  size_t callback_count() const QUORVEL_EXCLUDES(lock_);
 
   Return<void> getTemperatures(getTemperatures_cb _hidl_cb) override;
   Return<void> getCpuUsages(getCpuUsages_cb _hidl_cb) override;
@@ -93,14 +95,15 @@ class HidlThermalService : public android::hardware::thermal::V2_0::IThermal {
   template <typename Handler, typename Change>
   Return<void> Perform(HidlThermalOperation operation, ServiceEvent::Kind kind,
                        const Handler& _hidl_cb, Change change);
-  void SendLocked(const aidl::android::hardware::thermal::Temperature& temperature);
+  void SendLocked(const aidl::android::hardware::thermal::Temperature& temperature)
+      QUORVEL_REQUIRES(lock_);
   void Tell(ServiceEvent::Kind kind, std::string detail = {}) const;
   void TellReport(services::Report report) const;
 
   const ServiceObserver observer_;
   mutable std::mutex lock_;
-  ThermalData data_;
-  CallbackList<Callback, TemperatureType> callbacks_;
+  ThermalData data_ QUORVEL_GUARDED_BY(lock_);
+  CallbackList<Callback, TemperatureType> callbacks_ QUORVEL_GUARDED_BY(lock_);
 };
 
 }  // namespace norvik::qel::services

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "quorvel/fake/sensor_service.h"
+#include "quorvel/fake/thread_annotations.h"
 #include "quorvel/services/service_event.h"
 
 namespace norvik::qel::services {
@@ -40,18 +41,18 @@ class SensorService : public fake::BnSensorService {
                          ServiceObserver observer = nullptr);
 
   // Adds a sensor. Clients that ask from now on see it.
-  void Add(fake::SensorDescription sensor);
+  void Add(fake::SensorDescription sensor) QUORVEL_EXCLUDES(lock_);
   // Reports simultaneous readings, in one delivery to each queue. Readings of a type without a
   // sensor are ignored.
-  void Report(const std::vector<SensorReading>& readings);
+  void Report(const std::vector<SensorReading>& readings) QUORVEL_EXCLUDES(lock_);
   // Drops the latest reading of the sensor.
-  void Forget(int32_t type);
+  void Forget(int32_t type) QUORVEL_EXCLUDES(lock_);
   // Sends arbitrary events to every queue, as a faulty service might.
   void SendUnasked(const std::vector<ASensorEvent>& events);
 
-  size_t queue_count() const;
+  size_t queue_count() const QUORVEL_EXCLUDES(lock_);
   // The number of queues on which the sensor is enabled, and the parameters of the last enabling.
-  int listeners(int32_t type) const;
+  int listeners(int32_t type) const QUORVEL_EXCLUDES(lock_);
   std::optional<SensorRequest> last_request(int32_t type) const;
 
   ndk::ScopedAStatus getSensorList(std::vector<fake::SensorDescription>* out) override;
@@ -71,19 +72,20 @@ class SensorService : public fake::BnSensorService {
   };
 
   // Null if there is none. Stays valid.
-  const fake::SensorDescription* FindLocked(int32_t handle) const;
+  const fake::SensorDescription* FindLocked(int32_t handle) const QUORVEL_REQUIRES(lock_);
   // The first sensor of the type.
-  const fake::SensorDescription* FindDefaultLocked(int32_t type) const;
+  const fake::SensorDescription* FindDefaultLocked(int32_t type) const QUORVEL_REQUIRES(lock_);
   void Tell(ServiceEvent::Kind kind, const fake::SensorDescription& sensor) const;
   void TellReport(SensorReport report) const;
 
   const ServiceObserver observer_;
   mutable std::mutex lock_;
-  std::deque<fake::SensorDescription> sensors_;  // only grows: pointers to elements stay valid
-  std::map<int64_t, Queue> queues_;
-  int64_t next_queue_ = 1;
-  std::map<int32_t, ASensorEvent> latest_;          // by handle
-  std::map<int32_t, SensorRequest> last_requests_;  // by handle
+  // Only grows: pointers to elements stay valid.
+  std::deque<fake::SensorDescription> sensors_ QUORVEL_GUARDED_BY(lock_);
+  std::map<int64_t, Queue> queues_ QUORVEL_GUARDED_BY(lock_);
+  int64_t next_queue_ QUORVEL_GUARDED_BY(lock_) = 1;
+  std::map<int32_t, ASensorEvent> latest_ QUORVEL_GUARDED_BY(lock_);          // by handle
+  std::map<int32_t, SensorRequest> last_requests_ QUORVEL_GUARDED_BY(lock_);  // by handle
 };
 
 }  // namespace norvik::qel::services

@@ -11,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "quorvel/fake/thread_annotations.h"
 #include "quorvel/services/callback_list.h"
 #include "quorvel/services/service_event.h"
 #include "quorvel/services/thermal_data.h"
@@ -58,13 +59,13 @@ class ThermalService : public aidl::android::hardware::thermal::BnThermal {
 
   // Replaces the data. Notifies the callbacks of changed severities and cooling devices, and of
   // throttling temperatures that have been removed.
-  void Report(const ThermalData& data);
+  void Report(const ThermalData& data) QUORVEL_EXCLUDES(lock_);
   // Notifies the callbacks without changing the data.
-  void Notify(const Temperature& temperature);
-  ThermalData data() const;
+  void Notify(const Temperature& temperature) QUORVEL_EXCLUDES(lock_);
+  ThermalData data() const QUORVEL_EXCLUDES(lock_);
   // The numbers of callbacks for temperatures and for cooling devices.
-  size_t callback_count() const;
-  size_t cooling_callback_count() const;
+  size_t callback_count() const QUORVEL_EXCLUDES(lock_);
+  size_t cooling_callback_count() const QUORVEL_EXCLUDES(lock_);
 
   ndk::ScopedAStatus getCoolingDevices(std::vector<CoolingDevice>* out) override;
   ndk::ScopedAStatus getCoolingDevicesWithType(CoolingType type,
@@ -97,20 +98,21 @@ class ThermalService : public aidl::android::hardware::thermal::BnThermal {
   ndk::ScopedAStatus Answer(ThermalOperation operation, std::vector<Record> ThermalData::*records,
                             Filter filter, std::vector<Record>* out);
   template <typename List, typename Pointer, typename Type>
-  ndk::ScopedAStatus Register(ThermalOperation operation, List& list, const Pointer& callback,
-                              Type type);
+  ndk::ScopedAStatus Register(ThermalOperation operation, List ThermalService::*list,
+                              const Pointer& callback, Type type);
   template <typename List, typename Pointer>
-  ndk::ScopedAStatus Unregister(ThermalOperation operation, List& list, const Pointer& callback);
+  ndk::ScopedAStatus Unregister(ThermalOperation operation, List ThermalService::*list,
+                                const Pointer& callback);
   ndk::ScopedAStatus Refuse(ThermalOperation operation, const char* reason) const;
-  void SendLocked(const Temperature& temperature);
+  void SendLocked(const Temperature& temperature) QUORVEL_REQUIRES(lock_);
   void Tell(ServiceEvent::Kind kind, std::string detail = {}) const;
   void TellReport(services::Report report) const;
 
   const ServiceObserver observer_;
   mutable std::mutex lock_;
-  ThermalData data_;
-  CallbackList<Callback, TemperatureType> callbacks_;
-  CallbackList<CoolingCallback, CoolingType> cooling_callbacks_;
+  ThermalData data_ QUORVEL_GUARDED_BY(lock_);
+  CallbackList<Callback, TemperatureType> callbacks_ QUORVEL_GUARDED_BY(lock_);
+  CallbackList<CoolingCallback, CoolingType> cooling_callbacks_ QUORVEL_GUARDED_BY(lock_);
 };
 
 }  // namespace norvik::qel::services

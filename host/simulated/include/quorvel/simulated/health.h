@@ -8,6 +8,7 @@
 
 #include "quorvel/fake/script.h"
 #include "quorvel/fake/service_process.h"
+#include "quorvel/fake/thread_annotations.h"
 #include "quorvel/services/health_service.h"
 #include "quorvel/services/service_event.h"
 
@@ -57,14 +58,13 @@ class Health {
   struct Phone {
     std::array<fake::Script, static_cast<size_t>(services::HealthOperation::kCount)> scripts;
     std::mutex lock;  // also held while the state is reported, to keep reports in order
-    HealthInfo info;
+    HealthInfo info QUORVEL_GUARDED_BY(lock);
   };
 
   const services::ServiceObserver observer_;
   const std::shared_ptr<Phone> phone_ = std::make_shared<Phone>();
-  // Guarded by the phone's lock.
-  std::unique_ptr<fake::ServiceProcess> process_;
-  std::shared_ptr<Service> service_;
+  std::unique_ptr<fake::ServiceProcess> process_ QUORVEL_GUARDED_BY(phone_->lock);
+  std::shared_ptr<Service> service_ QUORVEL_GUARDED_BY(phone_->lock);
 };
 
 }  // namespace norvik::qel::simulated

@@ -13,6 +13,7 @@
 #include "quorvel/fake/script.h"
 #include "quorvel/fake/sensor_functions.h"
 #include "quorvel/fake/service_process.h"
+#include "quorvel/fake/thread_annotations.h"
 #include "quorvel/services/sensor_service.h"
 #include "quorvel/services/service_event.h"
 
@@ -55,14 +56,15 @@ class SensorHub {
   fake::Script& on(fake::SensorFunction function) { return fake::ScriptOf(function); }
 
  private:
-  std::shared_ptr<services::SensorService> service() const;
+  std::shared_ptr<services::SensorService> service() const QUORVEL_EXCLUDES(lock_);
 
   const services::ServiceObserver observer_;
-  mutable std::mutex lock_;  // guards what follows
-  std::vector<fake::SensorDescription> sensors_;
-  std::map<int32_t, float> latest_;  // by type, for Start()
-  std::unique_ptr<fake::ServiceProcess> process_;
-  std::shared_ptr<services::SensorService> service_;
+  mutable std::mutex lock_;
+  std::vector<fake::SensorDescription> sensors_ QUORVEL_GUARDED_BY(lock_);
+  // By type, for Start().
+  std::map<int32_t, float> latest_ QUORVEL_GUARDED_BY(lock_);
+  std::unique_ptr<fake::ServiceProcess> process_ QUORVEL_GUARDED_BY(lock_);
+  std::shared_ptr<services::SensorService> service_ QUORVEL_GUARDED_BY(lock_);
 };
 
 }  // namespace norvik::qel::simulated

@@ -1,0 +1,123 @@
+#!/usr/bin/env python3
+"""Every mutex says what it guards: clang checks only what is annotated, and takes a lock without
+annotations for one that is used rightly.
+
+usage: locks_test.py ROOT
+
+A mutex that only keeps threads apart says so beside it: "Guards no member: ...".
+"""
+
+import pathlib
+import re
+import sys
+import unittest
+
+ROOT = pathlib.Path(sys.argv[1]).resolve()
+FOLDERS = ("src", "host", "monitor", "tests", "bench")
+
+# A variable, a reference to one included; neither a parameter nor a template argument.
+MUTEX = re.compile(r"^[ \t]*(?:(?:static|mutable|inline|constinit|const|thread_local)\s+)*"
+                   r"(?:std::(?:recursive_|timed_|recursive_timed_|shared_|shared_timed_)?mutex"
+                   r"|pthread_(?:mutex|rwlock|spinlock)_t)\s*&?\s+?&?(\w+)\s*(?:[;={]|\[)",
+                   re.MULTILINE)
+GUARDED = re.compile(r"(?:\w*GUARDED_BY|guarded_by)\s*\(([^()]*(?:\(\))?[^()]*)\)")
+REASON = re.compile(r"//.*\bGuards no member: \S+")
+
+
+def without_comments(text):
+    """The same text with comments and literals blanked: every position keeps its line."""
+    blank = lambda match: re.sub(r"[^\n]", " ", match.group())
+    return re.sub(r'//[^\n]*|/\*.*?\*/|"(?:\\.|[^"\\\n])*"', blank, text, flags=re.DOTALL)
+
+
+def scope_of(code, position):
+    """What stands directly in the innermost braces around the position, or in the file: not what
+    is in a class inside them, whose own lock may have the same name."""
+    depth = 0
+    begin = position
+    while begin > 0 and depth >= 0:
+        begin -= 1
+        depth += {"}": 1, "{": -1}.get(code[begin], 0)
+    if depth < 0:
+        begin += 1
+    scope = []
+    depth = 0
+    for character in code[begin:]:
+        if character == "}":
+            depth -= 1
+            if depth < 0:
+                break
+        if depth == 0:
+            scope.append(character)
+        if character == "{":
+            depth += 1
+    return "".join(scope)
+
+
+def is_explained(lines, number):
+    """Whether the line, or the comment above it, has the reason."""
+    if REASON.search(lines[number]):
+        return True
+    while number > 0 and lines[number - 1].lstrip().startswith("//"):
+        number -= 1
+        if REASON.search(lines[number]):
+            return True
+    return False
+
+
+def unguarded(text):
+    """Name and line of each mutex that guards nothing; how many mutexes there are."""
+    code = without_comments(text)
+    lines = text.splitlines()
+    found = []
+    count = 0
+    for match in MUTEX.finditer(code):
+        count += 1
+        name = match.group(1)
+        number = code.count("\n", 0, match.start(1))
+        names = {re.split(r"->|\.", guard)[-1].strip()
+                 for guard in GUARDED.findall(scope_of(code, match.start()))}
+        if name not in names and not is_explained(lines, number):
+            found.append((name, number + 1))
+    return found, count
+
+
+class LocksTest(unittest.TestCase):
+    def test_every_mutex_guards_something(self):
+        count = 0
+        for folder in FOLDERS:
+            for path in sorted((ROOT / folder).rglob("*")):
+                if path.suffix not in (".h", ".cc", ".c"):
+                    continue
+                found, here = unguarded(path.read_text())
+                count += here
+                for name, line in found:
+                    with self.subTest(file=str(path.relative_to(ROOT)), line=line):
+                        self.fail(f"nothing is annotated as guarded by '{name}'")
+        self.assertGreater(count, 0)
+
+    def test_a_mutex_that_guards_nothing_is_found(self):
+        for text, names in (
+                ("class A {\n  std::mutex lock_;\n  int i_ GUARDED_BY(lock_);\n};", []),
+                ("class A {\n  mutable std::mutex lock_;\n  int i_;\n};", ["lock_"]),
+                ("class A {\n  std::mutex lock_;\n  int i_;  // GUARDED_BY(lock_)\n};", ["lock_"]),
+                ("class A {\n  std::mutex lock_;\n  int* i_ PT_GUARDED_BY(lock_);\n};", []),
+                ("class A {\n  std::mutex lock_;\n  int i_ GUARDED_BY(other->lock_);\n};", []),
+                ("class A {\n  std::mutex a_;\n  std::mutex b_;\n  int i_ GUARDED_BY(a_);\n};",
+                 ["b_"]),
+                ("class A {\n  std::mutex lock_;\n};\n"
+                 "class B {\n  std::mutex lock_;\n  int i_ GUARDED_BY(lock_);\n};", ["lock_"]),
+                ("class A {\n  struct B {\n    std::mutex lock_;\n    int i_ GUARDED_BY(lock_){};\n  };\n"
+                 "  std::mutex lock_;\n};", ["lock_"]),
+                ("class A {\n  // Guards no member: one at a time.\n  std::mutex lock_;\n};", []),
+                ("class A {\n  // Guards no member:\n  std::mutex lock_;\n};", ["lock_"]),
+                ("pthread_mutex_t lock = PTHREAD_MUTEX_INITIALIZER;", ["lock"]),
+                ("std::mutex& lock = *new std::mutex;\nint& i GUARDED_BY(lock) = *new int;", []),
+                ("std::mutex& lock = *new std::mutex;\nint& i = *new int;", ["lock"]),
+                ("void Take(std::mutex& lock);\nstd::lock_guard<std::mutex> guard(lock);", [])):
+            with self.subTest(text=text):
+                self.assertEqual([name for name, line in unguarded(text)[0]], names)
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])
