@@ -15,6 +15,7 @@
 #include "battery/battery_info.h"
 #include "cpus.h"
 #include "latencies.h"
+#include "look_up_thermal.h"
 #include "polls.h"
 #include "probe.h"
 #include "quick.h"
@@ -26,7 +27,6 @@
 #include "registration.h"
 #include "thermal/audio_thermal_callback.h"
 #include "thermal/audio_thermal_changed_callback.h"
-#include "thermal_service.h"
 #include "turns.h"
 #include "workers.h"
 
