@@ -15,7 +15,6 @@
 
 #include "cpus.h"
 #include "latencies.h"
-#include "library_threads.h"
 #include "probe.h"
 #include "process_state.h"
 #include "quick.h"
@@ -80,7 +79,7 @@ struct Way {
 };
 
 int Threads() {
-  return LibraryThreadCount() + ThreadsNamed({kThreadName});
+  return LibraryThreadCount() + ThreadsNamed(kThreadName);
 }
 
 bool HasItsThreads(const Way& way, int threads) {

@@ -24,6 +24,7 @@
 #include "clients.h"
 #include "device_files.h"
 #include "linux_machine.h"
+#include "process_state.h"
 #include "quorvel.h"
 #include "quorvel/fake/deliveries.h"
 #include "thermal_devices.h"
@@ -415,10 +416,10 @@ TEST_F(LinuxThermalTest, AServiceThatWasStoppedServesAgainAndLeavesNothingOpen) 
   EXPECT_EQ(NextSeverity(), 2);
 
   constexpr int kRounds = 20;
-  const ptrdiff_t before = OpenFiles();
+  const int before = Descriptors();
   for (int i = 0; i < kRounds; ++i) thermal_->Start();
   // What makes the device tree may have opened a few of its own meanwhile.
-  EXPECT_LT(OpenFiles(), before + kRounds);
+  EXPECT_LT(Descriptors(), before + kRounds);
 }
 
 // Nobody registers, so that nothing is read at intervals: see EventuallyWhileAsked().

@@ -38,10 +38,6 @@ class ThermalLifetimeTest : public ThermalPathTest {
 INSTANTIATE_TEST_SUITE_P(, ThermalLifetimeTest,
                          testing::Values(ThermalPath::kAidl, ThermalPath::kHidl), PathName);
 
-int ThermalThreads() {
-  return ThreadsNamed({"thermal_reconnect", "thermal_restore", "thermal_callback"});
-}
-
 // Every thread that has not been joined keeps its stack mapped.
 int Mappings() {
   std::ifstream maps("/proc/self/maps");
@@ -74,7 +70,7 @@ TEST_P(ThermalLifetimeTest, ACallbackMayDeregisterItselfAsTheLastClient) {
   }
   EXPECT_EQ(registered(), 0u);
   // The two of the handle: those of the type end by themselves.
-  EXPECT_TRUE(Eventually([] { return ThermalThreads() == 2; }));
+  EXPECT_TRUE(Eventually([] { return LibraryThreadCount() == 2; }));
   EndsInTime([this] { DeinitThermalInfo(&handle_); });
 }
 
@@ -95,7 +91,7 @@ TEST_P(ThermalLifetimeTest, CallbacksThatReplaceThemselvesLeaveNothingBehind) {
         relay.done.Put(true);
         return;
       }
-      relay.most_threads = std::max(relay.most_threads, ThermalThreads());
+      relay.most_threads = std::max(relay.most_threads, LibraryThreadCount());
       EXPECT_EQ(DeregisterThermalCallback(relay.handle, id), 0);
       EXPECT_EQ(RegisterClient(relay.handle, relay.round, kTypes[relay.round % 2],
                                kNames[relay.round % 2], Callback, &relay),
@@ -123,7 +119,7 @@ TEST_P(ThermalLifetimeTest, ACallbackAndAThreadMayDeregisterTheSameLastClient) {
     ASSERT_EQ(RegisterClient(handle_, 1, "SKIN", "skin", Caller::Callback, &self), 0);
     int outside = 0;
     EndsInTime([&] { outside = DeregisterThermalCallback(handle_, 1); });
-    ASSERT_TRUE(Eventually([] { return ThermalThreads() == 2; }));
+    ASSERT_TRUE(Eventually([] { return LibraryThreadCount() == 2; }));
     // The thread may have come before the client was told at all.
     const auto inside = self.results.Take(std::chrono::milliseconds(0));
     ASSERT_TRUE(outside == 0 ? !inside || inside == -EINVAL : inside == 0);
@@ -150,7 +146,7 @@ TEST_P(ThermalLifetimeTest, TwoCallbacksMayDeregisterEachOthersLastClient) {
     ASSERT_EQ(skin.results.Take(), 0);
     ASSERT_EQ(cpu.results.Take(), 0);
     ASSERT_EQ(Unregistered(), 2 * round);
-    ASSERT_TRUE(Eventually([] { return ThermalThreads() == 2; })) << "before the gate goes";
+    ASSERT_TRUE(Eventually([] { return LibraryThreadCount() == 2; })) << "before the gate goes";
   }
 }
 
@@ -207,7 +203,7 @@ TEST_P(ThermalLifetimeTest, TheEndWaitsForACallbackAndRefusesItsRegistrations) {
   EndsInTime([this] { DeinitThermalInfo(&handle_); });
   EXPECT_FALSE(self.results.empty());
   EXPECT_EQ(registered(), 0u);
-  EXPECT_TRUE(Eventually([] { return ThermalThreads() == 0; }));
+  EXPECT_TRUE(Eventually([] { return LibraryThreadCount() == 0; }));
 }
 
 TEST_P(ThermalLifetimeTest, AHandleMayGoWhileItsDeathNotificationIsAboutToRun) {
@@ -325,7 +321,7 @@ TEST_P(ThermalLifetimeTest, HandlesLeaveNothingBehind) {
   const int before = Descriptors();
   for (int round = 0; round < (kSanitized ? 100 : 1'000); ++round) cycle();
   EXPECT_EQ(Descriptors(), before);
-  EXPECT_TRUE(Eventually([] { return ThermalThreads() == 0; }));
+  EXPECT_TRUE(Eventually([] { return LibraryThreadCount() == 0; }));
 }
 
 // Everything at once: reports, deaths, and handles that come and go with their clients.

@@ -8,7 +8,6 @@
 #include <atomic>
 #include <filesystem>
 #include <functional>
-#include <iterator>
 #include <map>
 #include <memory>
 #include <optional>
@@ -146,10 +145,5 @@ class NoticeListener {
  private:
   Seen<services::ServiceEvent> events_;
 };
-
-inline ptrdiff_t OpenFiles() {
-  const std::filesystem::directory_iterator files("/proc/self/fd");
-  return std::distance(begin(files), end(files));
-}
 
 }  // namespace norvik::qel
