@@ -175,7 +175,7 @@ std::unique_ptr<Worker> MakeTwoBarePairs(Probe& probe) {
 struct Row {
   const char* name;
   MakeWorker make;
-  MakeWorker yardstick = MakeBareWorker;
+  MakeWorker baseline = MakeBareWorker;
   // When what counts as the event has happened, if that is later than the request.
   int64_t (*event_ns)() = nullptr;
 };
@@ -194,15 +194,15 @@ void FromEventToClient(benchmark::State& state, const Row& row) {
   Probe client(Probe::Asker::kSleeps);
   Probe action(Probe::Asker::kSleeps);
   std::unique_ptr<Worker> event;
-  std::unique_ptr<Worker> yardstick;
+  std::unique_ptr<Worker> baseline;
   {
     const WorkersAreMadeHere here;
     event = row.make(client);
-    yardstick = row.yardstick(action);
+    baseline = row.baseline(action);
   }
   Turns turns;
   turns.Add("library", [&] { return FromEventToCall(*event, client, row.event_ns); });
-  turns.Add("bare", [&] { return FromEventToCall(*yardstick, action, nullptr); });
+  turns.Add("bare", [&] { return FromEventToCall(*baseline, action, nullptr); });
   turns.Run(state, kNothingRan);
 }
 

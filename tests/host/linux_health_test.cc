@@ -1,4 +1,4 @@
-// The Linux machine's battery and chargers, on device trees made up for each test.
+// The Linux machine's battery and chargers, on a fake sysfs made for each test.
 #include "quorvel/linux_machine/health.h"
 
 #include <aidl/android/hardware/health/BnHealthInfoCallback.h>
@@ -449,7 +449,7 @@ TEST_F(LinuxHealthTest, StoppingLeavesNothingOpen) {
     DeinitBatteryInfo(&handle);
     health_.Stop();
   }
-  // What makes the device tree may have opened a few of its own meanwhile.
+  // What makes the fake sysfs may have opened a few of its own meanwhile.
   EXPECT_LT(Descriptors(), before + kRounds);
 }
 

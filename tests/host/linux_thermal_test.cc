@@ -1,4 +1,4 @@
-// The Linux machine's temperatures, on device trees made up for each test.
+// The Linux machine's temperatures, on a fake sysfs made for each test.
 #include "quorvel/linux_machine/thermal.h"
 
 #include <aidl/android/hardware/thermal/BnCoolingDeviceChangedCallback.h>
@@ -418,7 +418,7 @@ TEST_F(LinuxThermalTest, AServiceThatWasStoppedServesAgainAndLeavesNothingOpen) 
   constexpr int kRounds = 20;
   const int before = Descriptors();
   for (int i = 0; i < kRounds; ++i) thermal_->Start();
-  // What makes the device tree may have opened a few of its own meanwhile.
+  // What makes the fake sysfs may have opened a few of its own meanwhile.
   EXPECT_LT(Descriptors(), before + kRounds);
 }
 

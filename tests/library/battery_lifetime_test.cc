@@ -40,7 +40,8 @@ TEST_F(BatteryLifetimeTest, AHandleMayGoWhileItsDeathNotificationIsAboutToRun) {
     ASSERT_TRUE(hold.WaitForHeld());
     DeinitBatteryInfo(&handle);
     health_.Start();
-    // The allocator likes to give the address away again: the notice must not harm the new owner.
+    // The allocator likes to give the address away again: the death notification must not harm the
+    // new owner.
     void* successor = nullptr;
     InitBatteryInfo(&successor);
     ASSERT_EQ(RegisterBatteryLevelCallback(successor, Client<1>, &seen_), 0);
@@ -175,7 +176,7 @@ TEST_F(BatteryLifetimeTest, OneHandleServesManyThreads) {
   EXPECT_EQ(health_.callback_count(), 1u);
 }
 
-TEST_F(BatteryLifetimeTest, ADeathStormEndsWithEveryRegistrationRestored) {
+TEST_F(BatteryLifetimeTest, ManyDeathsEndWithEveryRegistrationRestored) {
   const fake::ShortGetServiceWait short_wait;
   RegisterAndHearLevel();
   const int rounds = kSanitized ? 100 : 500;

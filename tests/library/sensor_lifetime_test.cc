@@ -86,7 +86,7 @@ TEST_F(SensorLifetimeTest, HandlesSideBySideHearEveryReportAndEndAlone) {
   }
 }
 
-TEST_F(SensorLifetimeTest, HandlesComeAndGoUnderAStormOfReports) {
+TEST_F(SensorLifetimeTest, HandlesComeAndGoAmidReports) {
   std::atomic<bool> stop{false};
   std::atomic<int> latest{0};
   std::thread sensor([&] {

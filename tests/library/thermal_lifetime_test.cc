@@ -210,14 +210,14 @@ TEST_P(ThermalLifetimeTest, AHandleMayGoWhileItsDeathNotificationIsAboutToRun) {
   const int rounds = kSanitized ? 20 : 100;
   for (int round = 0; round < rounds; ++round) {
     RegisterAndHear<1>("SKIN", "skin");
-    HoldDeliveries notices(Delivery::kDeathNotification);
+    HoldDeliveries notifications(Delivery::kDeathNotification);
     thermal_.Start(GetParam());
-    ASSERT_TRUE(notices.WaitForHeld());
+    ASSERT_TRUE(notifications.WaitForHeld());
     DeinitThermalInfo(&handle_);
-    // Probably at the same address: the notice must leave it alone.
+    // Probably at the same address: the death notification must leave it alone.
     InitThermalInfo(&handle_);
     RegisterAndHear<2>("SKIN", "skin");
-    notices.Release();
+    notifications.Release();
     ASSERT_TRUE(fake::WaitUntilDelivered());
     ASSERT_EQ(registered(), 1u);
     thermal_.SetSeverity("skin", ThrottlingSeverity::LIGHT);
@@ -231,12 +231,12 @@ TEST_P(ThermalLifetimeTest, AHandleMayGoWhileItsDeathNotificationIsAboutToRun) {
   }
 }
 
-// Connected by one path, a callback makes a link by the other while its handle goes; the notice of
-// that link's death comes when the handle is gone.
+// Connected by one path, a callback makes a link by the other while its handle goes; that link's
+// death notification comes when the handle is gone.
 TEST_P(ThermalLifetimeTest, ALinkMadeAtTheVeryEndTouchesNothing) {
   const ThermalPath other =
       GetParam() == ThermalPath::kAidl ? ThermalPath::kHidl : ThermalPath::kAidl;
-  std::optional<HoldDeliveries> notices;
+  std::optional<HoldDeliveries> notifications;
   Gate called;
   Caller self = {
       .handle = handle_, .action = [&](Caller& caller) {
@@ -250,9 +250,9 @@ TEST_P(ThermalLifetimeTest, ALinkMadeAtTheVeryEndTouchesNothing) {
         int count = 1;
         EXPECT_EQ(GetBulkTemperatureByNames(caller.handle, &name, 1, &reading, &count), 0);
         caller.results.Put(count);
-        notices.emplace(Delivery::kDeathNotification);
+        notifications.emplace(Delivery::kDeathNotification);
         thermal_.Kill(other);
-        EXPECT_TRUE(notices->WaitForHeld());
+        EXPECT_TRUE(notifications->WaitForHeld());
       }};
   ASSERT_EQ(RegisterClient(handle_, 1, "SKIN", "skin", Caller::Callback, &self), 0);
   ASSERT_TRUE(called.WaitForArrivals());
@@ -262,7 +262,7 @@ TEST_P(ThermalLifetimeTest, ALinkMadeAtTheVeryEndTouchesNothing) {
   ASSERT_TRUE(fake::WaitUntilDelivered());
   EndsInTime([this] { DeinitThermalInfo(&handle_); });
   EXPECT_EQ(self.results.Take(), 1);
-  notices->Release();
+  notifications->Release();
   EXPECT_TRUE(fake::WaitUntilDelivered());
 }
 
@@ -273,11 +273,11 @@ TEST_P(ThermalLifetimeTest, TheEndUnlinksFromAHidlService) {
 }
 
 // The new handle is probably at the same address.
-TEST_P(ThermalLifetimeTest, ANoticeOfAnEarlierServiceLeavesALinkByTheOtherPathAlone) {
+TEST_P(ThermalLifetimeTest, ADeathNotificationOfAnEarlierServiceLeavesALinkByTheOtherPathAlone) {
   RegisterAndHear<1>("SKIN", "skin");
-  HoldDeliveries notices(Delivery::kDeathNotification);
+  HoldDeliveries notifications(Delivery::kDeathNotification);
   thermal_.Kill(GetParam());
-  ASSERT_TRUE(notices.WaitForHeld());
+  ASSERT_TRUE(notifications.WaitForHeld());
   thermal_.Undeclare(GetParam());
   DeinitThermalInfo(&handle_);
   const ThermalPath other =
@@ -285,7 +285,7 @@ TEST_P(ThermalLifetimeTest, ANoticeOfAnEarlierServiceLeavesALinkByTheOtherPathAl
   Bring(other);
   InitThermalInfo(&handle_);
   RegisterAndHear<2>("SKIN", "skin");
-  notices.Release();
+  notifications.Release();
   ASSERT_TRUE(fake::WaitUntilDelivered());
   thermal_.SetSeverity("skin", ThrottlingSeverity::LIGHT);
   EXPECT_EQ(seen_.Take(), (Call{2, 1}));
@@ -325,7 +325,7 @@ TEST_P(ThermalLifetimeTest, HandlesLeaveNothingBehind) {
 }
 
 // Everything at once: reports, deaths, and handles that come and go with their clients.
-TEST_P(ThermalLifetimeTest, HandlesComeAndGoUnderAStormOfReportsAndDeaths) {
+TEST_P(ThermalLifetimeTest, HandlesComeAndGoAmidReportsAndDeaths) {
   std::atomic<bool> stop{false};
   std::thread phone([&] {
     for (int round = 0; !stop; ++round) {
