@@ -79,7 +79,7 @@ struct Way {
 };
 
 int Threads() {
-  return LibraryThreadCount() + ThreadsNamed(kThreadName);
+  return LibraryThreadCount() + ThreadsNamed({kThreadName});
 }
 
 bool HasItsThreads(const Way& way, int threads) {

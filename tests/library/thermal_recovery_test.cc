@@ -211,7 +211,7 @@ TEST_P(ThermalRecoveryTest, ARefusalIsNotRepeatedOnTheSameConnection) {
 TEST_P(ThermalRecoveryTest, WaitingRegistrationsThatFailLeaveNoWorkers) {
   constexpr int kWaiting = 300;
   RegisterAndHear<1>("SKIN", "skin");
-  const auto workers = [] { return ThreadsNamed("thermal_callback"); };
+  const auto workers = [] { return ThreadsNamed({"thermal_callback"}); };
   ASSERT_TRUE(Eventually([&] { return workers() == 1; }));
   thermal_.Kill(GetParam());
   ASSERT_TRUE(fake::WaitUntilDelivered());

@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <initializer_list>
 #include <iterator>
 #include <span>
 #include <string>
@@ -68,8 +69,8 @@ inline std::vector<pid_t> ThreadIdsNamed(std::span<const std::string_view> names
   return ids;
 }
 
-inline int ThreadsNamed(std::string_view name) {
-  return static_cast<int>(ThreadIdsNamed({&name, 1}).size());
+inline int ThreadsNamed(std::initializer_list<std::string_view> names) {
+  return static_cast<int>(ThreadIdsNamed({names.begin(), names.size()}).size());
 }
 
 // The library's workers, of whatever handles. By their full names: a test program and its threads
