@@ -3,11 +3,10 @@
 #include <errno.h>
 #include <sched.h>
 
-#include <filesystem>
-#include <fstream>
-#include <string>
 #include <system_error>
 #include <vector>
+
+#include "process_state.h"
 
 namespace norvik::qel::bench {
 
@@ -43,11 +42,9 @@ void PinThisThread(Cpu cpu) {
 }
 
 bool PinThread(std::string_view name, Cpu cpu) {
-  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
-    std::ifstream file(task.path() / "comm");
-    std::string comm;
-    if (!std::getline(file, comm) || comm != name) continue;
-    Pin(std::stoi(task.path().filename()), cpu);
+  for (const pid_t id : ThreadIds()) {
+    if (ThreadName(id) != name) continue;
+    Pin(id, cpu);
     return true;
   }
   return false;

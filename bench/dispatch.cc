@@ -14,6 +14,7 @@
 #include "battery/battery_info.h"
 #include "cpus.h"
 #include "latencies.h"
+#include "look_up_thermal.h"
 #include "polls.h"
 #include "quick.h"
 #include "quorvel/fake/gate.h"
@@ -24,7 +25,6 @@
 #include "registration.h"
 #include "sensor/sensor_info.h"
 #include "thermal/audio_thermal_callback.h"
-#include "thermal_service.h"
 
 namespace norvik::qel::bench {
 

@@ -15,6 +15,7 @@
 #include "battery/battery_info.h"
 #include "cpus.h"
 #include "latencies.h"
+#include "look_up_thermal.h"
 #include "polls.h"
 #include "probe.h"
 #include "quick.h"
@@ -26,7 +27,6 @@
 #include "registration.h"
 #include "thermal/audio_thermal_callback.h"
 #include "thermal/audio_thermal_changed_callback.h"
-#include "thermal_service.h"
 #include "turns.h"
 #include "workers.h"
 
@@ -175,7 +175,7 @@ std::unique_ptr<Worker> MakeTwoBarePairs(Probe& probe) {
 struct Row {
   const char* name;
   MakeWorker make;
-  MakeWorker yardstick = MakeBareWorker;
+  MakeWorker baseline = MakeBareWorker;
   // When what counts as the event has happened, if that is later than the request.
   int64_t (*event_ns)() = nullptr;
 };
@@ -194,15 +194,15 @@ void FromEventToClient(benchmark::State& state, const Row& row) {
   Probe client(Probe::Asker::kSleeps);
   Probe action(Probe::Asker::kSleeps);
   std::unique_ptr<Worker> event;
-  std::unique_ptr<Worker> yardstick;
+  std::unique_ptr<Worker> baseline;
   {
     const WorkersAreMadeHere here;
     event = row.make(client);
-    yardstick = row.yardstick(action);
+    baseline = row.baseline(action);
   }
   Turns turns;
   turns.Add("library", [&] { return FromEventToCall(*event, client, row.event_ns); });
-  turns.Add("bare", [&] { return FromEventToCall(*yardstick, action, nullptr); });
+  turns.Add("bare", [&] { return FromEventToCall(*baseline, action, nullptr); });
   turns.Run(state, kNothingRan);
 }
 

@@ -15,7 +15,6 @@
 
 #include "cpus.h"
 #include "latencies.h"
-#include "library_threads.h"
 #include "probe.h"
 #include "process_state.h"
 #include "quick.h"

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """How big the library is, what the loader has to do for it, and how long loading it takes.
 
-What its dependencies take is loaded with it; the yardstick is an empty library that has the same.
+What its dependencies take is loaded with it; the baseline is an empty library that has the same.
 The library itself takes what is left when that is taken away.
 """
 

@@ -1,30 +1,21 @@
 #include "library_threads.h"
 
 #include <chrono>
-#include <filesystem>
-#include <fstream>
-#include <set>
+#include <sstream>
 #include <string>
 #include <thread>
+#include <utility>
+
+#include "process_state.h"
 
 namespace norvik::qel::bench {
 
 namespace {
 
-// The kernel keeps 15 characters of a name.
-bool IsOfTheLibrary(const std::filesystem::path& task) {
-  static const std::set<std::string> names = {
-      "battery_reconne", "battery_callbac", "sensor_poll",     "sensor_callback",
-      "sensor_reconnec", "thermal_reconne", "thermal_restore", "thermal_callbac"};
-  std::string name;
-  std::getline(std::ifstream(task / "comm"), name);  // empty when it has just ended
-  return names.contains(name);
-}
-
 // Both kinds: those of a thread that waits, and those of one whose time was up.
-int64_t ContextSwitchesOf(const std::filesystem::path& task) {
+int64_t ContextSwitchesOf(pid_t id) {
   int64_t sum = 0;
-  std::ifstream status(task / "status");
+  std::istringstream status(ReadThreadFile(id, "status"));
   std::string field;
   while (status >> field) {
     if (!field.ends_with("voluntary_ctxt_switches:")) continue;
@@ -39,15 +30,8 @@ int64_t ContextSwitchesOf(const std::filesystem::path& task) {
 
 ContextSwitches LibraryContextSwitches() {
   ContextSwitches switches;
-  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
-    if (!IsOfTheLibrary(task)) continue;
-    switches[std::stoi(task.path().filename())] = ContextSwitchesOf(task);
-  }
+  for (const pid_t id : LibraryThreadIds()) switches[id] = ContextSwitchesOf(id);
   return switches;
-}
-
-int LibraryThreadCount() {
-  return static_cast<int>(LibraryContextSwitches().size());
 }
 
 bool LibraryThreadsSettle(int count) {

@@ -1,16 +1,15 @@
 // The library's threads, as the kernel tells of them.
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstdint>
 #include <map>
 
 namespace norvik::qel::bench {
 
-// How many the process has, of whatever handles.
-int LibraryThreadCount();
-
 // By thread id: how often each has begun to run so far, and has been taken off its processor again.
-using ContextSwitches = std::map<int, int64_t>;
+using ContextSwitches = std::map<pid_t, int64_t>;
 ContextSwitches LibraryContextSwitches();
 
 // Looks until there are `count` and none of them has run between two looks, some milliseconds

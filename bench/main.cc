@@ -1,5 +1,5 @@
 // The program that measures: Google Benchmark with passes that alternate, so that whatever the
-// machine does meanwhile meets the library and its yardsticks alike. --quick sees only that it
+// machine does meanwhile meets the library and its baselines alike. --quick sees only that it
 // runs.
 #include <android/binder_process.h>
 #include <android/log.h>

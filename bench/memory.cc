@@ -3,11 +3,11 @@
 #include <malloc.h>
 
 #include <cstdint>
-#include <fstream>
 #include <string>
 #include <vector>
 
 #include "library_threads.h"
+#include "process_state.h"
 #include "quorvel.h"
 #include "registration.h"
 
@@ -34,17 +34,6 @@ struct Memory {
   int64_t heap_bytes;
   int64_t resident_bytes;  // 0 when the kernel does not tell
 };
-
-// Not from statm, which may lag behind by some dozen pages per processor.
-int64_t ResidentBytes() {
-  std::ifstream rollup("/proc/self/smaps_rollup");
-  std::string field;
-  while (rollup >> field) {
-    int64_t kilobytes = 0;
-    if (field == "Rss:" && rollup >> kilobytes) return kilobytes * 1024;
-  }
-  return 0;
-}
 
 Memory TakenNow() {
   const struct mallinfo2 heap = mallinfo2();

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""report.py RESULTS.json... [--plot FILE.svg]: what the library costs beside its yardsticks.
+"""report.py RESULTS.json... [--plot FILE.svg]: what the library costs beside its baselines.
 
 Reads what the benchmark programs and library_figures.py have written, all of one run, and prints a
 table in Markdown. Ends with 1 if a figure is missing or a benchmark has found its own work wrong;

@@ -14,7 +14,7 @@
 namespace norvik::qel::bench {
 
 // Several ways to do the same, in turns, round after round: whatever the machine does meanwhile
-// meets all of them alike. The first is the library's, the others are its yardsticks.
+// meets all of them alike. The first is the library's, the others are its baselines.
 class Turns {
  public:
   // How many nanoseconds one turn has taken; nothing if it went wrong.

@@ -1,4 +1,4 @@
-// Threads that run an action when asked to: the library's, and the yardsticks.
+// Threads that run an action when asked to: the library's, and the baselines.
 #pragma once
 
 #include <memory>

@@ -10,16 +10,16 @@ void RunScripts(Session& session, std::initializer_list<DeviceScript*> scripts,
                 Clock::time_point end) {
   while (true) {
     Clock::time_point next = end;
-    for (const DeviceScript* life : scripts) {
-      if (life != nullptr) next = std::min(next, life->next_step());
+    for (const DeviceScript* script : scripts) {
+      if (script != nullptr) next = std::min(next, script->next_step());
     }
     const Session::Wake wake = session.WaitUntil(next);
     if (wake == Session::Wake::kStop) return;
     if (wake == Session::Wake::kEvent) continue;
     const Clock::time_point now = Clock::now();
     if (now >= end) return;
-    for (DeviceScript* life : scripts) {
-      if (life != nullptr && life->next_step() <= now) life->TakeStep();
+    for (DeviceScript* script : scripts) {
+      if (script != nullptr && script->next_step() <= now) script->TakeStep();
     }
   }
 }

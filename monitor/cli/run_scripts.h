@@ -1,4 +1,4 @@
-// Lets a device live while its events are shown.
+// Runs the scripts of a device while its events are shown.
 #pragma once
 
 #include <initializer_list>
@@ -8,7 +8,7 @@
 
 namespace norvik::qel::monitor {
 
-// Until somebody stops it or the time is over, if there is an end. A life may be null.
+// Until the user stops it or the time is over, if there is an end. A script may be null.
 void RunScripts(Session& session, std::initializer_list<DeviceScript*> scripts,
                 Session::Clock::time_point end);
 

@@ -46,9 +46,9 @@ int WatchBattery(const Options& options, Output& output) {
   Session session(options, output, {});
   BatteryClient client(session.events());
   if (!client.Register()) return RefusedToRegister();
-  std::optional<BatteryScript> life;
-  if (BatteryDriver* driver = session.device().battery_driver()) life.emplace(*driver);
-  RunScripts(session, {life ? &*life : nullptr}, EndOf(options));
+  std::optional<BatteryScript> script;
+  if (BatteryDriver* driver = session.device().battery_driver()) script.emplace(*driver);
+  RunScripts(session, {script ? &*script : nullptr}, EndOf(options));
   return EXIT_SUCCESS;
 }
 
@@ -60,9 +60,9 @@ int WatchSensors(const Options& options, Output& output) {
   for (const SensorProperty* sensor : client.absent_sensors()) {
     output.ShowReading(*sensor, Absent());
   }
-  std::optional<SensorScript> life;
-  if (SensorDriver* driver = session.device().sensor_driver()) life.emplace(*driver);
-  RunScripts(session, {life ? &*life : nullptr}, EndOf(options));
+  std::optional<SensorScript> script;
+  if (SensorDriver* driver = session.device().sensor_driver()) script.emplace(*driver);
+  RunScripts(session, {script ? &*script : nullptr}, EndOf(options));
   return EXIT_SUCCESS;
 }
 
@@ -78,9 +78,9 @@ int WatchThermal(const Options& options, Output& output) {
   }
   const Clock::time_point end = EndOf(options);
   ExplainSilence(session, end);
-  std::optional<ThermalScript> life;
-  if (ThermalDriver* driver = session.device().thermal_driver()) life.emplace(*driver);
-  RunScripts(session, {life ? &*life : nullptr}, end);
+  std::optional<ThermalScript> script;
+  if (ThermalDriver* driver = session.device().thermal_driver()) script.emplace(*driver);
+  RunScripts(session, {script ? &*script : nullptr}, end);
   return EXIT_SUCCESS;
 }
 

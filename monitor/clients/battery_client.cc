@@ -7,7 +7,7 @@
 #include <thread>
 #include <utility>
 
-#include "cli/dump_text.h"
+#include "clients/read_dump.h"
 
 namespace norvik::qel::monitor {
 
@@ -68,7 +68,7 @@ std::optional<Value> BatteryClient::Read(const BatteryProperty& property) {
 }
 
 std::string BatteryClient::Dump() {
-  return DumpText(DumpBatteryInfo, handle_);
+  return ReadDump(DumpBatteryInfo, handle_);
 }
 
 }  // namespace norvik::qel::monitor

@@ -73,11 +73,11 @@ class Device {
   // Makes the program a host for the library (binder threads, log) and brings the services up.
   // Once, before the library's first handle; the library's last handle goes before the device.
   virtual void Start(const DeviceSetup& setup) = 0;
-  // Null when the battery leads a life of its own.
+  // Null when the battery cannot be told what to do.
   virtual BatteryDriver* battery_driver() { return nullptr; }
-  // Null when the sensors report what they like.
+  // Null when the sensors cannot.
   virtual SensorDriver* sensor_driver() { return nullptr; }
-  // Null when the temperatures are what they are.
+  // Null when the temperatures cannot.
   virtual ThermalDriver* thermal_driver() { return nullptr; }
 };
 

@@ -59,7 +59,9 @@ struct TemperatureGone {
 using Report =
     std::variant<std::monostate, BatteryReport, SensorReport, TemperatureReport, TemperatureGone>;
 
-// Something that the device tells of itself; no client sees it.
+// Something that the device tells of itself; no client sees it. It comes from a recording, or from
+// the services of a host, whose own events monitor/host/ translates. No type of the platform occurs
+// here: a phone's monitor and the recordings do without them.
 struct DeviceEvent {
   enum class Kind {
     kServiceStarted,

@@ -7,7 +7,7 @@
 #include <thread>
 #include <utility>
 
-#include "cli/dump_text.h"
+#include "clients/read_dump.h"
 
 namespace norvik::qel::monitor {
 
@@ -86,7 +86,7 @@ void SensorClient::OnValue(int number, void* cookie) {
 }
 
 std::string SensorClient::Dump() {
-  return DumpText(DumpSensorInfo, handle_);
+  return ReadDump(DumpSensorInfo, handle_);
 }
 
 }  // namespace norvik::qel::monitor

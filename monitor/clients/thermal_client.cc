@@ -10,7 +10,7 @@
 #include <thread>
 #include <utility>
 
-#include "cli/dump_text.h"
+#include "clients/read_dump.h"
 
 namespace norvik::qel::monitor {
 
@@ -127,7 +127,7 @@ std::optional<std::vector<Value>> ThermalClient::ReadTemperatures(
 }
 
 std::string ThermalClient::Dump() {
-  return DumpText(DumpThermalInfo, handle_);
+  return ReadDump(DumpThermalInfo, handle_);
 }
 
 }  // namespace norvik::qel::monitor

@@ -13,7 +13,7 @@ namespace norvik::qel::monitor {
 
 namespace {
 
-DeviceEvent::Kind Translate(services::ServiceEvent::Kind kind) {
+DeviceEvent::Kind ToKind(services::ServiceEvent::Kind kind) {
   switch (kind) {
     case services::ServiceEvent::Kind::kStarted:
       return DeviceEvent::Kind::kServiceStarted;
@@ -41,11 +41,11 @@ std::optional<float> IfFinite(float number) {
   return std::isfinite(number) ? std::optional(number) : std::nullopt;
 }
 
-Report Translate(std::monostate /*nothing*/) {
+Report ToReport(std::monostate /*nothing*/) {
   return {};
 }
 
-Report Translate(const aidl::android::hardware::health::HealthInfo& info) {
+Report ToReport(const aidl::android::hardware::health::HealthInfo& info) {
   return BatteryReport{.level = IfIn(info.batteryLevel, 0, 100),
                        .cycle_count = IfIn(info.batteryCycleCount, 0, INT_MAX),
                        .wireless_online = info.chargerWirelessOnline,
@@ -53,30 +53,30 @@ Report Translate(const aidl::android::hardware::health::HealthInfo& info) {
 }
 
 // Nothing for a sensor that the library has no use for.
-Report Translate(const services::SensorReport& report) {
+Report ToReport(const services::SensorReport& report) {
   const auto of = [&](Sensor sensor) {
-    SensorReport translated = {.sensor = sensor, .values = {}};
-    for (const float value : report.values) translated.values.push_back(IfFinite(value));
-    return translated;
+    SensorReport result = {.sensor = sensor, .values = {}};
+    for (const float value : report.values) result.values.push_back(IfFinite(value));
+    return result;
   };
   if (report.type == ASENSOR_TYPE_PROXIMITY) return of(Sensor::kProximity);
   if (report.type == ASENSOR_TYPE_HINGE_ANGLE) return of(Sensor::kHingeAngle);
   return {};
 }
 
-Report Translate(const aidl::android::hardware::thermal::Temperature& temperature) {
+Report ToReport(const aidl::android::hardware::thermal::Temperature& temperature) {
   return TemperatureReport{.type = toString(temperature.type),
                            .name = temperature.name,
                            .value = IfFinite(temperature.value),
                            .severity = static_cast<Severity>(temperature.throttlingStatus)};
 }
 
-Report Translate(const services::TemperatureGone& gone) {
+Report ToReport(const services::TemperatureGone& gone) {
   return TemperatureGone{.type = toString(gone.type), .name = gone.name};
 }
 
-Report Translate(const services::Report& report) {
-  return std::visit([](const auto& what) { return Translate(what); }, report);
+Report ToReport(const services::Report& report) {
+  return std::visit([](const auto& what) { return ToReport(what); }, report);
 }
 
 }  // namespace
@@ -86,12 +86,12 @@ void BecomeHostProcess(const DeviceSetup& setup) {
   ABinderProcess_startThreadPool();
 }
 
-services::ServiceObserver Translate(DeviceObserver observer) {
+services::ServiceObserver ToServiceObserver(DeviceObserver observer) {
   return [observer = std::move(observer)](const services::ServiceEvent& event) {
-    observer({.kind = Translate(event.kind),
+    observer({.kind = ToKind(event.kind),
               .service = event.service,
               .detail = event.detail,
-              .report = Translate(event.report)});
+              .report = ToReport(event.report)});
   };
 }
 

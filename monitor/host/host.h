@@ -12,6 +12,8 @@ std::unique_ptr<Device> MakeLinuxDevice(DeviceObserver observer);
 // What the library expects of the program that it runs in.
 void BecomeHostProcess(const DeviceSetup& setup);
 
-services::ServiceObserver Translate(DeviceObserver observer);
+// The seam between the two kinds of events: services report in the platform's types, which the core
+// of the monitor does not know; `observer` receives the same as DeviceEvents.
+services::ServiceObserver ToServiceObserver(DeviceObserver observer);
 
 }  // namespace norvik::qel::monitor

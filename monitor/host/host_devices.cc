@@ -5,7 +5,7 @@ namespace norvik::qel::monitor {
 std::span<const DeviceType> DeviceTypes() {
   static constexpr DeviceType kTypes[] = {
       {.name = "simulated",
-       .description = "a phone inside this program, with a life of its own",
+       .description = "a phone inside this program that follows a script",
        .tells_demo = true,
        .make = MakeSimulatedDevice},
       {.name = "linux",

@@ -20,9 +20,9 @@ std::string TypesFile() {
 class LinuxDevice : public Device {
  public:
   explicit LinuxDevice(DeviceObserver observer)
-      : health_(Translate(observer)),
-        thermal_(Translate(observer), {.types_file = TypesFile()}),
-        sensors_(Translate(std::move(observer))) {}
+      : health_(ToServiceObserver(observer)),
+        thermal_(ToServiceObserver(observer), {.types_file = TypesFile()}),
+        sensors_(ToServiceObserver(std::move(observer))) {}
   ~LinuxDevice() override {
     sensors_.Stop();
     thermal_.Stop();

@@ -65,7 +65,7 @@ std::optional<Operation> Named(std::string_view call, std::string_view (*name)(O
 class SimulatedPlayer : public PlayedDevice {
  public:
   SimulatedPlayer(const Equipment& equipment, DeviceObserver observer)
-      : observer_(Translate(std::move(observer))),
+      : observer_(ToServiceObserver(std::move(observer))),
         health_(observer_),
         sensors_(observer_),
         thermal_(observer_) {

@@ -15,7 +15,7 @@ namespace {
 using aidl::android::hardware::thermal::ThrottlingSeverity;
 using simulated::ThermalPath;
 
-ThrottlingSeverity Translate(Severity severity) {
+ThrottlingSeverity ToThrottling(Severity severity) {
   return static_cast<ThrottlingSeverity>(severity);  // they are numbered alike
 }
 
@@ -35,9 +35,9 @@ class SimulatedDevice : public Device,
                         public ThermalDriver {
  public:
   explicit SimulatedDevice(DeviceObserver observer)
-      : health_(Translate(observer)),
-        sensors_(Translate(observer)),
-        thermal_(Translate(std::move(observer))) {
+      : health_(ToServiceObserver(observer)),
+        sensors_(ToServiceObserver(observer)),
+        thermal_(ToServiceObserver(std::move(observer))) {
     sensors_.Add(ASENSOR_TYPE_PROXIMITY, "proximity");
     sensors_.Add(ASENSOR_TYPE_HINGE_ANGLE, "hinge angle");
     sensors_.Report(ASENSOR_TYPE_PROXIMITY, 5);
@@ -79,12 +79,12 @@ class SimulatedDevice : public Device,
     thermal_.Change([&](simulated::Thermal::ThermalData& data) {
       simulated::Thermal::Temperature& temperature = Named(data, name);
       temperature.value = celsius;
-      temperature.throttlingStatus = Translate(severity);
+      temperature.throttlingStatus = ToThrottling(severity);
     });
   }
 
   void SetSeverity(std::string_view name, Severity severity) override {
-    thermal_.SetSeverity(std::string(name), Translate(severity));
+    thermal_.SetSeverity(std::string(name), ToThrottling(severity));
   }
 
   void KillThermalService() override { thermal_.Kill(ThermalPath::kAidl); }

@@ -1,7 +1,7 @@
 // quorvel on a phone: watches, asks and dumps the phone's own services, in text.
 #include "cli/commands.h"
 #include "cli/program.h"
-#include "phone/options.h"
+#include "phone/command_line.h"
 
 namespace norvik::qel::monitor {
 

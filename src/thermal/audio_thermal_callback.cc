@@ -7,7 +7,7 @@
 #include <optional>
 #include <utility>
 
-#include "thermal/records.h"
+#include "thermal/temperature_name.h"
 
 namespace norvik::qel::audio {
 

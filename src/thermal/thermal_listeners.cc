@@ -4,7 +4,7 @@
 #include <optional>
 #include <string_view>
 
-#include "thermal/records.h"
+#include "thermal/temperature_name.h"
 
 namespace norvik::qel::audio {
 

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "thermal/records.h"
+#include "thermal/temperature_name.h"
 #include "thermal/thermal_info.h"
 
 namespace norvik::qel::audio {

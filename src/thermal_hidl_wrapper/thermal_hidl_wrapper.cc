@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "thermal_hidl_wrapper/records.h"
+#include "thermal_hidl_wrapper/aidl_to_hidl.h"
 
 namespace aidl::android::hardware::thermal {
 

@@ -392,7 +392,7 @@ TEST(SharedRefBaseTest, LivesInSharedPointersOnly) {
   EXPECT_EQ(callback->ref<Callback>(), callback);
 }
 
-// Counts what one link brings. Each notice waits at a gate if there is one.
+// Counts what one link brings. Each notification waits at a gate if there is one.
 struct Counter {
   std::atomic<int> died{0};
   std::atomic<int> unlinked{0};
@@ -441,7 +441,7 @@ TEST_F(DeathNotificationTest, EachLinkIsToldOnce) {
   EXPECT_EQ(once.unlinked, 1);
   EXPECT_EQ(twice.died, 2);
   EXPECT_EQ(twice.unlinked, 2);
-  EXPECT_EQ(Unlink(once), STATUS_NAME_NOT_FOUND) << "gone with its notice";
+  EXPECT_EQ(Unlink(once), STATUS_NAME_NOT_FOUND) << "gone with its notification";
   EXPECT_EQ(Link(once), STATUS_DEAD_OBJECT) << "known to be dead";
   EXPECT_EQ(once.unlinked, 2) << "a link call that fails gives the cookie back, too";
 }
@@ -476,7 +476,7 @@ TEST_F(DeathNotificationTest, DroppingTheProxyEndsItsLinksSilently) {
   EXPECT_EQ(counter.died, 0);
 }
 
-TEST_F(DeathNotificationTest, UnlinkingDoesNotWaitForANoticeThatRuns) {
+TEST_F(DeathNotificationTest, UnlinkingDoesNotWaitForANotificationThatRuns) {
   fake::Gate gate;
   Counter counter;
   counter.gate = &gate;
@@ -487,7 +487,7 @@ TEST_F(DeathNotificationTest, UnlinkingDoesNotWaitForANoticeThatRuns) {
   EXPECT_EQ(Unlink(counter), STATUS_NAME_NOT_FOUND);
   recipient_.set(nullptr);
   binder_.set(nullptr);
-  EXPECT_EQ(counter.unlinked, 0) << "the notice still has the cookie";
+  EXPECT_EQ(counter.unlinked, 0) << "the notification still has the cookie";
   gate.Open();
   ASSERT_TRUE(fake::WaitUntilDelivered());
   EXPECT_EQ(counter.died, 1);
@@ -516,41 +516,41 @@ TEST_F(DeathNotificationTest, RecipientsOfOneProxyAreToldOneAfterAnother) {
   gate.Open();
   ASSERT_TRUE(fake::WaitUntilDelivered());
   EXPECT_EQ(first.died, 1);
-  EXPECT_EQ(second.died, 0) << "its notice had not started";
+  EXPECT_EQ(second.died, 0) << "its notification had not started";
   EXPECT_EQ(second.unlinked, 1);
 }
 
-TEST_F(DeathNotificationTest, QueuedReportsComeAfterTheNoticeAndBeforeTheSuccessors) {
-  constexpr int kNotice = -1;
+TEST_F(DeathNotificationTest, QueuedReportsComeAfterTheDeathNotificationAndBeforeTheSuccessors) {
+  constexpr int kDied = -1;
   const auto callback = ndk::SharedRefBase::make<Callback>();
   Seen<int>& order = callback->levels;
   const auto other = ndk::SharedRefBase::make<Callback>();
   const ndk::ScopedAIBinder_DeathRecipient recipient(AIBinder_DeathRecipient_new(
-      [](void* cookie) { static_cast<Seen<int>*>(cookie)->Put(kNotice); }));
+      [](void* cookie) { static_cast<Seen<int>*>(cookie)->Put(kDied); }));
   ASSERT_TRUE(Proxy()->registerCallback(callback).isOk());
   ASSERT_EQ(order.Take(), 50);
   ASSERT_EQ(AIBinder_linkToDeath(binder_.get(), recipient.get(), &order), STATUS_OK);
-  HoldDeliveries notices(Delivery::kDeathNotification);
+  HoldDeliveries notifications(Delivery::kDeathNotification);
   {
     HoldDeliveries reports(Delivery::kOneway);
     for (const int level : {1, 2, 3}) health_.SetLevel(level);
     ASSERT_TRUE(reports.WaitForHeld());
     health_.Kill();
-    ASSERT_TRUE(notices.WaitForHeld());
+    ASSERT_TRUE(notifications.WaitForHeld());
     health_.SetLevel(4);
     health_.Start();
     ASSERT_TRUE(Proxy()->registerCallback(callback).isOk());
     ASSERT_TRUE(Proxy()->registerCallback(other).isOk());
   }
   EXPECT_EQ(other->levels.Take(), 4) << "objects do not wait for each other";
-  EXPECT_TRUE(order.empty()) << "the notice has not been given";
-  notices.Release();
-  for (const int next : {kNotice, 1, 2, 3, 4}) {
+  EXPECT_TRUE(order.empty()) << "the notification has not been given";
+  notifications.Release();
+  for (const int next : {kDied, 1, 2, 3, 4}) {
     EXPECT_EQ(order.Take(), next);
   }
 }
 
-TEST_F(DeathNotificationTest, QueuedReportsDoNotWaitForANoticeThatIsNotGiven) {
+TEST_F(DeathNotificationTest, QueuedReportsDoNotWaitForANotificationThatIsNotGiven) {
   const auto callback = ndk::SharedRefBase::make<Callback>();
   ASSERT_TRUE(Proxy()->registerCallback(callback).isOk());
   ASSERT_EQ(callback->levels.Take(), 50);

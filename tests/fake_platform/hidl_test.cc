@@ -326,7 +326,7 @@ TEST_F(HidlDeathTest, EachLinkIsToldOnce) {
   EXPECT_EQ(recipient_->thread, "hwbinder:host");
   EXPECT_EQ(recipient_->last_who.promote(), sp<IBase>(another)) << "the proxy linked on";
 
-  EXPECT_FALSE(service_->unlinkToDeath(recipient_)) << "gone with its notice";
+  EXPECT_FALSE(service_->unlinkToDeath(recipient_)) << "gone with its notification";
   EXPECT_FALSE(service_->linkToDeath(recipient_, 4)) << "known to be dead";
   thermal_.Start(ThermalPath::kHidl);
   KillAndTell();
@@ -372,7 +372,7 @@ TEST_F(HidlDeathTest, ALinkToAServiceWhoseDeathNobodyHasNoticedIsTold) {
   EXPECT_EQ(recipient_->told.Take(), 1u);
 }
 
-TEST_F(HidlDeathTest, NobodyWaitsForANoticeThatRuns) {
+TEST_F(HidlDeathTest, NobodyWaitsForANotificationThatRuns) {
   recipient_->gate = std::make_shared<fake::Gate>();
   ASSERT_TRUE(service_->linkToDeath(recipient_, 1));
   Kill();
@@ -383,25 +383,25 @@ TEST_F(HidlDeathTest, NobodyWaitsForANoticeThatRuns) {
   EXPECT_EQ(recipient_->told.Take(), 1u);
 }
 
-TEST_F(HidlDeathTest, QueuedNotificationsComeAfterTheNoticeAndBeforeTheSuccessors) {
+TEST_F(HidlDeathTest, QueuedNotificationsComeAfterTheDeathNotificationAndBeforeTheSuccessors) {
   const auto callback = sp<HidlThermalCallback>::make();
   ASSERT_FALSE(Register(service_, callback).failed());
   ASSERT_TRUE(service_->linkToDeath(recipient_, 1));
-  HoldDeliveries notices(Delivery::kDeathNotification);
+  HoldDeliveries notifications(Delivery::kDeathNotification);
   {
     HoldDeliveries reports(Delivery::kOneway);
     for (const float value : {1, 2}) thermal_.Notify({.value = value});
     ASSERT_TRUE(reports.WaitForHeld());
     Kill();
-    ASSERT_TRUE(notices.WaitForHeld());
+    ASSERT_TRUE(notifications.WaitForHeld());
     thermal_.Start(ThermalPath::kHidl);
     ASSERT_FALSE(Register(LookUp(), callback).failed());
     thermal_.Notify({.value = 3});
   }
   recipient_->gate = std::make_shared<fake::Gate>();
-  notices.Release();
+  notifications.Release();
   ASSERT_TRUE(recipient_->gate->WaitForArrivals());
-  EXPECT_TRUE(callback->heard.empty()) << "the notice has not returned";
+  EXPECT_TRUE(callback->heard.empty()) << "the notification has not returned";
   recipient_->gate->Open();
   EXPECT_EQ(recipient_->told.Take(), 1u);
   for (const float value : {1, 2, 3}) {
@@ -409,7 +409,7 @@ TEST_F(HidlDeathTest, QueuedNotificationsComeAfterTheNoticeAndBeforeTheSuccessor
   }
 }
 
-TEST_F(HidlDeathTest, ANoticeMayUseAndDropTheProxy) {
+TEST_F(HidlDeathTest, ANotificationMayUseAndDropTheProxy) {
   struct Dropper : hidl_death_recipient {
     void serviceDied(uint64_t /*cookie*/, const wp<IBase>& who) override {
       const sp<IBase> proxy = who.promote();

@@ -1,4 +1,4 @@
-// The Linux machine's battery and chargers, on device trees made up for each test.
+// The Linux machine's battery and chargers, on a fake sysfs made for each test.
 #include "quorvel/linux_machine/health.h"
 
 #include <aidl/android/hardware/health/BnHealthInfoCallback.h>
@@ -13,9 +13,11 @@
 #include <string_view>
 #include <vector>
 
+#include "clients.h"
 #include "device_files.h"
 #include "linux_machine.h"
 #include "power_supplies.h"
+#include "process_state.h"
 #include "quorvel.h"
 #include "quorvel/fake/deliveries.h"
 #include "waiting.h"
@@ -51,14 +53,12 @@ class LinuxHealthTest : public testing::Test {
     EXPECT_TRUE(fake::WaitUntilDelivered());
   }
 
-  static void Hear(int value, void* cookie) { static_cast<Seen<int>*>(cookie)->Put(value); }
-
   // Clients for all four properties, on a machine that knows them; their first calls are taken.
   void RegisterAll() {
-    ASSERT_EQ(RegisterBatteryLevelCallback(handle_, Hear, &levels_), 0);
-    ASSERT_EQ(RegisterBatteryCycleCountCallback(handle_, Hear, &cycles_), 0);
-    ASSERT_EQ(RegisterWirelessChargerIsOnlineCallback(handle_, Hear, &wireless_), 0);
-    ASSERT_EQ(RegisterDockChargerIsOnlineCallback(handle_, Hear, &dock_), 0);
+    ASSERT_EQ(RegisterBatteryLevelCallback(handle_, PutValue, &levels_), 0);
+    ASSERT_EQ(RegisterBatteryCycleCountCallback(handle_, PutValue, &cycles_), 0);
+    ASSERT_EQ(RegisterWirelessChargerIsOnlineCallback(handle_, PutValue, &wireless_), 0);
+    ASSERT_EQ(RegisterDockChargerIsOnlineCallback(handle_, PutValue, &dock_), 0);
   }
 
   // What people have been told since they were last asked. A supply of no known type is told after
@@ -246,7 +246,7 @@ TEST_F(LinuxHealthTest, AMachineWithoutABatterySaysSoAndServesItsChargers) {
   machine_->Add("BAT0", {{"type", "Battery\n"}, {"present", "0\n"}, {"capacity", "0\n"}});
   machine_->Add("pad", {{"type", "Wireless\n"}, {"online", "0\n"}});
   health_.Start();
-  ASSERT_EQ(RegisterWirelessChargerIsOnlineCallback(handle_, Hear, &wireless_), 0);
+  ASSERT_EQ(RegisterWirelessChargerIsOnlineCallback(handle_, PutValue, &wireless_), 0);
   EXPECT_EQ(wireless_.Take(), 1);
   machine_->Change("pad", "online", "1\n");
   EXPECT_EQ(wireless_.Take(), 0);
@@ -260,7 +260,7 @@ TEST_F(LinuxHealthTest, AMachineWithoutABatterySaysSoAndServesItsChargers) {
 
 TEST_F(LinuxHealthTest, ABatteryComesAndGoes) {
   health_.Start();
-  ASSERT_EQ(RegisterBatteryLevelCallback(handle_, Hear, &levels_), 0);
+  ASSERT_EQ(RegisterBatteryLevelCallback(handle_, PutValue, &levels_), 0);
   EXPECT_THAT(Notices(), ElementsAre("this machine has no battery"));
 
   for (const char* const level : {"40", "50"}) {
@@ -441,7 +441,7 @@ TEST_F(LinuxHealthTest, ClientsOutliveAStopAndHearOfTheNextStart) {
 TEST_F(LinuxHealthTest, StoppingLeavesNothingOpen) {
   constexpr int kRounds = 20;
   machine_->Add("BAT0", kGoodBattery);
-  const ptrdiff_t before = OpenFiles();
+  const int before = Descriptors();
   for (int i = 0; i < kRounds; ++i) {
     health_.Start();
     void* handle = nullptr;
@@ -450,8 +450,8 @@ TEST_F(LinuxHealthTest, StoppingLeavesNothingOpen) {
     DeinitBatteryInfo(&handle);
     health_.Stop();
   }
-  // What makes the device tree may have opened a few of its own meanwhile.
-  EXPECT_LT(OpenFiles(), before + kRounds);
+  // What makes the fake sysfs may have opened a few of its own meanwhile.
+  EXPECT_LT(Descriptors(), before + kRounds);
 }
 
 TEST_F(LinuxHealthTest, SuppliesThatComeAndGoWhileManyAskEndInTheLastState) {

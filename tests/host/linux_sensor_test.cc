@@ -1,4 +1,4 @@
-// The Linux machine's sensors, on device trees made up for each test.
+// The Linux machine's sensors, on a fake sysfs made for each test.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

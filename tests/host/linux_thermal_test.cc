@@ -1,4 +1,4 @@
-// The Linux machine's temperatures, on device trees made up for each test.
+// The Linux machine's temperatures, on a fake sysfs made for each test.
 #include "quorvel/linux_machine/thermal.h"
 
 #include <aidl/android/hardware/thermal/BnCoolingDeviceChangedCallback.h>
@@ -24,6 +24,7 @@
 #include "clients.h"
 #include "device_files.h"
 #include "linux_machine.h"
+#include "process_state.h"
 #include "quorvel.h"
 #include "quorvel/fake/deliveries.h"
 #include "thermal_devices.h"
@@ -416,10 +417,10 @@ TEST_F(LinuxThermalTest, AServiceThatWasStoppedServesAgainAndLeavesNothingOpen) 
   EXPECT_EQ(NextSeverity(), 2);
 
   constexpr int kRounds = 20;
-  const ptrdiff_t before = OpenFiles();
+  const int before = Descriptors();
   for (int i = 0; i < kRounds; ++i) thermal_->Start();
-  // What makes the device tree may have opened a few of its own meanwhile.
-  EXPECT_LT(OpenFiles(), before + kRounds);
+  // What makes the fake sysfs may have opened a few of its own meanwhile.
+  EXPECT_LT(Descriptors(), before + kRounds);
 }
 
 // Nobody registers, so that nothing is read at intervals: see EventuallyWhileAsked().

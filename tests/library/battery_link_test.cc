@@ -145,7 +145,7 @@ TEST_F(BatteryLinkTest, AfterADeathTheClientsHearWhatHasChanged) {
 TEST_F(BatteryLinkTest, ADeathWithoutClientsIsOnlyForgotten) {
   RegisterAndHearLevel();
   {
-    // The link goes while the notice is already on its way.
+    // The link goes while the death notification is already on its way.
     HoldDeliveries hold(Delivery::kDeathNotification);
     health_.Kill();
     ASSERT_TRUE(hold.WaitForHeld());
@@ -199,8 +199,9 @@ TEST_F(BatteryLinkTest, ALinkRefusedByADeathLooksTheServiceUpAnew) {
   EXPECT_EQ(lookups_until_linked(), 1) << "known at first, looked up by the second attempt";
 }
 
-// While a link stands the handle has to stay, whatever a call says: the notice hangs on it.
-TEST_F(BatteryLinkTest, AFailedQueryBeforeTheNoticeDoesNotLoseTheNotice) {
+// While a link stands the handle has to stay, whatever a call says: dropping it would drop the
+// death notification.
+TEST_F(BatteryLinkTest, AFailedQueryKeepsTheDeathNotification) {
   RegisterAndHearLevel();
   HoldDeliveries hold(Delivery::kDeathNotification);
   health_.Kill();
@@ -221,7 +222,7 @@ TEST_F(BatteryLinkTest, AFailedQueryBeforeTheNoticeDoesNotLoseTheNotice) {
   EXPECT_EQ(seen_.Take(), (Call{0, 11}));
 }
 
-TEST_F(BatteryLinkTest, ALateNoticeLeavesTheNextLinkAlone) {
+TEST_F(BatteryLinkTest, ALateNotificationLeavesTheNextLinkAlone) {
   RegisterAndHearLevel();
   HoldDeliveries hold(Delivery::kDeathNotification);
   health_.Kill();
@@ -238,7 +239,7 @@ TEST_F(BatteryLinkTest, ALateNoticeLeavesTheNextLinkAlone) {
   EXPECT_TRUE(IsLinked(handle_));
   EXPECT_EQ(log_.Count(kAttempt), 0);
   EXPECT_EQ(health_.callback_count(), 1u) << "registered once, not twice";
-  health_.Kill();  // and the link still brings its own notice
+  health_.Kill();  // and the link still brings its own notification
   health_.SetLevel(29);
   health_.Start();
   EXPECT_EQ(seen_.Take(), (Call{0, 29}));

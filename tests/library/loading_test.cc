@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include "clients.h"
 #include "process_state.h"
 #include "quorvel.h"
 #include "quorvel/fake/deliveries.h"
@@ -50,10 +51,6 @@ bool IsMapped() {
   return library != nullptr;
 }
 
-void Put(int value, void* seen) {
-  static_cast<Seen<int>*>(seen)->Put(value);
-}
-
 // One handle of each family, each with a client that has been called.
 class Handles {
  public:
@@ -61,10 +58,11 @@ class Handles {
     LOADED(library, InitBatteryInfo)(&battery_);
     LOADED(library, InitSensorInfo)(&sensors_);
     LOADED(library, InitThermalInfo)(&thermal_);
-    EXPECT_EQ(LOADED(library, RegisterBatteryLevelCallback)(battery_, Put, &levels), 0);
-    EXPECT_EQ(LOADED(library, RegisterProximitySensorCallback)(sensors_, 0, Put, &distances), 0);
+    EXPECT_EQ(LOADED(library, RegisterBatteryLevelCallback)(battery_, PutValue, &levels), 0);
+    EXPECT_EQ(LOADED(library, RegisterProximitySensorCallback)(sensors_, 0, PutValue, &distances),
+              0);
     const ThermalCallbackParam skin = {
-        .id = 0, .type_name = "SKIN", .temperature_name = "skin", .callback = Put};
+        .id = 0, .type_name = "SKIN", .temperature_name = "skin", .callback = PutValue};
     EXPECT_EQ(LOADED(library, RegisterThermalCallback)(thermal_, &skin, &severities), 0);
     EXPECT_EQ(levels.Take(), 50);
     EXPECT_EQ(distances.Take(), 0);
@@ -97,12 +95,6 @@ class LoadingTest : public testing::Test {
     thermal_.Start(ThermalPath::kAidl);
   }
 
-  static int Workers() {
-    return ThreadsNamed({"battery_callback", "battery_reconnect", "sensor_poll", "sensor_callback",
-                         "sensor_reconnect", "thermal_reconnect", "thermal_restore",
-                         "thermal_callback"});
-  }
-
   simulated::Health health_;
   simulated::SensorHub hub_;
   simulated::Thermal thermal_;
@@ -114,9 +106,9 @@ TEST_F(LoadingTest, LeavesNothingRunningHoweverOftenItIsLoaded) {
     {
       const LoadedLibrary library;
       const Handles handles(library);
-      EXPECT_GT(Workers(), 0);
+      EXPECT_GT(LibraryThreadCount(), 0);
     }
-    EXPECT_TRUE(Eventually([] { return Workers() == 0; }));
+    EXPECT_TRUE(Eventually([] { return LibraryThreadCount() == 0; }));
     EXPECT_EQ(health_.callback_count(), 0U);
     EXPECT_EQ(hub_.queue_count(), 0U);
     EXPECT_EQ(thermal_.callback_count(ThermalPath::kAidl), 0U);
@@ -135,9 +127,9 @@ TEST_F(LoadingTest, ANotificationThatIsOnItsWayFindsTheCodeStillThere) {
       void* thermal = nullptr;
       LOADED(library, InitBatteryInfo)(&battery);
       LOADED(library, InitThermalInfo)(&thermal);
-      EXPECT_EQ(LOADED(library, RegisterBatteryLevelCallback)(battery, Put, &levels), 0);
+      EXPECT_EQ(LOADED(library, RegisterBatteryLevelCallback)(battery, PutValue, &levels), 0);
       const ThermalCallbackParam skin = {
-          .id = 0, .type_name = "SKIN", .temperature_name = "skin", .callback = Put};
+          .id = 0, .type_name = "SKIN", .temperature_name = "skin", .callback = PutValue};
       EXPECT_EQ(LOADED(library, RegisterThermalCallback)(thermal, &skin, &levels), 0);
       if (kind == Delivery::kDeathNotification) {
         health_.Kill();

@@ -325,7 +325,7 @@ TEST(RepeatedThreadTest, TheThreadCarriesItsNameAsFarAsLinuxKeepsIt) {
   thread.Deinitialize();
 }
 
-TEST(RepeatedThreadTest, NoRequestIsLostInAStorm) {
+TEST(RepeatedThreadTest, NoRequestIsLostAmongMany) {
   std::atomic<int> requested{0};
   std::atomic<int> served{0};
   FunctionThread thread(0, 0, [&] {

@@ -38,10 +38,6 @@ class ThermalLifetimeTest : public ThermalPathTest {
 INSTANTIATE_TEST_SUITE_P(, ThermalLifetimeTest,
                          testing::Values(ThermalPath::kAidl, ThermalPath::kHidl), PathName);
 
-int ThermalThreads() {
-  return ThreadsNamed({"thermal_reconnect", "thermal_restore", "thermal_callback"});
-}
-
 // Every thread that has not been joined keeps its stack mapped.
 int Mappings() {
   std::ifstream maps("/proc/self/maps");
@@ -74,7 +70,7 @@ TEST_P(ThermalLifetimeTest, ACallbackMayDeregisterItselfAsTheLastClient) {
   }
   EXPECT_EQ(registered(), 0u);
   // The two of the handle: those of the type end by themselves.
-  EXPECT_TRUE(Eventually([] { return ThermalThreads() == 2; }));
+  EXPECT_TRUE(Eventually([] { return LibraryThreadCount() == 2; }));
   EndsInTime([this] { DeinitThermalInfo(&handle_); });
 }
 
@@ -95,7 +91,7 @@ TEST_P(ThermalLifetimeTest, CallbacksThatReplaceThemselvesLeaveNothingBehind) {
         relay.done.Put(true);
         return;
       }
-      relay.most_threads = std::max(relay.most_threads, ThermalThreads());
+      relay.most_threads = std::max(relay.most_threads, LibraryThreadCount());
       EXPECT_EQ(DeregisterThermalCallback(relay.handle, id), 0);
       EXPECT_EQ(RegisterClient(relay.handle, relay.round, kTypes[relay.round % 2],
                                kNames[relay.round % 2], Callback, &relay),
@@ -123,7 +119,7 @@ TEST_P(ThermalLifetimeTest, ACallbackAndAThreadMayDeregisterTheSameLastClient) {
     ASSERT_EQ(RegisterClient(handle_, 1, "SKIN", "skin", Caller::Callback, &self), 0);
     int outside = 0;
     EndsInTime([&] { outside = DeregisterThermalCallback(handle_, 1); });
-    ASSERT_TRUE(Eventually([] { return ThermalThreads() == 2; }));
+    ASSERT_TRUE(Eventually([] { return LibraryThreadCount() == 2; }));
     // The thread may have come before the client was told at all.
     const auto inside = self.results.Take(std::chrono::milliseconds(0));
     ASSERT_TRUE(outside == 0 ? !inside || inside == -EINVAL : inside == 0);
@@ -150,7 +146,7 @@ TEST_P(ThermalLifetimeTest, TwoCallbacksMayDeregisterEachOthersLastClient) {
     ASSERT_EQ(skin.results.Take(), 0);
     ASSERT_EQ(cpu.results.Take(), 0);
     ASSERT_EQ(Unregistered(), 2 * round);
-    ASSERT_TRUE(Eventually([] { return ThermalThreads() == 2; })) << "before the gate goes";
+    ASSERT_TRUE(Eventually([] { return LibraryThreadCount() == 2; })) << "before the gate goes";
   }
 }
 
@@ -207,21 +203,21 @@ TEST_P(ThermalLifetimeTest, TheEndWaitsForACallbackAndRefusesItsRegistrations) {
   EndsInTime([this] { DeinitThermalInfo(&handle_); });
   EXPECT_FALSE(self.results.empty());
   EXPECT_EQ(registered(), 0u);
-  EXPECT_TRUE(Eventually([] { return ThermalThreads() == 0; }));
+  EXPECT_TRUE(Eventually([] { return LibraryThreadCount() == 0; }));
 }
 
 TEST_P(ThermalLifetimeTest, AHandleMayGoWhileItsDeathNotificationIsAboutToRun) {
   const int rounds = kSanitized ? 20 : 100;
   for (int round = 0; round < rounds; ++round) {
     RegisterAndHear<1>("SKIN", "skin");
-    HoldDeliveries notices(Delivery::kDeathNotification);
+    HoldDeliveries notifications(Delivery::kDeathNotification);
     thermal_.Start(GetParam());
-    ASSERT_TRUE(notices.WaitForHeld());
+    ASSERT_TRUE(notifications.WaitForHeld());
     DeinitThermalInfo(&handle_);
-    // Probably at the same address: the notice must leave it alone.
+    // Probably at the same address: the death notification must leave it alone.
     InitThermalInfo(&handle_);
     RegisterAndHear<2>("SKIN", "skin");
-    notices.Release();
+    notifications.Release();
     ASSERT_TRUE(fake::WaitUntilDelivered());
     ASSERT_EQ(registered(), 1u);
     thermal_.SetSeverity("skin", ThrottlingSeverity::LIGHT);
@@ -235,12 +231,12 @@ TEST_P(ThermalLifetimeTest, AHandleMayGoWhileItsDeathNotificationIsAboutToRun) {
   }
 }
 
-// Connected by one path, a callback makes a link by the other while its handle goes; the notice of
-// that link's death comes when the handle is gone.
+// Connected by one path, a callback makes a link by the other while its handle goes; that link's
+// death notification comes when the handle is gone.
 TEST_P(ThermalLifetimeTest, ALinkMadeAtTheVeryEndTouchesNothing) {
   const ThermalPath other =
       GetParam() == ThermalPath::kAidl ? ThermalPath::kHidl : ThermalPath::kAidl;
-  std::optional<HoldDeliveries> notices;
+  std::optional<HoldDeliveries> notifications;
   Gate called;
   Caller self = {
       .handle = handle_, .action = [&](Caller& caller) {
@@ -254,9 +250,9 @@ TEST_P(ThermalLifetimeTest, ALinkMadeAtTheVeryEndTouchesNothing) {
         int count = 1;
         EXPECT_EQ(GetBulkTemperatureByNames(caller.handle, &name, 1, &reading, &count), 0);
         caller.results.Put(count);
-        notices.emplace(Delivery::kDeathNotification);
+        notifications.emplace(Delivery::kDeathNotification);
         thermal_.Kill(other);
-        EXPECT_TRUE(notices->WaitForHeld());
+        EXPECT_TRUE(notifications->WaitForHeld());
       }};
   ASSERT_EQ(RegisterClient(handle_, 1, "SKIN", "skin", Caller::Callback, &self), 0);
   ASSERT_TRUE(called.WaitForArrivals());
@@ -266,7 +262,7 @@ TEST_P(ThermalLifetimeTest, ALinkMadeAtTheVeryEndTouchesNothing) {
   ASSERT_TRUE(fake::WaitUntilDelivered());
   EndsInTime([this] { DeinitThermalInfo(&handle_); });
   EXPECT_EQ(self.results.Take(), 1);
-  notices->Release();
+  notifications->Release();
   EXPECT_TRUE(fake::WaitUntilDelivered());
 }
 
@@ -277,11 +273,11 @@ TEST_P(ThermalLifetimeTest, TheEndUnlinksFromAHidlService) {
 }
 
 // The new handle is probably at the same address.
-TEST_P(ThermalLifetimeTest, ANoticeOfAnEarlierServiceLeavesALinkByTheOtherPathAlone) {
+TEST_P(ThermalLifetimeTest, ADeathNotificationOfAnEarlierServiceLeavesALinkByTheOtherPathAlone) {
   RegisterAndHear<1>("SKIN", "skin");
-  HoldDeliveries notices(Delivery::kDeathNotification);
+  HoldDeliveries notifications(Delivery::kDeathNotification);
   thermal_.Kill(GetParam());
-  ASSERT_TRUE(notices.WaitForHeld());
+  ASSERT_TRUE(notifications.WaitForHeld());
   thermal_.Undeclare(GetParam());
   DeinitThermalInfo(&handle_);
   const ThermalPath other =
@@ -289,7 +285,7 @@ TEST_P(ThermalLifetimeTest, ANoticeOfAnEarlierServiceLeavesALinkByTheOtherPathAl
   Bring(other);
   InitThermalInfo(&handle_);
   RegisterAndHear<2>("SKIN", "skin");
-  notices.Release();
+  notifications.Release();
   ASSERT_TRUE(fake::WaitUntilDelivered());
   thermal_.SetSeverity("skin", ThrottlingSeverity::LIGHT);
   EXPECT_EQ(seen_.Take(), (Call{2, 1}));
@@ -325,11 +321,11 @@ TEST_P(ThermalLifetimeTest, HandlesLeaveNothingBehind) {
   const int before = Descriptors();
   for (int round = 0; round < (kSanitized ? 100 : 1'000); ++round) cycle();
   EXPECT_EQ(Descriptors(), before);
-  EXPECT_TRUE(Eventually([] { return ThermalThreads() == 0; }));
+  EXPECT_TRUE(Eventually([] { return LibraryThreadCount() == 0; }));
 }
 
 // Everything at once: reports, deaths, and handles that come and go with their clients.
-TEST_P(ThermalLifetimeTest, HandlesComeAndGoUnderAStormOfReportsAndDeaths) {
+TEST_P(ThermalLifetimeTest, HandlesComeAndGoAmidReportsAndDeaths) {
   std::atomic<bool> stop{false};
   std::thread phone([&] {
     for (int round = 0; !stop; ++round) {

@@ -105,7 +105,7 @@ TEST_P(ThermalDeathTest, EveryTypeIsRegisteredAgainAndHearsTheNextChange) {
 }
 
 // The service dies between the look-up and the link.
-TEST_P(ThermalDeathTest, ALinkRefusedByADeathStandsForItsNotice) {
+TEST_P(ThermalDeathTest, ALinkRefusedByADeathStandsForItsNotification) {
   const auto refuse = [&](int times) {
     if (GetParam() == ThermalPath::kAidl) {
       fake::LinkToDeathScript().Then({.status = STATUS_DEAD_OBJECT}, times);

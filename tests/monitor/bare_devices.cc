@@ -30,9 +30,9 @@ class BareDevice : public Device {
 class FlatPhone : public Device {
  public:
   explicit FlatPhone(DeviceObserver observer)
-      : health_(Translate(observer)),
-        sensors_(Translate(observer)),
-        thermal_(Translate(std::move(observer))) {
+      : health_(ToServiceObserver(observer)),
+        sensors_(ToServiceObserver(observer)),
+        thermal_(ToServiceObserver(std::move(observer))) {
     sensors_.Add(ASENSOR_TYPE_PROXIMITY, "proximity");
     thermal_.Undeclare(simulated::ThermalPath::kAidl);
     thermal_.Declare(simulated::ThermalPath::kHidl);

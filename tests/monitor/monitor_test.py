@@ -106,9 +106,9 @@ class ToolTest(unittest.TestCase):
         # What takes long runs beside all the rest.
         cls.demo = start("demo")
         cls.demo_json = start("demo", "--json")
-        cls.life = start("watch", "battery", "--json", "--for", "15s")
-        cls.sensor_life = start("watch", "sensors", "--json", "--for", "8s")
-        cls.thermal_life = start("watch", "thermal", "SKIN:skin", "CPU:cpu",
+        cls.script = start("watch", "battery", "--json", "--for", "15s")
+        cls.sensor_script = start("watch", "sensors", "--json", "--for", "8s")
+        cls.thermal_script = start("watch", "thermal", "SKIN:skin", "CPU:cpu",
                                  "BCL_CURRENT:AUDIO_current", "--json", "--for", "9s")
         cls.bare_sensors = start("get", "sensors", program=QUORVEL_BARE)
         cls.bare_dump = start("dump", program=QUORVEL_BARE)
@@ -218,7 +218,7 @@ class ToolTest(unittest.TestCase):
         self.assertEqual(outputs[1], outputs[0])
 
     def test_the_simulated_phone_lives_while_it_is_watched(self):
-        objects = self.parse(self.success(finish(self.life)))
+        objects = self.parse(self.success(finish(self.script)))
         events = [o["event"] for o in objects]
         self.assertEqual(self.values(objects, "battery_level")[:6], [50, 49, 48, 49, 50, 51])
         self.assertEqual(self.values(objects, "battery_cycle_count"), [10, 11])
@@ -240,7 +240,7 @@ class ToolTest(unittest.TestCase):
                          [("reading", "proximity", 5), ("reading", "hinge_angle", 0)])
 
     def test_the_sensors_of_the_simulated_phone_live_while_they_are_watched(self):
-        objects = self.parse(self.success(finish(self.sensor_life)))
+        objects = self.parse(self.success(finish(self.sensor_script)))
         # Readings may be heard twice or, on a busy machine, fold.
         angles = self.values(objects, "hinge_angle")
         opening = angles[:angles.index(180) + 1]
@@ -285,7 +285,7 @@ class ToolTest(unittest.TestCase):
                          {"thermal (HIDL)"})
 
     def test_the_simulated_phone_heats_up_while_it_is_watched(self):
-        objects = self.parse(self.success(finish(self.thermal_life)))
+        objects = self.parse(self.success(finish(self.thermal_script)))
         self.assertEqual(self.levels(objects, "SKIN:skin")[:7], [0, 1, 2, 3, 2, 1, 0])
         self.assertEqual(self.levels(objects, "CPU:cpu")[:4], [0, 1, 2, 0])
         self.assertEqual(self.levels(objects, "BCL_CURRENT:AUDIO_current")[:3], [0, 1, 0])

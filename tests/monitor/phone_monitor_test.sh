@@ -48,7 +48,7 @@ done
 expect 2 "-x: unknown option" -- dump -xy
 expect 0 -- watch battery --for 1ms
 ! grep -qF '**' <<<"$output" || fail "the phone tells nothing of itself"
-# Libraries that a device tree need not have; here they lie in the usual include path.
+# Libraries that an Android source tree need not have; here they lie in the usual include path.
 foreign=$(nm --demangle "$program" | grep -E 'nlohmann|CLI::' | head -3 || true)
 [ -z "$foreign" ] || fail "a phone has no such library: $foreign"
 echo "the phone's monitor works"

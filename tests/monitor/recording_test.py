@@ -36,8 +36,8 @@ class RecordingTest(unittest.TestCase):
             json.loads((DOCS / "recording.schema.json").read_text(encoding="utf-8")))
         cls.folder = tempfile.TemporaryDirectory()
         # What takes long runs beside all the rest.
-        cls.life_file = os.path.join(cls.folder.name, "life")
-        cls.life = start("record", cls.life_file, "--for", "13s")
+        cls.script_file = os.path.join(cls.folder.name, "script")
+        cls.script = start("record", cls.script_file, "--for", "13s")
         cls.demo_file = os.path.join(cls.folder.name, "demo")
         cls.demo = start("demo", "--record", cls.demo_file)
 
@@ -81,9 +81,9 @@ class RecordingTest(unittest.TestCase):
                 for event in events if not OF_THE_LIBRARY & event.keys()]
 
     def test_what_is_played_is_recorded_as_the_same_again(self):
-        self.success(finish(self.life))
+        self.success(finish(self.script))
         self.success(finish(self.demo))
-        for path in (self.life_file, self.demo_file):
+        for path in (self.script_file, self.demo_file):
             recorded = self.events(path)
             for kind in ("battery", "hinge_angle", "proximity", "temperature", "started", "died",
                          "registered", "called"):

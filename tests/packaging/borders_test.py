@@ -114,6 +114,23 @@ class BordersTest(unittest.TestCase):
         for path in sources:
             self.assertNotRegex(path.read_text(), r'#include "\.\.', str(path))
 
+    def test_kinds_of_tests_and_benchmarks_share_only_the_support(self):
+        folders = {path for path in (ROOT / "tests").iterdir() if path.is_dir()} | {ROOT / "bench"}
+        support = ROOT / SUPPORT
+        includes = 0
+        for folder in folders:
+            own = {path.name for path in [*folder.rglob("*.h"), *support.rglob("*.h")]}
+            others = folders - {folder, support}
+            foreign = {path.name for other in others for path in other.rglob("*.h")} - own
+            for path in folder.rglob("*.[ch]*"):
+                named = set(re.findall(r'^#include "(.*)"', path.read_text(), re.MULTILINE))
+                includes += len(named)
+                self.assertEqual(named & foreign, set(), str(path))
+            names = "|".join(re.escape(other.name) for other in others)
+            for path in [*folder.rglob("CMakeLists.txt"), *folder.rglob("*.cmake")]:
+                self.assertNotRegex(path.read_text(), rf"(\.\./|tests/)({names})\b", str(path))
+        self.assertGreater(includes, 0)
+
     def test_the_device_build_has_the_same_border(self):
         text = (ROOT / "Android.bp").read_text()
         for module, folder in (("libquorvel", "src"), ("quorvel", "monitor")):

@@ -13,8 +13,8 @@ inline void Expect(bool holds, const char* what) {
 }
 void ExpectEqual(long seen, long expected, const char* what);
 
-// What is under way, for the messages, and a sign of life: whoever gives none for five minutes
-// hangs, which ends the program with a message. `what` lives for ever.
+// What is under way, for the messages, and a sign of life (hang_guard.h) for the next five minutes.
+// `what` lives for ever.
 void UnderWay(const char* what);
 
 // Waits until `seen` gives `expected`, and lets the pauses of the library's workers end meanwhile:

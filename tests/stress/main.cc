@@ -27,7 +27,7 @@ using norvik::qel::stress::Settle;
 using norvik::qel::stress::Subject;
 
 struct Counts {
-  double notifications = 100'000;
+  double reports = 100'000;
   double restarts = 10'000;
   double outages = 300;
   double late = 1'000;
@@ -97,7 +97,7 @@ void RunFamily(const Family& family, const Counts& counts, uint64_t seed) {
     bool of_death = false;
   };
   const Kind kinds[] = {
-      {"notifications", counts.notifications, norvik::qel::stress::NotificationStress},
+      {"reports", counts.reports, norvik::qel::stress::ReportStress},
       {"restarts", counts.restarts, norvik::qel::stress::RestartStress, true},
       {"outages", counts.outages, norvik::qel::stress::OutageStress, true},
       {"late services", counts.late, norvik::qel::stress::LateStress},
@@ -135,7 +135,8 @@ int main(int argc, char** argv) {
   std::vector<std::string> names;
   for (const Family& family : kFamilies) names.emplace_back(family.name);
   CLI::App app(
-      "Reports, deaths, outages and ends of handles, far more than a device ever sees, and what they leave behind.");
+      "Reports, deaths, outages and ends of handles, far more than a device ever sees, and what "
+      "they leave behind.");
   app.footer("Ends with 1 when something is not as documented, or more is left than there was.");
   app.add_option("--family", only, "this family alone: battery, sensor, thermal or thermal-hidl")
       ->check(CLI::IsMember(names));
@@ -147,16 +148,16 @@ int main(int argc, char** argv) {
       "--seconds", seconds,
       "stress tests with the next seeds until that much time has passed; once around at least");
   app.add_option("--seed", seed, "of the first round (1)");
-  add_number("--notifications", counts.notifications, "reports while clients come and go (100000)");
+  add_number("--reports", counts.reports, "reports while clients come and go (100000)");
   add_number("--restarts", counts.restarts,
-             "deaths, most of them over before their notices are handled (10000)");
+             "deaths, most of them over before their death notifications are handled (10000)");
   add_number("--outages", counts.outages,
              "outages shorter than the retries, and as many that are longer (300)");
   add_number("--late", counts.late, "services that come up after their clients (1000)");
   add_number("--teardowns", counts.teardowns, "ends of a handle at each point (200)");
   add_number("--hostile", counts.hostile, "rounds of hostile values (20)");
   CLI11_PARSE(app, argc, argv);
-  for (double* count : {&counts.notifications, &counts.restarts, &counts.outages, &counts.late,
+  for (double* count : {&counts.reports, &counts.restarts, &counts.outages, &counts.late,
                         &counts.teardowns, &counts.hostile}) {
     *count *= scale;
   }

@@ -74,7 +74,7 @@ void ExpectAllHear(Subject& subject, Handle& handle) {
   }
 }
 
-std::string NotificationStress(Subject& subject, int count, uint64_t seed) {
+std::string ReportStress(Subject& subject, int count, uint64_t seed) {
   subject.Start();
   Handle steady(subject);
   steady.RegisterAll();
@@ -89,7 +89,7 @@ std::string NotificationStress(Subject& subject, int count, uint64_t seed) {
         subject.Report(NextValue());
         // Nobody sends faster than all can be handled for long; a queue would only grow.
         if (number % 64 == 0) Deliver();
-        if (number % 1024 == 0) UnderWay("notifications");
+        if (number % 1024 == 0) UnderWay("reports");
       }
       --reporting;
     });
@@ -139,7 +139,7 @@ std::string RestartStress(Subject& subject, int count, uint64_t seed) {
   subject.Start();
   std::array<Handle, 2> handles{Handle(subject), Handle(subject)};
   for (Handle& handle : handles) handle.RegisterAll();
-  long before_notice = 0;
+  long before_notification = 0;
   long asked = 0;
   for (int done = 0; done < count;) {
     UnderWay("restarts");
@@ -151,11 +151,11 @@ std::string RestartStress(Subject& subject, int count, uint64_t seed) {
     const int end = std::min(count, done + 100);
     while (done < end) {
       if (random() % 8 != 0) {
-        const HoldDeliveries notices(Delivery::kDeathNotification);
+        const HoldDeliveries notifications(Delivery::kDeathNotification);
         subject.Kill();
         subject.Start();
         if (random() % 2 == 0) subject.Report(NextValue());
-        ++before_notice;
+        ++before_notification;
         ++done;
       } else {
         for (uint64_t burst = 1 + random() % 5; burst > 0 && done < end; --burst, ++done) {
@@ -175,7 +175,7 @@ std::string RestartStress(Subject& subject, int count, uint64_t seed) {
   Settle();
   ExpectEqual(static_cast<long>(subject.held()), 0, "callbacks held by the service");
   return Number(count, "deaths (") +
-         Number(before_notice, "over before the notice was handled), ") +
+         Number(before_notification, "over before the death notification was handled), ") +
          Number(asked, "questions meanwhile; all clients alive again");
 }
 

@@ -12,8 +12,8 @@ namespace norvik::qel::stress {
 // Each returns what it has done, as text.
 
 // `count` reports from three threads, while clients and handles come and go on three more.
-std::string NotificationStress(Subject& subject, int count, uint64_t seed);
-// `count` deaths; nearly all are over before their notices are handled.
+std::string ReportStress(Subject& subject, int count, uint64_t seed);
+// `count` deaths; nearly all are over before their death notifications are handled.
 std::string RestartStress(Subject& subject, int count, uint64_t seed);
 // `count` outages that end during the retries, and as many that last longer.
 std::string OutageStress(Subject& subject, int count, uint64_t seed);

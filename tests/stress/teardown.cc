@@ -34,21 +34,21 @@ void DeinitWhileHeld(Handle& handle, Gate& gate) {
   ending.join();
 }
 
-// The service dies; the notice is about to be handled.
-void NoticeHeld(Subject& subject) {
+// The service dies; the death notification is about to be handled.
+void DeathNotificationHeld(Subject& subject) {
   subject.Start();
   Handle handle(subject);
   handle.RegisterAll();
   Settle();
-  HoldDeliveries notices(Delivery::kDeathNotification);
+  HoldDeliveries notifications(Delivery::kDeathNotification);
   subject.Kill();
-  if (!notices.WaitForHeld(1, std::chrono::hours(1))) Fail("no notice");
+  if (!notifications.WaitForHeld(1, std::chrono::hours(1))) Fail("no death notification");
   handle.Deinit();
   subject.Start();
   // It may well have the same address.
   Handle successor(subject);
   successor.RegisterAll();
-  notices.Release();
+  notifications.Release();
   AwaitHeld(subject, 1);
   ExpectAllHear(subject, successor);
   AwaitHeld(subject, 1);
@@ -95,7 +95,7 @@ void InAttemptAfterDeath(Subject& subject) {
   Settle();
   const auto gate = std::make_shared<Gate>();
   {
-    const HoldDeliveries notices(Delivery::kDeathNotification);
+    const HoldDeliveries notifications(Delivery::kDeathNotification);
     subject.Kill();
     subject.enlist().Then(Outcome::After(gate));
     subject.Start();
@@ -183,7 +183,7 @@ struct Point {
 };
 
 constexpr std::array kPoints = {
-    Point{[](Subject& subject, uint64_t) { NoticeHeld(subject); }, true},
+    Point{[](Subject& subject, uint64_t) { DeathNotificationHeld(subject); }, true},
     Point{[](Subject& subject, uint64_t) { InPauseAfterDeath(subject); }, true},
     Point{[](Subject& subject, uint64_t) { InAttemptAfterDeath(subject); }, true},
     Point{[](Subject& subject, uint64_t) { InPauseBeforeService(subject); }},

@@ -18,6 +18,11 @@ struct Call {
   }
 };
 
+// A client that is known by where its calls go. The cookie is a Seen<int>.
+inline void PutValue(int value, void* cookie) {
+  static_cast<Seen<int>*>(cookie)->Put(value);
+}
+
 // A client is a function, so each number is a client of its own. The cookie is a Seen<Call>.
 template <int kClient>
 void Client(int value, void* cookie) {

@@ -1,4 +1,4 @@
-// Device trees made up for a test, which the program sees instead of the machine's own.
+// A fake sysfs for a test, which the program sees instead of the machine's own.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -8,7 +8,6 @@
 #include <atomic>
 #include <filesystem>
 #include <functional>
-#include <iterator>
 #include <map>
 #include <memory>
 #include <optional>
@@ -100,7 +99,7 @@ class Machine {
 };
 
 // Whether it becomes so, while several threads ask. Nobody is to ask while a test changes the
-// device tree: what makes the tree up finds the files that the program has open in a table without
+// fake sysfs: what makes it finds the files that the program has open in a table without
 // a lock, and loses an announcement now and then when it meets another thread there.
 inline bool EventuallyWhileAsked(const std::function<bool()>& is_so,
                                  const std::function<void()>& ask) {
@@ -146,10 +145,5 @@ class NoticeListener {
  private:
   Seen<services::ServiceEvent> events_;
 };
-
-inline ptrdiff_t OpenFiles() {
-  const std::filesystem::directory_iterator files("/proc/self/fd");
-  return std::distance(begin(files), end(files));
-}
 
 }  // namespace norvik::qel

@@ -1,7 +1,7 @@
-// What the thread sanitizer is to overlook in tests on device trees.
+// What the thread sanitizer is to overlook in tests on a fake sysfs.
 #if defined(__has_feature)
 #if __has_feature(thread_sanitizer)
-// GLib and what shows the device trees are not built for the sanitizer, which sees their calls of
+// GLib and umockdev are not built for the sanitizer, which sees their calls of
 // malloc() and the like but not all of their locks. libudev shares one key for its hash tables
 // between threads: each table keeps a copy, so whatever a race leaves there will do.
 extern "C" const char* __tsan_default_suppressions() {

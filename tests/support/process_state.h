@@ -1,29 +1,101 @@
 // What this process holds, as the kernel tells it.
 #pragma once
 
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/types.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <initializer_list>
 #include <iterator>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace norvik::qel {
 
-// How many threads have one of these names, of which the kernel keeps 15 characters. One that has
-// been joined can be there for a moment still: ask with Eventually().
-inline int ThreadsNamed(std::initializer_list<std::string_view> names) {
-  int count = 0;
-  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
-    std::string kept;
-    std::getline(std::ifstream(task.path() / "comm"), kept);  // empty when it has just ended
-    if (std::any_of(names.begin(), names.end(),
-                    [&](std::string_view name) { return name.substr(0, 15) == kept; })) {
-      ++count;
-    }
+// Of every thread, the caller's too. One that has been joined can be listed for a moment still: ask
+// with Eventually().
+inline std::vector<pid_t> ThreadIds() {
+  std::vector<pid_t> ids;
+  DIR* const tasks = opendir("/proc/self/task");
+  if (tasks == nullptr) abort();
+  while (const dirent* entry = readdir(tasks)) {
+    if (entry->d_name[0] != '.')
+      ids.push_back(static_cast<pid_t>(strtol(entry->d_name, nullptr, 10)));
   }
-  return count;
+  closedir(tasks);
+  return ids;
+}
+
+// /proc/self/task/ID/FILE, of a few lines. Empty when the thread has just ended.
+inline std::string ReadThreadFile(pid_t id, const char* file) {
+  const std::string path = "/proc/self/task/" + std::to_string(id) + "/" + file;
+  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return {};
+  char text[4096];
+  const ssize_t size = read(fd, text, sizeof text);
+  close(fd);
+  return size > 0 ? std::string(text, static_cast<size_t>(size)) : std::string();
+}
+
+// The kernel keeps 15 characters of it.
+inline std::string ThreadName(pid_t id) {
+  std::string name = ReadThreadFile(id, "comm");
+  if (name.ends_with('\n')) name.pop_back();
+  return name;
+}
+
+// The calling thread's.
+inline std::string ThreadName() {
+  return ThreadName(gettid());
+}
+
+// The threads that have one of these names.
+inline std::vector<pid_t> ThreadIdsNamed(std::span<const std::string_view> names) {
+  std::vector<pid_t> ids = ThreadIds();
+  std::erase_if(ids, [&](pid_t id) {
+    const std::string kept = ThreadName(id);
+    return std::none_of(names.begin(), names.end(),
+                        [&](std::string_view name) { return name.substr(0, 15) == kept; });
+  });
+  return ids;
+}
+
+inline int ThreadsNamed(std::initializer_list<std::string_view> names) {
+  return static_cast<int>(ThreadIdsNamed({names.begin(), names.size()}).size());
+}
+
+// The library's workers, of whatever handles. By their full names: a test program and its threads
+// may be called thermal_..., too.
+inline std::vector<pid_t> LibraryThreadIds() {
+  static constexpr std::array<std::string_view, 8> kNames = {
+      "battery_callback", "battery_reconnect", "sensor_callback",   "sensor_poll",
+      "sensor_reconnect", "thermal_callback",  "thermal_reconnect", "thermal_restore"};
+  return ThreadIdsNamed(kNames);
+}
+
+inline int LibraryThreadCount() {
+  return static_cast<int>(LibraryThreadIds().size());
+}
+
+// Not from statm, which may lag behind by some dozen pages per processor. 0 when the kernel does
+// not tell.
+inline int64_t ResidentBytes() {
+  std::ifstream rollup("/proc/self/smaps_rollup");
+  std::string field;
+  while (rollup >> field) {
+    int64_t kilobytes = 0;
+    if (field == "Rss:" && rollup >> kilobytes) return kilobytes * 1024;
+  }
+  return 0;
 }
 
 inline int Descriptors() {

@@ -5,9 +5,11 @@ add_library(quorvel_test_support INTERFACE)
 target_include_directories(quorvel_test_support INTERFACE ${CMAKE_CURRENT_LIST_DIR})
 target_link_libraries(quorvel_test_support INTERFACE quorvel_classes quorvel_simulated)
 
-# The library's pauses in the test's hands, and how to see that all threads are at rest.
-add_library(quorvel_test_pauses OBJECT ${CMAKE_CURRENT_LIST_DIR}/pauses.cc
-            ${CMAKE_CURRENT_LIST_DIR}/quiet.cc)
+# The library's pauses in the test's hands, how to see that all threads are at rest, and what ends a
+# program that hangs.
+add_library(quorvel_test_pauses OBJECT
+  ${CMAKE_CURRENT_LIST_DIR}/hang_guard.cc ${CMAKE_CURRENT_LIST_DIR}/pauses.cc
+  ${CMAKE_CURRENT_LIST_DIR}/quiet.cc)
 target_link_libraries(quorvel_test_pauses PUBLIC quorvel_test_support ${CMAKE_DL_LIBS})
 
 if(NOT QUORVEL_TESTS)

@@ -3,22 +3,16 @@
 
 #include <aidl/android/hardware/thermal/BnThermalChangedCallback.h>
 #include <android/hardware/thermal/2.0/IThermal.h>
-#include <pthread.h>
 
 #include <string>
 #include <thread>
 #include <utility>
 #include <vector>
 
+#include "process_state.h"
 #include "waiting.h"
 
 namespace norvik::qel {
-
-inline std::string ThreadName() {
-  char name[16] = {};
-  pthread_getname_np(pthread_self(), name, sizeof(name));
-  return name;
-}
 
 // One notification: what was told, and on a thread of which name.
 template <typename Temperature>

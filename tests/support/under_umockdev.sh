@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# under_umockdev.sh PROGRAM [ARGUMENT...]: runs a program that has umockdev make up device trees.
+# under_umockdev.sh PROGRAM [ARGUMENT...]: runs a program that has umockdev make a fake sysfs.
 #
 # What umockdev preloads keeps the open files of the program in tables without a lock. When several
 # threads of it open and close files it now and then loses an announcement, and says so, or breaks

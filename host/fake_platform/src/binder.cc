@@ -5,7 +5,7 @@
 #include <cstring>
 #include <utility>
 
-#include "deliveries.h"
+#include "delivery_tracking.h"
 #include "quorvel/fake/call_latency.h"
 
 namespace norvik::qel::fake {

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "binder.h"
-#include "deliveries.h"
+#include "delivery_tracking.h"
 
 using norvik::qel::fake::Anchor;
 using norvik::qel::fake::Link;

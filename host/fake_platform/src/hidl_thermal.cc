@@ -4,7 +4,7 @@
 #include <android/hardware/thermal/2.0/IThermalChangedCallback.h>
 
 #include "hidl_call.h"
-#include "hidl_service_manager.h"
+#include "hidl_lookup.h"
 
 namespace norvik::qel::fake {
 

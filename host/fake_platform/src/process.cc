@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "binder.h"
-#include "hidl_service_manager.h"
+#include "hidl_lookup.h"
 #include "quorvel/fake/service_process.h"
-#include "service_manager.h"
+#include "service_registry.h"
 
 namespace norvik::qel::fake {
 
@@ -130,8 +130,8 @@ void Process::Kill() {
     for (const auto& [id, reference] : outbound_) outbound.push_back(reference);
     inbound.assign(inbound_.begin(), inbound_.end());
   }
-  ServiceManager::Get().Forget(*this);
-  ServiceManager::Hidl().Forget(*this);
+  ServiceRegistry::Get().Forget(*this);
+  ServiceRegistry::Hidl().Forget(*this);
   for (const auto& call : calls) {
     std::lock_guard<std::mutex> lock(call->lock);
     call->dead = !call->done;
@@ -189,7 +189,7 @@ bool ServiceProcess::AddService(const std::shared_ptr<ndk::ICInterface>& service
     return false;
   }
   if (!process_->dead()) return true;
-  ServiceManager::Get().Forget(*process_);  // killed while it was being added
+  ServiceRegistry::Get().Forget(*process_);  // killed while it was being added
   return false;
 }
 

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "looper.h"
-#include "quorvel/fake/sensor_service.h"
+#include "quorvel/fake/sensor_service_interface.h"
 #include "quorvel/fake/thread_annotations.h"
 
 struct ASensor {

@@ -10,7 +10,7 @@
 #include <optional>
 #include <vector>
 
-#include "quorvel/fake/sensor_service.h"
+#include "quorvel/fake/sensor_service_interface.h"
 #include "quorvel/fake/thread_annotations.h"
 #include "quorvel/services/service_event.h"
 

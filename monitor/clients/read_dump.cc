@@ -1,4 +1,4 @@
-#include "cli/dump_text.h"
+#include "clients/read_dump.h"
 
 #include <errno.h>
 #include <sys/mman.h>
@@ -8,7 +8,7 @@
 
 namespace norvik::qel::monitor {
 
-std::string DumpText(void (*dump)(void* handle, int fd), void* handle) {
+std::string ReadDump(void (*dump)(void* handle, int fd), void* handle) {
   // A file in memory takes a dump of any length; a pipe would fill up with nobody to read it.
   const int fd = memfd_create("dump", MFD_CLOEXEC);
   if (fd < 0) throw std::system_error(errno, std::generic_category(), "memfd_create");

@@ -1,4 +1,4 @@
-#include "thermal_hidl_wrapper/records.h"
+#include "thermal_hidl_wrapper/aidl_to_hidl.h"
 
 #include <cstddef>
 #include <cstdint>

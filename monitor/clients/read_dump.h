@@ -6,6 +6,6 @@
 namespace norvik::qel::monitor {
 
 // What a family's dump function writes.
-std::string DumpText(void (*dump)(void* handle, int fd), void* handle);
+std::string ReadDump(void (*dump)(void* handle, int fd), void* handle);
 
 }  // namespace norvik::qel::monitor

@@ -1,9 +1,9 @@
-#include "hidl_service_manager.h"
+#include "hidl_lookup.h"
 
 #include <atomic>
 
 #include "quorvel/fake/hidl_service_manager.h"
-#include "service_manager.h"
+#include "service_registry.h"
 
 namespace norvik::qel::fake {
 
@@ -17,7 +17,7 @@ std::string Instance(const std::string& descriptor, const std::string& name) {
 }
 
 bool MayBeThere(const std::string& instance, bool get_stub) {
-  return g_present && !get_stub && ServiceManager::Hidl().IsDeclared(instance);
+  return g_present && !get_stub && ServiceRegistry::Hidl().IsDeclared(instance);
 }
 
 }  // namespace
@@ -25,13 +25,13 @@ bool MayBeThere(const std::string& instance, bool get_stub) {
 ndk::SpAIBinder TryGetHidl(const std::string& descriptor, const std::string& name, bool get_stub) {
   const std::string instance = Instance(descriptor, name);
   if (!TryGetHidlServiceScript().Next().works() || !MayBeThere(instance, get_stub)) return {};
-  return ServiceManager::Hidl().Check(instance);
+  return ServiceRegistry::Hidl().Check(instance);
 }
 
 ndk::SpAIBinder GetHidl(const std::string& descriptor, const std::string& name, bool get_stub) {
   const std::string instance = Instance(descriptor, name);
   if (!GetHidlServiceScript().Next().works() || !MayBeThere(instance, get_stub)) return {};
-  return ServiceManager::Hidl().Wait(instance);
+  return ServiceRegistry::Hidl().Wait(instance);
 }
 
 ::android::status_t AddHidl(const ::android::sp<HidlBase>& service, const std::string& name) {
@@ -42,21 +42,21 @@ ndk::SpAIBinder GetHidl(const std::string& descriptor, const std::string& name, 
   const auto offered = service->interfaceChain([&](const auto& descriptors) {
     for (const auto& descriptor : descriptors) {
       if (descriptor == HidlBase::descriptor) continue;
-      ServiceManager::Hidl().Add(Instance(descriptor.c_str(), name), binder.get());
+      ServiceRegistry::Hidl().Add(Instance(descriptor.c_str(), name), binder.get());
     }
   });
   if (!offered.isOk()) return ::android::UNKNOWN_ERROR;
   if (!process->dead()) return ::android::OK;
-  ServiceManager::Hidl().Forget(*process);  // killed while it was being added
+  ServiceRegistry::Hidl().Forget(*process);  // killed while it was being added
   return ::android::DEAD_OBJECT;
 }
 
 void DeclareHidl(const std::string& instance) {
-  ServiceManager::Hidl().SetDeclared(instance, true);
+  ServiceRegistry::Hidl().SetDeclared(instance, true);
 }
 
 void UndeclareHidl(const std::string& instance) {
-  ServiceManager::Hidl().SetDeclared(instance, false);
+  ServiceRegistry::Hidl().SetDeclared(instance, false);
 }
 
 void SetHidlServiceManagerPresent(bool present) {

@@ -17,10 +17,10 @@
 namespace norvik::qel::fake {
 
 // Locks: lock_ guards the tables; no reference is released under it.
-class ServiceManager {
+class ServiceRegistry {
  public:
-  static ServiceManager& Get();   // of AIDL services
-  static ServiceManager& Hidl();  // of HIDL services; instances are "package@1.0::IFoo/name"
+  static ServiceRegistry& Get();   // of AIDL services
+  static ServiceRegistry& Hidl();  // of HIDL services; instances are "package@1.0::IFoo/name"
 
   void Add(const std::string& instance, AIBinder* binder);
   // The calling process's reference to a service. Empty if the service is not running.

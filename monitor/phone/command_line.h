@@ -8,7 +8,7 @@
 namespace norvik::qel::monitor {
 
 // A part of what the host's monitor takes, in the same words. It does with what every phone's C
-// library has, so that a device tree need not have anything for it.
+// library has, so that an Android source tree need not have anything for it.
 Options ParsePhoneOptions(int argc, char** argv);
 
 std::string PhoneUsage();

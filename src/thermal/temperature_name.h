@@ -1,4 +1,4 @@
-// The platform's thermal records as the family reads them.
+// The name in the platform's record of a temperature.
 #pragma once
 
 #include <android/hardware/thermal/2.0/types.h>

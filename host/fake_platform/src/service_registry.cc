@@ -1,4 +1,4 @@
-#include "service_manager.h"
+#include "service_registry.h"
 
 #include <android/binder_manager.h>
 #include <android/log.h>
@@ -13,18 +13,18 @@
 
 namespace norvik::qel::fake {
 
-ServiceManager& ServiceManager::Get() {
+ServiceRegistry& ServiceRegistry::Get() {
   // Leaked on purpose: binder threads may outlive main().
-  static ServiceManager& manager = *new ServiceManager;
-  return manager;
+  static ServiceRegistry& registry = *new ServiceRegistry;
+  return registry;
 }
 
-ServiceManager& ServiceManager::Hidl() {
-  static ServiceManager& manager = *new ServiceManager;
-  return manager;
+ServiceRegistry& ServiceRegistry::Hidl() {
+  static ServiceRegistry& registry = *new ServiceRegistry;
+  return registry;
 }
 
-void ServiceManager::Add(const std::string& instance, AIBinder* binder) {
+void ServiceRegistry::Add(const std::string& instance, AIBinder* binder) {
   ndk::SpAIBinder service(binder);
   AIBinder_incStrong(binder);
   std::lock_guard<std::mutex> lock(lock_);
@@ -32,7 +32,7 @@ void ServiceManager::Add(const std::string& instance, AIBinder* binder) {
   added_.notify_all();
 }
 
-ndk::SpAIBinder ServiceManager::Check(const std::string& instance) {
+ndk::SpAIBinder ServiceRegistry::Check(const std::string& instance) {
   ndk::SpAIBinder service;
   {
     std::lock_guard<std::mutex> lock(lock_);
@@ -43,7 +43,7 @@ ndk::SpAIBinder ServiceManager::Check(const std::string& instance) {
   return Process::Current()->Reach(service.get());
 }
 
-ndk::SpAIBinder ServiceManager::Wait(const std::string& instance) {
+ndk::SpAIBinder ServiceRegistry::Wait(const std::string& instance) {
   while (true) {
     {
       std::unique_lock<std::mutex> lock(lock_);
@@ -54,7 +54,7 @@ ndk::SpAIBinder ServiceManager::Wait(const std::string& instance) {
   }
 }
 
-void ServiceManager::Forget(const Process& process) {
+void ServiceRegistry::Forget(const Process& process) {
   std::vector<ndk::SpAIBinder> gone;  // released after the lock
   std::lock_guard<std::mutex> lock(lock_);
   for (auto service = services_.begin(); service != services_.end();) {
@@ -68,7 +68,7 @@ void ServiceManager::Forget(const Process& process) {
   }
 }
 
-void ServiceManager::SetDeclared(const std::string& instance, bool declared) {
+void ServiceRegistry::SetDeclared(const std::string& instance, bool declared) {
   std::lock_guard<std::mutex> lock(lock_);
   if (declared) {
     declared_.insert(instance);
@@ -77,22 +77,22 @@ void ServiceManager::SetDeclared(const std::string& instance, bool declared) {
   }
 }
 
-bool ServiceManager::IsDeclared(const std::string& instance) const {
+bool ServiceRegistry::IsDeclared(const std::string& instance) const {
   std::lock_guard<std::mutex> lock(lock_);
   return declared_.contains(instance);
 }
 
-std::set<std::string> ServiceManager::Declared() const {
+std::set<std::string> ServiceRegistry::Declared() const {
   std::lock_guard<std::mutex> lock(lock_);
   return declared_;
 }
 
 void Declare(const std::string& instance) {
-  ServiceManager::Get().SetDeclared(instance, true);
+  ServiceRegistry::Get().SetDeclared(instance, true);
 }
 
 void Undeclare(const std::string& instance) {
-  ServiceManager::Get().SetDeclared(instance, false);
+  ServiceRegistry::Get().SetDeclared(instance, false);
 }
 
 Script& IsDeclaredScript() {
@@ -111,8 +111,8 @@ Script& GetServiceScript() {
 }
 
 void SetGetServiceWait(std::chrono::milliseconds pause, int attempts) {
-  ServiceManager::Get().get_service_pause_ms = pause.count();
-  ServiceManager::Get().get_service_attempts = attempts;
+  ServiceRegistry::Get().get_service_pause_ms = pause.count();
+  ServiceRegistry::Get().get_service_attempts = attempts;
 }
 
 }  // namespace norvik::qel::fake
@@ -120,7 +120,7 @@ void SetGetServiceWait(std::chrono::milliseconds pause, int attempts) {
 using norvik::qel::fake::CheckServiceScript;
 using norvik::qel::fake::GetServiceScript;
 using norvik::qel::fake::IsDeclaredScript;
-using norvik::qel::fake::ServiceManager;
+using norvik::qel::fake::ServiceRegistry;
 
 namespace {
 
@@ -140,31 +140,31 @@ extern "C" {
 binder_exception_t AServiceManager_addService(AIBinder* binder, const char* instance) {
   if (binder == nullptr || instance == nullptr) return EX_ILLEGAL_ARGUMENT;
   if (binder->AsLocal() != nullptr && binder->AsLocal()->process()->dead()) return EX_ILLEGAL_STATE;
-  ServiceManager::Get().Add(instance, binder);
+  ServiceRegistry::Get().Add(instance, binder);
   return EX_NONE;
 }
 
 AIBinder* AServiceManager_checkService(const char* instance) {
   if (instance == nullptr) return nullptr;
   if (!CheckServiceScript().Next().works()) return nullptr;
-  return Release(ServiceManager::Get().Check(instance));
+  return Release(ServiceRegistry::Get().Check(instance));
 }
 
 AIBinder* AServiceManager_getService(const char* instance) {
   if (instance == nullptr) return nullptr;
-  ServiceManager& manager = ServiceManager::Get();
+  ServiceRegistry& registry = ServiceRegistry::Get();
   const bool works = GetServiceScript().Next().works();
   ndk::SpAIBinder service;
-  if (works) service = manager.Check(instance);
+  if (works) service = registry.Check(instance);
   if (service.get() != nullptr) return Release(service);
 
   using std::chrono::steady_clock;
   const auto begin = steady_clock::now();
   __android_log_print(ANDROID_LOG_INFO, kLookUpTag, "Waiting for service '%s' on '%s'...", instance,
                       kDriver);
-  for (int attempt = 0; attempt < manager.get_service_attempts; ++attempt) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(manager.get_service_pause_ms));
-    if (works) service = manager.Check(instance);
+  for (int attempt = 0; attempt < registry.get_service_attempts; ++attempt) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(registry.get_service_pause_ms));
+    if (works) service = registry.Check(instance);
     if (service.get() == nullptr) continue;
     const auto waited =
         std::chrono::duration_cast<std::chrono::milliseconds>(steady_clock::now() - begin);
@@ -179,19 +179,19 @@ AIBinder* AServiceManager_getService(const char* instance) {
 }
 
 AIBinder* AServiceManager_waitForService(const char* instance) {
-  return instance != nullptr ? Release(ServiceManager::Get().Wait(instance)) : nullptr;
+  return instance != nullptr ? Release(ServiceRegistry::Get().Wait(instance)) : nullptr;
 }
 
 bool AServiceManager_isDeclared(const char* instance) {
   return instance != nullptr && IsDeclaredScript().Next().works() &&
-         ServiceManager::Get().IsDeclared(instance);
+         ServiceRegistry::Get().IsDeclared(instance);
 }
 
 void AServiceManager_forEachDeclaredInstance(const char* interface, void* context,
                                              void (*callback)(const char* instance,
                                                               void* context)) {
   const std::string prefix = std::string(interface) + "/";
-  for (const std::string& name : ServiceManager::Get().Declared()) {
+  for (const std::string& name : ServiceRegistry::Get().Declared()) {
     if (name.starts_with(prefix)) callback(name.c_str() + prefix.size(), context);
   }
 }

@@ -1,4 +1,4 @@
-#include "phone/options.h"
+#include "phone/command_line.h"
 
 #include <getopt.h>
 

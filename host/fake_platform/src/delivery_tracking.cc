@@ -1,4 +1,4 @@
-#include "deliveries.h"
+#include "delivery_tracking.h"
 
 #include <array>
 #include <condition_variable>

@@ -1,5 +1,5 @@
 // The local and remote sides of the sensor service.
-#include "quorvel/fake/sensor_service.h"
+#include "quorvel/fake/sensor_service_interface.h"
 
 #include "remote_call.h"
 

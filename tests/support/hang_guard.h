@@ -1,0 +1,19 @@
+// Ends a whole program that hangs, with a message. EndsInTime() of waiting.h does so for one
+// action.
+#pragma once
+
+#include <chrono>
+
+namespace norvik::qel {
+
+// A sign of life, and what is under way from now on: unless another one follows within `limit`, the
+// program prints `what` and aborts. `what` lives for ever.
+//
+// Threads: any.
+void RestartHangGuard(const char* what, std::chrono::seconds limit);
+// The latest `what`.
+const char* UnderWayNow();
+// What the program waits for meanwhile, for the same message; null when it waits for nothing.
+void SetAwaited(const char* what);
+
+}  // namespace norvik::qel
