@@ -25,9 +25,10 @@ std::string DeviceName(const std::string& syspath);
 // there is none.
 int DeviceNumber(const std::string& name);
 
-// Sets the sysfs paths of all devices of a subsystem, ordered by name; a kernel without the
-// subsystem has none. 0, or an errno number when they cannot be listed.
-[[nodiscard]] int ListDevices(const char* subsystem, std::vector<std::string>* syspaths);
+// Sets the sysfs paths of all devices of some subsystems, ordered by name; a kernel without a
+// subsystem has none of it. 0, or an errno number when they cannot be listed.
+[[nodiscard]] int ListDevices(const std::vector<const char*>& subsystems,
+                              std::vector<std::string>* syspaths);
 
 // A device that has been listed may have vanished since: whatever has been read of it by then may
 // miss a half. Adds a fault when it has.
@@ -77,6 +78,7 @@ class DeviceFiles {
   // Text that may be shown to people as it is.
   std::optional<std::string> PrintableText(const std::string& file,
                                            Absence absence = Absence::kUsual);
+  std::optional<int64_t> Integer(const std::string& file, Absence absence = Absence::kUsual);
   std::optional<int32_t> Number(const std::string& file, Range range,
                                 Absence absence = Absence::kUsual);
   // A number with or without decimals, as the kernel writes it: no exponent, nothing infinite.
@@ -97,6 +99,8 @@ class DeviceFiles {
   }
 
   void AddFault(const std::string& file, std::string what);
+  // Says more of the fault that the file has added last.
+  void AmendFault(const std::string& file, const std::string& what);
 
  private:
   DeviceFiles(const std::string& syspath, Udev udev, UdevDevice device, std::vector<Fault>* faults);

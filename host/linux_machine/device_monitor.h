@@ -1,8 +1,9 @@
-// Word from the kernel that a device of one subsystem has come, changed or gone.
+// Word from the kernel that a device of some subsystems has come, changed or gone.
 #pragma once
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "udev.h"
 
@@ -21,7 +22,7 @@ struct DeviceChange {
 // Hears from the moment it is made. Threads: one at a time.
 class DeviceMonitor {
  public:
-  explicit DeviceMonitor(const char* subsystem);
+  explicit DeviceMonitor(const std::vector<const char*>& subsystems);
 
   // False, with errno of the constructor in error(), when nothing will ever be heard.
   bool works() const { return error_ == 0; }
@@ -34,7 +35,7 @@ class DeviceMonitor {
   void GiveUp(int error);
 
  private:
-  int Open(const char* subsystem);
+  int Open(const std::vector<const char*>& subsystems);
 
   Udev udev_;
   UdevMonitor monitor_;

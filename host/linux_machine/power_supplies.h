@@ -1,4 +1,4 @@
-// What the kernel's power-supply class knows of this machine: its battery and its chargers.
+// What the kernel's power-supply class knows of this machine: its batteries and its chargers.
 //
 // The files, their units and their special values are described in the kernel's
 // Documentation/ABI/testing/sysfs-class-power and Documentation/power/power_supply_class.rst.
@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "fault.h"
+#include "quorvel/linux_machine/health.h"
 
 namespace norvik::qel::linux_machine {
 
@@ -48,13 +49,20 @@ struct Chargers {
 };
 
 struct PowerReading {
-  // The first by name of the machine's batteries that are there.
+  // All batteries that feed the machine as one: the level of all of them together, the highest
+  // cycle count, the status that tells the most. The rest is that of the first by name.
   std::optional<Battery> battery = {};
   Chargers chargers = {};
+  // Every supply, by name, counted or not.
+  std::vector<PowerSupply> supplies = {};
   std::vector<Fault> faults = {};
 };
 
 // Reads supplies that have been listed; they may have vanished since.
 PowerReading ReadPowerSupplies(const std::vector<std::string>& syspaths);
+
+// How the level comes about: "battery level: BAT0 (66 %) and BAT1 (34 %) together, by energy".
+// Empty when one battery at most feeds the machine.
+std::string PartsOfLevel(const PowerReading& reading);
 
 }  // namespace norvik::qel::linux_machine

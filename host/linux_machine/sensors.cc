@@ -49,7 +49,7 @@ class Sensors::Service : public services::SensorService, public WatchedClass {
   Service(std::chrono::milliseconds period, services::ServiceObserver observer,
           const std::shared_ptr<const Wake>& wake)
       : SensorService({}, WakingObserver(wake, std::move(observer))),
-        WatchedClass("iio", "IIO devices", wake),
+        WatchedClass({"iio"}, "IIO devices", wake),
         period_(period) {}
 
   ndk::ScopedAStatus enableSensor(int64_t queue, int32_t handle, int32_t period_us,

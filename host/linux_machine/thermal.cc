@@ -24,7 +24,7 @@ class Thermal::Service : public services::ThermalService, public WatchedClass {
   Service(ThermalTypes types, std::chrono::milliseconds period, services::ServiceObserver observer,
           const std::shared_ptr<const Wake>& wake)
       : ThermalService({}, WakingObserver(wake, std::move(observer))),
-        WatchedClass("thermal", "thermal zones", wake),
+        WatchedClass({"thermal"}, "thermal zones", wake),
         period_(period),
         history_(std::move(types)) {}
 

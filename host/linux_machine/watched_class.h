@@ -1,4 +1,4 @@
-// A subsystem of the kernel's, as one of this machine's services sees it.
+// Subsystems of the kernel, as one of this machine's services sees them.
 #pragma once
 
 #include <atomic>
@@ -38,7 +38,7 @@ class Wake {
 services::ServiceObserver WakingObserver(std::shared_ptr<const Wake> wake,
                                          services::ServiceObserver observer);
 
-// What a service knows of the devices of one subsystem. A service's process may still be inside a
+// What a service knows of the devices of its subsystems. A service's process may still be inside a
 // call when its owner has gone on, so everything that a call touches is here or in the service that
 // derives from this, and a call tells the observer nothing: it leaves notices and wakes the owner's
 // thread (see Watcher), which is joined in time.
@@ -48,13 +48,13 @@ services::ServiceObserver WakingObserver(std::shared_ptr<const Wake> wake,
 class WatchedClass {
  public:
   // `devices`: what people call them.
-  WatchedClass(const char* subsystem, std::string devices,
-               std::shared_ptr<const Wake> wake = std::make_shared<Wake>());
+  WatchedClass(std::vector<const char*> subsystems, std::string devices,
+               std::shared_ptr<const Wake> wake);
   virtual ~WatchedClass() = default;
   WatchedClass(const WatchedClass&) = delete;
   WatchedClass& operator=(const WatchedClass&) = delete;
 
-  const char* subsystem() const { return subsystem_; }
+  const std::vector<const char*>& subsystems() const { return subsystems_; }
 
   // Reads what is there and reports it.
   void Refresh();
@@ -85,7 +85,7 @@ class WatchedClass {
   std::vector<std::string> OnlyAnnouncedLocked(const std::vector<std::string>& listed);
   void ForgetFaultsOfOthersLocked(const std::vector<std::string>& syspaths);
 
-  const char* const subsystem_;
+  const std::vector<const char*> subsystems_;
   const std::string devices_;
   const std::shared_ptr<const Wake> wake_;
   std::atomic<bool> ending_ = false;

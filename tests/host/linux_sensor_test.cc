@@ -147,7 +147,7 @@ TEST_P(LinuxChannelTest, IsFoundAndMeasuredOrDoesNotCount) {
   Machine machine("iio");
   machine.Add("iio:device0", GetParam().files);
   std::vector<std::string> listed;
-  ASSERT_EQ(linux_machine::ListDevices("iio", &listed), 0);
+  ASSERT_EQ(linux_machine::ListDevices({"iio"}, &listed), 0);
   linux_machine::FoundChannels found = linux_machine::FindChannels(listed);
   std::vector<linux_machine::Fault>& faults = found.faults;
   EXPECT_EQ(found.proximity ? Measure(*found.proximity, &faults) : std::nullopt,
@@ -309,7 +309,7 @@ TEST_F(LinuxSensorTest, ASensorThatVanishesBeforeItIsMeasuredTellsNothing) {
   machine_->Add("iio:device0", kRangefinder);
   machine_->Add("iio:device1", With(kRangefinder, {{"name", "second\n"}}));
   std::vector<std::string> listed;
-  ASSERT_EQ(linux_machine::ListDevices("iio", &listed), 0);
+  ASSERT_EQ(linux_machine::ListDevices({"iio"}, &listed), 0);
   const auto first = linux_machine::FindChannels(listed).proximity;
   ASSERT_TRUE(first);
   EXPECT_EQ(first->name, "tof");

@@ -388,7 +388,7 @@ TEST_F(LinuxThermalTest, AZoneThatVanishesBeforeItIsReadIsNone) {
   machine_->Add("thermal_zone0", kProcessorZone);
   machine_->Add("thermal_zone1", {{"type", "good\n"}, {"temp", "20000\n"}});
   std::vector<std::string> listed;
-  ASSERT_EQ(linux_machine::ListDevices("thermal", &listed), 0);
+  ASSERT_EQ(linux_machine::ListDevices({"thermal"}, &listed), 0);
   ASSERT_EQ(listed.size(), 2u);
   machine_->Vanish("thermal_zone0");
   const linux_machine::ThermalReading reading = linux_machine::ReadThermalDevices(listed);
