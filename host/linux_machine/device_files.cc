@@ -163,6 +163,15 @@ std::optional<std::string> DeviceFiles::PrintableText(const std::string& file, A
   return std::nullopt;
 }
 
+std::optional<std::string> DeviceFiles::Name(const std::string& file, Absence absence) {
+  const std::optional<std::string_view> text = Text(file, absence);
+  if (!text) return std::nullopt;
+  std::string name(*text);
+  for (char& c : name) c = IsPrintable({&c, 1}) ? c : '?';
+  if (name != *text) AddFault(file, Quoted(*text) + " has characters that cannot be shown");
+  return name;
+}
+
 std::optional<int64_t> DeviceFiles::Integer(const std::string& file, Absence absence) {
   const std::optional<std::string_view> text = Text(file, absence);
   if (!text) return std::nullopt;

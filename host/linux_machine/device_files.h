@@ -78,6 +78,9 @@ class DeviceFiles {
   // Text that may be shown to people as it is.
   std::optional<std::string> PrintableText(const std::string& file,
                                            Absence absence = Absence::kUsual);
+  // Text by which people and clients name something: any character that cannot be shown becomes
+  // '?', with a fault.
+  std::optional<std::string> Name(const std::string& file, Absence absence = Absence::kUsual);
   std::optional<int64_t> Integer(const std::string& file, Absence absence = Absence::kUsual);
   std::optional<int32_t> Number(const std::string& file, Range range,
                                 Absence absence = Absence::kUsual);

@@ -24,7 +24,7 @@ class Thermal::Service : public services::ThermalService, public WatchedClass {
   Service(ThermalTypes types, std::chrono::milliseconds period, services::ServiceObserver observer,
           const std::shared_ptr<const Wake>& wake)
       : ThermalService({}, WakingObserver(wake, std::move(observer))),
-        WatchedClass({"thermal"}, "thermal zones", wake),
+        WatchedClass({"thermal", "hwmon"}, "temperatures", wake),
         period_(period),
         history_(std::move(types)) {}
 
@@ -33,15 +33,19 @@ class Thermal::Service : public services::ThermalService, public WatchedClass {
     return is_heard ? std::optional(period_) : std::nullopt;
   }
   int64_t reading_count() const { return readings_; }
+  std::vector<TemperatureSource> sources() const {
+    std::lock_guard<std::mutex> lock(reading_lock_);
+    return history_.sources();
+  }
 
  private:
   ndk::ScopedAStatus Permit(ThermalOperation operation) override;
   void ReadLocked(const std::vector<std::string>& syspaths) override;
-  void NoticeLackOfZonesLocked(bool has_zones);
+  void NoticeLackOfTemperaturesLocked(bool has_temperatures);
 
   const std::chrono::milliseconds period_;
   ThermalHistory history_;
-  bool had_zones_ = true;  // so that a machine that never had one is said so, too
+  bool had_temperatures_ = true;  // so that a machine that never had one is said so, too
   std::atomic<int64_t> readings_ = 0;
 };
 
@@ -56,13 +60,14 @@ void Thermal::Service::ReadLocked(const std::vector<std::string>& syspaths) {
   ++readings_;
   const ThermalReading reading = ReadThermalDevices(syspaths);
   NoticeFaultsLocked(reading.faults);
-  NoticeLackOfZonesLocked(!reading.zones.empty());
+  NoticeLackOfTemperaturesLocked(!reading.zones.empty());
   Report(history_.Continue(reading));
 }
 
-void Thermal::Service::NoticeLackOfZonesLocked(bool has_zones) {
-  if (had_zones_ && !has_zones) AddNoticeLocked("this machine has no thermal zone");
-  had_zones_ = has_zones;
+void Thermal::Service::NoticeLackOfTemperaturesLocked(bool has_temperatures) {
+  if (had_temperatures_ && !has_temperatures)
+    AddNoticeLocked("this machine has no temperature sensor");
+  had_temperatures_ = has_temperatures;
 }
 
 Thermal::Thermal(services::ServiceObserver observer, ThermalSettings settings)
@@ -105,6 +110,10 @@ void Thermal::Stop() {
 
 ThermalData Thermal::data() const {
   return service_ != nullptr ? service_->data() : ThermalData{};
+}
+
+std::vector<TemperatureSource> Thermal::sources() const {
+  return service_ != nullptr ? service_->sources() : std::vector<TemperatureSource>{};
 }
 
 size_t Thermal::callback_count() const {

@@ -16,7 +16,11 @@ namespace norvik::qel::linux_machine {
 //                       zone has is SEVERE, as what the first brought was not enough
 //   hot       CRITICAL  slowing down has not been enough; the kernel can do no more but warn
 //   critical  SHUTDOWN  the kernel switches the machine off
-// The kernel knows nothing between the last two that would be EMERGENCY.
+// The kernel knows nothing between the last two that would be EMERGENCY. Of a limit of a hwmon
+// sensor, on which the kernel does not act:
+//   max        MODERATE   hotter than the maker of the chip means it to be
+//   crit       CRITICAL   the chip may fail or slow itself down
+//   emergency  EMERGENCY  the limit above that which some chips have
 aidl::android::hardware::thermal::ThrottlingSeverity SeverityOf(const TripPoint& trip,
                                                                 const ThermalZone& zone);
 
