@@ -18,7 +18,9 @@ struct IioChannel {
   enum class Kind {
     kDistance,  // in metres, once scaled
     kNearness,  // without a unit: the nearer the higher, and from a level on it is near
+    kPresence,  // 0 or not: whether a person is there
     kAngle,     // in radians, once scaled
+    kDegrees,   // in degrees as it is
   };
   Kind kind;
   std::string syspath;
@@ -36,7 +38,8 @@ struct FoundChannels {
 // Looks through devices that have been listed; they may have vanished since. Nothing is measured.
 FoundChannels FindChannels(std::vector<std::string> syspaths);
 
-// What a near thing reads and what a far one does where nothing else is known of a distance.
+// What a near thing reads and what a far one does where nothing else is known of a distance. Far is
+// the maximum of such a sensor.
 inline constexpr float kNearCentimetres = 0;
 inline constexpr float kFarCentimetres = 5;
 

@@ -5,7 +5,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "quorvel/fake/service_process.h"
 #include "quorvel/services/sensor_service.h"
@@ -18,6 +20,21 @@ class Watcher;
 struct SensorSettings {
   // Between two measurements while a sensor is enabled.
   std::chrono::milliseconds period = std::chrono::milliseconds(100);
+};
+
+// What a sensor of the service is made of.
+struct SensorSource {
+  enum class Reading {
+    kCentimetres,
+    kNearOrFar,      // 0 or the maximum, of a sensor without a unit
+    kPresentOrAway,  // the same, for a person
+    kDegrees,
+  };
+  int32_t type = 0;         // ASENSOR_TYPE_...
+  std::string name = {};    // the chip's or the driver's
+  std::string device = {};  // "iio:device0"
+  Reading reading = Reading::kCentimetres;
+  std::optional<float> maximum = {};  // of a distance it is not known
 };
 
 // The service has one sensor of each type at most: the first that the kernel's industrial-I/O
@@ -46,6 +63,8 @@ class Sensors {
   // it. Waits until the program has heard of it.
   void Stop();
 
+  // The sensors that there are now, at most one of each type; none while no service runs.
+  std::vector<SensorSource> sources() const;
   // On how many queues the sensor of a type is enabled, and how often any sensor has been measured;
   // 0 while no service runs.
   int listeners(int32_t type) const;
