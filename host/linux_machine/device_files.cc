@@ -44,12 +44,16 @@ int DeviceNumber(const std::string& name) {
   return number;
 }
 
-int ListDevices(const char* subsystem, std::vector<std::string>* syspaths) {
+int ListDevices(const std::vector<const char*>& subsystems, std::vector<std::string>* syspaths) {
   const Udev udev(udev_new());
   if (udev == nullptr) return errno;
   const UdevEnumerate enumerate(udev_enumerate_new(udev.get()));
   if (enumerate == nullptr) return errno;
-  int result = udev_enumerate_add_match_subsystem(enumerate.get(), subsystem);
+  int result = 0;
+  for (const char* const subsystem : subsystems) {
+    if (result < 0) break;
+    result = udev_enumerate_add_match_subsystem(enumerate.get(), subsystem);
+  }
   if (result >= 0) result = udev_enumerate_scan_devices(enumerate.get());
   if (result < 0) return -result;
   syspaths->clear();
@@ -159,22 +163,36 @@ std::optional<std::string> DeviceFiles::PrintableText(const std::string& file, A
   return std::nullopt;
 }
 
-std::optional<int32_t> DeviceFiles::Number(const std::string& file, Range range, Absence absence) {
+std::optional<std::string> DeviceFiles::Name(const std::string& file, Absence absence) {
+  const std::optional<std::string_view> text = Text(file, absence);
+  if (!text) return std::nullopt;
+  std::string name(*text);
+  for (char& c : name) c = IsPrintable({&c, 1}) ? c : '?';
+  if (name != *text) AddFault(file, Quoted(*text) + " has unprintable characters");
+  return name;
+}
+
+std::optional<int64_t> DeviceFiles::Integer(const std::string& file, Absence absence) {
   const std::optional<std::string_view> text = Text(file, absence);
   if (!text) return std::nullopt;
   int64_t value = 0;
   const char* const end = text->data() + text->size();
   const auto [stop, error] = std::from_chars(text->data(), end, value);
-  if (error == std::errc::invalid_argument || stop != end) {
-    AddFault(file, Quoted(*text) + " is not a number");
+  if (error == std::errc() && stop == end) return value;
+  const bool is_number = error == std::errc::result_out_of_range && stop == end;
+  AddFault(file, Quoted(*text) + (is_number ? " is too large" : " is not a number"));
+  return std::nullopt;
+}
+
+std::optional<int32_t> DeviceFiles::Number(const std::string& file, Range range, Absence absence) {
+  const std::optional<int64_t> value = Integer(file, absence);
+  if (!value) return std::nullopt;
+  if (*value < range.min || *value > range.max) {
+    AddFault(file, Quoted(std::to_string(*value)) + " is not within " + std::to_string(range.min) +
+                       " to " + std::to_string(range.max));
     return std::nullopt;
   }
-  if (error != std::errc() || value < range.min || value > range.max) {
-    AddFault(file, Quoted(*text) + " is not within " + std::to_string(range.min) + " to " +
-                       std::to_string(range.max));
-    return std::nullopt;
-  }
-  return static_cast<int32_t>(value);
+  return static_cast<int32_t>(*value);
 }
 
 std::optional<double> DeviceFiles::Decimal(const std::string& file, Absence absence) {
@@ -196,6 +214,13 @@ std::optional<double> DeviceFiles::Decimal(const std::string& file, Absence abse
 
 void DeviceFiles::AddFault(const std::string& file, std::string what) {
   faults_->push_back({.device = name_, .file = file, .what = std::move(what)});
+}
+
+void DeviceFiles::AmendFault(const std::string& file, const std::string& what) {
+  const auto last = std::find_if(faults_->rbegin(), faults_->rend(), [&](const Fault& fault) {
+    return fault.device == name_ && fault.file == file;
+  });
+  if (last != faults_->rend()) last->what += what;
 }
 
 }  // namespace norvik::qel::linux_machine

@@ -24,9 +24,10 @@ std::string DeviceName(const std::string& syspath);
 // The number at the end of a device's name, or -1. The kernel numbers the devices of a kind.
 int DeviceNumber(const std::string& name);
 
-// Stores the sysfs paths of all devices of a subsystem, ordered by name. If the kernel does not
-// have the subsystem, there are none. Returns 0 or an errno number.
-[[nodiscard]] int ListDevices(const char* subsystem, std::vector<std::string>* syspaths);
+// Stores the sysfs paths of all devices of the subsystems, ordered by name. A subsystem that the
+// kernel does not have has no devices. Returns 0 or an errno number.
+[[nodiscard]] int ListDevices(const std::vector<const char*>& subsystems,
+                              std::vector<std::string>* syspaths);
 
 // Call it after reading a device. If the device has vanished meanwhile, returns false and adds a
 // fault: the values read may be incomplete.
@@ -77,6 +78,9 @@ class DeviceFiles {
   // Text without unprintable characters.
   std::optional<std::string> PrintableText(const std::string& file,
                                            Absence absence = Absence::kUsual);
+  // Text that is used as a name. An unprintable character becomes '?' and adds a fault.
+  std::optional<std::string> Name(const std::string& file, Absence absence = Absence::kUsual);
+  std::optional<int64_t> Integer(const std::string& file, Absence absence = Absence::kUsual);
   std::optional<int32_t> Number(const std::string& file, Range range,
                                 Absence absence = Absence::kUsual);
   // A number as the kernel writes it: with or without decimals, no exponent, not infinite.
@@ -97,6 +101,8 @@ class DeviceFiles {
   }
 
   void AddFault(const std::string& file, std::string what);
+  // Appends to the last fault of the file.
+  void AmendFault(const std::string& file, const std::string& what);
 
  private:
   DeviceFiles(const std::string& syspath, Udev udev, UdevDevice device, std::vector<Fault>* faults);

@@ -17,15 +17,20 @@ const char* EventSource() {
 
 }  // namespace
 
-DeviceMonitor::DeviceMonitor(const char* subsystem) : error_(Open(subsystem)) {}
+DeviceMonitor::DeviceMonitor(const std::vector<const char*>& subsystems)
+    : error_(Open(subsystems)) {}
 
-int DeviceMonitor::Open(const char* subsystem) {
+int DeviceMonitor::Open(const std::vector<const char*>& subsystems) {
   udev_.reset(udev_new());
   if (udev_ == nullptr) return errno;
   monitor_.reset(udev_monitor_new_from_netlink(udev_.get(), EventSource()));
   if (monitor_ == nullptr) return errno;
-  int result = udev_monitor_filter_add_match_subsystem_devtype(monitor_.get(), subsystem,
-                                                               /*devtype=*/nullptr);
+  int result = 0;
+  for (const char* const subsystem : subsystems) {
+    if (result < 0) break;
+    result = udev_monitor_filter_add_match_subsystem_devtype(monitor_.get(), subsystem,
+                                                             /*devtype=*/nullptr);
+  }
   if (result >= 0) result = udev_monitor_enable_receiving(monitor_.get());
   return result < 0 ? -result : 0;
 }

@@ -1,8 +1,9 @@
-// Events of the devices of one subsystem: added, changed, removed.
+// Events of the devices of some subsystems: added, changed, removed.
 #pragma once
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "udev.h"
 
@@ -21,7 +22,7 @@ struct DeviceChange {
 // Receives events from its construction on. Threads: one at a time.
 class DeviceMonitor {
  public:
-  explicit DeviceMonitor(const char* subsystem);
+  explicit DeviceMonitor(const std::vector<const char*>& subsystems);
 
   // False if no events can be received. error() is then an errno number.
   bool works() const { return error_ == 0; }
@@ -34,7 +35,7 @@ class DeviceMonitor {
   void GiveUp(int error);
 
  private:
-  int Open(const char* subsystem);
+  int Open(const std::vector<const char*>& subsystems);
 
   Udev udev_;
   UdevMonitor monitor_;

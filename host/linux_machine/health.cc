@@ -87,9 +87,19 @@ bool IsSupported(HealthOperation operation) {
 // Locks: reading_lock_ before the lock of HealthService.
 class Health::Service : public services::HealthService, public WatchedClass {
  public:
-  explicit Service(services::ServiceObserver observer)
-      : HealthService(ToHealthInfo({}), std::move(observer)),
-        WatchedClass("power_supply", "power supplies") {}
+  Service(std::chrono::milliseconds period, services::ServiceObserver observer,
+          const std::shared_ptr<const Wake>& wake)
+      : HealthService(ToHealthInfo({}), WakingObserver(wake, std::move(observer))),
+        WatchedClass({"power_supply"}, "power supplies", wake),
+        period_(period) {}
+
+  std::optional<std::chrono::milliseconds> period() const override {
+    return callback_count() != 0 ? std::optional(period_) : std::nullopt;
+  }
+  std::vector<PowerSupply> supplies() const {
+    std::lock_guard<std::mutex> lock(reading_lock_);
+    return supplies_;
+  }
 
  private:
   ndk::ScopedAStatus Permit(HealthOperation operation) override;
@@ -97,7 +107,10 @@ class Health::Service : public services::HealthService, public WatchedClass {
       QUORVEL_REQUIRES(reading_lock_) override;
   void NoticeLackOfBatteryLocked(bool has_battery) QUORVEL_REQUIRES(reading_lock_);
 
+  const std::chrono::milliseconds period_;
   std::optional<Battery> battery_ QUORVEL_GUARDED_BY(reading_lock_);
+  std::vector<PowerSupply> supplies_ QUORVEL_GUARDED_BY(reading_lock_);
+  std::string parts_of_level_ QUORVEL_GUARDED_BY(reading_lock_);
   // True at first, so that the first reading notices a missing battery.
   bool had_battery_ QUORVEL_GUARDED_BY(reading_lock_) = true;
 };
@@ -118,7 +131,11 @@ void Health::Service::ReadLocked(const std::vector<std::string>& syspaths) {
   const PowerReading reading = ReadPowerSupplies(syspaths);
   NoticeFaultsLocked(reading.faults);
   NoticeLackOfBatteryLocked(reading.battery.has_value());
+  // The text changes, and is noticed again, when a share changes by a percent. That is rare.
+  const std::string before = std::exchange(parts_of_level_, PartsOfLevel(reading));
+  if (!parts_of_level_.empty() && parts_of_level_ != before) AddNoticeLocked(parts_of_level_);
   battery_ = reading.battery;
+  supplies_ = reading.supplies;
   const HealthInfo now = ToHealthInfo(reading);
   if (now != info()) Report(now);
 }
@@ -128,7 +145,8 @@ void Health::Service::NoticeLackOfBatteryLocked(bool has_battery) {
   had_battery_ = has_battery;
 }
 
-Health::Health(services::ServiceObserver observer) : observer_(std::move(observer)) {}
+Health::Health(services::ServiceObserver observer, HealthSettings settings)
+    : observer_(std::move(observer)), settings_(settings) {}
 
 Health::~Health() {
   Stop();
@@ -136,7 +154,8 @@ Health::~Health() {
 
 void Health::Start() {
   Stop();
-  service_ = ndk::SharedRefBase::make<Service>(observer_);
+  service_ =
+      ndk::SharedRefBase::make<Service>(settings_.period, observer_, std::make_shared<Wake>());
   watcher_ = std::make_unique<Watcher>(service_, [this](std::string notice) {
     Tell(ServiceEvent::Kind::kNotice, std::move(notice));
   });
@@ -160,6 +179,10 @@ void Health::Stop() {
 
 Health::HealthInfo Health::info() const {
   return service_ != nullptr ? service_->info() : ToHealthInfo({});
+}
+
+std::vector<PowerSupply> Health::supplies() const {
+  return service_ != nullptr ? service_->supplies() : std::vector<PowerSupply>{};
 }
 
 size_t Health::callback_count() const {

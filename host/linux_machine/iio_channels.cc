@@ -17,6 +17,8 @@ namespace {
 constexpr std::string_view kProximity = "in_proximity";
 constexpr std::string_view kAngle = "in_angl";
 constexpr std::string_view kHinge = "hinge";
+// The name of the lid-angle sensor of Chromebooks, which has neither label nor scale.
+constexpr std::string_view kLidAngle = "cros-ec-lid-angle";
 // "proximity-wifi", "proximity-palmrest-left" and the like: they detect a body near an antenna or a
 // palm rest, not an object in front of the device.
 constexpr std::string_view kSpecialProximity = "proximity-";
@@ -49,12 +51,17 @@ bool HasUnit(const DeviceFiles& files, const std::string& channel) {
 std::optional<IioChannel::Kind> KindOfProximity(DeviceFiles& files, const std::string& channel) {
   // With such a level the value is not a distance: it rises with nearness.
   if (files.Lists(FileOf(files, channel, "_nearlevel"))) return IioChannel::Kind::kNearness;
-  if (HasUnit(files, channel)) return IioChannel::Kind::kDistance;
+  if (files.Lists(channel + "_input")) return IioChannel::Kind::kDistance;
+  if (const std::string scale = FileOf(files, channel, "_scale"); files.Lists(scale)) {
+    // No sensor has a resolution of a metre: this one reports whether a person is present.
+    return files.Decimal(scale) == 1 ? IioChannel::Kind::kPresence : IioChannel::Kind::kDistance;
+  }
   files.AddFault(channel + "_raw", "unknown unit: no nearlevel file and no scale file");
   return std::nullopt;
 }
 
 std::optional<IioChannel::Kind> KindOfAngle(DeviceFiles& files, const std::string& channel) {
+  if (files.PrintableText("name") == kLidAngle) return IioChannel::Kind::kDegrees;
   const std::string own_label = channel + "_label";
   const auto label = files.PrintableText(files.Lists(own_label) ? own_label : "label");
   if (label != kHinge) return std::nullopt;
@@ -138,15 +145,34 @@ std::optional<float> MeasureNearness(DeviceFiles& files, const std::string& chan
   return *raw >= *level ? kNearCentimetres : kFarCentimetres;
 }
 
+std::optional<float> MeasurePresence(DeviceFiles& files, const std::string& channel) {
+  const auto raw = files.Decimal(channel + "_raw", Absence::kANotice);
+  if (!raw) return std::nullopt;
+  return *raw != 0 ? kNearCentimetres : kFarCentimetres;
+}
+
 std::optional<float> MeasureIn(DeviceFiles& files, const IioChannel& channel) {
   constexpr double kMostCentimetres = 10'000;  // a hundred metres
-  if (channel.kind == IioChannel::Kind::kNearness) return MeasureNearness(files, channel.channel);
-  const std::optional<double> scaled = Scaled(files, channel.channel);
-  if (!scaled) return std::nullopt;
-  if (channel.kind == IioChannel::Kind::kDistance) {
-    return Believable(files, channel.channel, *scaled * 100, kMostCentimetres, "cm");
+  constexpr double kMostDegrees = 360;
+  const std::string& name = channel.channel;
+  std::optional<double> value;
+  switch (channel.kind) {
+    case IioChannel::Kind::kNearness:
+      return MeasureNearness(files, name);
+    case IioChannel::Kind::kPresence:
+      return MeasurePresence(files, name);
+    case IioChannel::Kind::kDistance:
+      value = Scaled(files, name);
+      return value ? Believable(files, name, *value * 100, kMostCentimetres, "cm") : std::nullopt;
+    case IioChannel::Kind::kAngle:
+      value = Scaled(files, name);
+      if (value) *value *= 180 / std::numbers::pi;
+      break;
+    case IioChannel::Kind::kDegrees:
+      value = files.Decimal(name + "_raw", Absence::kANotice);
+      break;
   }
-  return Believable(files, channel.channel, *scaled * 180 / std::numbers::pi, 360, "degrees");
+  return value ? Believable(files, name, *value, kMostDegrees, "degrees") : std::nullopt;
 }
 
 }  // namespace

@@ -17,7 +17,9 @@ struct IioChannel {
   enum class Kind {
     kDistance,  // in metres after scaling
     kNearness,  // no unit; the value rises with nearness, and from a level on it means near
+    kPresence,  // no unit; not 0 if a person is present
     kAngle,     // in radians after scaling
+    kDegrees,   // in degrees, without scaling
   };
   Kind kind;
   std::string syspath;
@@ -35,7 +37,7 @@ struct FoundChannels {
 // Searches listed devices, which may have vanished meanwhile. Measures nothing.
 FoundChannels FindChannels(std::vector<std::string> syspaths);
 
-// The readings for "near" and "far" of a sensor that measures no distance.
+// The readings for "near" and "far" of a sensor that measures no distance. "Far" is its maximum.
 inline constexpr float kNearCentimetres = 0;
 inline constexpr float kFarCentimetres = 5;
 

@@ -1,5 +1,8 @@
 #include "power_supplies.h"
 
+#include <algorithm>
+#include <cmath>
+#include <iterator>
 #include <string_view>
 #include <utility>
 
@@ -60,25 +63,26 @@ constexpr Word<Scope> kScopeWords[] = {
     {"Device", Scope::kPeripheral},
 };
 
-enum class Type { kBattery, kMains, kUsb, kWireless, kDock, kOther };
+using Kind = PowerSupply::Kind;
+using Weight = PowerSupply::Weight;
 
-constexpr Word<Type> kTypeWords[] = {
-    {"Battery", Type::kBattery},
-    {"Mains", Type::kMains},
-    {"USB", Type::kUsb},
-    {"Wireless", Type::kWireless},
-    {"Dock", Type::kDock},
+constexpr Word<Kind> kTypeWords[] = {
+    {"Battery", Kind::kBattery},
+    {"Mains", Kind::kAc},
+    {"USB", Kind::kUsb},
+    {"Wireless", Kind::kWireless},
+    {"Dock", Kind::kDock},
     // Old kernels without the file usb_type report the kind of port here.
-    {"USB_DCP", Type::kUsb},
-    {"USB_CDP", Type::kUsb},
-    {"USB_ACA", Type::kUsb},
-    {"USB_C", Type::kUsb},
-    {"USB_PD", Type::kUsb},
-    {"USB_PD_DRP", Type::kUsb},
+    {"USB_DCP", Kind::kUsb},
+    {"USB_CDP", Kind::kUsb},
+    {"USB_ACA", Kind::kUsb},
+    {"USB_C", Kind::kUsb},
+    {"USB_PD", Kind::kUsb},
+    {"USB_PD_DRP", Kind::kUsb},
     // Neither a battery of the machine nor a known kind of charger.
-    {"UPS", Type::kOther},
-    {"BrickID", Type::kOther},
-    {"Unknown", Type::kOther},
+    {"UPS", Kind::kOther},
+    {"BrickID", Kind::kOther},
+    {"Unknown", Kind::kOther},
 };
 
 // Most drivers have no `scope`: without it the supply belongs to the machine. With an invalid one
@@ -112,12 +116,87 @@ std::optional<int32_t> ReadChargeCounterUah(DeviceFiles& files) {
   return files.Number(file, {kMinInt32, kMaxInt32});
 }
 
-Battery ReadBattery(DeviceFiles& files) {
+// The content and the capacity of a battery. The capacity of a worn-out battery is 0. The unit
+// depends on the weight.
+struct Content {
+  double now = 0;
+  double full = 0;
+};
+
+std::optional<Content> ReadContent(DeviceFiles& files, const char* now_file,
+                                   const char* full_file) {
+  const std::optional<int32_t> now = files.Number(now_file, {0, kMaxInt32});
+  const std::optional<int32_t> full = files.Number(full_file, {0, kMaxInt32});
+  if (!now || !full) return std::nullopt;
+  return Content{.now = static_cast<double>(std::min(*now, *full)),
+                 .full = static_cast<double>(*full)};
+}
+
+int32_t PercentOf(const Content& content) {
+  return static_cast<int32_t>(std::lround(100 * content.now / content.full));
+}
+
+// A battery of the machine.
+struct Part {
+  Battery battery = {};
+  std::optional<Content> energy = {};  // in µWh
+  // Charge times design voltage, in pWh; the energy if the charge is unknown.
+  std::optional<Content> charge_times_volts = {};
+  // Whether it has a gauge. Every battery that powers a machine has one.
+  bool is_gauged = false;
+};
+
+// The kernel documents 0 to 100 but does not enforce it for most drivers.
+std::optional<int32_t> ReadLevel(DeviceFiles& files, const std::optional<Content>& energy,
+                                 const std::optional<Content>& charge) {
+  const char* const kFile = "capacity";
+  if (const std::optional<int64_t> level = files.Integer(kFile, Absence::kANotice)) {
+    const int32_t clamped = static_cast<int32_t>(std::clamp<int64_t>(*level, 0, 100));
+    if (clamped != *level) {
+      files.AddFault(kFile, std::to_string(*level) + " is not within 0 to 100, taken as " +
+                                std::to_string(clamped));
+    }
+    return clamped;
+  }
+  const bool by_energy = energy && energy->full > 0;
+  if (!by_energy && (!charge || charge->full <= 0)) return std::nullopt;
+  files.AmendFault(kFile, by_energy ? "; computed from energy_now and energy_full"
+                                    : "; computed from charge_now and charge_full");
+  return PercentOf(by_energy ? *energy : *charge);
+}
+
+bool IsGauged(const DeviceFiles& files) {
+  constexpr const char* kGaugeFiles[] = {
+      "energy_now",         "energy_full", "energy_full_design", "charge_now",     "charge_full",
+      "charge_full_design", "energy_avg",  "charge_avg",         "charge_counter", "cycle_count"};
+  return std::any_of(std::begin(kGaugeFiles), std::end(kGaugeFiles),
+                     [&](const char* file) { return files.Lists(file); });
+}
+
+std::optional<double> ReadDesignMicrovolts(DeviceFiles& files) {
+  for (const char* const file : {"voltage_min_design", "voltage_max_design"}) {
+    const std::optional<int32_t> microvolts = files.Number(file, {0, kMaxInt32});
+    if (microvolts && *microvolts != 0) return *microvolts;
+  }
+  return std::nullopt;
+}
+
+Part ReadBattery(DeviceFiles& files) {
   constexpr Range kAnyCurrent = {kMinInt32, kMaxInt32};  // negative while discharging
   constexpr Range kAnyCharge = {0, kMaxInt32};
-  return {
+  Part part;
+  part.is_gauged = IsGauged(files);
+  part.energy = ReadContent(files, "energy_now", "energy_full");
+  const std::optional<Content> charge = ReadContent(files, "charge_now", "charge_full");
+  if (const auto volts = charge ? ReadDesignMicrovolts(files) : std::nullopt) {
+    part.charge_times_volts = Content{.now = charge->now * *volts, .full = charge->full * *volts};
+  } else if (part.energy) {
+    part.charge_times_volts =
+        Content{.now = part.energy->now * 1e6, .full = part.energy->full * 1e6};
+  }
+  part.battery = {
       .name = files.name(),
-      .level_percent = files.Number("capacity", {0, 100}, Absence::kANotice),
+      .level_percent = ReadLevel(files, part.energy, charge),
       .cycle_count = ReadCycleCount(files),
       .status = files.OneOf("status", kStatusWords),
       .health = files.OneOf("health", kHealthWords),
@@ -132,6 +211,7 @@ Battery ReadBattery(DeviceFiles& files) {
       .charge_counter_uah = ReadChargeCounterUah(files),
       .seconds_to_full = files.Number("time_to_full_now", {0, kMaxInt32}),
   };
+  return part;
 }
 
 // An empty bay has a supply, too. A driver without the file has a built-in battery.
@@ -141,62 +221,221 @@ bool IsBatteryThere(DeviceFiles& files) {
 
 // The class defines no type for a dock. The type "Dock" of some drivers is accepted, and so is
 // "dock" in the name of a wired charger. Such a supply does not also count as an AC or USB charger.
-Type TypeOfCharger(Type type, const std::string& name) {
-  const bool wired = type == Type::kMains || type == Type::kUsb;
-  return wired && InLowerCase(name).find("dock") != std::string::npos ? Type::kDock : type;
+Kind KindOfCharger(Kind type, const std::string& name) {
+  const bool wired = type == Kind::kAc || type == Kind::kUsb;
+  return wired && InLowerCase(name).find("dock") != std::string::npos ? Kind::kDock : type;
 }
 
-void AddCharger(Type type, DeviceFiles& files, Chargers* chargers) {
+// The reading of one supply. It is dropped if the supply vanishes meanwhile.
+struct SupplyReading {
+  std::optional<PowerSupply> supply = {};
+  std::optional<Part> part = {};
+  std::optional<int32_t> max_current_microamps = {};
+  std::optional<int32_t> max_voltage_microvolts = {};
+};
+
+void ReadCharger(DeviceFiles& files, SupplyReading* reading) {
   // 0: offline, 1: online with a fixed voltage, 2: online with a programmable one.
-  const bool online = files.Number("online", {0, 2}, Absence::kANotice).value_or(0) != 0;
-  if (!online) return;
-  switch (type) {
-    case Type::kMains:
+  const std::optional<int32_t> online = files.Number("online", {0, 2}, Absence::kANotice);
+  if (online) reading->supply->online = *online != 0;
+  if (!reading->supply->online.value_or(false)) return;
+  reading->max_current_microamps = files.Number("current_max", {0, kMaxInt32});
+  if (!reading->max_current_microamps) return;
+  reading->max_voltage_microvolts = files.Number("voltage_max", {0, kMaxInt32});
+}
+
+SupplyReading ReadSupply(DeviceFiles& files) {
+  SupplyReading reading;
+  const std::optional<Kind> type = files.OneOf("type", kTypeWords, Absence::kANotice);
+  reading.supply = {.name = files.name(),
+                    .kind = KindOfCharger(type.value_or(Kind::kOther), files.name())};
+  PowerSupply& supply = *reading.supply;
+  if (!type || supply.kind == Kind::kOther) {
+    supply.ignored_because = "neither a battery nor a charger";
+  } else if (!BelongsToMachine(files)) {
+    supply.ignored_because = "feeds a peripheral";
+  } else if (supply.kind != Kind::kBattery) {
+    ReadCharger(files, &reading);
+  } else if (!IsBatteryThere(files)) {
+    supply.ignored_because = "not present";
+  } else {
+    reading.part = ReadBattery(files);
+    supply.level_percent = reading.part->battery.level_percent;
+    supply.cycle_count = reading.part->battery.cycle_count;
+  }
+  return reading;
+}
+
+void AddCharger(const SupplyReading& charger, Chargers* chargers) {
+  if (!charger.supply->online.value_or(false)) return;
+  switch (charger.supply->kind) {
+    case Kind::kAc:
       chargers->ac_online = true;
       break;
-    case Type::kUsb:
+    case Kind::kUsb:
       chargers->usb_online = true;
       break;
-    case Type::kWireless:
+    case Kind::kWireless:
       chargers->wireless_online = true;
       break;
-    case Type::kDock:
+    case Kind::kDock:
       chargers->dock_online = true;
       break;
-    case Type::kBattery:
-    case Type::kOther:
+    case Kind::kBattery:
+    case Kind::kOther:
       return;  // not chargers
   }
   if (chargers->max_current_microamps) return;
-  chargers->max_current_microamps = files.Number("current_max", {0, kMaxInt32});
-  if (!chargers->max_current_microamps) return;
-  chargers->max_voltage_microvolts = files.Number("voltage_max", {0, kMaxInt32});
+  chargers->max_current_microamps = charger.max_current_microamps;
+  chargers->max_voltage_microvolts = charger.max_voltage_microvolts;
 }
 
-void AddSupply(DeviceFiles& files, PowerReading* reading) {
-  const std::optional<Type> type = files.OneOf("type", kTypeWords, Absence::kANotice);
-  if (!type || type == Type::kOther || !BelongsToMachine(files)) return;
-  if (type != Type::kBattery) {
-    AddCharger(TypeOfCharger(*type, files.name()), files, &reading->chargers);
-  } else if (!reading->battery && IsBatteryThere(files)) {
-    reading->battery = ReadBattery(files);
+std::optional<Content> ContentBy(Weight weight, const Part& part) {
+  switch (weight) {
+    case Weight::kEnergy:
+      return part.energy;
+    case Weight::kCharge:
+      return part.charge_times_volts;
+    default:
+      break;
+  }
+  const std::optional<int32_t> level = part.battery.level_percent;
+  if (!level) return std::nullopt;
+  return Content{.now = static_cast<double>(*level), .full = 100};
+}
+
+// The first weight that all parts have.
+Weight WeightOf(const std::vector<Part>& parts) {
+  for (const Weight weight : {Weight::kEnergy, Weight::kCharge}) {
+    const auto has_it = [&](const Part& part) { return ContentBy(weight, part).has_value(); };
+    const auto holds = [&](const Part& part) { return ContentBy(weight, part)->full > 0; };
+    if (std::all_of(parts.begin(), parts.end(), has_it) &&
+        std::any_of(parts.begin(), parts.end(), holds)) {
+      return weight;
+    }
+  }
+  return Weight::kMean;
+}
+
+// The combined level of several batteries, and the share of each.
+std::optional<int32_t> CombineLevels(const std::vector<Part>& parts,
+                                     const std::vector<PowerSupply*>& supplies) {
+  const Weight weight = WeightOf(parts);
+  Content all;
+  for (const Part& part : parts) {
+    const Content content = ContentBy(weight, part).value_or(Content{});
+    all.now += content.now;
+    all.full += content.full;
+  }
+  if (all.full == 0) return std::nullopt;
+  for (size_t i = 0; i < parts.size(); ++i) {
+    supplies[i]->weight = weight;
+    supplies[i]->share = ContentBy(weight, parts[i]).value_or(Content{}).full / all.full;
+  }
+  return PercentOf(all);
+}
+
+// If one battery is charging, the machine is charging.
+std::optional<BatteryStatus> CombineStatus(const std::vector<Part>& parts) {
+  for (const BatteryStatus status : {BatteryStatus::CHARGING, BatteryStatus::DISCHARGING,
+                                     BatteryStatus::NOT_CHARGING, BatteryStatus::FULL}) {
+    const bool any = std::any_of(parts.begin(), parts.end(),
+                                 [&](const Part& part) { return part.battery.status == status; });
+    if (any) return status;
+  }
+  return std::nullopt;
+}
+
+Battery Combine(const std::vector<Part>& parts, const std::vector<PowerSupply*>& supplies) {
+  Battery all = parts.front().battery;
+  if (parts.size() == 1) {
+    // The driver's level is as good as a computed one.
+    if (all.level_percent) supplies[0]->share = 1;
+    return all;
+  }
+  all.level_percent = CombineLevels(parts, supplies);
+  all.status = CombineStatus(parts);
+  for (const Part& part : parts) {
+    all.cycle_count = std::max(all.cycle_count, part.battery.cycle_count);
+    // The capacity level of one battery is not that of all.
+    if (part.battery.capacity_level != all.capacity_level) all.capacity_level = std::nullopt;
+  }
+  return all;
+}
+
+// If any battery has a gauge, one without a gauge belongs to an accessory, such as a keyboard.
+void IgnoreAccessories(std::vector<SupplyReading>* readings, std::vector<Fault>* faults) {
+  const bool any_is_gauged = std::any_of(
+      readings->begin(), readings->end(),
+      [](const SupplyReading& reading) { return reading.part && reading.part->is_gauged; });
+  if (!any_is_gauged) return;
+  for (SupplyReading& reading : *readings) {
+    if (!reading.part || reading.part->is_gauged) continue;
+    reading.part.reset();
+    reading.supply->ignored_because = "accessory";
+    // Missing files of an accessory are not faults.
+    std::erase_if(*faults,
+                  [&](const Fault& fault) { return fault.device == reading.supply->name; });
+    faults->push_back({.device = reading.supply->name,
+                       .file = "",
+                       .what = "taken for an accessory, since it has no energy, charge or cycle "
+                               "count, as another battery has: not counted"});
   }
 }
 
 }  // namespace
 
 PowerReading ReadPowerSupplies(const std::vector<std::string>& syspaths) {
-  PowerReading reading;
+  PowerReading all;
+  std::vector<SupplyReading> readings;
   for (const std::string& syspath : syspaths) {
-    const PowerReading before = reading;
-    if (auto files = DeviceFiles::Open(syspath, &reading.faults)) AddSupply(*files, &reading);
-    std::vector<Fault> faults = before.faults;
-    if (IsStillThere(syspath, &faults)) continue;
-    // The supply was removed during the reading. Drops its incomplete values and their faults.
-    reading = before;
-    reading.faults = std::move(faults);
+    std::vector<Fault> faults;
+    SupplyReading reading;
+    if (auto files = DeviceFiles::Open(syspath, &faults)) reading = ReadSupply(*files);
+    std::vector<Fault> vanished;
+    if (!IsStillThere(syspath, &vanished)) {
+      // The supply was removed during the reading. Drops its incomplete values and their faults.
+      reading = {};
+      faults = std::move(vanished);
+    }
+    all.faults.insert(all.faults.end(), faults.begin(), faults.end());
+    if (reading.supply) readings.push_back(std::move(reading));
   }
-  return reading;
+  IgnoreAccessories(&readings, &all.faults);
+  all.supplies.reserve(readings.size());  // pointers to elements are kept below
+  std::vector<Part> parts;
+  std::vector<PowerSupply*> supplies_of_parts;
+  for (SupplyReading& reading : readings) {
+    all.supplies.push_back(*reading.supply);
+    AddCharger(reading, &all.chargers);
+    if (!reading.part) continue;
+    parts.push_back(*std::move(reading.part));
+    supplies_of_parts.push_back(&all.supplies.back());
+  }
+  if (!parts.empty()) all.battery = Combine(parts, supplies_of_parts);
+  return all;
+}
+
+std::string PartsOfLevel(const PowerReading& reading) {
+  std::string text;
+  Weight weight = Weight::kNone;
+  for (const PowerSupply& supply : reading.supplies) {
+    if (supply.weight == Weight::kNone || !supply.share) continue;
+    weight = supply.weight;
+    text += text.empty() ? "battery level: " : " and ";
+    text += supply.name + " (" + std::to_string(std::lround(100 * *supply.share)) + " %)";
+  }
+  switch (weight) {
+    case Weight::kNone:
+      return {};
+    case Weight::kEnergy:
+      return text + " together, by energy";
+    case Weight::kCharge:
+      return text + " together, by charge and design voltage";
+    case Weight::kMean:
+      break;
+  }
+  return text + " together, as the mean";
 }
 
 }  // namespace norvik::qel::linux_machine

@@ -1,4 +1,4 @@
-// The battery and the chargers of this machine, from the kernel's power-supply class.
+// The batteries and the chargers of this machine, from the kernel's power-supply class.
 //
 // The files, their units and their special values are described in the kernel's
 // Documentation/ABI/testing/sysfs-class-power and Documentation/power/power_supply_class.rst.
@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "fault.h"
+#include "quorvel/linux_machine/health.h"
 
 namespace norvik::qel::linux_machine {
 
@@ -48,13 +49,20 @@ struct Chargers {
 };
 
 struct PowerReading {
-  // The first present battery of the machine, by name.
+  // All batteries of the machine as one: the combined level, the highest cycle count, the combined
+  // status. Other fields are those of the first battery by name.
   std::optional<Battery> battery = {};
   Chargers chargers = {};
+  // All supplies, by name, including those that do not count.
+  std::vector<PowerSupply> supplies = {};
   std::vector<Fault> faults = {};
 };
 
 // Reads listed supplies, which may have vanished meanwhile.
 PowerReading ReadPowerSupplies(const std::vector<std::string>& syspaths);
+
+// How the level is combined: "battery level: BAT0 (66 %) and BAT1 (34 %) together, by energy".
+// Empty for fewer than two batteries.
+std::string PartsOfLevel(const PowerReading& reading);
 
 }  // namespace norvik::qel::linux_machine

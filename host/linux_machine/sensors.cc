@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "device_files.h"
 #include "iio_channels.h"
 #include "quorvel/fake/deliveries.h"
 #include "quorvel/fake/thread_annotations.h"
@@ -42,6 +43,29 @@ const AllSensors kNoSensors = {{
      .lack = "this machine has no hinge angle sensor"},
 }};
 
+SensorSource ToSource(int32_t type, const IioChannel& channel) {
+  using Reading = SensorSource::Reading;
+  SensorSource source = {.type = type, .name = channel.name, .device = DeviceName(channel.syspath)};
+  switch (channel.kind) {
+    case IioChannel::Kind::kDistance:
+      break;
+    case IioChannel::Kind::kNearness:
+      source.reading = Reading::kNearOrFar;
+      source.maximum = kFarCentimetres;
+      break;
+    case IioChannel::Kind::kPresence:
+      source.reading = Reading::kPresentOrAway;
+      source.maximum = kFarCentimetres;
+      break;
+    case IioChannel::Kind::kAngle:
+    case IioChannel::Kind::kDegrees:
+      source.reading = Reading::kDegrees;
+      source.maximum = 360;
+      break;
+  }
+  return source;
+}
+
 }  // namespace
 
 // Locks: reading_lock_ before the lock of SensorService.
@@ -50,7 +74,7 @@ class Sensors::Service : public services::SensorService, public WatchedClass {
   Service(std::chrono::milliseconds period, services::ServiceObserver observer,
           const std::shared_ptr<const Wake>& wake)
       : SensorService({}, WakingObserver(wake, std::move(observer))),
-        WatchedClass("iio", "IIO devices", wake),
+        WatchedClass({"iio"}, "IIO devices", wake),
         period_(period) {}
 
   ndk::ScopedAStatus enableSensor(int64_t queue, int32_t handle, int32_t period_us,
@@ -59,6 +83,7 @@ class Sensors::Service : public services::SensorService, public WatchedClass {
   std::optional<std::chrono::milliseconds> period() const override;
   void ReadForListeners() override;
   int64_t measurement_count() const { return measurements_; }
+  std::vector<SensorSource> sources() const;
 
  private:
   void ReadLocked(const std::vector<std::string>& syspaths)
@@ -92,6 +117,15 @@ std::optional<std::chrono::milliseconds> Sensors::Service::period() const {
   return std::nullopt;
 }
 
+std::vector<SensorSource> Sensors::Service::sources() const {
+  std::lock_guard<std::mutex> lock(reading_lock_);
+  std::vector<SensorSource> sources;
+  for (const Sensor& sensor : sensors_) {
+    if (sensor.channel) sources.push_back(ToSource(sensor.type, *sensor.channel));
+  }
+  return sources;
+}
+
 void Sensors::Service::ReadForListeners() {
   std::lock_guard<std::mutex> lock(reading_lock_);
   for (Sensor& sensor : sensors_) {
@@ -113,6 +147,11 @@ void Sensors::Service::UseLocked(Sensor& sensor, const std::optional<IioChannel>
   if (!channel) {
     sensor.last_report.reset();
     Forget(sensor.type);
+  }
+  const bool was_presence = sensor.channel && sensor.channel->kind == IioChannel::Kind::kPresence;
+  if (channel && channel->kind == IioChannel::Kind::kPresence && !was_presence) {
+    AddNoticeLocked(DeviceName(channel->syspath) +
+                    ": tells whether a person is there, no distance: near or far");
   }
   sensor.channel = channel;
   if (!channel || std::exchange(sensor.is_listed, true)) return;
@@ -164,6 +203,10 @@ void Sensors::Stop() {
   service_ = nullptr;
   static_cast<void>(fake::WaitUntilDelivered());
   Tell(ServiceEvent::Kind::kDied);
+}
+
+std::vector<SensorSource> Sensors::sources() const {
+  return service_ != nullptr ? service_->sources() : std::vector<SensorSource>{};
 }
 
 int Sensors::listeners(int32_t type) const {

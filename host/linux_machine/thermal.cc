@@ -25,7 +25,7 @@ class Thermal::Service : public services::ThermalService, public WatchedClass {
   Service(ThermalTypes types, std::chrono::milliseconds period, services::ServiceObserver observer,
           const std::shared_ptr<const Wake>& wake)
       : ThermalService({}, WakingObserver(wake, std::move(observer))),
-        WatchedClass("thermal", "thermal zones", wake),
+        WatchedClass({"thermal", "hwmon"}, "temperatures", wake),
         period_(period),
         history_(std::move(types)) {}
 
@@ -34,17 +34,21 @@ class Thermal::Service : public services::ThermalService, public WatchedClass {
     return is_heard ? std::optional(period_) : std::nullopt;
   }
   int64_t reading_count() const { return readings_; }
+  std::vector<TemperatureSource> sources() const {
+    std::lock_guard<std::mutex> lock(reading_lock_);
+    return history_.sources();
+  }
 
  private:
   ndk::ScopedAStatus Permit(ThermalOperation operation) override;
   void ReadLocked(const std::vector<std::string>& syspaths)
       QUORVEL_REQUIRES(reading_lock_) override;
-  void NoticeLackOfZonesLocked(bool has_zones) QUORVEL_REQUIRES(reading_lock_);
+  void NoticeLackOfTemperaturesLocked(bool has_temperatures) QUORVEL_REQUIRES(reading_lock_);
 
   const std::chrono::milliseconds period_;
   ThermalHistory history_ QUORVEL_GUARDED_BY(reading_lock_);
-  // True at first, so that the first reading notices missing zones.
-  bool had_zones_ QUORVEL_GUARDED_BY(reading_lock_) = true;
+  // True at first, so that the first reading notices missing temperatures.
+  bool had_temperatures_ QUORVEL_GUARDED_BY(reading_lock_) = true;
   std::atomic<int64_t> readings_ = 0;
 };
 
@@ -59,13 +63,14 @@ void Thermal::Service::ReadLocked(const std::vector<std::string>& syspaths) {
   ++readings_;
   const ThermalReading reading = ReadThermalDevices(syspaths);
   NoticeFaultsLocked(reading.faults);
-  NoticeLackOfZonesLocked(!reading.zones.empty());
+  NoticeLackOfTemperaturesLocked(!reading.zones.empty());
   Report(history_.Continue(reading));
 }
 
-void Thermal::Service::NoticeLackOfZonesLocked(bool has_zones) {
-  if (had_zones_ && !has_zones) AddNoticeLocked("this machine has no thermal zone");
-  had_zones_ = has_zones;
+void Thermal::Service::NoticeLackOfTemperaturesLocked(bool has_temperatures) {
+  if (had_temperatures_ && !has_temperatures)
+    AddNoticeLocked("this machine has no temperature sensor");
+  had_temperatures_ = has_temperatures;
 }
 
 Thermal::Thermal(services::ServiceObserver observer, ThermalSettings settings)
@@ -108,6 +113,10 @@ void Thermal::Stop() {
 
 ThermalData Thermal::data() const {
   return service_ != nullptr ? service_->data() : ThermalData{};
+}
+
+std::vector<TemperatureSource> Thermal::sources() const {
+  return service_ != nullptr ? service_->sources() : std::vector<TemperatureSource>{};
 }
 
 size_t Thermal::callback_count() const {

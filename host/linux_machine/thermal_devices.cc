@@ -49,10 +49,11 @@ std::vector<TripPoint> ReadTrips(DeviceFiles& files) {
 }
 
 void AddZone(const std::string& syspath, DeviceFiles& files, ThermalReading* reading) {
-  std::optional<std::string> type = files.PrintableText("type", Absence::kANotice);
+  std::optional<std::string> type = files.Name("type", Absence::kANotice);
   if (!type) return;
   reading->zones.push_back({
-      .syspath = syspath,
+      .key = syspath,
+      .device = files.name(),
       .type = std::move(*type),
       // Without the file, the zone cannot be disabled (old kernels).
       .acts = files.OneOf("mode", kModeWords).value_or(true),
@@ -63,41 +64,121 @@ void AddZone(const std::string& syspath, DeviceFiles& files, ThermalReading* rea
 }
 
 void AddCoolingDevice(const std::string& syspath, DeviceFiles& files, ThermalReading* reading) {
-  std::optional<std::string> type = files.PrintableText("type", Absence::kANotice);
+  std::optional<std::string> type = files.Name("type", Absence::kANotice);
   if (!type) return;
   const int64_t max =
       files.Number("max_state", {0, kMaxInt32}, Absence::kANotice).value_or(kMaxInt32);
   const std::optional<int32_t> state = files.Number("cur_state", {0, max}, Absence::kANotice);
   if (!state) return;
   reading->cooling_devices.push_back(
-      {.syspath = syspath, .type = std::move(*type), .state = *state});
+      {.key = syspath, .device = files.name(), .type = std::move(*type), .state = *state});
 }
 
-void AddDevice(const std::string& syspath, ThermalReading* reading) {
-  const std::string name = DeviceName(syspath);
-  const bool is_zone = name.starts_with("thermal_zone");
-  if (!is_zone && !name.starts_with("cooling_device")) return;
-  auto files = DeviceFiles::Open(syspath, &reading->faults);
-  if (!files) return;
-  (is_zone ? AddZone : AddCoolingDevice)(syspath, *files, reading);
+// A limit of a hwmon sensor. Its hysteresis file is an absolute temperature. For a limit that is
+// not set, drivers report 0 or an impossibly high number.
+std::optional<TripPoint> ReadLimit(DeviceFiles& files, const std::string& file, TripType type) {
+  const std::optional<int32_t> limit = files.Number(file, {kMinInt32, kMaxInt32});
+  if (!limit || *limit <= 0 || *limit > kHottestMillidegrees) return std::nullopt;
+  const int32_t end = files.Number(file + "_hyst", {kMinInt32, kMaxInt32}).value_or(*limit);
+  return TripPoint{.number = static_cast<int>(type),
+                   .type = type,
+                   .millidegrees = *limit,
+                   .hysteresis_millidegrees = end > 0 && end < *limit ? *limit - end : 0};
+}
+
+std::vector<TripPoint> ReadLimits(DeviceFiles& files, const std::string& sensor) {
+  std::vector<TripPoint> limits;
+  for (const auto& [suffix, type] :
+       {std::pair("_max", TripType::kMax), std::pair("_crit", TripType::kHwmonCritical),
+        std::pair("_emergency", TripType::kEmergency)}) {
+    if (const auto limit = ReadLimit(files, sensor + suffix, type)) limits.push_back(*limit);
+  }
+  return limits;
+}
+
+// Empty, with a fault, also if the chip reports that the sensor is faulty.
+std::optional<int32_t> ReadHwmonTemperature(DeviceFiles& files, const std::string& sensor) {
+  if (files.Lists(sensor + "_fault") && files.Number(sensor + "_fault", {0, 1}) == 1) {
+    files.AddFault(sensor + "_fault", "1, which means that the sensor is broken");
+    return std::nullopt;
+  }
+  return files.Number(sensor + "_input", {kAbsoluteZeroMillidegrees, kHottestMillidegrees},
+                      Absence::kANotice);
+}
+
+// "temp1", "temp2" and so on, those that have a value.
+std::vector<std::string> TemperaturesOf(const DeviceFiles& files) {
+  constexpr std::string_view kInput = "_input";
+  std::vector<std::string> sensors;
+  for (const std::string& file : files.List()) {
+    if (!file.starts_with("temp") || !file.ends_with(kInput)) continue;
+    const std::string sensor = file.substr(0, file.size() - kInput.size());
+    if (DeviceNumber(sensor) > 0 && sensor == "temp" + std::to_string(DeviceNumber(sensor))) {
+      sensors.push_back(sensor);
+    }
+  }
+  std::sort(sensors.begin(), sensors.end(),
+            [](const auto& a, const auto& b) { return DeviceNumber(a) < DeviceNumber(b); });
+  return sensors;
+}
+
+void AddHwmon(const std::string& syspath, DeviceFiles& files, ThermalReading* reading) {
+  const std::vector<std::string> sensors = TemperaturesOf(files);
+  if (sensors.empty()) return;
+  const std::string chip = files.Name("name").value_or(files.name());
+  // The kernel also shows each zone as a hwmon device, with underscores instead of dashes.
+  const bool repeats_a_zone =
+      std::any_of(reading->zones.begin(), reading->zones.end(), [&](const ThermalZone& zone) {
+        std::string type = zone.type;
+        std::replace(type.begin(), type.end(), '-', '_');
+        return type == chip;
+      });
+  if (repeats_a_zone) return;
+  for (const std::string& sensor : sensors) {
+    const std::string label = sensor + "_label";
+    const auto told = files.Lists(label) ? files.Name(label) : std::nullopt;
+    reading->zones.push_back({.key = syspath + "/" + sensor,
+                              .device = files.name() + ":" + sensor,
+                              .type = chip + ":" + told.value_or(sensor),
+                              .millidegrees = ReadHwmonTemperature(files, sensor),
+                              .trips = ReadLimits(files, sensor)});
+  }
+}
+
+using Add = void (*)(const std::string& syspath, DeviceFiles& files, ThermalReading* reading);
+
+// Null for a device without temperatures.
+Add AddOf(const std::string& name) {
+  if (name.starts_with("thermal_zone")) return AddZone;
+  if (name.starts_with("cooling_device")) return AddCoolingDevice;
+  return name.starts_with("hwmon") ? AddHwmon : nullptr;
 }
 
 }  // namespace
 
 ThermalReading ReadThermalDevices(std::vector<std::string> syspaths) {
-  std::stable_sort(syspaths.begin(), syspaths.end(),
-                   [](const auto& a, const auto& b) { return DeviceNumber(a) < DeviceNumber(b); });
+  std::stable_sort(syspaths.begin(), syspaths.end(), [](const auto& a, const auto& b) {
+    const auto rank = [](const std::string& path) {
+      return std::pair(DeviceName(path).starts_with("hwmon"), DeviceNumber(path));
+    };
+    return rank(a) < rank(b);
+  });
   ThermalReading all;
   for (const std::string& syspath : syspaths) {
-    ThermalReading one;
-    AddDevice(syspath, &one);
+    const Add add = AddOf(DeviceName(syspath));
+    if (add == nullptr) continue;
+    const size_t zones = all.zones.size();
+    const size_t cooling_devices = all.cooling_devices.size();
+    std::vector<Fault> faults;
+    if (auto files = DeviceFiles::Open(syspath, &faults)) add(syspath, *files, &all);
     std::vector<Fault> vanished;
-    // The device was removed during the reading. Drops its incomplete values and their faults.
-    if (!IsStillThere(syspath, &vanished)) one = {.faults = std::move(vanished)};
-    std::move(one.zones.begin(), one.zones.end(), std::back_inserter(all.zones));
-    std::move(one.cooling_devices.begin(), one.cooling_devices.end(),
-              std::back_inserter(all.cooling_devices));
-    std::move(one.faults.begin(), one.faults.end(), std::back_inserter(all.faults));
+    if (!IsStillThere(syspath, &vanished)) {
+      // The device was removed during the reading. Drops its incomplete values and their faults.
+      all.zones.resize(zones);
+      all.cooling_devices.resize(cooling_devices);
+      faults = std::move(vanished);
+    }
+    all.faults.insert(all.faults.end(), faults.begin(), faults.end());
   }
   return all;
 }

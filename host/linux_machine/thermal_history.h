@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "quorvel/linux_machine/thermal.h"
 #include "quorvel/services/thermal_data.h"
 #include "thermal_devices.h"
 #include "thermal_types.h"
@@ -23,16 +24,20 @@ class ThermalHistory {
  public:
   explicit ThermalHistory(ThermalTypes types) : types_(std::move(types)) {}
 
-  // Updates the state with a reading and returns the data to report.
+  // Updates the state with a reading and returns the data to report. A temperature that has never
+  // been read successfully is left out.
   services::ThermalData Continue(const ThermalReading& reading);
+  // All temperatures of the last reading.
+  const std::vector<TemperatureSource>& sources() const { return sources_; }
 
  private:
   struct Known {
     std::string type;
     std::string name;
     std::set<int> crossed = {};
+    bool has_been_read = false;
   };
-  // By sysfs path.
+  // By key.
   using AllKnown = std::map<std::string, Known>;
 
   // Drops the state of all other devices and names the new ones.
@@ -43,6 +48,7 @@ class ThermalHistory {
   const ThermalTypes types_;
   AllKnown zones_;
   AllKnown cooling_devices_;
+  std::vector<TemperatureSource> sources_;
 };
 
 }  // namespace norvik::qel::linux_machine

@@ -28,42 +28,70 @@ struct Pattern {
   Type type;
 };
 
-// Names that do not identify what is measured are left out: "acpitz" may be anywhere on the board.
+// Each group names its source: the document or driver of the kernel that defines the names. Names
+// that do not identify what is measured are left out: "acpitz" may be anywhere on the board, and
+// "nvme" has no type.
 constexpr Pattern<TemperatureType> kZones[] = {
+    // drivers/thermal/intel/x86_pkg_temp_thermal.c
     {"x86_pkg_temp", TemperatureType::CPU},
+    // Documentation/hwmon/coretemp.rst, k10temp.rst, k8temp.rst, via-cputemp in drivers/hwmon
     {"coretemp*", TemperatureType::CPU},
     {"k10temp*", TemperatureType::CPU},
+    {"k8temp*", TemperatureType::CPU},
+    {"via_cputemp*", TemperatureType::CPU},
+    // Documentation/driver-api/thermal/intel_dptf.rst: the participants' ACPI names
     {"TCPU*", TemperatureType::CPU},
     {"B0D4", TemperatureType::CPU},
-    {"cpu*", TemperatureType::CPU},
-    {"gpu*", TemperatureType::GPU},
-    {"battery*", TemperatureType::BATTERY},
+    {"TSKN*", TemperatureType::SKIN},
+    // Documentation/gpu/amdgpu/thermal.rst, drivers/gpu/drm/radeon, nouveau, i915, xe
+    {"amdgpu:*", TemperatureType::GPU},
+    {"radeon:*", TemperatureType::GPU},
+    {"nouveau:*", TemperatureType::GPU},
+    {"i915:*", TemperatureType::GPU},
+    {"xe:*", TemperatureType::GPU},
+    // drivers/net/wireless/intel/iwlwifi/mvm/tt.c, ath/ath10k/thermal.c (11k, 12k), mediatek/mt76
+    {"iwlwifi*", TemperatureType::WIFI},
+    {"ath1[012]k_hwmon:*", TemperatureType::WIFI},
+    {"mt7[0-9]*_phy*", TemperatureType::WIFI},
+    // drivers/power/supply/power_supply_core.c and power_supply_hwmon.c: the supply's name
     {"bat", TemperatureType::BATTERY},
     {"bat[-_0-9]*", TemperatureType::BATTERY},
+    {"battery*", TemperatureType::BATTERY},
+    {"bq27*", TemperatureType::BATTERY},
+    {"max170*_battery*", TemperatureType::BATTERY},
+    {"qcom[-_]battmgr[-_]bat*", TemperatureType::BATTERY},
+    // temp*_label in Documentation/ABI/testing/sysfs-class-hwmon: what the sensor measures
+    {"*:CPU*", TemperatureType::CPU},
+    {"*:GPU*", TemperatureType::GPU},
+    {"*:Battery*", TemperatureType::BATTERY},
+    {"*:Ambient*", TemperatureType::AMBIENT},
+    // Names of zones in arch/arm/boot/dts and arch/arm64/boot/dts, whose form is
+    // Documentation/devicetree/bindings/thermal/thermal-zones.yaml
+    {"cpu*", TemperatureType::CPU},
+    {"gpu*", TemperatureType::GPU},
+    {"npu*", TemperatureType::NPU},
+    {"soc", TemperatureType::SOC},
+    {"soc[-_0-9]*", TemperatureType::SOC},
     {"skin*", TemperatureType::SKIN},
-    {"TSKN*", TemperatureType::SKIN},
+    {"modem*", TemperatureType::MODEM},
+    {"mdm*", TemperatureType::MODEM},
+    {"pa[-_]therm*", TemperatureType::POWER_AMPLIFIER},
+    {"camera*", TemperatureType::CAMERA},
+    {"cam[-_]therm*", TemperatureType::CAMERA},
+    {"display*", TemperatureType::DISPLAY},
+    {"lcd*", TemperatureType::DISPLAY},
     {"usb[-_]port*", TemperatureType::USB_PORT},
     {"usb[-_]therm*", TemperatureType::USB_PORT},
     {"usb[-_]conn*", TemperatureType::USB_PORT},
     {"usbc[-_]*", TemperatureType::USB_PORT},
-    {"pa[-_]therm*", TemperatureType::POWER_AMPLIFIER},
-    {"npu*", TemperatureType::NPU},
-    {"tpu*", TemperatureType::TPU},
-    {"display*", TemperatureType::DISPLAY},
-    {"lcd*", TemperatureType::DISPLAY},
-    {"modem*", TemperatureType::MODEM},
-    {"mdm*", TemperatureType::MODEM},
-    {"soc", TemperatureType::SOC},
-    {"soc[-_0-9]*", TemperatureType::SOC},
-    {"iwlwifi*", TemperatureType::WIFI},
     {"wifi*", TemperatureType::WIFI},
     {"wlan*", TemperatureType::WIFI},
-    {"camera*", TemperatureType::CAMERA},
-    {"cam[-_]therm*", TemperatureType::CAMERA},
     {"flashlight*", TemperatureType::FLASHLIGHT},
     {"speaker*", TemperatureType::SPEAKER},
     {"spk[-_]*", TemperatureType::SPEAKER},
     {"ambient*", TemperatureType::AMBIENT},
+    // Names of the thermal interface's types
+    {"tpu*", TemperatureType::TPU},
     {"pogo*", TemperatureType::POGO},
 };
 

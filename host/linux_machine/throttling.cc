@@ -22,6 +22,12 @@ ThrottlingSeverity SeverityOf(const TripPoint& trip, const ThermalZone& zone) {
     }
     case TripType::kHot:
       return ThrottlingSeverity::CRITICAL;
+    case TripType::kMax:
+      return ThrottlingSeverity::MODERATE;
+    case TripType::kHwmonCritical:
+      return ThrottlingSeverity::CRITICAL;
+    case TripType::kEmergency:
+      return ThrottlingSeverity::EMERGENCY;
     case TripType::kCritical:
       break;
   }

@@ -16,7 +16,12 @@ namespace norvik::qel::linux_machine {
 //             SEVERE    a further, hotter passive trip point: the first was not enough
 //   hot       CRITICAL  slowing down was not enough; the kernel can only warn
 //   critical  SHUTDOWN  the kernel switches the machine off
-// EMERGENCY is not used: the kernel does not shut down parts of the machine.
+// No trip point means EMERGENCY: the kernel does not shut down parts of the machine.
+//
+// The severity of a hwmon sensor that has crossed a limit, on which the kernel does not act:
+//   max        MODERATE   above the maximum that the maker of the chip recommends
+//   crit       CRITICAL   the chip may fail or slow itself down
+//   emergency  EMERGENCY  a further limit of some chips, above crit
 aidl::android::hardware::thermal::ThrottlingSeverity SeverityOf(const TripPoint& trip,
                                                                 const ThermalZone& zone);
 

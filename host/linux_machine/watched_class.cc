@@ -43,14 +43,14 @@ services::ServiceObserver WakingObserver(std::shared_ptr<const Wake> wake,
   };
 }
 
-WatchedClass::WatchedClass(const char* subsystem, std::string devices,
+WatchedClass::WatchedClass(std::vector<const char*> subsystems, std::string devices,
                            std::shared_ptr<const Wake> wake)
-    : subsystem_(subsystem), devices_(std::move(devices)), wake_(std::move(wake)) {}
+    : subsystems_(std::move(subsystems)), devices_(std::move(devices)), wake_(std::move(wake)) {}
 
 void WatchedClass::Refresh() {
   std::lock_guard<std::mutex> lock(reading_lock_);
   std::vector<std::string> listed;
-  if (const int error = ListDevices(subsystem_, &listed); error != 0) {
+  if (const int error = ListDevices(subsystems_, &listed); error != 0) {
     // This does not mean that there are no devices: the last report stays valid.
     NoticeFaultsLocked(
         {{.device = devices_, .file = "", .what = "cannot be listed: " + ErrorText(error)}});

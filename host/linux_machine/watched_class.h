@@ -1,4 +1,4 @@
-// A kernel subsystem as a service of this machine sees it.
+// Kernel subsystems as a service of this machine sees them.
 #pragma once
 
 #include <atomic>
@@ -39,7 +39,7 @@ class Wake {
 services::ServiceObserver WakingObserver(std::shared_ptr<const Wake> wake,
                                          services::ServiceObserver observer);
 
-// The devices of one subsystem, for the service that derives from this class.
+// The devices of some subsystems, for the service that derives from this class.
 //
 // A thread of the service's process may still be inside a call after the owner has stopped it.
 // Therefore
@@ -52,13 +52,13 @@ services::ServiceObserver WakingObserver(std::shared_ptr<const Wake> wake,
 class WatchedClass {
  public:
   // `devices`: their name in messages, such as "thermal zones".
-  WatchedClass(const char* subsystem, std::string devices,
-               std::shared_ptr<const Wake> wake = std::make_shared<Wake>());
+  WatchedClass(std::vector<const char*> subsystems, std::string devices,
+               std::shared_ptr<const Wake> wake);
   virtual ~WatchedClass() = default;
   WatchedClass(const WatchedClass&) = delete;
   WatchedClass& operator=(const WatchedClass&) = delete;
 
-  const char* subsystem() const { return subsystem_; }
+  const std::vector<const char*>& subsystems() const { return subsystems_; }
 
   // Reads the devices and reports them.
   void Refresh() QUORVEL_EXCLUDES(reading_lock_);
@@ -92,7 +92,7 @@ class WatchedClass {
   void ForgetFaultsOfOthersLocked(const std::vector<std::string>& syspaths)
       QUORVEL_REQUIRES(reading_lock_);
 
-  const char* const subsystem_;
+  const std::vector<const char*> subsystems_;
   const std::string devices_;
   const std::shared_ptr<const Wake> wake_;
   std::atomic<bool> ending_ = false;

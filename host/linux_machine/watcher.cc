@@ -12,7 +12,7 @@
 namespace norvik::qel::linux_machine {
 
 Watcher::Watcher(std::shared_ptr<WatchedClass> watched, Tell tell)
-    : watched_(std::move(watched)), tell_(std::move(tell)), monitor_(watched_->subsystem()) {
+    : watched_(std::move(watched)), tell_(std::move(tell)), monitor_(watched_->subsystems()) {
   if (!monitor_.works()) watched_->NoteEndOfEvents(monitor_.error());
   watched_->Refresh();
   TellNotices();

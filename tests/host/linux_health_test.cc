@@ -6,11 +6,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <cstdint>
 #include <filesystem>
+#include <fstream>
 #include <memory>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "clients.h"
@@ -227,18 +232,170 @@ TEST_F(LinuxHealthTest, PeripheralsAreNotTheMachine) {
   EXPECT_TRUE(Eventually([&] { return GetBatteryLevel(handle_, /*use_cached=*/false) == 73; }));
 }
 
-TEST_F(LinuxHealthTest, TheFirstBatteryThatIsThereCounts) {
-  machine_->Add("BAT2", With(kGoodBattery, {{"capacity", "22\n"}}));
-  machine_->Add("BAT1", With(kGoodBattery, {{"capacity", "21\n"}}));
+TEST_F(LinuxHealthTest, SeveralBatteriesMakeUpOneLevelAndAreNamed) {
+  const Files energy = {{"type", "Battery\n"},
+                        {"status", "Not charging\n"},
+                        {"energy_full", "23000000\n"},
+                        {"cycle_count", "7\n"}};
   machine_->Add("BAT0", {{"type", "Battery\n"}, {"present", "0\n"}});  // an empty bay
+  machine_->Add("BAT1", With(energy, {{"capacity", "0\n"}, {"energy_now", "0\n"}}));
+  machine_->Add("BAT2", With(energy, {{"capacity", "87\n"},
+                                      {"status", "Discharging\n"},
+                                      {"energy_full", "72000000\n"},
+                                      {"energy_now", "62640000\n"},
+                                      {"cycle_count", "31\n"}}));
   health_.Start();
   RegisterAll();
-  EXPECT_EQ(levels_.Take(), 21);
-  machine_->Set("BAT0", "capacity", "20\n");
-  machine_->Set("BAT0", "cycle_count", "5\n");
-  machine_->Change("BAT0", "present", "1\n");
-  EXPECT_EQ(levels_.Take(), 20);
-  EXPECT_THAT(Notices(), IsEmpty()) << "what is not there misses nothing";
+  EXPECT_EQ(levels_.Take(), 66);
+  EXPECT_EQ(cycles_.Take(), 31);
+  EXPECT_EQ(health_.info().batteryStatus, BatteryStatus::DISCHARGING);
+  EXPECT_THAT(Notices(),
+              ElementsAre("battery level: BAT1 (24 %) and BAT2 (76 %) together, by energy"))
+      << "what is not there misses nothing";
+  const auto supplies = health_.supplies();
+  ASSERT_EQ(supplies.size(), 4u);  // and the marker
+  EXPECT_EQ(supplies[0].ignored_because, "not present");
+  EXPECT_EQ(supplies[2].level_percent, 87);
+
+  machine_->Change("BAT1", "energy_now", "23000000\n");
+  EXPECT_EQ(levels_.Take(), 90);
+  machine_->Remove("BAT1");
+  EXPECT_EQ(levels_.Take(), 87);
+}
+
+struct CombinedCase {
+  const char* test;
+  std::vector<Files> batteries;
+  std::optional<int32_t> level;
+  linux_machine::PowerSupply::Weight weight;
+  friend std::ostream& operator<<(std::ostream& os, const CombinedCase& c) { return os << c.test; }
+};
+
+class LinuxCombinedTest : public testing::TestWithParam<CombinedCase> {};
+
+TEST_P(LinuxCombinedTest, BatteriesAreWeightedByTheBestThatAllOfThemTell) {
+  Machine machine("power_supply");
+  int number = 0;
+  for (const Files& battery : GetParam().batteries) {
+    machine.Add("BAT" + std::to_string(number++), With(battery, {{"type", "Battery\n"}}));
+  }
+  std::vector<std::string> listed;
+  ASSERT_EQ(linux_machine::ListDevices({"power_supply"}, &listed), 0);
+  const linux_machine::PowerReading reading = linux_machine::ReadPowerSupplies(listed);
+  ASSERT_TRUE(reading.battery);
+  EXPECT_EQ(reading.battery->level_percent, GetParam().level);
+  EXPECT_EQ(reading.supplies.at(0).weight, GetParam().weight);
+}
+
+using Weight = linux_machine::PowerSupply::Weight;
+const Files kEnergyBattery = {
+    {"capacity", "50"}, {"energy_now", "10000000"}, {"energy_full", "20000000"}};
+const Files kChargeBattery = {{"capacity", "25"},
+                              {"charge_now", "1000000"},
+                              {"charge_full", "4000000"},
+                              {"voltage_min_design", "10000000"}};
+INSTANTIATE_TEST_SUITE_P(
+    , LinuxCombinedTest,
+    testing::Values(
+        CombinedCase{"One", {With(kEnergyBattery, {{"capacity", "51"}})}, 51, Weight::kNone},
+        // 1 Ah of 4 at 10 V, 5 Ah of 5 at 4 V.
+        CombinedCase{"ByChargeAndVoltage",
+                     {kChargeBattery,
+                      {{"charge_now", "5000000"},
+                       {"charge_full", "5000000"},
+                       {"voltage_max_design", "4000000"}}},
+                     50,
+                     Weight::kCharge},
+        CombinedCase{"EnergyAndCharge", {kEnergyBattery, kChargeBattery}, 33, Weight::kCharge},
+        CombinedCase{"WithoutADesignVoltage",
+                     {kEnergyBattery, With(kChargeBattery, {{"voltage_min_design", "0"}})},
+                     38,
+                     Weight::kMean},
+        CombinedCase{
+            "AWornOutOneHoldsNothing",
+            {kEnergyBattery,
+             With(kEnergyBattery, {{"energy_now", "0"}, {"energy_full", "0"}, {"capacity", "0"}})},
+            50,
+            Weight::kEnergy},
+        CombinedCase{"OneIsUnknown",
+                     {{{"capacity", "40"}, {"cycle_count", "1"}}, {{"cycle_count", "2"}}},
+                     40,
+                     Weight::kMean},
+        CombinedCase{"MoreThanFull",
+                     {kEnergyBattery, With(kEnergyBattery, {{"energy_now", "90000000"}})},
+                     75,
+                     Weight::kEnergy},
+        CombinedCase{
+            "NoneIsKnown", {{{"cycle_count", "1"}}, {{"cycle_count", "2"}}}, {}, Weight::kNone}),
+    [](const auto& info) { return std::string(info.param.test); });
+
+TEST_F(LinuxHealthTest, ABatteryWithoutAGaugeBesideOneWithAGaugeIsAnAccessory) {
+  const Files keyboard = {{"type", "Battery\n"}, {"capacity", "12\n"}, {"status", "Charging\n"}};
+  machine_->Add("A_keyboard", keyboard);
+  health_.Start();
+  EXPECT_EQ(GetBatteryLevel(handle_, /*use_cached=*/false), 12) << "the only one is the machine's";
+  machine_->Add("BAT0", With(kGoodBattery, {{"capacity", "81\n"}}));
+  EXPECT_TRUE(Eventually([&] { return GetBatteryLevel(handle_, /*use_cached=*/false) == 81; }));
+  EXPECT_EQ(health_.info().batteryStatus, BatteryStatus::DISCHARGING);
+  EXPECT_THAT(Notices(), ElementsAre("A_keyboard/cycle_count: missing",
+                                     "A_keyboard: taken for an accessory, since it has no energy, "
+                                     "charge or cycle count, as another battery has: not counted"));
+  EXPECT_EQ(health_.supplies().at(0).ignored_because, "accessory");
+  EXPECT_EQ(health_.supplies().at(0).level_percent, 12) << "listed all the same";
+}
+
+TEST_F(LinuxHealthTest, ALevelIsComputedWhenTheDriverHasNone) {
+  Files battery = With(kGoodBattery, {{"charge_now", "2520000\n"}, {"charge_full", "4500000\n"}});
+  battery.erase("capacity");
+  machine_->Add("BAT0", battery);
+  health_.Start();
+  EXPECT_EQ(GetBatteryLevel(handle_, /*use_cached=*/false), 56);
+  machine_->Set("BAT0", "energy_now", "20000000\n");
+  machine_->Set("BAT0", "energy_full", "40000000\n");
+  EXPECT_EQ(GetBatteryLevel(handle_, /*use_cached=*/false), 50) << "energy is the better measure";
+  EXPECT_THAT(Notices(),
+              ElementsAre("BAT0/capacity: missing; computed from charge_now and charge_full"));
+}
+
+// How often a thread of this process has gone to sleep by now.
+int64_t SleepsOf(const std::string& name) {
+  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+    std::string word;
+    std::ifstream(task.path() / "comm") >> word;
+    if (word != name) continue;
+    std::ifstream status(task.path() / "status");
+    while (status >> word) {
+      if (word != "voluntary_ctxt_switches:") continue;
+      int64_t count = 0;
+      status >> count;
+      return count;
+    }
+  }
+  ADD_FAILURE() << "no thread " << name;
+  return -1;
+}
+
+TEST_F(LinuxHealthTest, UnannouncedChangesAreFoundWhileAClientListensAndOnlyThen) {
+  machine_->Add("BAT0", kGoodBattery);
+  linux_machine::Health health(nullptr, {.period = std::chrono::milliseconds(2)});
+  health.Start();
+  ASSERT_EQ(RegisterBatteryLevelCallback(handle_, Hear, &levels_), 0);
+  ASSERT_EQ(levels_.Take(), 73);
+  machine_->Set("BAT0", "capacity", "64\n");
+  EXPECT_EQ(levels_.Take(), 64);
+
+  // Without a client its thread sleeps through many periods.
+  DeinitBatteryInfo(&handle_);
+  ASSERT_EQ(health.callback_count(), 0u);
+  const auto many_periods = [] {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(50);
+    return Eventually([&] { return std::chrono::steady_clock::now() >= end; });
+  };
+  ASSERT_TRUE(many_periods());  // in which it notices that the client has left
+  const int64_t before = SleepsOf("power_supply");
+  ASSERT_TRUE(many_periods());
+  EXPECT_EQ(SleepsOf("power_supply"), before);
+  health.Stop();
 }
 
 TEST_F(LinuxHealthTest, AMachineWithoutABatterySaysSoAndServesItsChargers) {
@@ -298,20 +455,21 @@ TEST_F(LinuxHealthTest, ASupplyIsNotReadBeforeItIsAnnounced) {
   EXPECT_EQ(GetBatteryLevel(handle_, /*use_cached=*/false), 73);
   machine_->Set("BAT0", "capacity", "20\n");
   machine_->Announce("BAT0", "add");
-  EXPECT_TRUE(Eventually([&] { return GetBatteryLevel(handle_, /*use_cached=*/false) == 20; }));
-  EXPECT_THAT(Notices(), IsEmpty());
+  EXPECT_TRUE(Eventually([&] { return GetBatteryLevel(handle_, /*use_cached=*/false) == 47; }));
+  EXPECT_THAT(Notices(),
+              ElementsAre("battery level: BAT0 (50 %) and BAT1 (50 %) together, as the mean"));
 }
 
 TEST_F(LinuxHealthTest, ASupplyThatVanishesBeforeItIsReadIsNone) {
   machine_->Add("BAT0", kGoodBattery);
   machine_->Add("BAT1", With(kGoodBattery, {{"capacity", "21\n"}}));
   std::vector<std::string> listed;
-  ASSERT_EQ(linux_machine::ListDevices("power_supply", &listed), 0);
+  ASSERT_EQ(linux_machine::ListDevices({"power_supply"}, &listed), 0);
   ASSERT_EQ(listed.size(), 2u);
   machine_->Vanish("BAT0");
   const linux_machine::PowerReading reading = linux_machine::ReadPowerSupplies(listed);
   ASSERT_TRUE(reading.battery);
-  EXPECT_EQ(reading.battery->level_percent, 21) << "the next one stands in";
+  EXPECT_EQ(reading.battery->level_percent, 21) << "the other one is left";
   ASSERT_EQ(reading.faults.size(), 1u);
   EXPECT_EQ(reading.faults[0].device, "BAT0");
   EXPECT_EQ(reading.faults[0].what, "vanished while it was read");
@@ -325,6 +483,7 @@ struct BrokenFile {
   const char* content;
   const char* notice;  // after the supply's name
   How how = How::kContent;
+  int level = -1;  // what is left of it
   friend std::ostream& operator<<(std::ostream& os, const BrokenFile& broken) {
     return os << broken.file;
   }
@@ -342,7 +501,7 @@ TEST_P(LinuxBrokenFileTest, IsToldOnceAndMakesUpNothing) {
   health_.Start();
   const bool no_level = std::string_view(broken.file) == "capacity";
   const bool no_cycles = std::string_view(broken.file) == "cycle_count";
-  const int level = no_level ? -1 : 73;
+  const int level = no_level ? broken.level : 73;
   const int cycles = no_cycles ? -1 : 312;
   for (int reading = 0; reading < 3; ++reading) {
     EXPECT_EQ(GetBatteryLevel(handle_, /*use_cached=*/false), level);
@@ -374,14 +533,15 @@ INSTANTIATE_TEST_SUITE_P(
         BrokenFile{"HexLevel", "capacity", "0x37\n", "\"0x37\" is not a number"},
         BrokenFile{"FractionalLevel", "capacity", "55.5\n", "\"55.5\" is not a number"},
         BrokenFile{"BinaryLevel", "capacity", "\x01\xff\n", "\"??\" is not a number"},
-        BrokenFile{"TooHighLevel", "capacity", "250\n", "\"250\" is not within 0 to 100"},
-        BrokenFile{"JustTooHighLevel", "capacity", "101\n", "\"101\" is not within 0 to 100"},
-        BrokenFile{"NegativeLevel", "capacity", "-1\n", "\"-1\" is not within 0 to 100"},
+        BrokenFile{"JustTooHighLevel", "capacity", "101\n",
+                   "101 is not within 0 to 100, taken as 100", How::kContent, 100},
+        BrokenFile{"NegativeLevel", "capacity", "-1\n", "-1 is not within 0 to 100, taken as 0",
+                   How::kContent, 0},
         // 2 to the power of 32, and 55 more: what is left of it in 32 bits would do.
         BrokenFile{"WrappingLevel", "capacity", "4294967351\n",
-                   "\"4294967351\" is not within 0 to 100"},
+                   "4294967351 is not within 0 to 100, taken as 100", How::kContent, 100},
         BrokenFile{"EndlessLevel", "capacity", "99999999999999999999999999999999999999999999\n",
-                   "\"9999999999999999999999999999999999999999...\" is not within 0 to 100"},
+                   "\"9999999999999999999999999999999999999999...\" is too large"},
         BrokenFile{"AbsentLevel", "capacity", "", "missing", How::kAbsent},
         BrokenFile{"UnreadableLevel", "capacity", "55\n", "cannot be read: Operation not permitted",
                    How::kUnreadable},
@@ -465,14 +625,15 @@ TEST_F(LinuxHealthTest, SuppliesThatComeAndGoWhileManyAskEndInTheLastState) {
     };
     return EventuallyWhileAsked(is_so, [&] {
       const int asked = GetBatteryLevel(handle_, /*use_cached=*/false);
-      EXPECT_TRUE(asked == 73 || asked == 10) << asked;
+      EXPECT_TRUE(asked == 73 || asked == 42) << asked;
     });
   };
   const auto spare = With(kGoodBattery, {{"capacity", "10\n"}, {"status", "Full\n"}});
   for (int i = 0; i < 20; ++i) {
-    machine_->Add("A_spare", spare);
-    EXPECT_TRUE(has(10, BatteryStatus::FULL));
     const bool charges = i % 2 == 0;
+    machine_->Add("A_spare", spare);
+    // The mean of 73 and 10.
+    EXPECT_TRUE(has(42, charges ? BatteryStatus::DISCHARGING : BatteryStatus::CHARGING));
     machine_->Change("BAT0", "status", charges ? "Charging\n" : "Discharging\n");
     machine_->Remove("A_spare");
     EXPECT_TRUE(has(73, charges ? BatteryStatus::CHARGING : BatteryStatus::DISCHARGING));

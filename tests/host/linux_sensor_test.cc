@@ -147,7 +147,7 @@ TEST_P(LinuxChannelTest, IsFoundAndMeasuredOrDoesNotCount) {
   Machine machine("iio");
   machine.Add("iio:device0", GetParam().files);
   std::vector<std::string> listed;
-  ASSERT_EQ(linux_machine::ListDevices("iio", &listed), 0);
+  ASSERT_EQ(linux_machine::ListDevices({"iio"}, &listed), 0);
   linux_machine::FoundChannels found = linux_machine::FindChannels(listed);
   std::vector<linux_machine::Fault>& faults = found.faults;
   EXPECT_EQ(found.proximity ? Measure(*found.proximity, &faults) : std::nullopt,
@@ -178,6 +178,17 @@ INSTANTIATE_TEST_SUITE_P(
             "AtAnAntenna", With(kRangefinder, {{"label", "proximity-wifi-left\n"}}), {}, {}, {}},
         SensorCase{
             "NobodyKnowsWhere", With(kRangefinder, {{"label", "\n"}}), {}, {}, {"label: empty"}},
+        SensorCase{
+            "APersonIsThere",
+            {{"name", "prox"}, {"in_proximity_raw", "1"}, {"in_proximity_scale", "1.000000"}},
+            0,
+            {},
+            {}},
+        SensorCase{"NoPersonIsThere",
+                   {{"name", "prox"}, {"in_proximity0_raw", "0"}, {"in_proximity_scale", "1"}},
+                   5,
+                   {},
+                   {}},
         SensorCase{"WithoutUnit",
                    {{"in_proximity_raw", "17"}},
                    {},
@@ -236,6 +247,16 @@ INSTANTIATE_TEST_SUITE_P(
                    28.6f,
                    {}},
         SensorCase{"SomeOtherAngle", {{"in_angl_raw", "1"}, {"in_angl_scale", "0.5"}}, {}, {}, {}},
+        SensorCase{"ALidOfAChromebook",
+                   {{"name", "cros-ec-lid-angle\n"}, {"in_angl_raw", "118"}},
+                   {},
+                   118,
+                   {}},
+        SensorCase{"ALidWhoseAngleIsUnreliable",
+                   {{"name", "cros-ec-lid-angle\n"}, {"in_angl_raw", "500"}},
+                   {},
+                   {},
+                   {"in_angl: 500.0 degrees is not within 0 to 360"}},
         SensorCase{"HingeWithoutUnit",
                    {{"label", "hinge"}, {"in_angl_raw", "1"}},
                    {},
@@ -265,6 +286,26 @@ TEST_F(LinuxSensorTest, NothingIsMeasuredWhileNoSensorIsEnabled) {
   const int64_t idle = sensors_.measurement_count();
   for (int i = 0; i < 20; ++i) Notices();
   EXPECT_EQ(sensors_.measurement_count(), idle);
+}
+
+TEST_F(LinuxSensorTest, SourcesTellWhatTheSensorsAreMadeOf) {
+  machine_->Add("iio:device0", {{"name", "cros-ec-lid-angle\n"}, {"in_angl_raw", "118\n"}});
+  machine_->Add("iio:device1",
+                {{"name", "prox\n"}, {"in_proximity_raw", "1\n"}, {"in_proximity_scale", "1\n"}});
+  sensors_.Start();
+  ASSERT_EQ(RegisterHinge(), 0);
+  Until(hinge_, 118);
+  ASSERT_EQ(RegisterProximity(), 0);
+  machine_->Set("iio:device1", "in_proximity_raw", "0\n");
+  Until(proximity_, 5);
+  EXPECT_THAT(Notices(), ElementsAre("iio:device1: tells whether a person is there, no distance: "
+                                     "near or far"));
+  const auto sources = sensors_.sources();
+  ASSERT_EQ(sources.size(), 2u);
+  EXPECT_EQ(sources[0].reading, linux_machine::SensorSource::Reading::kPresentOrAway);
+  EXPECT_EQ(sources[0].maximum, 5);
+  EXPECT_EQ(sources[1].name, "cros-ec-lid-angle");
+  EXPECT_EQ(sources[1].maximum, 360);
 }
 
 TEST_F(LinuxSensorTest, ASensorThatIsEnabledAgainDoesNotTellWhatWas) {
@@ -309,7 +350,7 @@ TEST_F(LinuxSensorTest, ASensorThatVanishesBeforeItIsMeasuredTellsNothing) {
   machine_->Add("iio:device0", kRangefinder);
   machine_->Add("iio:device1", With(kRangefinder, {{"name", "second\n"}}));
   std::vector<std::string> listed;
-  ASSERT_EQ(linux_machine::ListDevices("iio", &listed), 0);
+  ASSERT_EQ(linux_machine::ListDevices({"iio"}, &listed), 0);
   const auto first = linux_machine::FindChannels(listed).proximity;
   ASSERT_TRUE(first);
   EXPECT_EQ(first->name, "tof");

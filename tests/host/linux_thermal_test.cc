@@ -218,7 +218,7 @@ TEST_F(LinuxThermalTest, AnAnnouncedChangeIsReadAtOnce) {
 
 TEST_F(LinuxThermalTest, ZonesComeAndGoAndTakeTheirSeverityAlong) {
   Start();
-  EXPECT_THAT(Notices(), ElementsAre("this machine has no thermal zone"));
+  EXPECT_THAT(Notices(), ElementsAre("this machine has no temperature sensor"));
   machine_->Add("thermal_zone0", With(kProcessorZone, {{"type", "skin\n"}}));
   ASSERT_TRUE(Eventually([&] { return Read("skin") == 41.5f; }));
   ASSERT_EQ(Register("SKIN", "skin"), 0);
@@ -233,7 +233,7 @@ TEST_F(LinuxThermalTest, ZonesComeAndGoAndTakeTheirSeverityAlong) {
   machine_->Change("thermal_zone0", "temp", "96000\n");
   EXPECT_EQ(NextSeverity(), 3);
   // Besides, perhaps, a word of the files that a reading found half gone.
-  EXPECT_THAT(Notices(), Contains("this machine has no thermal zone"));
+  EXPECT_THAT(Notices(), Contains("this machine has no temperature sensor"));
 }
 
 TEST_F(LinuxThermalTest, ZonesOfOneTypeKeepTheirNames) {
@@ -273,7 +273,7 @@ TEST_F(LinuxThermalTest, CoolingDevicesAreReadForWhoListensToThemAlone) {
     EXPECT_EQ(listener->states.Take(), state);
   }
   machine_->Set("cooling_device0", "cur_state", "5\n");  // above the maximum
-  EXPECT_EQ(notices_.Next(), "this machine has no thermal zone");
+  EXPECT_EQ(notices_.Next(), "this machine has no temperature sensor");
   EXPECT_EQ(notices_.Next(), "cooling_device0/cur_state: \"5\" is not within 0 to 4");
   EXPECT_THAT(thermal_->data().cooling_devices, IsEmpty()) << "a state that is not known is none";
 }
@@ -284,7 +284,7 @@ struct BrokenZone {
   const char* file;
   std::optional<std::string> content;  // none: not there
   std::vector<std::string> notices;    // after the zone's name
-  // What is left of it; no reading: the zone does not count.
+  // What is left of it. Without a reading there is no temperature, and no severity NONE either.
   bool is_listed = true;
   bool has_reading = true;
   std::vector<float> thresholds = {kNan, kNan, 90, 95, kNan, kNan, 105};
@@ -305,14 +305,13 @@ TEST_P(LinuxBrokenZoneTest, IsToldOnceAndMakesUpNothing) {
   Start();
   for (int reading = 0; reading < 3; ++reading) EXPECT_EQ(Read("good"), 20.0f);
   const std::optional<float> value = Read("x86_pkg_temp");
-  EXPECT_EQ(value.has_value(), broken.is_listed);
-  if (broken.is_listed) {
-    EXPECT_THAT(value.value_or(0), NanSensitiveFloatEq(broken.has_reading ? 41.5f : kNan));
-  }
+  EXPECT_EQ(value, broken.has_reading ? std::optional(41.5f) : std::nullopt);
+  EXPECT_EQ(thermal_->sources().size(), broken.is_listed ? 2u : 1u);
+  EXPECT_EQ(thermal_->sources().at(0).is_readable, broken.has_reading || !broken.is_listed);
   std::vector<std::string> expected;
   for (const std::string& notice : broken.notices) expected.push_back("thermal_zone0/" + notice);
   EXPECT_EQ(Notices(), expected);
-  if (broken.is_listed) {
+  if (broken.has_reading) {
     EXPECT_THAT(thermal_->data().thresholds.at(0).hotThrottlingThresholds,
                 Pointwise(NanSensitiveFloatEq(), broken.thresholds));
     EXPECT_EQ(SeverityOf("x86_pkg_temp"), ThrottlingSeverity::NONE);
@@ -323,9 +322,7 @@ const std::vector<float> kWithoutFirst = {kNan, kNan, 95, kNan, kNan, kNan, 105}
 INSTANTIATE_TEST_SUITE_P(
     , LinuxBrokenZoneTest,
     testing::Values(
-        BrokenZone{"NoType", "type", {}, {"type: missing"}, false},
-        BrokenZone{
-            "BinaryType", "type", "\x01x\n", {"type: \"?x\" has unprintable characters"}, false},
+        BrokenZone{"NoType", "type", {}, {"type: missing"}, false, false},
         BrokenZone{"NoTemp", "temp", {}, {"temp: missing"}, true, false},
         BrokenZone{"EmptyTemp", "temp", "\n", {"temp: empty"}, true, false},
         BrokenZone{"TextTemp", "temp", "warm", {"temp: \"warm\" is not a number"}, true, false},
@@ -386,11 +383,113 @@ TEST_F(LinuxThermalTest, AReadingThatFailsChangesNoSeverity) {
               ElementsAre("thermal_zone0/temp: cannot be read: Operation not permitted"));
 }
 
+TEST_F(LinuxThermalTest, AZoneThatHasNeverBeenReadHasNoSeverity) {
+  machine_->Add("thermal_zone0", kProcessorZone);
+  machine_->MakeUnreadable("thermal_zone0", "temp");
+  Start();
+  EXPECT_EQ(Register("CPU", "x86_pkg_temp"), -EINVAL);
+  EXPECT_EQ(Read("x86_pkg_temp"), std::nullopt);
+  EXPECT_THAT(Notices(),
+              ElementsAre("thermal_zone0/temp: cannot be read: Operation not permitted"));
+  ASSERT_EQ(thermal_->sources().size(), 1u);
+  EXPECT_FALSE(thermal_->sources()[0].is_readable);
+  machine_->Vanish("thermal_zone0");
+  machine_->Add("thermal_zone0", With(kProcessorZone, {{"temp", "91000\n"}}));
+  ASSERT_TRUE(Eventually([&] { return Read("x86_pkg_temp") == 91.0f; }));
+  EXPECT_EQ(Register("CPU", "x86_pkg_temp"), 0);
+  EXPECT_EQ(NextSeverity(), 2);
+}
+
+TEST_F(LinuxThermalTest, HwmonSensorsAreNamedByChipAndLabel) {
+  machine_->Add("thermal_zone0", {{"type", "iwlwifi-1\n"}, {"temp", "30000\n"}});
+  machine_->AddTo("hwmon", "hwmon10", {{"name", "k10temp\n"}, {"temp1_input", "51000\n"}});
+  machine_->AddTo("hwmon", "hwmon9",
+                  {{"name", "nvme\n"},
+                   {"temp1_label", "Composite\n"},
+                   {"temp1_input", "38850\n"},
+                   {"temp1_max", "81850\n"},
+                   {"temp1_crit", "84850\n"},
+                   {"temp10_label", "Sensor 8\n"},
+                   {"temp10_input", "36850\n"},
+                   {"temp2_label", "Composite\n"},
+                   {"temp2_input", "39850\n"},
+                   {"temp2_max", "65261850\n"},  // what the drive says for "none"
+                   {"temp2_crit", "0\n"}});
+  machine_->AddTo("hwmon", "hwmon1", {{"name", "iwlwifi_1\n"}, {"temp1_input", "30000\n"}});
+  machine_->AddTo("hwmon", "hwmon2", {{"name", "fans\n"}, {"fan1_input", "3000\n"}});
+  machine_->AddTo("hwmon", "hwmon3",
+                  {{"name", "coretemp\n"},
+                   {"temp1_label", "Package id 0\n"},
+                   {"temp1_input", "99000\n"},
+                   {"temp1_max", "80000\n"},
+                   {"temp1_crit", "100000\n"},
+                   {"temp2_label", "Core 0\n"},
+                   {"temp2_input", "45000\n"},
+                   {"temp2_fault", "1\n"}});
+  Start();
+  EXPECT_THAT(Names(),
+              ElementsAre("iwlwifi-1", "coretemp:Package id 0", "nvme:Composite",
+                          "nvme:Composite@hwmon9:temp2", "nvme:Sensor 8", "k10temp:temp1"));
+  EXPECT_EQ(Read("nvme:Composite"), 38.85f);
+  const services::ThermalData data = thermal_->data();
+  EXPECT_EQ(data.temperatures[1].type, TemperatureType::CPU);
+  EXPECT_EQ(data.temperatures[2].type, TemperatureType::UNKNOWN);
+  const std::vector<float> none(7, kNan);
+  EXPECT_THAT(data.thresholds[2].hotThrottlingThresholds,
+              Pointwise(NanSensitiveFloatEq(),
+                        std::vector<float>{kNan, kNan, 81.85f, kNan, 84.85f, kNan, kNan}));
+  EXPECT_THAT(data.thresholds[3].hotThrottlingThresholds, Pointwise(NanSensitiveFloatEq(), none));
+  EXPECT_EQ(thermal_->sources().size(), 7u) << "the broken one is there, too";
+  EXPECT_THAT(Notices(),
+              ElementsAre("hwmon3/temp2_fault: 1, which means that the sensor is broken"));
+
+  ASSERT_EQ(Register("CPU", "coretemp:Package id 0"), 0);
+  EXPECT_EQ(NextSeverity(), 2);
+  machine_->Set("hwmon3", "temp1_input", "100000\n");
+  EXPECT_EQ(NextSeverity(), 4);
+  machine_->Remove("hwmon3");
+  EXPECT_EQ(NextSeverity(), 0);
+  EXPECT_EQ(Register("UNKNOWN", "nvme:Sensor 8"), 0) << "a temperature of no known type";
+}
+
+TEST_F(LinuxThermalTest, NamesMayHoldAnything) {
+  const Files zone = {{"temp", "30000\n"}};
+  machine_->Add("thermal_zone0", With(zone, {{"type", "INT3400 Thermal\n"}}));
+  machine_->Add("thermal_zone1", With(zone, {{"type", "a:b: c\n"}}));
+  machine_->Add("thermal_zone2", With(zone, {{"type", "SEN\xff\n"}}));
+  machine_->Add("thermal_zone3", With(zone, {{"type", "SEN\x01\n"}}));
+  machine_->Add("thermal_zone4", With(zone, {{"type", std::string(100, 'x') + "\n"}}));
+  Start();
+  EXPECT_THAT(Names(), ElementsAre("INT3400 Thermal", "a:b: c", "SEN?", "SEN?@thermal_zone3",
+                                   std::string(100, 'x')));
+  for (const char* const name : {"INT3400 Thermal", "a:b: c", "SEN?", "SEN?@thermal_zone3"}) {
+    EXPECT_EQ(Read(name), 30.0f) << name;
+  }
+  EXPECT_THAT(Notices(), ElementsAre("thermal_zone2/type: \"SEN?\" has unprintable characters",
+                                     "thermal_zone3/type: \"SEN?\" has unprintable characters"));
+}
+
+TEST_F(LinuxThermalTest, AThousandZonesAreServed) {
+  constexpr int kZones = 1000;
+  for (int i = 0; i < kZones; ++i) {
+    machine_->AddUnannounced("thermal_zone" + std::to_string(i),
+                             {{"type", "cpu-" + std::to_string(i / 2) + "\n"},
+                              {"temp", std::to_string(1000 * (i % 100)) + "\n"}});
+  }
+  Start();
+  const std::vector<std::string> names = Names();
+  EXPECT_EQ(std::set<std::string>(names.begin(), names.end()).size(), size_t{kZones});
+  EXPECT_EQ(Read("cpu-499@thermal_zone999"), 99.0f);
+  ASSERT_EQ(Register("CPU", "cpu-499"), 0);
+  EXPECT_EQ(NextSeverity(), 0);
+  EXPECT_THAT(Notices(), IsEmpty());
+}
+
 TEST_F(LinuxThermalTest, AZoneThatVanishesBeforeItIsReadIsNone) {
   machine_->Add("thermal_zone0", kProcessorZone);
   machine_->Add("thermal_zone1", {{"type", "good\n"}, {"temp", "20000\n"}});
   std::vector<std::string> listed;
-  ASSERT_EQ(linux_machine::ListDevices("thermal", &listed), 0);
+  ASSERT_EQ(linux_machine::ListDevices({"thermal"}, &listed), 0);
   ASSERT_EQ(listed.size(), 2u);
   machine_->Vanish("thermal_zone0");
   const linux_machine::ThermalReading reading = linux_machine::ReadThermalDevices(listed);
@@ -522,7 +621,7 @@ TEST_F(LinuxThermalTypesTest, NamesThatTellNothingStayUnknown) {
   EXPECT_EQ(types.TypeOfZone("soc_thermal"), TemperatureType::SOC);
   EXPECT_EQ(types.TypeOfZone("usb_port_therm"), TemperatureType::USB_PORT);
   for (const char* const other : {"acpitz", "INT3400 Thermal", "bath", "society", "hidpp_battery_0",
-                                  "pch_cannonlake", "usb"}) {
+                                  "pch_cannonlake", "usb", "nvme:Composite"}) {
     EXPECT_EQ(types.TypeOfZone(other), TemperatureType::UNKNOWN) << other;
   }
   EXPECT_EQ(types.TypeOfCoolingDevice("cpufreq-cpu0"), CoolingType::CPU);

@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <map>
 #include <memory>
@@ -28,7 +29,7 @@ inline Files With(Files files, const Files& others) {
   return files;
 }
 
-// A machine of whose devices only those exist that a test adds, all of one subsystem.
+// A machine of whose devices only those exist that a test adds, of one subsystem unless it says so.
 class Machine {
  public:
   explicit Machine(const char* subsystem)
@@ -38,7 +39,8 @@ class Machine {
   Machine& operator=(const Machine&) = delete;
 
   // The kernel announces it.
-  void Add(const std::string& name, const Files& files) {
+  void Add(const std::string& name, const Files& files) { AddTo(subsystem_, name, files); }
+  void AddTo(const std::string& subsystem, const std::string& name, const Files& files) {
     std::vector<gchar*> attributes;
     for (const auto& [file, content] : files) {
       attributes.push_back(const_cast<gchar*>(file.c_str()));
@@ -46,8 +48,19 @@ class Machine {
     }
     attributes.push_back(nullptr);
     gchar* no_properties[] = {nullptr};
-    g_free(umockdev_testbed_add_devicev(testbed_, subsystem_.c_str(), name.c_str(),
+    g_free(umockdev_testbed_add_devicev(testbed_, subsystem.c_str(), name.c_str(),
                                         /*parent=*/nullptr, attributes.data(), no_properties));
+  }
+  // As one that was there before the program: nothing is announced, which takes umockdev long.
+  void AddUnannounced(const std::string& name, const Files& files) {
+    namespace fs = std::filesystem;
+    const fs::path device = Root() + DevPath(name);
+    fs::create_directories(device);
+    fs::create_directories(fs::path(ListEntry(name)).parent_path());
+    fs::create_directory_symlink("../../class/" + subsystem_, device / "subsystem");
+    List(name);
+    std::ofstream(device / "uevent").flush();
+    for (const auto& [file, content] : files) std::ofstream(device / file) << content;
   }
   // Announced before the files have gone, as the kernel does.
   void Remove(const std::string& name) {

@@ -5,7 +5,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "quorvel/fake/service_process.h"
 #include "quorvel/services/sensor_service.h"
@@ -18,6 +20,21 @@ class Watcher;
 struct SensorSettings {
   // The time between two measurements of an enabled sensor.
   std::chrono::milliseconds period = std::chrono::milliseconds(100);
+};
+
+// The source of a sensor.
+struct SensorSource {
+  enum class Reading {
+    kCentimetres,
+    kNearOrFar,      // no unit: 0 or the maximum
+    kPresentOrAway,  // the same, for the presence of a person
+    kDegrees,
+  };
+  int32_t type = 0;         // ASENSOR_TYPE_...
+  std::string name = {};    // of the chip or the driver
+  std::string device = {};  // "iio:device0"
+  Reading reading = Reading::kCentimetres;
+  std::optional<float> maximum = {};  // empty for a distance: unknown
 };
 
 // The service has at most one sensor of each type: the first one of the kernel's industrial-I/O
@@ -46,6 +63,8 @@ class Sensors {
   // use the service then: its manager, sensors and queues are freed.
   void Stop();
 
+  // The present sensors, at most one of each type. Empty if the service is not running.
+  std::vector<SensorSource> sources() const;
   // The number of queues on which the sensor of a type is enabled, and the number of measurements
   // of all sensors. 0 if the service is not running.
   int listeners(int32_t type) const;

@@ -1,11 +1,14 @@
 // A thermal service with the temperatures and the cooling devices of this machine.
 #pragma once
 
+#include <aidl/android/hardware/thermal/TemperatureType.h>
+
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "quorvel/fake/service_process.h"
 #include "quorvel/services/service_event.h"
@@ -19,20 +22,31 @@ struct ThermalSettings {
   // A file with patterns for types of zones and cooling devices, see ThermalTypes. Empty: none.
   std::string types_file = {};
   // The time between two readings while a callback is registered.
-  std::chrono::milliseconds period = std::chrono::seconds(1);
+  std::chrono::milliseconds period = std::chrono::seconds(2);
 };
 
-// The service reads the kernel's thermal class at every event of the class, and whenever a client
-// asks for a value or registers. It reports changes. The kernel does not announce temperatures, so
-// while a callback is registered the service also reads once per period.
+// A temperature of this machine, readable or not.
+struct TemperatureSource {
+  std::string name = {};    // the name for clients
+  std::string device = {};  // "thermal_zone3", "hwmon2:temp1"
+  aidl::android::hardware::thermal::TemperatureType type =
+      aidl::android::hardware::thermal::TemperatureType::UNKNOWN;
+  bool is_readable = false;
+  float degrees_celsius = 0;  // NaN if unreadable
+};
+
+// The service reads the kernel's thermal and hwmon classes at every event of the classes, and
+// whenever a client asks for a value or registers. It reports changes. The kernel does not announce
+// temperatures, so while a callback is registered the service also reads once per period. A
+// temperature that has never been read successfully is not reported.
 //
 // Threads: the owner calls Start() and Stop(), one at a time and not from the observer. All other
 // functions may be called from any thread in between.
 class Thermal {
  public:
   // Does nothing yet. The observer receives the events of the service. It is also notified if the
-  // machine has no thermal zone, of errors in the file of types, and once for each file that is
-  // unreadable or invalid.
+  // machine has no temperature sensor, of errors in the file of types, and once for each file that
+  // is unreadable or invalid.
   explicit Thermal(services::ServiceObserver observer = nullptr, ThermalSettings settings = {});
   // Stops the service if it is running.
   ~Thermal();
@@ -47,6 +61,9 @@ class Thermal {
 
   // The last report. Empty if the service is not running.
   services::ThermalData data() const;
+  // All temperatures of the last reading, including unreadable ones. Empty if the service is not
+  // running.
+  std::vector<TemperatureSource> sources() const;
   // The number of temperature callbacks registered with the running service, and the number of its
   // readings. 0 if it is not running.
   size_t callback_count() const;
