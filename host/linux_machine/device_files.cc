@@ -144,7 +144,7 @@ std::optional<std::string_view> DeviceFiles::Text(const std::string& file, Absen
     if (!IsAbsence(error)) {
       AddFault(file, "cannot be read: " + ErrorText(error));
     } else if (absence == Absence::kANotice) {
-      AddFault(file, "missing");
+      AddFault(file, error == ENODATA ? "has no data" : "missing");
     }
     return std::nullopt;
   }
