@@ -378,8 +378,9 @@ void IgnoreAccessories(std::vector<SupplyReading>* readings, std::vector<Fault>*
                   [&](const Fault& fault) { return fault.device == reading.supply->name; });
     faults->push_back({.device = reading.supply->name,
                        .file = "",
-                       .what = "taken for an accessory, since it has no energy, charge or cycle "
-                               "count, as another battery has: not counted"});
+                       .what =
+                           "ignored as an accessory: it has no energy, charge or cycle count, but "
+                           "another battery has"});
   }
 }
 

@@ -99,7 +99,7 @@ std::vector<TripPoint> ReadLimits(DeviceFiles& files, const std::string& sensor)
 // Empty, with a fault, also if the chip reports that the sensor is faulty.
 std::optional<int32_t> ReadHwmonTemperature(DeviceFiles& files, const std::string& sensor) {
   if (files.Lists(sensor + "_fault") && files.Number(sensor + "_fault", {0, 1}) == 1) {
-    files.AddFault(sensor + "_fault", "1, which means that the sensor is broken");
+    files.AddFault(sensor + "_fault", "1 means that the sensor is faulty");
     return std::nullopt;
   }
   return files.Number(sensor + "_input", {kAbsoluteZeroMillidegrees, kHottestMillidegrees},

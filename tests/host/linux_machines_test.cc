@@ -251,7 +251,7 @@ online USB
 BATTERY cros_ec:Battery 27.85
 UNKNOWN cros_ec:Charger 36.85
 UNKNOWN cros_ec:SoC 40.85
-! hwmon0/temp4_fault: 1, which means that the sensor is broken
+! hwmon0/temp4_fault: 1 means that the sensor is faulty
 hinge cros-ec-lid-angle 137
 )"},
     {"PhoneWithAllwinnerChip", R"(
@@ -346,7 +346,7 @@ power_supply tablet-usb: type=USB; online=0
 battery 81 %, 204 cycles, CHARGING
 online dock
 asus-ec-battery: accessory
-! asus-ec-battery: taken for an accessory, since it has no energy, charge or cycle count, as another battery has: not counted
+! asus-ec-battery: ignored as an accessory: it has no energy, charge or cycle count, but another battery has
 )"},
     {"TabletWithTwoKindsOfBatteries", R"(
 power_supply ADP1: type=Mains; online=1

@@ -440,8 +440,7 @@ TEST_F(LinuxThermalTest, HwmonSensorsAreNamedByChipAndLabel) {
                         std::vector<float>{kNan, kNan, 81.85f, kNan, 84.85f, kNan, kNan}));
   EXPECT_THAT(data.thresholds[3].hotThrottlingThresholds, Pointwise(NanSensitiveFloatEq(), none));
   EXPECT_EQ(thermal_->sources().size(), 7u) << "the broken one is there, too";
-  EXPECT_THAT(Notices(),
-              ElementsAre("hwmon3/temp2_fault: 1, which means that the sensor is broken"));
+  EXPECT_THAT(Notices(), ElementsAre("hwmon3/temp2_fault: 1 means that the sensor is faulty"));
 
   ASSERT_EQ(Register("CPU", "coretemp:Package id 0"), 0);
   EXPECT_EQ(NextSeverity(), 2);
