@@ -1,5 +1,7 @@
 // ThermalInfo's names of types and severities. Their numbers are those of the platform.
-#include <android/log.h>
+#define LOG_TAG "audio_hw_thermal"
+
+#include <log/log.h>
 
 #include <array>
 #include <cerrno>
@@ -13,9 +15,7 @@ namespace {
 using ::android::hardware::thermal::V2_0::TemperatureType;
 using ::android::hardware::thermal::V2_0::ThrottlingSeverity;
 
-constexpr char kLogTag[] = "audio_hw_thermal";
-
-// An unknown type is also what the platform's filter takes for no type in particular.
+// The platform's number for an unknown type.
 constexpr int kUnknownType = static_cast<int>(TemperatureType::UNKNOWN);
 
 template <typename Value>
@@ -53,8 +53,7 @@ int ThermalInfo::GetThermalTypeByName(const std::string& name) const {
   for (const auto& type : kTypes) {
     if (type.name == name) return static_cast<int>(type.value);
   }
-  __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: unknown temperature type name! %s", __func__,
-                      name.c_str());
+  ALOGW("%s: unknown temperature type name! %s", __func__, name.c_str());
   return kUnknownType;
 }
 
@@ -62,8 +61,7 @@ int ThermalInfo::GetThrottlingSeverityByName(const std::string& name) const {
   for (const auto& severity : kSeverities) {
     if (severity.name == name) return static_cast<int>(severity.value);
   }
-  __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: unknown throttling severity name! %s",
-                      __func__, name.c_str());
+  ALOGW("%s: unknown throttling severity name! %s", __func__, name.c_str());
   return -EINVAL;
 }
 

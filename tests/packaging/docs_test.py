@@ -194,7 +194,7 @@ class DocsTest(unittest.TestCase):
         constructed = {}
         for source in (ROOT / "src").rglob("*.cc"):
             for name, pause, count in re.findall(
-                    r'RepeatedThread\("(\w+)", /\*pause_ms=\*/(\d+), /\*repeat_count=\*/(\d+)\)',
+                    r'this,\s*"(\w+)",\s*/\*pause_ms=\*/(\d+),\s*/\*repeat_count=\*/(\d+)\)',
                     source.read_text()):
                 constructed[name] = (int(pause), int(count))
         rows = re.findall(r"^\| `(\w+)` \|.*\| ?(?:(\d+) ms)? ?\| ?(\d*).*\|$",
