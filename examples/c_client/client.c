@@ -25,10 +25,23 @@ static void OnLevel(int percent, void* cookie) {
 static void Show(const char* what, int value) {
   if (value == -EAGAIN) {
     printf("%s: the health service cannot be asked\n", what);
-  } else if (value < 0) {
+  } else if (value == QUORVEL_BATTERY_UNKNOWN) {
     printf("%s: unknown\n", what);
   } else {
     printf("%s: %d\n", what, value);
+  }
+}
+
+static void ShowCharger(const char* what, int value) {
+  switch (value) {
+    case QUORVEL_CHARGER_ONLINE:
+      printf("%s: online\n", what);
+      break;
+    case QUORVEL_CHARGER_OFFLINE:
+      printf("%s: offline\n", what);
+      break;
+    default:
+      Show(what, value);
   }
 }
 
@@ -56,8 +69,7 @@ int main(int argc, char** argv) {
 
   Show("battery level", GetBatteryLevel(battery, false));
   Show("battery cycles", GetBatteryCycleCount(battery, false));
-  /* 0 is online: see quorvel.h. */
-  Show("dock charger, 0 while online", GetDockChargerIsOnline(battery, false));
+  ShowCharger("dock charger", GetDockChargerIsOnline(battery, false));
   fflush(stdout);
   DumpBatteryInfo(battery, STDOUT_FILENO);
   DeinitBatteryInfo(&battery);

@@ -48,8 +48,7 @@ void VolumeFollowsTheSkin() {
   SpeakerGuard guard;
   Check(guard.GuardSkin("skin"), "the phone has a skin temperature");
   Check(!guard.GuardSkin("fur"), "it has no fur");
-  // Of several changes that come before a client is called it hears the oldest: the one that comes
-  // with the registration has to be heard first.
+  // A thermal client receives only the oldest change: wait for the one of the registration.
   guard.WaitUntilSkinIsKnown();
   phone.thermal.SetSeverity("skin", Thermal::ThrottlingSeverity::SEVERE);
   guard.WaitForVolume(50);
