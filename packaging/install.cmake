@@ -67,7 +67,7 @@ install(FILES ${PROJECT_BINARY_DIR}/quorvel.pc ${PROJECT_BINARY_DIR}/quorvel-fak
 install(FILES ${PROJECT_BINARY_DIR}/quorvel-simulated.pc
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT simulated)
 
-# Documents, in the tree's own layout, because they link to each other.
+# Documents, in the tree's own shape: they point at each other.
 install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)
 if(QUORVEL_DEBIAN)
   configure_file(CHANGELOG.md changelog COPYONLY)
@@ -78,9 +78,11 @@ else()
   install(FILES CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)
   install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT runtime)
 endif()
-# Files outside docs/ that the documents link to.
+# What the documents send readers to: how a test controls the fake platform, what the monitor makes of a
+# machine, the device build.
 foreach(file host/fake_platform/README.md host/linux_machine/README.md monitor/README.md
-        include/quorvel.h Android.bp CONTRIBUTING.md tests/random/README.md tests/stress/README.md)
+        include/quorvel.h Android.bp CONTRIBUTING.md tests/random/README.md
+        tests/stress/README.md)
   cmake_path(GET file PARENT_PATH folder)
   install(FILES ${file} DESTINATION ${CMAKE_INSTALL_DOCDIR}/${folder} COMPONENT dev)
 endforeach()
@@ -109,7 +111,7 @@ endforeach()
 
 if(QUORVEL_MONITOR)
   if(QUORVEL_DEBIAN)
-    # What the monitor's help and manual link to, for users without the package with all documents.
+    # What the monitor's help points to; its users need not have the package that has all documents.
     install(FILES docs/recordings.md docs/recording.schema.json
             DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quorvel/docs COMPONENT monitor)
     install(DIRECTORY docs/examples

@@ -32,7 +32,7 @@ static void Show(const char* what, int value) {
   }
 }
 
-static void WaitForLevel(unsigned seconds) {
+static void Listen(unsigned seconds) {
   struct timespec end;
   clock_gettime(CLOCK_REALTIME, &end);
   end.tv_sec += seconds;
@@ -51,10 +51,12 @@ int main(int argc, char** argv) {
   if (battery == NULL) return EXIT_FAILURE;
   /* Register before the first query: BatteryInfoCallback in quorvel.h says why. */
   if (RegisterBatteryLevelCallback(battery, OnLevel, NULL) != 0) return EXIT_FAILURE;
-  WaitForLevel(seconds);
+  Listen(seconds);
 
   Show("battery level", GetBatteryLevel(battery, false));
   Show("battery cycles", GetBatteryCycleCount(battery, false));
+  /* 0 is online: see quorvel.h. */
+  Show("dock charger, 0 while online", GetDockChargerIsOnline(battery, false));
   fflush(stdout);
   DumpBatteryInfo(battery, STDOUT_FILENO);
   DeinitBatteryInfo(&battery);

@@ -5,7 +5,7 @@
 namespace {
 
 constexpr int kLowLevel = 15;
-constexpr int kSevere = 3;  // a severity, see quorvel.h
+constexpr int kSevere = 3;  // of quorvel.h's severities
 
 }  // namespace
 
