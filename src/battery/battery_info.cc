@@ -22,8 +22,6 @@ namespace {
 using aidl::android::hardware::health::HealthInfo;
 using aidl::android::hardware::health::IHealth;
 
-constexpr int32_t kNoValue = -1;
-
 constexpr std::array kPropertyNames = {
     "Battery Level",
     "Battery Cycle Count",
@@ -34,6 +32,11 @@ constexpr std::array kPropertyNames = {
 const char* PropertyName(BatteryInfo::PropertyType type) {
   const auto index = static_cast<size_t>(type);
   return index < kPropertyNames.size() ? kPropertyNames[index] : "";
+}
+
+// Inverted on purpose, see the constants.
+int32_t ChargerState(bool online) {
+  return online ? QUORVEL_CHARGER_ONLINE : QUORVEL_CHARGER_OFFLINE;
 }
 
 // Whether a call failed because the service is dead. getStatus() must not be called on a null
@@ -48,7 +51,7 @@ using HealthCallbackThread = OwnerThread<&BatteryInfo::CallbackToClients>;
 }  // namespace
 
 BatteryInfo::BatteryInfo() {
-  for (auto& value : values_) value.store(kNoValue, std::memory_order_relaxed);
+  for (auto& value : values_) value.store(QUORVEL_BATTERY_UNKNOWN, std::memory_order_relaxed);
 }
 
 BatteryInfo::~BatteryInfo() = default;
@@ -108,7 +111,7 @@ int BatteryInfo::RegisterInfoCallback(PropertyType type, BatteryInfoCallback cal
       ALOGW("%s: health service isn't ready. start to restore callback.", __func__);
       reconnect_thread_->Start();
     }
-  } else if (values_[type] != kNoValue) {
+  } else if (values_[type] != QUORVEL_BATTERY_UNKNOWN) {
     pending_callback_[type] = true;
     callback_thread_->Start();
   } else {
@@ -187,9 +190,8 @@ void BatteryInfo::UpdateHealthInfo(const HealthInfo& info) {
 bool BatteryInfo::UpdateBatteryProperties(const HealthInfo& info) {
   bool changed = UpdateProperty(kBatteryLevel, info.batteryLevel);
   changed |= UpdateProperty(kBatteryCycleCount, info.batteryCycleCount);
-  // Inverted on purpose: clients receive 0 while the charger is online.
-  changed |= UpdateProperty(kWirelessChargerIsOnline, info.chargerWirelessOnline ? 0 : 1);
-  changed |= UpdateProperty(kDockChargerIsOnline, info.chargerDockOnline ? 0 : 1);
+  changed |= UpdateProperty(kWirelessChargerIsOnline, ChargerState(info.chargerWirelessOnline));
+  changed |= UpdateProperty(kDockChargerIsOnline, ChargerState(info.chargerDockOnline));
   return changed;
 }
 

@@ -36,8 +36,8 @@ class BatteryInfo {
   enum PropertyType {
     kBatteryLevel = 0,             // percent
     kBatteryCycleCount = 1,        // full charge cycles so far
-    kWirelessChargerIsOnline = 2,  // 0: online, 1: not
-    kDockChargerIsOnline = 3,      // 0: online, 1: not
+    kWirelessChargerIsOnline = 2,  // QUORVEL_CHARGER_...
+    kDockChargerIsOnline = 3,      // QUORVEL_CHARGER_...
   };
 
   struct ClientInfo {
@@ -117,7 +117,7 @@ class BatteryInfo {
   // Members are released in reverse order.
   std::mutex lock_;
   std::array<std::vector<ClientInfo>, kPropertyCount> clients_ QEL_GUARDED_BY(lock_);
-  // Written with lock_ held; atomic for the unlocked readers. -1: no value has arrived yet.
+  // Written with lock_ held; atomic for the unlocked readers.
   std::array<std::atomic<int32_t>, kPropertyCount> values_;
   std::array<std::atomic<int32_t>, kPropertyCount> client_counts_{};  // for Dump()
   // To be dispatched: the value changed, or a new client has to receive it.
