@@ -3,8 +3,11 @@
 #include <android/log.h>
 
 #include <array>
+#include <cctype>
 #include <cerrno>
 #include <cstring>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -31,13 +34,37 @@ using ThermalUnreachableTest = ThermalFixture;
 INSTANTIATE_TEST_SUITE_P(, ThermalQueriesTest,
                          testing::Values(ThermalPath::kAidl, ThermalPath::kHidl), PathName);
 
-TEST_F(ThermalNamesTest, NumbersAreThePlatforms) {
-  const std::array types = {
-      "CPU",         "GPU",         "BATTERY",        "SKIN", "USB_PORT", "POWER_AMPLIFIER",
-      "BCL_VOLTAGE", "BCL_CURRENT", "BCL_PERCENTAGE", "NPU"};
-  for (size_t i = 0; i < types.size(); ++i) {
-    EXPECT_EQ(GetThermalTypeByName(handle_, types.at(i)), static_cast<int>(i));
+// Whether the type stands before its number, in a sentence or a table.
+bool Lists(std::string_view header, const std::string& name, int value) {
+  for (size_t at = header.find(name); at != header.npos; at = header.find(name, at + 1)) {
+    const size_t after = at + name.size();
+    const size_t number = header.find_first_not_of(" `*|\n", after);
+    const size_t end = header.find_first_not_of("0123456789", number);
+    const bool is_word = at > 0 && isalnum(header[at - 1]) == 0 && header[at - 1] != '_';
+    if (is_word && number > after && header.substr(number, end - number) == std::to_string(value)) {
+      return true;
+    }
   }
+  return false;
+}
+
+// Types that came after those of HIDL need not be known.
+TEST_F(ThermalNamesTest, TypesAreThoseThatTheHeaderLists) {
+  std::ifstream file(QUORVEL_TEST_HEADER);
+  const std::string header{std::istreambuf_iterator<char>(file), {}};
+  for (const TemperatureType type : ndk::enum_range<TemperatureType>()) {
+    if (type == TemperatureType::UNKNOWN) continue;
+    const std::string name = toString(type);
+    const int value = static_cast<int>(type);
+    const bool listed = Lists(header, name, value);
+    EXPECT_TRUE(listed || type > TemperatureType::NPU) << name;
+    EXPECT_EQ(GetThermalTypeByName(handle_, name.c_str()), listed ? value : -1)
+        << name << ": compare src/thermal/thermal_names.cc with include/quorvel.h";
+  }
+}
+
+TEST_F(ThermalNamesTest, OtherNamesAreRefused) {
+  EXPECT_EQ(GetThermalTypeByName(handle_, "SKIN"), 3);
   const std::array severities = {"NONE",     "LIGHT",     "MODERATE", "SEVERE",
                                  "CRITICAL", "EMERGENCY", "SHUTDOWN"};
   for (size_t i = 0; i < severities.size(); ++i) {
