@@ -81,7 +81,7 @@ endif()
 # What the documents send readers to: how a test controls the fake platform, what the monitor makes of a
 # machine, the device build.
 foreach(file host/fake_platform/README.md host/linux_machine/README.md monitor/README.md
-        include/quorvel.h Android.bp CONTRIBUTING.md tests/random/README.md
+        include/quorvel.h Android.bp CONTRIBUTING.md SECURITY.md tests/random/README.md
         tests/stress/README.md)
   cmake_path(GET file PARENT_PATH folder)
   install(FILES ${file} DESTINATION ${CMAKE_INSTALL_DOCDIR}/${folder} COMPONENT dev)

@@ -135,7 +135,8 @@ int main(int argc, char** argv) {
   std::vector<std::string> names;
   for (const Family& family : kFamilies) names.emplace_back(family.name);
   CLI::App app(
-      "Reports, deaths, outages and ends of handles, far more than a device ever sees, and what they leave behind.");
+      "Reports, deaths, outages and ends of handles, far more than a device ever sees, and what "
+      "they leave behind.");
   app.footer("Ends with 1 when something is not as documented, or more is left than there was.");
   app.add_option("--family", only, "this family alone: battery, sensor, thermal or thermal-hidl")
       ->check(CLI::IsMember(names));
