@@ -1,39 +1,115 @@
 /**
  * @file quorvel.h
- * What an audio stack needs to know of the device it runs on, as plain C functions.
+ * @brief Battery, sensors and heat of the device, for its audio service, as plain C functions.
  *
- * C11 and C++. Include nothing else.
+ * For C11 and C++. It is the only header to include.
  *
- * Handles. Each family has an object behind an opaque handle: Init...() makes it, every other
- * function of the family takes it, Deinit...() destroys it. Any number of handles may exist side
- * by side; each has its own threads and its own link to the platform's service.
+ * @section quorvel_handles Handles
  *
- * Results. 0, or a negated errno number; each function lists its own. A NULL handle is refused
- * with -EINVAL, or ignored by functions without a result.
+ * Each family (battery, sensor, thermal) has an object behind an opaque handle:
+ * - Init...() makes the object, every other function of the family takes its handle, Deinit...()
+ *   destroys it.
+ * - Any number of handles may exist side by side. Each has its own threads and its own connection
+ *   to the platform's service.
+ * - Init...() makes the worker threads and does not contact the service. If the system cannot
+ *   create a thread, Init...() throws std::system_error: the handle variable is unchanged, what was
+ *   made by then is leaked, and a C program ends.
  *
- * Threads. Functions may be called from any thread, several at a time, from inside callbacks too,
- * with one exception: Deinit...() must not run beside any other call on the same handle, except
- * those that the handle's own callbacks make, and must not be called from a callback of that handle
- * (it waits for callbacks to end).
+ * @section quorvel_results Results
  *
- * Callbacks run on a worker thread of the library, one at a time per handle and family (thermal:
- * see ThermalCallbackFunc), with no lock of the library held. A callback that takes long delays the
- * clients that share its thread, and no others. No function calls back on its caller's thread.
+ * - Functions with a result return 0 or a value, or a negated errno number on failure. Each lists
+ *   its own. errno is not used.
+ * - A NULL handle gives -EINVAL. Functions without a result ignore it.
  *
- * Dumps. A Dump...() function composes its text first and then writes it, with no lock held. While
- * the descriptor takes nothing, as a full pipe, only the caller waits. An error ends the dump; a
- * reader that has gone does not end the process by SIGPIPE.
+ * @section quorvel_threads Threads
  *
- * Process. The platform delivers through its binder threads, which the program has to have
- * started (ABinderProcess_startThreadPool() and the like): without them no report and no death of
- * the health service or an AIDL thermal service is ever heard of, and their clients are never
- * called. (For a HIDL thermal service and for sensors the platform starts a thread where there is
- * none.) The library stays mapped when it is unloaded with dlclose(), since the platform may still
- * hold objects of it.
+ * - Functions may be called from any thread, concurrently, and from inside callbacks. Deinit...()
+ *   is the exception.
+ * - Deinit...() must not run concurrently with any other call on the same handle, except calls made
+ *   from that handle's own callbacks.
+ * - Deinit...() must not be called from a callback of the same handle: it waits for callbacks to
+ *   return.
  *
- * The services run in other processes. One in the same process would be called, and would call
- * back, on the caller's thread: a thermal service that notifies inside a query deadlocks, and so
- * does a health service that reports inside a call.
+ * @section quorvel_callbacks Callbacks
+ *
+ * - Callbacks run on a worker thread of the library, never on the thread of a caller.
+ * - They run one at a time per handle. Thermal: one at a time per type, see ThermalCallbackFunc.
+ * - No lock of the library is held meanwhile.
+ * - A slow callback delays the clients that share its thread, and no others.
+ *
+ * @section quorvel_cookies Lifetime of cookies
+ *
+ * A call that is already under way may still arrive after its client has been deregistered. Keep
+ * what a cookie points to until Deinit...() has returned: after that no client is called.
+ *
+ * @section quorvel_changes Several changes before a call
+ *
+ * If several changes arrive before a client is called, the client is called once:
+ * - Battery and sensor clients receive the **latest** value.
+ * - Thermal clients receive only the **oldest** change. The others are dropped, including the first
+ *   call of a new client. The severity that a client received last may be outdated until the next
+ *   change.
+ *
+ * @section quorvel_retries Retries and giving up
+ *
+ * The library looks for a service that died or is late in the background:
+ *
+ * | situation                                                     | attempts  | pause   |
+ * |---------------------------------------------------------------|-----------|---------|
+ * | battery: the service died while there are clients             | 10        | 200 ms  |
+ * | battery: the first client finds no service                    | 10        | 200 ms  |
+ * | thermal: the service died                                     | 5         | 30 ms   |
+ * | thermal: these five failed while there are clients            | 10 more   | 1000 ms |
+ * | thermal: registrations wait for a service                     | 10        | 1000 ms |
+ * | sensor: clients wait for the service                          | no limit  | 1000 ms |
+ * | sensor: the service was missing, now runs, and cannot be used | 10 in all | 1000 ms |
+ *
+ * - Battery and thermal: a death, a first client or a waiting registration that comes while
+ *   attempts of its kind are under way joins them. It gets the attempts that are left, or one more
+ *   in the pause after the last one.
+ * - Battery: an attempt takes up to five seconds longer while the device declares a service that
+ *   does not run, because the platform's look-up waits for it.
+ * - When all attempts have failed the library **gives up**: clients stay registered and are not
+ *   called. Each family says what ends that: @ref battery_link, @ref sensor_late,
+ *   @ref thermal_link.
+ * - The library does not survive the end of the sensor service, see @ref sensor_death.
+ *
+ * @section quorvel_blocking Blocking
+ *
+ * A handle calls its service with the handle's lock held. While such a call waits for the service,
+ * one of the background attempts included, other operations on the same handle wait as well:
+ *
+ * | operation                            | battery | sensor | thermal         |
+ * |--------------------------------------|---------|--------|-----------------|
+ * | register, deregister, Deinit...()    | waits   | waits  | waits           |
+ * | query of the service                 | waits   | -      | waits           |
+ * | cached query                         | never   | -      | waits           |
+ * | Dump...()                            | never   | never  | waits           |
+ * | calls to clients that have not begun | wait    | wait   | of one type (*) |
+ *
+ * (*) Calls to thermal clients wait while the call to the service concerns their type.
+ *
+ * Other handles do not wait, with one exception: the platform notifies the battery or thermal
+ * handles of a death one after another, so a handle that waits delays the notification of the next.
+ *
+ * @section quorvel_dumps Dumps
+ *
+ * A Dump...() function writes text for people, not for programs:
+ * - It composes the text first and then writes it, with no lock held. A descriptor that takes
+ *   nothing, such as a full pipe, delays only the caller.
+ * - A write error ends the dump.
+ * - A reader that has gone does not end the process: no SIGPIPE is raised.
+ *
+ * @section quorvel_process The process
+ *
+ * - The program must start the platform's binder threads, for example with
+ *   ABinderProcess_startThreadPool(). Without them no report and no death notification of the
+ *   health service or of an AIDL thermal service arrives, and their clients are never called. For a
+ *   HIDL thermal service and for sensors the platform starts a thread if there is none.
+ * - The services must run in other processes. A service in the same process would be called, and
+ *   would call back, on the caller's thread: a thermal service that notifies inside a query
+ *   deadlocks, and so does a health service that reports inside a call.
+ * - The library stays mapped after dlclose(), because the platform may still hold objects of it.
  */
 #ifndef QUORVEL_H
 #define QUORVEL_H
@@ -43,15 +119,16 @@
 
 /**
  * @name Version
- * Of this header, by the rules of semantic versioning: what is built against one version runs with
- * every later one of the same major number. The library's file name carries that number.
+ * The version of this header, by the rules of semantic versioning: a program built against one
+ * version runs with every later version of the same major number. The library's file name has the
+ * major number.
  * @{
  */
-/** Raised by a change that breaks callers. */
+/** @brief Incremented for changes that break callers. */
 #define QUORVEL_VERSION_MAJOR 1
-/** Raised by something new. */
+/** @brief Incremented for additions. */
 #define QUORVEL_VERSION_MINOR 0
-/** Raised by what is mended. */
+/** @brief Incremented for bug fixes. */
 #define QUORVEL_VERSION_PATCH 0
 /** @} */
 
@@ -61,211 +138,285 @@ extern "C" {
 
 /**
  * @defgroup battery Battery and chargers
+ * @brief Four properties, taken from the platform's health service.
  *
- * Four properties, taken from the platform's health service (AIDL health, instance "default"):
+ * The service is AIDL health, instance "default".
  *
  * | property                | value                                                         |
  * |-------------------------|---------------------------------------------------------------|
- * | battery level           | percent, 0 to 100 as the service reports it                   |
+ * | battery level           | percent, 0 to 100                                             |
  * | battery cycle count     | full charge cycles so far                                     |
- * | wireless charger online | **0 while it is online, 1 while it is not**                   |
- * | dock charger online     | **0 while it is online, 1 while it is not**                   |
+ * | wireless charger online | #QUORVEL_CHARGER_ONLINE (0) or #QUORVEL_CHARGER_OFFLINE (1)   |
+ * | dock charger online     | #QUORVEL_CHARGER_ONLINE (0) or #QUORVEL_CHARGER_OFFLINE (1)   |
  *
- * Each is -1 until the first report has arrived. Values are passed on as reported, not checked.
+ * Each is #QUORVEL_BATTERY_UNKNOWN (-1) until the first report has arrived. Values are passed on as
+ * the service reports them, not checked.
  *
- * The link to the service. The first client of any property makes the link, the last one to leave
- * ends it. (Attempts to link that are under way when the last one leaves go on; the link that they
- * make stays for the next client.) A new link brings a report at once, so clients hear the first
- * values without asking; a value that is known already and that the report only repeats causes no
- * call (see BatteryInfoCallback).
+ * @section battery_link The link to the health service
  *
- * When the service dies, values stay as they are and the library links again in the background:
- * ten attempts, 200 ms apart. (An attempt takes up to five seconds longer while the device
- * declares a service that does not run, because the platform's look-up waits for it.) The same
- * happens when the first client finds no service. A first client or a death that comes while such
- * attempts are under way joins them and gets what is left of the ten; in the pause after the tenth,
- * one more attempt. When the link is back the service reports, and clients hear whatever has
- * changed.
+ * - The first client of any property makes the link. The last client to leave ends it. Attempts to
+ *   link that are under way when the last client leaves go on, and the link that they make stays
+ *   for the next client.
+ * - A new link brings a report at once, so clients receive the first values without asking. A
+ *   report that only repeats a known value causes no call, see BatteryInfoCallback.
+ * - When the service dies, the values stay as they are and the library reconnects in the
+ *   background; likewise when the first client finds no service. See @ref quorvel_retries.
+ * - After a reconnection the service reports, and clients receive what has changed.
+ * - After the library has given up, clients are not called, cached values grow old, and registering
+ *   further clients changes nothing. A query of the service succeeds once the service is back, but
+ *   does not link. A first client brings the link back: deregister all clients of all four
+ *   properties, then register again. (C++ callers that use the class can call
+ *   BatteryInfo::ReconnectToHealthService() instead.)
  *
- * When all ten attempts have failed the library gives up: the clients stay registered but hear
- * nothing, cached values grow old, and registering further clients changes nothing. What brings
- * the link back is a first client: deregister all clients of all four properties, then register
- * again (or call BatteryInfo::ReconnectToHealthService(), for C++ callers with that class).
+ * @section battery_blocking Blocking
  *
- * What may block. A handle talks to the service with its lock held, so while it waits for the
- * service, its background attempts included, everything else on the same handle waits as well:
- * registrations, deregistrations, fresh queries, Deinit...(), and calls to clients that have not
- * begun. Cached values never wait; dumps wait for their reader only. Other handles do not wait,
- * with one exception: the platform notifies the handles of a death one after another, so a handle
- * that waits delays the notice to the next one. A look-up takes up to five seconds while the device
- * declares a service that does not run; a call to the service takes as long as the service does.
+ * @ref quorvel_blocking has the rules. A look-up of the service takes up to five seconds while the
+ * device declares a service that does not run. A call to the service takes as long as the service
+ * takes.
  * @{
  */
 
+/** @brief What a battery property can be besides a reported value. */
+enum {
+  QUORVEL_BATTERY_UNKNOWN = -1 /**< no report has arrived yet */
+};
+
 /**
- * Tells a client the value of the property it registered for.
- * @param value   see the table above.
+ * @brief The values of the two charger properties.
+ *
+ * @warning They are inverted: 0 is online.
+ */
+enum {
+  QUORVEL_CHARGER_ONLINE = 0, /**< the charger is online */
+  QUORVEL_CHARGER_OFFLINE = 1 /**< the charger is not online */
+};
+
+/**
+ * @brief Receives the value of the property that the client registered for.
+ * @param value   the value, see the table of @ref battery.
  * @param cookie  as given at registration.
  *
- * Called when the value has changed, and once soon after a registration that finds a value known
- * (together with the other clients of the same property, which hear it again). The exception is a
- * first client, one that registers while no property has any: it makes the link, and hears from it
- * only what differs from the value known before. After registering a first client, read the cached
- * value where that matters. Not called before a value has arrived. Changes that come faster
- * than clients are called fold into one call with the latest value.
+ * Called
+ * - when the value has changed; several changes may become one call, see @ref quorvel_changes;
+ * - once soon after a registration that finds the value known. The other clients of the property
+ *   are called again then, too.
+ *
+ * Not called before the first value has arrived.
+ *
+ * @note A first client, one that registers while no property has a client, is not called for a
+ *       known value at registration. It makes the link and receives from it only what differs from
+ *       the value known before. Where that matters, read the cached value after registering.
+ * @note Threads: see @ref quorvel_callbacks.
  */
 typedef void (*BatteryInfoCallback)(int value, void* cookie);
 
 /**
- * Makes a battery object with its two worker threads. Does not contact the health service.
- * @param handle_out  receives the handle, or NULL on failure; an earlier value is overwritten, not
- *                    destroyed. Nothing happens when NULL.
+ * @brief Makes a battery object with two worker threads.
+ * @param handle_out  receives the handle, or NULL on failure. An earlier value is overwritten, not
+ *                    destroyed. If NULL, nothing happens.
  *
- * When the system cannot give a thread, std::system_error reaches the caller, *handle_out is left
- * alone, and what had been made by then is lost; in a C program that ends the process.
+ * @note Does not contact the health service.
+ * @warning Throws if the system cannot create a thread, see @ref quorvel_handles.
  */
 void InitBatteryInfo(void** handle_out);
 
 /**
- * Ends all calls to clients, leaves the health service and destroys the object. Registrations that
- * are left need not be undone first.
- * @param handle_inout  the variable with the handle; NULL afterwards. Nothing happens when it is
- *                      NULL or holds NULL.
+ * @brief Ends all calls to clients, leaves the health service and destroys the object.
+ * @param handle_inout  the variable with the handle; NULL afterwards. If it is NULL or holds NULL,
+ *                      nothing happens.
  *
- * Blocks until an attempt to link and a callback that are under way have returned, and for calls to
- * the health service: a look-up unless the service is known, then, while linked, the call that ends
- * the registration there. With a service that the device declares but that does not run, that is
- * five seconds for the attempt and five for the look-up. Afterwards no client is called any more
- * and cookies may go.
+ * Remaining registrations need not be undone first. After the return no client is called, and
+ * cookies may be freed.
+ *
+ * @note Blocks until each of these that applies is over:
+ *       - a callback that is running;
+ *       - an attempt to link that is under way: five seconds if the device declares a service that
+ *         does not run;
+ *       - a look-up of the service, unless it is known: likewise five seconds;
+ *       - if linked, the call that ends the registration at the service.
+ * @warning See @ref quorvel_threads for what must not run concurrently.
  */
 void DeinitBatteryInfo(void** handle_inout);
 
 /**
- * Writes the link state, the four values and their numbers of clients to a file descriptor, as
- * text for people. Never waits for the library or the service; what it shows may be of different
- * moments.
- * @param handle  a battery handle; nothing is written when NULL.
- * @param fd      an open descriptor; it stays open.
+ * @brief Writes the link state, the four values and their numbers of clients to a descriptor.
+ * @param handle  a battery handle. If NULL, nothing is written.
+ * @param fd      an open file descriptor; it stays open.
+ *
+ * @note Never waits for the library or the service, see @ref quorvel_dumps. The parts of the text
+ *       may be from different moments.
  */
 void DumpBatteryInfo(void* handle, int fd);
 
 /**
- * Reads the battery level.
+ * @brief Reads the battery level.
  * @param handle      a battery handle.
- * @param use_cached  true: the last known value, at once, without asking the service. false: asks
- *                    the service, which may block: for the service's answer, and up to five
- *                    seconds when the device declares a service that does not run. All four cached
- *                    values are refreshed; clients hear of a change found this way together with
- *                    the next change that the service reports, or when a further client registers
- *                    for a property whose value is known.
- * @return percent; -1 while no value is known; -EAGAIN when the service cannot be asked or fails;
- *         -EINVAL when `handle` is NULL.
+ * @param use_cached  true: returns the last known value. false: asks the health service.
+ *
+ * Asking the service refreshes the cached values of all four properties. Clients receive a change
+ * found this way together with the next change that the service reports, or when a further client
+ * registers for a property with a known value.
+ *
+ * @retval 0..100                   percent, as reported.
+ * @retval QUORVEL_BATTERY_UNKNOWN  -1: no value is known yet.
+ * @retval -EAGAIN                  the service cannot be asked, or fails (use_cached false).
+ * @retval -EINVAL                  `handle` is NULL.
+ * @note With use_cached true it returns at once. With use_cached false it blocks for the service's
+ *       answer, and up to five seconds if the device declares a service that does not run.
  */
 int GetBatteryLevel(void* handle, bool use_cached);
 
 /**
- * Reads the number of charge cycles. Otherwise as GetBatteryLevel().
+ * @brief Reads the number of charge cycles.
  * @param handle      a battery handle.
- * @param use_cached  true: the last known value, at once; false: asks the service.
- * @return full charge cycles; -1, -EAGAIN or -EINVAL as there.
+ * @param use_cached  true: returns the last known value. false: asks the health service.
+ *
+ * @retval count                    full charge cycles so far, as reported.
+ * @retval QUORVEL_BATTERY_UNKNOWN  -1: no value is known yet.
+ * @retval -EAGAIN                  the service cannot be asked, or fails (use_cached false).
+ * @retval -EINVAL                  `handle` is NULL.
+ * @note Caching and blocking: as GetBatteryLevel().
  */
 int GetBatteryCycleCount(void* handle, bool use_cached);
 
 /**
- * Reads whether a wireless charger is online. Otherwise as GetBatteryLevel().
+ * @brief Reads whether a wireless charger is online.
  * @param handle      a battery handle.
- * @param use_cached  true: the last known value, at once; false: asks the service.
- * @return 0 while it is online, 1 while it is not; -1, -EAGAIN or -EINVAL as there.
+ * @param use_cached  true: returns the last known value. false: asks the health service.
+ *
+ * @retval QUORVEL_CHARGER_ONLINE   0: it is online.
+ * @retval QUORVEL_CHARGER_OFFLINE  1: it is not online.
+ * @retval QUORVEL_BATTERY_UNKNOWN  -1: no value is known yet.
+ * @retval -EAGAIN                  the service cannot be asked, or fails (use_cached false).
+ * @retval -EINVAL                  `handle` is NULL.
+ * @note Caching and blocking: as GetBatteryLevel().
+ * @warning Not a truth value: 0 is online.
  */
 int GetWirelessChargerIsOnline(void* handle, bool use_cached);
 
 /**
- * Reads whether a dock charger is online. Otherwise as GetBatteryLevel().
+ * @brief Reads whether a dock charger is online.
  * @param handle      a battery handle.
- * @param use_cached  true: the last known value, at once; false: asks the service.
- * @return 0 while it is online, 1 while it is not; -1, -EAGAIN or -EINVAL as there.
+ * @param use_cached  true: returns the last known value. false: asks the health service.
+ *
+ * @retval QUORVEL_CHARGER_ONLINE   0: it is online.
+ * @retval QUORVEL_CHARGER_OFFLINE  1: it is not online.
+ * @retval QUORVEL_BATTERY_UNKNOWN  -1: no value is known yet.
+ * @retval -EAGAIN                  the service cannot be asked, or fails (use_cached false).
+ * @retval -EINVAL                  `handle` is NULL.
+ * @note Caching and blocking: as GetBatteryLevel().
+ * @warning Not a truth value: 0 is online.
  */
 int GetDockChargerIsOnline(void* handle, bool use_cached);
 
 /**
- * Has `callback` called with the battery level.
+ * @brief Registers `callback` for battery level changes.
  * @param handle    a battery handle.
  * @param callback  identifies the registration: one function can be registered once per property,
  *                  whatever the cookie.
- * @param cookie    handed back on every call; may be NULL. Keep what it points to until
- *                  DeinitBatteryInfo() has returned, see DeregisterBatteryLevelCallback().
- * @return 0, also while the service is away: the client hears when the link is made again, if that
- *         is before the library gives up (see above). -EINVAL when `handle` or `callback` is NULL,
- *         or `callback` is registered for the level already.
+ * @param cookie    passed to every call; may be NULL. For its lifetime see @ref quorvel_cookies.
  *
- * The first client of any property makes the link and waits for the service's answer.
+ * @retval 0        registered, also while the service is away: the client is called when the link
+ *                  is back, unless the library gives up before (@ref quorvel_retries).
+ * @retval -EINVAL  `handle` or `callback` is NULL, or `callback` is registered for this property
+ *                  already.
+ * @note The first client of any property makes the link and blocks for the service's answer.
  */
 int RegisterBatteryLevelCallback(void* handle, BatteryInfoCallback callback, void* cookie);
 
 /**
- * Stops calls to `callback` for the battery level. May be called from inside a callback.
+ * @brief Deregisters `callback` from battery level changes.
  * @param handle    a battery handle.
  * @param callback  as registered.
- * @return 0; -EINVAL when an argument is NULL or `callback` is not registered for the level.
  *
- * A call that is already on its way may still arrive after this returns: cookies have to live
- * until DeinitBatteryInfo() has returned. The last client of all properties ends the link and
- * waits for the service's answer, or, where none is linked, for a look-up of the service.
+ * @retval 0        deregistered.
+ * @retval -EINVAL  `handle` or `callback` is NULL, or `callback` is not registered for this
+ *                  property.
+ * @note May be called from inside a callback.
+ * @note The last client of all properties ends the link and blocks for the service's answer; if no
+ *       service is linked, for a look-up of the service.
+ * @warning A call already under way may arrive after the return, see @ref quorvel_cookies.
  */
 int DeregisterBatteryLevelCallback(void* handle, BatteryInfoCallback callback);
 
 /**
- * Has `callback` called with the cycle count; otherwise as RegisterBatteryLevelCallback().
+ * @brief Registers `callback` for changes of the cycle count.
  * @param handle    a battery handle.
- * @param callback  what to call; once per property.
- * @param cookie    handed back on every call.
- * @return 0 or -EINVAL as there.
+ * @param callback  identifies the registration, one per property.
+ * @param cookie    passed to every call; may be NULL. For its lifetime see @ref quorvel_cookies.
+ *
+ * @retval 0        registered, also while the service is away.
+ * @retval -EINVAL  `handle` or `callback` is NULL, or `callback` is registered for this property
+ *                  already.
+ * @note Blocking and an absent service: as RegisterBatteryLevelCallback().
  */
 int RegisterBatteryCycleCountCallback(void* handle, BatteryInfoCallback callback, void* cookie);
 
 /**
- * Stops calls to `callback` for the cycle count; otherwise as DeregisterBatteryLevelCallback().
+ * @brief Deregisters `callback` from changes of the cycle count.
  * @param handle    a battery handle.
  * @param callback  as registered.
- * @return 0 or -EINVAL as there.
+ *
+ * @retval 0        deregistered.
+ * @retval -EINVAL  `handle` or `callback` is NULL, or `callback` is not registered for this
+ *                  property.
+ * @note Threads and blocking: as DeregisterBatteryLevelCallback().
+ * @warning A call already under way may arrive after the return, see @ref quorvel_cookies.
  */
 int DeregisterBatteryCycleCountCallback(void* handle, BatteryInfoCallback callback);
 
 /**
- * Has `callback` called with 0 when a wireless charger comes online and 1 when it leaves;
- * otherwise as RegisterBatteryLevelCallback().
+ * @brief Registers `callback` for a wireless charger that comes online or leaves.
  * @param handle    a battery handle.
- * @param callback  what to call; once per property.
- * @param cookie    handed back on every call.
- * @return 0 or -EINVAL as there.
+ * @param callback  identifies the registration, one per property. Receives #QUORVEL_CHARGER_ONLINE
+ *                  (0) or #QUORVEL_CHARGER_OFFLINE (1).
+ * @param cookie    passed to every call; may be NULL. For its lifetime see @ref quorvel_cookies.
+ *
+ * @retval 0        registered, also while the service is away.
+ * @retval -EINVAL  `handle` or `callback` is NULL, or `callback` is registered for this property
+ *                  already.
+ * @note Blocking and an absent service: as RegisterBatteryLevelCallback().
  */
 int RegisterWirelessChargerIsOnlineCallback(void* handle, BatteryInfoCallback callback,
                                             void* cookie);
 
 /**
- * Stops calls to `callback` for the wireless charger; otherwise as
- * DeregisterBatteryLevelCallback().
+ * @brief Deregisters `callback` from the wireless charger.
  * @param handle    a battery handle.
  * @param callback  as registered.
- * @return 0 or -EINVAL as there.
+ *
+ * @retval 0        deregistered.
+ * @retval -EINVAL  `handle` or `callback` is NULL, or `callback` is not registered for this
+ *                  property.
+ * @note Threads and blocking: as DeregisterBatteryLevelCallback().
+ * @warning A call already under way may arrive after the return, see @ref quorvel_cookies.
  */
 int DeregisterWirelessChargerIsOnlineCallback(void* handle, BatteryInfoCallback callback);
 
 /**
- * Has `callback` called with 0 when a dock charger comes online and 1 when it leaves; otherwise as
- * RegisterBatteryLevelCallback().
+ * @brief Registers `callback` for a dock charger that comes online or leaves.
  * @param handle    a battery handle.
- * @param callback  what to call; once per property.
- * @param cookie    handed back on every call.
- * @return 0 or -EINVAL as there.
+ * @param callback  identifies the registration, one per property. Receives #QUORVEL_CHARGER_ONLINE
+ *                  (0) or #QUORVEL_CHARGER_OFFLINE (1).
+ * @param cookie    passed to every call; may be NULL. For its lifetime see @ref quorvel_cookies.
+ *
+ * @retval 0        registered, also while the service is away.
+ * @retval -EINVAL  `handle` or `callback` is NULL, or `callback` is registered for this property
+ *                  already.
+ * @note Blocking and an absent service: as RegisterBatteryLevelCallback().
  */
 int RegisterDockChargerIsOnlineCallback(void* handle, BatteryInfoCallback callback, void* cookie);
 
 /**
- * Stops calls to `callback` for the dock charger; otherwise as DeregisterBatteryLevelCallback().
+ * @brief Deregisters `callback` from the dock charger.
  * @param handle    a battery handle.
  * @param callback  as registered.
- * @return 0 or -EINVAL as there.
+ *
+ * @retval 0        deregistered.
+ * @retval -EINVAL  `handle` or `callback` is NULL, or `callback` is not registered for this
+ *                  property.
+ * @note Threads and blocking: as DeregisterBatteryLevelCallback().
+ * @warning A call already under way may arrive after the return, see @ref quorvel_cookies.
  */
 int DeregisterDockChargerIsOnlineCallback(void* handle, BatteryInfoCallback callback);
 
@@ -273,150 +424,187 @@ int DeregisterDockChargerIsOnlineCallback(void* handle, BatteryInfoCallback call
 
 /**
  * @defgroup sensor Proximity and hinge angle
- *
- * Two sensors, taken from the platform's sensor service:
+ * @brief Two sensors, taken from the platform's sensor service.
  *
  * | sensor      | value                                                                        |
  * |-------------|------------------------------------------------------------------------------|
  * | proximity   | distance in centimetres; many sensors know two values only, near (0) and far |
  * | hinge angle | angle between the halves of a folding device in degrees, 0 when it is closed |
  *
- * Readings are whole numbers, cut off towards zero: 4.9 cm is 4, -0.5 degrees is 0. One that no int
- * can hold becomes the nearest int, one that is no number 0. Each is 0 until the sensor has
- * reported for the first time.
+ * - Readings are whole numbers, truncated towards zero: 4.9 cm is 4, -0.5 degrees is 0.
+ * - A reading outside the range of int becomes the nearest int; NaN becomes 0.
+ * - A reading is 0 until the sensor has reported for the first time.
+ * - The first client of a sensor enables it, at the sensor's fastest rate and without batching. The
+ *   last client to leave disables it.
  *
- * The first client of a sensor enables it, at the sensor's fastest rate and without batching; the
- * last one to leave disables it.
+ * @section sensor_late A sensor service that is late
  *
- * A service that is late. While the sensor service does not run yet, registrations succeed and
- * wait, and the library looks for the service once a second for as long as that takes. Then it
- * enables the sensors that are waited for. Their clients are not called at once: the first call is
- * for the sensor's next event. A sensor that turns out not to exist, or that the service refuses,
- * is given up: its clients stay registered and hear nothing until all of them have left and a first
- * client registers again. A service that runs but cannot be used (no sensor manager, looper or
- * event queue) is a rarer case: when it was missing before, the library gives up once it has made
- * ten attempts in all; when a registration meets it so, nothing is tried again. In both cases
- * clients have to leave and register again, as above.
+ * - While the sensor service does not run yet, registrations succeed and wait. The library looks
+ *   for the service until it runs (@ref quorvel_retries) and then enables the sensors that have
+ *   clients.
+ * - These clients are not called at once: their first call is for the sensor's next event.
+ * - A sensor that turns out not to exist, or that the service refuses, is given up. Its clients
+ *   stay registered and are not called until all of them have left and a first client registers
+ *   again.
+ * - A service that runs but cannot be used (no sensor manager, looper or event queue) is rarer. If
+ *   it was missing before, the library gives up after some attempts (@ref quorvel_retries). If a
+ *   registration finds it unusable, nothing is retried. In both cases clients have to leave and
+ *   register again, as above.
  *
- * A service that dies. **The library does not survive the end of the sensor service while a sensor
- * is or was in use**: the platform then frees the objects that it has given to this process. (The
- * service lives in the system server, whose end restarts the device's user space.)
+ * @section sensor_death A sensor service that dies
  *
- * The looper. A device has one looper per process, and a handle with an enabled sensor waits on it
- * in a thread of the library. Any number of handles share it. A program that polls the looper
- * itself takes news and wakes away from the library: it must not do so while a sensor handle
- * exists. A program may have an event queue of its own on the looper, with a callback. A poll
- * thread of the library then calls that callback, and while the callback blocks, every sensor
- * handle waits: for its events, and in DeinitSensorInfo().
+ * @warning The library does not survive the end of the sensor service while a sensor is or was in
+ *          use: the platform then frees the objects that it has given to this process. (The service
+ *          lives in the system server, whose end restarts the device's user space.)
  *
- * What may block. A handle talks to the platform with its lock held, so while it waits, everything
- * else on the same handle waits as well: registrations, deregistrations, calls to clients that have
- * not begun, Deinit...(). Dumps wait for their reader only. Other handles do not wait.
+ * @section sensor_looper The looper
+ *
+ * A device has one looper per process. A handle with an enabled sensor waits on it in a thread of
+ * the library, and any number of handles share it.
+ * - A program must not poll the looper itself while a sensor handle exists: it would take events
+ *   and wakes away from the library.
+ * - A program may have an event queue of its own on the looper, with a callback. A poll thread of
+ *   the library then calls that callback. While the callback blocks, every sensor handle waits: for
+ *   its events, and in DeinitSensorInfo().
  * @{
  */
 
 /**
- * Tells a client the reading of the sensor it registered for.
- * @param value   see the table above.
+ * @brief Receives the reading of the sensor that the client registered for.
+ * @param value   the reading, see the table of @ref sensor.
  * @param cookie  as given at registration.
  *
- * Called once soon after a registration that finds its sensor enabled or enables it, with the last
- * reading of this handle, which is 0 while there is none and may be from long ago when the sensor
- * was disabled meanwhile; and then whenever the sensor has reported, also when the reading is the
- * same. A client that has waited for a late service gets the second kind of call only. Reports that
- * come faster than clients are called fold into one call with the latest reading.
+ * Called
+ * - once soon after a registration that finds its sensor enabled or enables it, with the last
+ *   reading of this handle. That is 0 while there is none, and may be old if the sensor was
+ *   disabled meanwhile. A client that waited for a late service gets no such call.
+ * - whenever the sensor has reported, also when the reading is the same. Several reports may become
+ *   one call, see @ref quorvel_changes.
+ *
+ * @note Threads: see @ref quorvel_callbacks.
  */
 typedef void (*SensorCallbackFunc)(int value, void* cookie);
 
 /**
- * Makes a sensor object with its three worker threads. Does not contact the sensor service.
- * @param handle  receives the handle, or NULL on failure; an earlier value is overwritten, not
- *                destroyed. Nothing happens when NULL.
+ * @brief Makes a sensor object with three worker threads.
+ * @param handle  receives the handle, or NULL on failure. An earlier value is overwritten, not
+ *                destroyed. If NULL, nothing happens.
  *
- * When the system cannot give a thread, std::system_error reaches the caller, *handle is left
- * alone, and what had been made by then is lost; in a C program that ends the process.
+ * @note Does not contact the sensor service.
+ * @warning Throws if the system cannot create a thread, see @ref quorvel_handles.
  */
 void InitSensorInfo(void** handle);
 
 /**
- * Ends all calls to clients, disables the sensors and destroys the object. Registrations that are
- * left need not be undone first.
- * @param handle  the variable with the handle; NULL afterwards. Nothing happens when it is NULL or
- *                holds NULL.
+ * @brief Ends all calls to clients, disables the sensors and destroys the object.
+ * @param handle  the variable with the handle; NULL afterwards. If it is NULL or holds NULL,
+ *                nothing happens.
  *
- * Blocks until callbacks and an attempt to connect that are under way have returned, and for the
- * calls that disable sensors and end the event queue. Afterwards no client is called any more and
- * cookies may go.
+ * Remaining registrations need not be undone first. After the return no client is called, and
+ * cookies may be freed.
+ *
+ * @note Blocks until each of these that applies is over:
+ *       - callbacks that are running;
+ *       - an attempt to connect that is under way;
+ *       - the calls that disable sensors and end the event queue.
+ * @warning See @ref quorvel_threads for what must not run concurrently.
  */
 void DeinitSensorInfo(void** handle);
 
 /**
- * Writes the state of both sensors and their clients to a file descriptor, as text for people.
- * Never waits for the library or the service; what it shows may be of different moments.
- * @param handle  a sensor handle; nothing is written when NULL.
- * @param fd      an open descriptor; it stays open.
+ * @brief Writes the state of both sensors and their clients to a descriptor.
+ * @param handle  a sensor handle. If NULL, nothing is written.
+ * @param fd      an open file descriptor; it stays open.
+ *
+ * @note Never waits for the library or the service, see @ref quorvel_dumps. The parts of the text
+ *       may be from different moments.
  */
 void DumpSensorInfo(void* handle, int fd);
 
 /**
- * Has `callback` called with the proximity reading.
+ * @brief Registers `callback` for the proximity sensor.
  * @param handle    a sensor handle.
  * @param id        identifies the registration: any number that no other client of this sensor uses
  *                  on this handle.
- * @param callback  what to call; several clients may have the same.
- * @param cookie    handed back on every call; not NULL. Keep what it points to until
- *                  DeinitSensorInfo() has returned, see DeregisterProximitySensorCallback().
- * @return 0, also while the service is late (see above). -EINVAL when an argument is NULL, when
- *         `id` is registered for this sensor already, or when the sensor is still enabled without a
- *         client (see DeregisterProximitySensorCallback()). -ENOSYS when the device has no such
- *         sensor; a handle asks once, so that also a question that failed stays answered. Any other
- *         value is what the platform answered to enabling the sensor. The client is registered only
- *         when 0 is returned.
+ * @param callback  the function to call; several clients may share one.
+ * @param cookie    passed to every call; not NULL. For its lifetime see @ref quorvel_cookies.
  *
- * What it costs. The first client of a sensor waits for the sensor service: one call to enable the
- * sensor, one more to look it up when it is the handle's first use of that sensor, and for the
- * first sensor of the handle the look-ups of service and manager and the call that makes an event
- * queue. The look-up of the manager returns at once while the service runs, but waits without limit
- * should the service vanish between being found and being asked; also then everything else on the
- * handle waits. Further clients cost no call.
+ * The client is registered only if the result is 0.
+ *
+ * @retval 0        registered, also while the service is late (@ref sensor_late).
+ * @retval -EINVAL  an argument is NULL, `id` is registered for this sensor already, or the sensor
+ *                  is still enabled without a client (see DeregisterProximitySensorCallback()).
+ * @retval -ENOSYS  the device has no such sensor. A handle looks a sensor up once: the result of a
+ *                  failed look-up is kept, too.
+ * @retval other    the platform's result of enabling the sensor.
+ * @note The first client of a sensor blocks for the sensor service:
+ *       - one call that enables the sensor;
+ *       - one call that looks the sensor up, at the handle's first use of that sensor;
+ *       - the look-ups of the service and its manager and the call that makes an event queue, at
+ *         the first sensor of the handle.
+ *
+ *       Further clients cost no call.
+ * @warning The look-up of the manager returns at once while the service runs, but waits without
+ *          limit if the service vanishes after it was found. The whole handle waits then.
  */
 int RegisterProximitySensorCallback(void* handle, int id, SensorCallbackFunc callback,
                                     void* cookie);
 
 /**
- * Stops calls to the client `id` of the proximity sensor. May be called from inside a callback.
+ * @brief Deregisters the client `id` of the proximity sensor.
  * @param handle  a sensor handle.
  * @param id      as registered.
- * @return 0; -EINVAL when `handle` is NULL or `id` is not registered. The last client's leaving
- *         disables the sensor, and what becomes of that is the result: -ENOSYS for a sensor that
- *         was never found, -EINVAL for one that could not be enabled when the service came up, and
- *         any other value is what the platform answered. Whatever the result, a client that was
- *         registered no longer is. When the platform refuses to disable the sensor it stays
- *         enabled, and this handle takes no client for it any more.
  *
- * A call that is already on its way may still arrive after this returns: cookies have to live
- * until DeinitSensorInfo() has returned. The last client of a sensor waits for the service's
- * answer.
+ * A client that was registered no longer is, whatever the result. The last client's leaving
+ * disables the sensor, and the result tells how that went. If the platform refuses to disable the
+ * sensor, the sensor stays enabled, and this handle takes no client for it any more.
+ *
+ * @retval 0        deregistered; if it was the last client, the sensor is disabled.
+ * @retval -EINVAL  `handle` is NULL, `id` is not registered, or this was the last client of a
+ *                  sensor that could not be enabled when the service came up.
+ * @retval -ENOSYS  this was the last client of a sensor that was never found.
+ * @retval other    the platform's result of disabling the sensor.
+ * @note May be called from inside a callback.
+ * @note The last client of a sensor blocks for the service's answer.
+ * @warning A call already under way may arrive after the return, see @ref quorvel_cookies.
  */
 int DeregisterProximitySensorCallback(void* handle, int id);
 
 /**
- * Has `callback` called with the hinge angle; otherwise as RegisterProximitySensorCallback().
+ * @brief Registers `callback` for the hinge angle sensor.
  * @param handle    a sensor handle.
- * @param id        identifies the registration among those of this sensor.
- * @param callback  what to call.
- * @param cookie    handed back on every call; not NULL.
- * @return as there.
+ * @param id        identifies the registration: any number that no other client of this sensor uses
+ *                  on this handle.
+ * @param callback  the function to call; several clients may share one.
+ * @param cookie    passed to every call; not NULL. For its lifetime see @ref quorvel_cookies.
+ *
+ * The client is registered only if the result is 0.
+ *
+ * @retval 0        registered, also while the service is late (@ref sensor_late).
+ * @retval -EINVAL  an argument is NULL, `id` is registered for this sensor already, or the sensor
+ *                  is still enabled without a client.
+ * @retval -ENOSYS  the device has no such sensor.
+ * @retval other    the platform's result of enabling the sensor.
+ * @note Look-ups and blocking: as RegisterProximitySensorCallback().
+ * @warning As RegisterProximitySensorCallback(): it may wait without limit if the service vanishes.
  */
 int RegisterHingeAngleSensorCallback(void* handle, int id, SensorCallbackFunc callback,
                                      void* cookie);
 
 /**
- * Stops calls to the client `id` of the hinge angle; otherwise as
- * DeregisterProximitySensorCallback().
+ * @brief Deregisters the client `id` of the hinge angle sensor.
  * @param handle  a sensor handle.
  * @param id      as registered.
- * @return as there.
+ *
+ * What the last client's leaving does, and a refusal: as DeregisterProximitySensorCallback().
+ *
+ * @retval 0        deregistered; if it was the last client, the sensor is disabled.
+ * @retval -EINVAL  `handle` is NULL, `id` is not registered, or this was the last client of a
+ *                  sensor that could not be enabled when the service came up.
+ * @retval -ENOSYS  this was the last client of a sensor that was never found.
+ * @retval other    the platform's result of disabling the sensor.
+ * @note Threads and blocking: as DeregisterProximitySensorCallback().
+ * @warning A call already under way may arrive after the return, see @ref quorvel_cookies.
  */
 int DeregisterHingeAngleSensorCallback(void* handle, int id);
 
@@ -424,231 +612,280 @@ int DeregisterHingeAngleSensorCallback(void* handle, int id);
 
 /**
  * @defgroup thermal Temperatures, throttling and battery charge limits
+ * @brief Taken from the platform's thermal service, AIDL or HIDL.
  *
- * Taken from the platform's thermal service: the AIDL one (instance "default") where the device
- * declares it and it runs, otherwise the HIDL one, version 2.0. Names of temperatures are the
- * device maker's, compared exactly.
+ * The service is the AIDL one (instance "default") if the device declares it and it runs, otherwise
+ * the HIDL one, version 2.0. Names of temperatures are the device maker's, compared exactly.
  *
- * | severity  | value | what the device does                            |
- * |-----------|-------|-------------------------------------------------|
- * | NONE      | 0     | nothing                                         |
- * | LIGHT     | 1     | throttles, and the user does not notice         |
- * | MODERATE  | 2     | throttles noticeably, but not much              |
- * | SEVERE    | 3     | throttles so that the use of it suffers         |
- * | CRITICAL  | 4     | has done all it can to cool down                |
- * | EMERGENCY | 5     | shuts parts of itself down                      |
- * | SHUTDOWN  | 6     | is about to switch itself off                   |
+ * @section thermal_link The connection to the thermal service
  *
- * The types of temperatures, for RegisterThermalCallback() and GetThermalTypeByName(): CPU 0, GPU
- * 1, BATTERY 2, SKIN 3, USB_PORT 4, POWER_AMPLIFIER 5, BCL_VOLTAGE 6, BCL_CURRENT 7, BCL_PERCENTAGE
- * 8, NPU 9. BCL stands for battery charge limit: the severities of those say how near the battery
- * is to a voltage or current at which the device would switch off.
+ * - The first call that needs the service makes the connection, and so does every later one while
+ *   there is none. Such a call does not wait for a service that does not run.
+ * - The library uses one service until it dies. After its death both are looked for again, the AIDL
+ *   one first.
+ * - Whatever reconnects, a call of the program or a background attempt, registers every type that
+ *   has clients with the service, once per connection.
+ * - After a death the library looks for the service in the background (@ref quorvel_retries).
+ *   Clients stay registered. They are not called at the reconnection: they receive the next
+ *   throttling change.
+ * - After the library has given up, clients are not called until the next call that contacts the
+ *   service (a query that is not cached, a registration, a deregistration) finds one. That brings
+ *   all clients back.
  *
- * The link to the service is made by the first call that needs it, and by every later one while
- * there is none; such a call does not wait for a service that does not run. Once there is one the
- * library uses it until it dies, whichever it is; after its death both are looked for again, the
- * AIDL one first. Whatever makes the link again, a call of the program or an attempt in the
- * background, registers every type that has clients with the service, once per link.
+ * @section thermal_late Registrations without a service
  *
- * When the service dies the library looks for it in the background: five attempts, 30 ms apart, and
- * if these fail while there are clients, ten more, 1000 ms apart. Clients stay registered, but are
- * not called when the link is back: they hear the next throttling change. When all attempts have
- * failed the library gives up, and clients hear nothing until the next call that contacts the
- * service (a query that is not cached, a registration, a deregistration) finds one and so brings
- * them back.
+ * - While no service can be reached, registrations succeed and wait. The library looks for the
+ *   service (@ref quorvel_retries) and, when it finds it, registers all that wait, once.
+ * - A registration that fails then, for example for a name that the service does not know, is
+ *   dropped with only a line in the log.
+ * - When all these attempts have failed, registrations go on waiting. A further registration with
+ *   another id, while the service is still away, starts as many again.
  *
- * Registrations while no service can be reached succeed and wait. The library looks for the service
- * ten times, 1000 ms apart, and when it finds it registers all that wait, once; what fails then (a
- * name that the service does not know, for one) is dropped, with no more than a line in the log.
- * When all ten attempts have failed they go on waiting, until a further registration with another
- * id while the service is still away starts another ten.
+ * @section thermal_refusal A type that the service refuses
  *
- * A death or a registration that comes while attempts of its kind are under way joins them and gets
- * what is left of the five or ten; in the pause after the last one, one more attempt.
- *
- * When the service refuses to register a type, that is written to the log and not tried again on
- * the same link, unless all clients of the type leave and a first one registers again. Until then
- * the clients of the type hear what they, and later clients of the same temperature, are told at
+ * A service that refuses to register a type is not asked again on the same connection, unless all
+ * clients of the type leave and a first one registers again. The refusal is logged. Until then the
+ * clients of the type receive what they, and later clients of the same temperature, are told at
  * registration, and nothing more.
- *
- * What may block. A handle talks to the service with its lock held, so while it waits for an
- * answer, everything else on the same handle waits as well: registrations, deregistrations,
- * queries, cached values too, dumps, Deinit...(), and while the call concerns a type, calls to its
- * clients that have not begun. Other handles do not wait, with one exception: the platform notifies
- * the handles of a death one after another, so a handle that waits delays the notice to the next
- * one.
  * @{
  */
 
 /**
- * Tells a client the throttling severity of the temperature it registered for.
- * @param severity  see the table above; passed on as reported, not checked.
+ * @brief The types of temperatures, as GetThermalTypeByName() returns them.
+ *
+ * RegisterThermalCallback() takes them by name: "CPU" for #QUORVEL_THERMAL_TYPE_CPU and so on. BCL
+ * stands for battery charge limit: the severities of these types say how near the battery is to a
+ * voltage or current at which the device would switch off.
+ */
+enum {
+  QUORVEL_THERMAL_TYPE_UNKNOWN = -1,        /**< no type has this name */
+  QUORVEL_THERMAL_TYPE_CPU = 0,             /**< "CPU" */
+  QUORVEL_THERMAL_TYPE_GPU = 1,             /**< "GPU" */
+  QUORVEL_THERMAL_TYPE_BATTERY = 2,         /**< "BATTERY" */
+  QUORVEL_THERMAL_TYPE_SKIN = 3,            /**< "SKIN" */
+  QUORVEL_THERMAL_TYPE_USB_PORT = 4,        /**< "USB_PORT" */
+  QUORVEL_THERMAL_TYPE_POWER_AMPLIFIER = 5, /**< "POWER_AMPLIFIER" */
+  QUORVEL_THERMAL_TYPE_BCL_VOLTAGE = 6,     /**< "BCL_VOLTAGE" */
+  QUORVEL_THERMAL_TYPE_BCL_CURRENT = 7,     /**< "BCL_CURRENT" */
+  QUORVEL_THERMAL_TYPE_BCL_PERCENTAGE = 8,  /**< "BCL_PERCENTAGE" */
+  QUORVEL_THERMAL_TYPE_NPU = 9              /**< "NPU" */
+};
+
+/** @brief The throttling severities, from the least to the most severe. */
+enum {
+  QUORVEL_THROTTLING_NONE = 0,      /**< "NONE": the device does nothing */
+  QUORVEL_THROTTLING_LIGHT = 1,     /**< "LIGHT": throttles, and the user does not notice */
+  QUORVEL_THROTTLING_MODERATE = 2,  /**< "MODERATE": throttles noticeably, but not much */
+  QUORVEL_THROTTLING_SEVERE = 3,    /**< "SEVERE": throttles so that its use suffers */
+  QUORVEL_THROTTLING_CRITICAL = 4,  /**< "CRITICAL": has done all it can to cool down */
+  QUORVEL_THROTTLING_EMERGENCY = 5, /**< "EMERGENCY": shuts parts of itself down */
+  QUORVEL_THROTTLING_SHUTDOWN = 6   /**< "SHUTDOWN": is about to switch itself off */
+};
+
+/**
+ * @brief Receives the throttling severity of the temperature that the client registered for.
+ * @param severity  #QUORVEL_THROTTLING_NONE (0) to #QUORVEL_THROTTLING_SHUTDOWN (6); passed on as
+ *                  reported, not checked.
  * @param cookie    as given at registration.
  *
- * Called once soon after a registration with the severity of that moment, together with the other
- * clients of the same temperature, which hear it again; and then whenever the service reports the
- * temperature. Of reports that come faster than clients are called the **oldest** is told and the
- * others are dropped, also the one for a new client: so what a client has heard last may not be the
- * latest, until the next change.
+ * Called
+ * - once soon after a registration, with the severity of that moment. The other clients of the same
+ *   temperature are called again then, too.
+ * - whenever the service reports the temperature.
  *
- * Clients of one type are called one at a time, those of different types at the same time. The
- * exception is a callback that still runs when the last client of its type leaves, as one that
- * deregisters itself does: clients that register for the type from then on may be called beside it.
- *
- * It may call every function of this family but DeinitThermalInfo(), also for its own client.
+ * @note Clients of one type are called one at a time, those of different types concurrently. One
+ *       exception: if a callback is still running when the last client of its type leaves, as one
+ *       that deregisters itself is, clients that register for the type from then on may be called
+ *       concurrently with it.
+ * @note It may call every function of this family except DeinitThermalInfo(), also for its own
+ *       client.
+ * @warning If several changes arrive before a client is called, the client receives only the
+ *          **oldest** one, see @ref quorvel_changes.
  */
 typedef void (*ThermalCallbackFunc)(int severity, void* cookie);
 
-/** What RegisterThermalCallback() is asked for. The texts are copied. */
+/** @brief A client of RegisterThermalCallback(). The texts are copied. */
 typedef struct ThermalCallbackParam {
   int id;                       /**< identifies the registration, see RegisterThermalCallback() */
   const char* type_name;        /**< a type of temperature by its name, such as "SKIN" */
   const char* temperature_name; /**< a temperature of that type by the device maker's name */
-  ThermalCallbackFunc callback; /**< what to call; several clients may have the same */
+  ThermalCallbackFunc callback; /**< the function to call; several clients may share one */
 } ThermalCallbackParam;
 
-/** Bytes in the name of a thermistor, the terminator included. */
+/** @brief Bytes in the name of a thermistor, including the terminator. */
 #define QUORVEL_THERMISTOR_NAME_SIZE 64
 
-/** One reading of GetBulkTemperatureByNames(). */
+/** @brief One reading of GetBulkTemperatureByNames(). */
 typedef struct thermistor {
-  char name[QUORVEL_THERMISTOR_NAME_SIZE]; /**< cut off after 63 bytes; filled up with zeros */
-  float value;                             /**< as the service reports it, not checked: degrees
-                                                Celsius; mV, mA or percent for the BCL types; NaN
-                                                from some for a thermistor that cannot be read */
+  char name[QUORVEL_THERMISTOR_NAME_SIZE]; /**< truncated to 63 bytes; padded with zeros */
+  float value;                             /**< as reported, not checked: degrees Celsius; mV,
+                                                mA or percent for the BCL types; NaN from some
+                                                services for one that cannot be read */
 } thermistor;
 
 /**
- * Makes a thermal object with its two worker threads. Does not contact the thermal service.
- * @param handle  receives the handle, or NULL on failure; an earlier value is overwritten, not
- *                destroyed. Nothing happens when NULL.
+ * @brief Makes a thermal object with two worker threads.
+ * @param handle  receives the handle, or NULL on failure. An earlier value is overwritten, not
+ *                destroyed. If NULL, nothing happens.
  *
- * When the system cannot give a thread, std::system_error reaches the caller, *handle is left
- * alone, and what had been made by then is lost; in a C program that ends the process.
+ * @note Does not contact the thermal service.
+ * @warning Throws if the system cannot create a thread, see @ref quorvel_handles.
  */
 void InitThermalInfo(void** handle);
 
 /**
- * Ends all calls to clients, leaves the thermal service and destroys the object. Registrations that
- * are left need not be undone first. A registration that a callback makes meanwhile is refused.
- * @param handle  the variable with the handle; NULL afterwards. Nothing happens when it is NULL or
- *                holds NULL.
+ * @brief Ends all calls to clients, leaves the thermal service and destroys the object.
+ * @param handle  the variable with the handle; NULL afterwards. If it is NULL or holds NULL,
+ *                nothing happens.
  *
- * Blocks until callbacks and an attempt to connect that are under way have returned, and for the
- * calls to the service that end the registrations there. Afterwards no client is called any more
- * and cookies may go.
+ * Remaining registrations need not be undone first. A registration that a callback makes meanwhile
+ * is refused. After the return no client is called, and cookies may be freed.
+ *
+ * @note Blocks until each of these that applies is over:
+ *       - callbacks that are running;
+ *       - an attempt to connect that is under way;
+ *       - the calls that end the registrations at the service.
+ * @warning See @ref quorvel_threads for what must not run concurrently.
  */
 void DeinitThermalInfo(void** handle);
 
 /**
- * Writes the battery charge limits last read and the clients to a file descriptor, as text for
- * people. Waits while the handle waits for the service, then writes with no lock held: a descriptor
- * that blocks, such as a full pipe, delays only the caller. Raises no SIGPIPE.
- * @param handle  a thermal handle; nothing is written when NULL.
- * @param fd      an open descriptor; it stays open.
+ * @brief Writes the battery charge limits last read and the clients to a descriptor.
+ * @param handle  a thermal handle. If NULL, nothing is written.
+ * @param fd      an open file descriptor; it stays open.
+ *
+ * @note Waits while the handle waits for the service, then writes with no lock held, see
+ *       @ref quorvel_dumps.
  */
 void DumpThermalInfo(void* handle, int fd);
 
 /**
- * Reads the severities of the battery's current limits, of those temperatures of the type
- * BCL_CURRENT whose names contain "AUDIO".
+ * @brief Reads the severities of the battery's current limits.
  * @param handle      a thermal handle.
  * @param values      receives the severities, in the service's order.
- * @param size        on entry how many `values` has room for, on success how many there are now. A
- *                    negative number counts as room enough.
+ * @param size        on entry the room in `values`, on success the number of severities. A negative
+ *                    number counts as enough room.
  * @param use_cached  true: as of the last query, of current or voltage. false: asks the service for
- *                    both first; when none can be reached that of the last query stays, and when
- *                    the call to it fails there are none.
- * @return 0, also when there are none; -EINVAL when a pointer is NULL or the room is too small, and
- *         then nothing is written.
+ *                    both first. If no service can be reached, the result of the last query stays;
+ *                    if the call to the service fails, there are none.
+ *
+ * The limits are the temperatures of the type BCL_CURRENT whose names contain "AUDIO".
+ *
+ * @retval 0        read, also if there are none.
+ * @retval -EINVAL  a pointer is NULL, or there is not enough room. Nothing is written.
+ * @note Blocks also with use_cached true while the handle waits for the service, see
+ *       @ref quorvel_blocking.
  */
 int GetBatteryChargeLimitCurrent(void* handle, int* values, int* size, bool use_cached);
 
 /**
- * The same of the battery's voltage limits, the type BCL_VOLTAGE; otherwise as
- * GetBatteryChargeLimitCurrent().
+ * @brief Reads the severities of the battery's voltage limits.
  * @param handle      a thermal handle.
  * @param values      receives the severities, in the service's order.
- * @param size        room on entry, number on success.
- * @param use_cached  true: as of the last query; false: asks the service for both first.
- * @return 0 or -EINVAL as there.
+ * @param size        on entry the room in `values`, on success the number of severities. A negative
+ *                    number counts as enough room.
+ * @param use_cached  true: as of the last query, of current or voltage. false: asks the service for
+ *                    both first; failures as for GetBatteryChargeLimitCurrent().
+ *
+ * The limits are the temperatures of the type BCL_VOLTAGE whose names contain "AUDIO".
+ *
+ * @retval 0        read, also if there are none.
+ * @retval -EINVAL  a pointer is NULL, or there is not enough room. Nothing is written.
+ * @note Blocking: as GetBatteryChargeLimitCurrent().
  */
 int GetBatteryChargeLimitVoltage(void* handle, int* values, int* size, bool use_cached);
 
 /**
- * Tells how much room for values is enough in the usual case; not a bound.
+ * @brief Returns how much room for charge limits is usually enough; not a bound.
  * @param handle  a thermal handle.
- * @return 16; -EINVAL when `handle` is NULL.
+ *
+ * @retval 16       the number of severities.
+ * @retval -EINVAL  `handle` is NULL.
  */
 int GetBatteryChargeLimitCapacity(void* handle);
 
 /**
- * Has a callback called with the throttling severity of one temperature.
+ * @brief Registers a client for the throttling severity of one temperature.
  * @param handle  a thermal handle.
- * @param param   what to listen to. The id may be any number that no other client of this type uses
- *                on this handle; use it for one type only if it is to be deregistered, see
+ * @param param   the client. The id may be any number that no other client of this type uses on
+ *                this handle. Use an id for one type only if it is to be deregistered, see
  *                DeregisterThermalCallback().
- * @param cookie  handed back on every call; not NULL. Keep what it points to until
- *                DeinitThermalInfo() has returned, see DeregisterThermalCallback().
- * @return 0, also while no service can be reached (see above; an id that waits already keeps
- *         what it waits for). -EINVAL when a pointer is NULL, when `id` is registered for this type
- *         already, when the service does not report a temperature of that type and name, when it
- *         does not answer (as one that has died a moment ago: worth another try), or when
- *         DeinitThermalInfo() has begun.
+ * @param cookie  passed to every call; not NULL. For its lifetime see @ref quorvel_cookies.
  *
- * Each type with clients has a worker thread of its own, made by the first registration. When the
- * system cannot give one, std::system_error reaches the caller and the handle cannot be used any
- * more; in a C program, and for a registration that has waited, that ends the process.
+ * @retval 0        registered; or waiting, if no service can be reached (@ref thermal_late). An id
+ *                  that waits already keeps what it waits for.
+ * @retval -EINVAL
+ *         - a pointer is NULL;
+ *         - `id` is registered for this type already;
+ *         - the service does not report a temperature of that type and name;
+ *         - the service does not answer, like one that died a moment ago: worth a retry;
+ *         - DeinitThermalInfo() has begun.
+ * @note Blocks for the service, see @ref quorvel_blocking.
+ * @warning Each type with clients has a worker thread, made by the first registration. If the
+ *          system cannot create it, std::system_error reaches the caller and the handle must not be
+ *          used any more. In a C program, and for a registration that waited, that ends the
+ *          process.
  */
 int RegisterThermalCallback(void* handle, const ThermalCallbackParam* param, void* cookie);
 
 /**
- * Stops calls to the client `id`. May be called from inside a callback.
+ * @brief Deregisters the client `id`.
  * @param handle  a thermal handle.
- * @param id      as registered.
- * @return 0; -EINVAL when `handle` is NULL or `id` is not registered. An id that several types use
- *         is deregistered from the type that has had clients for the longest.
+ * @param id      as registered. If several types use it, the client of the type that has had
+ *                clients for the longest is deregistered.
  *
- * **While no service can be reached** this takes back a registration that waits and leaves the
- * others as they are: the result is 0 whatever there was, and for a client that had been registered
- * with the service the call has to be repeated once it is back. A registration that waits is not
- * found while a service can be reached.
- *
- * A call that is already on its way may still arrive after this returns: cookies have to live
- * until DeinitThermalInfo() has returned. The last client of a type waits for the service's answer
- * and, unless this is called on a worker thread of the library (from a callback, that is), until a
- * callback of that type that is under way has returned.
+ * @retval 0        deregistered; or no service can be reached, see below.
+ * @retval -EINVAL  `handle` is NULL, or `id` is not registered. While a service can be reached, a
+ *                  registration that waits is not found.
+ * @note May be called from inside a callback.
+ * @note The last client of a type blocks for the service's answer and until a callback of that type
+ *       that is running has returned. On a worker thread of the library, that is inside a callback,
+ *       it does not wait for callbacks.
+ * @warning While no service can be reached, this takes back a registration that waits and leaves
+ *          the others as they are. The result is 0 in any case. For a client that had been
+ *          registered with the service, repeat the call once the service is back.
+ * @warning A call already under way may arrive after the return, see @ref quorvel_cookies.
  */
 int DeregisterThermalCallback(void* handle, int id);
 
 /**
- * Gives the number of a type of temperatures. Asks no service.
+ * @brief Returns the number of a type of temperatures.
  * @param handle  a thermal handle.
- * @param name    as in the list above, in capitals.
- * @return 0 to 9; -1 for another name; -EINVAL when an argument is NULL.
+ * @param name    the name of the type in capitals, such as "SKIN".
+ *
+ * @retval 0..9                          #QUORVEL_THERMAL_TYPE_CPU to #QUORVEL_THERMAL_TYPE_NPU.
+ * @retval QUORVEL_THERMAL_TYPE_UNKNOWN  -1: no type has this name.
+ * @retval -EINVAL                       an argument is NULL.
+ * @note Asks no service.
  */
 int GetThermalTypeByName(void* handle, const char* name);
 
 /**
- * Gives the number of a severity. Asks no service.
+ * @brief Returns the number of a throttling severity.
  * @param handle  a thermal handle.
- * @param name    as in the table above, in capitals.
- * @return 0 to 6; -EINVAL for another name or when an argument is NULL.
+ * @param name    the name of the severity in capitals, such as "SEVERE".
+ *
+ * @retval 0..6     #QUORVEL_THROTTLING_NONE to #QUORVEL_THROTTLING_SHUTDOWN.
+ * @retval -EINVAL  an argument is NULL, or no severity has this name.
+ * @note Asks no service.
  */
 int GetThrottlingSeverityByName(void* handle, const char* name);
 
 /**
- * Reads any number of temperatures, of whatever types, with one call to the service.
+ * @brief Reads any number of temperatures, of any types, with one call to the service.
  * @param handle     a thermal handle.
- * @param names      the device maker's names; of several temperatures with one name the service's
+ * @param names      the device maker's names. If several temperatures have one name, the service's
  *                   first is read.
- * @param count      how many names; **a negative number ends the process**.
+ * @param count      the number of names, 1 or more.
  * @param out        receives the readings, sorted by name byte by byte, each once. A name that the
  *                   service does not report is left out.
- * @param out_count  on entry how many `out` has room for, on success how many there are now.
- * @return 0, also when there are none or no service can be reached; -EINVAL when a pointer or a
- *         name is NULL, when there is no name or no room, or when the room is too small; then
- *         nothing is written.
+ * @param out_count  on entry the room in `out`, 1 or more; on success the number of readings.
+ *
+ * @retval 0        read, also if there are none or no service can be reached.
+ * @retval -EINVAL  a pointer or a name is NULL, there is no name or no room, or the room is too
+ *                  small. Nothing is written.
+ * @note Blocks for the service, see @ref quorvel_blocking.
+ * @warning A negative `count` ends the process.
  */
 int GetBulkTemperatureByNames(void* handle, const char** names, int count, thermistor* out,
                               int* out_count);

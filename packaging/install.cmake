@@ -81,32 +81,13 @@ else()
 endif()
 # Other files that the documents link to.
 foreach(file host/fake_platform/README.md host/linux_machine/README.md monitor/README.md
-        include/quorvel.h Android.bp CONTRIBUTING.md tests/random/README.md)
+        include/quorvel.h Android.bp CONTRIBUTING.md SECURITY.md tests/random/README.md
+        tests/stress/README.md)
   cmake_path(GET file PARENT_PATH folder)
   install(FILES ${file} DESTINATION ${CMAKE_INSTALL_DOCDIR}/${folder} COMPONENT dev)
 endforeach()
 install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev
         PATTERN "Doxyfile*" EXCLUDE PATTERN "reference.md" EXCLUDE PATTERN "build" EXCLUDE)
-
-# Manual pages.
-file(GLOB manual_pages CONFIGURE_DEPENDS docs/man/*.1 docs/man/*.3)
-foreach(page ${manual_pages})
-  cmake_path(GET page FILENAME name)
-  cmake_path(GET page EXTENSION LAST_ONLY section)
-  string(SUBSTRING ${section} 1 -1 section)
-  configure_file(${page} man/${name} COPYONLY)
-  set(installed_page ${PROJECT_BINARY_DIR}/man/${name})
-  if(QUORVEL_DEBIAN)
-    execute_process(COMMAND gzip -9 --no-name --force --keep ${installed_page}
-                    COMMAND_ERROR_IS_FATAL ANY)
-    string(APPEND installed_page .gz)
-  endif()
-  if(section EQUAL 3)
-    install(FILES ${installed_page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT dev)
-  elseif(QUORVEL_MONITOR)
-    install(FILES ${installed_page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT monitor)
-  endif()
-endforeach()
 
 if(QUORVEL_MONITOR)
   if(QUORVEL_DEBIAN)
@@ -119,6 +100,14 @@ if(QUORVEL_MONITOR)
     install(FILES host/linux_machine/README.md
             DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quorvel/host/linux_machine COMPONENT monitor)
   endif()
+  set(manual_page docs/man/quorvel.1)
+  if(QUORVEL_DEBIAN)
+    configure_file(${manual_page} man/quorvel.1 COPYONLY)
+    execute_process(COMMAND gzip -9 --no-name --force --keep ${PROJECT_BINARY_DIR}/man/quorvel.1
+                    COMMAND_ERROR_IS_FATAL ANY)
+    set(manual_page ${PROJECT_BINARY_DIR}/man/quorvel.1.gz)
+  endif()
+  install(FILES ${manual_page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT monitor)
   set_target_properties(quorvel_monitor PROPERTIES INSTALL_RPATH "$ORIGIN/${from_bin_to_lib}")
   install(TARGETS quorvel_monitor RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT monitor)
   file(GLOB completions RELATIVE ${PROJECT_SOURCE_DIR}/packaging/completions CONFIGURE_DEPENDS

@@ -1,4 +1,4 @@
-// A host's phone: linked to a program, it runs before main() starts. On a device it is left out.
+// A simulated phone. Linked to a program, it runs before main() starts. Leave it out on a phone.
 #include <quorvel/simulated/health.h>
 
 namespace {

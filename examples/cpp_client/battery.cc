@@ -12,14 +12,14 @@ Battery::Battery() {
   }
 }
 
-// No call is made once this has returned, so that the cookie may go.
+// No callback runs after DeinitBatteryInfo() returns, so the cookie may be freed.
 Battery::~Battery() {
   DeinitBatteryInfo(&handle_);
 }
 
 int Battery::NextLevel() {
   std::unique_lock lock(lock_);
-  came_.wait(lock, [this] { return !levels_.empty(); });
+  arrived_.wait(lock, [this] { return !levels_.empty(); });
   const int level = levels_.front();
   levels_.pop_front();
   return level;
@@ -29,5 +29,5 @@ void Battery::OnLevel(int percent, void* cookie) {
   auto& battery = *static_cast<Battery*>(cookie);
   const std::lock_guard lock(battery.lock_);
   battery.levels_.push_back(percent);
-  battery.came_.notify_one();
+  battery.arrived_.notify_one();
 }

@@ -1,14 +1,13 @@
-// The library's battery handle in a type that owns it.
+// A battery handle in a type that owns it.
 #pragma once
 
 #include <condition_variable>
 #include <deque>
 #include <mutex>
 
-// Levels as the library tells them, to be taken by a thread of the client's own: the library's
-// thread only leaves them here.
+// A queue of battery levels, filled by the library's worker and emptied by a thread of the program.
 //
-// Threads: any. The object is destroyed when no thread waits any more.
+// Threads: any. No thread may be in NextLevel() when the object is destroyed.
 class Battery {
  public:
   Battery();
@@ -23,7 +22,7 @@ class Battery {
   static void OnLevel(int percent, void* cookie);
 
   std::mutex lock_;
-  std::condition_variable came_;
+  std::condition_variable arrived_;
   std::deque<int> levels_;
-  void* handle_ = nullptr;  // last: nothing above may go while it may call back
+  void* handle_ = nullptr;  // ended by ~Battery() before the members above are destroyed
 };

@@ -1,4 +1,4 @@
-// Hears three levels of a simulated phone's battery.
+// Prints three battery levels of a simulated phone.
 #include <android/binder_process.h>
 
 #include <iostream>

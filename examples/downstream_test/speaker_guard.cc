@@ -5,7 +5,6 @@
 namespace {
 
 constexpr int kLowLevel = 15;
-constexpr int kSevere = 3;  // of quorvel.h's severities
 
 }  // namespace
 
@@ -62,7 +61,7 @@ void SpeakerGuard::OnSeverity(int severity, void* cookie) {
 }
 
 int SpeakerGuard::Volume() const {
-  if (severity_ >= kSevere) return 50;
+  if (severity_ >= QUORVEL_THROTTLING_SEVERE) return 50;
   if (level_ >= 0 && level_ <= kLowLevel) return 75;
   return 100;
 }

@@ -1,11 +1,11 @@
-// A part of somebody's audio service: how loud the speaker may be, by what the library tells.
+// Part of an audio service: the allowed speaker volume, from battery and skin temperature.
 #pragma once
 
 #include <condition_variable>
 #include <mutex>
 
-// Full volume, three quarters while a level of at most 15 percent is all the battery has, half
-// while the skin is throttled severely or worse. Before anything is known the volume is full.
+// The volume is 50 percent while the skin throttles at SEVERE or worse, otherwise 75 percent while
+// the battery level is at most 15 percent, otherwise 100 percent. Unknown values do not limit it.
 //
 // Threads: any.
 class SpeakerGuard {
@@ -15,22 +15,22 @@ class SpeakerGuard {
   SpeakerGuard(const SpeakerGuard&) = delete;
   SpeakerGuard& operator=(const SpeakerGuard&) = delete;
 
-  // False: the thermal service knows no temperature of that name.
+  // False: the thermal service reports no skin temperature of that name.
   bool GuardSkin(const char* name);
 
-  // Waits until the library has told how much the guarded skin is throttled.
+  // Waits for the first severity of the guarded skin.
   void WaitUntilSkinIsKnown();
 
   int volume_percent() const;
-  // Waits until it is so.
+  // Waits until the volume is `percent`.
   void WaitForVolume(int percent);
-  // Asks the service itself; -EAGAIN while it cannot be asked.
+  // Queries the service; -EAGAIN while it cannot be asked.
   int FreshLevel();
 
  private:
   static void OnLevel(int percent, void* cookie);
   static void OnSeverity(int severity, void* cookie);
-  int Volume() const;  // with the lock held
+  int Volume() const;  // requires lock_
 
   mutable std::mutex lock_;
   std::condition_variable changed_;

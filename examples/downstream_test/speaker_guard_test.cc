@@ -1,4 +1,4 @@
-// The guard on a simulated phone. What does not come is caught by the test's time limit.
+// Tests SpeakerGuard on a simulated phone. The test's time limit catches a missing callback.
 #include "speaker_guard.h"
 
 #include <android/binder_process.h>
@@ -20,7 +20,7 @@ using norvik::qel::simulated::ThermalPath;
 
 void Check(bool ok, const char* what) {
   if (ok) return;
-  std::fprintf(stderr, "not so: %s\n", what);
+  std::fprintf(stderr, "failed: %s\n", what);
   std::exit(EXIT_FAILURE);
 }
 
@@ -36,7 +36,7 @@ struct Phone {
 void VolumeFollowsTheBattery() {
   Phone phone;
   SpeakerGuard guard;
-  Check(guard.volume_percent() == 100, "a battery in order means full volume");
+  Check(guard.volume_percent() == 100, "a normal battery means full volume");
   phone.health.SetLevel(15);
   guard.WaitForVolume(75);
   phone.health.SetLevel(16);
@@ -47,9 +47,9 @@ void VolumeFollowsTheSkin() {
   Phone phone;
   SpeakerGuard guard;
   Check(guard.GuardSkin("skin"), "the phone has a skin temperature");
-  Check(!guard.GuardSkin("fur"), "it has no fur");
-  // Of several changes that come before a client is called it hears the oldest: the one that comes
-  // with the registration has to be heard first.
+  Check(!guard.GuardSkin("fur"), "the phone has no such temperature");
+  // Severities that arrive before a callback runs are not queued; see ThermalCallbackFunc in
+  // quorvel.h. Wait for the one that follows the registration.
   guard.WaitUntilSkinIsKnown();
   phone.thermal.SetSeverity("skin", Thermal::ThrottlingSeverity::SEVERE);
   guard.WaitForVolume(50);
@@ -57,22 +57,22 @@ void VolumeFollowsTheSkin() {
   guard.WaitForVolume(100);
 }
 
-void TheGuardOutlivesTheHealthService() {
+void VolumeFollowsARestartedHealthService() {
   Phone phone;
   SpeakerGuard guard;
   phone.health.Kill();
   phone.health.SetLevel(10);
   phone.health.Start();
-  guard.WaitForVolume(75);  // the library has linked again
+  guard.WaitForVolume(75);  // the library has reconnected
 }
 
-void AFailedQuestionIsTold() {
+void AFailedQueryIsReported() {
   Phone phone;
   SpeakerGuard guard;
   phone.health.on(HealthOperation::kGetHealthInfo)
       .Then(Outcome::Exception(EX_ILLEGAL_STATE, "not now"));
   Check(guard.FreshLevel() == -EAGAIN, "the scripted failure");
-  Check(guard.FreshLevel() == 50, "then the service works");
+  Check(guard.FreshLevel() == 50, "the next query works");
 }
 
 }  // namespace
@@ -81,7 +81,7 @@ int main() {
   ABinderProcess_startThreadPool();
   VolumeFollowsTheBattery();
   VolumeFollowsTheSkin();
-  TheGuardOutlivesTheHealthService();
-  AFailedQuestionIsTold();
-  std::puts("the speaker is guarded");
+  VolumeFollowsARestartedHealthService();
+  AFailedQueryIsReported();
+  std::puts("passed");
 }

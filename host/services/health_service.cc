@@ -27,6 +27,7 @@ std::string_view HealthOperationName(HealthOperation operation) {
                 "getCapacity",         "getEnergyCounterNwh",    "getChargeStatus",
                 "getStorageInfo",      "getDiskStats",           "getHealthInfo",
                 "setChargingPolicy",   "getChargingPolicy",      "getBatteryHealthData"};
+  static_assert(!kNames.back().empty(), "an operation has no name");
   return kNames.at(static_cast<size_t>(operation));
 }
 

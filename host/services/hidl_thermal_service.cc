@@ -80,6 +80,7 @@ std::string_view HidlThermalOperationName(HidlThermalOperation operation) {
                 "registerThermalChangedCallback",
                 "unregisterThermalChangedCallback",
                 "getCurrentCoolingDevices"};
+  static_assert(!kNames.back().empty(), "an operation has no name");
   return kNames.at(static_cast<size_t>(operation));
 }
 

@@ -34,6 +34,7 @@ std::string_view ThermalOperationName(ThermalOperation operation) {
                 "unregisterThermalChangedCallback",
                 "registerCoolingDeviceChangedCallbackWithType",
                 "unregisterCoolingDeviceChangedCallback"};
+  static_assert(!kNames.back().empty(), "an operation has no name");
   return kNames.at(static_cast<size_t>(operation));
 }
 

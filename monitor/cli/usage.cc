@@ -1,6 +1,7 @@
 #include "cli/usage.h"
 
 #include "clients/device.h"
+#include "clients/thermal_properties.h"
 
 namespace norvik::qel::monitor {
 
@@ -80,6 +81,9 @@ struct Section {
   std::string_view commands;
 };
 
+// Followed by the types, which are a table of their own.
+constexpr std::string_view kTypeIs = "\nTYPE is one of";
+
 constexpr Section kSections[] = {
     {R"(
 Examples:
@@ -97,11 +101,10 @@ a call, or that the library has linked to it (registered its callback there) or 
 sensor.
 )",
      " watch demo play "},
-    {R"(
-TYPE is CPU, GPU, BATTERY, SKIN, USB_PORT, POWER_AMPLIFIER, BCL_VOLTAGE, BCL_CURRENT,
-BCL_PERCENTAGE or NPU. Throttling goes NONE, LIGHT, MODERATE, SEVERE, CRITICAL, EMERGENCY,
-SHUTDOWN. While the thermal service is not up, watch waits and the library looks for it, ten times,
-once a second; a temperature that it then does not report is named in the debug log only.
+    {kTypeIs, " watch "},
+    {R"(Throttling goes NONE, LIGHT, MODERATE, SEVERE, CRITICAL, EMERGENCY, SHUTDOWN. While the thermal
+service is not up, watch waits and the library looks for it, ten times, once a second; a temperature
+that it then does not report is named in the debug log only.
 )",
      " watch "},
     {R"help(
@@ -181,6 +184,18 @@ std::string Devices() {
   return text;
 }
 
+// On lines of at most 100 columns, after the text that stands there.
+void AddThermalTypes(std::string& text) {
+  size_t column = text.size() - text.rfind('\n') - 1;
+  for (const std::string_view& type : kThermalTypes) {
+    const bool fits = column + 1 + type.size() + 1 <= 100;
+    text += fits ? ' ' : '\n';
+    text.append(type) += &type == &kThermalTypes.back() ? '.' : ',';
+    column = (fits ? column + 1 : 0) + type.size() + 1;
+  }
+  text += '\n';
+}
+
 void AddOptions(std::string& text, std::string_view command) {
   text += "\nOptions:\n";
   for (const Option& option : kOptions) {
@@ -192,7 +207,9 @@ void AddOptions(std::string& text, std::string_view command) {
 
 void AddSections(std::string& text, std::string_view command) {
   for (const Section& section : kSections) {
-    if (IsFor(section.commands, command)) text += section.text;
+    if (!IsFor(section.commands, command)) continue;
+    text += section.text;
+    if (section.text == kTypeIs) AddThermalTypes(text);
   }
 }
 

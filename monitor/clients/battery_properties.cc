@@ -31,8 +31,8 @@ constexpr BatteryProperty kDockCharger = {
     DeregisterDockChargerIsOnlineCallback};
 
 Value Interpret(const BatteryProperty& property, int number) {
-  if (number == -1) return {};
-  if (property.is_charger) return number == 0;  // 0 means online
+  if (number == QUORVEL_BATTERY_UNKNOWN) return {};
+  if (property.is_charger) return number == QUORVEL_CHARGER_ONLINE;
   return number;
 }
 

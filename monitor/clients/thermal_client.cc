@@ -19,6 +19,10 @@ namespace {
 // Clients are counted from 1.
 constexpr int kProbeId = 0;
 
+// Severities are the library's numbers.
+static_assert(static_cast<int>(Severity::kNone) == QUORVEL_THROTTLING_NONE);
+static_assert(static_cast<int>(Severity::kShutdown) == QUORVEL_THROTTLING_SHUTDOWN);
+
 Value Interpret(const thermistor& reading) {
   // A service may not know what a sensor reads.
   return std::isfinite(reading.value) ? Value(reading.value) : Value();

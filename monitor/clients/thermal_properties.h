@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <string_view>
 
 #include "clients/value.h"
 #include "quorvel.h"
@@ -14,10 +15,11 @@ struct ThermalProperty : Property {
   const char* temperature_name;
 };
 
-// The types of temperatures.
-inline constexpr std::array<std::string_view, 10> kThermalTypes = {
-    "CPU",         "GPU",         "BATTERY",        "SKIN", "USB_PORT", "POWER_AMPLIFIER",
-    "BCL_VOLTAGE", "BCL_CURRENT", "BCL_PERCENTAGE", "NPU"};
+// The types of temperatures that the library knows. The help prints them, and the shells'
+// completions take them from there; tests/monitor/usage_test.py compares them with quorvel.h.
+inline constexpr auto kThermalTypes =
+    std::to_array<std::string_view>({"CPU", "GPU", "BATTERY", "SKIN", "USB_PORT", "POWER_AMPLIFIER",
+                                     "BCL_VOLTAGE", "BCL_CURRENT", "BCL_PERCENTAGE", "NPU"});
 
 // What every device with a ThermalDriver has.
 extern const ThermalProperty kSkin;

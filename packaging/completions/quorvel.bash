@@ -16,6 +16,12 @@ _quorvel_options() {
   printf '%s' "$options"
 }
 
+# The types of temperatures, from the help of the program that is being completed.
+_quorvel_types() {
+  "$1" watch --help 2>/dev/null |
+    sed -n '/^TYPE is one of /,/\.$/ { s/^TYPE is one of //; s/[,.]/:/g; p }'
+}
+
 _quorvel_files() {
   compopt -o filenames 2>/dev/null || :  # fails outside a completion
   mapfile -t COMPREPLY < <(compgen -f -- "$1")
@@ -79,8 +85,7 @@ _quorvel() {
       'watch 0 ') answers='battery sensors thermal' ;;
       'get 0 ') answers='battery sensors temperatures bcl' ;;
       watch*thermal)
-        answers='CPU: GPU: BATTERY: SKIN: USB_PORT: POWER_AMPLIFIER: BCL_VOLTAGE: BCL_CURRENT:'
-        answers+=' BCL_PERCENTAGE: NPU:'
+        answers=$(_quorvel_types "${COMP_WORDS[0]}")
         compopt -o nospace 2>/dev/null || :
         ;;
       'record 0 ' | 'play 0 ' | 'plot 0 ') _quorvel_files "$current" ;;

@@ -17,8 +17,12 @@ function __quorvel_follows
     contains -- $words[-1] $argv
 end
 
-set -l types CPU: GPU: BATTERY: SKIN: USB_PORT: POWER_AMPLIFIER: BCL_VOLTAGE: BCL_CURRENT: \
-    BCL_PERCENTAGE: NPU:
+# The types of temperatures, from the help of the program that is being completed.
+function __quorvel_types
+    set -l program (commandline --tokenize --current-process)[1]
+    command $program watch --help 2>/dev/null |
+        sed -n '/^TYPE is one of /,/\.$/ { s/^TYPE is one of //; s/[,.]/:/g; s/ /\n/g; p }'
+end
 
 complete -c quorvel -f
 complete -c quorvel -n 'not __fish_seen_subcommand_from demo watch get dump record play plot' \
@@ -26,7 +30,7 @@ complete -c quorvel -n 'not __fish_seen_subcommand_from demo watch get dump reco
 complete -c quorvel -n '__quorvel_follows watch' -a 'battery sensors thermal'
 complete -c quorvel -n '__quorvel_follows get' -a 'battery sensors temperatures bcl'
 complete -c quorvel -n '__fish_seen_subcommand_from watch; and __fish_seen_subcommand_from thermal' \
-    -a "$types"
+    -a '(__quorvel_types)'
 complete -c quorvel -n '__quorvel_follows record play plot' -F
 
 complete -c quorvel -n '__quorvel_takes demo watch get dump record' -l device \

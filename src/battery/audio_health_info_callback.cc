@@ -7,14 +7,12 @@ namespace norvik::qel::audio {
 AudioHealthInfoCallback::~AudioHealthInfoCallback() = default;
 
 void AudioHealthInfoCallback::SetBatteryInfo(BatteryInfo* battery_info) {
-  std::lock_guard<std::mutex> lock(lock_);
-  battery_info_ = battery_info;
+  battery_info_.Set(battery_info);
 }
 
 ndk::ScopedAStatus AudioHealthInfoCallback::healthInfoChanged(
     const aidl::android::hardware::health::HealthInfo& info) {
-  std::lock_guard<std::mutex> lock(lock_);
-  if (battery_info_ != nullptr) battery_info_->UpdateHealthInfo(info);
+  battery_info_.Visit([&](BatteryInfo& battery_info) { battery_info.UpdateHealthInfo(info); });
   return ndk::ScopedAStatus::ok();
 }
 

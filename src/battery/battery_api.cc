@@ -1,15 +1,19 @@
-#include <android/log.h>
+#define LOG_TAG "audio_hw_battery_api"
+
+#include <log/log.h>
 
 #include <cerrno>
 
 #include "battery/battery_info.h"
+#include "common/handle.h"
 #include "quorvel.h"
 
 namespace {
 
 using norvik::qel::audio::BatteryInfo;
-
-constexpr char kLogTag[] = "audio_hw_battery_api";
+using norvik::qel::audio::DeinitHandle;
+using norvik::qel::audio::DumpHandle;
+using norvik::qel::audio::InitHandle;
 
 int Get(void* handle, int (BatteryInfo::*getter)(bool), bool use_cached) {
   if (handle == nullptr) return -EINVAL;
@@ -32,28 +36,16 @@ int Deregister(void* handle, BatteryInfo::PropertyType type, BatteryInfoCallback
 extern "C" {
 
 void InitBatteryInfo(void** handle_out) {
-  if (handle_out == nullptr) return;
-  auto* battery_info = new BatteryInfo;
-  if (battery_info->Initialize()) {
-    *handle_out = battery_info;
-    return;
-  }
-  battery_info->Deinitialize();
-  delete battery_info;
-  *handle_out = nullptr;
-  __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: unable to initialize BatteryInfo.", __func__);
+  if (!InitHandle<BatteryInfo>(handle_out))
+    ALOGW("%s: unable to initialize BatteryInfo.", __func__);
 }
 
 void DeinitBatteryInfo(void** handle_inout) {
-  if (handle_inout == nullptr || *handle_inout == nullptr) return;
-  auto* battery_info = static_cast<BatteryInfo*>(*handle_inout);
-  battery_info->Deinitialize();
-  delete battery_info;
-  *handle_inout = nullptr;
+  DeinitHandle<BatteryInfo>(handle_inout);
 }
 
 void DumpBatteryInfo(void* handle, int fd) {
-  if (handle != nullptr) static_cast<BatteryInfo*>(handle)->Dump(fd);
+  DumpHandle<BatteryInfo>(handle, fd);
 }
 
 int GetBatteryLevel(void* handle, bool use_cached) {

@@ -1,8 +1,10 @@
+#define LOG_TAG "audio_hw_battery"
+
 #include "battery/battery_info.h"
 
 #include <android/binder_ibinder.h>
 #include <android/binder_manager.h>
-#include <android/log.h>
+#include <log/log.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -11,6 +13,7 @@
 
 #include "common/dump_writer.h"
 #include "common/live_objects.h"
+#include "common/owner_thread.h"
 
 namespace norvik::qel::audio {
 
@@ -18,10 +21,6 @@ namespace {
 
 using aidl::android::hardware::health::HealthInfo;
 using aidl::android::hardware::health::IHealth;
-
-constexpr char kLogTag[] = "audio_hw_battery";
-
-constexpr int32_t kNoValue = -1;
 
 constexpr std::array kPropertyNames = {
     "Battery Level",
@@ -35,37 +34,24 @@ const char* PropertyName(BatteryInfo::PropertyType type) {
   return index < kPropertyNames.size() ? kPropertyNames[index] : "";
 }
 
-// Whether the service's death answered a call. The getter must not be asked of a null status.
+// Inverted on purpose, see the constants.
+int32_t ChargerState(bool online) {
+  return online ? QUORVEL_CHARGER_ONLINE : QUORVEL_CHARGER_OFFLINE;
+}
+
+// Whether a call failed because the service is dead. getStatus() must not be called on a null
+// status.
 bool IsDeadObject(const ndk::ScopedAStatus& status) {
   return status.get() != nullptr && status.getStatus() == STATUS_DEAD_OBJECT;
 }
 
-class HealthReconnectedThread : public RepeatedThread {
- public:
-  explicit HealthReconnectedThread(BatteryInfo* owner)
-      : RepeatedThread("battery_reconnect", /*pause_ms=*/200, /*repeat_count=*/10), owner_(owner) {}
-
- private:
-  bool ClientAction() override { return owner_->ReconnectToHealthService(); }
-
-  BatteryInfo* const owner_;
-};
-
-class HealthCallbackThread : public RepeatedThread {
- public:
-  explicit HealthCallbackThread(BatteryInfo* owner)
-      : RepeatedThread("battery_callback", /*pause_ms=*/0, /*repeat_count=*/0), owner_(owner) {}
-
- private:
-  bool ClientAction() override { return owner_->CallbackToClients(); }
-
-  BatteryInfo* const owner_;
-};
+using HealthReconnectedThread = OwnerThread<&BatteryInfo::ReconnectToHealthService>;
+using HealthCallbackThread = OwnerThread<&BatteryInfo::CallbackToClients>;
 
 }  // namespace
 
 BatteryInfo::BatteryInfo() {
-  for (auto& value : values_) value.store(kNoValue, std::memory_order_relaxed);
+  for (auto& value : values_) value.store(QUORVEL_BATTERY_UNKNOWN, std::memory_order_relaxed);
 }
 
 BatteryInfo::~BatteryInfo() = default;
@@ -75,13 +61,15 @@ bool BatteryInfo::Initialize() {
     std::lock_guard<std::mutex> lock(lock_);
     health_callback_ = ndk::SharedRefBase::make<AudioHealthInfoCallback>();
     if (health_callback_ == nullptr) return false;
-    reconnect_thread_ = std::make_unique<HealthReconnectedThread>(this);
+    reconnect_thread_ = std::make_unique<HealthReconnectedThread>(
+        this, "battery_reconnect", /*pause_ms=*/200, /*repeat_count=*/10);
     reconnect_thread_->Initialize();
-    callback_thread_ = std::make_unique<HealthCallbackThread>(this);
+    callback_thread_ = std::make_unique<HealthCallbackThread>(this, "battery_callback",
+                                                              /*pause_ms=*/0, /*repeat_count=*/0);
     callback_thread_->Initialize();
     death_recipient_.set(AIBinder_DeathRecipient_new(HealthBinderDied));
-    // The cookie is not owned, so there is nothing to do when a link ends; but without this the
-    // platform writes a warning at every link.
+    // The cookie is not owned, so nothing has to be done when a link ends. Without this callback
+    // the platform logs a warning at every link.
     AIBinder_DeathRecipient_setOnUnlinked(death_recipient_.get(), [](void* /*cookie*/) {});
   }
   LiveObjects<BatteryInfo>::Shared().Add(this);
@@ -99,7 +87,7 @@ void BatteryInfo::Deinitialize() {
     UnlinkToHealthService();
   }
   death_recipient_.set(nullptr);
-  // A notice may still be running, or about to: neither unlinking nor deleting waits for it.
+  // A notification may be running, or about to run: neither unlinking nor deleting waits for it.
   LiveObjects<BatteryInfo>::Shared().Remove(this);
 }
 
@@ -117,20 +105,18 @@ int BatteryInfo::RegisterInfoCallback(PropertyType type, BatteryInfoCallback cal
   clients.push_back({.callback = callback, .cookie = cookie});
   client_counts_[type].store(static_cast<int32_t>(clients.size()), std::memory_order_relaxed);
   if (first_client) {
-    // The service reports its data when the link is made: that is how this client gets a value.
+    // The service reports its data when the callback is registered: this client's first value.
     LinkToHealthService();
     if (!linked_) {
-      __android_log_print(ANDROID_LOG_WARN, kLogTag,
-                          "%s: health service isn't ready. start to restore callback.", __func__);
+      ALOGW("%s: health service isn't ready. start to restore callback.", __func__);
       reconnect_thread_->Start();
     }
-  } else if (values_[type] != kNoValue) {
+  } else if (values_[type] != QUORVEL_BATTERY_UNKNOWN) {
     pending_callback_[type] = true;
     callback_thread_->Start();
   } else {
-    __android_log_print(ANDROID_LOG_DEBUG, kLogTag,
-                        "%s: %s will updated while getting valid value from health service.",
-                        __func__, PropertyName(type));
+    ALOGD("%s: %s will updated while getting valid value from health service.", __func__,
+          PropertyName(type));
   }
   return 0;
 }
@@ -187,11 +173,11 @@ bool BatteryInfo::GetInfoFromHealthService() {
   HealthInfo info;
   const ndk::ScopedAStatus status = health_service_->getHealthInfo(&info);
   if (!status.isOk()) {
-    __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: Unable to get healthInfo", __func__);
+    ALOGW("%s: Unable to get healthInfo", __func__);
     if (IsDeadObject(status)) ForgetUnlinkedService();
     return false;
   }
-  // Whoever asks is not a reason to call the clients: they hear of a change at the next dispatch.
+  // No dispatch: a query does not call clients. A change that it brings goes with the next one.
   static_cast<void>(UpdateBatteryProperties(info));
   return true;
 }
@@ -204,17 +190,15 @@ void BatteryInfo::UpdateHealthInfo(const HealthInfo& info) {
 bool BatteryInfo::UpdateBatteryProperties(const HealthInfo& info) {
   bool changed = UpdateProperty(kBatteryLevel, info.batteryLevel);
   changed |= UpdateProperty(kBatteryCycleCount, info.batteryCycleCount);
-  // Inverted on purpose: clients receive 0 while the charger is online.
-  changed |= UpdateProperty(kWirelessChargerIsOnline, info.chargerWirelessOnline ? 0 : 1);
-  changed |= UpdateProperty(kDockChargerIsOnline, info.chargerDockOnline ? 0 : 1);
+  changed |= UpdateProperty(kWirelessChargerIsOnline, ChargerState(info.chargerWirelessOnline));
+  changed |= UpdateProperty(kDockChargerIsOnline, ChargerState(info.chargerDockOnline));
   return changed;
 }
 
 bool BatteryInfo::UpdateProperty(PropertyType type, int32_t value) {
   const int32_t old_value = values_[type].load(std::memory_order_relaxed);
   if (old_value == value) return false;
-  __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s: update %s from %d to %d", __func__,
-                      PropertyName(type), old_value, value);
+  ALOGD("%s: update %s from %d to %d", __func__, PropertyName(type), old_value, value);
   values_[type].store(value, std::memory_order_relaxed);
   pending_callback_[type] = true;
   return true;
@@ -237,14 +221,13 @@ bool BatteryInfo::CallbackToClients() {
                              .clients = clients_[i]};
     }
   }
-  // Asked once: a message that goes nowhere costs several times as much as the call of a client.
-  const bool logs = __android_log_is_loggable(ANDROID_LOG_DEBUG, kLogTag, ANDROID_LOG_VERBOSE) != 0;
+  // Checked once: a message that is dropped costs several times as much as calling a client.
+  const bool logs = __android_log_is_loggable(ANDROID_LOG_DEBUG, LOG_TAG, ANDROID_LOG_VERBOSE) != 0;
   for (size_t i = 0; i < count; ++i) {
     const Dispatch& dispatch = dispatches[i];
     for (const ClientInfo& client : dispatch.clients) {
       if (logs) {
-        __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s: callback data[%s] = %d", __func__,
-                            PropertyName(dispatch.type), dispatch.value);
+        ALOGD("%s: callback data[%s] = %d", __func__, PropertyName(dispatch.type), dispatch.value);
       }
       client.callback(dispatch.value, client.cookie);
     }
@@ -254,7 +237,7 @@ bool BatteryInfo::CallbackToClients() {
 
 bool BatteryInfo::ReconnectToHealthService() {
   std::lock_guard<std::mutex> lock(lock_);
-  __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s", __func__);
+  ALOGD("%s", __func__);
   LinkToHealthService();
   return linked_;
 }
@@ -272,9 +255,9 @@ void BatteryInfo::HealthBinderDied(void* cookie) {
 
 void BatteryInfo::HandleDeathNotification() {
   std::lock_guard<std::mutex> lock(lock_);
-  // A notice can be late: the service that died may be one that this object has replaced by now,
-  // or one that an earlier object at this address was linked to. Forgetting the present service
-  // then would drop its link and leave this object's callback registered with it twice.
+  // A notification can be late: it may be for a service that this object has replaced since, or one
+  // that an earlier object at this address was linked to. To forget the present service would drop
+  // its link, and the next link would register this object's callback with it a second time.
   if (health_service_ != nullptr && AIBinder_isAlive(health_service_->asBinder().get())) return;
   ForgetHealthService();
 }
@@ -286,7 +269,7 @@ void BatteryInfo::ForgetHealthService() {
 }
 
 void BatteryInfo::ForgetUnlinkedService() {
-  // While a link stands the notice is on its way, and dropping the handle would drop it, too.
+  // While linked, the death notification is on its way; releasing the proxy would drop it.
   if (!linked_) health_service_.reset();
 }
 
@@ -299,12 +282,12 @@ bool BatteryInfo::IsHealthServiceReady() {
   if (health_service_ != nullptr) return true;
   const std::string instance = std::string(IHealth::descriptor) + "/default";
   if (!AServiceManager_isDeclared(instance.c_str())) return false;
-  // Waits a few seconds for a service that is declared but not running, which is what is wanted
-  // here: the platform's advice against that is for callers that must not block.
+  // Waits up to 5 s for a service that is declared but not running. The platform deprecates this
+  // look-up for callers that must not block; here the wait is wanted.
   const ndk::SpAIBinder binder(AServiceManager_getService(instance.c_str()));
   health_service_ = IHealth::fromBinder(binder);
   if (health_service_ == nullptr) {
-    __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: Unable to AIDL health service", __func__);
+    ALOGW("%s: Unable to AIDL health service", __func__);
     return false;
   }
   return true;
@@ -314,16 +297,15 @@ void BatteryInfo::LinkToHealthService() {
   if (!IsHealthServiceReady() || linked_) return;
   const ndk::ScopedAStatus status = health_service_->registerCallback(health_callback_);
   if (!status.isOk()) {
-    __android_log_print(ANDROID_LOG_WARN, kLogTag,
-                        "%s: Failed to register callback to health service", __func__);
+    ALOGW("%s: Failed to register callback to health service", __func__);
     if (IsDeadObject(status)) ForgetUnlinkedService();
     return;
   }
   const binder_status_t link =
       AIBinder_linkToDeath(health_service_->asBinder().get(), death_recipient_.get(), this);
   if (link != STATUS_OK) {
-    __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s:Failed to link to health death", __func__);
-    // Its outcome only tells whether the service still lives.
+    ALOGW("%s:Failed to link to health death", __func__);
+    // The result only shows whether the service is still alive.
     const ndk::ScopedAStatus undone = health_service_->unregisterCallback(health_callback_);
     if (link == STATUS_DEAD_OBJECT || IsDeadObject(undone)) ForgetUnlinkedService();
     return;
@@ -335,17 +317,15 @@ void BatteryInfo::UnlinkToHealthService() {
   if (!IsHealthServiceReady() || !linked_) return;
   const ndk::ScopedAStatus status = health_service_->unregisterCallback(health_callback_);
   if (!status.isOk()) {
-    __android_log_print(ANDROID_LOG_WARN, kLogTag,
-                        "%s: Failed to unregister callback to health service", __func__);
+    ALOGW("%s: Failed to unregister callback to health service", __func__);
   }
   const binder_status_t unlink =
       AIBinder_unlinkToDeath(health_service_->asBinder().get(), death_recipient_.get(), this);
   if (unlink != STATUS_OK && unlink != STATUS_DEAD_OBJECT) {
-    __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: Failed to unlink to health death.",
-                        __func__);
+    ALOGW("%s: Failed to unlink to health death.", __func__);
   }
   linked_ = false;
-  // Whether or not the notice still comes, the next client is to find the service's successor.
+  // Whether or not the notification still comes, the next client must find the service's successor.
   if (IsDeadObject(status) || unlink == STATUS_DEAD_OBJECT) ForgetUnlinkedService();
 }
 

@@ -4,66 +4,56 @@
 #include <memory>
 #include <mutex>
 
+#include "common/back_pointer.h"
 #include "common/thread_annotations.h"
 
 namespace norvik::qel::audio {
 
-// The objects of one kind that may still be called through a raw pointer that the platform keeps,
-// such as the cookie of a death notice. Nothing in the platform waits for a notice that is running
-// or about to run, so unlinking before an object is destroyed does not protect it: this does.
+// The objects of one kind that the platform knows by a raw pointer, such as the cookie of a death
+// notification. Unlinking before an object is destroyed does not protect it: the platform waits for
+// no notification that is running or about to run. This table does:
 //
-// A visit holds the object's own entry, not the table, so a visit that waits for its object's lock
-// keeps no other object waiting. Remove() waits for a visit that is under way and shuts out later
-// ones. It may be called on the platform's own notification thread, in the middle of a notice
-// meant for somebody else: it waits for visits only, and those never wait for a notice.
-//
-// A new object may have the address of an old one. A visit meant for the old one then reaches the
-// new one: whatever a visit does must be right for an object that it was not meant for.
+// 1. A notification finds its object here, by the address in its cookie, and visits it.
+// 2. A visit holds the object's own entry, not the table. So a visit that waits for its object's
+//    lock delays no other object.
+// 3. Remove() waits for a visit under way and shuts out later ones. A visit never waits for a
+//    notification, so Remove() may be called on the platform's notification thread, in the middle
+//    of a notification for another object.
+// 4. A new object may have the address of an old one. A visit meant for the old object then reaches
+//    the new one: a visitor must be right for an object that it was not meant for.
 //
 // Threads: any. Locks: an entry's lock comes before every lock that its object takes; the table's
-// is held for look-ups only. Instances are never destroyed (see Shared()): the platform's threads
-// run until the process is gone.
+// is held for look-ups only.
 template <typename Object>
 class LiveObjects {
  public:
-  // The one table of this kind of objects.
+  // The table of this kind of objects. Leaked on purpose: the platform's threads run until the
+  // process is gone.
   static LiveObjects& Shared() {
     static LiveObjects& table = *new LiveObjects;
     return table;
   }
 
   void Add(Object* object) QEL_EXCLUDES(lock_) {
-    auto entry = std::make_shared<Entry>();
-    {
-      std::lock_guard<std::mutex> lock(entry->lock);
-      entry->object = object;
-    }
+    auto entry = std::make_shared<Entry>(object);
     std::lock_guard<std::mutex> lock(lock_);
     entries_[object] = std::move(entry);
   }
 
-  // Nothing for an object that was never added. Never with a lock held that a visit takes.
+  // No effect for an object that was never added. Never call it with a lock held that a visit
+  // takes.
   void Remove(Object* object) QEL_EXCLUDES(lock_) {
-    const std::shared_ptr<Entry> entry = Find(object, /*erase=*/true);
-    if (entry == nullptr) return;
-    std::lock_guard<std::mutex> lock(entry->lock);
-    entry->object = nullptr;
+    if (const std::shared_ptr<Entry> entry = Find(object, /*erase=*/true)) entry->Set(nullptr);
   }
 
   // Calls `visitor` with the object at `address` if there is one.
   template <typename Visitor>
   void Visit(void* address, Visitor visitor) QEL_EXCLUDES(lock_) {
-    const std::shared_ptr<Entry> entry = Find(address, /*erase=*/false);
-    if (entry == nullptr) return;
-    std::lock_guard<std::mutex> lock(entry->lock);
-    if (entry->object != nullptr) visitor(*entry->object);
+    if (const std::shared_ptr<Entry> entry = Find(address, /*erase=*/false)) entry->Visit(visitor);
   }
 
  private:
-  struct Entry {
-    std::mutex lock;
-    Object* object QEL_GUARDED_BY(lock) = nullptr;  // null once removed
-  };
+  using Entry = BackPointer<Object>;
 
   std::shared_ptr<Entry> Find(void* address, bool erase) QEL_EXCLUDES(lock_) {
     std::lock_guard<std::mutex> lock(lock_);

@@ -1,6 +1,8 @@
+#define LOG_TAG "audio_hw_repeated_thread"
+
 #include "common/repeated_thread.h"
 
-#include <android/log.h>
+#include <log/log.h>
 #include <pthread.h>
 
 #include <chrono>
@@ -11,11 +13,9 @@ namespace norvik::qel::audio {
 
 namespace {
 
-constexpr char kLogTag[] = "audio_hw_repeated_thread";
-
 thread_local const RepeatedThread* current_worker = nullptr;
 
-// Linux keeps 15 characters of a thread's name and refuses longer ones.
+// Linux keeps 15 characters of a thread's name and rejects longer names.
 void NameThisThread(std::string_view name) {
   char kept[16] = {};
   name.copy(kept, sizeof kept - 1);
@@ -28,9 +28,9 @@ RepeatedThread::RepeatedThread(std::string_view name, uint32_t pause_ms, uint32_
     : name_(name), pause_ms_(pause_ms), repeat_count_(repeat_count) {}
 
 RepeatedThread::~RepeatedThread() {
-  // A std::thread that still runs ends the process when it is destroyed. Said here, before the
-  // members go: some C libraries wait for ever in the destructor of a condition variable that a
-  // thread sleeps on.
+  // The destructor of a joinable std::thread ends the process. Do so before the members are
+  // destroyed: some C libraries block in the destructor of a condition variable that a thread
+  // sleeps on.
   if (thread_.joinable()) std::terminate();
 }
 
@@ -70,17 +70,17 @@ void RepeatedThread::Start() {
   }
   // Not notified: a thread in its pause finishes the pause first.
   const bool was_ready = std::exchange(run_again_, true);
-  // In a burst of requests a message that goes nowhere would be most of what each of them costs.
-  if (!__android_log_is_loggable(ANDROID_LOG_DEBUG, kLogTag, ANDROID_LOG_VERBOSE)) return;
+  // In a burst of requests, a message that is dropped would be most of the cost of each.
+  if (!__android_log_is_loggable(ANDROID_LOG_DEBUG, LOG_TAG, ANDROID_LOG_VERBOSE)) return;
   const char* const format =
       was_ready ? "%s[%s]: run again is already ready." : "%s[%s]: trigger run again.";
-  __android_log_print(ANDROID_LOG_DEBUG, kLogTag, format, "Start", name_.data());
+  ALOGD(format, "Start", name_.data());
 }
 
 void RepeatedThread::ThreadLoop() {
   std::unique_lock<std::mutex> lock(lock_);
   AssertHeld(lock_);
-  if (exit_requested_) return;  // Deinitialize() came before the thread got going.
+  if (exit_requested_) return;  // Deinitialize() came first.
   running_ = true;
   while (running_) {
     if (state_ == TriggerState::kIdle) {
@@ -98,8 +98,7 @@ void RepeatedThread::ThreadLoop() {
     ++failed_runs_;
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(pause_ms_);
     if (cv_.wait_until(lock, deadline, [this]() QEL_REQUIRES(lock_) { return !running_; })) {
-      __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s[%s]: thread existed after sleep!",
-                          "ThreadLoop", name_.data());
+      ALOGD("%s[%s]: thread existed after sleep!", "ThreadLoop", name_.data());
       return;
     }
     FinishFailure();
@@ -113,8 +112,7 @@ void RepeatedThread::FinishSuccess() {
     return;
   }
   run_again_ = false;
-  __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s[%s]: action run again!", "ThreadLoop",
-                      name_.data());
+  ALOGD("%s[%s]: action run again!", "ThreadLoop", name_.data());
 }
 
 void RepeatedThread::FinishFailure() {
@@ -122,19 +120,18 @@ void RepeatedThread::FinishFailure() {
   run_again_ = false;
   if (failed_runs_ < repeat_count_) {
     if (!run_again) return;
-    __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s[%s]: action run again at repeated %d !",
-                        "ThreadLoop", name_.data(), failed_runs_);
+    ALOGD("%s[%s]: action run again at repeated %d !", "ThreadLoop", name_.data(), failed_runs_);
     return;
   }
   if (!run_again) {
-    // Given up until the next request.
+    // Gives up until the next request.
     failed_runs_ = 0;
     state_ = TriggerState::kIdle;
     return;
   }
   // failed_runs_ stays: the further run gets no retries of its own.
-  __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s[%s]: action run again at last count(%d:%d)!",
-                      "ThreadLoop", name_.data(), failed_runs_, repeat_count_);
+  ALOGD("%s[%s]: action run again at last count(%d:%d)!", "ThreadLoop", name_.data(), failed_runs_,
+        repeat_count_);
 }
 
 void RepeatedThread::Deinitialize() {
@@ -154,9 +151,7 @@ void RepeatedThread::RequestExit() {
 
 void RepeatedThread::EndLoop() {
   if (!running_) {
-    __android_log_print(ANDROID_LOG_WARN, kLogTag,
-                        "%s[%s]: Thread wasn't started, force to end the thread.", "Deinitialize",
-                        name_.data());
+    ALOGW("%s[%s]: Thread wasn't started, force to end the thread.", "Deinitialize", name_.data());
   }
   exit_requested_ = true;
   running_ = false;

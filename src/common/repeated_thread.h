@@ -10,36 +10,35 @@
 
 namespace norvik::qel::audio {
 
-// Runs one action on a thread of its own each time somebody asks for it. Requests that come during
-// a run, or during the pause after a failed one, fold into one further run. An action that returns
-// false is run again after a pause, max(repeat count, 1) times in all for one request.
+// A worker thread that runs one action on request. Requests that arrive during a run, or during the
+// pause after a failed one, fold into one further run. An action that returns false runs again
+// after a pause, max(repeat count, 1) times in all for one request.
 //
-// Threads: Start() from any thread, another worker's action and the own one included. Initialize()
-// and Deinitialize() once each, by the owner. Deinitialize() joins: never from the action, and
-// never with a lock held that the action takes. It has to come before the destructor, which ends
-// the process when the thread is still there.
-// Locks: lock_ is the innermost lock of the library; an owner may hold its own around Start().
-// It is free while the action runs.
-// Costs: one thread; no allocation after Initialize(); an idle thread sleeps without a time-out.
+// Threads: Start() from any thread, including any worker's action. The owner calls Initialize() and
+// Deinitialize() once each. Deinitialize() joins: never call it from the action, or with a lock
+// held that the action takes. Call it before the destructor, which ends the process if the thread
+// is still there. Locks: lock_ is the innermost lock of the library; an owner may hold its own
+// around Start(). It is free while the action runs. Costs: one thread; no allocation after
+// Initialize(); an idle thread sleeps without a timeout.
 class RepeatedThread {
  public:
-  // `name` must be a literal: it is kept, not copied. The thread carries its first 15 characters.
+  // `name` must be a literal: it is kept, not copied. The thread gets its first 15 characters.
   RepeatedThread(std::string_view name, uint32_t pause_ms, uint32_t repeat_count);
   virtual ~RepeatedThread();
   RepeatedThread(const RepeatedThread&) = delete;
   RepeatedThread& operator=(const RepeatedThread&) = delete;
 
-  // Makes the thread. std::system_error reaches the caller when the system has none to give.
+  // Creates the thread. Throws std::system_error when the system cannot.
   void Initialize();
 
-  // Asks for one run and returns at once. Nothing happens after Deinitialize().
+  // Requests one run and returns at once. No effect after Deinitialize().
   void Start() QEL_EXCLUDES(lock_);
 
-  // Cuts a pause short, waits for a run that is under way, and joins the thread.
+  // Ends a pause, waits for a run under way, and joins the thread.
   void Deinitialize() QEL_EXCLUDES(lock_);
 
-  // The part of Deinitialize() that does not wait, for whoever must not: from now on no run begins,
-  // and the thread ends with the run that is under way. Also from the action itself.
+  // The part of Deinitialize() that does not wait: no further run begins, and the thread ends after
+  // the run under way. May be called from the action itself.
   void RequestExit() QEL_EXCLUDES(lock_);
   // Whether the thread has left its loop, so that Deinitialize() would not wait for an action.
   bool HasEnded() QEL_EXCLUDES(lock_);
@@ -49,22 +48,22 @@ class RepeatedThread {
   // fails. The owner's action asks it to hand the job on.
   static bool IsLastAttempt();
 
-  // The body of the thread: for Initialize() only.
+  // The worker's loop. For Initialize() only.
   void ThreadLoop() QEL_EXCLUDES(lock_);
 
  private:
   enum class TriggerState : int32_t {
     kIdle = 0,       // waits for a request
-    kTriggered = 1,  // a run is asked for or under way, the pauses between runs included
+    kTriggered = 1,  // a run is requested or under way, including the pauses between runs
   };
 
-  // The job, called without lock_. False: run it again after the pause.
+  // The job, called with lock_ free. False: run it again after the pause.
   virtual bool ClientAction() = 0;
 
-  // All that the thread does: names it, goes through the loop, and says that it has ended.
+  // The thread's function: sets its name, runs the loop, and records its end.
   void RunThread() QEL_EXCLUDES(lock_);
   void EndLoop() QEL_REQUIRES(lock_);
-  // What follows a run, and the pause after a failed one.
+  // After a successful run; after the pause that follows a failed one.
   void FinishSuccess() QEL_REQUIRES(lock_);
   void FinishFailure() QEL_REQUIRES(lock_);
 

@@ -17,13 +17,13 @@
 #define QEL_REQUIRES(...) QUORVEL_THREAD_ANNOTATION(requires_capability(__VA_ARGS__))
 // The function takes the lock itself: the caller must not hold it.
 #define QEL_EXCLUDES(...) QUORVEL_THREAD_ANNOTATION(locks_excluded(__VA_ARGS__))
-// The function reads or writes without the lock, for a reason that stands beside it.
+// The function accesses members without the lock. Each use states its reason.
 #define QEL_UNCHECKED QUORVEL_THREAD_ANNOTATION(no_thread_safety_analysis)
 
 namespace norvik::qel::audio {
 
-// std::unique_lock, which a wait needs, is not annotated: one call of this tells the analysis that
-// the lock is held from here on.
+// std::unique_lock, which a wait needs, is not annotated. This call tells the analysis that the
+// lock is held from here on.
 inline void AssertHeld(std::mutex& lock) QUORVEL_THREAD_ANNOTATION(assert_capability(lock)) {
   static_cast<void>(lock);
 }

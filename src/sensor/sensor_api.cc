@@ -1,15 +1,19 @@
-#include <android/log.h>
+#define LOG_TAG "audio_hw_sensor_api"
+
+#include <log/log.h>
 
 #include <cerrno>
 
+#include "common/handle.h"
 #include "quorvel.h"
 #include "sensor/sensor_info.h"
 
 namespace {
 
+using norvik::qel::audio::DeinitHandle;
+using norvik::qel::audio::DumpHandle;
+using norvik::qel::audio::InitHandle;
 using norvik::qel::audio::SensorInfo;
-
-constexpr char kLogTag[] = "audio_hw_sensor_api";
 
 int Register(void* handle, SensorInfo::AudioSensorType type, int id, SensorCallbackFunc callback,
              void* cookie) {
@@ -28,28 +32,15 @@ int Deregister(void* handle, SensorInfo::AudioSensorType type, int id) {
 extern "C" {
 
 void InitSensorInfo(void** handle) {
-  if (handle == nullptr) return;
-  auto* sensor_info = new SensorInfo;
-  if (sensor_info->Initialize()) {
-    *handle = sensor_info;
-    return;
-  }
-  sensor_info->Deinitialize();
-  delete sensor_info;
-  *handle = nullptr;
-  __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: unable to initialize SensorData.", __func__);
+  if (!InitHandle<SensorInfo>(handle)) ALOGW("%s: unable to initialize SensorData.", __func__);
 }
 
 void DeinitSensorInfo(void** handle) {
-  if (handle == nullptr || *handle == nullptr) return;
-  auto* sensor_info = static_cast<SensorInfo*>(*handle);
-  sensor_info->Deinitialize();
-  delete sensor_info;
-  *handle = nullptr;
+  DeinitHandle<SensorInfo>(handle);
 }
 
 void DumpSensorInfo(void* handle, int fd) {
-  if (handle != nullptr) static_cast<SensorInfo*>(handle)->Dump(fd);
+  DumpHandle<SensorInfo>(handle, fd);
 }
 
 int RegisterProximitySensorCallback(void* handle, int id, SensorCallbackFunc callback,

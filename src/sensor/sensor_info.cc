@@ -1,9 +1,11 @@
+#define LOG_TAG "audio_hw_sensor"
+
 #include "sensor/sensor_info.h"
 
 #include <aidl/android/frameworks/sensorservice/ISensorManager.h>
 #include <android/binder_ibinder.h>
 #include <android/binder_manager.h>
-#include <android/log.h>
+#include <log/log.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -12,6 +14,7 @@
 #include <string>
 #include <utility>
 
+#include "common/owner_thread.h"
 #include "sensor/shared_poll.h"
 
 namespace norvik::qel::audio {
@@ -20,56 +23,19 @@ namespace {
 
 using aidl::android::frameworks::sensorservice::ISensorManager;
 
-constexpr char kLogTag[] = "audio_hw_sensor";
-
-class SensorPollThread : public RepeatedThread {
- public:
-  explicit SensorPollThread(SensorInfo* owner)
-      : RepeatedThread("sensor_poll", /*pause_ms=*/0, /*repeat_count=*/0), owner_(owner) {}
-
- private:
-  bool ClientAction() override {
-    owner_->GetSensorUpdate();
-    return true;
-  }
-
-  SensorInfo* const owner_;
-};
-
-class SensorCallbackThread : public RepeatedThread {
- public:
-  explicit SensorCallbackThread(SensorInfo* owner)
-      : RepeatedThread("sensor_callback", /*pause_ms=*/0, /*repeat_count=*/0), owner_(owner) {}
-
- private:
-  bool ClientAction() override {
-    owner_->DispatchToClient();
-    return true;
-  }
-
-  SensorInfo* const owner_;
-};
-
-class SensorReconnectedThread : public RepeatedThread {
- public:
-  explicit SensorReconnectedThread(SensorInfo* owner)
-      : RepeatedThread("sensor_reconnect", /*pause_ms=*/1000, /*repeat_count=*/10), owner_(owner) {}
-
- private:
-  bool ClientAction() override { return owner_->ReconnectToSensorService(); }
-
-  SensorInfo* const owner_;
-};
+using SensorPollThread = OwnerThread<&SensorInfo::GetSensorUpdate>;
+using SensorCallbackThread = OwnerThread<&SensorInfo::DispatchToClient>;
+using SensorReconnectedThread = OwnerThread<&SensorInfo::ReconnectToSensorService>;
 
 const char* ServiceName() {
-  // Never destroyed: a handle that is never given back may use it when the process exits.
+  // Leaked on purpose: a handle that was never deinitialized may use it when the process exits.
   static const std::string& name =
       *new std::string(std::string(ISensorManager::descriptor) + "/default");
   return name.c_str();
 }
 
-// Cuts off towards zero. What no int can hold is undefined in C++; the nearest int, and 0 for what
-// is no number, is what 64-bit Arm's conversion gives.
+// Rounds towards zero. The conversion of a value that no int can hold is undefined in C++; this
+// gives what 64-bit Arm's conversion does: the nearest int, and 0 for NaN.
 int Truncate(float reading) {
   using Limits = std::numeric_limits<int>;
   if (std::isnan(reading)) return 0;
@@ -106,17 +72,20 @@ bool SensorInfo::Initialize() {
       state.active = false;
       state.data = 0;
     }
-    // ReleaseInterface() leaves these as they are when the service never came up, and a
-    // registration after Deinitialize() may have added to them.
+    // ReleaseInterface() does not clear these when the service never came up, and a registration
+    // after Deinitialize() may have added to them.
     for (ClientList& clients : clients_) clients.Clear();
     pending_sensors_.clear();
     poll_started_ = false;
     closing_ = false;
-    poll_thread_ = std::make_unique<SensorPollThread>(this);
+    poll_thread_ =
+        std::make_unique<SensorPollThread>(this, "sensor_poll", /*pause_ms=*/0, /*repeat_count=*/0);
     poll_thread_->Initialize();
-    callback_thread_ = std::make_unique<SensorCallbackThread>(this);
+    callback_thread_ = std::make_unique<SensorCallbackThread>(this, "sensor_callback",
+                                                              /*pause_ms=*/0, /*repeat_count=*/0);
     callback_thread_->Initialize();
-    reconnect_thread_ = std::make_unique<SensorReconnectedThread>(this);
+    reconnect_thread_ = std::make_unique<SensorReconnectedThread>(
+        this, "sensor_reconnect", /*pause_ms=*/1000, /*repeat_count=*/10);
     reconnect_thread_->Initialize();
   }
   return true;
@@ -125,8 +94,8 @@ bool SensorInfo::Initialize() {
 void SensorInfo::Deinitialize() {
   {
     std::lock_guard<std::mutex> lock(lock_);
-    // From here to the joins the reconnect worker or a callback may still enable a sensor and so
-    // start the poll again; the poll thread must not heed that.
+    // Until the joins, the reconnect worker or a callback may still enable a sensor and so start
+    // the poll again. The poll thread must end all the same.
     closing_ = true;
     if (poll_started_) StopPoll();
   }
@@ -142,7 +111,7 @@ void SensorInfo::ReleaseInterface() {
     for (size_t i = 0; i < kSensorCount; ++i) {
       SensorState& state = sensors_[i];
       if (state.sensor != nullptr && state.active) {
-        // Nothing can be done about a refusal: the queue goes in any case.
+        // A refusal is ignored: the queue is destroyed in any case.
         static_cast<void>(ASensorEventQueue_disableSensor(event_queue_, state.sensor));
       }
       state.sensor = nullptr;
@@ -162,8 +131,7 @@ int SensorInfo::RegisterCallback(AudioSensorType type, const ClientInfo& client)
   std::lock_guard<std::mutex> lock(lock_);
   ClientList& clients = clients_[type];
   if (clients.Contains(client.id)) {
-    __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: id(%d) already existed!", __func__,
-                        client.id);
+    ALOGW("%s: id(%d) already existed!", __func__, client.id);
     return -EINVAL;
   }
   if (clients.empty()) {
@@ -171,7 +139,7 @@ int SensorInfo::RegisterCallback(AudioSensorType type, const ClientInfo& client)
     if (result != 0) return result;
   }
   clients.Append(client);
-  // The new client is told the last reading at once.
+  // The new client receives the last reading.
   callback_thread_->Start();
   return 0;
 }
@@ -181,10 +149,10 @@ int SensorInfo::DeregisterCallback(AudioSensorType type, int id) {
   std::lock_guard<std::mutex> lock(lock_);
   ClientList& clients = clients_[type];
   if (!clients.Remove(id)) {
-    __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: id(%d) didn't register!", __func__, id);
+    ALOGW("%s: id(%d) didn't register!", __func__, id);
     return -EINVAL;
   }
-  __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s: remove id(%d)", __func__, id);
+  ALOGD("%s: remove id(%d)", __func__, id);
   return clients.empty() ? DisableSensor(type) : 0;
 }
 
@@ -192,7 +160,7 @@ void SensorInfo::DispatchToClient() {
   struct Dispatch {
     bool active;
     int data;
-    std::vector<ClientList::Call> calls;
+    std::vector<SensorClient> clients;
   };
   std::array<Dispatch, kSensorCount> dispatches;
   {
@@ -200,33 +168,35 @@ void SensorInfo::DispatchToClient() {
     for (size_t i = 0; i < kSensorCount; ++i) {
       dispatches[i] = {.active = sensors_[i].active,
                        .data = sensors_[i].data,
-                       .calls = clients_[i].TakeOwedCalls()};
+                       .clients = clients_[i].TakeMarked()};
     }
   }
   for (const Dispatch& dispatch : dispatches) {
-    if (!dispatch.active) continue;  // what its clients were owed is dropped
-    for (const ClientList::Call& call : dispatch.calls) call.callback(dispatch.data, call.cookie);
+    if (!dispatch.active) continue;  // the marks are dropped
+    for (const SensorClient& client : dispatch.clients) {
+      client.callback(dispatch.data, client.cookie);
+    }
   }
 }
 
 int SensorInfo::GetASensorTyep(AudioSensorType type) const {
   if (type == PROXIMITY) return ASENSOR_TYPE_PROXIMITY;
   if (type == HINGE_ANGLE) return ASENSOR_TYPE_HINGE_ANGLE;
-  __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: unknown audio sensor %d", __func__, type);
+  ALOGW("%s: unknown audio sensor %d", __func__, type);
   return ASENSOR_TYPE_INVALID;
 }
 
 SensorInfo::AudioSensorType SensorInfo::GetAudioSensorType(int sensor_type) const {
   if (sensor_type == ASENSOR_TYPE_PROXIMITY) return PROXIMITY;
   if (sensor_type == ASENSOR_TYPE_HINGE_ANGLE) return HINGE_ANGLE;
-  __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: unknown sensor %d", __func__, sensor_type);
+  ALOGW("%s: unknown sensor %d", __func__, sensor_type);
   return UNKNOWN;
 }
 
 const char* SensorInfo::GetASensorString(AudioSensorType type) const {
   if (type == PROXIMITY) return "PROXIMITY";
   if (type == HINGE_ANGLE) return "HINGE_ANGLE";
-  __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: unknown audio sensor %d", __func__, type);
+  ALOGW("%s: unknown audio sensor %d", __func__, type);
   return "Unknown";
 }
 
@@ -246,7 +216,7 @@ void SensorInfo::DumpSensor(AudioSensorType type, DumpWriter& out) const {
             Letter(state.initialized.load(std::memory_order_relaxed)),
             Letter(state.active.load(std::memory_order_relaxed)),
             state.data.load(std::memory_order_relaxed));
-  for (const ClientList::State& client : UnlockedClients(type)) {
+  for (const SensorClient& client : clients_[type].Copy()) {
     out.Print("    client id:%d need_to_update:%s\n", client.id, Letter(client.need_to_update));
   }
 }
@@ -259,40 +229,36 @@ bool SensorInfo::InitSensorInterface() {
   if (IsInterfaceReady()) return true;
   AIBinder* const service = AServiceManager_checkService(ServiceName());
   if (service == nullptr) {
-    __android_log_print(ANDROID_LOG_WARN, kLogTag,
-                        "%s: sensor service isn't ready, start to reconnect!", __func__);
+    ALOGW("%s: sensor service isn't ready, start to reconnect!", __func__);
     reconnect_thread_->Start();
     return false;
   }
-  AIBinder_decStrong(service);  // it has told what there was to know: the service runs
-  __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s: start to initialize sensor interface",
-                      __func__);
+  AIBinder_decStrong(service);  // only its presence matters: the service runs
+  ALOGD("%s: start to initialize sensor interface", __func__);
   sensor_manager_ = ASensorManager_getInstanceForPackage(nullptr);
   if (sensor_manager_ == nullptr) {
-    __android_log_print(ANDROID_LOG_ERROR, kLogTag, "%s: Unable to get sensorManager.", __func__);
+    ALOGE("%s: Unable to get sensorManager.", __func__);
     return false;
   }
   looper_ = ALooper_forThread();
   if (looper_ == nullptr) looper_ = ALooper_prepare(ALOOPER_PREPARE_ALLOW_NON_CALLBACKS);
   if (looper_ == nullptr) {
-    __android_log_print(ANDROID_LOG_ERROR, kLogTag, "%s: Failed to prepare an event looper.",
-                        __func__);
+    ALOGE("%s: Failed to prepare an event looper.", __func__);
     return false;
   }
   event_queue_ = ASensorManager_createEventQueue(sensor_manager_, looper_, /*ident=*/0,
                                                  /*callback=*/nullptr, /*data=*/nullptr);
   if (event_queue_ == nullptr) {
-    __android_log_print(ANDROID_LOG_ERROR, kLogTag, "%s: Unable to get event queue.", __func__);
+    ALOGE("%s: Unable to get event queue.", __func__);
     return false;
   }
-  __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s: success to initialize sensor interface",
-                      __func__);
+  ALOGD("%s: success to initialize sensor interface", __func__);
   return true;
 }
 
 int SensorInfo::EnableSensor(AudioSensorType type) {
   if (poll_thread_ == nullptr || callback_thread_ == nullptr) {
-    __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: system isn't initialized.", __func__);
+    ALOGW("%s: system isn't initialized.", __func__);
     return -ENOSYS;
   }
   if (!InitSensorInterface()) {
@@ -303,37 +269,33 @@ int SensorInfo::EnableSensor(AudioSensorType type) {
   }
   SensorState& state = sensors_[type];
   if (!state.initialized) {
-    __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s: start to initialize sensor %s", __func__,
-                        GetASensorString(type));
+    ALOGD("%s: start to initialize sensor %s", __func__, GetASensorString(type));
     state.sensor = ASensorManager_getDefaultSensor(sensor_manager_, GetASensorTyep(type));
-    // Also when there is none, or when the question failed: it is asked once.
+    // Also when the device has no such sensor, or when the look-up failed: it is made once.
     state.initialized = true;
-    __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s: end to initialize sensor %s", __func__,
-                        GetASensorString(type));
+    ALOGD("%s: end to initialize sensor %s", __func__, GetASensorString(type));
   }
   if (state.sensor == nullptr) {
-    __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: sensor %s isn't supported.", __func__,
-                        GetASensorString(type));
+    ALOGW("%s: sensor %s isn't supported.", __func__, GetASensorString(type));
     return -ENOSYS;
   }
   if (state.active) {
-    __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s: already enabled.", __func__);
+    ALOGD("%s: already enabled.", __func__);
     return -EINVAL;
   }
   const int result = ASensorEventQueue_registerSensor(
       event_queue_, state.sensor, ASensor_getMinDelay(state.sensor), /*maxBatchReportLatencyUs=*/0);
   if (result < 0) {
-    __android_log_print(ANDROID_LOG_ERROR, kLogTag, "%s:Failed to register sensor %s", __func__,
-                        GetASensorString(type));
+    ALOGE("%s:Failed to register sensor %s", __func__, GetASensorString(type));
     return result;
   }
   if (!sensors_[OtherThan(type)].active) {
     if (poll_started_) {
-      __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s: poll already started.", __func__);
+      ALOGD("%s: poll already started.", __func__);
     } else {
       poll_started_ = true;
       poll_thread_->Start();
-      __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s: poll started.", __func__);
+      ALOGD("%s: poll started.", __func__);
     }
   }
   state.active = true;
@@ -345,28 +307,27 @@ int SensorInfo::DisableSensor(AudioSensorType type) {
   SensorState& state = sensors_[type];
   if (state.sensor == nullptr) return -ENOSYS;
   if (!state.active) {
-    __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s: already disabled.", __func__);
+    ALOGD("%s: already disabled.", __func__);
     return -EINVAL;
   }
   const int result = ASensorEventQueue_disableSensor(event_queue_, state.sensor);
   if (result < 0) {
-    __android_log_print(ANDROID_LOG_ERROR, kLogTag, "%s: Failed to deregister sensor %s", __func__,
-                        GetASensorString(type));
+    ALOGE("%s: Failed to deregister sensor %s", __func__, GetASensorString(type));
     return result;
   }
   state.active = false;
   if (sensors_[OtherThan(type)].active) return result;
   if (poll_started_) {
     StopPoll();
-    __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s: poll stopped.", __func__);
+    ALOGD("%s: poll stopped.", __func__);
   } else {
-    __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s: poll already stopped.", __func__);
+    ALOGD("%s: poll already stopped.", __func__);
   }
   return result;
 }
 
-// Both under the same hold of lock_, with which the poll thread looks whether it is wanted: see
-// SharedPoll for why it cannot miss that it is not.
+// Both under one hold of lock_, which the poll thread takes to see whether it is wanted. SharedPoll
+// says why the thread cannot miss the wake.
 void SensorInfo::StopPoll() {
   poll_started_ = false;
   ALooper_wake(looper_);
@@ -387,15 +348,15 @@ bool SensorInfo::IsPollWanted() {
 
 void SensorInfo::ReadEvents() {
   std::lock_guard<std::mutex> lock(lock_);
-  bool owed = false;
+  bool has_clients = false;
   ASensorEvent event = {};
   while (ASensorEventQueue_getEvents(event_queue_, &event, 1) > 0) {
     const AudioSensorType type = GetAudioSensorType(event.type);
     if (type == UNKNOWN) continue;
     sensors_[type].data = Truncate(event.data[0]);
-    owed |= clients_[type].MarkAll();
+    has_clients |= clients_[type].MarkAll();
   }
-  if (owed) callback_thread_->Start();
+  if (has_clients) callback_thread_->Start();
 }
 
 bool SensorInfo::ReconnectToSensorService() {
@@ -404,8 +365,7 @@ bool SensorInfo::ReconnectToSensorService() {
   if (!InitSensorInterface()) return false;
   for (const AudioSensorType type : std::exchange(pending_sensors_, {})) {
     if (EnableSensor(type) != 0) {
-      __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: client should register proper sensor",
-                          __func__);
+      ALOGW("%s: client should register proper sensor", __func__);
     }
   }
   return true;

@@ -8,7 +8,7 @@ namespace norvik::qel::audio {
 
 namespace {
 
-// Where the standard library's mutex has a destructor to run, it is kept from running.
+// Not destroyed at exit, also where the standard library's mutex has a destructor.
 #if defined(__clang__)
 [[clang::no_destroy]]
 #else

@@ -1,12 +1,15 @@
+#define LOG_TAG "audio_hw_thermal"
+
 #include "thermal/audio_thermal_callback.h"
 
-#include <android/log.h>
+#include <log/log.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <optional>
 #include <utility>
 
+#include "common/owner_thread.h"
 #include "thermal/temperature_name.h"
 
 namespace norvik::qel::audio {
@@ -20,20 +23,9 @@ using ::android::hardware::thermal::V1_0::ThermalStatus;
 using ::android::hardware::thermal::V1_0::ThermalStatusCode;
 using ::android::hardware::thermal::V2_0::Temperature;
 
-constexpr char kLogTag[] = "audio_hw_thermal";
-
 constexpr size_t kExpectedTemperatures = 8;
 
-class ThermalClientCallbackThread : public RepeatedThread {
- public:
-  explicit ThermalClientCallbackThread(AudioThermalCallback* owner)
-      : RepeatedThread("thermal_callback", /*pause_ms=*/0, /*repeat_count=*/0), owner_(owner) {}
-
- private:
-  bool ClientAction() override { return owner_->DispatchToClient(); }
-
-  AudioThermalCallback* const owner_;
-};
+using ThermalClientCallbackThread = OwnerThread<&AudioThermalCallback::DispatchToClient>;
 
 }  // namespace
 
@@ -49,11 +41,12 @@ bool AudioThermalCallback::Initialize(const sp<IThermal>& thermal) {
     std::lock_guard<std::mutex> lock(lock_);
     temperatures_.reserve(kExpectedTemperatures);
     thermal_changed_callback_ = sp<AudioThermalChangedCallback>::make();
-    callback_thread_ = std::make_unique<ThermalClientCallbackThread>(this);
+    callback_thread_ = std::make_unique<ThermalClientCallbackThread>(
+        this, "thermal_callback", /*pause_ms=*/0, /*repeat_count=*/0);
     callback_thread_->Initialize();
     RegisterCallbackToThermal(thermal);
   }
-  // Only now: what the service notifies before is older than what the first client is told anyway.
+  // Only now: a report that comes earlier is older than what the first client receives anyway.
   thermal_changed_callback_->SetAudioThermalCallback(this);
   return true;
 }
@@ -97,12 +90,11 @@ int AudioThermalCallback::AddClientCallback(int id, const ThermalClientInfo& inf
           if (found != temperatures.end()) present = *found;
         });
     if (!answered.isOk()) {
-      __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: Transaction failed.", __func__);
+      ALOGW("%s: Transaction failed.", __func__);
     }
     if (!present) {
-      __android_log_print(ANDROID_LOG_DEBUG, kLogTag,
-                          "%s: name(%s) can't be found in service supported list", __func__,
-                          info.temperature_name.c_str());
+      ALOGD("%s: name(%s) can't be found in service supported list", __func__,
+            info.temperature_name.c_str());
       return -EINVAL;
     }
     clients_.emplace(id, info);
@@ -141,12 +133,11 @@ void AudioThermalCallback::RegisterCallbackToThermal(const sp<IThermal>& thermal
       thermal_changed_callback_, /*filterType=*/true, supported_temperature_type_,
       [&status](const ThermalStatus& answer) { status = answer; });
   if (status.code != ThermalStatusCode::SUCCESS) {
-    __android_log_print(ANDROID_LOG_WARN, kLogTag,
-                        "%s: Failed to register thermal callback with type %d: %s", __func__,
-                        static_cast<int>(supported_temperature_type_), status.debugMessage.c_str());
+    ALOGW("%s: Failed to register thermal callback with type %d: %s", __func__,
+          static_cast<int>(supported_temperature_type_), status.debugMessage.c_str());
   }
   if (!answered.isOk()) {
-    __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: Transaction failed.", __func__);
+    ALOGW("%s: Transaction failed.", __func__);
   }
 }
 
@@ -155,11 +146,10 @@ void AudioThermalCallback::DeregisterCallbackToThermal(const sp<IThermal>& therm
   const Return<void> answered = thermal->unregisterThermalChangedCallback(
       thermal_changed_callback_, [&status](const ThermalStatus& answer) { status = answer; });
   if (status.code != ThermalStatusCode::SUCCESS) {
-    __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: Failed to unregister thermal callback: %s",
-                        __func__, status.debugMessage.c_str());
+    ALOGW("%s: Failed to unregister thermal callback: %s", __func__, status.debugMessage.c_str());
   }
   if (!answered.isOk()) {
-    __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: Transaction failed. ", __func__);
+    ALOGW("%s: Transaction failed. ", __func__);
   }
 }
 

@@ -10,14 +10,13 @@ AudioThermalChangedCallback::~AudioThermalChangedCallback() = default;
 
 void AudioThermalChangedCallback::SetAudioThermalCallback(
     AudioThermalCallback* audio_thermal_callback) {
-  std::lock_guard<std::mutex> lock(lock_);
-  audio_thermal_callback_ = audio_thermal_callback;
+  audio_thermal_callback_.Set(audio_thermal_callback);
 }
 
 ::android::hardware::Return<void> AudioThermalChangedCallback::notifyThrottling(
     const ::android::hardware::thermal::V2_0::Temperature& temperature) {
-  std::lock_guard<std::mutex> lock(lock_);
-  if (audio_thermal_callback_ != nullptr) audio_thermal_callback_->UpdateTemperature(temperature);
+  audio_thermal_callback_.Visit(
+      [&](AudioThermalCallback& callback) { callback.UpdateTemperature(temperature); });
   return ::android::hardware::Void();
 }
 

@@ -3,20 +3,17 @@
 #include <android/hardware/thermal/2.0/IThermalChangedCallback.h>
 #include <hidl/Status.h>
 
-#include <mutex>
-
-#include "common/thread_annotations.h"
+#include "common/back_pointer.h"
 
 namespace norvik::qel::audio {
 
 class AudioThermalCallback;
 
-// What the thermal service calls when a severity changes. It outlives the object that it tells, as
-// long as the service holds it.
+// The callback that an AudioThermalCallback registers with the thermal service. The service may
+// keep it longer than the AudioThermalCallback lives; from then on it does nothing.
 //
-// Threads: notifications come on the process's binder threads.
-// Locks: lock_ comes before AudioThermalCallback's. It is held while that object is told, so that
-// SetAudioThermalCallback(nullptr) waits for a notification that is under way.
+// Threads: reports arrive on the process's binder threads.
+// Locks: the back pointer's, then the AudioThermalCallback's.
 class AudioThermalChangedCallback
     : public ::android::hardware::thermal::V2_0::IThermalChangedCallback {
  public:
@@ -25,16 +22,14 @@ class AudioThermalChangedCallback
   AudioThermalChangedCallback(const AudioThermalChangedCallback&) = delete;
   AudioThermalChangedCallback& operator=(const AudioThermalChangedCallback&) = delete;
 
-  // Whom to tell from now on; nobody when null. Not owned.
-  void SetAudioThermalCallback(AudioThermalCallback* audio_thermal_callback) QEL_EXCLUDES(lock_);
+  // The receiver of reports; null for none. Waits for a report that is being handled.
+  void SetAudioThermalCallback(AudioThermalCallback* audio_thermal_callback);
 
   ::android::hardware::Return<void> notifyThrottling(
-      const ::android::hardware::thermal::V2_0::Temperature& temperature) override
-      QEL_EXCLUDES(lock_);
+      const ::android::hardware::thermal::V2_0::Temperature& temperature) override;
 
  private:
-  std::mutex lock_;
-  AudioThermalCallback* audio_thermal_callback_ QEL_GUARDED_BY(lock_) = nullptr;
+  BackPointer<AudioThermalCallback> audio_thermal_callback_;
 };
 
 }  // namespace norvik::qel::audio

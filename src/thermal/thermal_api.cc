@@ -1,4 +1,6 @@
-#include <android/log.h>
+#define LOG_TAG "audio_hw_thermal_api"
+
+#include <log/log.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -10,14 +12,16 @@
 #include <string_view>
 #include <vector>
 
+#include "common/handle.h"
 #include "quorvel.h"
 #include "thermal/thermal_info.h"
 
 namespace {
 
+using norvik::qel::audio::DeinitHandle;
+using norvik::qel::audio::DumpHandle;
+using norvik::qel::audio::InitHandle;
 using norvik::qel::audio::ThermalInfo;
-
-constexpr char kLogTag[] = "audio_hw_thermal_api";
 
 // For an export of that name.
 int GetLimits(const char* function, void* handle, std::vector<int> (ThermalInfo::*getter)(bool),
@@ -26,7 +30,7 @@ int GetLimits(const char* function, void* handle, std::vector<int> (ThermalInfo:
   const std::vector<int> severities = (static_cast<ThermalInfo*>(handle)->*getter)(use_cached);
   // As unsigned numbers on purpose: a negative size counts as room enough.
   if (static_cast<uint64_t>(int64_t{*size}) < severities.size()) {
-    __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: size isn't enough! (%d)", function, *size);
+    ALOGW("%s: size isn't enough! (%d)", function, *size);
     return -EINVAL;
   }
   *size = static_cast<int>(severities.size());
@@ -38,8 +42,8 @@ thermistor ToThermistor(const char* function, const ThermalInfo::Temperature& te
   thermistor reading = {};
   const std::string_view name = temperature.name.c_str();
   if (name.size() >= sizeof reading.name) {
-    __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: string size exceed the maximum. %s %d",
-                        function, name.data(), static_cast<int>(sizeof reading.name));
+    ALOGW("%s: string size exceed the maximum. %s %d", function, name.data(),
+          static_cast<int>(sizeof reading.name));
   }
   name.copy(reading.name, sizeof reading.name - 1);
   reading.value = temperature.value;
@@ -51,28 +55,15 @@ thermistor ToThermistor(const char* function, const ThermalInfo::Temperature& te
 extern "C" {
 
 void InitThermalInfo(void** handle) {
-  if (handle == nullptr) return;
-  auto* thermal_info = new ThermalInfo;
-  if (thermal_info->Initialize()) {
-    *handle = thermal_info;
-    return;
-  }
-  thermal_info->Deinitialize();
-  delete thermal_info;
-  *handle = nullptr;
-  __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: unable to initialize ThermalInfo.", __func__);
+  if (!InitHandle<ThermalInfo>(handle)) ALOGW("%s: unable to initialize ThermalInfo.", __func__);
 }
 
 void DeinitThermalInfo(void** handle) {
-  if (handle == nullptr || *handle == nullptr) return;
-  auto* thermal_info = static_cast<ThermalInfo*>(*handle);
-  thermal_info->Deinitialize();
-  delete thermal_info;
-  *handle = nullptr;
+  DeinitHandle<ThermalInfo>(handle);
 }
 
 void DumpThermalInfo(void* handle, int fd) {
-  if (handle != nullptr) static_cast<ThermalInfo*>(handle)->Dump(fd);
+  DumpHandle<ThermalInfo>(handle, fd);
 }
 
 int GetBatteryChargeLimitCurrent(void* handle, int* values, int* size, bool use_cached) {
@@ -121,8 +112,8 @@ int GetBulkTemperatureByNames(void* handle, const char** names, int count, therm
       count == 0 || *out_count == 0) {
     return -EINVAL;
   }
-  // A caller that counts like this has lost its way, and a length error of the standard library
-  // would travel through callers that know no exceptions.
+  // A caller's bug. The standard library's length error would propagate through callers that are
+  // built without exceptions.
   if (count < 0) abort();
   const size_t name_count = static_cast<size_t>(count);
   if (std::find(names, names + name_count, nullptr) != names + name_count) return -EINVAL;
@@ -130,14 +121,12 @@ int GetBulkTemperatureByNames(void* handle, const char** names, int count, therm
 
   const auto temperatures = static_cast<ThermalInfo*>(handle)->GetBulkTemperatureByNames(views);
   if (!temperatures) {
-    __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: requested thermisor isn't existed",
-                        __func__);
+    ALOGW("%s: requested thermisor isn't existed", __func__);
     return -EINVAL;
   }
   const int reading_count = static_cast<int>(temperatures->size());
   if (*out_count < reading_count) {
-    __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: reply size isn't enough %d %d", __func__,
-                        *out_count, reading_count);
+    ALOGW("%s: reply size isn't enough %d %d", __func__, *out_count, reading_count);
     return -EINVAL;
   }
   for (const auto& temperature : *temperatures) *out++ = ToThermistor(__func__, temperature);

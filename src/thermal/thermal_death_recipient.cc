@@ -9,14 +9,12 @@ ThermalDeathRecipient::ThermalDeathRecipient(ThermalInfo* owner) : thermal_info_
 ThermalDeathRecipient::~ThermalDeathRecipient() = default;
 
 void ThermalDeathRecipient::Detach() {
-  std::lock_guard<std::mutex> lock(lock_);
-  thermal_info_ = nullptr;
+  thermal_info_.Set(nullptr);
 }
 
 void ThermalDeathRecipient::serviceDied(
     uint64_t /*cookie*/, const ::android::wp<::android::hidl::base::V1_0::IBase>& /*who*/) {
-  std::lock_guard<std::mutex> lock(lock_);
-  if (thermal_info_ != nullptr) thermal_info_->ThermalServiceDied();
+  thermal_info_.Visit([](ThermalInfo& thermal_info) { thermal_info.ThermalServiceDied(); });
 }
 
 }  // namespace norvik::qel::audio

@@ -1,14 +1,17 @@
+#define LOG_TAG "audio_hw_thermal"
+
 #include "thermal/thermal_info.h"
 
 #include <aidl/android/hardware/thermal/IThermal.h>
 #include <android/binder_ibinder.h>
 #include <android/binder_manager.h>
-#include <android/log.h>
+#include <log/log.h>
 
 #include <cstdint>
 
 #include "common/dump_writer.h"
 #include "common/live_objects.h"
+#include "common/owner_thread.h"
 
 namespace norvik::qel::audio {
 
@@ -18,31 +21,10 @@ using ::android::sp;
 using ::android::hardware::Return;
 using AidlThermal = ::aidl::android::hardware::thermal::IThermal;
 
-constexpr char kLogTag[] = "audio_hw_thermal";
-
 constexpr size_t kExpectedTypes = 8;
 
-class ThermalReconnectedThread : public RepeatedThread {
- public:
-  explicit ThermalReconnectedThread(ThermalInfo* owner)
-      : RepeatedThread("thermal_reconnect", /*pause_ms=*/30, /*repeat_count=*/5), owner_(owner) {}
-
- private:
-  bool ClientAction() override { return owner_->ReconnectToThermalService(); }
-
-  ThermalInfo* const owner_;
-};
-
-class ThermalRestoreCallbackThread : public RepeatedThread {
- public:
-  explicit ThermalRestoreCallbackThread(ThermalInfo* owner)
-      : RepeatedThread("thermal_restore", /*pause_ms=*/1000, /*repeat_count=*/10), owner_(owner) {}
-
- private:
-  bool ClientAction() override { return owner_->RestorePendingThermalCallback(); }
-
-  ThermalInfo* const owner_;
-};
+using ThermalReconnectedThread = OwnerThread<&ThermalInfo::ReconnectToThermalService>;
+using ThermalRestoreCallbackThread = OwnerThread<&ThermalInfo::RestorePendingThermalCallback>;
 
 }  // namespace
 
@@ -56,9 +38,11 @@ ThermalInfo::~ThermalInfo() = default;
 bool ThermalInfo::Initialize() {
   {
     std::lock_guard<std::mutex> lock(lock_);
-    reconnect_thread_ = std::make_unique<ThermalReconnectedThread>(this);
+    reconnect_thread_ = std::make_unique<ThermalReconnectedThread>(
+        this, "thermal_reconnect", /*pause_ms=*/30, /*repeat_count=*/5);
     reconnect_thread_->Initialize();
-    restore_thread_ = std::make_unique<ThermalRestoreCallbackThread>(this);
+    restore_thread_ = std::make_unique<ThermalRestoreCallbackThread>(
+        this, "thermal_restore", /*pause_ms=*/1000, /*repeat_count=*/10);
     restore_thread_->Initialize();
     thermal_callbacks_.reserve(kExpectedTypes);
   }
@@ -70,37 +54,37 @@ void ThermalInfo::Deinitialize() {
   sp<ThermalDeathRecipient> death_recipient;
   {
     std::lock_guard<std::mutex> lock(lock_);
-    // A death recipient that is made from now on, by what a client calls, tells nobody.
+    // A death recipient that a client's call creates from now on notifies no object.
     deinitializing_ = true;
     death_recipient = thermal_death_recipient_;
   }
-  // With no lock held: the workers' actions take lock_, and so does a notice that is under way.
+  // With no lock held: the workers' actions take lock_, and so does a notification under way.
   if (reconnect_thread_ != nullptr) reconnect_thread_->Deinitialize();
   if (restore_thread_ != nullptr) restore_thread_->Deinitialize();
   if (death_recipient != nullptr) death_recipient->Detach();
-  Callbacks callbacks;
+  LeavingCallbacks::Callbacks callbacks;
   {
     std::lock_guard<std::mutex> lock(lock_);
     bcl_temperatures_.clear();
     if (thermal_ != nullptr) {
       const Return<bool> unlinked = thermal_->unlinkToDeath(thermal_death_recipient_);
       if (!unlinked.isOk()) {
-        __android_log_print(ANDROID_LOG_WARN, kLogTag, "Failed to unlink to death (HIDL): %s",
-                            unlinked.description().c_str());
+        ALOGW("Failed to unlink to death (HIDL): %s", unlinked.description().c_str());
       }
     }
     for (auto& callback : thermal_callbacks_) Leave(std::move(callback));
     thermal_callbacks_.clear();
-    callbacks = TakeAllLeft();
+    callbacks = leaving_callbacks_.TakeAll();
   }
-  Stop(callbacks);
-  // An AIDL notice may still be running, or about to: neither unlinking nor deleting waits for it.
+  LeavingCallbacks::Join(callbacks);
+  // An AIDL death notification may be running, or about to run: neither unlinking nor deleting
+  // waits for it.
   LiveObjects<ThermalInfo>::Shared().Remove(this);
 }
 
 bool ThermalInfo::GetThermalService() {
   if (!ConnectToThermalService()) return false;
-  // A link that a death has refused brings no notice, so this stands for it.
+  // No notification comes for a link that a death has refused: this replaces it.
   if (thermal_service_died_) reconnect_thread_->Start();
   return true;
 }
@@ -111,8 +95,7 @@ bool ThermalInfo::ConnectToThermalService() {
   if (!ConnectToAidlService(died) && !ConnectToHidlService(died)) return false;
   if (thermal_service_died_) {
     thermal_service_died_ = false;
-    __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s: recover thermal service connection",
-                        "GetThermalService");
+    ALOGD("%s: recover thermal service connection", "GetThermalService");
   }
   if (died) {
     // Registering would fail, too. The next connection does it.
@@ -131,14 +114,13 @@ bool ThermalInfo::ConnectToLivingService() {
 bool ThermalInfo::ConnectToAidlService(bool& died) {
   const std::string instance = std::string(AidlThermal::descriptor) + "/default";
   if (!AServiceManager_isDeclared(instance.c_str())) {
-    __android_log_print(ANDROID_LOG_WARN, kLogTag, "Thermal AIDL service is not declared");
+    ALOGW("Thermal AIDL service is not declared");
     return false;
   }
   const ndk::SpAIBinder binder(AServiceManager_checkService(instance.c_str()));
   const std::shared_ptr<AidlThermal> service = AidlThermal::fromBinder(binder);
   if (service == nullptr) {
-    __android_log_print(ANDROID_LOG_WARN, kLogTag,
-                        "Unable to get Thermal AIDL service, this will be retried...");
+    ALOGW("Unable to get Thermal AIDL service, this will be retried...");
     return false;
   }
   const sp<ThermalHidlWrapper> wrapper = sp<ThermalHidlWrapper>::make(service);
@@ -146,14 +128,14 @@ bool ThermalInfo::ConnectToAidlService(bool& died) {
   wrapper_ = wrapper;
   if (aidl_death_recipient_.get() == nullptr) {
     aidl_death_recipient_.set(AIBinder_DeathRecipient_new(onThermalAidlBinderDied));
-    // The cookie is not owned, so there is nothing to do when a link ends; but without this the
-    // platform writes a warning at every link.
+    // The cookie is not owned, so nothing has to be done when a link ends. Without this callback
+    // the platform logs a warning at every link.
     AIBinder_DeathRecipient_setOnUnlinked(aidl_death_recipient_.get(), [](void* /*cookie*/) {});
   }
   const binder_status_t link =
       AIBinder_linkToDeath(service->asBinder().get(), aidl_death_recipient_.get(), this);
   if (link != STATUS_OK) {
-    __android_log_print(ANDROID_LOG_WARN, kLogTag, "Failed to link to death (AIDL): %d", link);
+    ALOGW("Failed to link to death (AIDL): %d", link);
   }
   died = link == STATUS_DEAD_OBJECT;
   return true;
@@ -167,8 +149,7 @@ bool ThermalInfo::ConnectToHidlService(bool& died) {
   }
   const Return<bool> link = service->linkToDeath(thermal_death_recipient_, /*cookie=*/0);
   if (!link.isOk()) {
-    __android_log_print(ANDROID_LOG_WARN, kLogTag, "Failed to link to death (HIDL): %s",
-                        link.description().c_str());
+    ALOGW("Failed to link to death (HIDL): %s", link.description().c_str());
   }
   died = link.isOk() ? !static_cast<bool>(link) : link.isDeadObject();
   thermal_ = service;
@@ -193,8 +174,8 @@ void ThermalInfo::onThermalAidlBinderDied(void* cookie) {
 void ThermalInfo::HandleAidlDeathNotification() {
   {
     std::lock_guard<std::mutex> lock(lock_);
-    // The notice can be one for an earlier object at this address. Making the link anew then would
-    // leave this object's callbacks registered with a living service twice.
+    // The notification can be for an earlier object at this address. To connect again would then
+    // register this object's callbacks with a living service twice.
     if (wrapper_ == nullptr || wrapper_->IsServiceAlive()) return;
     thermal_service_died_ = true;
   }

@@ -22,10 +22,10 @@ ThermalListeners::ThermalListeners(const ThermalClients& clients) {
 }
 
 void ThermalListeners::Call(const std::vector<Temperature>& oldest_first) const {
-  std::vector<std::optional<int>> severities;  // by name; nothing where there is no record
+  std::vector<std::optional<int>> severities;  // by name; nullopt without a record
   severities.reserve(names_.size());
   for (const std::string& name : names_) {
-    // The oldest on purpose, and one call at most: the later ones of a run are dropped.
+    // The oldest on purpose, and at most one call: the later records of a run are dropped.
     const auto oldest = std::find_if(
         oldest_first.begin(), oldest_first.end(),
         [&name](const Temperature& temperature) { return NameOf(temperature) == name; });

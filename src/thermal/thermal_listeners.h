@@ -19,9 +19,9 @@ struct ThermalClientInfo {
 
 using ThermalClients = std::unordered_map<int, ThermalClientInfo>;  // by id
 
-// Clients as a dispatch goes through them: each name is looked for once, however many listen to it.
+// The clients as a dispatch needs them: each name is searched once, however many clients have it.
 //
-// Threads: any; never changed once it is made.
+// Threads: any; immutable.
 class ThermalListeners {
  public:
   explicit ThermalListeners(const ThermalClients& clients);
@@ -36,7 +36,7 @@ class ThermalListeners {
     size_t name;  // which of names_
   };
 
-  std::vector<std::string> names_;  // every one once
+  std::vector<std::string> names_;  // without duplicates
   std::vector<Listener> listeners_;
 };
 

@@ -1,6 +1,7 @@
-// What ThermalInfo asks the service for when somebody wants to know: the battery's charge limits,
-// and temperatures in bulk.
-#include <android/log.h>
+// ThermalInfo's queries: battery charge limits, and temperatures in bulk.
+#define LOG_TAG "audio_hw_thermal"
+
+#include <log/log.h>
 
 #include <algorithm>
 #include <utility>
@@ -17,10 +18,8 @@ using ::android::hardware::Return;
 using ::android::hardware::thermal::V1_0::ThermalStatus;
 using ::android::hardware::thermal::V1_0::ThermalStatusCode;
 
-constexpr char kLogTag[] = "audio_hw_thermal";
-
 constexpr int kBatteryChargeLimitCapacity = 16;
-// What the names of those that concern audio have in them.
+// Part of the names of the limits that concern audio.
 constexpr std::string_view kAudio = "AUDIO";
 
 }  // namespace
@@ -54,7 +53,7 @@ std::vector<int> ThermalInfo::FilterBCLData(const TemperatureType& type) {
 void ThermalInfo::GetCurrentBCLFromThermalService() {
   std::lock_guard<std::mutex> lock(lock_);
   if (!GetThermalService()) {
-    __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: unable to get a thermal client.", __func__);
+    ALOGW("%s: unable to get a thermal client.", __func__);
     return;
   }
   bcl_temperatures_.clear();
@@ -69,14 +68,14 @@ void ThermalInfo::GetCurrentBCLFromThermalService() {
       }
     }
   };
-  // Both or nothing: half of the limits would look like all of them.
+  // Both or none: half of the limits would look like all of them.
   if (thermal_->getCurrentTemperatures(/*filterType=*/true, TemperatureType::BCL_VOLTAGE, keep)
           .isOk() &&
       thermal_->getCurrentTemperatures(/*filterType=*/true, TemperatureType::BCL_CURRENT, keep)
           .isOk()) {
     bcl_temperatures_ = std::move(limits);
   } else {
-    __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: Transaction failed.", __func__);
+    ALOGW("%s: Transaction failed.", __func__);
   }
 }
 
@@ -107,7 +106,7 @@ std::optional<std::vector<ThermalInfo::Temperature>> ThermalInfo::GetBulkTempera
         }
       });
   if (!answered.isOk()) {
-    __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s: Transaction failed.", __func__);
+    ALOGW("%s: Transaction failed.", __func__);
   }
   return found;
 }

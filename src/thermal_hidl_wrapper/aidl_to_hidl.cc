@@ -13,7 +13,7 @@ namespace V2_0 = ::android::hardware::thermal::V2_0;
 
 constexpr float kNotAvailable = std::numeric_limits<float>::quiet_NaN();
 
-// Compared without a sign, so that what is below the range is out of it as well.
+// Compared as unsigned, so that negative values are out of range, too.
 template <typename Hidl, typename Aidl>
 Hidl ToHidlType(Aidl type, Hidl last, Hidl otherwise) {
   const auto value = static_cast<uint32_t>(type);
@@ -24,9 +24,8 @@ V2_0::TemperatureType ToHidlType(TemperatureType type) {
   return ToHidlType(type, V2_0::TemperatureType::NPU, V2_0::TemperatureType::UNKNOWN);
 }
 
-// The service is asked for one entry per severity, by a rule that nothing enforces. What it leaves
-// out is not available, which the service itself would write as NaN; to read it by position alone
-// would be to read memory of somebody else's.
+// The interface asks for one entry per severity, and nothing enforces it. Missing entries become
+// NaN, the interface's value for "not available".
 void CopyThresholds(const std::vector<float>& from, ::android::hardware::hidl_array<float, 7>& to) {
   for (size_t i = 0; i < to.size(); ++i) to[i] = i < from.size() ? from[i] : kNotAvailable;
 }

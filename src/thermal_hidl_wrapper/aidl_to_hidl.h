@@ -11,7 +11,7 @@ namespace aidl::android::hardware::thermal {
 // A type that HIDL 2.0 does not know becomes UNKNOWN.
 ::android::hardware::thermal::V2_0::Temperature ToHidl(const Temperature& temperature);
 
-// As above. There is no threshold for virtual reality in AIDL: it is NaN.
+// As above. AIDL has no threshold for virtual reality: it becomes NaN.
 ::android::hardware::thermal::V2_0::TemperatureThreshold ToHidl(
     const TemperatureThreshold& threshold);
 

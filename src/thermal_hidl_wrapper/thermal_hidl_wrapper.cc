@@ -37,7 +37,7 @@ V1_0::ThermalStatus Failure(const char* message) {
   return {.code = V1_0::ThermalStatusCode::FAILURE, .debugMessage = message};
 }
 
-// A call may come back without a status object, which the getters must not be asked about.
+// A call may return a null status, which the getters must not receive.
 bool IsOk(const ndk::ScopedAStatus& status) {
   return status.get() != nullptr && AStatus_isOk(status.get());
 }
@@ -47,7 +47,7 @@ V1_0::ThermalStatus ToThermalStatus(const ndk::ScopedAStatus& status) {
   return Failure(status.get() != nullptr ? AStatus_getMessage(status.get()) : "");
 }
 
-// What the three queries do with the service's answer.
+// The end of the three queries: converts the service's answer.
 template <typename Hidl, typename Aidl, typename Callback>
 Return<void> Answer(const ndk::ScopedAStatus& status, const std::vector<Aidl>& records,
                     const Callback& callback) {
@@ -67,7 +67,7 @@ ThermalHidlWrapper::ThermalHidlWrapper(
     : thermal_service_(thermal_service) {}
 
 ThermalHidlWrapper::~ThermalHidlWrapper() {
-  // The latest first; a vector's own order is the standard library's choice.
+  // The newest first: a vector's own order of destruction is unspecified.
   while (!callback_wrappers_.empty()) callback_wrappers_.pop_back();
 }
 
@@ -86,8 +86,8 @@ Return<void> ThermalHidlWrapper::getCoolingDevices(getCoolingDevices_cb callback
   return Void();
 }
 
-// In the queries and in registering and unregistering, a null service is reported and then used all
-// the same: the report is a diagnosis of a broken caller, not an outcome that one may live with.
+// Queries, registration and unregistration report a null service and then use it all the same: the
+// report diagnoses a caller's bug, it is not a result to continue with.
 Return<void> ThermalHidlWrapper::getCurrentTemperatures(bool filter_type, HidlTemperatureType type,
                                                         getCurrentTemperatures_cb callback) {
   if (thermal_service_ == nullptr) callback(Failure(kNotInitialized), {});
@@ -129,7 +129,7 @@ Return<void> ThermalHidlWrapper::registerThermalChangedCallback(
     result(Failure(kNullCallback));
     return Void();
   }
-  // Before the lock, so that one that is not kept goes after it: no reference is released under it.
+  // Declared before the lock: a wrapper that is not kept is released with the lock free.
   std::shared_ptr<IThermalChangedCallbackWrapper> wrapper;
   std::lock_guard<std::mutex> lock(lock_);
   if (Find(callback) != callback_wrappers_.end()) {
@@ -183,8 +183,7 @@ Return<void> ThermalHidlWrapper::debug(const hidl_handle& handle,
                                        const hidl_vec<hidl_string>& options) {
   const native_handle_t* const native = handle.getNativeHandle();
   if (native == nullptr || native->numFds <= 0) return Void();
-  // Left to the service for good, texts and array: a local one may keep what it is given. A few
-  // bytes for each time that somebody asks for a dump.
+  // Leaked on purpose: a local service may keep the pointers. A few bytes per dump.
   const char** const arguments = new const char*[options.size()];
   for (size_t i = 0; i < options.size(); ++i) arguments[i] = strdup(options[i].c_str());
   static_cast<void>(
@@ -199,7 +198,7 @@ ThermalHidlWrapper::IThermalChangedCallbackWrapper::IThermalChangedCallbackWrapp
 ndk::ScopedAStatus ThermalHidlWrapper::IThermalChangedCallbackWrapper::notifyThrottling(
     const Temperature& temperature) {
   const Return<void> forwarded = callback_hidl_->notifyThrottling(ToHidl(temperature));
-  // Asked for the sake of asking: a failed Return that nobody has looked at ends the process.
+  // Checked and dropped: a failed Return that was never checked ends the process.
   static_cast<void>(forwarded.isOk());
   return ndk::ScopedAStatus::ok();
 }

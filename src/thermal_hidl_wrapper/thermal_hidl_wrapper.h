@@ -16,21 +16,21 @@
 
 namespace aidl::android::hardware::thermal {
 
-// An AIDL thermal service seen as HIDL thermal 2.0, so that the logic on top exists once.
+// An adapter that shows an AIDL thermal service as HIDL thermal 2.0, so that the thermal logic is
+// written once.
 //
-// Outcomes travel in the ThermalStatus that the result callbacks get; the transport is always ok,
-// and nothing is logged. Records are converted one by one, in order. What HIDL 2.0 has no name for
-// becomes TemperatureType::UNKNOWN or CoolingType::COMPONENT. The operations of HIDL 1.0 are
+// Results are in the ThermalStatus that the result callbacks receive; the transport is always ok,
+// and nothing is logged. Records are converted one by one, in order. Types that HIDL 2.0 does not
+// have become TemperatureType::UNKNOWN or CoolingType::COMPONENT. The operations of HIDL 1.0 are
 // refused.
 //
-// The service handle must not be null: whoever makes the wrapper has to look. (With a null one the
-// operations of HIDL 2.0 report so, and go on to whatever comes of using it. Those of HIDL 1.0 need
-// no service.)
+// The service must not be null: the caller checks. (With a null service the operations of HIDL 2.0
+// report the error and then dereference it. Those of HIDL 1.0 need no service.)
 //
 // Threads: any. Result callbacks run on the caller's thread, before the call returns.
-// Locks: lock_ guards the list of callbacks. It is held while one is registered or unregistered,
-// with the call to the service and the result callback: that must not register or unregister with
-// the same wrapper. Queries and notifications take no lock.
+// Locks: lock_ guards the list of callbacks. It is held during a registration or unregistration,
+// including the call to the service and the result callback, which must not register or unregister
+// with the same wrapper. Queries and reports take no lock.
 class ThermalHidlWrapper : public ::android::hardware::thermal::V2_0::IThermal {
  public:
   template <typename T>
@@ -39,10 +39,10 @@ class ThermalHidlWrapper : public ::android::hardware::thermal::V2_0::IThermal {
   using HidlTemperatureType = ::android::hardware::thermal::V2_0::TemperatureType;
   using HidlCoolingType = ::android::hardware::thermal::V2_0::CoolingType;
 
-  // The bare name IThermal means the HIDL base in here.
+  // In this class the bare name IThermal is the HIDL base.
   explicit ThermalHidlWrapper(
       const std::shared_ptr<::aidl::android::hardware::thermal::IThermal>& thermal_service);
-  // Callbacks that are still registered stay so, and go on being notified: the service holds them.
+  // Registered callbacks stay registered and continue to receive reports: the service holds them.
   ~ThermalHidlWrapper() override;
   ThermalHidlWrapper(const ThermalHidlWrapper&) = delete;
   ThermalHidlWrapper& operator=(const ThermalHidlWrapper&) = delete;
@@ -65,11 +65,11 @@ class ThermalHidlWrapper : public ::android::hardware::thermal::V2_0::IThermal {
   Return<void> getCurrentCoolingDevices(bool filter_type, HidlCoolingType type,
                                         getCurrentCoolingDevices_cb callback) override;
 
-  // Whether the service's process is still running, as far as this process has been told. It is
-  // false by the time that a death notice runs.
+  // Whether the service's process is alive, as far as this process knows. False by the time a death
+  // notification runs.
   bool IsServiceAlive() const;
 
-  // Has the service write its dump to the first descriptor of `handle`.
+  // Asks the service to write its dump to the first descriptor of `handle`.
   Return<void> debug(
       const ::android::hardware::hidl_handle& handle,
       const ::android::hardware::hidl_vec<::android::hardware::hidl_string>& options) override;
@@ -89,15 +89,14 @@ class ThermalHidlWrapper : public ::android::hardware::thermal::V2_0::IThermal {
   Wrappers callback_wrappers_ QEL_GUARDED_BY(lock_);
 };
 
-// A HIDL callback as the AIDL service knows it. Held by the wrapper and by the service; the last of
-// them to let go ends it.
+// A HIDL callback as the AIDL service knows it. The wrapper and the service share its ownership.
 //
-// Threads: notifications come on the process's binder threads.
+// Threads: reports arrive on the process's binder threads.
 class ThermalHidlWrapper::IThermalChangedCallbackWrapper : public BnThermalChangedCallback {
  public:
   explicit IThermalChangedCallbackWrapper(const ::android::sp<HidlCallback>& callback);
 
-  // Always ok: how the HIDL callback fares is none of the service's business.
+  // Always ok: a failure of the HIDL callback does not concern the service.
   ndk::ScopedAStatus notifyThrottling(const Temperature& temperature) override;
 
   const ::android::sp<HidlCallback>& callback_hidl() const { return callback_hidl_; }

@@ -380,7 +380,7 @@ TEST_F(LinuxHealthTest, UnannouncedChangesAreFoundWhileAClientListensAndOnlyThen
   machine_->Add("BAT0", kGoodBattery);
   linux_machine::Health health(nullptr, {.period = std::chrono::milliseconds(2)});
   health.Start();
-  ASSERT_EQ(RegisterBatteryLevelCallback(handle_, Hear, &levels_), 0);
+  ASSERT_EQ(RegisterBatteryLevelCallback(handle_, PutValue, &levels_), 0);
   ASSERT_EQ(levels_.Take(), 73);
   machine_->Set("BAT0", "capacity", "64\n");
   EXPECT_EQ(levels_.Take(), 64);

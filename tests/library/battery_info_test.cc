@@ -46,8 +46,8 @@ TEST_F(BatteryInfoTest, TheFirstClientLinksAndHearsTheValueTheServiceReports) {
   EXPECT_EQ(seen_.Take(), (Call{0, 55}));
   EXPECT_EQ(GetBatteryLevel(handle_, true), 55);
   EXPECT_EQ(GetBatteryCycleCount(handle_, true), 7);
-  EXPECT_EQ(GetWirelessChargerIsOnline(handle_, true), 0) << "0 while online";
-  EXPECT_EQ(GetDockChargerIsOnline(handle_, true), 1) << "1 while not";
+  EXPECT_EQ(GetWirelessChargerIsOnline(handle_, true), QUORVEL_CHARGER_ONLINE);
+  EXPECT_EQ(GetDockChargerIsOnline(handle_, true), QUORVEL_CHARGER_OFFLINE);
   EXPECT_EQ(DumpOf(handle_),
             "BatteryInfo:\n"
             "  linked to services = T\n"

@@ -9,6 +9,13 @@
 
 #include "quorvel.h"
 
+/* Programs that were built with other values would misread the library. */
+_Static_assert(QUORVEL_BATTERY_UNKNOWN == -1, "no value");
+_Static_assert(QUORVEL_CHARGER_ONLINE == 0 && QUORVEL_CHARGER_OFFLINE == 1, "inverted");
+_Static_assert(QUORVEL_THERMAL_TYPE_UNKNOWN == -1, "no type");
+_Static_assert(QUORVEL_THERMAL_TYPE_CPU == 0 && QUORVEL_THERMAL_TYPE_NPU == 9, "types");
+_Static_assert(QUORVEL_THROTTLING_NONE == 0 && QUORVEL_THROTTLING_SHUTDOWN == 6, "severities");
+
 static int failures = 0;
 
 static void Check(int ok, const char* what, int line) {
@@ -65,7 +72,7 @@ static void TestBatteryWithoutAService(void) {
   void* handle = NULL;
   InitBatteryInfo(&handle);
   for (size_t i = 0; i < sizeof kProperties / sizeof kProperties[0]; ++i) {
-    CHECK(kProperties[i].get(handle, true) == -1);
+    CHECK(kProperties[i].get(handle, true) == QUORVEL_BATTERY_UNKNOWN);
     CHECK(kProperties[i].get(handle, false) == -EAGAIN);
     CHECK(kProperties[i].enlist(handle, OnValue, &value) == 0);
     CHECK(kProperties[i].enlist(handle, OnValue, NULL) == -EINVAL);
@@ -144,8 +151,9 @@ static void TestThermal(void) {
   CHECK(size == 0);
   CHECK(GetBatteryChargeLimitVoltage(handle, &value, NULL, true) == -EINVAL);
   CHECK(GetBatteryChargeLimitCapacity(handle) == 16);
-  CHECK(GetThermalTypeByName(handle, "NPU") == 9);
-  CHECK(GetThrottlingSeverityByName(handle, "SHUTDOWN") == 6);
+  CHECK(GetThermalTypeByName(handle, "NPU") == QUORVEL_THERMAL_TYPE_NPU);
+  CHECK(GetThermalTypeByName(handle, "npu") == QUORVEL_THERMAL_TYPE_UNKNOWN);
+  CHECK(GetThrottlingSeverityByName(handle, "SHUTDOWN") == QUORVEL_THROTTLING_SHUTDOWN);
   const char* names[] = {"skin"};
   thermistor reading = {.name = "untouched"};
   int count = 1;

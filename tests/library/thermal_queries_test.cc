@@ -5,6 +5,8 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -31,13 +33,24 @@ using ThermalUnreachableTest = ThermalFixture;
 INSTANTIATE_TEST_SUITE_P(, ThermalQueriesTest,
                          testing::Values(ThermalPath::kAidl, ThermalPath::kHidl), PathName);
 
-TEST_F(ThermalNamesTest, NumbersAreThePlatforms) {
-  const std::array types = {
-      "CPU",         "GPU",         "BATTERY",        "SKIN", "USB_PORT", "POWER_AMPLIFIER",
-      "BCL_VOLTAGE", "BCL_CURRENT", "BCL_PERCENTAGE", "NPU"};
-  for (size_t i = 0; i < types.size(); ++i) {
-    EXPECT_EQ(GetThermalTypeByName(handle_, types.at(i)), static_cast<int>(i));
+// Types that came after those of HIDL need not be known.
+TEST_F(ThermalNamesTest, TypesAreThoseThatTheHeaderHasConstantsFor) {
+  std::ifstream file(QUORVEL_TEST_HEADER);
+  const std::string header{std::istreambuf_iterator<char>(file), {}};
+  for (const TemperatureType type : ndk::enum_range<TemperatureType>()) {
+    if (type == TemperatureType::UNKNOWN) continue;
+    const std::string name = toString(type);
+    const int value = static_cast<int>(type);
+    const std::string constant = "  QUORVEL_THERMAL_TYPE_" + name + " = " + std::to_string(value);
+    const bool listed = header.find(constant) != header.npos;
+    EXPECT_TRUE(listed || type > TemperatureType::NPU) << name;
+    EXPECT_EQ(GetThermalTypeByName(handle_, name.c_str()), listed ? value : -1)
+        << name << ": compare src/thermal/thermal_names.cc with include/quorvel.h";
   }
+}
+
+TEST_F(ThermalNamesTest, OtherNamesAreRefused) {
+  EXPECT_EQ(GetThermalTypeByName(handle_, "SKIN"), 3);
   const std::array severities = {"NONE",     "LIGHT",     "MODERATE", "SEVERE",
                                  "CRITICAL", "EMERGENCY", "SHUTDOWN"};
   for (size_t i = 0; i < severities.size(); ++i) {

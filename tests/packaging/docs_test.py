@@ -25,7 +25,8 @@ CMAKE = sys.argv[3]
 BUILD = pathlib.Path(sys.argv[4]).resolve()
 LIMIT = 120  # seconds; only a broken program meets it
 
-DOCUMENTS = sorted([ROOT / "README.md", ROOT / "CONTRIBUTING.md", *ROOT.glob("docs/*.md")])
+DOCUMENTS = sorted([*(ROOT / name for name in ("README.md", "CONTRIBUTING.md", "SECURITY.md")),
+                    *ROOT.glob("docs/*.md")])
 
 # Commands that this test must not run, and why.
 NOT_RUN = {
@@ -184,6 +185,12 @@ class DocsTest(unittest.TestCase):
                     if anchor:
                         self.assertIn(anchor, anchors(target))
 
+    def test_the_address_is_that_of_the_packages(self):
+        addresses = {re.search(r"CPACK_PACKAGE_CONTACT .*<(.*)>",
+                               (ROOT / "packaging/package.cmake").read_text())[1]}
+        for name in ("CONTRIBUTING.md", "SECURITY.md"):
+            self.assertEqual(set(re.findall(r"[\w.]+@[\w.]+\w", (ROOT / name).read_text())), addresses)
+
     def test_the_index_has_every_document(self):
         index = (ROOT / "docs/README.md").read_text()
         for document in ROOT.glob("docs/*.md"):
@@ -194,7 +201,7 @@ class DocsTest(unittest.TestCase):
         constructed = {}
         for source in (ROOT / "src").rglob("*.cc"):
             for name, pause, count in re.findall(
-                    r'RepeatedThread\("(\w+)", /\*pause_ms=\*/(\d+), /\*repeat_count=\*/(\d+)\)',
+                    r'this,\s*"(\w+)",\s*/\*pause_ms=\*/(\d+),\s*/\*repeat_count=\*/(\d+)\)',
                     source.read_text()):
                 constructed[name] = (int(pause), int(count))
         rows = re.findall(r"^\| `(\w+)` \|.*\| ?(?:(\d+) ms)? ?\| ?(\d*).*\|$",

@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
-# exports_test.sh LIBRARY MAP HEADER: the list of exports, the header's functions and the library's
-# symbols, each compared with the others.
+# exports_test.sh LIBRARY ROOT: the list of exports, the header's functions and the library's symbols,
+# each compared with the others; and whatever else has to name every function.
 set -euo pipefail
 export LC_ALL=C
-library=$1 map=$2 header=$3
+library=$1 root=$2
+map=$root/src/libquorvel.map.txt header=$root/include/quorvel.h
 
 compare() {  # compare NAME-OF-FIRST FIRST NAME-OF-SECOND SECOND
   local only
@@ -23,6 +24,10 @@ for list in "$listed" "$declared" "$exported"; do
 done
 compare "the list" "$listed" "the header" "$declared"
 compare "the list" "$listed" "the library" "$exported"
+for place in tests/library/c_api_test.c tests/packaging/libquorvel.abi.xml; do
+  missing=$(comm -23 <(sort -u <<<"$declared") <(grep -oE '[A-Za-z0-9_]+' "$root/$place" | sort -u))
+  [ -z "$missing" ] || { printf 'in the header, not in %s:\n%s\n' "$place" "$missing"; failed=1; }
+done
 
 # Classes: each listed one has exported members, and nothing else of C++ is exported.
 listed=$(sed -n 's/^ *\(_ZN\)K\?\(.*\)\*;$/\1\2E/p' "$map" | c++filt)

@@ -54,7 +54,7 @@ def files():
     """All text files of the places that exist, without pictures and build folders."""
     for place in map(ROOT.joinpath, PLACES):
         for path in [place] if place.is_file() else sorted(place.rglob("*")):
-            picture = path.suffix == ".svg"
+            picture = path.suffix in (".png", ".svg")
             if path.is_file() and not picture and "build" not in path.relative_to(ROOT).parts:
                 yield path
 
