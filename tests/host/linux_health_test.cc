@@ -25,6 +25,8 @@
 #include "process_state.h"
 #include "quorvel.h"
 #include "quorvel/fake/deliveries.h"
+#include "quorvel/linux_machine/sensors.h"
+#include "quorvel/linux_machine/thermal.h"
 #include "waiting.h"
 
 namespace norvik::qel {
@@ -358,25 +360,7 @@ TEST_F(LinuxHealthTest, ALevelIsComputedWhenTheDriverHasNone) {
               ElementsAre("BAT0/capacity: missing; computed from charge_now and charge_full"));
 }
 
-// How often a thread of this process has gone to sleep by now.
-int64_t SleepsOf(const std::string& name) {
-  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
-    std::string word;
-    std::ifstream(task.path() / "comm") >> word;
-    if (word != name) continue;
-    std::ifstream status(task.path() / "status");
-    while (status >> word) {
-      if (word != "voluntary_ctxt_switches:") continue;
-      int64_t count = 0;
-      status >> count;
-      return count;
-    }
-  }
-  ADD_FAILURE() << "no thread " << name;
-  return -1;
-}
-
-TEST_F(LinuxHealthTest, UnannouncedChangesAreFoundWhileAClientListensAndOnlyThen) {
+TEST_F(LinuxHealthTest, UnannouncedChangesAreFoundWhileAClientListens) {
   machine_->Add("BAT0", kGoodBattery);
   linux_machine::Health health(nullptr, {.period = std::chrono::milliseconds(2)});
   health.Start();
@@ -384,18 +368,58 @@ TEST_F(LinuxHealthTest, UnannouncedChangesAreFoundWhileAClientListensAndOnlyThen
   ASSERT_EQ(levels_.Take(), 73);
   machine_->Set("BAT0", "capacity", "64\n");
   EXPECT_EQ(levels_.Take(), 64);
+  health.Stop();
+}
 
-  // Without a client its thread sleeps through many periods.
+// How often the threads of that name have gone to sleep by now; nothing when there is none.
+std::optional<int64_t> SleepsOf(const std::string& name) {
+  std::optional<int64_t> sleeps;
+  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+    std::string word;
+    std::ifstream(task.path() / "comm") >> word;
+    if (word != name) continue;
+    std::ifstream status(task.path() / "status");
+    while (status >> word && word != "voluntary_ctxt_switches:") continue;
+    int64_t count = 0;
+    if (status >> count) sleeps = sleeps.value_or(0) + count;
+  }
+  return sleeps;
+}
+
+TEST_F(LinuxHealthTest, NoThreadOfAServiceWakesUpWhileNoClientListens) {
+  static constexpr auto kPeriod = std::chrono::milliseconds(2);
+  machine_->Add("BAT0", kGoodBattery);
+  machine_->AddTo("thermal", "thermal_zone0", {{"type", "cpu\n"}, {"temp", "30000\n"}});
+  machine_->AddTo(
+      "iio", "iio:device0",
+      {{"name", "tof\n"}, {"in_proximity_raw", "9\n"}, {"in_proximity_scale", "0.01\n"}});
+  linux_machine::Health health(nullptr, {.period = kPeriod});
+  linux_machine::Thermal thermal(nullptr, {.types_file = "", .period = kPeriod});
+  linux_machine::Sensors sensors(nullptr, {.period = kPeriod});
+  health.Start();
+  thermal.Start();
+  sensors.Start();
+  // A client that has come and gone leaves no timer behind.
+  ASSERT_EQ(RegisterBatteryLevelCallback(handle_, Hear, &levels_), 0);
+  ASSERT_EQ(levels_.Take(), 73);
   DeinitBatteryInfo(&handle_);
   ASSERT_EQ(health.callback_count(), 0u);
+
   const auto many_periods = [] {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(50);
+    const auto end = std::chrono::steady_clock::now() + 25 * kPeriod;
     return Eventually([&] { return std::chrono::steady_clock::now() >= end; });
   };
-  ASSERT_TRUE(many_periods());  // in which it notices that the client has left
-  const int64_t before = SleepsOf("power_supply");
+  ASSERT_TRUE(many_periods());  // in which the service notices that the client has left
+  const std::vector<std::string> threads = {"power_supply", "thermal", "iio"};
+  std::vector<std::optional<int64_t>> before;
+  for (const std::string& thread : threads) {
+    before.push_back(SleepsOf(thread));
+    EXPECT_TRUE(before.back()) << thread;
+  }
   ASSERT_TRUE(many_periods());
-  EXPECT_EQ(SleepsOf("power_supply"), before);
+  for (size_t i = 0; i < threads.size(); ++i) EXPECT_EQ(SleepsOf(threads[i]), before[i]);
+  sensors.Stop();
+  thermal.Stop();
   health.Stop();
 }
 

@@ -417,15 +417,11 @@ TEST_F(LinuxThermalTest, HwmonSensorsAreNamedByChipAndLabel) {
                    {"temp2_crit", "0\n"}});
   machine_->AddTo("hwmon", "hwmon1", {{"name", "iwlwifi_1\n"}, {"temp1_input", "30000\n"}});
   machine_->AddTo("hwmon", "hwmon2", {{"name", "fans\n"}, {"fan1_input", "3000\n"}});
-  machine_->AddTo("hwmon", "hwmon3",
-                  {{"name", "coretemp\n"},
-                   {"temp1_label", "Package id 0\n"},
-                   {"temp1_input", "99000\n"},
-                   {"temp1_max", "80000\n"},
-                   {"temp1_crit", "100000\n"},
-                   {"temp2_label", "Core 0\n"},
-                   {"temp2_input", "45000\n"},
-                   {"temp2_fault", "1\n"}});
+  const Files processor = {{"name", "coretemp\n"},     {"temp1_label", "Package id 0\n"},
+                           {"temp1_input", "99000\n"}, {"temp1_max", "80000\n"},
+                           {"temp1_crit", "100000\n"}, {"temp2_label", "Core 0\n"},
+                           {"temp2_input", "45000\n"}, {"temp2_fault", "1\n"}};
+  machine_->AddTo("hwmon", "hwmon3", processor);
   Start();
   EXPECT_THAT(Names(),
               ElementsAre("iwlwifi-1", "coretemp:Package id 0", "nvme:Composite",
@@ -448,6 +444,8 @@ TEST_F(LinuxThermalTest, HwmonSensorsAreNamedByChipAndLabel) {
   EXPECT_EQ(NextSeverity(), 4);
   machine_->Remove("hwmon3");
   EXPECT_EQ(NextSeverity(), 0);
+  machine_->AddTo("hwmon", "hwmon3", processor);
+  EXPECT_EQ(NextSeverity(), 2) << "the client has been there all the time";
   EXPECT_EQ(Register("UNKNOWN", "nvme:Sensor 8"), 0) << "a temperature of no known type";
 }
 
@@ -479,8 +477,6 @@ TEST_F(LinuxThermalTest, AThousandZonesAreServed) {
   const std::vector<std::string> names = Names();
   EXPECT_EQ(std::set<std::string>(names.begin(), names.end()).size(), size_t{kZones});
   EXPECT_EQ(Read("cpu-499@thermal_zone999"), 99.0f);
-  ASSERT_EQ(Register("CPU", "cpu-499"), 0);
-  EXPECT_EQ(NextSeverity(), 0);
   EXPECT_THAT(Notices(), IsEmpty());
 }
 
