@@ -1,12 +1,12 @@
-// The same random tests for libFuzzer, which decides instead of a seed. The family is the target's.
+// The same random tests for libFuzzer, whose bytes become steps. The family is the target's.
 #include <cstddef>
 #include <cstdint>
 
-#include "random_run.h"
+#include "family.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace norvik::qel::random_test;
-  RunRandomTest(QUORVEL_FUZZ_FAMILY, Choices({data, size}),
-                "--family " QUORVEL_FUZZ_FAMILY " CRASH-FILE");
+  static const Grammar grammar = GrammarOf(QUORVEL_FUZZ_FAMILY);
+  RunSteps(QUORVEL_FUZZ_FAMILY, StepsFromBytes(grammar, {data, size}), std::chrono::seconds(100));
   return 0;
 }

@@ -1,18 +1,19 @@
-// The pauses that the library's workers make after a failed run last until the driver ends them.
+// Keeps the library's workers in their pauses until the test ends these.
 //
-// Otherwise a test would depend on how fast the machine is, and wait for seconds. The program
-// brings its own pthread_cond_clockwait() and clock_gettime(), which the library finds before the C
-// library's: a wait of the library's for a time becomes one without, and the thread of one that has
-// been ended finds its clock moved on. Nobody else's waits change.
+// With real pauses a test would depend on the speed of the machine, and wait for seconds. A program
+// that links pauses.cc brings its own pthread_cond_clockwait() and clock_gettime(), which the
+// library finds before those of the C library. A timed wait of the library becomes one without a
+// deadline; when EndPauses() ends it, the clock of its thread has moved past the deadline. Timed
+// waits of other code are not changed. The library has to be the shared one, libquorvel.so.
 #pragma once
 
 #include <cstddef>
 
 namespace norvik::qel {
 
-// How many workers are in a pause that EndPauses() has not ended.
+// The number of workers in a pause that EndPauses() has not ended.
 size_t PausingWorkers();
-// Lets the time of all these pauses run out. Nobody may be ending a worker meanwhile.
+// Ends all these pauses. No worker may be ended (by Deinit...()) meanwhile.
 void EndPauses();
 
 }  // namespace norvik::qel
