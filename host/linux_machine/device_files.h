@@ -31,7 +31,7 @@ int DeviceNumber(const std::string& name);
 
 // A device that has been listed may have vanished since: whatever has been read of it by then may
 // miss a half. Adds a fault when it has.
-bool IsStillThere(const std::string& syspath, std::vector<Fault>* faults);
+[[nodiscard]] bool IsStillThere(const std::string& syspath, std::vector<Fault>* faults);
 
 std::string ErrorText(int error);
 bool IsPrintable(std::string_view text);
@@ -62,7 +62,8 @@ struct Range {
 class DeviceFiles {
  public:
   // Nothing, and a fault, when there is no such device. The faults outlive the object.
-  static std::optional<DeviceFiles> Open(const std::string& syspath, std::vector<Fault>* faults);
+  [[nodiscard]] static std::optional<DeviceFiles> Open(const std::string& syspath,
+                                                       std::vector<Fault>* faults);
 
   const std::string& name() const { return name_; }
 

@@ -29,7 +29,7 @@ class DeviceMonitor {
   // Readable while something waits; -1 when nothing will ever be heard.
   int fd() const { return works() ? udev_monitor_get_fd(monitor_.get()) : -1; }
   // The next event; nothing when no more wait. Never blocks.
-  std::optional<DeviceChange> Next();
+  [[nodiscard]] std::optional<DeviceChange> Next();
   // Closes the socket, which is of no use any more.
   void GiveUp(int error);
 

@@ -41,6 +41,6 @@ inline constexpr float kNearCentimetres = 0;
 inline constexpr float kFarCentimetres = 5;
 
 // Measures: centimetres or degrees. Nothing, and a fault, when it cannot be done or believed.
-std::optional<float> Measure(const IioChannel& channel, std::vector<Fault>* faults);
+[[nodiscard]] std::optional<float> Measure(const IioChannel& channel, std::vector<Fault>* faults);
 
 }  // namespace norvik::qel::linux_machine

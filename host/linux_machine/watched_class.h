@@ -62,7 +62,7 @@ class WatchedClass {
   void Note(const std::vector<DeviceChange>& changes) QUORVEL_EXCLUDES(reading_lock_);
   // From now on nobody will announce a device.
   void NoteEndOfEvents(int error) QUORVEL_EXCLUDES(reading_lock_);
-  std::vector<std::string> TakeNotices() QUORVEL_EXCLUDES(reading_lock_);
+  [[nodiscard]] std::vector<std::string> TakeNotices() QUORVEL_EXCLUDES(reading_lock_);
 
   // Readable while notices wait, listeners have come or gone, or the service is to end.
   int wake_fd() const { return wake_->fd(); }

@@ -23,7 +23,7 @@ class Anchor {
  public:
   explicit Anchor(AIBinder* binder) : binder_(binder) {}
   // One strong reference, or an empty one when the binder is gone.
-  ndk::SpAIBinder Promote();
+  [[nodiscard]] ndk::SpAIBinder Promote();
   // The binder is about to be freed.
   void Clear();
 
@@ -50,8 +50,8 @@ struct AIBinder {
   AIBinder& operator=(const AIBinder&) = delete;
 
   void IncStrong() { strong_.fetch_add(1, std::memory_order_relaxed); }
-  bool TryIncStrong();  // false when the count has reached 0
-  void DecStrong();     // the last one deletes
+  [[nodiscard]] bool TryIncStrong();  // false when the count has reached 0
+  void DecStrong();                   // the last one deletes
   int32_t strong() const { return strong_.load(std::memory_order_relaxed); }
 
   virtual norvik::qel::fake::LocalBinder* AsLocal() { return nullptr; }
@@ -117,7 +117,7 @@ struct Link {
   std::weak_ptr<RecipientState> recipient;
 
   // Ends the link unless its notice has started; true when this call did it.
-  bool End();
+  [[nodiscard]] bool End();
 };
 
 // What a recipient, or a HIDL proxy, knows of its links, apart from its owner, which may be deleted
@@ -126,7 +126,7 @@ struct RecipientState {
   std::mutex lock;
   std::vector<std::shared_ptr<Link>> links QUORVEL_GUARDED_BY(lock);
 
-  std::shared_ptr<Link> TakeNewest(const AIBinder* who, const void* key);
+  [[nodiscard]] std::shared_ptr<Link> TakeNewest(const AIBinder* who, const void* key);
   void Remove(const std::shared_ptr<Link>& link);
   // The recipient goes away: its links end silently.
   void EndAll();
@@ -141,23 +141,23 @@ class RemoteBinder final : public AIBinder {
 
   bool alive() const;
   // The object behind; empty, and known to be dead from now on, when either process has died.
-  ndk::SpAIBinder Target();
+  [[nodiscard]] ndk::SpAIBinder Target();
   // Runs `call` on a thread of the object's process and waits for its end. False, and known to be
   // dead, when either process has died or dies meanwhile.
-  bool CallAndWait(std::function<void(LocalBinder&)> call);
+  [[nodiscard]] bool CallAndWait(std::function<void(LocalBinder&)> call);
   // Sends a one-way call; false, and known to be dead, when either process has died. In one step
   // with that: the dead send nothing.
-  bool PostOneway(std::function<void(LocalBinder&)> call);
+  [[nodiscard]] bool PostOneway(std::function<void(LocalBinder&)> call);
   // Marks it as known to be dead: a call has been answered so.
   void NoteDead() QUORVEL_EXCLUDES(lock_);
   // Whether the object is of that class; asks it once. False as well when it cannot be asked.
-  bool IsOfClass(const AIBinder_Class* clazz);
+  [[nodiscard]] bool IsOfClass(const AIBinder_Class* clazz);
   // Null until IsOfClass() has been true.
   const AIBinder_Class* associated_class() const;
 
-  binder_status_t Link(const std::shared_ptr<RecipientState>& recipient,
-                       std::shared_ptr<fake::Link> link);
-  binder_status_t Unlink(RecipientState& recipient, const void* key);
+  [[nodiscard]] binder_status_t Link(const std::shared_ptr<RecipientState>& recipient,
+                                     std::shared_ptr<fake::Link> link);
+  [[nodiscard]] binder_status_t Unlink(RecipientState& recipient, const void* key);
 
   // The process of the object has died: tells the recipients on a thread of the holder.
   void TargetDied();

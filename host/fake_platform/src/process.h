@@ -90,12 +90,12 @@ class Process : public std::enable_shared_from_this<Process> {
 
   // How this process reaches `binder`: the object itself if it lives here, else the one reference
   // that this process has to it.
-  ndk::SpAIBinder Reach(AIBinder* binder);
+  [[nodiscard]] ndk::SpAIBinder Reach(AIBinder* binder);
 
   // Runs `task` on a thread of this process on this process's behalf.
   void Post(Transport transport, std::function<void()> task);
   // Does so and waits for its end. False when the process is dead, or dies meanwhile.
-  bool RunAndWait(Transport transport, std::function<void()> task);
+  [[nodiscard]] bool RunAndWait(Transport transport, std::function<void()> task);
 
   bool dead() const;
   // Null while it lives, and when all notices of its death have been given.
@@ -110,7 +110,7 @@ class Process : public std::enable_shared_from_this<Process> {
   friend class RemoteBinder;
   // Kept by each RemoteBinder for the two processes that it connects. A dead process holds nothing
   // any more: false.
-  bool AddOutbound(uint64_t target_id, std::shared_ptr<Anchor> reference);
+  [[nodiscard]] bool AddOutbound(uint64_t target_id, std::shared_ptr<Anchor> reference);
   void RemoveOutbound(uint64_t target_id, const std::shared_ptr<Anchor>& reference);
   void AddInbound(std::shared_ptr<Anchor> reference);
   void RemoveInbound(const std::shared_ptr<Anchor>& reference);

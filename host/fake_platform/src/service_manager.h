@@ -24,8 +24,8 @@ class ServiceManager {
 
   void Add(const std::string& instance, AIBinder* binder);
   // The calling process's reference to a service; empty when it does not run.
-  ndk::SpAIBinder Check(const std::string& instance);
-  ndk::SpAIBinder Wait(const std::string& instance);
+  [[nodiscard]] ndk::SpAIBinder Check(const std::string& instance);
+  [[nodiscard]] ndk::SpAIBinder Wait(const std::string& instance);
   // A process has died: its names go.
   void Forget(const Process& process);
 

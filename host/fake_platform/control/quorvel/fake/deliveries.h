@@ -23,7 +23,8 @@ class HoldDeliveries {
   HoldDeliveries& operator=(const HoldDeliveries&) = delete;
 
   // Waits until `count` deliveries have been stopped; false after `limit`.
-  bool WaitForHeld(int count = 1, std::chrono::milliseconds limit = std::chrono::seconds(10)) {
+  [[nodiscard]] bool WaitForHeld(int count = 1,
+                                 std::chrono::milliseconds limit = std::chrono::seconds(10)) {
     return gate_->WaitForArrivals(count, limit);
   }
   // Lets all of them go, and the later ones pass.
@@ -36,7 +37,7 @@ class HoldDeliveries {
 
 // Waits until every one-way call and death notice sent to this process so far, and whatever
 // they have caused meanwhile, has been handled; false after `limit`.
-bool WaitUntilDelivered(std::chrono::milliseconds limit = std::chrono::seconds(10));
+[[nodiscard]] bool WaitUntilDelivered(std::chrono::milliseconds limit = std::chrono::seconds(10));
 
 // Scripts of the links: an outcome other than STATUS_OK is the result, and nothing is linked; a
 // scripted unlink ends the link all the same.

@@ -72,7 +72,7 @@ class Script {
   // With `ended`, a service whose flag is set takes nothing that is meant for its successor: it
   // is dead. Whoever ends one sets the flag and then calls OpenGates(), so that a call waits at no
   // gate that nobody opens any more.
-  Outcome Next(const std::atomic<bool>* ended = nullptr) {
+  [[nodiscard]] Outcome Next(const std::atomic<bool>* ended = nullptr) {
     Outcome outcome;
     {
       std::lock_guard<std::mutex> lock(lock_);
@@ -97,7 +97,8 @@ class Script {
     return calls_;
   }
   // Waits until the operation has been called `count` times in all; false after `limit`.
-  bool WaitForCalls(int count, std::chrono::milliseconds limit = std::chrono::seconds(10)) const {
+  [[nodiscard]] bool WaitForCalls(
+      int count, std::chrono::milliseconds limit = std::chrono::seconds(10)) const {
     std::unique_lock<std::mutex> lock(lock_);
     return changed_.wait_for(lock, limit,
                              [&]() QUORVEL_REQUIRES(lock_) { return calls_ >= count; });

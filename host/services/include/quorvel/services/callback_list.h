@@ -30,14 +30,14 @@ template <typename Pointer, typename Type>
 class CallbackList {
  public:
   // Without a type the callback hears of all. False when it is in the list already.
-  bool Add(const Pointer& callback, std::optional<Type> type) {
+  [[nodiscard]] bool Add(const Pointer& callback, std::optional<Type> type) {
     if (Find(callback) != entries_.end()) return false;
     entries_.push_back({callback, type});
     return true;
   }
 
   // What was kept, for the caller to release after its lock; null when it is not in the list.
-  Pointer Remove(const Pointer& callback) {
+  [[nodiscard]] Pointer Remove(const Pointer& callback) {
     const auto found = Find(callback);
     if (found == entries_.end()) return nullptr;
     Pointer removed = std::move(found->callback);
