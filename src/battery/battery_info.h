@@ -51,15 +51,16 @@ class BatteryInfo {
   BatteryInfo& operator=(const BatteryInfo&) = delete;
 
   // Makes the workers, idle. The health service is not contacted.
-  bool Initialize() QEL_EXCLUDES(lock_);
+  [[nodiscard]] bool Initialize() QEL_EXCLUDES(lock_);
   // Joins the workers, then leaves the service. Also after an Initialize() that failed half-way.
   void Deinitialize() QEL_EXCLUDES(lock_);
 
   // 0; -EINVAL for a null callback or one that `type` has already.
-  int RegisterInfoCallback(PropertyType type, BatteryInfoCallback callback, void* cookie)
-      QEL_EXCLUDES(lock_);
+  [[nodiscard]] int RegisterInfoCallback(PropertyType type, BatteryInfoCallback callback,
+                                         void* cookie) QEL_EXCLUDES(lock_);
   // 0; -EINVAL for a callback that `type` does not have.
-  int DeregisterInfoCallback(PropertyType type, BatteryInfoCallback callback) QEL_EXCLUDES(lock_);
+  [[nodiscard]] int DeregisterInfoCallback(PropertyType type, BatteryInfoCallback callback)
+      QEL_EXCLUDES(lock_);
 
   // The value; -1 while none has arrived; -EAGAIN when the service was asked in vain.
   int GetBatteryLevel(bool use_cached) QEL_EXCLUDES(lock_);
@@ -76,7 +77,7 @@ class BatteryInfo {
   void UpdateHealthInfo(const aidl::android::hardware::health::HealthInfo& info)
       QEL_EXCLUDES(lock_);
   // Links to the service unless linked; true when the link stands.
-  bool ReconnectToHealthService() QEL_EXCLUDES(lock_);
+  [[nodiscard]] bool ReconnectToHealthService() QEL_EXCLUDES(lock_);
   // The service has died: forgets it, and has it looked for while there are clients.
   void HealthServiceDied() QEL_EXCLUDES(lock_);
   // Stores a value and marks it for the clients; true when it is new.
@@ -100,7 +101,7 @@ class BatteryInfo {
   int GetFreshProperty(PropertyType type) QEL_EXCLUDES(lock_);
 
   // Looks the service up unless it is known. May block as the platform's look-up does.
-  bool IsHealthServiceReady() QEL_REQUIRES(lock_);
+  [[nodiscard]] bool IsHealthServiceReady() QEL_REQUIRES(lock_);
   void LinkToHealthService() QEL_REQUIRES(lock_);
   void UnlinkToHealthService() QEL_REQUIRES(lock_);
   void ForgetHealthService() QEL_REQUIRES(lock_);

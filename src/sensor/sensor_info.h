@@ -49,15 +49,16 @@ class SensorInfo {
 
   // Makes the workers, idle; clients and waiting sensors of an earlier life are forgotten. The
   // sensor service is not contacted.
-  bool Initialize() QEL_EXCLUDES(lock_);
+  [[nodiscard]] bool Initialize() QEL_EXCLUDES(lock_);
   // Joins the workers, then gives the platform's objects back.
   void Deinitialize() QEL_EXCLUDES(lock_);
 
   // 0; -EINVAL for a null callback or cookie, or an id that `type` has already; else what enabling
   // the sensor gave.
-  int RegisterCallback(AudioSensorType type, const ClientInfo& client) QEL_EXCLUDES(lock_);
+  [[nodiscard]] int RegisterCallback(AudioSensorType type, const ClientInfo& client)
+      QEL_EXCLUDES(lock_);
   // 0; -EINVAL for an id that `type` does not have; else what disabling the sensor gave.
-  int DeregisterCallback(AudioSensorType type, int id) QEL_EXCLUDES(lock_);
+  [[nodiscard]] int DeregisterCallback(AudioSensorType type, int id) QEL_EXCLUDES(lock_);
 
   // Calls the clients that are owed a call. For the "sensor_callback" worker.
   void DispatchToClient() QEL_EXCLUDES(lock_);
@@ -65,7 +66,7 @@ class SensorInfo {
   void GetSensorUpdate() QEL_EXCLUDES(lock_);
   // Enables the sensors that wait for the service; false when it is still absent or cannot be used.
   // For the "sensor_reconnect" worker.
-  bool ReconnectToSensorService() QEL_EXCLUDES(lock_);
+  [[nodiscard]] bool ReconnectToSensorService() QEL_EXCLUDES(lock_);
 
   // The platform's sensor type; -1 for one that it does not have.
   int GetASensorTyep(AudioSensorType type) const;
@@ -87,13 +88,13 @@ class SensorInfo {
     std::atomic<int> data{0};              // the latest reading
   };
 
-  bool IsInterfaceReady() const QEL_REQUIRES(lock_);
+  [[nodiscard]] bool IsInterfaceReady() const QEL_REQUIRES(lock_);
   // Gets hold of manager, looper and queue, unless that is done. May wait as the look-up of the
   // manager does. Has the service looked for when it is absent.
-  bool InitSensorInterface() QEL_REQUIRES(lock_);
+  [[nodiscard]] bool InitSensorInterface() QEL_REQUIRES(lock_);
   // 0 or what registering the sensor gave; 0, too, for a sensor that has to wait for the service.
-  int EnableSensor(AudioSensorType type) QEL_REQUIRES(lock_);
-  int DisableSensor(AudioSensorType type) QEL_REQUIRES(lock_);
+  [[nodiscard]] int EnableSensor(AudioSensorType type) QEL_REQUIRES(lock_);
+  [[nodiscard]] int DisableSensor(AudioSensorType type) QEL_REQUIRES(lock_);
   // The poll thread ends at its next look.
   void StopPoll() QEL_REQUIRES(lock_);
 

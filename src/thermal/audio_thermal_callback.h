@@ -37,7 +37,7 @@ class AudioThermalCallback {
 
   // Makes the worker and registers with the service. True, also when the service refuses: that is
   // logged, and a reconnection registers again.
-  bool Initialize(const ::android::sp<IThermal>& thermal) QEL_EXCLUDES(lock_);
+  [[nodiscard]] bool Initialize(const ::android::sp<IThermal>& thermal) QEL_EXCLUDES(lock_);
   // Leaves the service, drops the clients, and lets no notification in any more. A client that is
   // being called goes on: StopCallbackThread() has to follow.
   void Deinitialize(const ::android::sp<IThermal>& thermal) QEL_EXCLUDES(lock_);
@@ -50,10 +50,10 @@ class AudioThermalCallback {
 
   // 0, and the client is told the present severity; -EINVAL for an id that is there already or a
   // name that the service does not report.
-  int AddClientCallback(int id, const ThermalClientInfo& info,
-                        const ::android::sp<IThermal>& thermal) QEL_EXCLUDES(lock_);
+  [[nodiscard]] int AddClientCallback(int id, const ThermalClientInfo& info,
+                                      const ::android::sp<IThermal>& thermal) QEL_EXCLUDES(lock_);
   // 0; -EINVAL for an id that is not there.
-  int RemoveClientCallback(int id) QEL_EXCLUDES(lock_);
+  [[nodiscard]] int RemoveClientCallback(int id) QEL_EXCLUDES(lock_);
   bool HasClient(int id) QEL_EXCLUDES(lock_);
   bool HasClients() QEL_EXCLUDES(lock_);
 

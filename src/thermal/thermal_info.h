@@ -71,7 +71,7 @@ class ThermalInfo {
   ThermalInfo& operator=(const ThermalInfo&) = delete;
 
   // Makes the two workers, idle. The thermal service is not contacted.
-  bool Initialize() QEL_EXCLUDES(lock_);
+  [[nodiscard]] bool Initialize() QEL_EXCLUDES(lock_);
   // Joins the workers and leaves the service. Also after an Initialize() that failed half-way.
   void Deinitialize() QEL_EXCLUDES(lock_);
 
@@ -87,17 +87,18 @@ class ThermalInfo {
 
   // 0, also for a registration that waits for the service; -EINVAL for an id that the type has
   // already, for a name that the service does not report, and once Deinitialize() has begun.
-  int RegisterThermalCallback(int id, const std::string& type_name, const ThermalClientInfo& info)
-      QEL_EXCLUDES(lock_);
+  [[nodiscard]] int RegisterThermalCallback(int id, const std::string& type_name,
+                                            const ThermalClientInfo& info) QEL_EXCLUDES(lock_);
   // 0; -EINVAL for an unknown id. While no service can be reached only registrations that wait are
   // looked at, and the result is always 0.
-  int DeregisterThermalCallback(int id) QEL_EXCLUDES(lock_);
+  [[nodiscard]] int DeregisterThermalCallback(int id) QEL_EXCLUDES(lock_);
   // The same with the service at hand.
-  int RegisterThermalCallbackWithLock(int id, const std::string& type_name,
-                                      const ThermalClientInfo& info) QEL_REQUIRES(lock_);
+  [[nodiscard]] int RegisterThermalCallbackWithLock(int id, const std::string& type_name,
+                                                    const ThermalClientInfo& info)
+      QEL_REQUIRES(lock_);
   // What it takes out of service is left in leaving_callbacks_, which the caller empties with
   // TakeLeaving().
-  int DeregisterThermalCallbackWithLock(int id) QEL_REQUIRES(lock_);
+  [[nodiscard]] int DeregisterThermalCallbackWithLock(int id) QEL_REQUIRES(lock_);
 
   // The number; -1 for an unknown name.
   int GetThermalTypeByName(const std::string& name) const;
@@ -106,24 +107,24 @@ class ThermalInfo {
 
   // The temperatures of these names, each once, sorted by name; nothing for no names. Without a
   // service, or when the call fails, there are none.
-  std::optional<std::vector<Temperature>> GetBulkTemperatureByNames(
+  [[nodiscard]] std::optional<std::vector<Temperature>> GetBulkTemperatureByNames(
       const std::vector<std::string_view>& names) QEL_EXCLUDES(lock_);
 
   // Composes under lock_, writes with no lock held.
   void Dump(int fd) QEL_EXCLUDES(lock_);
 
   // Makes the link unless it stands; true when thermal_ can be used. Waits for no service.
-  bool GetThermalService() QEL_REQUIRES(lock_);
+  [[nodiscard]] bool GetThermalService() QEL_REQUIRES(lock_);
   // The service has died: the next operation looks for it, and the worker does so at once.
   void ThermalServiceDied() QEL_EXCLUDES(lock_);
   // A death notice of the platform; `cookie` is the ThermalInfo that linked, perhaps gone by now.
   static void onThermalAidlBinderDied(void* cookie);
   // Connects unless connected; false when that has to be tried again. For the "thermal_reconnect"
   // worker. Its last attempt hands on to the other worker if there are clients.
-  bool ReconnectToThermalService() QEL_EXCLUDES(lock_);
+  [[nodiscard]] bool ReconnectToThermalService() QEL_EXCLUDES(lock_);
   // Connects unless connected, and registers what waits; false while there is no service. For the
   // "thermal_restore" worker.
-  bool RestorePendingThermalCallback() QEL_EXCLUDES(lock_);
+  [[nodiscard]] bool RestorePendingThermalCallback() QEL_EXCLUDES(lock_);
 
  private:
   using ThermalHidlWrapper = ::aidl::android::hardware::thermal::ThermalHidlWrapper;
@@ -131,13 +132,13 @@ class ThermalInfo {
 
   // As GetThermalService(), without starting the worker: a link that the service's death has
   // refused counts as made, with thermal_service_died_ set.
-  bool ConnectToThermalService() QEL_REQUIRES(lock_);
+  [[nodiscard]] bool ConnectToThermalService() QEL_REQUIRES(lock_);
   // For the workers, which try again: a refused link is a failure. No death notification will
   // come for it, and a worker that started itself would never give up.
-  bool ConnectToLivingService() QEL_REQUIRES(lock_);
+  [[nodiscard]] bool ConnectToLivingService() QEL_REQUIRES(lock_);
   // True when there is such a service; `died` when it has refused the link because it is dead.
-  bool ConnectToAidlService(bool& died) QEL_REQUIRES(lock_);
-  bool ConnectToHidlService(bool& died) QEL_REQUIRES(lock_);
+  [[nodiscard]] bool ConnectToAidlService(bool& died) QEL_REQUIRES(lock_);
+  [[nodiscard]] bool ConnectToHidlService(bool& died) QEL_REQUIRES(lock_);
   void HandleAidlDeathNotification() QEL_EXCLUDES(lock_);
 
   // Takes `callback` out of service; what is left of it is to be stopped.

@@ -67,7 +67,7 @@ class ThermalHidlWrapper : public ::android::hardware::thermal::V2_0::IThermal {
 
   // Whether the service's process is still running, as far as this process has been told. It is
   // false by the time that a death notice runs.
-  bool IsServiceAlive() const;
+  [[nodiscard]] bool IsServiceAlive() const;
 
   // Has the service write its dump to the first descriptor of `handle`.
   Return<void> debug(
