@@ -15,6 +15,7 @@
 #include "cpus.h"
 #include "latencies.h"
 #include "look_up_thermal.h"
+#include "must.h"
 #include "polls.h"
 #include "quick.h"
 #include "quorvel/fake/gate.h"
@@ -68,10 +69,11 @@ class BatteryDispatch {
   explicit BatteryDispatch(const std::vector<int64_t*>& turns) {
     static constexpr auto kCallbacks = BatteryClients(std::make_index_sequence<kMostClients>());
     health_.Start();
-    battery_.Initialize();
+    Must(battery_.Initialize());
     for (size_t i = 0; i < turns.size(); ++i) {
       clients_.push_back({.callback = kCallbacks[i], .turn = turns[i]});
-      battery_.RegisterInfoCallback(audio::BatteryInfo::kBatteryLevel, kCallbacks[i], turns[i]);
+      Must(battery_.RegisterInfoCallback(audio::BatteryInfo::kBatteryLevel, kCallbacks[i],
+                                         turns[i]) == 0);
     }
     // Only the threads end and the reports: the clients stay.
     battery_.Deinitialize();
@@ -98,19 +100,20 @@ class SensorDispatch {
     DrainLooper();
     hub_.Add(ASENSOR_TYPE_PROXIMITY, "proximity");
     hub_.Start();
-    sensor_.Initialize();
+    Must(sensor_.Initialize());
     const int64_t polls = PollsBegun();
-    sensor_.RegisterCallback(
-        kProximity, {.need_to_update = true, .id = -1, .callback = PassGate, .cookie = &gate_});
-    gate_.WaitForArrivals();
+    Must(sensor_.RegisterCallback(
+             kProximity,
+             {.need_to_update = true, .id = -1, .callback = PassGate, .cookie = &gate_}) == 0);
+    Must(gate_.WaitForArrivals());
     for (int id = 0; id < static_cast<int>(turns.size()); ++id) {
       clients_.push_back({.callback = TakeTurn, .turn = turns[static_cast<size_t>(id)]});
-      sensor_.RegisterCallback(kProximity, {.need_to_update = false,
-                                            .id = id,
-                                            .callback = TakeTurn,
-                                            .cookie = clients_.back().turn});
+      Must(sensor_.RegisterCallback(kProximity, {.need_to_update = false,
+                                                 .id = id,
+                                                 .callback = TakeTurn,
+                                                 .cookie = clients_.back().turn}) == 0);
     }
-    sensor_.DeregisterCallback(kProximity, -1);
+    Must(sensor_.DeregisterCallback(kProximity, -1) == 0);
     WaitForPollAfter(polls);
   }
   ~SensorDispatch() {
@@ -148,12 +151,13 @@ class ThermalDispatch {
   explicit ThermalDispatch(const std::vector<int64_t*>& turns) {
     phone_.Start(simulated::ThermalPath::kAidl);
     service_ = LookUpThermal();
-    thermal_.Initialize(service_);
+    Must(thermal_.Initialize(service_));
     for (int id = 0; id < static_cast<int>(turns.size()); ++id) {
       clients_.push_back({.callback = TakeTurn, .turn = turns[static_cast<size_t>(id)]});
-      thermal_.AddClientCallback(
-          id, {.callback = TakeTurn, .temperature_name = "skin", .cookie = clients_.back().turn},
-          service_);
+      Must(thermal_.AddClientCallback(
+               id,
+               {.callback = TakeTurn, .temperature_name = "skin", .cookie = clients_.back().turn},
+               service_) == 0);
     }
     thermal_.StopCallbackThread();  // and the clients stay
   }

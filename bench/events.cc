@@ -16,6 +16,7 @@
 #include "cpus.h"
 #include "latencies.h"
 #include "look_up_thermal.h"
+#include "must.h"
 #include "polls.h"
 #include "probe.h"
 #include "quick.h"
@@ -53,9 +54,10 @@ class BatteryEvent : public Worker {
   explicit BatteryEvent(Probe& probe) {
     health_.Start();
     report_ = health_.info();
-    battery_.Initialize();
+    Must(battery_.Initialize());
     DoAndHear(probe, [&] {
-      battery_.RegisterInfoCallback(audio::BatteryInfo::kBatteryLevel, ClientCallback, &probe);
+      Must(battery_.RegisterInfoCallback(audio::BatteryInfo::kBatteryLevel, ClientCallback,
+                                         &probe) == 0);
     });
     callback_->SetBatteryInfo(&battery_);
   }
@@ -83,11 +85,11 @@ class ThermalEvent : public Worker {
   explicit ThermalEvent(Probe& probe) {
     phone_.Start(simulated::ThermalPath::kAidl);
     service_ = LookUpThermal();
-    thermal_.Initialize(service_);
+    Must(thermal_.Initialize(service_));
     DoAndHear(probe, [&] {
-      thermal_.AddClientCallback(
-          /*id=*/1, {.callback = ClientCallback, .temperature_name = "skin", .cookie = &probe},
-          service_);
+      Must(thermal_.AddClientCallback(
+               /*id=*/1, {.callback = ClientCallback, .temperature_name = "skin", .cookie = &probe},
+               service_) == 0);
     });
     callback_->SetAudioThermalCallback(&thermal_);
   }

@@ -31,7 +31,7 @@ int DeviceNumber(const std::string& name);
 
 // Call it after reading a device. If the device has vanished meanwhile, returns false and adds a
 // fault: the values read may be incomplete.
-bool IsStillThere(const std::string& syspath, std::vector<Fault>* faults);
+[[nodiscard]] bool IsStillThere(const std::string& syspath, std::vector<Fault>* faults);
 
 std::string ErrorText(int error);
 bool IsPrintable(std::string_view text);
@@ -63,7 +63,8 @@ struct Range {
 class DeviceFiles {
  public:
   // Empty if the device cannot be opened; this adds a fault. `faults` must outlive the object.
-  static std::optional<DeviceFiles> Open(const std::string& syspath, std::vector<Fault>* faults);
+  [[nodiscard]] static std::optional<DeviceFiles> Open(const std::string& syspath,
+                                                       std::vector<Fault>* faults);
 
   const std::string& name() const { return name_; }
 

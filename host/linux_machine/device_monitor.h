@@ -30,7 +30,7 @@ class DeviceMonitor {
   // Readable while events wait. -1 if no events can be received.
   int fd() const { return works() ? udev_monitor_get_fd(monitor_.get()) : -1; }
   // The next event, empty if none waits. Never blocks.
-  std::optional<DeviceChange> Next();
+  [[nodiscard]] std::optional<DeviceChange> Next();
   // Closes the socket after an error.
   void GiveUp(int error);
 

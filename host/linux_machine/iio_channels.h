@@ -43,6 +43,6 @@ inline constexpr float kFarCentimetres = 5;
 
 // Measures a channel, in centimetres or degrees. If the value is unreadable or invalid, returns
 // empty and adds a fault.
-std::optional<float> Measure(const IioChannel& channel, std::vector<Fault>* faults);
+[[nodiscard]] std::optional<float> Measure(const IioChannel& channel, std::vector<Fault>* faults);
 
 }  // namespace norvik::qel::linux_machine

@@ -40,7 +40,7 @@ class ThermalTypes {
   using Patterns = std::vector<std::pair<std::string, Type>>;
 
   // Returns an error message, empty on success.
-  std::string AddLine(const std::string& line);
+  [[nodiscard]] std::string AddLine(const std::string& line);
 
   Patterns<TemperatureType> zones_;
   Patterns<CoolingType> cooling_devices_;

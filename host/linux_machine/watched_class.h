@@ -65,7 +65,7 @@ class WatchedClass {
   void Note(const std::vector<DeviceChange>& changes) QUORVEL_EXCLUDES(reading_lock_);
   // Called when no further events can be received.
   void NoteEndOfEvents(int error) QUORVEL_EXCLUDES(reading_lock_);
-  std::vector<std::string> TakeNotices() QUORVEL_EXCLUDES(reading_lock_);
+  [[nodiscard]] std::vector<std::string> TakeNotices() QUORVEL_EXCLUDES(reading_lock_);
 
   // Readable if notices wait, a registration has changed, or End() was called.
   int wake_fd() const { return wake_->fd(); }

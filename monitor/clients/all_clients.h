@@ -30,9 +30,9 @@ class AllClients {
   void Learn(const TemperatureReport& report);
   // `subject`: a family, or the key of one of its properties. A family joins with the temperatures
   // that are known by then. False when the library refuses.
-  bool Join(std::string_view subject);
+  [[nodiscard]] bool Join(std::string_view subject);
   // Only who has joined may leave, a family or one by one.
-  bool Leave(std::string_view subject);
+  [[nodiscard]] bool Leave(std::string_view subject);
 
   BatteryClient& battery();
   SensorClient& sensors();
@@ -48,8 +48,8 @@ class AllClients {
   };
 
   Temperature& TemperatureOf(std::string_view key);
-  bool Join(Temperature& temperature);
-  bool Leave(Temperature& temperature);
+  [[nodiscard]] bool Join(Temperature& temperature);
+  [[nodiscard]] bool Leave(Temperature& temperature);
 
   const std::shared_ptr<EventQueue> events_;
   std::deque<Temperature> temperatures_;  // which stay where they are

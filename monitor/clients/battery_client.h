@@ -23,11 +23,11 @@ class BatteryClient {
   BatteryClient& operator=(const BatteryClient&) = delete;
 
   // For one property, or for all four. False when the library refuses.
-  bool Register(const BatteryProperty& property);
-  bool Register();
+  [[nodiscard]] bool Register(const BatteryProperty& property);
+  [[nodiscard]] bool Register();
   // From one, or from all that has been registered.
-  bool Deregister(const BatteryProperty& property);
-  bool Deregister();
+  [[nodiscard]] bool Deregister(const BatteryProperty& property);
+  [[nodiscard]] bool Deregister();
   // Asks the service; nothing when it cannot be asked.
   std::optional<Value> Read(const BatteryProperty& property);
   std::string Dump();

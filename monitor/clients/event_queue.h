@@ -23,7 +23,7 @@ class EventQueue {
   // Stamps the event with the present time. Never blocks for long: callbacks of the library post.
   void Post(std::variant<ValueChange, DeviceEvent> what);
   // The oldest, if there is one.
-  std::optional<Event> Take();
+  [[nodiscard]] std::optional<Event> Take();
   // Readable while an event waits.
   int fd() const { return fd_; }
 

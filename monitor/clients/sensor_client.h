@@ -23,11 +23,11 @@ class SensorClient {
   SensorClient& operator=(const SensorClient&) = delete;
 
   // For one sensor or both, as far as the device has them. False when the library refuses.
-  bool Register(const SensorProperty& property);
-  bool Register();
+  [[nodiscard]] bool Register(const SensorProperty& property);
+  [[nodiscard]] bool Register();
   // From one, or from all that has been registered.
-  bool Deregister(const SensorProperty& property);
-  bool Deregister();
+  [[nodiscard]] bool Deregister(const SensorProperty& property);
+  [[nodiscard]] bool Deregister();
   // What is registered: while the service is late that is both sensors, whether they exist or not.
   std::vector<const SensorProperty*> sensors() const;
   // What the device is known not to have.

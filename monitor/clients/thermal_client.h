@@ -24,9 +24,9 @@ class ThermalClient {
   ThermalClient& operator=(const ThermalClient&) = delete;
 
   // False when the library refuses: the service reports no such temperature.
-  bool Register(const ThermalProperty& property);
+  [[nodiscard]] bool Register(const ThermalProperty& property);
   // From what was registered with the same property.
-  bool Deregister(const ThermalProperty& property);
+  [[nodiscard]] bool Deregister(const ThermalProperty& property);
 
   // Both ask the service; nothing when it cannot be asked.
   //

@@ -15,7 +15,7 @@ class LineWriter {
   // Whether somebody still reads.
   bool open() const { return error_ == 0; }
   // The error that ended the writing; 0 also when the reader has left, which is no error.
-  int error() const;
+  [[nodiscard]] int error() const;
 
  private:
   int error_ = 0;

@@ -50,8 +50,8 @@ bool Recorder::Note(const Event& event) {
   return Write({.at = {}, .what = std::get<DeviceEvent>(event.what)}, event.time);
 }
 
-bool Recorder::NoteAct(const RecordedWhat& what) {
-  return Write({.at = {}, .what = what}, std::chrono::system_clock::now());
+void Recorder::NoteAct(const RecordedWhat& what) {
+  static_cast<void>(Write({.at = {}, .what = what}, std::chrono::system_clock::now()));
 }
 
 bool Recorder::Write(RecordedEvent event, WallTime time) {

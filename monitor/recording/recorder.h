@@ -22,17 +22,17 @@ class Recorder {
   Recorder& operator=(const Recorder&) = delete;
 
   // False once the file cannot be written. Nothing is written afterwards.
-  bool Note(const Event& event);
-  // What is done now, and no event.
-  bool NoteAct(const RecordedWhat& what);
+  [[nodiscard]] bool Note(const Event& event);
+  // What is done now, and no event. Whether it was written, the next Note() or failure() says.
+  void NoteAct(const RecordedWhat& what);
 
   int event_count() const { return line_count_ - 1; }
   // What is wrong with the file, in words; empty when nothing is.
   const std::string& failure() const { return failure_; }
 
  private:
-  bool Write(RecordedEvent event, WallTime time);
-  bool WriteLine(std::string line);
+  [[nodiscard]] bool Write(RecordedEvent event, WallTime time);
+  [[nodiscard]] bool WriteLine(std::string line);
 
   const std::string path_;
   const WallTime begin_;

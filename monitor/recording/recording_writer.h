@@ -15,7 +15,7 @@ class RecordingWriter {
   static std::string Header(std::string_view device, WallTime begin);
   // Nothing for what no recording holds: the report of a sensor that the library has no use for,
   // what a scenario expects.
-  std::optional<std::string> Line(const RecordedEvent& event);
+  [[nodiscard]] std::optional<std::string> Line(const RecordedEvent& event);
 
  private:
   std::optional<BatteryReport> battery_;  // as it was written last: a line holds what has changed

@@ -16,7 +16,7 @@ struct Announcement {
 
 // Returns the program's exit code. Throws std::runtime_error before anything is played when the
 // recording cannot be.
-int PlayBack(const Recording& recording, const Announcement& announcement, const Options& options,
-             Output& output);
+[[nodiscard]] int PlayBack(const Recording& recording, const Announcement& announcement,
+                           const Options& options, Output& output);
 
 }  // namespace norvik::qel::monitor

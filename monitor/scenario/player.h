@@ -46,24 +46,24 @@ class Player {
   using Wake = Session::Wake;
 
   // False when it ends here.
-  bool TakeStep(const PlayPlan::Step& step);
+  [[nodiscard]] bool TakeStep(const PlayPlan::Step& step);
   void PrepareFor(const PlayPlan::Step& act);
   // An act each, or what is shown, asked and expected. False: it ends here.
-  bool Take(const DeviceEvent& event);
-  bool Take(const ClientJoined& joined);
-  bool Take(const ClientLeft& left);
-  bool Take(const Refusal& refusal);
-  bool Take(const Scene& scene);
-  bool Take(const Narration& narration);
-  bool Take(const Question& question);
-  bool Take(const Expectation& expectation);
-  bool Take(const ClientCalled& called);
-  bool Await(const ClientCalled& called, Seconds within);
-  bool Await(const DeviceEvent& event, Seconds within);
-  bool Await(const Silence& silence, Seconds within);
+  [[nodiscard]] bool Take(const DeviceEvent& event);
+  [[nodiscard]] bool Take(const ClientJoined& joined);
+  [[nodiscard]] bool Take(const ClientLeft& left);
+  [[nodiscard]] bool Take(const Refusal& refusal);
+  [[nodiscard]] bool Take(const Scene& scene);
+  [[nodiscard]] bool Take(const Narration& narration);
+  [[nodiscard]] bool Take(const Question& question);
+  [[nodiscard]] bool Take(const Expectation& expectation);
+  [[nodiscard]] bool Take(const ClientCalled& called);
+  [[nodiscard]] bool Await(const ClientCalled& called, Seconds within);
+  [[nodiscard]] bool Await(const DeviceEvent& event, Seconds within);
+  [[nodiscard]] bool Await(const Silence& silence, Seconds within);
 
-  bool WaitUntil(Seconds at);
-  bool WaitForEnter();
+  [[nodiscard]] bool WaitUntil(Seconds at);
+  [[nodiscard]] bool WaitForEnter();
   // Waits while the time of the recording stands still.
   template <typename Condition>
   Wake WaitFor(Condition condition, Seconds limit);

@@ -24,8 +24,8 @@ class Witness {
   void Act(const RecordedWhat& what);
 
   // Whether there was such a thing, which is used up then.
-  bool Take(const ClientCalled& called);
-  bool Take(const DeviceEvent& event);
+  [[nodiscard]] bool Take(const ClientCalled& called);
+  [[nodiscard]] bool Take(const DeviceEvent& event);
   // A call since the last act that no expectation has spoken of; nothing when there is none.
   std::optional<ClientCalled> UnexpectedCall(std::string_view subject) const;
   // What the client of the property was called with last.

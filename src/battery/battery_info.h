@@ -101,7 +101,7 @@ class BatteryInfo {
   int GetFreshProperty(PropertyType type) QEL_EXCLUDES(lock_);
 
   // Looks the service up unless it is known. May block as the platform's look-up does.
-  bool IsHealthServiceReady() QEL_REQUIRES(lock_);
+  [[nodiscard]] bool IsHealthServiceReady() QEL_REQUIRES(lock_);
   void LinkToHealthService() QEL_REQUIRES(lock_);
   void UnlinkToHealthService() QEL_REQUIRES(lock_);
   void ForgetHealthService() QEL_REQUIRES(lock_);

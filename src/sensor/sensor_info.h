@@ -88,13 +88,13 @@ class SensorInfo {
     std::atomic<int> data{0};              // the latest reading; centimetres or degrees
   };
 
-  bool IsInterfaceReady() const QEL_REQUIRES(lock_);
+  [[nodiscard]] bool IsInterfaceReady() const QEL_REQUIRES(lock_);
   // Gets manager, looper and queue, unless it has them. May block as the platform's look-up of the
   // manager does. Starts the reconnect worker when the service is absent.
-  bool InitSensorInterface() QEL_REQUIRES(lock_);
+  [[nodiscard]] bool InitSensorInterface() QEL_REQUIRES(lock_);
   // The result of registering the sensor; 0, too, for a sensor that has to wait for the service.
-  int EnableSensor(AudioSensorType type) QEL_REQUIRES(lock_);
-  int DisableSensor(AudioSensorType type) QEL_REQUIRES(lock_);
+  [[nodiscard]] int EnableSensor(AudioSensorType type) QEL_REQUIRES(lock_);
+  [[nodiscard]] int DisableSensor(AudioSensorType type) QEL_REQUIRES(lock_);
   // The poll thread ends when it next checks IsPollWanted().
   void StopPoll() QEL_REQUIRES(lock_);
 

@@ -56,7 +56,7 @@ class ThermalInfo {
   ThermalInfo& operator=(const ThermalInfo&) = delete;
 
   // Creates the two workers, idle. Does not contact the thermal service.
-  [[nodiscard]] bool Initialize() QEL_EXCLUDES(lock_);
+  bool Initialize() QEL_EXCLUDES(lock_);
   // Joins the workers and unregisters from the service. Also after a failed Initialize().
   void Deinitialize() QEL_EXCLUDES(lock_);
 
@@ -111,13 +111,12 @@ class ThermalInfo {
   // ---- Under lock_, as parts of the operations above.
 
   // Connects unless connected; true when thermal_ can be used. Waits for no service.
-  [[nodiscard]] bool GetThermalService() QEL_REQUIRES(lock_);
+  bool GetThermalService() QEL_REQUIRES(lock_);
   // Registration and deregistration when connected. The second adds to leaving_callbacks_, which
   // the caller has to Take().
-  [[nodiscard]] int RegisterThermalCallbackWithLock(int id, const std::string& type_name,
-                                                    const ThermalClientInfo& info)
-      QEL_REQUIRES(lock_);
-  [[nodiscard]] int DeregisterThermalCallbackWithLock(int id) QEL_REQUIRES(lock_);
+  int RegisterThermalCallbackWithLock(int id, const std::string& type_name,
+                                      const ThermalClientInfo& info) QEL_REQUIRES(lock_);
+  int DeregisterThermalCallbackWithLock(int id) QEL_REQUIRES(lock_);
 
  private:
   using ThermalHidlWrapper = ::aidl::android::hardware::thermal::ThermalHidlWrapper;

@@ -386,13 +386,13 @@ TEST_F(SensorObjectTest, AnObjectThatIsInitializedAgainStartsEmpty) {
     return sensor_info.RegisterCallback(
         type, {.need_to_update = true, .id = 1, .callback = Client<1>, .cookie = &seen_});
   };
-  sensor_info.Initialize();
+  ASSERT_TRUE(sensor_info.Initialize());
   ASSERT_EQ(add(SensorInfo::PROXIMITY), 0);
   ASSERT_EQ(add(SensorInfo::HINGE_ANGLE), 0);
   sensor_info.Deinitialize();
 
   hub_.Start();
-  sensor_info.Initialize();
+  ASSERT_TRUE(sensor_info.Initialize());
   EXPECT_TRUE(sensor_info.ReconnectToSensorService());
   EXPECT_EQ(Calls(SensorFunction::kCreateEventQueue), 0) << "no sensor waits for the service";
   EXPECT_EQ(add(SensorInfo::HINGE_ANGLE), 0);

@@ -279,7 +279,7 @@ TEST_F(SensorLifetimeTest, AHandleThatLivesLongDoesNotGrow) {
   for (void*& handle : handles) {
     InitSensorInfo(&handle);
     RegisterProximitySensorCallback(handle, 0, Client<0>, &seen);
-    seen.Take();
+    if (!seen.Take()) std::_Exit(1);
   }
   if (!Eventually([] { return fake::LooperWaiters() == 1; })) std::_Exit(1);
   std::exit(0);

@@ -12,15 +12,15 @@ namespace norvik::qel::stress {
 // Each returns what it has done, as text.
 
 // `count` reports from three threads, while clients and handles come and go on three more.
-std::string ReportStress(Subject& subject, int count, uint64_t seed);
+[[nodiscard]] std::string ReportStress(Subject& subject, int count, uint64_t seed);
 // `count` deaths; nearly all are over before their death notifications are handled.
-std::string RestartStress(Subject& subject, int count, uint64_t seed);
+[[nodiscard]] std::string RestartStress(Subject& subject, int count, uint64_t seed);
 // `count` outages that end during the retries, and as many that last longer.
-std::string OutageStress(Subject& subject, int count, uint64_t seed);
+[[nodiscard]] std::string OutageStress(Subject& subject, int count, uint64_t seed);
 // A service that comes up after its clients, `count` times.
-std::string LateStress(Subject& subject, int count, uint64_t seed);
+[[nodiscard]] std::string LateStress(Subject& subject, int count, uint64_t seed);
 // `count` ends of a handle at each point of what can be under way then.
-std::string TeardownStress(Subject& subject, int count, uint64_t seed);
+[[nodiscard]] std::string TeardownStress(Subject& subject, int count, uint64_t seed);
 
 // Every client of the handle hears of a report, two times.
 void ExpectAllHear(Subject& subject, Handle& handle);

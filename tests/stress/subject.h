@@ -38,8 +38,8 @@ class Subject {
   virtual void Deinit(void** handle) const = 0;
   // How many clients a handle can have; they have the numbers from 0.
   virtual int clients() const = 0;
-  virtual int Register(void* handle, int client, Client& cookie) const = 0;
-  virtual int Deregister(void* handle, int client) const = 0;
+  [[nodiscard]] virtual int Register(void* handle, int client, Client& cookie) const = 0;
+  [[nodiscard]] virtual int Deregister(void* handle, int client) const = 0;
   // Whatever else can be called while anything goes on. `round` makes it vary.
   virtual void Ask(void* handle, int round) const = 0;
 
@@ -85,8 +85,10 @@ class Handle {
 
   void* get() const { return handle_; }
   Client& client(int number) { return clients_.at(static_cast<size_t>(number)); }
-  int Register(int number) { return subject_.Register(handle_, number, client(number)); }
-  int Deregister(int number) { return subject_.Deregister(handle_, number); }
+  [[nodiscard]] int Register(int number) {
+    return subject_.Register(handle_, number, client(number));
+  }
+  [[nodiscard]] int Deregister(int number) { return subject_.Deregister(handle_, number); }
   // Ends the program when one is refused.
   void RegisterAll();
   void DeregisterAll();

@@ -114,8 +114,8 @@ class Machine {
 // Whether it becomes so, while several threads ask. Nobody is to ask while a test changes the
 // fake sysfs: what makes it finds the files that the program has open in a table without
 // a lock, and loses an announcement now and then when it meets another thread there.
-inline bool EventuallyWhileAsked(const std::function<bool()>& is_so,
-                                 const std::function<void()>& ask) {
+[[nodiscard]] inline bool EventuallyWhileAsked(const std::function<bool()>& is_so,
+                                               const std::function<void()>& ask) {
   std::atomic<bool> done = false;
   std::vector<std::thread> askers;
   for (int i = 0; i < 3; ++i) {
@@ -138,14 +138,14 @@ class NoticeListener {
     return [this](const services::ServiceEvent& event) { events_.Put(event); };
   }
   // The oldest one, waited for.
-  std::optional<std::string> Next() {
+  [[nodiscard]] std::optional<std::string> Next() {
     while (const std::optional<services::ServiceEvent> event = events_.Take()) {
       if (event->kind == services::ServiceEvent::Kind::kNotice) return event->detail;
     }
     return std::nullopt;
   }
   // All before the one that the test has provoked to know the end.
-  std::vector<std::string> Until(const std::string& marker) {
+  [[nodiscard]] std::vector<std::string> Until(const std::string& marker) {
     std::vector<std::string> notices;
     while (std::optional<std::string> notice = Next()) {
       if (*notice == marker) return notices;

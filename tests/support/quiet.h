@@ -12,6 +12,6 @@ namespace norvik::qel {
 // been on a processor. Two looks are taken at all of them. A thread that sleeps at both and has not
 // run in between slept all the time from the one to the other; so at the moment between the looks
 // all were asleep at once, and nobody was left to wake one.
-bool WaitUntilQuiet();
+[[nodiscard]] bool WaitUntilQuiet();
 
 }  // namespace norvik::qel

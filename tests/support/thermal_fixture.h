@@ -46,8 +46,8 @@ inline fake::Script& ScriptOf(simulated::Thermal& thermal, ThermalPath path, The
               : thermal.on(HidlThermalOperation::kUnregisterThermalChangedCallback);
 }
 
-inline int RegisterClient(void* handle, int id, const char* type, const char* name,
-                          ThermalCallbackFunc callback, void* cookie) {
+[[nodiscard]] inline int RegisterClient(void* handle, int id, const char* type, const char* name,
+                                        ThermalCallbackFunc callback, void* cookie) {
   const ThermalCallbackParam param = {
       .id = id, .type_name = type, .temperature_name = name, .callback = callback};
   return RegisterThermalCallback(handle, &param, cookie);
@@ -84,7 +84,7 @@ class ThermalFixture : public testing::Test {
   }
   // Registers client kClient, whose id is the same number.
   template <int kClient>
-  int Register(const char* type, const char* name) {
+  [[nodiscard]] int Register(const char* type, const char* name) {
     return RegisterClient(handle_, kClient, type, name, Client<kClient>, &seen_);
   }
   // And takes its first call, which brings the severity of the moment.
@@ -94,13 +94,13 @@ class ThermalFixture : public testing::Test {
     ASSERT_EQ(seen_.Take(), (Call{kClient, severity}));
   }
   // Takes calls until one brings something else than NONE.
-  std::optional<Call> TakeThrottled() {
+  [[nodiscard]] std::optional<Call> TakeThrottled() {
     std::optional<Call> call = seen_.Take();
     while (call && call->value == 0) call = seen_.Take();
     return call;
   }
   // Any operation that needs the service and changes nothing; whether the service answered.
-  bool Operate() {
+  [[nodiscard]] bool Operate() {
     const char* name = "skin";
     thermistor out = {};
     int count = 1;
@@ -137,7 +137,7 @@ class ThermalPathTest : public ThermalFixture, public testing::WithParamInterfac
 
   fake::Script& on(ThermalCall call) { return ScriptOf(thermal_, GetParam(), call); }
   size_t registered() const { return thermal_.callback_count(GetParam()); }
-  bool IsRegistered(size_t count) {
+  [[nodiscard]] bool IsRegistered(size_t count) {
     return Eventually([=, this] { return registered() == count; });
   }
   fake::Script& look_up() {

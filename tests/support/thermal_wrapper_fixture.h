@@ -47,10 +47,10 @@ class ThermalWrapperFixture : public testing::Test {
 };
 
 // What was answered, for a matcher that says what should have been.
-inline bool Succeeded(const HidlAnswer& answer) {
+[[nodiscard]] inline bool Succeeded(const HidlAnswer& answer) {
   return answer.calls == 1 && !answer.failed() && answer.status.debugMessage == "";
 }
-inline bool FailedWith(const HidlAnswer& answer, const std::string& message) {
+[[nodiscard]] inline bool FailedWith(const HidlAnswer& answer, const std::string& message) {
   return answer.calls == 1 && answer.failed() && answer.status.debugMessage == message;
 }
 

@@ -31,7 +31,7 @@ class Seen {
     changed_.notify_all();
   }
   // The oldest one, waited for; nothing after `limit`.
-  std::optional<T> Take(std::chrono::milliseconds limit = kHangGuard) {
+  [[nodiscard]] std::optional<T> Take(std::chrono::milliseconds limit = kHangGuard) {
     std::unique_lock<std::mutex> lock(lock_);
     fake::AssertHeld(lock_);
     const auto filled = [this]() QUORVEL_REQUIRES(lock_) { return !values_.empty(); };
@@ -53,7 +53,7 @@ class Seen {
 
 // For what the system tells to those who ask only, such as the number of threads: asks until it is
 // so. False after the hang guard.
-inline bool Eventually(const std::function<bool()>& is_so) {
+[[nodiscard]] inline bool Eventually(const std::function<bool()>& is_so) {
   const auto deadline = std::chrono::steady_clock::now() + kHangGuard;
   while (!is_so()) {
     if (std::chrono::steady_clock::now() > deadline) return false;

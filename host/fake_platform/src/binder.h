@@ -23,7 +23,7 @@ class Anchor {
  public:
   explicit Anchor(AIBinder* binder) : binder_(binder) {}
   // A strong reference, empty if the binder is gone.
-  ndk::SpAIBinder Promote();
+  [[nodiscard]] ndk::SpAIBinder Promote();
   // Called just before the binder is freed.
   void Clear();
 
@@ -50,8 +50,8 @@ struct AIBinder {
   AIBinder& operator=(const AIBinder&) = delete;
 
   void IncStrong() { strong_.fetch_add(1, std::memory_order_relaxed); }
-  bool TryIncStrong();  // false if the count has reached 0
-  void DecStrong();     // the last one deletes the object
+  [[nodiscard]] bool TryIncStrong();  // false if the count has reached 0
+  void DecStrong();                   // the last one deletes the object
   int32_t strong() const { return strong_.load(std::memory_order_relaxed); }
 
   virtual norvik::qel::fake::LocalBinder* AsLocal() { return nullptr; }
@@ -117,7 +117,7 @@ struct Link {
   std::weak_ptr<RecipientState> recipient;
 
   // Ends the link unless its notification has started. True if this call ended it.
-  bool End();
+  [[nodiscard]] bool End();
 };
 
 // The links of a recipient or of a HIDL proxy. A separate object, because its owner may be deleted
@@ -126,7 +126,7 @@ struct RecipientState {
   std::mutex lock;
   std::vector<std::shared_ptr<Link>> links QUORVEL_GUARDED_BY(lock);
 
-  std::shared_ptr<Link> TakeNewest(const AIBinder* who, const void* key);
+  [[nodiscard]] std::shared_ptr<Link> TakeNewest(const AIBinder* who, const void* key);
   void Remove(const std::shared_ptr<Link>& link);
   // Ends all links without notifications. Called when the recipient is deleted.
   void EndAll();
@@ -141,23 +141,23 @@ class RemoteBinder final : public AIBinder {
 
   bool alive() const;
   // The object. If either process has died: empty, and alive() is false from now on.
-  ndk::SpAIBinder Target();
+  [[nodiscard]] ndk::SpAIBinder Target();
   // Runs `call` on a thread of the object's process and waits for its end. If either process has
   // died or dies meanwhile: returns false, and alive() is false from now on.
-  bool CallAndWait(std::function<void(LocalBinder&)> call);
+  [[nodiscard]] bool CallAndWait(std::function<void(LocalBinder&)> call);
   // Sends a one-way call. If either process has died: returns false, and alive() is false from now
   // on. The check and the sending are atomic: a dead process sends nothing.
-  bool PostOneway(std::function<void(LocalBinder&)> call);
+  [[nodiscard]] bool PostOneway(std::function<void(LocalBinder&)> call);
   // Sets alive() to false, after a call has failed because of a death.
   void NoteDead() QUORVEL_EXCLUDES(lock_);
   // Whether the object is of that class. Asks the object once; false if it cannot be asked.
-  bool IsOfClass(const AIBinder_Class* clazz);
+  [[nodiscard]] bool IsOfClass(const AIBinder_Class* clazz);
   // Null until IsOfClass() has been true.
   const AIBinder_Class* associated_class() const;
 
-  binder_status_t Link(const std::shared_ptr<RecipientState>& recipient,
-                       std::shared_ptr<fake::Link> link);
-  binder_status_t Unlink(RecipientState& recipient, const void* key);
+  [[nodiscard]] binder_status_t Link(const std::shared_ptr<RecipientState>& recipient,
+                                     std::shared_ptr<fake::Link> link);
+  [[nodiscard]] binder_status_t Unlink(RecipientState& recipient, const void* key);
 
   // Called when the process of the object has died. Notifies the recipients on a thread of the
   // holder.

@@ -95,12 +95,12 @@ class Process : public std::enable_shared_from_this<Process> {
   // The binder that this process uses for `binder`: the object itself if it is an object of this
   // process, otherwise this process's single reference to it. Empty if the process of the object
   // has died.
-  ndk::SpAIBinder Reach(AIBinder* binder);
+  [[nodiscard]] ndk::SpAIBinder Reach(AIBinder* binder);
 
   // Runs `task` on a thread of this process, as this process.
   void Post(Transport transport, std::function<void()> task);
   // The same, and waits for the end of `task`. False if the process is dead or dies meanwhile.
-  bool RunAndWait(Transport transport, std::function<void()> task);
+  [[nodiscard]] bool RunAndWait(Transport transport, std::function<void()> task);
 
   bool dead() const;
   // Null while the process lives, and after all notifications of its death have been delivered.
@@ -115,7 +115,7 @@ class Process : public std::enable_shared_from_this<Process> {
   friend class RemoteBinder;
   // Each RemoteBinder enters itself in the tables of the two processes that it connects. False if
   // this process is dead: it holds no references.
-  bool AddOutbound(uint64_t target_id, std::shared_ptr<Anchor> reference);
+  [[nodiscard]] bool AddOutbound(uint64_t target_id, std::shared_ptr<Anchor> reference);
   void RemoveOutbound(uint64_t target_id, const std::shared_ptr<Anchor>& reference);
   void AddInbound(std::shared_ptr<Anchor> reference);
   void RemoveInbound(const std::shared_ptr<Anchor>& reference);

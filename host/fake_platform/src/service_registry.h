@@ -24,8 +24,8 @@ class ServiceRegistry {
 
   void Add(const std::string& instance, AIBinder* binder);
   // The calling process's reference to a service. Empty if the service is not running.
-  ndk::SpAIBinder Check(const std::string& instance);
-  ndk::SpAIBinder Wait(const std::string& instance);
+  [[nodiscard]] ndk::SpAIBinder Check(const std::string& instance);
+  [[nodiscard]] ndk::SpAIBinder Wait(const std::string& instance);
   // Removes the names of a process that has died.
   void Forget(const Process& process);
 

@@ -23,7 +23,8 @@ class HoldDeliveries {
   HoldDeliveries& operator=(const HoldDeliveries&) = delete;
 
   // Waits until `count` deliveries have stopped; false after `limit`.
-  bool WaitForHeld(int count = 1, std::chrono::milliseconds limit = std::chrono::seconds(10)) {
+  [[nodiscard]] bool WaitForHeld(int count = 1,
+                                 std::chrono::milliseconds limit = std::chrono::seconds(10)) {
     return gate_->WaitForArrivals(count, limit);
   }
   // Releases all stopped deliveries; later ones pass.
@@ -36,7 +37,7 @@ class HoldDeliveries {
 
 // Waits until all one-way calls and death notifications sent to the host process have been handled,
 // including those that they caused; false after `limit`.
-bool WaitUntilDelivered(std::chrono::milliseconds limit = std::chrono::seconds(10));
+[[nodiscard]] bool WaitUntilDelivered(std::chrono::milliseconds limit = std::chrono::seconds(10));
 
 // Scripts of linkToDeath() and unlinkToDeath(). An outcome other than STATUS_OK is the result of
 // the call. Such a link call links nothing; such an unlink call still ends the link.

@@ -28,7 +28,8 @@ class Gate {
   }
 
   // Waits until `count` threads have reached the gate; false after `limit`.
-  bool WaitForArrivals(int count = 1, std::chrono::milliseconds limit = std::chrono::seconds(10)) {
+  [[nodiscard]] bool WaitForArrivals(int count = 1,
+                                     std::chrono::milliseconds limit = std::chrono::seconds(10)) {
     std::unique_lock<std::mutex> lock(lock_);
     return changed_.wait_for(lock, limit,
                              [&]() QUORVEL_REQUIRES(lock_) { return arrived_ >= count; });

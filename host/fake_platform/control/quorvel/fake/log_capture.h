@@ -33,8 +33,8 @@ class LogCapture {
   // The number of lines so far with this text.
   int Count(const std::string& text) const;
   // Waits until `count` lines have this text; false after `limit`.
-  bool WaitFor(const std::string& text, int count = 1,
-               std::chrono::milliseconds limit = std::chrono::seconds(10)) const;
+  [[nodiscard]] bool WaitFor(const std::string& text, int count = 1,
+                             std::chrono::milliseconds limit = std::chrono::seconds(10)) const;
   void Clear();
 };
 

@@ -73,7 +73,7 @@ class Script {
   // `ended` is the flag of a service that may die. If it is set, the result is STATUS_DEAD_OBJECT
   // and no outcome is taken: the queued ones are for the next service. To end a service, set the
   // flag, then call OpenGates(): calls that are already waiting at a gate then return.
-  Outcome Next(const std::atomic<bool>* ended = nullptr) {
+  [[nodiscard]] Outcome Next(const std::atomic<bool>* ended = nullptr) {
     Outcome outcome;
     {
       std::lock_guard<std::mutex> lock(lock_);
@@ -98,7 +98,8 @@ class Script {
     return calls_;
   }
   // Waits until the operation has been called `count` times in total; false after `limit`.
-  bool WaitForCalls(int count, std::chrono::milliseconds limit = std::chrono::seconds(10)) const {
+  [[nodiscard]] bool WaitForCalls(
+      int count, std::chrono::milliseconds limit = std::chrono::seconds(10)) const {
     std::unique_lock<std::mutex> lock(lock_);
     return changed_.wait_for(lock, limit,
                              [&]() QUORVEL_REQUIRES(lock_) { return calls_ >= count; });

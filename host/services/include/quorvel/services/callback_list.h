@@ -30,7 +30,7 @@ template <typename Pointer, typename Type>
 class CallbackList {
  public:
   // Without a type the callback receives all types. False if it is already in the list.
-  bool Add(const Pointer& callback, std::optional<Type> type) {
+  [[nodiscard]] bool Add(const Pointer& callback, std::optional<Type> type) {
     if (Find(callback) != entries_.end()) return false;
     entries_.push_back({callback, type});
     return true;
@@ -38,7 +38,7 @@ class CallbackList {
 
   // Returns the removed reference, so that the caller can release it after its lock. Null if
   // `callback` is not in the list.
-  Pointer Remove(const Pointer& callback) {
+  [[nodiscard]] Pointer Remove(const Pointer& callback) {
     const auto found = Find(callback);
     if (found == entries_.end()) return nullptr;
     Pointer removed = std::move(found->callback);

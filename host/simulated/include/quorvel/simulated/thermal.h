@@ -78,8 +78,8 @@ class Thermal {
   void StartAidl();
   void StartHidl();
   // True if the service was running.
-  bool KillAidl();
-  bool KillHidl();
+  [[nodiscard]] bool KillAidl();
+  [[nodiscard]] bool KillHidl();
   void Tell(services::ServiceEvent::Kind kind, ThermalPath path) const;
 
   const services::ServiceObserver observer_;

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <stdexcept>
+
+namespace norvik::qel::bench {
+
+// A step without which the benchmark would measure something else.
+inline void Must(bool done) {
+  if (!done) throw std::runtime_error("the benchmark could not be prepared");
+}
+
+}  // namespace norvik::qel::bench
