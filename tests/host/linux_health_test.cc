@@ -400,7 +400,7 @@ TEST_F(LinuxHealthTest, NoThreadOfAServiceWakesUpWhileNoClientListens) {
   thermal.Start();
   sensors.Start();
   // A client that has come and gone leaves no timer behind.
-  ASSERT_EQ(RegisterBatteryLevelCallback(handle_, Hear, &levels_), 0);
+  ASSERT_EQ(RegisterBatteryLevelCallback(handle_, PutValue, &levels_), 0);
   ASSERT_EQ(levels_.Take(), 73);
   DeinitBatteryInfo(&handle_);
   ASSERT_EQ(health.callback_count(), 0u);

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <condition_variable>
 #include <cstring>
 #include <mutex>
 #include <utility>
@@ -25,6 +26,7 @@ struct Pause;
 struct Pauses {
   std::mutex lock;
   std::vector<Pause*> all QUORVEL_GUARDED_BY(lock);
+  std::condition_variable left;  // a worker has left its pause
 };
 
 Pauses& ThePauses() {
@@ -89,6 +91,13 @@ void EndPauses() {
     pthread_cond_broadcast(pause->condition);
     pthread_mutex_unlock(pause->mutex);
   }
+  std::unique_lock<std::mutex> lock(ThePauses().lock);
+  fake::AssertHeld(ThePauses().lock);
+  ThePauses().left.wait(lock, []() QUORVEL_REQUIRES(ThePauses().lock) {
+    return std::none_of(ThePauses().all.begin(), ThePauses().all.end(),
+                        [](const Pause* pause)
+                            QUORVEL_REQUIRES(ThePauses().lock) { return pause->ending; });
+  });
 }
 
 extern "C" {
@@ -128,7 +137,10 @@ __attribute__((visibility("default"))) int pthread_cond_clockwait(pthread_cond_t
     if (!pause.over) result = pthread_cond_wait(condition, mutex);
     std::lock_guard<std::mutex> lock(ThePauses().lock);
     leaves = pause.over || !pause.ending;
-    if (leaves) std::erase(ThePauses().all, &pause);
+    if (leaves) {
+      std::erase(ThePauses().all, &pause);
+      ThePauses().left.notify_all();
+    }
   }
   if (!pause.over) return result;
   MoveClockTo(*deadline);

@@ -11,9 +11,11 @@
 
 namespace norvik::qel {
 
-// The number of workers in a pause that EndPauses() has not ended.
+// The number of workers in a pause.
 size_t PausingWorkers();
-// Ends all these pauses. No worker may be ended (by Deinit...()) meanwhile.
+// Ends all these pauses, and returns when the workers have left them. A worker holds its own lock
+// from then until it is idle or runs again, so a request after the return does not join the series
+// of attempts that has ended. No worker may be ended (by Deinit...()) meanwhile.
 void EndPauses();
 
 }  // namespace norvik::qel

@@ -80,8 +80,9 @@ void LocalBinder::RunFirstOneway(ndk::SpAIBinder self) {
     std::lock_guard<std::mutex> lock(object.lock_);
     sender = object.oneway_.front().sender;
   }
-  if (const std::shared_ptr<PendingNotices> notices = sender->pending_notices()) {
-    notices->Then([self] {
+  if (const std::shared_ptr<PendingDeathNotifications> notifications =
+          sender->pending_death_notifications()) {
+    notifications->Then([self] {
       const LocalBinder& waiting = *self.get()->AsLocal();
       waiting.process_->Post(waiting.transport(),
                              [self]() mutable { RunFirstOneway(std::move(self)); });
@@ -260,10 +261,11 @@ binder_status_t RemoteBinder::Unlink(RecipientState& recipient, const void* key)
 }
 
 void RemoteBinder::TargetDied() {
-  const std::shared_ptr<PendingNotices> notices = target_process_->pending_notices();
+  const std::shared_ptr<PendingDeathNotifications> notifications =
+      target_process_->pending_death_notifications();
   {
     std::lock_guard<std::mutex> lock(lock_);
-    PostObituaryLocked(notices);
+    PostDeathNotificationLocked(notifications);
   }
   DropTarget();
 }
@@ -279,18 +281,20 @@ void RemoteBinder::DropTarget() {
   std::swap(dropped, target_);
 }
 
-void RemoteBinder::PostObituaryLocked(std::shared_ptr<PendingNotices> notices) {
+void RemoteBinder::PostDeathNotificationLocked(
+    std::shared_ptr<PendingDeathNotifications> notifications) {
   if (links_.empty() || std::exchange(obituary_posted_, true)) return;
   const bool counted = IsHost(holder_);
   if (counted) NoteSent();
   // By anchor: a reference that is dropped before its turn takes its links with it.
-  holder_->Post(transport_, [anchor = anchor, notices = std::move(notices), counted]() mutable {
-    ndk::SpAIBinder self = anchor->Promote();
-    if (self.get() != nullptr) self.get()->AsRemote()->TellRecipients();
-    self.set(nullptr);
-    notices = nullptr;
-    if (counted) NoteHandled();
-  });
+  holder_->Post(transport_,
+                [anchor = anchor, notifications = std::move(notifications), counted]() mutable {
+                  ndk::SpAIBinder self = anchor->Promote();
+                  if (self.get() != nullptr) self.get()->AsRemote()->TellRecipients();
+                  self.set(nullptr);
+                  notifications = nullptr;
+                  if (counted) NoteHandled();
+                });
 }
 
 void RemoteBinder::TellRecipients() {

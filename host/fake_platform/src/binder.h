@@ -167,7 +167,8 @@ class RemoteBinder final : public AIBinder {
 
  private:
   bool AssociateLocked(const AIBinder_Class* clazz) QUORVEL_REQUIRES(lock_);
-  void PostObituaryLocked(std::shared_ptr<PendingNotices> notices) QUORVEL_REQUIRES(lock_);
+  void PostDeathNotificationLocked(std::shared_ptr<PendingDeathNotifications> notifications)
+      QUORVEL_REQUIRES(lock_);
   void TellRecipients() QUORVEL_EXCLUDES(lock_);
   void DropTarget() QUORVEL_EXCLUDES(lock_);
 

@@ -4,7 +4,7 @@
 
 #include "quorvel/fake/sensor_functions.h"
 
-using norvik::qel::fake::NewsSource;
+using norvik::qel::fake::EventSource;
 using norvik::qel::fake::Outcome;
 using norvik::qel::fake::ScriptOf;
 using norvik::qel::fake::SensorFunction;
@@ -24,7 +24,7 @@ bool ALooper::InCallback() {
 }
 
 int ALooper::PollOnce(int timeout_ms) {
-  std::set<std::shared_ptr<NewsSource>> taken;
+  std::set<std::shared_ptr<EventSource>> taken;
   {
     std::unique_lock<std::mutex> lock(lock_);
     norvik::qel::fake::AssertHeld(lock_);
@@ -55,13 +55,13 @@ void ALooper::Wake() {
   changed_.notify_one();
 }
 
-void ALooper::Mark(const std::shared_ptr<NewsSource>& source) {
+void ALooper::Mark(const std::shared_ptr<EventSource>& source) {
   std::lock_guard<std::mutex> lock(lock_);
   marked_.insert(source);
   changed_.notify_one();
 }
 
-void ALooper::Forget(const std::shared_ptr<NewsSource>& source) {
+void ALooper::Forget(const std::shared_ptr<EventSource>& source) {
   std::lock_guard<std::mutex> lock(lock_);
   marked_.erase(source);  // never the last reference: the caller holds one
 }

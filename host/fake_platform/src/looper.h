@@ -13,9 +13,9 @@
 namespace norvik::qel::fake {
 
 // An event queue as the looper sees it.
-class NewsSource {
+class EventSource {
  public:
-  virtual ~NewsSource() = default;
+  virtual ~EventSource() = default;
   // Called by the poll that took the events. Calls the queue's callback, if any.
   virtual void Dispatch() = 0;
 };
@@ -31,14 +31,14 @@ struct ALooper {
 
   int PollOnce(int timeout_ms);
   void Wake();
-  void Mark(const std::shared_ptr<norvik::qel::fake::NewsSource>& source);
-  void Forget(const std::shared_ptr<norvik::qel::fake::NewsSource>& source);
+  void Mark(const std::shared_ptr<norvik::qel::fake::EventSource>& source);
+  void Forget(const std::shared_ptr<norvik::qel::fake::EventSource>& source);
   int waiters() const;
 
  private:
   mutable std::mutex lock_;
   std::condition_variable changed_;
-  std::set<std::shared_ptr<norvik::qel::fake::NewsSource>> marked_ QUORVEL_GUARDED_BY(lock_);
+  std::set<std::shared_ptr<norvik::qel::fake::EventSource>> marked_ QUORVEL_GUARDED_BY(lock_);
   bool woken_ QUORVEL_GUARDED_BY(lock_) = false;
   int waiters_ QUORVEL_GUARDED_BY(lock_) = 0;
 };

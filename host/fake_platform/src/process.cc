@@ -16,11 +16,11 @@ namespace {
 thread_local std::shared_ptr<Process> t_current;
 }  // namespace
 
-PendingNotices::~PendingNotices() {
+PendingDeathNotifications::~PendingDeathNotifications() {
   for (const auto& next : waiting_) next();
 }
 
-void PendingNotices::Then(std::function<void()> next) {
+void PendingDeathNotifications::Then(std::function<void()> next) {
   std::lock_guard<std::mutex> lock(lock_);
   waiting_.push_back(std::move(next));
 }
@@ -111,13 +111,13 @@ bool Process::dead() const {
   return dead_;
 }
 
-std::shared_ptr<PendingNotices> Process::pending_notices() const {
+std::shared_ptr<PendingDeathNotifications> Process::pending_death_notifications() const {
   std::lock_guard<std::mutex> lock(lock_);
-  return pending_notices_.lock();
+  return pending_death_notifications_.lock();
 }
 
 void Process::Kill() {
-  const auto notices = std::make_shared<PendingNotices>();  // released last
+  const auto notifications = std::make_shared<PendingDeathNotifications>();  // released last
   std::set<std::shared_ptr<PendingCall>> calls;
   std::vector<std::shared_ptr<Anchor>> outbound;
   std::vector<std::shared_ptr<Anchor>> inbound;
@@ -125,7 +125,7 @@ void Process::Kill() {
     std::lock_guard<std::mutex> lock(lock_);
     if (dead_) return;
     dead_ = true;
-    pending_notices_ = notices;
+    pending_death_notifications_ = notifications;
     calls.swap(calls_);
     for (const auto& [id, reference] : outbound_) outbound.push_back(reference);
     inbound.assign(inbound_.begin(), inbound_.end());

@@ -55,12 +55,12 @@ struct PendingCall {
 // 4. A deferred call stays at the head of its object's queue. So the calls of the successor run
 //    after it.
 // A deferred call holds no lock and no thread: it is posted again.
-class PendingNotices {
+class PendingDeathNotifications {
  public:
-  PendingNotices() = default;
-  PendingNotices(const PendingNotices&) = delete;
-  PendingNotices& operator=(const PendingNotices&) = delete;
-  ~PendingNotices();
+  PendingDeathNotifications() = default;
+  PendingDeathNotifications(const PendingDeathNotifications&) = delete;
+  PendingDeathNotifications& operator=(const PendingDeathNotifications&) = delete;
+  ~PendingDeathNotifications();
 
   // Runs `next` on the thread that releases the last reference. `next` must not block.
   void Then(std::function<void()> next);
@@ -104,7 +104,7 @@ class Process : public std::enable_shared_from_this<Process> {
 
   bool dead() const;
   // Null while the process lives, and after all notifications of its death have been delivered.
-  std::shared_ptr<PendingNotices> pending_notices() const;
+  std::shared_ptr<PendingDeathNotifications> pending_death_notifications() const;
   void Kill();
 
   ThreadPool& pool(Transport transport) {
@@ -124,7 +124,7 @@ class Process : public std::enable_shared_from_this<Process> {
   const std::shared_ptr<ThreadPool> hwbinder_pool_;
   mutable std::mutex lock_;
   bool dead_ QUORVEL_GUARDED_BY(lock_) = false;
-  std::weak_ptr<PendingNotices> pending_notices_
+  std::weak_ptr<PendingDeathNotifications> pending_death_notifications_
       QUORVEL_GUARDED_BY(lock_);  // of this process's death
   // Guards no member: one new reference is made at a time. Taken before lock_.
   std::mutex reach_lock_;

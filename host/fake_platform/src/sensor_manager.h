@@ -23,7 +23,7 @@ namespace norvik::qel::fake {
 // The events of one queue, from the binder thread that delivers them to the thread that reads them.
 //
 // Locks: lock_ before the looper's lock. Neither is held while the callback runs.
-class SensorEvents : public NewsSource, public std::enable_shared_from_this<SensorEvents> {
+class SensorEvents : public EventSource, public std::enable_shared_from_this<SensorEvents> {
  public:
   SensorEvents(ALooper_callbackFunc callback, void* data) : callback_(callback), data_(data) {}
 
