@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <filesystem>
+#include <locale>
 #include <map>
 #include <memory>
 #include <ostream>
@@ -52,6 +53,7 @@ class LinuxMachinesTest : public testing::TestWithParam<Description> {
  protected:
   void SetUp() override {
     ASSERT_FALSE(std::filesystem::exists("/sys/kernel")) << "run this under umockdev-wrapper";
+    result_.imbue(std::locale::classic());
     for (const std::string& line : Split(GetParam().files, "\n")) {
       if (line.empty()) continue;
       const size_t blank = line.find(' ');

@@ -328,9 +328,11 @@ class ToolTest(unittest.TestCase):
         self.assertRegex(text.splitlines()[-1], "^Demo done: .*; proximity 0 cm[.]$")
 
     def test_a_machine_has_what_its_kernel_tells_of(self):
+        code, out, err = on_machine(MACHINE, "get", "temperatures", "acpitz", "x86_pkg_temp")
         self.assertEqual(
-            self.success(on_machine(MACHINE, "get", "temperatures", "acpitz", "x86_pkg_temp")),
-            "acpitz                    unknown\nx86_pkg_temp              81.5 degrees C\n")
+            out, "acpitz                    not present\nx86_pkg_temp              81.5 degrees C\n")
+        self.assertEqual(code, 1, "a zone that cannot be read is an error")
+        self.assertIn("does not report all of these temperatures", err)
         self.assertEqual(
             self.success(on_machine(MACHINE, "get", "sensors")),
             "proximity                 not present\nhinge angle               90 degrees\n")

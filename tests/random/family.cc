@@ -21,8 +21,9 @@ namespace norvik::qel::random_test {
 
 namespace {
 
-// Guards workers and clients. Never destroyed: a broken library may call at the very end.
+// Leaked on purpose: a broken library may call at the very end.
 struct Shared {
+  // Guards no member: guards the members of workers and clients, whose header cannot name it.
   std::mutex lock;
   std::condition_variable changed;
 };

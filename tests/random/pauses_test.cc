@@ -41,6 +41,7 @@ TEST_F(PausesTest, APauseLastsUntilItIsEnded) {
   Register();  // the caller's attempt, and the worker's
   ASSERT_TRUE(Eventually(OnePauses));
   // Longer than the pause of 200 ms: the waits of others take their time, and end by themselves.
+  // Guards no member: a wait needs one.
   std::mutex lock;
   std::condition_variable never;
   std::unique_lock<std::mutex> hold(lock);
