@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Stands before the C library's allocator for the whole process, shared libraries included.
 #include "allocations.h"
 

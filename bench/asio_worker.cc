@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 #include <boost/asio/executor_work_guard.hpp>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/post.hpp>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Which processor a thread runs on, so that a figure is not that of the scheduler's mood.
 #pragma once
 

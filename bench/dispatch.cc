@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // From a dispatch to the calls of all clients, beside a loop over the same callbacks. The thread
 // that measures calls the dispatch itself, with what it finds prepared before: the workers that do
 // so otherwise are out of the way.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // From what the platform tells to the client's call. The thread that asks plays the binder thread
 // that brings it. Each thread that is woken has another processor than the one that wakes it.
 #include <android/sensor.h>

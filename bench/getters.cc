@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // What a cached value costs beside a call that returns at once.
 #include <benchmark/benchmark.h>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // What it takes to make a handle and to destroy it, beside as many threads that only wait to end.
 //
 // Nothing is declared while this runs. Making a handle asks for no service, whether one runs or

@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The quorvel developers
+# SPDX-License-Identifier: Apache-2.0
+
 """How big the library is, what the loader has to do for it, and how long loading it takes.
 
 What its dependencies take is loaded with it; the baseline is an empty library that has the same.

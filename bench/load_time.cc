@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // How many nanoseconds it takes to load a library into a process that has not had it yet.
 #include <dlfcn.h>
 #include <stdio.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The program that measures: Google Benchmark with passes that alternate, so that whatever the
 // machine does meanwhile meets the library and its baselines alike. --quick sees only that it
 // runs.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // What memory a handle takes that has no client.
 #include <benchmark/benchmark.h>
 #include <malloc.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Stands before the platform's function for the library's object files of this program.
 #include "polls.h"
 

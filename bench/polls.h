@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The library's waits at the platform's looper, seen from outside, and what it waits for.
 #pragma once
 

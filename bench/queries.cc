@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // What asking a service costs through the library, beside the same calls to the service made
 // directly: as if calls were free, which shows what is the library's own, and at a phone's price.
 #include <aidl/android/hardware/health/IHealth.h>

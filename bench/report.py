@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The quorvel developers
+# SPDX-License-Identifier: Apache-2.0
+
 """report.py RESULTS.json... [--plot FILE.svg]: what the library costs beside its baselines.
 
 Reads what the benchmark programs and library_figures.py have written, all of one run, and prints a

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // From a request to the action: the library's worker beside what else there is.
 #include <benchmark/benchmark.h>
 

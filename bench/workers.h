@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Threads that run an action when asked to: the library's, and the baselines.
 #pragma once
 

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The quorvel developers
+# SPDX-License-Identifier: Apache-2.0
+
 # 64-bit Arm with Debian's cross compiler. Programs run under qemu user emulation.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR aarch64)

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The quorvel developers
+# SPDX-License-Identifier: Apache-2.0
+
 if(QUORVEL_SANITIZE)
   add_compile_options(-fsanitize=${QUORVEL_SANITIZE} -fno-sanitize-recover=all
                       -fno-omit-frame-pointer)

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The quorvel developers
+# SPDX-License-Identifier: Apache-2.0
+
 # The version is defined once, in quorvel.h. The library's file name, the packages, the monitor and
 # the manual pages take it from here.
 foreach(part MAJOR MINOR PATCH)

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The quorvel developers
+# SPDX-License-Identifier: Apache-2.0
+
 # Warnings are errors in the presets only: other compilers may warn of more. An exception is
 # AServiceManager_getService(): the platform marks it as deprecated, but the library uses it on
 # purpose, because it waits for a late service. Android.bp has the same exception.

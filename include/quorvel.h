@@ -1,3 +1,7 @@
+/* SPDX-FileCopyrightText: 2026 The quorvel developers
+ * SPDX-License-Identifier: Apache-2.0
+ */
+
 /**
  * @file quorvel.h
  * @brief Battery, sensors and heat of the device, for its audio service, as plain C functions.

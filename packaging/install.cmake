@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The quorvel developers
+# SPDX-License-Identifier: Apache-2.0
+
 # Rules for cmake --install, in four components, one per package:
 #
 #   runtime    the library and the fake platform

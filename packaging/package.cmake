@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The quorvel developers
+# SPDX-License-Identifier: Apache-2.0
+
 # Debian packages, one for each component of the installation (./dev package):
 #
 #   libquorvel1               the library and the fake platform, which it needs

@@ -1,3 +1,7 @@
+/* SPDX-FileCopyrightText: 2026 The quorvel developers
+ * SPDX-License-Identifier: Apache-2.0
+ */
+
 /* Waits for a battery level, for at most SECONDS (default 0), then queries the battery and writes a
  * dump.
  *

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Part of an audio service: the allowed speaker volume, from battery and skin temperature.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests SpeakerGuard on a simulated phone. The test's time limit catches a missing callback.
 #include "speaker_guard.h"
 

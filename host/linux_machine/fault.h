@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // A file or device that is unreadable or invalid, as a message for the user.
 #pragma once
 

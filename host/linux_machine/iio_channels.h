@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The proximity and hinge-angle channels of the kernel's industrial-I/O subsystem.
 //
 // The files and their units are described in the kernel's Documentation/ABI/testing/sysfs-bus-iio.

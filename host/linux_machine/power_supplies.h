@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The batteries and the chargers of this machine, from the kernel's power-supply class.
 //
 // The files, their units and their special values are described in the kernel's

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The temperatures and the cooling devices of this machine: the kernel's thermal zones with their
 // trip points, the sensors of the hwmon class, the cooling devices of the thermal class.
 //

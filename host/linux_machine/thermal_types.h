@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Maps the kernel's zones and cooling devices to the types of the thermal service.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 #include "quorvel/services/hidl_thermal_service.h"
 
 #include <array>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // quorvel: a client of the library, for people to look at and for programs to read.
 #include "cli/commands.h"
 #include "cli/options.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // What the monitor of a host and that of a phone have in common as programs.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The command line as it stands there, before anybody asks whether it makes sense.
 #pragma once
 

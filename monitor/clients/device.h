@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The device that the monitor looks at: the seam between the monitor and whatever brings the
 // services up. Everything that knows a device in particular is behind it, in the device files.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 #include <chrono>
 #include <cmath>
 #include <nlohmann/json.hpp>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // What the monitor prints: lines for people, or JSON objects for programs.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // quorvel on a phone: watches, asks and dumps the phone's own services, in text.
 #include "cli/commands.h"
 #include "cli/program.h"

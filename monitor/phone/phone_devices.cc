@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The phone that the program runs on: its services are there, or not.
 #include "clients/device.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // A recording: what a device went through, and when its clients were called. A scenario is one that
 // also says what is to be expected.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The fields of one object of a recording, each of which has to be what it should be.
 #pragma once
 

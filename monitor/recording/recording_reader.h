@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Reads recordings, whether a program or somebody's hand has written them.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The story of the demo, docs/examples/demo.jsonl, as it was when the program was built.
 #pragma once
 

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The quorvel developers
+# SPDX-License-Identifier: Apache-2.0
+
 # Makes a source file of the text file TEXT: what demo_scenario.h declares.
 file(READ ${TEXT} text)
 set(delimiter quorvel)

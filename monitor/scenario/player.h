@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Lets a phone and its clients go through what a recording tells, and checks what is expected.
 #pragma once
 

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The quorvel developers
+# SPDX-License-Identifier: Apache-2.0
+
 # Completion of quorvel's command line for bash: source this, or install it as
 # /usr/share/bash-completion/completions/quorvel. tests/monitor/usage_test.py compares it with the help.
 

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The quorvel developers
+# SPDX-License-Identifier: Apache-2.0
+
 # Completion of quorvel's command line for fish. tests/monitor/usage_test.py compares it with the help.
 
 # True if the command is one of the arguments, or not yet typed.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 #include "battery/audio_health_info_callback.h"
 
 #include "battery/battery_info.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 #define LOG_TAG "audio_hw_battery_api"
 
 #include <log/log.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // What the three families' Init...(), Deinit...() and Dump...() have in common. A handle is an
 // untyped pointer to the family's object.
 #pragma once

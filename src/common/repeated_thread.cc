@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 #define LOG_TAG "audio_hw_repeated_thread"
 
 #include "common/repeated_thread.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Names for clang's thread-safety analysis; nothing for other compilers. The analysis runs in the
 // clang + libc++ build, whose std::mutex and std::lock_guard carry the attributes it needs. The
 // names have a prefix because some platform headers define the bare ones.

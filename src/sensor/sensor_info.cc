@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 #define LOG_TAG "audio_hw_sensor"
 
 #include "sensor/sensor_info.h"

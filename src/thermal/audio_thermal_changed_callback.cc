@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 #include "thermal/audio_thermal_changed_callback.h"
 
 #include "thermal/audio_thermal_callback.h"

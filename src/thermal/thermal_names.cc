@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // ThermalInfo's names of types and severities. Their numbers are those of the platform.
 #define LOG_TAG "audio_hw_thermal"
 

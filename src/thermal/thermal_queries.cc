@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // ThermalInfo's queries: battery charge limits, and temperatures in bulk.
 #define LOG_TAG "audio_hw_thermal"
 

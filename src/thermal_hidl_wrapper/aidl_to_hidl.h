@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Records of the AIDL thermal service in their HIDL 2.0 form.
 #pragma once
 

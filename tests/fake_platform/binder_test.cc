@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The rules of the fake platform that decide whether the other tests mean anything: who is remote,
 // on which thread a call runs, what a death does.
 #include <aidl/android/hardware/health/BnHealth.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The rules of HIDL in the fake platform: look-ups, proxies, threads, deaths.
 #include <android/binder_process.h>
 #include <gmock/gmock.h>

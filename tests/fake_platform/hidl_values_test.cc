@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The values of HIDL calls and their outcomes: who owns what, and what ends the process.
 #include <android/hardware/thermal/2.0/types.h>
 #include <cutils/native_handle.h>

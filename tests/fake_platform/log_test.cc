@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The log, statuses and texts of the fake platform.
 #include <aidl/android/hardware/health/HealthInfo.h>
 #include <android/binder_auto_utils.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The fake platform's looper and sensors behave as the library for vendor code does.
 #include <android/binder_process.h>
 #include <android/looper.h>

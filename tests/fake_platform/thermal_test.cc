@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The AIDL thermal interface, and the simulated phone's two thermal services.
 #include <aidl/android/hardware/thermal/BnCoolingDeviceChangedCallback.h>
 #include <android/binder_manager.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // What files of the kernel that fail, and devices that vanish while they are read, leave of a
 // reading.
 #include <dlfcn.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Whole machines, each by the files that its kernel shows, and what they come to.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

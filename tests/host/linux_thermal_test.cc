@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The Linux machine's temperatures, on a fake sysfs made for each test.
 #include "quorvel/linux_machine/thermal.h"
 

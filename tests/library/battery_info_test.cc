@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Properties, clients and dispatch, through the C functions.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // What happens to a battery handle that goes away while the platform still knows of it.
 #include <android/binder_ibinder.h>
 #include <android/binder_manager.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The link to the health service: how it is made, refused, lost and made again.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

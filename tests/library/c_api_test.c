@@ -1,3 +1,7 @@
+/* SPDX-FileCopyrightText: 2026 The quorvel developers
+ * SPDX-License-Identifier: Apache-2.0
+ */
+
 /* Every function of quorvel.h from C11, with no service about: links, and refuses what it has to.
  */
 #define _POSIX_C_SOURCE 200809L

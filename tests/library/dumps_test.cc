@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Dumps to descriptors that cannot be written to, in all three families.
 #include <fcntl.h>
 #include <gtest/gtest.h>

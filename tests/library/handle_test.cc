@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // What Init...(), Deinit...() and Dump...() of all families do with a handle.
 #include "common/handle.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The library in a program that loads it and lets it go, as an audio service does with its modules.
 #include <android/sensor.h>
 #include <dlfcn.h>

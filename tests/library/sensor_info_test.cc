@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Readings and clients, with the sensor service up.
 #include "sensor/sensor_info.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Sensor handles that go away, share the process's looper, and are used by many threads.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The way to the sensor service: late, absent, unusable.
 #include <android/binder_ibinder.h>
 #include <android/binder_manager.h>

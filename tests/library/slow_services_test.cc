@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // A service that does not answer holds up the handle that asks it, and nobody else.
 #include <errno.h>
 #include <gtest/gtest.h>

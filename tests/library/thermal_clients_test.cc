@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // How the clients of temperatures come and go, and what they hear.
 #include <android/log.h>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Thermal clients that call the library from their callbacks, handles that go away, and what they
 // leave behind.
 #include <android/log.h>

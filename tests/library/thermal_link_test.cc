@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The link to the thermal service: which service, when, its deaths, and what waits for it.
 #include <android/log.h>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // What the thermal family reads when it is asked: names, battery charge limits, temperatures in
 // bulk.
 #include <android/log.h>

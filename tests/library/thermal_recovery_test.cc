@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Thermal clients after the service's death: however long it is away, and whichever thread connects
 // to its successor.
 #include <android/log.h>

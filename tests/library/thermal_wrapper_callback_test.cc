@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // HIDL callbacks on an AIDL thermal service.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The HIDL wrapper's queries, their records and their failures.
 #include <cutils/native_handle.h>
 #include <gmock/gmock.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 /*
  * The protocol of src/common/repeated_thread.{h,cc}: one worker, two threads that call Start(), one that
  * may call RequestExit(), and the owner, which may call Deinitialize(). The action succeeds or fails,

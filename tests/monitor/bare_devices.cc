@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Devices that lack something, for tests of what the monitor says then.
 #include <android/sensor.h>
 

@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The quorvel developers
+# SPDX-License-Identifier: Apache-2.0
+
 """The monitor says and reads the same in a locale whose decimal point is a comma.
 
 usage: locale_test.py QUORVEL ENTER_LOCALE

@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The quorvel developers
+# SPDX-License-Identifier: Apache-2.0
+
 """Runs the monitor as its users do.
 
 usage: tool_test.py QUORVEL QUORVEL_BARE

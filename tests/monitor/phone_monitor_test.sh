@@ -1,4 +1,7 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The quorvel developers
+# SPDX-License-Identifier: Apache-2.0
+
 # phone_tool_test.sh PROGRAM [EMULATOR...]: the phone's monitor, on a phone whose services run.
 set -euo pipefail
 program=$1

@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The quorvel developers
+# SPDX-License-Identifier: Apache-2.0
+
 """Records, plays and plots with the monitor, as its users do.
 
 usage: recording_test.py QUORVEL QUORVEL_BARE

@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The quorvel developers
+# SPDX-License-Identifier: Apache-2.0
+
 """The help, the manual page and the completion of the command line say the same.
 
 usage: usage_test.py QUORVEL ROOT

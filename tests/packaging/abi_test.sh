@@ -1,4 +1,7 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The quorvel developers
+# SPDX-License-Identifier: Apache-2.0
+
 # abi_test.sh [--renew] LIBRARY: the C functions of LIBRARY, which has debug information, against
 # libquorvel.abi.xml: same names, arguments, results and records. With --renew the library is right,
 # and that file is written anew.

@@ -1,4 +1,7 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The quorvel developers
+# SPDX-License-Identifier: Apache-2.0
+
 # android_bp_test.sh ROOT MODULE=SOURCE SOURCE...: each module of the device build has the sources
 # that the host builds for it, and no others; the library has every source of its folders.
 set -euo pipefail

@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The quorvel developers
+# SPDX-License-Identifier: Apache-2.0
+
 """The build keeps the borders between the folders: what a folder must not include does not compile
 there. Tries each header of the tree with the include path of each target.
 

@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The quorvel developers
+# SPDX-License-Identifier: Apache-2.0
+
 """What the documents show works: their commands are run, on their programs and with an installed
 tree; their links are followed, and their table of retries is compared with the code.
 

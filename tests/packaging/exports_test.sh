@@ -1,4 +1,7 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The quorvel developers
+# SPDX-License-Identifier: Apache-2.0
+
 # exports_test.sh LIBRARY ROOT: the list of exports, the header's functions and the library's symbols,
 # each compared with the others; and whatever else has to name every function.
 set -euo pipefail

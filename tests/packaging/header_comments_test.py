@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The quorvel developers
+# SPDX-License-Identifier: Apache-2.0
+
 """The comments of quorvel.h list the results that doxygen does not miss: it accepts a function with
 a single @retval, and an enumerator without a comment.
 

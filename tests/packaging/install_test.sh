@@ -1,4 +1,7 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The quorvel developers
+# SPDX-License-Identifier: Apache-2.0
+
 # install_test.sh PREFIX WORK-FOLDER [BUILD-PATH]: what is installed under PREFIX (or unpacked from
 # packages there) serves projects that know nothing else of this one: the examples are built and run
 # with it. With BUILD-PATH, no installed file may name that folder.

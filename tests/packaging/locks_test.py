@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The quorvel developers
+# SPDX-License-Identifier: Apache-2.0
+
 """Every mutex says what it guards: clang checks only what is annotated, and takes a lock without
 annotations for one that is used rightly.
 

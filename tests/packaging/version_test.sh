@@ -1,4 +1,7 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The quorvel developers
+# SPDX-License-Identifier: Apache-2.0
+
 # version_test.sh ROOT VERSION LIBRARY: the version of the build is the header's, the library's file
 # name has its major number, and the changelog tells of it.
 set -euo pipefail

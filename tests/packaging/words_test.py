@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The quorvel developers
+# SPDX-License-Identifier: Apache-2.0
+
 """The prose of the project does not use certain words: each has a plainer replacement.
 
 usage: words_test.py ROOT

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // What the random tests of the three families share: the clients and what they are promised, the
 // steps that all have, and the end of the program when a promise is broken.
 #pragma once

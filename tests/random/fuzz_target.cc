@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The same random tests for libFuzzer, whose bytes become steps. The family is the target's.
 #include <cstddef>
 #include <cstdint>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // quorvel_random_test: random steps of C calls and changes of the phone, against the library's
 // promises. Runs go in child processes: a failure may abort or hang, and is then shrunk by trying
 // again with fewer steps.

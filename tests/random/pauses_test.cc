@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The interposed clock: the library's pauses last until a test ends them, and no other wait does.
 #include "pauses.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Steps of a run: lines of words such as "register level 2", and where they come from.
 #pragma once
 

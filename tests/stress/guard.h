@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // What ends a stress test that goes wrong, how they wait, and what the process holds.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // quorvel_stress_test: far more of everything than a device ever sees, and what is left afterwards.
 #include <malloc.h>
 #include <stdio.h>

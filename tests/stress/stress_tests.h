@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The stress tests. Each ends with a service that runs and nobody registered, and ends the program
 // when something is not as documented.
 #pragma once

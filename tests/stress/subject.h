@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // A family as a stress test sees it: handles, clients, a device that reports, a service that dies.
 #pragma once
 

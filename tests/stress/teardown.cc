@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // A handle that goes at every point of what can be under way.
 #include <array>
 #include <cstdlib>

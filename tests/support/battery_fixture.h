@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // A simulated phone with its health service up, a battery handle, and clients that remember.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Loaded before a program, it has the program enter its user's locale, as if its author had asked
 // for that.
 #include <locale>

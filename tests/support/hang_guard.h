@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Ends a whole program that hangs, with a message. EndsInTime() of waiting.h does so for one
 // action.
 #pragma once

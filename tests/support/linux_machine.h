@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // A fake sysfs for a test, which the program sees instead of the machine's own.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // What the thread sanitizer is to overlook in tests on a fake sysfs.
 #if defined(__has_feature)
 #if __has_feature(thread_sanitizer)

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // An AIDL thermal service in the same process, for what a proxy cannot show.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The host program of the tests: it starts the binder threads, as on a device.
 #include <android/binder_process.h>
 #include <android/log.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Keeps the library's workers in their pauses until the test ends these.
 //
 // With real pauses a test would depend on the speed of the machine, and wait for seconds. A program

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The services of a phone, in a program that expects to find them running. They come up before
 // main() and go after it.
 #include <android/sensor.h>

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The quorvel developers
+# SPDX-License-Identifier: Apache-2.0
+
 # How test programs are made.
 
 # Fixtures, clients and waits: headers, and what they need of the rest of the tree.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // How the driver knows that everything that a step has caused is over, whichever thread does it.
 #pragma once
 

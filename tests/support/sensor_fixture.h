@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // A simulated phone with a sensor hub, a sensor handle, and clients that remember.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // A simulated phone with a thermal service, a thermal handle, and clients that remember.
 #pragma once
 

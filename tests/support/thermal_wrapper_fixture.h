@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // An AIDL thermal service of the simulated phone, seen through the HIDL wrapper.
 #pragma once
 

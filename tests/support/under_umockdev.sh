@@ -1,4 +1,7 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The quorvel developers
+# SPDX-License-Identifier: Apache-2.0
+
 # under_umockdev.sh PROGRAM [ARGUMENT...]: runs a program that has umockdev make a fake sysfs.
 #
 # What umockdev preloads keeps the open files of the program in tables without a lock. When several

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // How tests wait: for the event itself, with a limit that only a broken build meets.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The local and remote sides of the health interface.
 #include <aidl/android/hardware/health/BnHealth.h>
 #include <aidl/android/hardware/health/BnHealthInfoCallback.h>

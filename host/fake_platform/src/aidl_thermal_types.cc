@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The records and enums of the AIDL thermal interface as text.
 #include <aidl/android/hardware/thermal/CoolingDevice.h>
 #include <aidl/android/hardware/thermal/Temperature.h>

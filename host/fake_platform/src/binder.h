@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // AIBinder: an object of a process, or the reference that another process has to it.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The C functions of binder objects and death recipients.
 #include <android/binder_ibinder.h>
 #include <android/binder_process.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Counts the deliveries in flight to the host process, and can stop them at a gate.
 #pragma once
 

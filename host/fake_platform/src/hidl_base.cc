@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // IBase, the base of every HIDL interface: the local side.
 #include <android/hidl/base/1.0/IBase.h>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Building blocks of the HIDL interfaces. Calls travel as in remote_call.h.
 #pragma once
 

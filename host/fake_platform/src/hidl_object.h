@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Access to HIDL objects of other processes: a binder per object, and proxies.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The local and remote sides of the HIDL thermal interfaces.
 #include <android/hardware/thermal/1.0/IThermal.h>
 #include <android/hardware/thermal/2.0/IThermal.h>

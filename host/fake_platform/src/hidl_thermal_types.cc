@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The records and enums of the HIDL thermal interfaces as text.
 #include <android/hardware/thermal/1.0/types.h>
 #include <android/hardware/thermal/2.0/types.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 #include <cutils/native_handle.h>
 #include <errno.h>
 #include <fcntl.h>

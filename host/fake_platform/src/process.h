@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The processes of the simulated phone. The program itself is the host process; each ServiceProcess
 // is another process.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Building blocks of the AIDL interfaces. Calls travel as C++ closures over copied arguments
 // instead of parcels.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The names of the thermal enums. AIDL and both versions of HIDL share the names; HIDL has only the
 // first few of each list.
 #pragma once

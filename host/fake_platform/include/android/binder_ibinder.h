@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Fake version of the platform header at this path: binder objects and death recipients.
 //
 // An AIBinder is either an object of this process or a reference to an object of another process. A

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Fake version of the platform header at this path: the service manager.
 //
 // An instance name is the interface descriptor, "/" and the instance. A look-up returns a proxy for

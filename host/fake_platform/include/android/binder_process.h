@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Fake version of the platform header at this path: this process's pool of binder threads.
 //
 // The hosting program starts the pool; a library does not. Without the pool, one-way calls and

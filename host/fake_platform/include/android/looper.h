@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Fake version of the platform header at this path: the looper of the library that vendor code
 // links. There is one looper per process: ALooper_forThread() and ALooper_prepare() return the same
 // object to every thread, and any thread may wait on it.

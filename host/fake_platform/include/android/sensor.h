@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Fake version of the platform header at this path: the sensor functions of the library that vendor
 // code links. Functions that vendor code cannot link (ASensorManager_getDefaultSensorEx, dynamic
 // sensor lists, direct channels, ASensor_getReportingMode, ASensor_isWakeUpSensor) are left out.

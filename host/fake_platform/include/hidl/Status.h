@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Fake version of the platform header at this path: the outcome of a HIDL call.
 //
 // A failed Return aborts the process if it is destroyed or overwritten before its state was

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Fake version of the platform header at this path: the ALOGx macros. A source that uses them
 // defines LOG_TAG before its first platform include.
 #pragma once

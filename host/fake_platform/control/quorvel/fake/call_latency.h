@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Simulated latency of calls between processes. Without it a call costs less than on a phone.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Control of deliveries to the host process: one-way calls and death notifications.
 #pragma once
 

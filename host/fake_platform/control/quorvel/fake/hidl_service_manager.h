@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Control of the HIDL service manager: its presence, the device's manifest, faults of look-ups.
 #pragma once
 

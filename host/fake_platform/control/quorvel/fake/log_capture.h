@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Captures the log for as long as it lives, so that tests can compare it.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Scripted faults: a queue of outcomes per operation. If the queue is empty, the operation works
 // normally. Every operation counts its calls.
 #pragma once

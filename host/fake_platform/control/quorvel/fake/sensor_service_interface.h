@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The sensor service that the functions of <android/sensor.h> call. A phone has its own, private
 // interface for that purpose; only those functions use it.
 #pragma once

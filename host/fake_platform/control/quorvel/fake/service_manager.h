@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Control of the service manager: the device's manifest, faults of look-ups.
 #pragma once
 

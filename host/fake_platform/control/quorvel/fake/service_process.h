@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Another process of the simulated phone. Its objects are remote for all other processes.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Names for clang's thread-safety analysis, for host code and for tests. They mean something in a
 // build with libc++'s annotations only: the mutexes of other C++ libraries cannot be analysed.
 #pragma once

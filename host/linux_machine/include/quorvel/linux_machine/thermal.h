@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // A thermal service with the temperatures and the cooling devices of this machine.
 #pragma once
 

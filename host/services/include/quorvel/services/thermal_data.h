@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The thermal state of a device, in the types of the AIDL interface, which has the most.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The temperatures of the simulated phone and its two thermal services, controlled by tests.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Fake version of the generated header at this path: the sensor service, version 1. The system
 // registers it some time after boot. Clients use <android/sensor.h>, which calls the service, and
 // need this header only for the service's name.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Fake version of the generated header at this path: an enum of the thermal interface.
 #pragma once
 

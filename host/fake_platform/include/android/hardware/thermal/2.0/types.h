@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Fake version of the generated header at this path: the values of thermal 2.0.
 //
 // Records have no default values: initialize them with {}.

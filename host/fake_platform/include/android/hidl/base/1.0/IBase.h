@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Fake version of the generated header at this path: what every HIDL interface can do.
 //
 // A result callback runs on the caller's thread before the call returns, at most once. It does not
