@@ -137,12 +137,15 @@ void AddHwmon(const std::string& syspath, DeviceFiles& files, ThermalReading* re
         return type == chip;
       });
   if (repeats_a_zone) return;
+  const std::string key = syspath + "/";
+  const std::string device = files.name() + ":";
+  const std::string type = chip + ":";
   for (const std::string& sensor : sensors) {
     const std::string label = sensor + "_label";
     const auto told = files.Lists(label) ? files.Name(label) : std::nullopt;
-    reading->zones.push_back({.key = syspath + "/" + sensor,
-                              .device = files.name() + ":" + sensor,
-                              .type = chip + ":" + told.value_or(sensor),
+    reading->zones.push_back({.key = key + sensor,
+                              .device = device + sensor,
+                              .type = type + told.value_or(sensor),
                               .millidegrees = ReadHwmonTemperature(files, sensor),
                               .trips = ReadLimits(files, sensor)});
   }

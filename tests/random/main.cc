@@ -44,6 +44,7 @@ std::optional<std::string> Read(const std::string& path) {
 bool RunChild(std::vector<std::string> arguments, const char* output) {
   arguments.insert(arguments.begin(), "quorvel_random_test");
   std::vector<char*> argv;
+  argv.reserve(arguments.size() + 1);
   for (std::string& argument : arguments) argv.push_back(argument.data());
   argv.push_back(nullptr);
   posix_spawn_file_actions_t actions;
