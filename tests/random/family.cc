@@ -24,23 +24,9 @@ namespace norvik::qel::random_test {
 
 namespace {
 
-// Leaked on purpose: a broken library may call at the very end.
-struct Shared {
-  // Guards no member: guards the members of workers and clients, whose header cannot name it.
-  std::mutex lock;
-  std::condition_variable changed;
-};
-
-Shared& TheShared() {
-  static Shared& shared = *new Shared;
-  return shared;
-}
-
 // The steps that have been done, the last one being under way. Fixed, for the signal handler.
 char current_step[200] = "none";
 int current_number = 0;
-// Counts steps; a row of pauses that end is several.
-int moment = 0;
 
 void OnHang(int /*signal*/) {
   char text[300];
@@ -56,6 +42,11 @@ void SetCurrent(int number, const std::string& text) {
 }
 
 }  // namespace
+
+Shared& TheShared() {
+  static Shared& shared = *new Shared;
+  return shared;
+}
 
 void Fail(const std::string& what) {
   fprintf(stderr, "FAILED at step %d, %s: %s\n", current_number, current_step, what.c_str());
@@ -78,23 +69,21 @@ void Worker::Release() {
   TheShared().changed.notify_all();
 }
 
-bool Worker::folding() const {
-  return holding_ && held_since_ < moment;
-}
-
 void Client::Hear(int value) {
   std::unique_lock<std::mutex> lock(TheShared().lock);
+  fake::AssertHeld(TheShared().lock);
   if (closed_) Fail(name_ + " is called after the end of its handle");
   heard_.push_back(value);
   if (!std::exchange(worker_.hold_next_, false)) return;
   worker_.holding_ = true;
-  worker_.held_since_ = moment;
-  TheShared().changed.wait(lock, [this] { return !worker_.holding_; });
+  worker_.held_since_ = TheShared().moment;
+  TheShared().changed.wait(
+      lock, [this]() QUORVEL_REQUIRES(TheShared().lock) { return !worker_.holding_; });
 }
 
 void Client::Expect(int value) {
   std::lock_guard<std::mutex> lock(TheShared().lock);
-  if (!worker_.folding() || !std::exchange(folded_, true)) {
+  if (!worker_.IsFolding() || !std::exchange(folded_, true)) {
     due_.push_back(value);
   } else if (worker_.fold == Fold::kLatest) {
     due_.back() = value;
@@ -110,7 +99,7 @@ void Client::Leave() {
 void Client::Join() {
   std::lock_guard<std::mutex> lock(TheShared().lock);
   member_ = true;
-  if (worker_.folding()) loose_ = true;  // it may have left a moment ago
+  if (worker_.IsFolding()) loose_ = true;  // it may have left a moment ago
 }
 
 std::string Client::Text() const {
@@ -156,7 +145,10 @@ std::vector<int> Client::Take() {
 void Family::Do(const Step& step) {
   const bool several = step[0] == "tick" && step[1] == "12";
   for (int i = 0; i < (several ? 12 : 1); ++i) {
-    ++moment;
+    {
+      std::lock_guard<std::mutex> lock(TheShared().lock);
+      ++TheShared().moment;
+    }
     pausing_before_ = PausingWorkers();
     if (step[0] == "tick") {
       EndPauses();

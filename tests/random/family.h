@@ -6,14 +6,17 @@
 #pragma once
 
 #include <chrono>
+#include <condition_variable>
 #include <functional>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "quorvel/fake/deliveries.h"
+#include "quorvel/fake/thread_annotations.h"
 #include "steps.h"
 
 namespace norvik::qel::random_test {
@@ -26,6 +29,16 @@ void ExpectEqual(T seen, T expected, const std::string& of) {
   if (seen == expected) return;
   Fail(of + " is " + std::to_string(seen) + ", expected " + std::to_string(expected));
 }
+
+// What the library's threads and the driver share.
+struct Shared {
+  std::mutex lock;
+  std::condition_variable changed;
+  // Counts steps; a row of pauses that end is several.
+  int moment QUORVEL_GUARDED_BY(lock) = 0;
+};
+// Leaked on purpose: a broken library may call at the very end.
+Shared& TheShared();
 
 // What becomes of changes that come while a client is inside a call.
 enum class Fold { kLatest, kOldest };
@@ -40,23 +53,38 @@ class Worker {
   void Hold();
   void Release();
   // Whether a call is being kept, or will be.
-  bool busy() const { return holding_ || hold_next_; }
-  bool holding() const { return holding_; }
+  bool busy() const QUORVEL_EXCLUDES(TheShared().lock) {
+    std::lock_guard<std::mutex> lock(TheShared().lock);
+    return holding_ || hold_next_;
+  }
+  bool holding() const QUORVEL_EXCLUDES(TheShared().lock) {
+    std::lock_guard<std::mutex> lock(TheShared().lock);
+    return holding_;
+  }
   // Whether it was kept before this step, so that what this step causes folds.
-  bool folding() const;
+  bool folding() const QUORVEL_EXCLUDES(TheShared().lock) {
+    std::lock_guard<std::mutex> lock(TheShared().lock);
+    return IsFolding();
+  }
 
   const Fold fold;
 
  private:
   friend class Client;
-  bool hold_next_ = false;
-  bool holding_ = false;
-  int held_since_ = 0;
+
+  bool IsFolding() const QUORVEL_REQUIRES(TheShared().lock) {
+    return holding_ && held_since_ < TheShared().moment;
+  }
+
+  bool hold_next_ QUORVEL_GUARDED_BY(TheShared().lock) = false;
+  bool holding_ QUORVEL_GUARDED_BY(TheShared().lock) = false;
+  int held_since_ QUORVEL_GUARDED_BY(TheShared().lock) = 0;
 };
 
 // One registration: what its callback has heard, and what it has to hear. The cookie.
 //
 // Threads: Hear() runs on the library's; everything else on the driver's, while all threads sleep.
+// Locks: none to hold; the methods take the shared one.
 class Client {
  public:
   Client(std::string name, Worker& worker) : name_(std::move(name)), worker_(worker) {}
@@ -67,12 +95,18 @@ class Client {
   void Expect(int value);
   // One that it may be told, or an order of events that is a matter of luck: for this time only
   // what is said in CheckLoosely() holds.
-  void Loosen() { loose_ = true; }
+  void Loosen() {
+    std::lock_guard<std::mutex> lock(TheShared().lock);
+    loose_ = true;
+  }
   // Leaves; what is on its way may still arrive.
   void Leave();
   void Join();
   // Deinit...() has returned: another call ends the program.
-  void Close() { closed_ = true; }
+  void Close() {
+    std::lock_guard<std::mutex> lock(TheShared().lock);
+    closed_ = true;
+  }
 
   // With all threads asleep: what has been heard is what had to be.
   void Check(const std::set<int>& ever_reported);
@@ -80,17 +114,18 @@ class Client {
   std::vector<int> Take();
 
  private:
-  void CheckLoosely(const std::set<int>& ever_reported) const;
-  std::string Text() const;
+  void CheckLoosely(const std::set<int>& ever_reported) const QUORVEL_REQUIRES(TheShared().lock);
+  std::string Text() const QUORVEL_REQUIRES(TheShared().lock);
 
   const std::string name_;
   Worker& worker_;
-  std::vector<int> heard_;
-  std::vector<int> due_;
-  bool folded_ = false;  // the last one due stands for all that came while the worker was kept
-  bool loose_ = false;
-  bool member_ = false;
-  bool closed_ = false;
+  std::vector<int> heard_ QUORVEL_GUARDED_BY(TheShared().lock);
+  std::vector<int> due_ QUORVEL_GUARDED_BY(TheShared().lock);
+  // The last one due stands for all that came while the worker was kept.
+  bool folded_ QUORVEL_GUARDED_BY(TheShared().lock) = false;
+  bool loose_ QUORVEL_GUARDED_BY(TheShared().lock) = false;
+  bool member_ QUORVEL_GUARDED_BY(TheShared().lock) = false;
+  bool closed_ QUORVEL_GUARDED_BY(TheShared().lock) = false;
 };
 
 class Family {
