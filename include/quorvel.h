@@ -642,8 +642,9 @@ int DeregisterHingeAngleSensorCallback(void* handle, int id);
  *   service (@ref quorvel_retries) and, when it finds it, registers all that wait, once.
  * - A registration that fails then, for example for a name that the service does not know, is
  *   dropped with only a line in the log.
- * - When all these attempts have failed, registrations go on waiting. A further registration with
- *   another id, while the service is still away, starts as many again.
+ * - When all these attempts have failed, registrations keep waiting. A further registration with
+ *   another id, while the service is still away, starts as many again. The slow attempts after a
+ *   death register what waits, too. Other calls that find the service do not.
  *
  * @section thermal_refusal A type that the service refuses
  *
