@@ -201,7 +201,7 @@ TEST_F(BinderTest, ANullInterfaceArrivesAndIsTheServicesToRefuse) {
   EXPECT_EQ(health_.callback_count(), 1u);
   health_.SetLevel(49);
   EXPECT_EQ(callback->levels.Take(), 50);
-  EXPECT_EQ(callback->levels.Take(), 49) << "the service goes on";
+  EXPECT_EQ(callback->levels.Take(), 49) << "the service continues";
 }
 
 TEST_F(BinderTest, TheDefaultImplementationAnswersWhatTheServiceDoesNotKnow) {

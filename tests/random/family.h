@@ -137,7 +137,7 @@ class Family {
 
   // Does a step, waits until all that comes of it is over, and checks.
   void Do(const Step& step);
-  // Deinit...() of all handles beside a device that goes on reporting.
+  // Deinit...() of all handles while the device keeps reporting.
   virtual void Finish() = 0;
 
  protected:
