@@ -25,6 +25,11 @@ void NameThisThread(std::string_view name) {
   pthread_setname_np(pthread_self(), kept);
 }
 
+// In a burst of requests, a message that is dropped would be most of the cost of each.
+bool LogsRequests() {
+  return __android_log_is_loggable(ANDROID_LOG_DEBUG, LOG_TAG, ANDROID_LOG_VERBOSE) != 0;
+}
+
 }  // namespace
 
 RepeatedThread::RepeatedThread(std::string_view name, uint32_t pause_ms, uint32_t repeat_count)
@@ -63,21 +68,33 @@ bool RepeatedThread::HasEnded() {
   return ended_;
 }
 
+// run_again_ is a mark that a request sets and the beginning of a run clears, each by one atomic
+// exchange. No request is lost:
+// 1. Whoever sets the mark goes on to lock_. It finds a run requested or under way, whose end takes
+//    the mark; or the worker idle, and requests a run; or the mark taken, and so a run begun since.
+// 2. Whoever finds the mark set may leave it at that: a run that has not begun yet will clear it.
+//    That run sees what this thread wrote before, because its exchange follows this one. A plain
+//    load would not order them.
 void RepeatedThread::Start() {
+  const bool was_ready = run_again_.exchange(true, std::memory_order_acq_rel);
+  if (was_ready && !LogsRequests()) return;
+  // With lock_ free: a worker on the same processor would wake only to wait for it.
+  if (TakeRequest(was_ready)) cv_.notify_one();
+}
+
+bool RepeatedThread::TakeRequest(bool was_ready) {
   std::lock_guard<std::mutex> lock(lock_);
-  if (exit_requested_) return;
-  if (state_ != TriggerState::kTriggered) {
+  if (exit_requested_) return false;
+  if (state_ == TriggerState::kIdle) {
+    if (!run_again_.exchange(false, std::memory_order_acq_rel)) return false;
     state_ = TriggerState::kTriggered;
-    cv_.notify_one();
-    return;
+    return true;
   }
   // Not notified: a thread in its pause finishes the pause first.
-  const bool was_ready = std::exchange(run_again_, true);
-  // In a burst of requests, a message that is dropped would be most of the cost of each.
-  if (!__android_log_is_loggable(ANDROID_LOG_DEBUG, LOG_TAG, ANDROID_LOG_VERBOSE)) return;
   const char* const format =
       was_ready ? "%s[%s]: run again is already ready." : "%s[%s]: trigger run again.";
-  ALOGD(format, "Start", name_.data());
+  if (LogsRequests()) ALOGD(format, "Start", name_.data());
+  return false;
 }
 
 void RepeatedThread::ThreadLoop() {
@@ -110,17 +127,15 @@ void RepeatedThread::ThreadLoop() {
 
 void RepeatedThread::FinishSuccess() {
   failed_runs_ = 0;
-  if (!run_again_) {
+  if (!run_again_.exchange(false, std::memory_order_acq_rel)) {
     state_ = TriggerState::kIdle;
     return;
   }
-  run_again_ = false;
   ALOGD("%s[%s]: action run again!", "ThreadLoop", name_.data());
 }
 
 void RepeatedThread::FinishFailure() {
-  const bool run_again = run_again_;
-  run_again_ = false;
+  const bool run_again = run_again_.exchange(false, std::memory_order_acq_rel);
   if (failed_runs_ < repeat_count_) {
     if (!run_again) return;
     ALOGD("%s[%s]: action run again at repeated %d !", "ThreadLoop", name_.data(), failed_runs_);

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
@@ -20,9 +21,10 @@ namespace norvik::qel::audio {
 // Threads: Start() from any thread, including any worker's action. The owner calls Initialize() and
 // Deinitialize() once each. Deinitialize() joins: never call it from the action, or with a lock
 // held that the action takes. Call it before the destructor, which ends the process if the thread
-// is still there. Locks: lock_ is the innermost lock of the library; an owner may hold its own
-// around Start(). It is free while the action runs. Costs: one thread; no allocation after
-// Initialize(); an idle thread sleeps without a timeout.
+// is still there. Every Start() has returned before the destructor begins.
+// Locks: lock_ is the innermost lock of the library; an owner may hold its own around Start(). It
+// is free while the action runs. Costs: one thread; no allocation after Initialize(); an idle
+// thread sleeps without a timeout.
 class RepeatedThread {
  public:
   // `name` must be a literal: it is kept, not copied. The thread gets its first 15 characters.
@@ -60,6 +62,8 @@ class RepeatedThread {
     kTriggered = 1,  // a run is requested or under way, including the pauses between runs
   };
 
+  // The rest of Start(): false when nothing is left to wake.
+  bool TakeRequest(bool was_ready) QEL_EXCLUDES(lock_);
   // The job, called with lock_ free. False: run it again after the pause.
   virtual bool ClientAction() = 0;
 
@@ -71,8 +75,9 @@ class RepeatedThread {
   void FinishFailure() QEL_REQUIRES(lock_);
 
   bool exit_requested_ QEL_GUARDED_BY(lock_) = false;
-  bool running_ QEL_GUARDED_BY(lock_) = false;    // the thread is inside its loop
-  bool run_again_ QEL_GUARDED_BY(lock_) = false;  // a request came during a run; one is remembered
+  bool running_ QEL_GUARDED_BY(lock_) = false;  // the thread is inside its loop
+  // A request that no run has served yet. Set by Start() without lock_, see there.
+  std::atomic<bool> run_again_{false};
   const std::string_view name_;
   TriggerState state_ QEL_GUARDED_BY(lock_) = TriggerState::kIdle;
   std::thread thread_;  // touched by the owner only

@@ -13,8 +13,8 @@
  * Each FAULT_... breaks one line of the protocol. `tests/model/check` builds the model with every one of
  * them in turn and wants to see it caught.
  *
- * An `atomic` stands for what the code does in one hold of lock_. It may, since the compiler checks
- * that nothing touches a member of RepeatedThread without it.
+ * An `atomic` stands for what the code does in one hold of lock_, or for one atomic exchange. It may,
+ * since the compiler checks that nothing touches another member of RepeatedThread without lock_.
  *
  * Simpler than the code: the number of calls is bounded, and nobody starves at the lock;
  * `repeat_count` is 0, 1 or 2; a pause lasts for as long as it likes.
@@ -91,39 +91,72 @@ inline notify_one() {
   woken = sleeping
 }
 
-/* What follows a request that has been taken in Start() */
-inline take_request() {
-  due_request();
-  if
-  :: state != TRIGGERED ->
-     state = TRIGGERED;
-#ifndef FAULT_START_WAKES_NOBODY
-     notify_one()
-#endif
-  :: else ->
-#ifdef FAULT_START_FORGETS_WHAT_COMES_DURING_A_RUN
-     skip
-#else
-     run_again = true
-#endif
-  fi
-}
-
-/* Start() */
+/* Start(): marks, then takes lock_ unless the mark was set, then notifies with lock_ free. A caller
+   that logs takes lock_ all the same. `goes_on`: there is more to do. */
 inline start() {
-#ifdef FAULT_START_LOOKS_WITHOUT_THE_LOCK
+#ifdef FAULT_START_READS_THE_MARK_WITHOUT_AN_EXCHANGE
+  /* What the caller wrote before may then become visible only after the run. */
   if
-  :: exit_requested
-  :: !exit_requested && state == TRIGGERED -> atomic { due_request(); run_again = true }
-  :: !exit_requested && state != TRIGGERED -> atomic { take_request() }
-  fi
-#else
+  :: run_again && !exit_requested -> due_served = false
+  :: else ->
+#endif
   atomic {
     if
-    :: exit_requested
-    :: else -> take_request()
+    :: run_again ->
+       due_served = due_served && exit_requested;
+       if
+       :: goes_on = false
+       :: goes_on = true
+       fi
+    :: else ->
+       run_again = true;
+       goes_on = true;
+       if
+       :: !exit_requested -> due_request()
+       :: else
+       fi
     fi
-  }
+  };
+  if
+  :: goes_on ->
+     atomic {
+       goes_on = false;
+       if
+       :: exit_requested
+       :: !exit_requested && state == TRIGGERED ->
+#ifdef FAULT_START_FORGETS_WHAT_COMES_DURING_A_RUN
+          run_again = false
+#else
+          skip
+#endif
+       :: !exit_requested && state == IDLE ->
+          if
+#ifndef FAULT_START_WAKES_FOR_A_REQUEST_THAT_WAS_SERVED
+          :: !run_again  /* a run has begun since */
+          :: run_again ->
+#else
+          :: true ->
+#endif
+#ifndef FAULT_START_LEAVES_THE_MARK
+             run_again = false;
+#endif
+             state = TRIGGERED;
+             goes_on = true
+          fi
+       fi
+     }
+  :: else
+  fi;
+  if
+#ifndef FAULT_START_WAKES_NOBODY
+  :: goes_on -> atomic { notify_one(); goes_on = false }
+#else
+  :: goes_on -> goes_on = false
+#endif
+  :: else
+  fi
+#ifdef FAULT_START_READS_THE_MARK_WITHOUT_AN_EXCHANGE
+  fi
 #endif
 }
 
@@ -219,7 +252,7 @@ inline finish_failure() {
 proctype Worker() {
   byte count;
   byte own_starts = OWN_STARTS;
-  bool done, again;
+  bool done, again, goes_on;
 
   atomic {
 #ifndef FAULT_LOOP_BEGINS_AFTER_ITS_END
@@ -235,7 +268,7 @@ loop:
   atomic {
     if
     :: !running -> goto leave
-    :: running && state == IDLE -> assert(!due_busy); sleeping = true; goto end_idle
+    :: running && state == IDLE -> assert(!due_busy || run_again); sleeping = true; goto end_idle
     :: running && state != IDLE -> due_run(); in_action = true
     fi
   };
@@ -302,6 +335,7 @@ leave:  /* the rest of RunThread() */
 /* Anybody who asks for runs. */
 proctype Client() {
   byte starts = STARTS;
+  bool goes_on;
   do
   :: starts > 0 -> starts--; start()
   :: break
