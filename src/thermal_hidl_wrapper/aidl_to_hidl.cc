@@ -38,7 +38,7 @@ void CopyThresholds(const std::vector<float>& from, ::android::hardware::hidl_ar
 V2_0::Temperature ToHidl(const Temperature& temperature) {
   V2_0::Temperature hidl = {};
   hidl.type = ToHidlType(temperature.type);
-  hidl.name = temperature.name;
+  hidl.name.setToExternal(temperature.name.c_str(), temperature.name.size());
   hidl.value = temperature.value;
   hidl.throttlingStatus = static_cast<V2_0::ThrottlingSeverity>(temperature.throttlingStatus);
   return hidl;
@@ -47,7 +47,7 @@ V2_0::Temperature ToHidl(const Temperature& temperature) {
 V2_0::TemperatureThreshold ToHidl(const TemperatureThreshold& threshold) {
   V2_0::TemperatureThreshold hidl = {};
   hidl.type = ToHidlType(threshold.type);
-  hidl.name = threshold.name;
+  hidl.name.setToExternal(threshold.name.c_str(), threshold.name.size());
   CopyThresholds(threshold.hotThrottlingThresholds, hidl.hotThrottlingThresholds);
   CopyThresholds(threshold.coldThrottlingThresholds, hidl.coldThrottlingThresholds);
   hidl.vrThrottlingThreshold = kNotAvailable;
@@ -57,7 +57,7 @@ V2_0::TemperatureThreshold ToHidl(const TemperatureThreshold& threshold) {
 V2_0::CoolingDevice ToHidl(const CoolingDevice& device) {
   V2_0::CoolingDevice hidl = {};
   hidl.type = ToHidlType(device.type, V2_0::CoolingType::COMPONENT, V2_0::CoolingType::COMPONENT);
-  hidl.name = device.name;
+  hidl.name.setToExternal(device.name.c_str(), device.name.size());
   hidl.value = static_cast<uint64_t>(device.value);
   return hidl;
 }

@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Records of the AIDL thermal service in their HIDL 2.0 form.
+// Records of the AIDL thermal service in their HIDL 2.0 form. Names are borrowed, not copied: a
+// result and whatever it is moved to are valid as long as the argument. Copies of it are not bound.
 #pragma once
 
 #include <aidl/android/hardware/thermal/CoolingDevice.h>
