@@ -14,6 +14,7 @@
 #include <string>
 #include <utility>
 
+#include "common/client_calls.h"
 #include "common/dump_writer.h"
 #include "common/live_objects.h"
 #include "common/owner_thread.h"
@@ -186,8 +187,12 @@ bool BatteryInfo::GetInfoFromHealthService() {
 }
 
 void BatteryInfo::UpdateHealthInfo(const HealthInfo& info) {
-  std::lock_guard<std::mutex> lock(lock_);
-  if (UpdateBatteryProperties(info)) callback_thread_->Start();
+  bool changed = false;
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    changed = UpdateBatteryProperties(info);
+  }
+  if (changed) callback_thread_->Start();
 }
 
 bool BatteryInfo::UpdateBatteryProperties(const HealthInfo& info) {
@@ -208,32 +213,28 @@ bool BatteryInfo::UpdateProperty(PropertyType type, int32_t value) {
 }
 
 bool BatteryInfo::CallbackToClients() {
-  struct Dispatch {
-    PropertyType type;
-    int32_t value;
-    std::vector<ClientInfo> clients;
-  };
-  std::array<Dispatch, kPropertyCount> dispatches;
-  size_t count = 0;
+  ClientCalls calls;
   {
     std::lock_guard<std::mutex> lock(lock_);
     for (size_t i = 0; i < kPropertyCount; ++i) {
       if (!std::exchange(pending_callback_[i], false)) continue;
-      dispatches[count++] = {.type = static_cast<PropertyType>(i),
-                             .value = values_[i].load(std::memory_order_relaxed),
-                             .clients = clients_[i]};
+      const int32_t value = values_[i].load(std::memory_order_relaxed);
+      for (const ClientInfo& client : clients_[i]) {
+        calls.Add({.callback = client.callback,
+                   .cookie = client.cookie,
+                   .value = value,
+                   .property = static_cast<int>(i)});
+      }
     }
   }
   // Checked once: a message that is dropped costs several times as much as calling a client.
   const bool logs = __android_log_is_loggable(ANDROID_LOG_DEBUG, LOG_TAG, ANDROID_LOG_VERBOSE) != 0;
-  for (size_t i = 0; i < count; ++i) {
-    const Dispatch& dispatch = dispatches[i];
-    for (const ClientInfo& client : dispatch.clients) {
-      if (logs) {
-        ALOGD("%s: callback data[%s] = %d", __func__, PropertyName(dispatch.type), dispatch.value);
-      }
-      client.callback(dispatch.value, client.cookie);
+  for (const ClientCall& call : calls.all()) {
+    if (logs) {
+      ALOGD("%s: callback data[%s] = %d", __func__,
+            PropertyName(static_cast<PropertyType>(call.property)), call.value);
     }
+    call.callback(call.value, call.cookie);
   }
   return true;
 }

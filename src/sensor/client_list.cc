@@ -4,7 +4,6 @@
 #include "sensor/client_list.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace norvik::qel::audio {
 
@@ -43,16 +42,6 @@ bool ClientList::MarkAll() {
   std::lock_guard<std::mutex> lock(lock_);
   for (SensorClient& client : clients_) client.need_to_update = true;
   return !clients_.empty();
-}
-
-std::vector<SensorClient> ClientList::TakeMarked() {
-  std::vector<SensorClient> marked;
-  std::lock_guard<std::mutex> lock(lock_);
-  marked.reserve(clients_.size());
-  for (SensorClient& client : clients_) {
-    if (std::exchange(client.need_to_update, false)) marked.push_back(client);
-  }
-  return marked;
 }
 
 }  // namespace norvik::qel::audio

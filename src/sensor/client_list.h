@@ -4,6 +4,7 @@
 #pragma once
 
 #include <mutex>
+#include <utility>
 #include <vector>
 
 #include "common/thread_annotations.h"
@@ -41,8 +42,15 @@ class ClientList {
 
   // Marks every client for a call. False when there are none.
   [[nodiscard]] bool MarkAll() QEL_EXCLUDES(lock_);
-  // The clients that are marked, in order. Clears the marks.
-  [[nodiscard]] std::vector<SensorClient> TakeMarked() QEL_EXCLUDES(lock_);
+  // Clears the marks, and calls `visitor` with each client that was marked, in order. The visitor
+  // calls no client.
+  template <typename Visitor>
+  void TakeMarked(Visitor visitor) QEL_EXCLUDES(lock_) {
+    std::lock_guard<std::mutex> lock(lock_);
+    for (SensorClient& client : clients_) {
+      if (std::exchange(client.need_to_update, false)) visitor(client);
+    }
+  }
 
  private:
   mutable std::mutex lock_;

@@ -17,6 +17,7 @@
 #include <string>
 #include <utility>
 
+#include "common/client_calls.h"
 #include "common/owner_thread.h"
 #include "sensor/shared_poll.h"
 
@@ -160,26 +161,22 @@ int SensorInfo::DeregisterCallback(AudioSensorType type, int id) {
 }
 
 void SensorInfo::DispatchToClient() {
-  struct Dispatch {
-    bool active;
-    int data;
-    std::vector<SensorClient> clients;
-  };
-  std::array<Dispatch, kSensorCount> dispatches;
+  ClientCalls calls;
   {
     std::lock_guard<std::mutex> lock(lock_);
     for (size_t i = 0; i < kSensorCount; ++i) {
-      dispatches[i] = {.active = sensors_[i].active,
-                       .data = sensors_[i].data,
-                       .clients = clients_[i].TakeMarked()};
+      const bool active = sensors_[i].active;  // otherwise the marks are dropped
+      const int data = sensors_[i].data;
+      clients_[i].TakeMarked([&](const SensorClient& client) {
+        if (!active) return;
+        calls.Add({.callback = client.callback,
+                   .cookie = client.cookie,
+                   .value = data,
+                   .property = static_cast<int>(i)});
+      });
     }
   }
-  for (const Dispatch& dispatch : dispatches) {
-    if (!dispatch.active) continue;  // the marks are dropped
-    for (const SensorClient& client : dispatch.clients) {
-      client.callback(dispatch.data, client.cookie);
-    }
-  }
+  calls.Make();
 }
 
 int SensorInfo::GetASensorTyep(AudioSensorType type) const {
@@ -350,15 +347,18 @@ bool SensorInfo::IsPollWanted() {
 }
 
 void SensorInfo::ReadEvents() {
-  std::lock_guard<std::mutex> lock(lock_);
   bool has_clients = false;
-  ASensorEvent event = {};
-  while (ASensorEventQueue_getEvents(event_queue_, &event, 1) > 0) {
-    const AudioSensorType type = GetAudioSensorType(event.type);
-    if (type == UNKNOWN) continue;
-    sensors_[type].data = Truncate(event.data[0]);
-    has_clients |= clients_[type].MarkAll();
+  {
+    std::lock_guard<std::mutex> lock(lock_);
+    ASensorEvent event = {};
+    while (ASensorEventQueue_getEvents(event_queue_, &event, 1) > 0) {
+      const AudioSensorType type = GetAudioSensorType(event.type);
+      if (type == UNKNOWN) continue;
+      sensors_[type].data = Truncate(event.data[0]);
+      has_clients |= clients_[type].MarkAll();
+    }
   }
+  // With lock_ free: a dispatch that begins at once would wait for it.
   if (has_clients) callback_thread_->Start();
 }
 

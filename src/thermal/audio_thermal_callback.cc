@@ -12,6 +12,7 @@
 #include <optional>
 #include <utility>
 
+#include "common/client_calls.h"
 #include "common/owner_thread.h"
 #include "thermal/temperature_name.h"
 
@@ -59,7 +60,7 @@ void AudioThermalCallback::Deinitialize(const sp<IThermal>& thermal) {
     std::lock_guard<std::mutex> lock(lock_);
     DeregisterCallbackToThermal(thermal);
     clients_.clear();
-    listeners_ = nullptr;
+    listeners_.reset();
   }
   thermal_changed_callback_->SetAudioThermalCallback(nullptr);
 }
@@ -101,7 +102,7 @@ int AudioThermalCallback::AddClientCallback(int id, const ThermalClientInfo& inf
       return -EINVAL;
     }
     clients_.emplace(id, info);
-    listeners_ = nullptr;
+    listeners_.reset();
     temperatures_.push_back(*std::move(present));
   }
   callback_thread_->Start();
@@ -111,7 +112,7 @@ int AudioThermalCallback::AddClientCallback(int id, const ThermalClientInfo& inf
 int AudioThermalCallback::RemoveClientCallback(int id) {
   std::lock_guard<std::mutex> lock(lock_);
   if (clients_.erase(id) == 0) return -EINVAL;
-  listeners_ = nullptr;
+  listeners_.reset();
   return 0;
 }
 
@@ -165,16 +166,14 @@ void AudioThermalCallback::UpdateTemperature(const Temperature& temperature) {
 }
 
 bool AudioThermalCallback::DispatchToClient() {
-  std::vector<Temperature> temperatures;
-  temperatures.reserve(kExpectedTemperatures);
-  std::shared_ptr<const ThermalListeners> listeners;
+  ClientCalls calls;
   {
     std::lock_guard<std::mutex> lock(lock_);
-    temperatures.swap(temperatures_);
-    if (listeners_ == nullptr) listeners_ = std::make_shared<const ThermalListeners>(clients_);
-    listeners = listeners_;
+    if (!listeners_) listeners_.emplace(clients_);
+    listeners_->AddCalls(temperatures_, calls);
+    temperatures_.clear();
   }
-  listeners->Call(temperatures);
+  calls.Make();
   return true;
 }
 

@@ -9,6 +9,7 @@
 
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 #include "common/dump_writer.h"
@@ -81,8 +82,8 @@ class AudioThermalCallback {
   // Members are released in reverse order.
   std::mutex lock_;
   ThermalClients clients_ QEL_GUARDED_BY(lock_);
-  // Made from clients_ by the first dispatch after a change; null until then.
-  std::shared_ptr<const ThermalListeners> listeners_ QEL_GUARDED_BY(lock_);
+  // Made from clients_ by the first dispatch after a change.
+  std::optional<ThermalListeners> listeners_ QEL_GUARDED_BY(lock_);
   std::vector<Temperature> temperatures_ QEL_GUARDED_BY(lock_);  // not dispatched yet
   // Set by Initialize() before any other thread knows this object, then only read.
   ::android::sp<AudioThermalChangedCallback> thermal_changed_callback_;

@@ -4,7 +4,6 @@
 #include "thermal/thermal_listeners.h"
 
 #include <algorithm>
-#include <optional>
 #include <string_view>
 
 #include "thermal/temperature_name.h"
@@ -24,21 +23,23 @@ ThermalListeners::ThermalListeners(const ThermalClients& clients) {
   }
 }
 
-void ThermalListeners::Call(const std::vector<Temperature>& oldest_first) const {
-  std::vector<std::optional<int>> severities;  // by name; nullopt without a record
-  severities.reserve(names_.size());
+void ThermalListeners::AddCalls(const std::vector<Temperature>& oldest_first, ClientCalls& calls) {
+  severities_.clear();
   for (const std::string& name : names_) {
     // The oldest on purpose, and at most one call: the later records of a run are dropped.
     const auto oldest = std::find_if(
         oldest_first.begin(), oldest_first.end(),
         [&name](const Temperature& temperature) { return NameOf(temperature) == name; });
-    severities.push_back(oldest != oldest_first.end()
-                             ? std::optional(static_cast<int>(oldest->throttlingStatus))
-                             : std::nullopt);
+    severities_.push_back(oldest != oldest_first.end()
+                              ? std::optional(static_cast<int>(oldest->throttlingStatus))
+                              : std::nullopt);
   }
   for (const Listener& listener : listeners_) {
-    if (const auto severity = severities[listener.name]) {
-      listener.callback(*severity, listener.cookie);
+    if (const auto severity = severities_[listener.name]) {
+      calls.Add({.callback = listener.callback,
+                 .cookie = listener.cookie,
+                 .value = *severity,
+                 .property = 0});
     }
   }
 }

@@ -5,10 +5,12 @@
 
 #include <android/hardware/thermal/2.0/types.h>
 
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
+#include "common/client_calls.h"
 #include "quorvel.h"
 
 namespace norvik::qel::audio {
@@ -24,13 +26,15 @@ using ThermalClients = std::unordered_map<int, ThermalClientInfo>;  // by id
 
 // The clients as a dispatch needs them: each name is searched once, however many clients have it.
 //
-// Threads: any; immutable.
+// Threads: one at a time.
 class ThermalListeners {
  public:
   explicit ThermalListeners(const ThermalClients& clients);
 
-  // Calls every client that has a record among these, in the order of the map, with the oldest one.
-  void Call(const std::vector<::android::hardware::thermal::V2_0::Temperature>& oldest_first) const;
+  // Adds a call for every client that has a record among these, in the order of the map, with the
+  // oldest one.
+  void AddCalls(const std::vector<::android::hardware::thermal::V2_0::Temperature>& oldest_first,
+                ClientCalls& calls);
 
  private:
   struct Listener {
@@ -39,7 +43,8 @@ class ThermalListeners {
     size_t name;  // which of names_
   };
 
-  std::vector<std::string> names_;  // without duplicates
+  std::vector<std::string> names_;              // without duplicates
+  std::vector<std::optional<int>> severities_;  // by name; kept for its memory
   std::vector<Listener> listeners_;
 };
 
