@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Stands before the C library's allocator for the whole process, shared libraries included.
+// Interposes the C library's allocator in the whole process, shared libraries included.
 #include "allocations.h"
 
 #include <stddef.h>
@@ -28,7 +28,7 @@ int64_t AllocationCount() {
 
 extern "C" {
 
-// glibc's own, under the names it keeps for whoever stands before them.
+// glibc's own functions, under the names that it keeps for interposers.
 void* __libc_malloc(size_t size);
 void* __libc_calloc(size_t count, size_t size);
 void* __libc_realloc(void* old, size_t size);

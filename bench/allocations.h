@@ -7,7 +7,7 @@
 
 namespace norvik::qel::bench {
 
-// How often any thread of the process has taken memory from the heap so far.
+// The number of heap allocations of all threads of the process so far.
 int64_t AllocationCount();
 
 }  // namespace norvik::qel::bench

@@ -1,23 +1,24 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Which processor a thread runs on, so that a figure is not that of the scheduler's mood.
+// Pins threads to processors, so that figures do not depend on the scheduler.
 #pragma once
 
 #include <string_view>
 
 namespace norvik::qel::bench {
 
-// The processors that the program was given, 0 and 1; on a machine with one, both are the same.
+// The program's first two processors; on a machine with one, both are the same.
 enum class Cpu { kCaller = 0, kWorker = 1 };
 
-// Moves the calling thread there; threads that it makes afterwards begin there, too.
+// Moves the calling thread; threads that it creates afterwards start on that processor, too.
 void PinThisThread(Cpu cpu);
 
-// Moves a thread of the process there, known by its name. False when there is none.
+// Moves the thread of the process with that name. False if there is none.
 [[nodiscard]] bool PinThread(std::string_view name, Cpu cpu);
 
-// Threads made in its life are workers: the calling thread comes back to its own processor.
+// Threads created while it exists run on the workers' processor. Its destructor moves the calling
+// thread back.
 class WorkersAreMadeHere {
  public:
   WorkersAreMadeHere() { PinThisThread(Cpu::kWorker); }

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// From a dispatch to the calls of all clients, beside a loop over the same callbacks. The thread
-// that measures calls the dispatch itself, with what it finds prepared before: the workers that do
-// so otherwise are out of the way.
+// From a dispatch to the calls of all clients, compared with a loop over the same callbacks. The
+// measuring thread calls the dispatch itself, on prepared state. The workers that normally do so
+// have ended or are blocked.
 #include <android/sensor.h>
 #include <benchmark/benchmark.h>
 
@@ -45,12 +45,12 @@ struct Client {
 
 int64_t turns_taken = 0;
 
-// What every client does: it writes down as which one it was called.
+// The body of every client: it records the index under which it was called.
 void TakeTurn(int /*value*/, void* cookie) {
   *static_cast<int64_t*>(cookie) = ++turns_taken;
 }
 
-// A registration of a battery client is known by its function, so each needs its own.
+// A battery client is identified by its function, so each needs its own.
 template <size_t kIndex>
 void BatteryClient(int value, void* cookie) {
   TakeTurn(value, cookie);
@@ -62,10 +62,10 @@ constexpr std::array<Callback, sizeof...(kIndices)> BatteryClients(
   return {BatteryClient<kIndices>...};
 }
 
-// Below, the clients of each family: registered by the constructor, which leaves no worker that
-// would call them. Owe() makes the family's Dispatch() call all of them. The library itself never
-// goes on after its workers' end: that clients are still there then is known from the sources, and
-// were it otherwise, they would not be called.
+// Below, the clients of each family. The constructor registers them and leaves no worker that would
+// call them. Owe() makes the family's Dispatch() call all of them. Dispatching after the worker has
+// ended relies on the sources, which keep the clients; otherwise the benchmark would fail, because
+// the clients would not be called.
 
 class BatteryDispatch {
  public:
@@ -78,12 +78,12 @@ class BatteryDispatch {
       Must(battery_.RegisterInfoCallback(audio::BatteryInfo::kBatteryLevel, kCallbacks[i],
                                          turns[i]) == 0);
     }
-    // Only the threads end and the reports: the clients stay.
+    // Ends only the threads and the reports: the clients stay.
     battery_.Deinitialize();
   }
 
   const std::vector<Client>& clients() const { return clients_; }
-  // Without the lock: nobody else is left.
+  // Without the lock: no other thread is left.
   void Owe() { battery_.UpdateProperty(audio::BatteryInfo::kBatteryLevel, level_ ^= 1); }
   void Dispatch() { battery_.CallbackToClients(); }
 
@@ -94,8 +94,8 @@ class BatteryDispatch {
   int level_ = 50;
 };
 
-// The worker is held inside a client that has left meanwhile. Requests for another run only leave a
-// flag then.
+// The worker is blocked inside a client that has been deregistered meanwhile. Further requests then
+// only set a flag.
 class SensorDispatch {
  public:
   explicit SensorDispatch(const std::vector<int64_t*>& turns) {
@@ -135,7 +135,7 @@ class SensorDispatch {
  private:
   static void PassGate(int /*value*/, void* cookie) { static_cast<fake::Gate*>(cookie)->Pass(); }
 
-  // Should there be none after ten seconds, the clients are not called either, which is noticed.
+  // If there is none after ten seconds, the clients are not called either, and the benchmark fails.
   static void WaitForPollAfter(int64_t polls) {
     const int64_t limit = NowNs() + 10'000'000'000;
     while (PollsBegun() == polls && NowNs() < limit) std::this_thread::yield();
@@ -148,7 +148,7 @@ class SensorDispatch {
   audio::SensorInfo sensor_;
 };
 
-// All clients listen to one temperature, and the record is of that one.
+// All clients listen to one temperature, the one of the record.
 class ThermalDispatch {
  public:
   explicit ThermalDispatch(const std::vector<int64_t*>& turns) {
@@ -184,8 +184,8 @@ class ThermalDispatch {
       .throttlingStatus = android::hardware::thermal::V2_0::ThrottlingSeverity::SEVERE};
 };
 
-// Less what reading the clock takes, which for one client is half of it: each round reads it for
-// nothing as well, and once before that, so that all reads find it in the cache.
+// Without the time of reading the clock, which is half of it for one client. Each round also reads
+// the clock around nothing, after one read that brings it into the cache.
 template <typename Action>
 int64_t TimeOf(Action action) {
   static_cast<void>(NowNs());
@@ -196,7 +196,7 @@ int64_t TimeOf(Action action) {
   return (ended_ns - began_ns) - (began_ns - empty_ns);
 }
 
-// Whether every client has been called once since `before`.
+// Whether every client was called once since `before`.
 bool EachTookATurn(const std::vector<Client>& clients, int64_t before) {
   const auto took = [=](const Client& client) { return *client.turn > before; };
   return turns_taken - before == static_cast<int64_t>(clients.size()) &&
@@ -205,16 +205,16 @@ bool EachTookATurn(const std::vector<Client>& clients, int64_t before) {
 
 constexpr char kNotEachOnce[] = "a dispatch did not call each client once";
 
-// The library's dispatch and the loop in turns, since calls through pointers take several times as
-// long at some times as at others on some machines. Both come first in their round, so that both
-// find the same in the caches: what a dispatch leaves behind the loop would profit from.
+// Alternates between the library's dispatch and the loop, because the time of a call through a
+// pointer varies several-fold over time on some machines. Each comes first in its round, so that
+// both find the same caches: the loop would profit from a dispatch just before it.
 template <typename Family>
 void ToClients(benchmark::State& state) {
   const auto count = static_cast<size_t>(state.range(0));
   std::vector<int64_t> turns(count);
   std::vector<int64_t*> cookies;
   for (int64_t& turn : turns) cookies.push_back(&turn);
-  // All on one processor: what another thread prepares need not come out of another one's cache.
+  // All on one processor, so that prepared data need not come from another processor's cache.
   const WorkersAreMadeHere here;
   Family family(cookies);
   family.Dispatch();  // whatever the registrations have left

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// From what the platform tells to the client's call. The thread that asks plays the binder thread
-// that brings it. Each thread that is woken has another processor than the one that wakes it.
+// From the platform's notification to the client's call. The requesting thread acts as the binder
+// thread that delivers it. A woken thread runs on another processor than the one that wakes it.
 #include <android/sensor.h>
 #include <benchmark/benchmark.h>
 
@@ -42,16 +42,16 @@ void ClientCallback(int /*value*/, void* cookie) {
   static_cast<Probe*>(cookie)->Run();
 }
 
-// Does what calls the client and waits for the call, so that none is left to come.
+// Triggers a call of the client and waits for it, so that no call is pending afterwards.
 template <typename Action>
 void DoAndHear(Probe& probe, Action action) {
   const int64_t number = probe.Announce();
   action();
-  // A client that is not called here is not called later: the rounds will say so.
+  // A client that is not called here is not called later either, and the rounds report that.
   static_cast<void>(probe.WaitFor(number));
 }
 
-// The callback is another object than the one that the service has, so that nobody else uses it.
+// The callback is another object than the service's, so that no other thread uses it.
 class BatteryEvent : public Worker {
  public:
   explicit BatteryEvent(Probe& probe) {
@@ -82,7 +82,7 @@ class BatteryEvent : public Worker {
       ndk::SharedRefBase::make<audio::AudioHealthInfoCallback>();
 };
 
-// As the battery's.
+// As for the battery.
 class ThermalEvent : public Worker {
  public:
   explicit ThermalEvent(Probe& probe) {
@@ -142,8 +142,7 @@ class AidlThermalEvent : public ThermalEvent {
       .throttlingStatus = aidl::android::hardware::thermal::ThrottlingSeverity::SEVERE};
 };
 
-// The reading goes from the thread that asks to the poll thread, and from there to the callback
-// thread.
+// The reading goes from the requesting thread to the poll thread, then to the callback thread.
 class SensorEvent : public Worker {
  public:
   explicit SensorEvent(Probe& probe) {
@@ -181,7 +180,7 @@ struct Row {
   const char* name;
   MakeWorker make;
   MakeWorker baseline = MakeBareWorker;
-  // When what counts as the event has happened, if that is later than the request.
+  // When the event occurred, if that is later than the request.
   int64_t (*event_ns)() = nullptr;
 };
 

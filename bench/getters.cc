@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What a cached value costs beside a call that returns at once.
+// The cost of a cached value, compared with a call that returns at once.
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
@@ -22,10 +22,10 @@ namespace {
 
 using Getter = int (*)(void* handle, bool use_cached);
 
-// For so many calls, or the clock would be most of it.
+// The time of this many calls; for one, reading the clock would dominate.
 constexpr int kCalls = 1000;
 
-// Nothing if a call returned something else than the first one.
+// Empty if a call returned another value than the first one.
 template <Getter kGetter>
 std::optional<int64_t> TimeOfCalls(void* handle) {
   const int expected = kGetter(handle, /*use_cached=*/true);
@@ -36,7 +36,7 @@ std::optional<int64_t> TimeOfCalls(void* handle) {
   return sum == expected * kCalls ? std::optional(took_ns) : std::nullopt;
 }
 
-// Further counters: of one call each, and above_ns, how much longer the library's takes.
+// Further counters: the time of one call each, and above_ns, how much longer the library takes.
 void Cached(benchmark::State& state) {
   simulated::Health health;
   health.Start();
@@ -46,7 +46,7 @@ void Cached(benchmark::State& state) {
     Turns turns;
     turns.Add("library", [&] { return TimeOfCalls<GetBatteryLevel>(handle); });
     turns.Add("empty", [&] { return TimeOfCalls<EmptyGetter>(handle); });
-    turns.Run(state, "a getter changed its mind");
+    turns.Run(state, "a getter returned different values");
   } else {
     state.SkipWithError("no battery level");
   }

@@ -25,7 +25,7 @@ class GlibWorker : public Worker {
     });
   }
   ~GlibWorker() override {
-    // From the loop itself: one that has not begun to run would not heed it.
+    // From the loop itself: a loop that has not begun to run ignores a request to quit.
     g_main_context_invoke(context_, Quit, loop_);
     thread_.join();
     g_source_destroy(source_);

@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What it takes to make a handle and to destroy it, beside as many threads that only wait to end.
+// Creating and destroying a handle, compared with the same number of threads that only wait to end.
 //
-// Nothing is declared while this runs. Making a handle asks for no service, whether one runs or
-// not. Nor does the end of a sensor or thermal handle that has never had a client. The end of a
-// battery handle asks whether the health service is declared, and looks it up where it is: with one
-// that is declared and does not run it would wait five seconds.
+// No service is declared meanwhile. Creating a handle looks up no service. Neither does destroying
+// a sensor or thermal handle that never had a client. Destroying a battery handle asks whether the
+// health service is declared and, if so, looks it up: if the service did not run, that would take
+// five seconds.
 #include <benchmark/benchmark.h>
 #include <pthread.h>
 
@@ -67,7 +67,7 @@ void MakeThreads(void** handle) {
   *handle = new WaitingThreads<kCount>;
 }
 
-// One after another, as the library does.
+// One after another, as in the library.
 template <size_t kCount>
 void EndThreads(void** handle) {
   auto* threads = static_cast<WaitingThreads<kCount>*>(*handle);
@@ -76,7 +76,7 @@ void EndThreads(void** handle) {
   *handle = nullptr;
 }
 
-// Two ways to have some threads.
+// The two ways to start and end threads.
 struct Way {
   void (*make)(void** handle);
   void (*destroy)(void** handle);
@@ -94,8 +94,8 @@ bool HasItsThreads(const Way& way, int threads) {
   return has;
 }
 
-// In between, the threads get going and fall asleep, as those of a handle that is in use: the end
-// of one that has not got going is one that the library warns of.
+// In between, the threads start and fall asleep, as those of a handle in use. Destroying a handle
+// whose threads have not started logs a warning.
 std::optional<int64_t> TimeOf(const Way& way) {
   void* handle = nullptr;
   int64_t made_in_ns = 0;
@@ -114,14 +114,14 @@ std::optional<int64_t> TimeOf(const Way& way) {
 
 void MakeAndDestroy(benchmark::State& state, int threads, Way library, Way bare) {
   if (!HasItsThreads(library, threads) || !HasItsThreads(bare, threads)) {
-    state.SkipWithError("not the threads that were expected");
+    state.SkipWithError("unexpected number of threads");
     return;
   }
   Turns turns;
   turns.Add("library", [&] { return TimeOf(library); });
   turns.Add("threads", [&] { return TimeOf(bare); });
   turns.Run(state, "a handle could not be made");
-  if (!Eventually([] { return Threads() == 0; })) state.SkipWithError("threads are left");
+  if (!Eventually([] { return Threads() == 0; })) state.SkipWithError("threads were left running");
 }
 
 const Registration kRegistration([] {

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What the library does while nothing happens.
+// The library's activity while nothing happens.
 #include <benchmark/benchmark.h>
 
 #include <array>
@@ -58,7 +58,7 @@ struct Client {
   }
 };
 
-// A handle of each family, with clients for all that there is.
+// A handle of each family, with clients of everything that it offers.
 class Handles {
  public:
   Handles() {
@@ -75,7 +75,7 @@ class Handles {
   Handles(const Handles&) = delete;
   Handles& operator=(const Handles&) = delete;
 
-  // Whether every client has been registered and called.
+  // Whether every client was registered and called.
   bool CallAll() {
     Client* client = clients_.data();
     bool registered = true;
@@ -101,7 +101,7 @@ class Handles {
   void* thermal_ = nullptr;
 };
 
-// Counters: the context switches of all threads of the library in that time, and how many threads.
+// Counters: the context switches of all threads of the library in that time, and their number.
 void Idle(benchmark::State& state) {
   simulated::Health health;
   health.Start();
@@ -118,12 +118,12 @@ void Idle(benchmark::State& state) {
       return;
     }
     if (!LibraryThreadsSettle(kThreads)) {
-      state.SkipWithError("not the threads that were expected, or they do not come to rest");
+      state.SkipWithError("unexpected number of threads, or they do not fall asleep");
       return;
     }
     const ContextSwitches before = LibraryContextSwitches();
     const int64_t began_ns = NowNs();
-    // The time in which nothing happens.
+    // The idle time.
     std::this_thread::sleep_for(std::chrono::seconds(IsQuick() ? 1 : 60));
     const int64_t took_ns = NowNs() - began_ns;
     const ContextSwitches after = LibraryContextSwitches();

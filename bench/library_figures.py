@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The quorvel developers
 # SPDX-License-Identifier: Apache-2.0
 
-"""How big the library is, what the loader has to do for it, and how long loading it takes.
+"""The size of the library, its relocations, and the time to load it.
 
 What its dependencies take is loaded with it; the baseline is an empty library that has the same.
 The library itself takes what is left when that is taken away.
@@ -48,10 +48,10 @@ def segments(library):
 
 
 def relocations(library):
-    """Those that look a symbol up cost a search through the libraries; the others an addition."""
+    """Relocations with a symbol cost a search through the libraries, the others an addition."""
     text = run("readelf", "-rW", library)
     promised = sum(int(count) for count in re.findall(r" contains (\d+) entr", text))
-    # Offset, info, type, and for a symbol its value and name; without one the addend alone.
+    # Offset, info, type; then the symbol's value and name, or only the addend.
     rows = re.findall(r"^[0-9a-f]{8,}\s+[0-9a-f]{8,}\s+(R_\w+)(.*)$", text, re.MULTILINE)
     if len(rows) != promised:
         sys.exit(f"readelf tells of {promised} relocations in {library} and shows {len(rows)}")
@@ -63,7 +63,7 @@ def relocations(library):
 
 
 def load_times(load, libraries):
-    """The median for each, in a process of its own every time, in turns."""
+    """The median load time of each library; alternates, with a new process each time."""
     times = [[] for _ in libraries]
     for _ in range(RUNS):
         for library, taken in zip(libraries, times):
@@ -82,7 +82,7 @@ def main():
     for path in (args.library, args.empty, args.load):
         if not os.path.isfile(path):
             sys.exit(f"there is no file {path}")
-        # The loader takes a name without a slash for something to be searched for.
+        # The loader searches for a name without a slash.
         paths.append(os.path.realpath(path))
     library, empty, load = paths
     library_ns, empty_ns = load_times(load, [library, empty])

@@ -15,7 +15,7 @@ namespace norvik::qel::bench {
 
 namespace {
 
-// Both kinds: those of a thread that waits, and those of one whose time was up.
+// Voluntary and involuntary ones.
 int64_t ContextSwitchesOf(pid_t id) {
   int64_t sum = 0;
   std::istringstream status(ReadThreadFile(id, "status"));

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The library's threads, as the kernel tells of them.
+// The library's threads as the kernel reports them.
 #pragma once
 
 #include <sys/types.h>
@@ -11,13 +11,13 @@
 
 namespace norvik::qel::bench {
 
-// By thread id: how often each has begun to run so far, and has been taken off its processor again.
+// The context switches of each thread so far, by thread id.
 using ContextSwitches = std::map<pid_t, int64_t>;
 ContextSwitches LibraryContextSwitches();
 
-// Looks until there are `count` and none of them has run between two looks, some milliseconds
-// apart: all have got going and gone to sleep. Nothing tells that but the kernel, and only to those
-// who ask. False when it has not come to that after ten seconds.
+// Polls until there are `count` threads and none has run between two polls some milliseconds apart:
+// all have started and fallen asleep. The kernel sends no notification of that. False after ten
+// seconds.
 bool LibraryThreadsSettle(int count);
 
 }  // namespace norvik::qel::bench

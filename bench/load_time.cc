@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// How many nanoseconds it takes to load a library into a process that has not had it yet.
+// Prints the nanoseconds that loading a library takes in a process that has not loaded it before.
 #include <dlfcn.h>
 #include <stdio.h>
 

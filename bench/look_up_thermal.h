@@ -12,7 +12,7 @@
 
 namespace norvik::qel::bench {
 
-// The simulated phone's thermal service, which runs, as the library's classes take it.
+// The simulated phone's running thermal service, in the form that the library's classes take.
 inline android::sp<aidl::android::hardware::thermal::ThermalHidlWrapper> LookUpThermal() {
   using aidl::android::hardware::thermal::IThermal;
   using aidl::android::hardware::thermal::ThermalHidlWrapper;

@@ -1,9 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The program that measures: Google Benchmark with passes that alternate, so that whatever the
-// machine does meanwhile meets the library and its baselines alike. --quick sees only that it
-// runs.
+// The main program: Google Benchmark with alternating passes, so that other activity on the machine
+// affects the library and its baselines alike. --quick only checks that all benchmarks run.
 #include <android/binder_process.h>
 #include <android/log.h>
 #include <benchmark/benchmark.h>
@@ -41,14 +40,14 @@ int main(int argc, char** argv) {
       "--benchmark_enable_random_interleaving=true",
       "--benchmark_display_aggregates_only=true",
   };
-  // Last, so that they win.
+  // Last, so that they take precedence.
   std::remove_copy_if(argv + 1, argv + argc, std::back_inserter(arguments), is_quick_flag);
   std::vector<char*> pointers;
   for (std::string& argument : arguments) pointers.push_back(argument.data());
   int count = static_cast<int>(pointers.size());
   pointers.push_back(nullptr);
 
-  // Debug messages are off: what a log does with them is not the library's.
+  // Without debug messages: the cost of a log is not the library's.
   __android_log_set_minimum_priority(ANDROID_LOG_WARN);
   {
     const norvik::qel::bench::WorkersAreMadeHere binder_threads;

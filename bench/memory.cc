@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What memory a handle takes that has no client.
+// The memory of a handle without clients.
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 
@@ -20,8 +20,8 @@ namespace {
 
 constexpr int kHandles = 64;
 
-// Made before and kept, so that they take the stacks that earlier threads have left behind: the C
-// library keeps 40 MB of them for further threads, five of the usual size.
+// Created before and kept, so that they use up the stacks of earlier threads: the C library caches
+// 40 MB of stacks for new threads, five of the usual size.
 constexpr int kEarlierHandles = 8;
 
 struct Row {
@@ -32,8 +32,8 @@ struct Row {
 };
 
 struct Memory {
-  // Of the C library's allocator, its own headers included. A few freed pieces of each size count
-  // as taken: for one handle that makes some dozen bytes.
+  // Of the C library's allocator, including its headers. It counts a few freed blocks of each size
+  // as used, which is some dozen bytes per handle.
   int64_t heap_bytes;
   int64_t resident_bytes;  // 0 when the kernel does not tell
 };
@@ -44,7 +44,7 @@ Memory TakenNow() {
           .resident_bytes = ResidentBytes()};
 }
 
-// Handles of one kind that live as long as this.
+// Handles of one kind, destroyed with this object.
 class Handles {
  public:
   Handles(const Row& row, int count) : row_(row), handles_(static_cast<size_t>(count)) {
@@ -61,13 +61,13 @@ class Handles {
   std::vector<void*> handles_;
 };
 
-// Counters, each for one handle. A thread that has not run yet has not touched its stack: it has
-// to come to rest before anything is read.
+// Counters, each for one handle. A thread that has not run yet has not touched its stack, so all
+// threads must be asleep before anything is read.
 void TakeMemory(benchmark::State& state, Row row) {
   for ([[maybe_unused]] auto round : state) {
     const Handles earlier(row, kEarlierHandles);
     if (!LibraryThreadsSettle(kEarlierHandles * row.threads)) {
-      state.SkipWithError("not the threads that were expected");
+      state.SkipWithError("unexpected number of threads");
       return;
     }
     const int threads_before = LibraryThreadCount();
@@ -75,12 +75,12 @@ void TakeMemory(benchmark::State& state, Row row) {
     const Memory before = TakenNow();
     const Handles handles(row, kHandles);
     if (!LibraryThreadsSettle((kEarlierHandles + kHandles) * row.threads)) {
-      state.SkipWithError("not the threads that were expected");
+      state.SkipWithError("unexpected number of threads");
       return;
     }
     const Memory after = TakenNow();
     if (before.resident_bytes == 0 || after.resident_bytes == 0) {
-      state.SkipWithError("the kernel does not tell the resident memory");
+      state.SkipWithError("the kernel does not report the resident memory");
       return;
     }
     const auto per_handle = [](int64_t sum) { return static_cast<double>(sum) / kHandles; };

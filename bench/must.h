@@ -7,7 +7,7 @@
 
 namespace norvik::qel::bench {
 
-// A step without which the benchmark would measure something else.
+// Checks a step without which the benchmark would measure something else.
 inline void Must(bool done) {
   if (!done) throw std::runtime_error("the benchmark could not be prepared");
 }

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Stands before the platform's function for the library's object files of this program.
+// Interposes the platform's function for the library's object files in this program.
 #include "polls.h"
 
 #include <android/looper.h>

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The library's waits at the platform's looper, seen from outside, and what it waits for.
+// Observes the library's waits at the platform's looper, and ends them.
 #pragma once
 
 #include <android/sensor.h>
@@ -11,17 +11,17 @@
 
 namespace norvik::qel::bench {
 
-// When a poll of the process has returned last.
+// When a poll of the process last returned.
 int64_t LastPollReturnNs();
 
-// How many polls have begun so far. A thread that begins its next one is done with what the last
-// one has brought.
+// The number of polls started so far. A thread that starts its next poll has finished the events of
+// the last one.
 int64_t PollsBegun();
 
-// Takes the wake that an earlier user may have left.
+// Consumes a wake that an earlier user may have left.
 void DrainLooper();
 
-// One reading, as it arrives.
+// One reading, as the platform delivers it.
 std::vector<ASensorEvent> Reading(int32_t type, float value);
 
 }  // namespace norvik::qel::bench

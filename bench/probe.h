@@ -14,8 +14,8 @@
 
 namespace norvik::qel::bench {
 
-// What a benchmark's action does: it says when it ran, and which was the last request it knew of.
-// One thread asks and waits, another runs.
+// A benchmark's action: it records when it ran, and the last request that it saw. One thread makes
+// requests and waits, another runs the action.
 class Probe {
  public:
   enum class Asker {
@@ -24,7 +24,7 @@ class Probe {
   };
   explicit Probe(Asker asker = Asker::kSpins) : asker_(asker) {}
 
-  // For the thread that asks: the number of a new request, before it is made.
+  // For the requesting thread: the number of a new request, before it is made.
   int64_t Announce() {
     const int64_t number = ++asked_;
     announced_.store(number, std::memory_order_release);
@@ -42,7 +42,7 @@ class Probe {
     cv_.notify_one();
   }
 
-  // When an action ran that began after the request `number`. Nothing after ten seconds.
+  // When an action ran that began after the request `number`. Empty after ten seconds.
   std::optional<int64_t> WaitFor(int64_t number) {
     if (!(asker_ == Asker::kSpins ? Spin(number) : Sleep(number))) return std::nullopt;
     return ran_at_ns_.load(std::memory_order_relaxed);
@@ -67,7 +67,7 @@ class Probe {
   }
 
   const Asker asker_;
-  // Guards no member: without it a notification could come between the look at seen_ and the wait.
+  // Guards no member: prevents a notification between the check of seen_ and the wait.
   std::mutex lock_;
   std::condition_variable cv_;
   int64_t asked_ = 0;
@@ -77,7 +77,7 @@ class Probe {
   std::atomic<int64_t> runs_ = 0;
 };
 
-// Lets the thread that has just run go back to sleep. Its own way there takes a microsecond or two.
+// Waits until the thread that has just run is asleep again. That takes it a microsecond or two.
 inline void LetItFallAsleep() {
   const int64_t until = NowNs() + 50'000;
   while (NowNs() < until) {

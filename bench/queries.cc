@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What asking a service costs through the library, beside the same calls to the service made
-// directly: as if calls were free, which shows what is the library's own, and at a phone's price.
+// The cost of asking a service through the library, compared with the same calls made directly:
+// with free calls, which shows the library's own share, and with a phone's latency.
 #include <aidl/android/hardware/health/IHealth.h>
 #include <aidl/android/hardware/thermal/IThermal.h>
 #include <android/binder_manager.h>
@@ -47,19 +47,19 @@ using AidlThermal = ::aidl::android::hardware::thermal::IThermal;
 using AidlTemperature = ::aidl::android::hardware::thermal::Temperature;
 using AidlType = ::aidl::android::hardware::thermal::TemperatureType;
 
-// There and back between two processes of a phone takes some tens of microseconds.
+// A round trip between two processes of a phone takes some tens of microseconds.
 constexpr std::chrono::microseconds kPhoneCall(30);
 
 constexpr int kLevel = 73;
-constexpr char kWrongAnswer[] = "an answer was not what the service knows";
-constexpr char kWrongCalls[] = "the service was not called as often as it should be";
-constexpr char kNoService[] = "the service could not be used";
+constexpr char kWrongAnswer[] = "wrong answer";
+constexpr char kWrongCalls[] = "unexpected number of calls to the service";
+constexpr char kNoService[] = "the service cannot be used";
 
 enum class Price { kFree, kPhone };
 
-// Has the service make as many threads as it may have, on the worker's processor. Left to itself it
-// makes one when a call finds none idle, as one that has just answered is not for a moment, and
-// where the caller runs.
+// Makes the service start all its threads, on the worker's processor. Otherwise it starts one when
+// a call finds none idle, which a thread that has just answered is not for a moment, and on the
+// caller's processor.
 bool MakeServiceThreads(fake::Script& script, const auto& call) {
   constexpr int kThreads = 16;
   const WorkersAreMadeHere here;
@@ -73,13 +73,13 @@ bool MakeServiceThreads(fake::Script& script, const auto& call) {
   return all_came;
 }
 
-// One of the two ways to ask: how long each query has taken, and what else.
+// The measurements of one of the two ways to ask.
 template <typename Query>
 class Asked {
  public:
   Asked(const Query& query, fake::Script& script) : query_(query), script_(script) {}
 
-  // Asks once, and whether the answer was right.
+  // Asks once. Returns whether the answer was right.
   bool Ask() {
     const int calls_before = script_.calls();
     const int64_t allocations_before = AllocationCount();
@@ -94,7 +94,7 @@ class Asked {
   }
 
   double p50_ns() { return times_.Quantile(0.5); }
-  // Of the thread that asks: how long services take to wake up is not in it.
+  // The processor time of the asking thread, without the services' wake-up times.
   double cpu_p50_ns() { return cpu_ns_.Quantile(0.5); }
   int64_t allocations() const { return allocations_; }
   int calls() const { return calls_; }
@@ -114,8 +114,8 @@ class Asked {
   int calls_ = 0;
 };
 
-// Both ways in turns. Each says whether its answer was right, and makes `calls` calls of the
-// operation that `script` counts.
+// Alternates between both ways. Each returns whether its answer was right, and makes `calls` calls
+// of the operation that `script` counts.
 void Measure(benchmark::State& state, Price price, fake::Script& script, int calls,
              const auto& library, const auto& direct) {
   const fake::CallLatency latency(price == Price::kPhone ? kPhoneCall : kPhoneCall.zero());
@@ -164,8 +164,8 @@ void Getter(benchmark::State& state, Price price) {
   DeinitBatteryInfo(&handle);
 }
 
-// A phone with one thermal service and `sensors` sensors, the battery's voltage and current limits
-// in turn. Every other pair concerns audio.
+// A phone with one thermal service and `sensors` sensors, alternately the battery's voltage and
+// current limits. Every other pair concerns audio.
 class ThermalPhone {
  public:
   ThermalPhone(ThermalPath path, int sensors) : path_(path), sensors_(sensors) {
@@ -192,7 +192,7 @@ class ThermalPhone {
   ThermalPhone(const ThermalPhone&) = delete;
   ThermalPhone& operator=(const ThermalPhone&) = delete;
 
-  // Makes all threads; false when the service cannot be used.
+  // Starts all threads; false if the service cannot be used.
   bool Initialize() {
     if (aidl_ == nullptr && hidl_ == nullptr) return false;
     if (!MakeServiceThreads(all_script(), [this] { return CountAll(); })) return false;
@@ -200,7 +200,7 @@ class ThermalPhone {
     InitThermalInfo(&handle_);
     int size = -1;
     std::vector<int> limits(static_cast<size_t>(sensors_));
-    // Makes the link.
+    // Links to the service.
     return GetBatteryChargeLimitCurrent(handle_, limits.data(), &size, /*use_cached=*/false) == 0;
   }
 
@@ -208,7 +208,7 @@ class ThermalPhone {
     return (index / 2 % 2 == 0 ? "AUDIO_limit_" : "limit_") + std::to_string(index);
   }
 
-  // Of the operations that ask for the sensors of one type, and for all of them.
+  // For the operations that return the sensors of one type, and all sensors.
   fake::Script& type_script() {
     return path_ == ThermalPath::kAidl
                ? thermal_.on(services::ThermalOperation::kGetTemperaturesWithType)
@@ -220,7 +220,7 @@ class ThermalPhone {
                : thermal_.on(services::HidlThermalOperation::kGetCurrentTemperatures);
   }
 
-  // How many records the service returns, asked directly; -1 when it fails.
+  // The number of records that the service returns, asked directly; -1 if it fails.
   int CountOfType(AidlType type) {
     if (hidl_ != nullptr) {
       return CountHidl(/*filter=*/true, static_cast<V2_0::TemperatureType>(type));
@@ -260,7 +260,7 @@ class ThermalPhone {
   void* handle_ = nullptr;
 };
 
-// The battery's charge limits asked for anew. A refresh is two calls.
+// A refresh of the battery's charge limits, which is two calls.
 void Limits(benchmark::State& state, Price price, ThermalPath path) {
   const int sensors = static_cast<int>(state.range(0));
   ThermalPhone phone(path, sensors);
@@ -279,8 +279,8 @@ void Limits(benchmark::State& state, Price price, ThermalPath path) {
   Measure(state, price, phone.type_script(), /*calls=*/2, library, direct);
 }
 
-// Temperatures by name; a phone with fewer sensors than names does not know the rest. The direct
-// call gets all temperatures, and looks for none.
+// Temperatures by name; a phone with fewer sensors than names lacks the rest. The direct call gets
+// all temperatures and searches for none.
 void Bulk(benchmark::State& state, Price price, ThermalPath path) {
   const int sensors = static_cast<int>(state.range(0));
   const int wanted = static_cast<int>(state.range(1));
@@ -289,7 +289,7 @@ void Bulk(benchmark::State& state, Price price, ThermalPath path) {
   const int known = std::min(sensors, wanted);
   std::vector<std::string> texts;
   for (int i = 0; i < wanted; ++i) {
-    // Known ones from all over the service's list.
+    // Known names from all over the service's list.
     texts.push_back(i < known ? ThermalPhone::SensorName(i * sensors / known)
                               : "unknown_" + std::to_string(i));
   }

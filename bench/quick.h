@@ -5,10 +5,10 @@
 
 namespace norvik::qel::bench {
 
-// Whether it is only to be seen that everything runs: few rounds, figures that mean nothing.
+// Whether to only check that everything runs: few rounds, meaningless figures.
 bool IsQuick();
 
-// As many rounds as a figure needs, or a few.
+// The rounds that a figure needs, or a few.
 inline int Rounds(int count) {
   return IsQuick() ? (count + 99) / 100 : count;
 }

@@ -7,7 +7,7 @@
 
 namespace norvik::qel::bench {
 
-// The benchmarks of a file, registered once the command line is known: it says how many rounds.
+// The benchmarks of a file, registered after the command line, which determines the rounds.
 class Registration {
  public:
   using Function = void (*)();

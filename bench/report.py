@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The quorvel developers
 # SPDX-License-Identifier: Apache-2.0
 
-"""report.py RESULTS.json... [--plot FILE.svg]: what the library costs beside its baselines.
+"""report.py RESULTS.json... [--plot FILE.svg]: the library's costs compared with its baselines.
 
 Reads what the benchmark programs and library_figures.py have written, all of one run, and prints a
 table in Markdown. Ends with 1 if a figure is missing or a benchmark has found its own work wrong;
@@ -20,7 +20,7 @@ CLIENTS = [1, 10, 100, 1000]
 
 
 class Results:
-    """Medians, and how far the passes lie apart, by the benchmark's name."""
+    """Medians, and the spread of the passes, by the benchmark's name."""
 
     def __init__(self, files):
         self.medians, self.deviations, self.errors, self.figures = {}, {}, [], {}
@@ -183,7 +183,7 @@ def dispatch(table, results):
             name = f"dispatch/{family}/clients:{clients}"
             ours = results.of(name, "per_client_ns")
             theirs = results.of(name, "loop_per_client_ns")
-            # What a dispatch costs in any case is not a client's.
+            # The fixed cost of a dispatch does not count for a client.
             most = 10 if clients >= 100 else None
             table.above(f"{family} dispatch, a client of {clients}", ours, "loop", theirs,
                         results.of(name, "above_ns"), most)

@@ -16,18 +16,18 @@
 
 namespace norvik::qel::bench {
 
-// Several ways to do the same, in turns, round after round: whatever the machine does meanwhile
-// meets all of them alike. The first is the library's, the others are its baselines.
+// Alternates between several ways to do the same, so that other activity on the machine affects all
+// alike. The first is the library's, the others are its baselines.
 class Turns {
  public:
-  // How many nanoseconds one turn has taken; nothing if it went wrong.
+  // The nanoseconds of one turn; empty if it failed.
   using Take = std::function<std::optional<int64_t>()>;
 
   void Add(const std::string& name, Take take) { ways_.push_back({name, std::move(take), {}}); }
 
-  // All rounds of a pass, each of which begins with another way. For each way the counters
-  // NAME_p50_ns and NAME_p99_ns, and NAME_p50_ratio and NAME_p99_ratio: how many times as long the
-  // library has taken.
+  // Runs all rounds of a pass; each begins with another way. For each way it sets the counters
+  // NAME_p50_ns and NAME_p99_ns, and NAME_p50_ratio and NAME_p99_ratio: the library's time divided
+  // by that of the way.
   void Run(benchmark::State& state, const char* error) {
     for ([[maybe_unused]] auto round : state) {
       int64_t sum_ns = 0;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// From a request to the action: the library's worker beside what else there is.
+// From a request to the action: the library's worker compared with other event loops.
 #include <benchmark/benchmark.h>
 
 #include <map>
@@ -49,7 +49,7 @@ std::vector<std::unique_ptr<Contender>> All() {
   return all;
 }
 
-// The thread sleeps when it is asked.
+// The worker is asleep at each request.
 void Idle(benchmark::State& state) {
   const auto all = All();
   Turns turns;
@@ -66,7 +66,7 @@ void Idle(benchmark::State& state) {
   turns.Run(state, kNothingRan);
 }
 
-// Who runs an action for each request is still at it when the last request has been seen.
+// A worker that runs an action per request is still busy after the last request was seen.
 void AwaitQuiet(const Probe& probe) {
   int64_t runs = 0;
   do {
@@ -75,8 +75,8 @@ void AwaitQuiet(const Probe& probe) {
   } while (probe.runs() != runs);
 }
 
-// Asked again and again without waiting. A turn is a burst; further counters: NAME_request_ns, and
-// NAME_runs, those of a burst.
+// Requests in a row without waiting. A turn is a burst. Further counters: NAME_request_ns, and
+// NAME_runs, the runs per burst.
 void Burst(benchmark::State& state) {
   const int requests = Rounds(1'000'000);
   const auto all = All();

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Threads that run an action when asked to: the library's, and the baselines.
+// Threads that run an action on request: the library's, and the baselines.
 #pragma once
 
 #include <memory>
@@ -23,15 +23,15 @@ class Worker {
 
 using MakeWorker = std::unique_ptr<Worker> (*)(Probe& probe);
 
-// The one that is measured.
+// The measured one.
 std::unique_ptr<Worker> MakeLibraryWorker(Probe& probe);
 // A flag under a mutex with a condition variable that is notified each time, with the mutex held.
 std::unique_ptr<Worker> MakeBareWorker(Probe& probe);
-// A bare pair whose action asks `next`: what two threads in a row cost at least.
+// A bare pair whose action makes a request to `next`: the minimal cost of two threads in a row.
 std::unique_ptr<Worker> MakeBareRelay(std::unique_ptr<Worker> next);
 // An eventfd that a sd-event loop watches.
 std::unique_ptr<Worker> MakeSdEventWorker(Probe& probe);
-// A source of a GLib main loop that is made ready.
+// A source of a GLib main loop, marked ready.
 std::unique_ptr<Worker> MakeGlibWorker(Probe& probe);
 // uv_async_send().
 std::unique_ptr<Worker> MakeLibuvWorker(Probe& probe);
