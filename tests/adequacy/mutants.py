@@ -12,6 +12,7 @@ which also rejects most locks that are dropped. Statements that log are left alo
 mutants in survivors.txt. Fails when another one survives, or one of those is not made any more.
 """
 
+import collections
 import contextlib
 import json
 import os
@@ -32,7 +33,7 @@ TESTS = ["tests/library/all", "tests/random/all"]
 # The tests of a folder of src/, by parts of their names.
 WORDS = {"battery": ["Battery"], "sensor": ["Sensor"], "thermal": ["Thermal"],
          "thermal_hidl_wrapper": ["Thermal"],
-         "common": ["RepeatedThread", "LiveObjects", "Handle", "Dump"]}
+         "common": ["RepeatedThread", "LiveObjects", "HandleTest", "DumpsTest"]}
 
 # What is replaced in a line: all other places stay. The style of the sources puts spaces round
 # operators, which template brackets do not have.
@@ -137,7 +138,11 @@ def mutate(source):
             inverted = re.fullmatch(r"![^&|]*|[^&|]* [=!<>]=? [^&|]*", line[begin:end])
             if depth == 0 and not inverted:
                 add(i, i, f"{original[i][:begin]}!({original[i][begin:end]}){original[i][end:]}")
-    return [(name, text) for text, name in made.items()]
+    named = collections.defaultdict(list)
+    for text, name in made.items():
+        named[name].append(text)
+    return [(f"{name} #{number}" if number > 1 else name, text)
+            for name, texts in named.items() for number, text in enumerate(texts, 1)]
 
 
 def output(*command):
