@@ -391,6 +391,34 @@ TEST(RepeatedThreadDeathTest, AFailureToMakeAThreadReachesTheCaller) {
   EXPECT_EXIT(InitializeWithoutRoom(), testing::ExitedWithCode(0), "");
 }
 
+TEST(RepeatedThreadAttemptTest, AWorkerKnowsItsLastAttempt) {
+  Seen<bool> last;
+  FunctionThread thread(/*pause_ms=*/1, /*repeat_count=*/3, [&] {
+    EXPECT_TRUE(RepeatedThread::IsWorker());
+    last.Put(RepeatedThread::IsLastAttempt());
+    return false;
+  });
+  thread.Initialize();
+  thread.Start();
+  for (const bool expected : {false, false, true}) EXPECT_EQ(last.Take(), expected);
+  thread.Deinitialize();
+  EXPECT_FALSE(RepeatedThread::IsWorker());
+  EXPECT_FALSE(RepeatedThread::IsLastAttempt());
+}
+
+TEST(RepeatedThreadExitTest, ASecondRequestToExitIsANoop) {
+  const LogCapture log;
+  GatedThread thread;
+  thread.Initialize();
+  thread.Start();
+  ASSERT_TRUE(thread.WaitEntered());
+  thread.RequestExit();
+  thread.RequestExit();
+  thread.results.Put(true);
+  thread.Deinitialize();
+  EXPECT_THAT(log.Lines(), ElementsAre());
+}
+
 TEST(RepeatedThreadDeathTest, DestroyingAThreadThatRunsEndsTheProcess) {
   EXPECT_DEATH(
       {

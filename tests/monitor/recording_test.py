@@ -378,8 +378,13 @@ class RecordingTest(unittest.TestCase):
     def test_a_full_disk_leaves_a_whole_recording_and_is_a_failure(self):
         path = self.path("full")
         limit = 4001
-        self.failure(run("record", path, "--for", "30s", preexec_fn=lambda: resource.setrlimit(
-            resource.RLIMIT_FSIZE, (limit, limit))), "cannot write " + path)
+
+        def limit_files():
+            resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit))
+            os.environ["GCOV_PREFIX"] = self.folder.name  # else a coverage build's data are cut, too
+
+        self.failure(run("record", path, "--for", "30s", preexec_fn=limit_files),
+                     "cannot write " + path)
         self.events(path)
         self.assertGreater(os.path.getsize(path), limit - 200)
         self.failure(run("record", "/dev/full", "--force"), "cannot write /dev/full")

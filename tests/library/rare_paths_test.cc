@@ -1,0 +1,125 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
+// Paths that neither the C functions nor the simulated phone lead to: functions that only the
+// classes have, and answers of other services.
+#include <hidl/Status.h>
+
+#include <string>
+#include <vector>
+
+#include "battery/battery_info.h"
+#include "battery_fixture.h"
+#include "quorvel/fake/service_process.h"
+#include "quorvel/services/hidl_thermal_service.h"
+#include "sensor_fixture.h"
+#include "thermal/audio_thermal_callback.h"
+#include "thermal_fixture.h"
+
+namespace norvik::qel {
+namespace {
+
+using android::sp;
+using fake::SensorFunction;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+using RareBatteryTest = BatteryFixture;
+
+TEST_F(RareBatteryTest, ADeathToldByTheCallerIsRepaired) {
+  audio::BatteryInfo battery;
+  ASSERT_TRUE(battery.Initialize());
+  ASSERT_EQ(battery.RegisterInfoCallback(audio::BatteryInfo::kBatteryLevel, Client<0>, &seen_), 0);
+  ASSERT_EQ(seen_.Take(), (Call{0, health_.info().batteryLevel}));
+  health_.SetLevel(7);
+  ASSERT_EQ(seen_.Take(), (Call{0, 7}));
+  battery.HealthServiceDied();
+  EXPECT_TRUE(health_.on(services::HealthOperation::kRegisterCallback).WaitForCalls(2));
+  battery.Deinitialize();
+}
+
+using RareSensorTest = SensorFixture;
+
+TEST_F(RareSensorTest, AFailedReadLeavesTheEventsForTheNextOne) {
+  hub_.Start();
+  RegisterProximityAndHearZero();
+  hub_.on(SensorFunction::kGetEvents).Then({.status = -EAGAIN});
+  hub_.Report(kProximity, 4);
+  ASSERT_TRUE(hub_.on(SensorFunction::kGetEvents).WaitForCalls(1));
+  // Woken for this one, the poll reads both.
+  hub_.Report(kProximity, 5);
+  EXPECT_EQ(seen_.Take(), (Call{0, 5}));
+}
+
+class RareThermalTest : public ThermalFixture {
+ protected:
+  RareThermalTest() { fake::DeclareHidl(services::kHidlThermalInstance); }
+};
+
+TEST_F(RareThermalTest, ACallbackWritesItsPartOfTheDump) {
+  thermal_.Start(ThermalPath::kHidl);
+  const auto service = android::hardware::thermal::V2_0::IThermal::getService();
+  audio::AudioThermalCallback callback(audio::AudioThermalCallback::TemperatureType::SKIN);
+  ASSERT_TRUE(callback.Initialize(service));
+  const audio::ThermalClientInfo client = {
+      .callback = Client<1>, .temperature_name = "skin", .cookie = &seen_};
+  ASSERT_EQ(callback.AddClientCallback(1, client, service), 0);
+  const auto dump = [](void* handle, int fd) {
+    static_cast<audio::AudioThermalCallback*>(handle)->Dump(fd);
+  };
+  EXPECT_THAT(TextOf(dump, &callback), HasSubstr("      id: 1, temperature_name:skin\n"));
+  callback.Deinitialize(service);
+  callback.StopCallbackThread();
+}
+
+// Answers FAILURE to queries and sends its temperatures with it.
+class FailingThermal : public services::HidlThermalService {
+ public:
+  using HidlThermalService::HidlThermalService;
+  Return<void> getCurrentTemperatures(bool filter, TemperatureType type,
+                                      getCurrentTemperatures_cb _hidl_cb) override {
+    return HidlThermalService::getCurrentTemperatures(
+        filter, type, [&](const ThermalStatus& /*success*/, const auto& temperatures) {
+          _hidl_cb(Verdict::Failure("stale").status, temperatures);
+        });
+  }
+};
+
+TEST_F(RareThermalTest, RecordsThatComeWithAFailureAreDropped) {
+  fake::ServiceProcess process("thermal");
+  ASSERT_TRUE(process.AddHidlService(sp<FailingThermal>::make(thermal_.data())));
+  std::vector<int> limits(16);
+  int count = static_cast<int>(limits.size());
+  EXPECT_EQ(GetBatteryChargeLimitVoltage(handle_, limits.data(), &count, /*use_cached=*/false), 0);
+  EXPECT_EQ(count, 0);
+  EXPECT_FALSE(Operate());
+  EXPECT_EQ(Register<1>("SKIN", "skin"), -EINVAL);
+  DeinitThermalInfo(&handle_);
+}
+
+// A service in this process, whose links the transport fails to carry.
+class UnlinkableThermal : public services::HidlThermalService {
+ public:
+  using HidlThermalService::HidlThermalService;
+  Return<bool> linkToDeath(const sp<android::hardware::hidl_death_recipient>&, uint64_t) override {
+    return android::hardware::Status::fromStatusT(android::UNKNOWN_ERROR);
+  }
+  Return<bool> unlinkToDeath(const sp<android::hardware::hidl_death_recipient>&) override {
+    return android::hardware::Status::fromStatusT(android::UNKNOWN_ERROR);
+  }
+};
+
+TEST_F(RareThermalTest, ALinkThatTheTransportFailsToCarryIsLoggedAndNothingElse) {
+  const auto service = sp<UnlinkableThermal>::make(thermal_.data());
+  ASSERT_EQ(service->registerAsService(), android::OK);
+  EXPECT_TRUE(Operate());
+  EXPECT_TRUE(Operate());
+  EXPECT_EQ(fake::TryGetHidlServiceScript().calls(), 1) << "the connection counts as made";
+  DeinitThermalInfo(&handle_);
+  EXPECT_THAT(Log(ANDROID_LOG_WARN),
+              ElementsAre(kNotDeclared, HasSubstr("Failed to link to death (HIDL): "),
+                          HasSubstr("Failed to unlink to death (HIDL): ")));
+}
+
+}  // namespace
+}  // namespace norvik::qel
