@@ -32,14 +32,40 @@ inline Files With(Files files, const Files& others) {
   return files;
 }
 
+// A text with the escapes of C.
+inline std::string Unescaped(const std::string& text) {
+  const std::unique_ptr<gchar, decltype(&g_free)> plain(g_strcompress(text.c_str()), g_free);
+  return plain.get();
+}
+
 // A machine of whose devices only those exist that a test adds, of one subsystem unless it says so.
 class Machine {
  public:
   explicit Machine(const char* subsystem)
-      : testbed_(umockdev_testbed_new()), subsystem_(subsystem) {}
+      : testbed_(umockdev_testbed_new()), subsystem_(subsystem) {
+    // Of a real machine's directories only those exist that hold a device.
+    EXPECT_FALSE(std::filesystem::exists("/sys/kernel")) << "run this under umockdev-wrapper";
+  }
   ~Machine() { g_object_unref(testbed_); }
   Machine(const Machine&) = delete;
   Machine& operator=(const Machine&) = delete;
+
+  // A description in umockdev's format; Load() takes all devices of a file.
+  void Load(const std::string& path) {
+    g_autoptr(GError) error = nullptr;
+    umockdev_testbed_add_from_file(testbed_, path.c_str(), &error);
+    if (error != nullptr) ADD_FAILURE() << path << ": " << error->message;
+  }
+  void LoadDevice(const std::string& path, const std::string& name) {
+    std::ifstream in(path);
+    std::string text;
+    bool is_wanted = false;
+    for (std::string line; std::getline(in, line);) {
+      if (line.starts_with("P: ")) is_wanted = line == "P: /devices/" + name;
+      if (is_wanted) text += line + "\n";
+    }
+    EXPECT_TRUE(umockdev_testbed_add_from_string(testbed_, text.c_str(), nullptr)) << name;
+  }
 
   // The kernel announces it.
   void Add(const std::string& name, const Files& files) { AddTo(subsystem_, name, files); }
@@ -75,6 +101,17 @@ class Machine {
   }
   void Set(const std::string& name, const std::string& file, const std::string& content) {
     umockdev_testbed_set_attribute(testbed_, DevPath(name).c_str(), file.c_str(), content.c_str());
+  }
+  // The content of a file; nothing if it is absent.
+  std::optional<std::string> Get(const std::string& name, const std::string& file) {
+    std::ifstream in(RealPath(name, file));
+    if (!in) return std::nullopt;
+    return std::string(std::istreambuf_iterator<char>(in), {});
+  }
+  void Put(const std::string& name, const std::string& file,
+           const std::optional<std::string>& content) {
+    std::filesystem::remove(RealPath(name, file));
+    if (content) Set(name, file, *content);
   }
   void Announce(const std::string& name, const char* action = "change") {
     umockdev_testbed_uevent(testbed_, DevPath(name).c_str(), action);
@@ -160,6 +197,29 @@ class NoticeListener {
 
  private:
   Seen<services::ServiceEvent> events_;
+};
+
+// A machine, and the notices of a service that reads one of its subsystems.
+class LinuxFixture : public testing::Test {
+ protected:
+  // An empty `marker_file` of a device causes a notice.
+  LinuxFixture(const char* subsystem, std::string marker, std::string marker_file)
+      : machine_(subsystem), marker_(std::move(marker)), marker_file_(std::move(marker_file)) {}
+
+  // The notices since the last call.
+  std::vector<std::string> Notices() {
+    const std::string marker = marker_ + std::to_string(++markers_);
+    machine_.Add(marker, {{marker_file_, "\n"}});
+    return notices_.Until(marker + "/" + marker_file_ + ": empty");
+  }
+
+  Machine machine_;
+  NoticeListener notices_;
+
+ private:
+  const std::string marker_;
+  const std::string marker_file_;
+  int markers_ = 0;
 };
 
 }  // namespace norvik::qel
