@@ -31,15 +31,12 @@ using testing::IsSupersetOf;
 
 constexpr int kProximity = ASENSOR_TYPE_PROXIMITY;
 
-// In millimetres, and 10 of them off.
+// In millimetres, with an offset of 10.
 const Files kRangefinder = {{"name", "tof\n"},
                             {"in_proximity_raw", "62\n"},
                             {"in_proximity_offset", "-10\n"},
                             {"in_proximity_scale", "0.001000000\n"}};
-// The nearer, the higher.
-const Files kNearnessSensor = {
-    {"name", "glow\n"}, {"in_proximity_raw", "199\n"}, {"in_proximity_nearlevel", "200\n"}};
-// A laptop's: in degrees, of which two more that are no hinge's.
+// In degrees. The other two angles are not those of a hinge.
 const Files kHingeSensor = {
     {"name", "hinge\n"},
     {"in_angl0_raw", "90\n"},
@@ -65,7 +62,7 @@ class LinuxSensorTest : public LinuxFixture {
   }
   int RegisterHinge() { return RegisterHingeAngleSensorCallback(handle_, 1, Client<1>, &hinge_); }
 
-  // What a client is told until it is told this. The first is often 0, from before any reading.
+  // The values up to this one. The first is often 0, from before any reading.
   static std::vector<int> Until(Seen<Call>& seen, int value) {
     std::vector<int> values;
     while (const std::optional<Call> call = seen.Take()) {
@@ -82,12 +79,12 @@ class LinuxSensorTest : public LinuxFixture {
   void* handle_ = nullptr;
 };
 
-TEST_F(LinuxSensorTest, ALaptopsHingeIsToldInWholeDegrees) {
+TEST_F(LinuxSensorTest, AHingeIsReportedInWholeDegrees) {
   machine_.Add("iio:device0", kHingeSensor);
   sensors_.Start();
   ASSERT_EQ(RegisterHinge(), 0);
   Until(hinge_, 90);
-  // Every whole number of degrees comes as itself, though the scale is cut off.
+  // The kernel truncates the scale; whole degrees arrive unchanged all the same.
   for (const int degrees : {0, 1, 57, 179, 180, 359, 360}) {
     machine_.Set("iio:device0", "in_angl0_raw", std::to_string(degrees) + "\n");
     Until(hinge_, degrees);
@@ -96,40 +93,16 @@ TEST_F(LinuxSensorTest, ALaptopsHingeIsToldInWholeDegrees) {
   EXPECT_THAT(Notices(), ElementsAre("this machine has no proximity sensor"));
 }
 
-TEST_F(LinuxSensorTest, ADistanceIsToldInCentimetres) {
-  machine_.Add("iio:device0", kRangefinder);
-  sensors_.Start();
-  ASSERT_EQ(RegisterProximity(), 0);
-  Until(proximity_, 5);  // 5.2 cm
-  machine_.Set("iio:device0", "in_proximity_raw", "1510\n");
-  Until(proximity_, 150);
-  machine_.Set("iio:device0", "in_proximity_scale", "0.002\n");
-  Until(proximity_, 300);
-}
-
-TEST_F(LinuxSensorTest, NearnessWithoutAUnitIsNearOrFar) {
-  machine_.Add("iio:device0", kNearnessSensor);
-  sensors_.Start();
-  ASSERT_EQ(RegisterProximity(), 0);
-  Until(proximity_, 5);
-  for (int round = 0; round < 2; ++round) {
-    machine_.Set("iio:device0", "in_proximity_raw", "200\n");
-    Until(proximity_, 0);
-    machine_.Set("iio:device0", "in_proximity_raw", "0\n");
-    Until(proximity_, 5);
-  }
-}
-
 TEST_F(LinuxSensorTest, NothingIsMeasuredWhileNoSensorIsEnabled) {
   machine_.Add("iio:device0", kRangefinder);
-  // Whoever measures it is told so.
+  // Measuring it causes a notice.
   machine_.Add("iio:device1", With(kHingeSensor, {{"in_angl0_raw", "wide\n"}}));
   sensors_.Start();
   EXPECT_THAT(Notices(), IsEmpty());
-  EXPECT_EQ(sensors_.measurement_count(), 0) << "to find a sensor is not to measure";
+  EXPECT_EQ(sensors_.measurement_count(), 0) << "found without measuring";
   ASSERT_EQ(RegisterProximity(), 0);
   EXPECT_TRUE(Eventually([&] { return sensors_.measurement_count() > 5; }));
-  EXPECT_THAT(Notices(), IsEmpty()) << "nobody has enabled the other";
+  EXPECT_THAT(Notices(), IsEmpty()) << "the other is not enabled";
 
   ASSERT_EQ(DeregisterProximitySensorCallback(handle_, 1), 0);
   ASSERT_EQ(sensors_.listeners(kProximity), 0);
@@ -139,7 +112,7 @@ TEST_F(LinuxSensorTest, NothingIsMeasuredWhileNoSensorIsEnabled) {
   EXPECT_EQ(sensors_.measurement_count(), idle);
 }
 
-TEST_F(LinuxSensorTest, SourcesTellWhatTheSensorsAreMadeOf) {
+TEST_F(LinuxSensorTest, SourcesDescribeTheSensors) {
   machine_.Add("iio:device0", {{"name", "cros-ec-lid-angle\n"}, {"in_angl_raw", "118\n"}});
   machine_.Add("iio:device1",
                {{"name", "prox\n"}, {"in_proximity_raw", "1\n"}, {"in_proximity_scale", "1\n"}});
@@ -159,7 +132,7 @@ TEST_F(LinuxSensorTest, SourcesTellWhatTheSensorsAreMadeOf) {
   EXPECT_EQ(sources[1].maximum, 360);
 }
 
-TEST_F(LinuxSensorTest, ASensorThatIsEnabledAgainDoesNotTellWhatWas) {
+TEST_F(LinuxSensorTest, ASensorThatIsEnabledAgainForgetsItsOldReading) {
   machine_.Add("iio:device0", kRangefinder);
   sensors_.Start();
   ASSERT_EQ(RegisterProximity(), 0);
@@ -183,13 +156,13 @@ TEST_F(LinuxSensorTest, SensorsComeAndGo) {
   EXPECT_THAT(Notices(), ElementsAre("this machine has no proximity sensor",
                                      "this machine has no hinge angle sensor"));
   machine_.Add("iio:device3", kRangefinder);
-  Notices();  // the event has been heard by now
+  Notices();  // the event has been handled by now
   ASSERT_EQ(RegisterProximity(), 0);
   Until(proximity_, 5);
 
   machine_.Remove("iio:device3");
   EXPECT_THAT(Notices(), IsSupersetOf({"this machine has no proximity sensor"}));
-  // Another device serves the client that has been there all the time.
+  // Another device serves the registered client.
   machine_.Add("iio:device4", With(kRangefinder, {{"in_proximity_raw", "110\n"}}));
   Until(proximity_, 10);
   // The first by number counts.
@@ -197,7 +170,7 @@ TEST_F(LinuxSensorTest, SensorsComeAndGo) {
   Until(proximity_, 20);
 }
 
-TEST_F(LinuxSensorTest, AFaultIsToldOnceAndEndsWhenTheFileIsGood) {
+TEST_F(LinuxSensorTest, AFaultIsReportedOnceAndEndsWhenTheFileIsGood) {
   machine_.Add("iio:device0", With(kHingeSensor, {{"in_angl0_raw", "wide\n"}}));
   sensors_.Start();
   ASSERT_EQ(RegisterHinge(), 0);

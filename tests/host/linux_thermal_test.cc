@@ -154,7 +154,7 @@ TEST_F(LinuxThermalTest, ALaptopIsServedInTheUnitsOfTheService) {
   EXPECT_THAT(Notices(), IsEmpty());
 }
 
-TEST_F(LinuxThermalTest, ClientsHearOfTripPointsThatNobodyAnnounces) {
+TEST_F(LinuxThermalTest, UnannouncedTripPointsReachClients) {
   machine_.Add("thermal_zone0", kProcessorZone);
   Start();
   ASSERT_EQ(Register("CPU", "x86_pkg_temp"), 0);
@@ -178,7 +178,7 @@ TEST_F(LinuxThermalTest, ClientsHearOfTripPointsThatNobodyAnnounces) {
   EXPECT_EQ(NextSeverity(), 3);
 }
 
-TEST_F(LinuxThermalTest, NothingIsReadWhileNobodyListens) {
+TEST_F(LinuxThermalTest, NothingIsReadWhileNoClientListens) {
   machine_.Add("thermal_zone0", kProcessorZone);
   Start();
   EXPECT_EQ(thermal_->reading_count(), 1);
@@ -195,7 +195,7 @@ TEST_F(LinuxThermalTest, NothingIsReadWhileNobodyListens) {
   for (int i = 0; i < kEvents; ++i) Notices();
   EXPECT_LE(thermal_->reading_count(), idle + kEvents);
   machine_.Set("thermal_zone0", "temp", "50000\n");
-  EXPECT_EQ(Read("x86_pkg_temp"), 50.0f) << "who asks is told what is";
+  EXPECT_EQ(Read("x86_pkg_temp"), 50.0f) << "a question reads";
 }
 
 TEST_F(LinuxThermalTest, AnAnnouncedChangeIsReadAtOnce) {
@@ -206,7 +206,7 @@ TEST_F(LinuxThermalTest, AnAnnouncedChangeIsReadAtOnce) {
   EXPECT_TRUE(Eventually([&] { return SeverityOf("x86_pkg_temp") == ThrottlingSeverity::SEVERE; }));
 }
 
-TEST_F(LinuxThermalTest, ZonesComeAndGoAndTakeTheirSeverityAlong) {
+TEST_F(LinuxThermalTest, ASeverityEndsWithItsZone) {
   Start();
   EXPECT_THAT(Notices(), ElementsAre("this machine has no temperature sensor"));
   machine_.Add("thermal_zone0", With(kProcessorZone, {{"type", "skin\n"}}));
@@ -216,13 +216,13 @@ TEST_F(LinuxThermalTest, ZonesComeAndGoAndTakeTheirSeverityAlong) {
   machine_.Set("thermal_zone0", "temp", "92000\n");
   ASSERT_EQ(NextSeverity(), 2);
   machine_.Remove("thermal_zone0");
-  EXPECT_EQ(NextSeverity(), 0) << "nothing throttles for a zone that is gone";
+  EXPECT_EQ(NextSeverity(), 0) << "a zone that is gone throttles nothing";
   EXPECT_EQ(Read("skin"), std::nullopt);
   // Another comes under the same number, at a temperature within the hysteresis of the old one.
   machine_.Add("thermal_zone0", With(kProcessorZone, {{"type", "skin\n"}, {"temp", "87000\n"}}));
   machine_.Change("thermal_zone0", "temp", "96000\n");
   EXPECT_EQ(NextSeverity(), 3);
-  // Besides, perhaps, a word of the files that a reading found half gone.
+  // There may also be notices of files that a reading found missing.
   EXPECT_THAT(Notices(), Contains("this machine has no temperature sensor"));
 }
 
@@ -248,7 +248,7 @@ class CoolingListener : public BnCoolingDeviceChangedCallback {
   Seen<int64_t> states;
 };
 
-TEST_F(LinuxThermalTest, CoolingDevicesAreReadForWhoListensToThemAlone) {
+TEST_F(LinuxThermalTest, CoolingDevicesAreReadForTheirOwnListeners) {
   machine_.Add("cooling_device0",
                {{"type", "pwm-fan\n"}, {"cur_state", "0\n"}, {"max_state", "4\n"}});
   Start();
@@ -341,7 +341,7 @@ TEST_F(LinuxThermalTest, HwmonSensorsAreNamedByChipAndLabel) {
   machine_.Remove("hwmon3");
   EXPECT_EQ(NextSeverity(), 0);
   machine_.AddTo("hwmon", "hwmon3", processor);
-  EXPECT_EQ(NextSeverity(), 2) << "the client has been there all the time";
+  EXPECT_EQ(NextSeverity(), 2) << "the client is still registered";
   EXPECT_EQ(Register("UNKNOWN", "nvme:Sensor 8"), 0) << "a temperature of no known type";
 }
 
@@ -374,6 +374,12 @@ TEST_F(LinuxThermalTest, AThousandZonesAreServed) {
   EXPECT_EQ(std::set<std::string>(names.begin(), names.end()).size(), size_t{kZones});
   EXPECT_EQ(Read("cpu-499@thermal_zone999"), 99.0f);
   EXPECT_THAT(Notices(), IsEmpty());
+  // A client of one of them hears its trip point.
+  ASSERT_EQ(Register("CPU", "cpu-499@thermal_zone999"), 0);
+  ASSERT_EQ(NextSeverity(), 0);
+  machine_.Set("thermal_zone999", "trip_point_0_type", "passive\n");
+  machine_.Set("thermal_zone999", "trip_point_0_temp", "99000\n");
+  EXPECT_EQ(NextSeverity(), 2);
 }
 
 TEST_F(LinuxThermalTest, AServiceThatWasStoppedServesAgainAndLeavesNothingOpen) {
@@ -395,12 +401,12 @@ TEST_F(LinuxThermalTest, AServiceThatWasStoppedServesAgainAndLeavesNothingOpen) 
   constexpr int kRounds = 20;
   const int before = Descriptors();
   for (int i = 0; i < kRounds; ++i) thermal_->Start();
-  // What makes the fake sysfs may have opened a few of its own meanwhile.
+  // umockdev may have opened a few of its own meanwhile.
   EXPECT_LT(Descriptors(), before + kRounds);
 }
 
-// Nobody registers, so that nothing is read at intervals: see EventuallyWhileAsked().
-TEST_F(LinuxThermalTest, ZonesThatComeAndGoWhileManyAskEndInTheLastState) {
+// No client registers, so that nothing is read at intervals: see EventuallyWhileAsked().
+TEST_F(LinuxThermalTest, TheLastStateWinsWhileZonesComeAndGoAndManyThreadsAsk) {
   machine_.Add("thermal_zone0", kProcessorZone);
   Start();
   const auto has_zones = [&](size_t count) {
@@ -433,7 +439,7 @@ class LinuxThermalTypesTest : public LinuxThermalTest {
       testing::TempDir() + "thermal_types_" + std::to_string(getpid()) + ".txt";
 };
 
-TEST_F(LinuxThermalTypesTest, NamesThatTellNothingStayUnknown) {
+TEST_F(LinuxThermalTypesTest, NamesWithoutAPatternStayUnknown) {
   const ThermalTypes types;
   EXPECT_EQ(types.TypeOfZone("cpu0-thermal"), TemperatureType::CPU);
   EXPECT_EQ(types.TypeOfZone("GPU-therm"), TemperatureType::GPU);
@@ -472,7 +478,7 @@ TEST_F(LinuxThermalTypesTest, AFileComesBeforeTheTables) {
   EXPECT_THAT(Notices(), IsEmpty());
 }
 
-TEST_F(LinuxThermalTypesTest, AFileWithErrorsIsToldLineByLineAndChangesNothing) {
+TEST_F(LinuxThermalTypesTest, AFileWithErrorsIsReportedLineByLineAndChangesNothing) {
   machine_.Add("thermal_zone0", {{"type", "acpitz\n"}, {"temp", "30000\n"}});
   const std::string file = FileWith(
       "temperature SKIN acpitz\n"
@@ -496,7 +502,7 @@ TEST_F(LinuxThermalTypesTest, AFileWithErrorsIsToldLineByLineAndChangesNothing) 
   EXPECT_EQ(thermal_->data().temperatures.at(0).type, TemperatureType::UNKNOWN);
 }
 
-TEST_F(LinuxThermalTypesTest, AFileThatCannotBeReadIsTold) {
+TEST_F(LinuxThermalTypesTest, AFileThatCannotBeReadIsReported) {
   ThermalTypes types;
   EXPECT_THAT(types.Load("/nowhere/types"),
               ElementsAre("/nowhere/types: No such file or directory"));

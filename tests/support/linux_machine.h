@@ -151,9 +151,9 @@ class Machine {
   const std::string subsystem_;
 };
 
-// Whether it becomes so, while several threads ask. Nobody is to ask while a test changes the
-// fake sysfs: what makes it finds the files that the program has open in a table without
-// a lock, and loses an announcement now and then when it meets another thread there.
+// Whether it becomes so while several threads ask. No thread may ask while a test changes the fake
+// sysfs: umockdev finds the files that the program has open in a table without a lock, and loses
+// an announcement now and then when another thread uses that table.
 [[nodiscard]] inline bool EventuallyWhileAsked(const std::function<bool()>& is_so,
                                                const std::function<void()>& ask) {
   std::atomic<bool> done = false;
@@ -169,7 +169,7 @@ class Machine {
   return was_so;
 }
 
-// What people are told of a device.
+// The notices of a service.
 //
 // Threads: any for the observer, one for the rest.
 class NoticeListener {
@@ -184,14 +184,14 @@ class NoticeListener {
     }
     return std::nullopt;
   }
-  // All before the one that the test has provoked to know the end.
+  // All before the one that the test has caused in order to know the end.
   [[nodiscard]] std::vector<std::string> Until(const std::string& marker) {
     std::vector<std::string> notices;
     while (std::optional<std::string> notice = Next()) {
       if (*notice == marker) return notices;
       notices.push_back(std::move(*notice));
     }
-    ADD_FAILURE() << "no word of the marker";
+    ADD_FAILURE() << "no notice of the marker";
     return notices;
   }
 
