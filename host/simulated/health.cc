@@ -26,7 +26,7 @@ class Health::Service : public services::HealthService {
 
  private:
   ndk::ScopedAStatus Permit(HealthOperation operation) override {
-    const fake::Outcome outcome = phone_->scripts.at(static_cast<size_t>(operation)).Next(&ended_);
+    const fake::Outcome outcome = phone_->scripts.on(operation).Next(&ended_);
     return outcome.works() ? ndk::ScopedAStatus::ok() : outcome.ToStatus();
   }
 
@@ -90,7 +90,7 @@ void Health::Kill() {
   if (process == nullptr) return;
   service->End();
   process->Kill();
-  for (fake::Script& script : phone_->scripts) script.OpenGates();
+  phone_->scripts.OpenGates();
   if (observer_) observer_({.kind = ServiceEvent::Kind::kDied, .service = "health"});
 }
 
@@ -124,10 +124,6 @@ Health::HealthInfo Health::info() const {
 size_t Health::callback_count() const {
   std::lock_guard<std::mutex> lock(phone_->lock);
   return service_ != nullptr ? service_->callback_count() : 0;
-}
-
-fake::Script& Health::on(HealthOperation operation) {
-  return phone_->scripts.at(static_cast<size_t>(operation));
 }
 
 }  // namespace norvik::qel::simulated

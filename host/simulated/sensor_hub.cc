@@ -14,7 +14,7 @@ using services::SensorService;
 using services::ServiceEvent;
 
 SensorHub::SensorHub(services::ServiceObserver observer) : observer_(std::move(observer)) {
-  fake::ResetSensorScripts();
+  fake::DropWake();
 }
 
 SensorHub::~SensorHub() {

@@ -4,7 +4,6 @@
 #include "quorvel/simulated/thermal.h"
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <limits>
 #include <mutex>
@@ -27,9 +26,6 @@ using services::ServiceEvent;
 using services::ThermalOperation;
 
 namespace {
-
-template <typename Operation>
-using Scripts = std::array<fake::Script, static_cast<size_t>(Operation::kCount)>;
 
 void AddSensor(Thermal::ThermalData& data, TemperatureType type, const char* name, float value,
                float severe) {
@@ -54,8 +50,8 @@ Record& Named(std::vector<Record>& records, const std::string& name) {
 
 // Shared with the services, whose threads may still be inside a call when Thermal is destroyed.
 struct Thermal::Phone {
-  Scripts<ThermalOperation> aidl_scripts;
-  Scripts<HidlThermalOperation> hidl_scripts;
+  fake::Scripts<ThermalOperation> aidl_scripts;
+  fake::Scripts<HidlThermalOperation> hidl_scripts;
   // Also held while the state is reported, to keep reports in order.
   std::mutex lock;
   ThermalData data QUORVEL_GUARDED_BY(lock);
@@ -82,7 +78,7 @@ class Thermal::AidlService : public services::ThermalService {
 
  private:
   ndk::ScopedAStatus Permit(ThermalOperation operation) override {
-    const auto outcome = phone_->aidl_scripts.at(static_cast<size_t>(operation)).Next(&ended_);
+    const auto outcome = phone_->aidl_scripts.on(operation).Next(&ended_);
     return outcome.works() ? ndk::ScopedAStatus::ok() : outcome.ToStatus();
   }
 
@@ -115,7 +111,7 @@ class Thermal::HidlService : public services::HidlThermalService {
   }
 
   Verdict Permit(HidlThermalOperation operation) override {
-    const auto outcome = phone_->hidl_scripts.at(static_cast<size_t>(operation)).Next(&ended_);
+    const auto outcome = phone_->hidl_scripts.on(operation).Next(&ended_);
     if (outcome.status != STATUS_OK) return {.transport = Status::fromStatusT(outcome.status)};
     return outcome.works() ? Verdict{} : Verdict::Failure(outcome.message);
   }
@@ -206,7 +202,7 @@ bool Thermal::KillAidl() {
   if (process == nullptr) return false;
   service->End();
   process->Kill();
-  for (fake::Script& script : phone_->aidl_scripts) script.OpenGates();
+  phone_->aidl_scripts.OpenGates();
   return true;
 }
 
@@ -221,7 +217,7 @@ bool Thermal::KillHidl() {
   if (process == nullptr) return false;
   service->End();
   process->Kill();
-  for (fake::Script& script : phone_->hidl_scripts) script.OpenGates();
+  phone_->hidl_scripts.OpenGates();
   return true;
 }
 
@@ -268,11 +264,11 @@ size_t Thermal::cooling_callback_count() const {
 }
 
 fake::Script& Thermal::on(ThermalOperation operation) {
-  return phone_->aidl_scripts.at(static_cast<size_t>(operation));
+  return phone_->aidl_scripts.on(operation);
 }
 
 fake::Script& Thermal::on(HidlThermalOperation operation) {
-  return phone_->hidl_scripts.at(static_cast<size_t>(operation));
+  return phone_->hidl_scripts.on(operation);
 }
 
 void Thermal::Tell(ServiceEvent::Kind kind, ThermalPath path) const {

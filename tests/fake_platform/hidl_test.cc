@@ -115,7 +115,7 @@ TEST_F(HidlTest, ADerivedServiceIsFoundUnderItsBaseWhenThatIsDeclared) {
 TEST_F(HidlTest, ALookUpFindsNothing) {
   EXPECT_EQ(V2_0::IThermal::tryGetService("other"), nullptr);
   EXPECT_EQ(V2_0::IThermal::tryGetService(/*getStub=*/true), nullptr);
-  fake::TryGetHidlServiceScript().Then({.status = STATUS_PERMISSION_DENIED});
+  thermal_.on(fake::BinderFunction::kTryGetHidlService).Then({.status = STATUS_PERMISSION_DENIED});
   EXPECT_EQ(LookUp(), nullptr);
   EXPECT_NE(LookUp(), nullptr);
   {
@@ -133,10 +133,9 @@ TEST_F(HidlTest, ALookUpFindsNothing) {
 
 TEST_F(HidlTest, GetServiceWaitsForAServiceThatIsLate) {
   Kill();
-  const int calls = fake::GetHidlServiceScript().calls();
   Seen<bool> found;
   std::thread waiter([&] { found.Put(V2_0::IThermal::getService() != nullptr); });
-  ASSERT_TRUE(fake::GetHidlServiceScript().WaitForCalls(calls + 1));
+  ASSERT_TRUE(thermal_.on(fake::BinderFunction::kGetHidlService).WaitForCalls(1));
   thermal_.Start(ThermalPath::kHidl);
   EXPECT_EQ(found.Take(), true);
   waiter.join();
@@ -358,7 +357,7 @@ TEST_F(HidlDeathTest, ALinkThatIsUndoneOrRefusedTellsNobody) {
   ASSERT_TRUE(service_->linkToDeath(recipient_, 1));
   EXPECT_TRUE(service_->unlinkToDeath(recipient_));
   EXPECT_FALSE(service_->unlinkToDeath(recipient_));
-  fake::HidlLinkToDeathScript().Then({.status = STATUS_UNKNOWN_ERROR});
+  thermal_.on(fake::BinderFunction::kHidlLinkToDeath).Then({.status = STATUS_UNKNOWN_ERROR});
   const Return<bool> refused = service_->linkToDeath(recipient_, 2);
   EXPECT_TRUE(refused.isOk()) << "no failure of the transport";
   EXPECT_FALSE(refused);

@@ -240,7 +240,7 @@ TEST(PlatformSensorServiceTest, TheManagerIsWaitedForAndGoesWithTheService) {
   hub.Add(ASENSOR_TYPE_LIGHT, "light");
   hub.Start();
   const fake::LogCapture log;
-  fake::LinkToDeathScript().Then({.status = STATUS_UNKNOWN_ERROR});
+  hub.on(fake::BinderFunction::kLinkToDeath).Then({.status = STATUS_UNKNOWN_ERROR});
   EXPECT_EQ(ASensorManager_getInstance(), nullptr);
   EXPECT_EQ(ASensorManager_getSensorList(ASensorManager_getInstance(), nullptr), 1);
 }

@@ -86,7 +86,7 @@ TEST_F(BatteryLinkTest, ARefusedRegistrationIsRetried) {
 TEST_F(BatteryLinkTest, ARefusedLinkTakesTheRegistrationBackAndIsRetried) {
   // The second try is kept waiting, so that the state in between can be seen.
   auto gate = std::make_shared<fake::Gate>();
-  fake::LinkToDeathScript().Then({STATUS_NO_MEMORY});
+  health_.on(fake::BinderFunction::kLinkToDeath).Then({STATUS_NO_MEMORY});
   health_.on(HealthOperation::kRegisterCallback).Then(Outcome{});
   health_.on(HealthOperation::kRegisterCallback).Then(Outcome::After(gate));
   ASSERT_EQ(RegisterBatteryLevelCallback(handle_, Client<0>, &seen_), 0);
@@ -119,11 +119,11 @@ TEST_F(BatteryLinkTest, UnlinkingEndsWhateverTheServiceAnswers) {
       unlink_and_link_again(),
       ElementsAre("UnlinkToHealthService: Failed to unregister callback to health service"));
 
-  fake::UnlinkToDeathScript().Then({STATUS_NAME_NOT_FOUND});
+  health_.on(fake::BinderFunction::kUnlinkToDeath).Then({STATUS_NAME_NOT_FOUND});
   EXPECT_THAT(unlink_and_link_again(),
               ElementsAre("UnlinkToHealthService: Failed to unlink to health death."));
 
-  fake::UnlinkToDeathScript().Then({STATUS_DEAD_OBJECT});
+  health_.on(fake::BinderFunction::kUnlinkToDeath).Then({STATUS_DEAD_OBJECT});
   EXPECT_THAT(unlink_and_link_again(), IsEmpty());
 }
 
@@ -187,17 +187,17 @@ TEST_F(BatteryLinkTest, AServiceThatDiedUnlinkedIsLookedUpAnewByTheNextAttempt) 
 
 TEST_F(BatteryLinkTest, ALinkRefusedByADeathLooksTheServiceUpAnew) {
   const auto lookups_until_linked = [this] {
-    const int before = fake::GetServiceScript().calls();
+    const int before = health_.on(fake::BinderFunction::kGetService).calls();
     EXPECT_EQ(RegisterBatteryLevelCallback(handle_, Client<0>, &seen_), 0);
     EXPECT_TRUE(Eventually([this] { return IsLinked(handle_); }));
-    return fake::GetServiceScript().calls() - before;
+    return health_.on(fake::BinderFunction::kGetService).calls() - before;
   };
-  fake::LinkToDeathScript().Then({STATUS_DEAD_OBJECT});
+  health_.on(fake::BinderFunction::kLinkToDeath).Then({STATUS_DEAD_OBJECT});
   EXPECT_EQ(lookups_until_linked(), 2);
 
   // The same, heard of only when the registration is taken back.
   ASSERT_EQ(DeregisterBatteryLevelCallback(handle_, Client<0>), 0);
-  fake::LinkToDeathScript().Then({STATUS_NO_MEMORY});
+  health_.on(fake::BinderFunction::kLinkToDeath).Then({STATUS_NO_MEMORY});
   health_.on(HealthOperation::kUnregisterCallback).Then({STATUS_DEAD_OBJECT});
   EXPECT_EQ(lookups_until_linked(), 1) << "known at first, looked up by the second attempt";
 }

@@ -21,7 +21,6 @@
 #include "environment.h"
 #include "process_state.h"
 #include "quorvel/fake/gate.h"
-#include "quorvel/fake/service_manager.h"
 #include "sensor_fixture.h"
 
 namespace norvik::qel {
@@ -304,12 +303,12 @@ TEST(SensorLateServiceTest, AHandleMayEndWhileItsWorkerFindsTheService) {
     void* handle = nullptr;
     InitSensorInfo(&handle);
     // The worker's first attempt waits until the service is there, and Deinit for the attempt.
-    const int looked = fake::CheckServiceScript().calls();
+    fake::Script& look_ups = hub.on(fake::BinderFunction::kCheckService);
     const auto gate = std::make_shared<Gate>();
-    fake::CheckServiceScript().Then({.status = STATUS_NAME_NOT_FOUND});
-    fake::CheckServiceScript().Then(Outcome::After(gate));
+    look_ups.Then({.status = STATUS_NAME_NOT_FOUND});
+    look_ups.Then(Outcome::After(gate));
     EXPECT_EQ(RegisterProximitySensorCallback(handle, 0, Client<0>, &seen), 0);
-    ASSERT_TRUE(fake::CheckServiceScript().WaitForCalls(looked + 2));
+    ASSERT_TRUE(look_ups.WaitForCalls(2));
     hub.Start();
     std::thread opener([&] {
       if (round % 2 == 0) std::this_thread::yield();
@@ -334,9 +333,8 @@ TEST(SensorLateServiceSlowTest, ASensorThatWaitedDoesNotKeepAnEndingHandleGoing)
   Seen<Call> seen;
   void* handle = nullptr;
   InitSensorInfo(&handle);
-  const int looked = fake::CheckServiceScript().calls();
   ASSERT_EQ(RegisterProximitySensorCallback(handle, 0, Client<0>, &seen), 0);
-  ASSERT_TRUE(fake::CheckServiceScript().WaitForCalls(looked + 2));
+  ASSERT_TRUE(hub.on(fake::BinderFunction::kCheckService).WaitForCalls(2));
   hub.Start();
   LastGuest guest;
   guest.act = [&] { EXPECT_EQ(DeregisterHingeAngleSensorCallback(handle, 0), 0); };

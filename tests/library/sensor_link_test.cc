@@ -12,13 +12,11 @@
 #include <string>
 #include <vector>
 
-#include "quorvel/fake/service_manager.h"
 #include "sensor_fixture.h"
 
 namespace norvik::qel {
 namespace {
 
-using fake::CheckServiceScript;
 using fake::Outcome;
 using fake::SensorFunction;
 using testing::Contains;
@@ -42,13 +40,12 @@ TEST_F(SensorLinkTest, InitAndDeinitDoNotTouchThePlatform) {
 }
 
 TEST_F(SensorLinkTest, ASensorThatWaitsTakesFurtherClientsAndLetsThemGo) {
-  const int looked = CheckServiceScript().calls();
   ASSERT_EQ(RegisterProximitySensorCallback(handle_, 0, Client<0>, &seen_), 0);
   // Once for the registration, once for the first attempt of the worker.
-  ASSERT_TRUE(CheckServiceScript().WaitForCalls(looked + 2));
+  ASSERT_TRUE(look_ups().WaitForCalls(2));
   ASSERT_EQ(RegisterProximitySensorCallback(handle_, 1, Client<0>, &seen_), 0);
   EXPECT_EQ(RegisterProximitySensorCallback(handle_, 1, Client<0>, &seen_), -EINVAL);
-  EXPECT_EQ(CheckServiceScript().calls(), looked + 2);
+  EXPECT_EQ(look_ups().calls(), 2);
   EXPECT_EQ(DeregisterProximitySensorCallback(handle_, 0), 0);
   EXPECT_EQ(DeregisterProximitySensorCallback(handle_, 1), 0);
   EXPECT_EQ(Calls(SensorFunction::kDisableSensor), 0);
@@ -66,7 +63,6 @@ TEST_F(SensorLinkTest, WithoutManagerLooperOrQueueAClientWaits) {
        "InitSensorInterface: Failed to prepare an event looper."},
       {{SensorFunction::kCreateEventQueue}, "InitSensorInterface: Unable to get event queue."},
   };
-  const int looked = CheckServiceScript().calls();
   for (const auto& row : kCases) {
     log_.Clear();
     for (const SensorFunction function : row.fail) {
@@ -79,7 +75,7 @@ TEST_F(SensorLinkTest, WithoutManagerLooperOrQueueAClientWaits) {
     EXPECT_EQ(DeregisterProximitySensorCallback(handle_, 0), 0);
   }
   // Each time from the beginning, and nobody looks for a service that is there.
-  EXPECT_EQ(CheckServiceScript().calls(), looked + 3);
+  EXPECT_EQ(look_ups().calls(), 3);
   // A looper that has to be prepared will do.
   hub_.on(SensorFunction::kForThread).Then({.status = STATUS_UNKNOWN_ERROR});
   RegisterProximityAndHearZero();
@@ -87,9 +83,9 @@ TEST_F(SensorLinkTest, WithoutManagerLooperOrQueueAClientWaits) {
             2);  // and once for the last of the cases
   EXPECT_EQ(Count(ANDROID_LOG_DEBUG, "InitSensorInterface: success to initialize sensor interface"),
             1);
-  EXPECT_EQ(CheckServiceScript().calls(), looked + 4);
+  EXPECT_EQ(look_ups().calls(), 4);
   RegisterHingeAndHearZero();
-  EXPECT_EQ(CheckServiceScript().calls(), looked + 4);
+  EXPECT_EQ(look_ups().calls(), 4);
   hub_.Report(kProximity, 5);
   EXPECT_EQ(seen_.Take(), (Call{0, 5}));
 }
@@ -120,11 +116,10 @@ using SensorLinkSlowTest = SensorFixture;
 // Longer than the ten runs that a worker has for one trigger.
 TEST_F(SensorLinkSlowTest, AServiceIsLookedForUntilItComes) {
   const auto begin = std::chrono::steady_clock::now();
-  const int looked = CheckServiceScript().calls();
   ASSERT_EQ(RegisterProximitySensorCallback(handle_, 0, Client<0>, &seen_), 0);
   ASSERT_EQ(RegisterHingeAngleSensorCallback(handle_, 0, Client<1>, &seen_), 0);
   ASSERT_EQ(RegisterHingeAngleSensorCallback(handle_, 1, Client<2>, &seen_), 0);
-  ASSERT_TRUE(CheckServiceScript().WaitForCalls(looked + 2 + 12, std::chrono::seconds(60)));
+  ASSERT_TRUE(look_ups().WaitForCalls(2 + 12, std::chrono::seconds(60)));
   // Two registrations and the first attempt, and eleven attempts after a pause each.
   EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
   EXPECT_THAT(Log(ANDROID_LOG_WARN), Each(kAbsent));
@@ -171,24 +166,22 @@ TEST(SensorLateServiceSlowTest, WhatIsNoLongerWantedOrNotThereIsNotEnabled) {
 }
 
 TEST_F(SensorLinkSlowTest, NobodyLooksForAServiceThatNobodyWaitsFor) {
-  const int looked = CheckServiceScript().calls();
   ASSERT_EQ(RegisterProximitySensorCallback(handle_, 0, Client<0>, &seen_), 0);
-  ASSERT_TRUE(CheckServiceScript().WaitForCalls(looked + 2));
+  ASSERT_TRUE(look_ups().WaitForCalls(2));
   EXPECT_EQ(DeregisterProximitySensorCallback(handle_, 0), 0);
   // The attempt after the pause: can miss it, never invent it.
-  EXPECT_FALSE(CheckServiceScript().WaitForCalls(looked + 3, std::chrono::milliseconds(2000)));
+  EXPECT_FALSE(look_ups().WaitForCalls(3, std::chrono::milliseconds(2000)));
 }
 
 // A service that is there and cannot be used ends the ten runs, and with them the attempts.
 TEST_F(SensorLinkSlowTest, AServiceThatCannotBeUsedIsGivenUp) {
-  const int looked = CheckServiceScript().calls();
   hub_.on(SensorFunction::kCreateEventQueue).Then({.status = STATUS_UNKNOWN_ERROR}, 1000);
   ASSERT_EQ(RegisterProximitySensorCallback(handle_, 0, Client<0>, &seen_), 0);
-  ASSERT_TRUE(CheckServiceScript().WaitForCalls(looked + 2));
+  ASSERT_TRUE(look_ups().WaitForCalls(2));
   hub_.Start();
-  ASSERT_TRUE(CheckServiceScript().WaitForCalls(looked + 1 + 10, std::chrono::seconds(60)));
+  ASSERT_TRUE(look_ups().WaitForCalls(1 + 10, std::chrono::seconds(60)));
   // An eleventh attempt would come a second later: can miss it, never invent it.
-  EXPECT_FALSE(CheckServiceScript().WaitForCalls(looked + 1 + 11, std::chrono::milliseconds(2500)));
+  EXPECT_FALSE(look_ups().WaitForCalls(1 + 11, std::chrono::milliseconds(2500)));
   hub_.on(SensorFunction::kCreateEventQueue).Clear();
   EXPECT_EQ(DeregisterProximitySensorCallback(handle_, 0), 0);
   RegisterProximityAndHearZero();

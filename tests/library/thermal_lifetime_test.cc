@@ -272,7 +272,8 @@ TEST_P(ThermalLifetimeTest, ALinkMadeAtTheVeryEndTouchesNothing) {
 TEST_P(ThermalLifetimeTest, TheEndUnlinksFromAHidlService) {
   RegisterAndHear<1>("SKIN", "skin");
   DeinitThermalInfo(&handle_);
-  EXPECT_EQ(fake::HidlUnlinkToDeathScript().calls(), GetParam() == ThermalPath::kHidl ? 1 : 0);
+  EXPECT_EQ(thermal_.on(fake::BinderFunction::kHidlUnlinkToDeath).calls(),
+            GetParam() == ThermalPath::kHidl ? 1 : 0);
 }
 
 // The new handle is probably at the same address.

@@ -41,10 +41,10 @@ using ThermalLinkTest = ThermalFixture;
 TEST_F(ThermalLinkTest, ANewHandleAsksNobody) {
   Bring(ThermalPath::kAidl);
   EXPECT_EQ(GetBatteryChargeLimitCapacity(handle_), 16);
-  EXPECT_EQ(fake::IsDeclaredScript().calls(), 0);
-  EXPECT_EQ(fake::TryGetHidlServiceScript().calls(), 0);
+  EXPECT_EQ(thermal_.on(fake::BinderFunction::kIsDeclared).calls(), 0);
+  EXPECT_EQ(thermal_.on(fake::BinderFunction::kTryGetHidlService).calls(), 0);
   DeinitThermalInfo(&handle_);
-  EXPECT_EQ(fake::IsDeclaredScript().calls(), 0);
+  EXPECT_EQ(thermal_.on(fake::BinderFunction::kIsDeclared).calls(), 0);
   EXPECT_THAT(Log(), IsEmpty());
 }
 
@@ -54,14 +54,15 @@ TEST_F(ThermalLinkTest, AidlComesBeforeHidl) {
   thermal_.Declare(ThermalPath::kAidl);
   EXPECT_FALSE(Operate());
   EXPECT_THAT(Log(), ElementsAre(kNotDeclared, kNotRunning));
-  EXPECT_EQ(fake::TryGetHidlServiceScript().calls(), 2) << "asked for in the same call";
+  EXPECT_EQ(thermal_.on(fake::BinderFunction::kTryGetHidlService).calls(), 2)
+      << "asked for in the same call";
   Bring(ThermalPath::kHidl);
   EXPECT_TRUE(Operate());
   thermal_.Start(ThermalPath::kAidl);
   EXPECT_TRUE(Operate());
   EXPECT_EQ(thermal_.on(services::HidlThermalOperation::kGetCurrentTemperatures).calls(), 2)
       << "a link that stands is kept";
-  EXPECT_EQ(fake::IsDeclaredScript().calls(), 3);
+  EXPECT_EQ(thermal_.on(fake::BinderFunction::kIsDeclared).calls(), 3);
 
   thermal_.Kill(ThermalPath::kHidl);
   ASSERT_TRUE(log_.WaitFor(kRecovered));
@@ -72,11 +73,12 @@ TEST_F(ThermalLinkTest, AidlComesBeforeHidl) {
 
 TEST_F(ThermalLinkTest, AFailureToLinkIsLoggedAndNothingElse) {
   Bring(ThermalPath::kAidl);
-  fake::LinkToDeathScript().Then({.status = STATUS_NO_MEMORY});
+  thermal_.on(fake::BinderFunction::kLinkToDeath).Then({.status = STATUS_NO_MEMORY});
   EXPECT_TRUE(Operate());
   EXPECT_TRUE(Operate());
   EXPECT_THAT(Log(), ElementsAre("Failed to link to death (AIDL): -12"));
-  EXPECT_EQ(fake::CheckServiceScript().calls(), 1) << "the connection counts as made";
+  EXPECT_EQ(thermal_.on(fake::BinderFunction::kCheckService).calls(), 1)
+      << "the connection counts as made";
 }
 
 class ThermalDeathTest : public ThermalPathTest {
@@ -111,9 +113,10 @@ TEST_P(ThermalDeathTest, EveryTypeIsRegisteredAgainAndHearsTheNextChange) {
 TEST_P(ThermalDeathTest, ALinkRefusedByADeathStandsForItsNotification) {
   const auto refuse = [&](int times) {
     if (GetParam() == ThermalPath::kAidl) {
-      fake::LinkToDeathScript().Then({.status = STATUS_DEAD_OBJECT}, times);
+      thermal_.on(fake::BinderFunction::kLinkToDeath).Then({.status = STATUS_DEAD_OBJECT}, times);
     } else {
-      fake::HidlLinkToDeathScript().Then({.status = STATUS_DEAD_OBJECT}, times);
+      thermal_.on(fake::BinderFunction::kHidlLinkToDeath)
+          .Then({.status = STATUS_DEAD_OBJECT}, times);
     }
   };
   // The operation's own, and then the worker finds one that lives.

@@ -14,7 +14,6 @@
 #include "family.h"
 #include "pauses.h"
 #include "quorvel.h"
-#include "quorvel/fake/service_manager.h"
 #include "quorvel/simulated/health.h"
 
 namespace norvik::qel::random_test {
@@ -204,16 +203,16 @@ class Battery : public Family {
 
   void AddFault(const std::string& operation, bool dead) {
     const fake::Outcome outcome{.status = dead ? STATUS_DEAD_OBJECT : STATUS_UNKNOWN_ERROR};
-    if (operation == "find") fake::GetServiceScript().Then(outcome);
-    if (operation == "link") fake::LinkToDeathScript().Then(outcome);
+    if (operation == "find") health_.on(fake::BinderFunction::kGetService).Then(outcome);
+    if (operation == "link") health_.on(fake::BinderFunction::kLinkToDeath).Then(outcome);
     if (operation == "register") health_.on(HealthOperation::kRegisterCallback).Then(outcome);
     if (operation == "unregister") health_.on(HealthOperation::kUnregisterCallback).Then(outcome);
     if (operation == "ask") health_.on(HealthOperation::kGetHealthInfo).Then(outcome);
   }
 
   void ClearFaults() override {
-    fake::GetServiceScript().Clear();
-    fake::LinkToDeathScript().Clear();
+    health_.on(fake::BinderFunction::kGetService).Clear();
+    health_.on(fake::BinderFunction::kLinkToDeath).Clear();
     for (const auto operation :
          {HealthOperation::kRegisterCallback, HealthOperation::kUnregisterCallback,
           HealthOperation::kGetHealthInfo}) {

@@ -36,11 +36,11 @@ class PausesTest : public testing::Test {
 
   fake::ShortGetServiceWait short_wait_;
   simulated::Health health_;
+  const fake::Script& look_ups_ = health_.on(fake::BinderFunction::kGetService);
   void* handle_ = nullptr;
 };
 
 TEST_F(PausesTest, APauseLastsUntilItIsEnded) {
-  const int before = fake::GetServiceScript().calls();
   Register();  // the caller's attempt, and the worker's
   ASSERT_TRUE(Eventually(OnePauses));
   // Longer than the pause of 200 ms: the waits of others take their time, and end by themselves.
@@ -52,20 +52,18 @@ TEST_F(PausesTest, APauseLastsUntilItIsEnded) {
   EXPECT_EQ(never.wait_for(hold, std::chrono::milliseconds(250)), std::cv_status::timeout);
   EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(250));
   EXPECT_EQ(PausingWorkers(), 1U);
-  EXPECT_EQ(fake::GetServiceScript().calls() - before, 2);
+  EXPECT_EQ(look_ups_.calls(), 2);
 }
 
 TEST_F(PausesTest, AWorkerThatPausesGivesUpAfterItsAttempts) {
-  const int before = fake::GetServiceScript().calls();
   Register();
   for (int attempts = 1; attempts <= 10; ++attempts) {
-    ASSERT_TRUE(Eventually([=] {
-      return OnePauses() && fake::GetServiceScript().calls() - before == attempts + 1;
-    })) << attempts;
+    ASSERT_TRUE(Eventually([&] { return OnePauses() && look_ups_.calls() == attempts + 1; }))
+        << attempts;
     EndPauses();
   }
   ASSERT_TRUE(Eventually(NonePauses));
-  EXPECT_EQ(fake::GetServiceScript().calls() - before, 11);
+  EXPECT_EQ(look_ups_.calls(), 11);
 }
 
 TEST_F(PausesTest, TheEndOfAHandleEndsItsPause) {

@@ -77,8 +77,6 @@ struct Handle {
 class Sensors : public Family {
  public:
   Sensors() {
-    // What an earlier run has left in the looper.
-    while (ALooper_pollOnce(0, nullptr, nullptr, nullptr) != ALOOPER_POLL_TIMEOUT) continue;
     for (auto& handle : handles_) Begin(handle);
   }
 

@@ -365,7 +365,7 @@ class Thermals : public Family {
       phone_.on(ThermalOperation::kUnregisterThermalChangedCallback).Then(outcome);
       phone_.on(HidlThermalOperation::kUnregisterThermalChangedCallback).Then(outcome);
     } else if (operation == "link") {
-      fake::LinkToDeathScript().Then({.status = STATUS_DEAD_OBJECT});
+      phone_.on(fake::BinderFunction::kLinkToDeath).Then({.status = STATUS_DEAD_OBJECT});
     } else {
       phone_.on(ThermalOperation::kGetTemperaturesWithType).Then(outcome);
       phone_.on(HidlThermalOperation::kGetCurrentTemperatures).Then(outcome);
@@ -373,7 +373,7 @@ class Thermals : public Family {
   }
 
   void ClearFaults() override {
-    fake::LinkToDeathScript().Clear();
+    phone_.on(fake::BinderFunction::kLinkToDeath).Clear();
     phone_.on(ThermalOperation::kRegisterThermalChangedCallbackWithType).Clear();
     phone_.on(HidlThermalOperation::kRegisterThermalChangedCallback).Clear();
     phone_.on(ThermalOperation::kUnregisterThermalChangedCallback).Clear();

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include <android/looper.h>
 #include <android/sensor.h>
 #include <fcntl.h>
 #include <unistd.h>
@@ -60,10 +59,6 @@ class Sensors : public Subject {
   void Start() override { hub_->Start(); }
   void Kill() override {
     hub_.reset();
-    // The looper is the process's: a wake may be left in it.
-    while (ALooper_forThread() != nullptr &&
-           ALooper_pollOnce(0, nullptr, nullptr, nullptr) != ALOOPER_POLL_TIMEOUT) {
-    }
     hub_.emplace();
     hub_->Add(kProximity, "proximity", 20'000);
     hub_->Add(kHinge, "hinge angle");

@@ -32,14 +32,40 @@ inline Files With(Files files, const Files& others) {
   return files;
 }
 
+// A text with the escapes of C.
+inline std::string Unescaped(const std::string& text) {
+  const std::unique_ptr<gchar, decltype(&g_free)> plain(g_strcompress(text.c_str()), g_free);
+  return plain.get();
+}
+
 // A machine of whose devices only those exist that a test adds, of one subsystem unless it says so.
 class Machine {
  public:
   explicit Machine(const char* subsystem)
-      : testbed_(umockdev_testbed_new()), subsystem_(subsystem) {}
+      : testbed_(umockdev_testbed_new()), subsystem_(subsystem) {
+    // Of a real machine's directories only those exist that hold a device.
+    EXPECT_FALSE(std::filesystem::exists("/sys/kernel")) << "run this under umockdev-wrapper";
+  }
   ~Machine() { g_object_unref(testbed_); }
   Machine(const Machine&) = delete;
   Machine& operator=(const Machine&) = delete;
+
+  // A description in umockdev's format; Load() takes all devices of a file.
+  void Load(const std::string& path) {
+    g_autoptr(GError) error = nullptr;
+    umockdev_testbed_add_from_file(testbed_, path.c_str(), &error);
+    if (error != nullptr) ADD_FAILURE() << path << ": " << error->message;
+  }
+  void LoadDevice(const std::string& path, const std::string& name) {
+    std::ifstream in(path);
+    std::string text;
+    bool is_wanted = false;
+    for (std::string line; std::getline(in, line);) {
+      if (line.starts_with("P: ")) is_wanted = line == "P: /devices/" + name;
+      if (is_wanted) text += line + "\n";
+    }
+    EXPECT_TRUE(umockdev_testbed_add_from_string(testbed_, text.c_str(), nullptr)) << name;
+  }
 
   // The kernel announces it.
   void Add(const std::string& name, const Files& files) { AddTo(subsystem_, name, files); }
@@ -75,6 +101,17 @@ class Machine {
   }
   void Set(const std::string& name, const std::string& file, const std::string& content) {
     umockdev_testbed_set_attribute(testbed_, DevPath(name).c_str(), file.c_str(), content.c_str());
+  }
+  // The content of a file; nothing if it is absent.
+  std::optional<std::string> Get(const std::string& name, const std::string& file) {
+    std::ifstream in(RealPath(name, file));
+    if (!in) return std::nullopt;
+    return std::string(std::istreambuf_iterator<char>(in), {});
+  }
+  void Put(const std::string& name, const std::string& file,
+           const std::optional<std::string>& content) {
+    std::filesystem::remove(RealPath(name, file));
+    if (content) Set(name, file, *content);
   }
   void Announce(const std::string& name, const char* action = "change") {
     umockdev_testbed_uevent(testbed_, DevPath(name).c_str(), action);
@@ -114,9 +151,9 @@ class Machine {
   const std::string subsystem_;
 };
 
-// Whether it becomes so, while several threads ask. Nobody is to ask while a test changes the
-// fake sysfs: what makes it finds the files that the program has open in a table without
-// a lock, and loses an announcement now and then when it meets another thread there.
+// Whether it becomes so while several threads ask. No thread may ask while a test changes the fake
+// sysfs: umockdev finds the files that the program has open in a table without a lock, and loses
+// an announcement now and then when another thread uses that table.
 [[nodiscard]] inline bool EventuallyWhileAsked(const std::function<bool()>& is_so,
                                                const std::function<void()>& ask) {
   std::atomic<bool> done = false;
@@ -132,7 +169,7 @@ class Machine {
   return was_so;
 }
 
-// What people are told of a device.
+// The notices of a service.
 //
 // Threads: any for the observer, one for the rest.
 class NoticeListener {
@@ -147,19 +184,42 @@ class NoticeListener {
     }
     return std::nullopt;
   }
-  // All before the one that the test has provoked to know the end.
+  // All before the one that the test has caused in order to know the end.
   [[nodiscard]] std::vector<std::string> Until(const std::string& marker) {
     std::vector<std::string> notices;
     while (std::optional<std::string> notice = Next()) {
       if (*notice == marker) return notices;
       notices.push_back(std::move(*notice));
     }
-    ADD_FAILURE() << "no word of the marker";
+    ADD_FAILURE() << "no notice of the marker";
     return notices;
   }
 
  private:
   Seen<services::ServiceEvent> events_;
+};
+
+// A machine, and the notices of a service that reads one of its subsystems.
+class LinuxFixture : public testing::Test {
+ protected:
+  // An empty `marker_file` of a device causes a notice.
+  LinuxFixture(const char* subsystem, std::string marker, std::string marker_file)
+      : machine_(subsystem), marker_(std::move(marker)), marker_file_(std::move(marker_file)) {}
+
+  // The notices since the last call.
+  std::vector<std::string> Notices() {
+    const std::string marker = marker_ + std::to_string(++markers_);
+    machine_.Add(marker, {{marker_file_, "\n"}});
+    return notices_.Until(marker + "/" + marker_file_ + ": empty");
+  }
+
+  Machine machine_;
+  NoticeListener notices_;
+
+ private:
+  const std::string marker_;
+  const std::string marker_file_;
+  int markers_ = 0;
 };
 
 }  // namespace norvik::qel

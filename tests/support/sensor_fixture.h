@@ -27,9 +27,6 @@ inline constexpr int kProximityMinDelayUs = 20'000;
 class SensorFixture : public testing::Test {
  protected:
   SensorFixture() {
-    // The looper is the process's: a wake may be left in it.
-    while (ALooper_pollOnce(0, nullptr, nullptr, nullptr) != ALOOPER_POLL_TIMEOUT) continue;
-    fake::ResetSensorScripts();
     hub_.Add(kProximity, "proximity", kProximityMinDelayUs);
     hub_.Add(kHinge, "hinge angle");
     InitSensorInfo(&handle_);
@@ -47,6 +44,8 @@ class SensorFixture : public testing::Test {
     ASSERT_EQ(seen_.Take(), (Call{1, 0}));
   }
 
+  // Of the service; counts from the start of the test.
+  fake::Script& look_ups() { return hub_.on(fake::BinderFunction::kCheckService); }
   int Calls(fake::SensorFunction function) { return hub_.on(function).calls(); }
   std::string Dump() const { return TextOf(DumpSensorInfo, handle_); }
   // How often the sensors have logged this, with this priority.

@@ -16,9 +16,7 @@
 #include "quorvel.h"
 #include "quorvel/fake/deliveries.h"
 #include "quorvel/fake/gate.h"
-#include "quorvel/fake/hidl_service_manager.h"
 #include "quorvel/fake/log_capture.h"
-#include "quorvel/fake/service_manager.h"
 #include "quorvel/simulated/thermal.h"
 #include "waiting.h"
 
@@ -67,12 +65,6 @@ class ThermalFixture : public testing::Test {
  protected:
   ThermalFixture() {
     thermal_.Undeclare(ThermalPath::kAidl);
-    for (fake::Script* script :
-         {&fake::IsDeclaredScript(), &fake::CheckServiceScript(), &fake::TryGetHidlServiceScript(),
-          &fake::LinkToDeathScript(), &fake::HidlLinkToDeathScript(),
-          &fake::HidlUnlinkToDeathScript()}) {
-      script->Reset();
-    }
     InitThermalInfo(&handle_);
   }
   ~ThermalFixture() override {
@@ -144,8 +136,8 @@ class ThermalPathTest : public ThermalFixture, public testing::WithParamInterfac
     return Eventually([=, this] { return registered() == count; });
   }
   fake::Script& look_up() {
-    return GetParam() == ThermalPath::kAidl ? fake::CheckServiceScript()
-                                            : fake::TryGetHidlServiceScript();
+    return thermal_.on(GetParam() == ThermalPath::kAidl ? fake::BinderFunction::kCheckService
+                                                        : fake::BinderFunction::kTryGetHidlService);
   }
   // A restart that is over before the death notification arrives.
   void Restart() {

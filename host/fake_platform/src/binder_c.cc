@@ -14,16 +14,17 @@
 
 #include "binder.h"
 #include "delivery_tracking.h"
+#include "next_outcome.h"
 
 using norvik::qel::fake::Anchor;
+using norvik::qel::fake::BinderFunction;
 using norvik::qel::fake::Link;
-using norvik::qel::fake::LinkToDeathScript;
 using norvik::qel::fake::LocalBinder;
+using norvik::qel::fake::NextOutcome;
 using norvik::qel::fake::Process;
 using norvik::qel::fake::RecipientState;
 using norvik::qel::fake::RemoteBinder;
 using norvik::qel::fake::Transport;
-using norvik::qel::fake::UnlinkToDeathScript;
 
 struct AIBinder_Weak {
   std::shared_ptr<Anchor> anchor;
@@ -129,7 +130,7 @@ binder_status_t AIBinder_linkToDeath(AIBinder* binder, AIBinder_DeathRecipient* 
   link->key = cookie;
   link->recipient = recipient->state;
 
-  binder_status_t result = LinkToDeathScript().Next().status;
+  binder_status_t result = NextOutcome(BinderFunction::kLinkToDeath).status;
   if (result == STATUS_OK) {
     RemoteBinder* remote = binder->AsRemote();
     result = remote != nullptr ? remote->Link(recipient->state, link) : STATUS_INVALID_OPERATION;
@@ -141,7 +142,7 @@ binder_status_t AIBinder_linkToDeath(AIBinder* binder, AIBinder_DeathRecipient* 
 binder_status_t AIBinder_unlinkToDeath(AIBinder* binder, AIBinder_DeathRecipient* recipient,
                                        void* cookie) {
   if (binder == nullptr || recipient == nullptr) return STATUS_UNEXPECTED_NULL;
-  const binder_status_t scripted = UnlinkToDeathScript().Next().status;
+  const binder_status_t scripted = NextOutcome(BinderFunction::kUnlinkToDeath).status;
   RemoteBinder* remote = binder->AsRemote();
   const binder_status_t result =
       remote != nullptr ? remote->Unlink(*recipient->state, cookie) : STATUS_NAME_NOT_FOUND;

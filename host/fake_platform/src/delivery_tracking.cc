@@ -73,24 +73,4 @@ bool WaitUntilDelivered(std::chrono::milliseconds limit) {
       lock, limit, [&]() QUORVEL_REQUIRES(account.lock) { return account.under_way == 0; });
 }
 
-Script& LinkToDeathScript() {
-  static Script& script = *new Script;
-  return script;
-}
-
-Script& UnlinkToDeathScript() {
-  static Script& script = *new Script;
-  return script;
-}
-
-Script& HidlLinkToDeathScript() {
-  static Script& script = *new Script;
-  return script;
-}
-
-Script& HidlUnlinkToDeathScript() {
-  static Script& script = *new Script;
-  return script;
-}
-
 }  // namespace norvik::qel::fake

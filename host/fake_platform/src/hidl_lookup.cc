@@ -5,6 +5,7 @@
 
 #include <atomic>
 
+#include "next_outcome.h"
 #include "quorvel/fake/hidl_service_manager.h"
 #include "service_registry.h"
 
@@ -27,13 +28,15 @@ bool MayBeThere(const std::string& instance, bool get_stub) {
 
 ndk::SpAIBinder TryGetHidl(const std::string& descriptor, const std::string& name, bool get_stub) {
   const std::string instance = Instance(descriptor, name);
-  if (!TryGetHidlServiceScript().Next().works() || !MayBeThere(instance, get_stub)) return {};
+  if (!NextOutcome(BinderFunction::kTryGetHidlService).works() || !MayBeThere(instance, get_stub))
+    return {};
   return ServiceRegistry::Hidl().Check(instance);
 }
 
 ndk::SpAIBinder GetHidl(const std::string& descriptor, const std::string& name, bool get_stub) {
   const std::string instance = Instance(descriptor, name);
-  if (!GetHidlServiceScript().Next().works() || !MayBeThere(instance, get_stub)) return {};
+  if (!NextOutcome(BinderFunction::kGetHidlService).works() || !MayBeThere(instance, get_stub))
+    return {};
   return ServiceRegistry::Hidl().Wait(instance);
 }
 
@@ -64,16 +67,6 @@ void UndeclareHidl(const std::string& instance) {
 
 void SetHidlServiceManagerPresent(bool present) {
   g_present = present;
-}
-
-Script& TryGetHidlServiceScript() {
-  static Script& script = *new Script;
-  return script;
-}
-
-Script& GetHidlServiceScript() {
-  static Script& script = *new Script;
-  return script;
 }
 
 }  // namespace norvik::qel::fake

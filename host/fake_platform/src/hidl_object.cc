@@ -9,7 +9,7 @@
 #include <mutex>
 #include <utility>
 
-#include "quorvel/fake/deliveries.h"
+#include "next_outcome.h"
 #include "quorvel/fake/thread_annotations.h"
 
 namespace norvik::qel::fake {
@@ -98,7 +98,7 @@ HidlProxy::~HidlProxy() {
 
 bool HidlProxy::LinkRecipient(const sp<hidl_death_recipient>& recipient, uint64_t cookie,
                               const wp<HidlBase>& who) {
-  if (!HidlLinkToDeathScript().Next().works()) return false;
+  if (!NextOutcome(BinderFunction::kHidlLinkToDeath).works()) return false;
   StartHidlThreads();
   auto link = std::make_shared<Link>();
   link->died = [weak = wp<hidl_death_recipient>(recipient), cookie, who] {
@@ -112,7 +112,7 @@ bool HidlProxy::LinkRecipient(const sp<hidl_death_recipient>& recipient, uint64_
 }
 
 bool HidlProxy::UnlinkRecipient(const sp<hidl_death_recipient>& recipient) {
-  const bool refused = !HidlUnlinkToDeathScript().Next().works();
+  const bool refused = !NextOutcome(BinderFunction::kHidlUnlinkToDeath).works();
   if (recipient == nullptr) return false;
   const binder_status_t status = binder_.get()->AsRemote()->Unlink(*links_, IdentityOf(*recipient));
   return status == STATUS_OK && !refused;

@@ -5,11 +5,12 @@
 
 #include <chrono>
 
+#include "next_outcome.h"
 #include "quorvel/fake/sensor_functions.h"
 
 using norvik::qel::fake::EventSource;
+using norvik::qel::fake::NextOutcome;
 using norvik::qel::fake::Outcome;
-using norvik::qel::fake::ScriptOf;
 using norvik::qel::fake::SensorFunction;
 
 namespace {
@@ -58,6 +59,11 @@ void ALooper::Wake() {
   changed_.notify_one();
 }
 
+void ALooper::DropWake() {
+  std::lock_guard<std::mutex> lock(lock_);
+  woken_ = false;
+}
+
 void ALooper::Mark(const std::shared_ptr<EventSource>& source) {
   std::lock_guard<std::mutex> lock(lock_);
   marked_.insert(source);
@@ -78,26 +84,30 @@ int norvik::qel::fake::LooperWaiters() {
   return ALooper::Get().waiters();
 }
 
+void norvik::qel::fake::DropWake() {
+  ALooper::Get().DropWake();
+}
+
 extern "C" {
 
 ALooper* ALooper_forThread() {
-  return ScriptOf(SensorFunction::kForThread).Next().works() ? &ALooper::Get() : nullptr;
+  return NextOutcome(SensorFunction::kForThread).works() ? &ALooper::Get() : nullptr;
 }
 
 ALooper* ALooper_prepare(int /*opts*/) {
-  return ScriptOf(SensorFunction::kPrepare).Next().works() ? &ALooper::Get() : nullptr;
+  return NextOutcome(SensorFunction::kPrepare).works() ? &ALooper::Get() : nullptr;
 }
 
 int ALooper_pollOnce(int timeoutMillis, int* outFd, int* outEvents, void** outData) {
   if (outFd != nullptr) *outFd = 0;
   if (outEvents != nullptr) *outEvents = 0;
   if (outData != nullptr) *outData = nullptr;
-  const Outcome outcome = ScriptOf(SensorFunction::kPollOnce).Next();
+  const Outcome outcome = NextOutcome(SensorFunction::kPollOnce);
   return outcome.status < 0 ? outcome.status : ALooper::Get().PollOnce(timeoutMillis);
 }
 
 void ALooper_wake(ALooper* looper) {
-  static_cast<void>(ScriptOf(SensorFunction::kWake).Next());
+  static_cast<void>(NextOutcome(SensorFunction::kWake));
   looper->Wake();
 }
 

@@ -34,6 +34,7 @@ struct ALooper {
 
   int PollOnce(int timeout_ms);
   void Wake();
+  void DropWake();
   void Mark(const std::shared_ptr<norvik::qel::fake::EventSource>& source);
   void Forget(const std::shared_ptr<norvik::qel::fake::EventSource>& source);
   int waiters() const;

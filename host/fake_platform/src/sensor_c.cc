@@ -7,11 +7,11 @@
 
 #include <cerrno>
 
-#include "quorvel/fake/sensor_functions.h"
+#include "next_outcome.h"
 #include "sensor_manager.h"
 
+using norvik::qel::fake::NextOutcome;
 using norvik::qel::fake::Outcome;
-using norvik::qel::fake::ScriptOf;
 using norvik::qel::fake::SensorFunction;
 
 static_assert(sizeof(ASensorEvent) == 104);
@@ -31,7 +31,7 @@ int Result(const Outcome& outcome, const ndk::ScopedAStatus& status) {
 extern "C" {
 
 ASensorManager* ASensorManager_getInstance() {
-  return ScriptOf(SensorFunction::kGetInstance).Next().works() ? ASensorManager::Get() : nullptr;
+  return NextOutcome(SensorFunction::kGetInstance).works() ? ASensorManager::Get() : nullptr;
 }
 
 ASensorManager* ASensorManager_getInstanceForPackage(const char* /*packageName*/) {
@@ -43,7 +43,7 @@ int ASensorManager_getSensorList(ASensorManager* manager, ASensorList* list) {
 }
 
 ASensor const* ASensorManager_getDefaultSensor(ASensorManager* manager, int type) {
-  if (!ScriptOf(SensorFunction::kGetDefaultSensor).Next().works()) return nullptr;
+  if (!NextOutcome(SensorFunction::kGetDefaultSensor).works()) return nullptr;
   return manager->GetDefaultSensor(type);
 }
 
@@ -51,7 +51,7 @@ ASensorEventQueue* ASensorManager_createEventQueue(ASensorManager* manager, ALoo
                                                    int /*ident*/, ALooper_callbackFunc callback,
                                                    void* data) {
   if (manager == nullptr || looper == nullptr) return nullptr;
-  if (!ScriptOf(SensorFunction::kCreateEventQueue).Next().works()) return nullptr;
+  if (!NextOutcome(SensorFunction::kCreateEventQueue).works()) return nullptr;
   return manager->CreateEventQueue(callback, data);
 }
 
@@ -60,7 +60,7 @@ int ASensorManager_destroyEventQueue(ASensorManager* manager, ASensorEventQueue*
   if (ALooper::InCallback()) {
     __android_log_assert(nullptr, "sensors", "%s: called from a looper callback", __func__);
   }
-  static_cast<void>(ScriptOf(SensorFunction::kDestroyEventQueue).Next());
+  static_cast<void>(NextOutcome(SensorFunction::kDestroyEventQueue));
   manager->DestroyEventQueue(queue);
   return 0;
 }
@@ -68,7 +68,7 @@ int ASensorManager_destroyEventQueue(ASensorManager* manager, ASensorEventQueue*
 int ASensorEventQueue_registerSensor(ASensorEventQueue* queue, ASensor const* sensor,
                                      int32_t samplingPeriodUs, int64_t maxBatchReportLatencyUs) {
   if (queue == nullptr) return -EINVAL;
-  const Outcome outcome = ScriptOf(SensorFunction::kRegisterSensor).Next();
+  const Outcome outcome = NextOutcome(SensorFunction::kRegisterSensor);
   if (outcome.status < 0) return outcome.status;
   return Result(outcome, queue->service->enableSensor(queue->id, sensor->description.handle,
                                                       samplingPeriodUs, maxBatchReportLatencyUs));
@@ -80,7 +80,7 @@ int ASensorEventQueue_enableSensor(ASensorEventQueue* queue, ASensor const* sens
 
 int ASensorEventQueue_disableSensor(ASensorEventQueue* queue, ASensor const* sensor) {
   if (queue == nullptr) return -EINVAL;
-  const Outcome outcome = ScriptOf(SensorFunction::kDisableSensor).Next();
+  const Outcome outcome = NextOutcome(SensorFunction::kDisableSensor);
   if (outcome.status < 0) return outcome.status;
   return Result(outcome, queue->service->disableSensor(queue->id, sensor->description.handle));
 }
@@ -96,7 +96,7 @@ int ASensorEventQueue_hasEvents(ASensorEventQueue* queue) {
 
 ssize_t ASensorEventQueue_getEvents(ASensorEventQueue* queue, ASensorEvent* events, size_t count) {
   if (queue == nullptr) return -EINVAL;
-  const Outcome outcome = ScriptOf(SensorFunction::kGetEvents).Next();
+  const Outcome outcome = NextOutcome(SensorFunction::kGetEvents);
   if (outcome.status < 0) return outcome.status;
   return static_cast<ssize_t>(queue->events->Take(events, count));
 }

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "binder.h"
+#include "next_outcome.h"
 #include "quorvel/fake/service_manager.h"
 
 namespace norvik::qel::fake {
@@ -98,21 +99,6 @@ void Undeclare(const std::string& instance) {
   ServiceRegistry::Get().SetDeclared(instance, false);
 }
 
-Script& IsDeclaredScript() {
-  static Script& script = *new Script;
-  return script;
-}
-
-Script& CheckServiceScript() {
-  static Script& script = *new Script;
-  return script;
-}
-
-Script& GetServiceScript() {
-  static Script& script = *new Script;
-  return script;
-}
-
 void SetGetServiceWait(std::chrono::milliseconds pause, int attempts) {
   ServiceRegistry::Get().get_service_pause_ms = pause.count();
   ServiceRegistry::Get().get_service_attempts = attempts;
@@ -120,9 +106,8 @@ void SetGetServiceWait(std::chrono::milliseconds pause, int attempts) {
 
 }  // namespace norvik::qel::fake
 
-using norvik::qel::fake::CheckServiceScript;
-using norvik::qel::fake::GetServiceScript;
-using norvik::qel::fake::IsDeclaredScript;
+using norvik::qel::fake::BinderFunction;
+using norvik::qel::fake::NextOutcome;
 using norvik::qel::fake::ServiceRegistry;
 
 namespace {
@@ -149,14 +134,14 @@ binder_exception_t AServiceManager_addService(AIBinder* binder, const char* inst
 
 AIBinder* AServiceManager_checkService(const char* instance) {
   if (instance == nullptr) return nullptr;
-  if (!CheckServiceScript().Next().works()) return nullptr;
+  if (!NextOutcome(BinderFunction::kCheckService).works()) return nullptr;
   return Release(ServiceRegistry::Get().Check(instance));
 }
 
 AIBinder* AServiceManager_getService(const char* instance) {
   if (instance == nullptr) return nullptr;
   ServiceRegistry& registry = ServiceRegistry::Get();
-  const bool works = GetServiceScript().Next().works();
+  const bool works = NextOutcome(BinderFunction::kGetService).works();
   ndk::SpAIBinder service;
   if (works) service = registry.Check(instance);
   if (service.get() != nullptr) return Release(service);
@@ -186,7 +171,7 @@ AIBinder* AServiceManager_waitForService(const char* instance) {
 }
 
 bool AServiceManager_isDeclared(const char* instance) {
-  return instance != nullptr && IsDeclaredScript().Next().works() &&
+  return instance != nullptr && NextOutcome(BinderFunction::kIsDeclared).works() &&
          ServiceRegistry::Get().IsDeclared(instance);
 }
 

@@ -8,7 +8,6 @@
 #include <memory>
 
 #include "quorvel/fake/gate.h"
-#include "quorvel/fake/script.h"
 
 namespace norvik::qel::fake {
 
@@ -41,13 +40,5 @@ class HoldDeliveries {
 // Waits until all one-way calls and death notifications sent to the host process have been handled,
 // including those that they caused; false after `limit`.
 [[nodiscard]] bool WaitUntilDelivered(std::chrono::milliseconds limit = std::chrono::seconds(10));
-
-// Scripts of linkToDeath() and unlinkToDeath(). An outcome other than STATUS_OK is the result of
-// the call. Such a link call links nothing; such an unlink call still ends the link.
-Script& LinkToDeathScript();
-Script& UnlinkToDeathScript();
-// The same for HIDL proxies, whose results are true and false.
-Script& HidlLinkToDeathScript();
-Script& HidlUnlinkToDeathScript();
 
 }  // namespace norvik::qel::fake

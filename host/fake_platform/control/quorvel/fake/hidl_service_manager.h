@@ -1,12 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Control of the HIDL service manager: its presence, the device's manifest, faults of look-ups.
+// Control of the HIDL service manager: its presence, the device's manifest.
 #pragma once
 
 #include <string>
-
-#include "quorvel/fake/script.h"
 
 namespace norvik::qel::fake {
 
@@ -14,11 +12,6 @@ namespace norvik::qel::fake {
 // entry cannot be found. An instance stays declared when its process dies.
 void DeclareHidl(const std::string& instance);
 void UndeclareHidl(const std::string& instance);
-
-// Scripts of tryGetService() and getService() of every interface. An outcome other than STATUS_OK
-// means null. A gate blocks the caller, as a slow HIDL service manager does.
-Script& TryGetHidlServiceScript();
-Script& GetHidlServiceScript();
 
 // Many devices have no HIDL service manager. There, look-ups return null and registration fails.
 void SetHidlServiceManagerPresent(bool present);

@@ -8,9 +8,11 @@
 #include <android/binder_auto_utils.h>
 #include <android/binder_status.h>
 
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <memory>
@@ -123,12 +125,6 @@ class Script {
     std::lock_guard<std::mutex> lock(lock_);
     outcomes_.clear();
   }
-  // Drops the queued outcomes and resets the count of calls.
-  void Reset() {
-    std::lock_guard<std::mutex> lock(lock_);
-    outcomes_.clear();
-    calls_ = 0;
-  }
 
  private:
   mutable std::mutex lock_;
@@ -136,6 +132,19 @@ class Script {
   std::deque<Outcome> outcomes_ QUORVEL_GUARDED_BY(lock_);
   std::vector<std::shared_ptr<Gate>> waiting_ QUORVEL_GUARDED_BY(lock_);
   int calls_ QUORVEL_GUARDED_BY(lock_) = 0;
+};
+
+// A script for each operation of an enumeration that ends with kCount.
+template <typename Operation>
+class Scripts {
+ public:
+  Script& on(Operation operation) { return scripts_.at(static_cast<size_t>(operation)); }
+  void OpenGates() {
+    for (Script& script : scripts_) script.OpenGates();
+  }
+
+ private:
+  std::array<Script, static_cast<size_t>(Operation::kCount)> scripts_;
 };
 
 }  // namespace norvik::qel::fake

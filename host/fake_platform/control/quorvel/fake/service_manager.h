@@ -1,25 +1,17 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Control of the service manager: the device's manifest, faults of look-ups.
+// Control of the service manager: the device's manifest.
 #pragma once
 
 #include <chrono>
 #include <string>
-
-#include "quorvel/fake/script.h"
 
 namespace norvik::qel::fake {
 
 // The manifest. An instance stays declared when its process dies.
 void Declare(const std::string& instance);
 void Undeclare(const std::string& instance);
-
-// Scripts of the look-ups. An outcome other than STATUS_OK means "not declared" or null. For
-// getService, null is returned after the full wait.
-Script& IsDeclaredScript();
-Script& CheckServiceScript();
-Script& GetServiceScript();
 
 // Sets how AServiceManager_getService() waits for an absent service: after the first attempt it
 // makes up to `attempts` more, each after `pause`. The platform's values are one second and five.

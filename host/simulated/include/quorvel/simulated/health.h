@@ -4,12 +4,11 @@
 // The battery of the simulated phone and its health service, controlled by tests.
 #pragma once
 
-#include <array>
 #include <functional>
 #include <memory>
 #include <mutex>
 
-#include "quorvel/fake/script.h"
+#include "quorvel/fake/platform_scripts.h"
 #include "quorvel/fake/service_process.h"
 #include "quorvel/fake/thread_annotations.h"
 #include "quorvel/services/health_service.h"
@@ -52,19 +51,22 @@ class Health {
   size_t callback_count() const;
 
   // The script of an operation: outcomes of the next calls, count of calls.
-  fake::Script& on(services::HealthOperation operation);
+  fake::Script& on(services::HealthOperation operation) { return phone_->scripts.on(operation); }
+  // The same for a function of the platform. The whole phone shares these scripts.
+  fake::Script& on(fake::BinderFunction function) { return platform_scripts_.on(function); }
 
  private:
   class Service;
   // Shared with the service, whose threads may still be inside a call when this object is
   // destroyed.
   struct Phone {
-    std::array<fake::Script, static_cast<size_t>(services::HealthOperation::kCount)> scripts;
+    fake::Scripts<services::HealthOperation> scripts;
     std::mutex lock;  // also held while the state is reported, to keep reports in order
     HealthInfo info QUORVEL_GUARDED_BY(lock);
   };
 
   const services::ServiceObserver observer_;
+  const fake::PlatformScripts platform_scripts_;
   const std::shared_ptr<Phone> phone_ = std::make_shared<Phone>();
   std::unique_ptr<fake::ServiceProcess> process_ QUORVEL_GUARDED_BY(phone_->lock);
   std::shared_ptr<Service> service_ QUORVEL_GUARDED_BY(phone_->lock);

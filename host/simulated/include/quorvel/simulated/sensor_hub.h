@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "quorvel/fake/script.h"
+#include "quorvel/fake/platform_scripts.h"
 #include "quorvel/fake/sensor_functions.h"
 #include "quorvel/fake/service_process.h"
 #include "quorvel/fake/thread_annotations.h"
@@ -22,12 +22,13 @@
 
 namespace norvik::qel::simulated {
 
-// Only one may exist at a time: the scripts belong to the sensor functions of the process.
+// Only one may exist at a time: the sensor functions of a process reach one service.
 //
 // Threads: any.
 class SensorHub {
  public:
-  // There are no sensors, and the service is not running. Resets all scripts and counts.
+  // There are no sensors, and the service is not running. Drops a wake that an earlier client has
+  // left in the looper.
   explicit SensorHub(services::ServiceObserver observer = nullptr);
   // Ends the service and waits until its death notifications have been delivered. No client may use
   // the service then: its manager, sensors and queues are freed.
@@ -56,12 +57,14 @@ class SensorHub {
   std::optional<services::SensorRequest> last_request(int32_t type) const;
 
   // The script of a function: outcomes of the next calls, count of calls.
-  fake::Script& on(fake::SensorFunction function) { return fake::ScriptOf(function); }
+  fake::Script& on(fake::SensorFunction function) { return platform_scripts_.on(function); }
+  fake::Script& on(fake::BinderFunction function) { return platform_scripts_.on(function); }
 
  private:
   std::shared_ptr<services::SensorService> service() const QUORVEL_EXCLUDES(lock_);
 
   const services::ServiceObserver observer_;
+  const fake::PlatformScripts platform_scripts_;
   mutable std::mutex lock_;
   std::vector<fake::SensorDescription> sensors_ QUORVEL_GUARDED_BY(lock_);
   // By type, for Start().

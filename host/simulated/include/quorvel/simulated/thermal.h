@@ -9,7 +9,7 @@
 #include <memory>
 #include <string>
 
-#include "quorvel/fake/script.h"
+#include "quorvel/fake/platform_scripts.h"
 #include "quorvel/services/hidl_thermal_service.h"
 #include "quorvel/services/service_event.h"
 #include "quorvel/services/thermal_data.h"
@@ -72,6 +72,8 @@ class Thermal {
   // transport error.
   fake::Script& on(services::ThermalOperation operation);
   fake::Script& on(services::HidlThermalOperation operation);
+  // The same for a function of the platform. The whole phone shares these scripts.
+  fake::Script& on(fake::BinderFunction function) { return platform_scripts_.on(function); }
 
  private:
   class AidlService;
@@ -86,6 +88,7 @@ class Thermal {
   void Tell(services::ServiceEvent::Kind kind, ThermalPath path) const;
 
   const services::ServiceObserver observer_;
+  const fake::PlatformScripts platform_scripts_;
   const std::shared_ptr<Phone> phone_;
 };
 
