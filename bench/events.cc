@@ -5,7 +5,9 @@
 // thread that delivers it. A woken thread runs on another processor than the one that wakes it.
 #include <android/sensor.h>
 #include <benchmark/benchmark.h>
+#include <sys/resource.h>
 
+#include <array>
 #include <chrono>
 #include <memory>
 #include <optional>
@@ -176,6 +178,17 @@ std::unique_ptr<Worker> MakeTwoBarePairs(Probe& probe) {
   return MakeBareRelay(std::move(second));
 }
 
+// Makes all threads on the requesting thread's processor.
+template <MakeWorker kMake>
+std::unique_ptr<Worker> OnOneProcessor(Probe& probe) {
+  PinThisThread(Cpu::kCaller);
+  return kMake(probe);
+}
+
+std::unique_ptr<Worker> MakeTwoBarePairsHere(Probe& probe) {
+  return MakeBareRelay(MakeBareWorker(probe));
+}
+
 struct Row {
   const char* name;
   MakeWorker make;
@@ -210,13 +223,68 @@ void FromEventToClient(benchmark::State& state, const Row& row) {
   turns.Run(state, kNothingRan);
 }
 
+// Ten sensor handles, of which one has a client for the sensor that reports. Counters:
+// context_switches, those of all threads of the program for an event.
+void ManyHandles(benchmark::State& state) {
+  constexpr size_t kHandles = 10;
+  DrainLooper();
+  simulated::SensorHub hub;
+  hub.Add(ASENSOR_TYPE_PROXIMITY, "proximity");
+  hub.Add(ASENSOR_TYPE_HINGE_ANGLE, "hinge angle");
+  hub.Start();
+  Probe others(Probe::Asker::kSleeps);
+  Probe client(Probe::Asker::kSleeps);
+  std::array<void*, kHandles> handles = {};
+  for (void*& handle : handles) {
+    InitSensorInfo(&handle);
+    if (&handle == &handles.front()) {
+      DoAndHear(client,
+                [&] { RegisterHingeAngleSensorCallback(handle, 1, ClientCallback, &client); });
+    } else {
+      DoAndHear(others,
+                [&] { RegisterProximitySensorCallback(handle, 1, ClientCallback, &others); });
+    }
+  }
+  const auto switches = [] {
+    rusage usage = {};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_nvcsw + usage.ru_nivcsw;
+  };
+  int64_t sum = 0;
+  for ([[maybe_unused]] auto round : state) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    const int64_t number = client.Announce();
+    const int64_t before = switches();
+    const int64_t asked_ns = NowNs();
+    hub.Report(ASENSOR_TYPE_HINGE_ANGLE, 90);
+    const auto called_ns = client.WaitFor(number);
+    if (!called_ns) {
+      state.SkipWithError(kNothingRan);
+      break;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));  // for the other handles
+    sum += switches() - before;
+    state.SetIterationTime(static_cast<double>(*called_ns - asked_ns) * 1e-9);
+  }
+  state.counters["context_switches"] =
+      static_cast<double>(sum) / static_cast<double>(state.iterations());
+  for (void*& handle : handles) DeinitSensorInfo(&handle);
+}
+
 const Registration kRegistration([] {
+  benchmark::RegisterBenchmark("event/ten-sensor-handles", ManyHandles)
+      ->UseManualTime()
+      ->Iterations(Rounds(500));
   for (const Row& row : {
            Row{"event/battery", Make<BatteryEvent>},
            Row{"event/thermal-aidl", Make<AidlThermalEvent>},
            Row{"event/thermal-hidl", Make<HidlThermalEvent>},
            Row{"event/sensor", Make<SensorEvent>, MakeBareWorker, LastPollReturnNs},
            Row{"event/sensor-push", Make<SensorEvent>, MakeTwoBarePairs},
+           Row{"event/battery-one-processor", OnOneProcessor<Make<BatteryEvent>>,
+               OnOneProcessor<MakeBareWorker>},
+           Row{"event/sensor-one-processor", OnOneProcessor<Make<SensorEvent>>,
+               OnOneProcessor<MakeTwoBarePairsHere>},
        }) {
     benchmark::RegisterBenchmark(row.name, FromEventToClient, row)
         ->UseManualTime()

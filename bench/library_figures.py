@@ -71,25 +71,53 @@ def load_times(load, libraries):
     return [statistics.median(taken) for taken in times]
 
 
+# What a phone does often, by the functions that do it. Those of the platform that they call count.
+COUNTED = {
+    "a cached getter": "GetBatteryLevel",
+    "a battery dispatch to one client": "norvik::qel::audio::BatteryInfo::CallbackToClients()",
+    "a sensor dispatch to one client": "norvik::qel::audio::SensorInfo::DispatchToClient()",
+    "a thermal dispatch to one client":
+        "norvik::qel::audio::AudioThermalCallback::DispatchToClient()",
+    "a battery report": "norvik::qel::audio::AudioHealthInfoCallback::healthInfoChanged(*)",
+    "a thermal report": "norvik::qel::audio::AudioThermalChangedCallback::notifyThrottling(*)",
+}
+ROUNDS = 100
+
+
+def instructions(program):
+    counts = {}
+    for what, function in COUNTED.items():
+        command = ["valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null",
+                   f"--toggle-collect={function}", program, str(ROUNDS)]
+        done = subprocess.run(command, capture_output=True, text=True, check=False)
+        found = re.search(r"Collected : (\d+)", done.stderr)
+        if done.returncode != 0 or not found or found[1] == "0":
+            sys.exit(f"{' '.join(command)} counted nothing: {done.stderr}")
+        counts[what] = int(found[1]) / ROUNDS
+    return counts
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__.split("\n")[0])
     parser.add_argument("library", help="libquorvel.so")
     parser.add_argument("empty", help="an empty library with the same dependencies")
     parser.add_argument("load", help="the program that loads a library once")
+    parser.add_argument("work", help="the program whose instructions are counted")
     parser.add_argument("--output", required=True, help="where the JSON goes")
     args = parser.parse_args()
     paths = []
-    for path in (args.library, args.empty, args.load):
+    for path in (args.library, args.empty, args.load, args.work):
         if not os.path.isfile(path):
             sys.exit(f"there is no file {path}")
         # The loader searches for a name without a slash.
         paths.append(os.path.realpath(path))
-    library, empty, load = paths
+    library, empty, load, work = paths
     library_ns, empty_ns = load_times(load, [library, empty])
     figures = {
         "stripped_bytes": stripped_bytes(library),
         **segments(library),
         "relocations": relocations(library),
+        "instructions": instructions(work),
         "load_ns": {"library": library_ns, "empty": empty_ns,
                     "difference": library_ns - empty_ns},
     }

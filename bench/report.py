@@ -130,10 +130,13 @@ def trigger(table, results):
                     idle(f"{key}_p99_ns"), None, idle(f"{key}_p99_ratio"))
     for key, name in {"bare": "bare pair", **others}.items():
         table.ratio("a trigger in a burst of a million", burst("library_request_ns"), name,
-                    burst(f"{key}_request_ns"), 1.2 if key == "bare" else None,
+                    burst(f"{key}_request_ns"), {"bare": 1.2, "libuv": 2}.get(key),
                     burst(f"{key}_p50_ratio"))
         table.figure("runs made for that burst", f"{burst('library_runs'):,.0f}",
                      f"{name}: {burst(f'{key}_runs'):,.0f}")
+    debug = results.of("trigger/burst-debug", "library_request_ns")
+    table.figure("a trigger in such a burst, DEBUG loggable", shown(debug),
+                 f"not loggable: {shown(burst('library_request_ns'))}")
 
 
 def events(table, results):
@@ -144,6 +147,13 @@ def events(table, results):
         table.ratio(f"{what} to client, p50", results.of(event, "library_p50_ns"),
                     "two bare pairs" if name == "sensor-push" else "bare pair",
                     results.of(event, "bare_p50_ns"), 1.3, results.of(event, "bare_p50_ratio"))
+    for name, pairs in (("battery", "bare pair"), ("sensor", "two bare pairs")):
+        event = f"event/{name}-one-processor"
+        table.ratio(f"{name} event to client on one processor, p50",
+                    results.of(event, "library_p50_ns"), pairs, results.of(event, "bare_p50_ns"),
+                    1.2, results.of(event, "bare_p50_ratio"))
+    table.figure("context switches, ten sensor handles, an event for one",
+                 f"{results.of('event/ten-sensor-handles', 'context_switches'):.1f}")
 
 
 def getter(table, results):
@@ -184,11 +194,11 @@ def dispatch(table, results):
             ours = results.of(name, "per_client_ns")
             theirs = results.of(name, "loop_per_client_ns")
             # The fixed cost of a dispatch does not count for a client.
-            most = 10 if clients >= 100 else None
+            most = 10 if clients >= 100 else 40 if clients == 1 else None
             table.above(f"{family} dispatch, a client of {clients}", ours, "loop", theirs,
                         results.of(name, "above_ns"), most)
-        table.figure(f"{family} dispatch, allocations", "{:g}".format(
-            results.of(f"dispatch/{family}/clients:1000", "allocations")))
+        table.figure(f"{family} dispatch to one client, allocations", "{:g}".format(
+            results.of(f"dispatch/{family}/clients:1", "allocations")))
 
 
 def handles(table, results):
@@ -216,6 +226,8 @@ def sizes(table, results):
     figures = results.figures
     if not figures:
         raise KeyError("no figures of the library's file")
+    for what, count in figures["instructions"].items():
+        table.figure(f"instructions of {what}", f"{count:.0f}")
     table.figure("the library, stripped", f"{figures['stripped_bytes'] / 1024:.0f} KiB")
     table.figure("its relocations", f"{figures['relocations']['total']}",
                  f"{figures['relocations']['symbolic']} by name")
