@@ -7,8 +7,6 @@
 namespace norvik::qel {
 namespace {
 
-using services::HealthOperation;
-using testing::ElementsAre;
 using testing::IsSupersetOf;
 
 using BatteryInfoTest = BatteryFixture;
@@ -16,22 +14,8 @@ using BatteryInfoTest = BatteryFixture;
 constexpr auto* kRegisterLevel = &RegisterBatteryLevelCallback;
 constexpr auto* kRegisterCycles = &RegisterBatteryCycleCountCallback;
 
-TEST_F(BatteryInfoTest, AFreshHandleIsUnlinkedAndHasNoValues) {
-  EXPECT_EQ(GetBatteryLevel(handle_, true), -1);
-  EXPECT_EQ(GetBatteryCycleCount(handle_, true), -1);
-  EXPECT_EQ(GetWirelessChargerIsOnline(handle_, true), -1);
-  EXPECT_EQ(GetDockChargerIsOnline(handle_, true), -1);
-  EXPECT_EQ(Dump(),
-            "BatteryInfo:\n"
-            "  linked to services = F\n"
-            "  Battery Level = -1 (clients:0)\n"
-            "  Battery Cycle Count = -1 (clients:0)\n"
-            "  Wireless Charger Is Online = -1 (clients:0)\n"
-            "  Dock Charger Is Online = -1 (clients:0)\n");
-  EXPECT_TRUE(Log().empty());
-}
-
 TEST_F(BatteryInfoTest, TheFirstClientLinksAndIsCalledWithTheReportedValue) {
+  EXPECT_FALSE(IsLinked());
   health_.Change([](auto& info) {
     info.batteryLevel = 55;
     info.batteryCycleCount = 7;
@@ -158,7 +142,6 @@ TEST_F(BatteryInfoTest, TheOthersKeepTheirOrderWhenOneLeaves) {
 }
 
 TEST_F(BatteryInfoTest, TheLastClientsMayLeaveInsideACall) {
-  const fake::ShortGetServiceWait short_wait;
   // Without a service at first, so that both are there before either is called.
   health_.Kill();
   health_.Undeclare();
@@ -218,7 +201,7 @@ TEST_F(BatteryInfoTest, AFreshQueryRefreshesAllValuesWithoutACall) {
   ASSERT_TRUE(fake::WaitUntilDelivered());
   EXPECT_TRUE(seen_.empty());
   {
-    fake::HoldDeliveries hold(fake::Delivery::kOneway);
+    HoldDeliveries hold(Delivery::kOneway);
     health_.SetLevel(49);
     EXPECT_EQ(GetBatteryLevel(handle_, false), 49);
   }
@@ -229,7 +212,7 @@ TEST_F(BatteryInfoTest, AFreshQueryRefreshesAllValuesWithoutACall) {
 
 TEST_F(BatteryInfoTest, AFreshQueryThatFailsReturnsAnErrorAndKeepsTheValues) {
   RegisterLevel();
-  health_.on(HealthOperation::kGetHealthInfo).Then(fake::Outcome::ServiceSpecific(2 /* unknown */));
+  health_.on(HealthOperation::kGetHealthInfo).Then(Outcome::ServiceSpecific(2 /* unknown */));
   log_.Clear();
   EXPECT_EQ(GetBatteryLevel(handle_, false), -EAGAIN);
   EXPECT_THAT(Warnings(), ElementsAre("GetInfoFromHealthService: Unable to get healthInfo"));
@@ -246,8 +229,8 @@ TEST_F(BatteryInfoTest, AFreshQueryThatFailsReturnsAnErrorAndKeepsTheValues) {
 
 TEST_F(BatteryInfoTest, CachedValuesAndDumpsNeverWaitForTheService) {
   RegisterLevel();
-  auto gate = std::make_shared<fake::Gate>();
-  health_.on(HealthOperation::kGetHealthInfo).Then(fake::Outcome::After(gate));
+  auto gate = std::make_shared<Gate>();
+  health_.on(HealthOperation::kGetHealthInfo).Then(Outcome::After(gate));
   Background query("a query that the service holds up",
                    [this] { EXPECT_EQ(GetBatteryLevel(handle_, false), 50); });
   ASSERT_TRUE(gate->WaitForArrivals());  // the handle's lock is held inside the call

@@ -10,16 +10,6 @@
 namespace norvik::qel {
 namespace {
 
-using fake::BinderFunction;
-using fake::Delivery;
-using fake::HoldDeliveries;
-using fake::Outcome;
-using services::HealthOperation;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Not;
-
 constexpr char kStartsToRestore[] =
     "RegisterInfoCallback: health service isn't ready. start to restore callback.";
 constexpr char kRefused[] = "LinkToHealthService: Failed to register callback to health service";
@@ -35,7 +25,6 @@ class BatteryLinkTest : public BatteryFixture {
 };
 
 TEST_F(BatteryLinkTest, AnUndeclaredServiceIsNoErrorAndIsFoundLater) {
-  const fake::ShortGetServiceWait short_wait;  // for an attempt between Declare() and Start()
   health_.Kill();
   health_.Undeclare();
   RegisterFirst();
@@ -52,7 +41,6 @@ TEST_F(BatteryLinkTest, AnUndeclaredServiceIsNoErrorAndIsFoundLater) {
 }
 
 TEST_F(BatteryLinkTest, ADeclaredServiceThatDoesNotRunIsFoundLater) {
-  const fake::ShortGetServiceWait short_wait;
   health_.Kill();
   RegisterFirst();
   EXPECT_EQ(Warnings().at(0), "IsHealthServiceReady: Unable to AIDL health service");
@@ -72,7 +60,7 @@ TEST_F(BatteryLinkTest, ARefusedRegistrationIsRetried) {
 
 TEST_F(BatteryLinkTest, ARefusedDeathLinkUndoesTheRegistrationAndIsRetried) {
   // The second try is kept waiting, so that the state in between can be seen.
-  auto gate = std::make_shared<fake::Gate>();
+  auto gate = std::make_shared<Gate>();
   health_.on(BinderFunction::kLinkToDeath).Then({STATUS_NO_MEMORY});
   health_.on(HealthOperation::kRegisterCallback).Then(Outcome{});
   health_.on(HealthOperation::kRegisterCallback).Then(Outcome::After(gate));
@@ -226,7 +214,6 @@ TEST_F(BatteryLinkTest, AHandleMayEndInsideTheDeathNotificationOfAnotherRecipien
   ASSERT_EQ(AIBinder_linkToDeath(service.get(), recipient.get(), &handle), STATUS_OK);
   ASSERT_EQ(RegisterBatteryLevelCallback(handle, Client<0>, &seen_), 0);
   ASSERT_TRUE(seen_.Take());
-  const fake::ShortGetServiceWait short_wait;
   health_.Kill();
   ASSERT_TRUE(fake::WaitUntilDelivered());
   EXPECT_EQ(handle, nullptr);

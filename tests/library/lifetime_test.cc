@@ -20,14 +20,7 @@
 namespace norvik::qel {
 namespace {
 
-using fake::BinderFunction;
-using fake::Delivery;
-using fake::HoldDeliveries;
-using fake::Outcome;
-using fake::SensorFunction;
 using services::HealthOperation;
-using services::HidlThermalOperation;
-using services::ThermalOperation;
 
 enum class Kind { kBattery, kSensors, kAidlThermal, kHidlThermal };
 
@@ -154,6 +147,7 @@ class LifetimeTest : public HandleFixture, public testing::WithParamInterface<Ki
     EXPECT_TRUE(fake::WaitUntilDelivered());
   }
 
+  const fake::ShortGetServiceWait short_wait_;  // for look-ups while the service is dead
   simulated::SensorHub hub_;
   simulated::Health health_;
   simulated::Thermal thermal_;
@@ -165,18 +159,18 @@ INSTANTIATE_TEST_SUITE_P(, LifetimeTest,
                          KindName);
 
 TEST_P(LifetimeTest, InitAndDeinitDoNotCallTheService) {
-  const auto calls = [this] {
-    int sum = 0;
-    for (int i = 0; i < static_cast<int>(HealthOperation::kCount); ++i) {
-      sum += health_.on(static_cast<HealthOperation>(i)).calls();
+  int sum = 0;
+  const auto add_calls = [&sum]<typename Operation>(auto& phone, Operation) {
+    for (int i = 0; i < static_cast<int>(Operation::kCount); ++i) {
+      sum += phone.on(static_cast<Operation>(i)).calls();
     }
-    for (int i = 0; i < static_cast<int>(SensorFunction::kCount); ++i) {
-      sum += hub_.on(static_cast<SensorFunction>(i)).calls();
-    }
+  };
+  const auto calls = [&] {
+    sum = 0;
+    add_calls(health_, HealthOperation());
+    add_calls(hub_, SensorFunction());
     // A battery handle looks its service up when it ends.
-    for (int i = 0; i < static_cast<int>(BinderFunction::kCount); ++i) {
-      if (GetParam() != Kind::kBattery) sum += hub_.on(static_cast<BinderFunction>(i)).calls();
-    }
+    if (GetParam() != Kind::kBattery) add_calls(hub_, BinderFunction());
     return sum;
   };
   const int before = calls();
@@ -249,7 +243,6 @@ TEST_P(LifetimeTest, ADeathNotificationOnItsWayLeavesTheNextHandleAlone) {
 }
 
 TEST_P(LifetimeTest, NoClientIsCalledAfterDeinitHasReturned) {
-  const fake::ShortGetServiceWait short_wait;
   struct Cookie {
     std::atomic<bool> ended{false};
     Seen<int> values = {};
@@ -281,11 +274,12 @@ TEST_P(LifetimeTest, NoClientIsCalledAfterDeinitHasReturned) {
   }
 }
 
-TEST_P(LifetimeTest, OneHandleServesManyThreads) {
-  const fake::ShortGetServiceWait short_wait;
-  constexpr int kRounds = kSanitized ? 100 : 500;
-  std::atomic<int> calls{0};
-  const auto count = [](int, void* cookie) { ++*static_cast<std::atomic<int>*>(cookie); };
+// Clients of one handle and whole handles come and go, queries and dumps are made, the service
+// reports, and dies where clients survive that.
+TEST_P(LifetimeTest, OneHandleServesManyThreadsWhileOthersComeAndGo) {
+  constexpr int kRounds = kSanitized ? 60 : 300;
+  Seen<Call> others;
+  RegisterAndTake();
   {
     std::deque<Background> threads;
     const auto in_turn = [&](auto action) {
@@ -293,18 +287,28 @@ TEST_P(LifetimeTest, OneHandleServesManyThreads) {
         for (int round = 0; round < kRounds; ++round) action(round);
       });
     };
-    for (int client = 0; client < 2; ++client) {
-      in_turn([&, client](int) {
-        EXPECT_EQ(Add(GetParam(), handle_, client, count, &calls), 0);
-        EXPECT_EQ(Remove(GetParam(), handle_, client, count), 0);
-      });
-    }
+    in_turn([&](int) {
+      // A thermal registration may fail when the service dies during it.
+      const bool sure = GetParam() < Kind::kAidlThermal;
+      const int added = Add(GetParam(), handle_, 1, Client<1>, &others);
+      const int removed = Remove(GetParam(), handle_, 1, Client<1>);
+      EXPECT_TRUE(!sure || (added == 0 && removed == 0)) << added << " " << removed;
+    });
+    in_turn([&](int round) {
+      void* handle = nullptr;
+      family_.init(&handle);
+      for (const int client : {0, 1}) {
+        static_cast<void>(Add(GetParam(), handle, client, Client<1>, &others));
+      }
+      if (round % 2 == 0) static_cast<void>(Remove(GetParam(), handle, 0, Client<1>));
+      EndsInTime([&] { family_.deinit(&handle); });
+      log_.Clear();
+    });
     in_turn([&](int) { static_cast<void>(Query(handle_)); });
     in_turn([&](int) { EXPECT_FALSE(Dump().empty()); });
     in_turn([&](int round) {
       Report(round % 6 + 1);
-      // A thermal registration may fail when the service dies during it.
-      if (GetParam() == Kind::kBattery && round % 10 == 0) {
+      if (round % 10 == 0) {
         Kill();
         Start();
       }
@@ -312,58 +316,11 @@ TEST_P(LifetimeTest, OneHandleServesManyThreads) {
     for (Background& thread : threads) thread.Join(std::chrono::minutes(5));
   }
   ASSERT_TRUE(fake::WaitUntilDelivered());
-  Report(0);
-  ASSERT_TRUE(fake::WaitUntilDelivered());
-  ASSERT_EQ(Add(GetParam(), handle_, 0, Client<0>, &seen_), 0);
-  ASSERT_TRUE(Eventually([this] { return held() == 1; }));
-  Report(1);
-  EXPECT_TRUE(seen_.TakeUntil({0, 1}));
-  EXPECT_EQ(held(), 1u);
-  Deinit();  // before the counter is destroyed
-}
-
-TEST_P(LifetimeTest, ClientsSurviveDeathsWhileOtherHandlesComeAndGo) {
-  const fake::ShortGetServiceWait short_wait;
-  RegisterAndTake();
-  std::atomic<bool> stop{false};
-  Background phone("the phone", [&] {
-    for (int round = 0; !stop; ++round) {
-      Report(round % 6 + 1);
-      if (round % 10 == 9) {
-        Kill();
-        Start();
-      }
-      std::this_thread::yield();
-    }
-  });
-  {
-    std::deque<Background> owners;
-    for (int owner = 0; owner < 2; ++owner) {
-      owners.emplace_back("an owner of handles", [&] {
-        for (int round = 0; round < (kSanitized ? 50 : 300); ++round) {
-          Seen<Call> seen;
-          void* handle = nullptr;
-          family_.init(&handle);
-          // The service may be dead or die meanwhile: only the end is asserted.
-          for (const int client : {0, 1}) {
-            static_cast<void>(Add(GetParam(), handle, client, Client<0>, &seen));
-          }
-          static_cast<void>(TextOf(family_.dump, handle));
-          if (round % 2 == 0) static_cast<void>(Remove(GetParam(), handle, 0, Client<0>));
-          EndsInTime([&] { family_.deinit(&handle); });
-          log_.Clear();
-        }
-      });
-    }
-    for (Background& owner : owners) owner.Join(std::chrono::minutes(5));
-  }
-  stop = true;
-  phone.Join();
-  ASSERT_TRUE(fake::WaitUntilDelivered());
   EXPECT_TRUE(Eventually([this] { return held() == 1; }));
   Report(0);
   EXPECT_TRUE(seen_.TakeUntil({0, 0}));
   EXPECT_EQ(held(), 1u);
+  Deinit();  // before the cookies are destroyed
 }
 
 TEST_P(LifetimeTest, HandlesAndClientsLeaveNothingBehind) {
@@ -386,7 +343,7 @@ TEST_P(LifetimeTest, HandlesAndClientsLeaveNothingBehind) {
     }
     ASSERT_TRUE(fake::WaitUntilDelivered());
   };
-  cycles(50);
+  cycles(100);  // the allocator and its caches settle
   const int descriptors = Descriptors();
   const size_t allocated = mallinfo2().uordblks;
   const int rounds = kSanitized ? 50 : 500;
@@ -395,13 +352,13 @@ TEST_P(LifetimeTest, HandlesAndClientsLeaveNothingBehind) {
   EXPECT_EQ(Descriptors(), descriptors);
   EXPECT_TRUE(Eventually([] { return LibraryThreadCount() == 0; }));
   if (!kSanitized) {  // a sanitizer's allocator is not counted
-    EXPECT_LT(mallinfo2().uordblks, allocated + static_cast<size_t>(rounds) * 50);
+    EXPECT_LT(mallinfo2().uordblks, allocated + static_cast<size_t>(rounds) * 200);
   }
 }
 
 TEST_P(LifetimeTest, AServiceThatNeverAnswersHoldsUpOneHandleUntilItDies) {
   if (GetParam() == Kind::kSensors) GTEST_SKIP() << "has no queries";
-  const auto never = std::make_shared<fake::Gate>();
+  const auto never = std::make_shared<Gate>();
   query_script().Then(Outcome::After(never));
   Background query("a query until the service dies", [this] { EXPECT_FALSE(Query(handle_)); });
   EXPECT_TRUE(never->WaitForArrivals());

@@ -6,6 +6,8 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include <optional>
+
 #include "clients.h"
 #include "process_state.h"
 #include "quorvel.h"
@@ -120,18 +122,11 @@ TEST_F(LoadingTest, LoadingAndUnloadingLeavesNothingRunning) {
 
 TEST_F(LoadingTest, TheCodeStaysMappedForANotificationOnItsWay) {
   for (const Delivery kind : {Delivery::kOneway, Delivery::kDeathNotification}) {
-    HoldDeliveries hold(kind);
+    std::optional<HoldDeliveries> hold;
     {
       const LoadedLibrary library;
-      Seen<int> levels;
-      void* battery = nullptr;
-      void* thermal = nullptr;
-      LOADED(library, InitBatteryInfo)(&battery);
-      LOADED(library, InitThermalInfo)(&thermal);
-      EXPECT_EQ(LOADED(library, RegisterBatteryLevelCallback)(battery, PutValue, &levels), 0);
-      const ThermalCallbackParam skin = {
-          .id = 0, .type_name = "SKIN", .temperature_name = "skin", .callback = PutValue};
-      EXPECT_EQ(LOADED(library, RegisterThermalCallback)(thermal, &skin, &levels), 0);
+      const Handles handles(library);
+      hold.emplace(kind);
       if (kind == Delivery::kDeathNotification) {
         health_.Kill();
         thermal_.Kill(ThermalPath::kAidl);
@@ -139,12 +134,10 @@ TEST_F(LoadingTest, TheCodeStaysMappedForANotificationOnItsWay) {
         health_.SetLevel(1);
         thermal_.SetSeverity("skin", aidl::android::hardware::thermal::ThrottlingSeverity::SEVERE);
       }
-      ASSERT_TRUE(hold.WaitForHeld(2));
-      LOADED(library, DeinitThermalInfo)(&thermal);
-      LOADED(library, DeinitBatteryInfo)(&battery);
+      ASSERT_TRUE(hold->WaitForHeld(2));
     }
     EXPECT_TRUE(IsMapped());
-    hold.Release();
+    hold->Release();
     EXPECT_TRUE(fake::WaitUntilDelivered());
   }
 }

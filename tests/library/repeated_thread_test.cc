@@ -6,8 +6,6 @@
 #include <android/log.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <pthread.h>
-#include <sys/resource.h>
 
 #include <atomic>
 #include <cstdlib>
@@ -16,7 +14,6 @@
 #include <new>
 #include <semaphore>
 #include <string>
-#include <system_error>
 
 #include "environment.h"
 #include "quorvel/fake/log_capture.h"
@@ -90,7 +87,7 @@ class GatedThread : public RepeatedThread {
 class FunctionThread : public RepeatedThread {
  public:
   FunctionThread(uint32_t pause_ms, uint32_t repeat_count, std::function<bool()> action)
-      : RepeatedThread("battery_reconnect", pause_ms, repeat_count), action_(std::move(action)) {}
+      : RepeatedThread("function", pause_ms, repeat_count), action_(std::move(action)) {}
 
  private:
   bool ClientAction() override { return action_(); }
@@ -289,20 +286,6 @@ TEST_F(RepeatedThreadTest, DeinitializeBeforeTheThreadHasBegunEndsIt) {
   EXPECT_FALSE(thread.entered.try_acquire());
 }
 
-TEST_F(RepeatedThreadTest, TheThreadHasTheFirstCharactersOfItsName) {
-  Seen<std::string> names;
-  FunctionThread thread(0, 0, [&] {
-    char name[32] = {};
-    pthread_getname_np(pthread_self(), name, sizeof name);
-    names.Put(name);
-    return true;
-  });
-  thread.Initialize();
-  thread.Start();
-  EXPECT_EQ(names.Take(), "battery_reconne");
-  thread.Deinitialize();
-}
-
 TEST_F(RepeatedThreadTest, NoRequestIsLostAmongMany) {
   std::atomic<int> requested{0};
   std::atomic<int> served{0};
@@ -347,25 +330,6 @@ TEST_F(RepeatedThreadTest, NothingIsAllocatedAfterInitialize) {
   EXPECT_EQ(g_allocations, allocations);
   EXPECT_GT(runs, runs_before);
   __android_log_set_minimum_priority(priority);
-}
-
-// Runs in a process of its own, which has no room for another stack.
-[[noreturn]] void InitializeWithoutRoom() {
-  const rlimit no_room = {.rlim_cur = 1, .rlim_max = RLIM_INFINITY};
-  setrlimit(RLIMIT_AS, &no_room);
-  GatedThread thread;
-  try {
-    thread.Initialize();
-  } catch (const std::system_error& error) {
-    std::_Exit(error.code() == std::errc::resource_unavailable_try_again ? 0 : 1);
-  }
-  std::_Exit(2);
-}
-
-TEST(RepeatedThreadDeathTest, AFailureToMakeAThreadReachesTheCaller) {
-  if (kSanitized) GTEST_SKIP() << "the sanitizers need the address space that this test takes away";
-  if (kEmulated) GTEST_SKIP() << "the emulator does not limit the address space";
-  EXPECT_EXIT(InitializeWithoutRoom(), testing::ExitedWithCode(0), "");
 }
 
 TEST(RepeatedThreadDeathTest, DestroyingAThreadThatRunsEndsTheProcess) {

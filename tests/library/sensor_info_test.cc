@@ -13,11 +13,6 @@ namespace norvik::qel {
 namespace {
 
 using audio::SensorInfo;
-using fake::SensorFunction;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::Not;
 
 class SensorInfoTest : public SensorFixture {
  protected:
@@ -61,7 +56,7 @@ TEST_F(SensorInfoTest, ASensorThatIsEnabledAgainBeginsWithTheHandlesLastReading)
   ASSERT_EQ(seen_.Take(), (Call{0, 5}));
   ASSERT_EQ(DeregisterProximitySensorCallback(handle_, 0), 0);
   hub_.Report(kProximity, 9);  // delivered when the sensor is enabled again
-  fake::HoldDeliveries hold(fake::Delivery::kOneway);
+  HoldDeliveries hold(Delivery::kOneway);
   ASSERT_EQ(RegisterProximitySensorCallback(handle_, 0, Client<0>, &seen_), 0);
   EXPECT_EQ(seen_.Take(), (Call{0, 5}));
   hold.Release();
@@ -103,7 +98,7 @@ TEST_F(SensorInfoTest, AnIdIsTakenOncePerSensor) {
   EXPECT_EQ(seen_.Take(), (Call{1, 2}));  // nothing of client 2 before it
 }
 
-TEST_F(SensorInfoTest, OnlyTheLastClientDisablesTheSensor) {
+TEST_F(SensorInfoTest, TheFirstClientEnablesAndTheLastDisablesTheSensor) {
   EXPECT_EQ(DeregisterProximitySensorCallback(handle_, 3), -EINVAL);
   EXPECT_THAT(Warnings(), ElementsAre("DeregisterCallback: id(3) didn't register!"));
   RegisterProximity(1);
@@ -113,6 +108,9 @@ TEST_F(SensorInfoTest, OnlyTheLastClientDisablesTheSensor) {
   EXPECT_EQ(DeregisterProximitySensorCallback(handle_, 4), -EINVAL);
   EXPECT_EQ(DeregisterProximitySensorCallback(handle_, 2), 0);
   EXPECT_EQ(hub_.listeners(kProximity), 1);
+  ASSERT_TRUE(hub_.last_request(kProximity));
+  EXPECT_EQ(hub_.last_request(kProximity)->period_us, kProximityMinDelayUs);
+  EXPECT_EQ(hub_.last_request(kProximity)->max_latency_us, 0) << "no batching";
   const std::string dump = Dump();
   EXPECT_LT(dump.find("client id:1"), dump.find("client id:3"));
   EXPECT_EQ(DeregisterProximitySensorCallback(handle_, 1), 0);
@@ -122,13 +120,6 @@ TEST_F(SensorInfoTest, OnlyTheLastClientDisablesTheSensor) {
   EXPECT_EQ(Calls(SensorFunction::kRegisterSensor), 1);
   EXPECT_EQ(Calls(SensorFunction::kDisableSensor), 1);
   EXPECT_EQ(log_.Count("DeregisterCallback: remove id(3)"), 1);
-}
-
-TEST_F(SensorInfoTest, ASensorIsEnabledAtItsOwnPeriodWithoutBatching) {
-  RegisterProximity();
-  ASSERT_TRUE(hub_.last_request(kProximity));
-  EXPECT_EQ(hub_.last_request(kProximity)->period_us, kProximityMinDelayUs);
-  EXPECT_EQ(hub_.last_request(kProximity)->max_latency_us, 0);
 }
 
 TEST_F(SensorInfoTest, TwoSensorsShareOnePollLoop) {

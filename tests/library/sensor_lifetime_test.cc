@@ -11,10 +11,6 @@
 namespace norvik::qel {
 namespace {
 
-using fake::Gate;
-using fake::Outcome;
-using fake::SensorFunction;
-
 class SensorLifetimeTest : public SensorFixture {
  protected:
   SensorLifetimeTest() { hub_.Start(); }
@@ -168,7 +164,7 @@ TEST(SensorLateServiceTest, AHandleMayEndWhileItsWorkerFindsTheService) {
     void* handle = nullptr;
     InitSensorInfo(&handle);
     // The worker's first attempt waits until the service is there, and Deinit for the attempt.
-    fake::Script& look_ups = hub.on(fake::BinderFunction::kCheckService);
+    fake::Script& look_ups = hub.on(BinderFunction::kCheckService);
     const auto gate = std::make_shared<Gate>();
     look_ups.Then({.status = STATUS_NAME_NOT_FOUND});
     look_ups.Then(Outcome::After(gate));

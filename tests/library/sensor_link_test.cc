@@ -10,13 +10,7 @@
 namespace norvik::qel {
 namespace {
 
-using fake::SensorFunction;
-using testing::Contains;
 using testing::Each;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
 
 constexpr char kAbsent[] = "InitSensorInterface: sensor service isn't ready, start to reconnect!";
 constexpr char kGivenUp[] = "ReconnectToSensorService: client should register proper sensor";

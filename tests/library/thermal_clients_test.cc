@@ -9,12 +9,6 @@ namespace norvik::qel {
 namespace {
 
 using aidl::android::hardware::thermal::Temperature;
-using aidl::android::hardware::thermal::TemperatureType;
-using fake::Outcome;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
 class ThermalClientsTest : public ThermalPathTest {
@@ -200,7 +194,6 @@ using ThermalHidlClientsTest = ThermalFixture;
 
 // Over HIDL a transport can fail on its own.
 TEST_F(ThermalHidlClientsTest, FailedTransactionsAreLogged) {
-  using services::HidlThermalOperation;
   Bring(ThermalPath::kHidl);
   const auto fail = [this](HidlThermalOperation operation) {
     thermal_.on(operation).Then({.status = STATUS_FAILED_TRANSACTION});

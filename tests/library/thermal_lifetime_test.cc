@@ -12,10 +12,6 @@
 namespace norvik::qel {
 namespace {
 
-using fake::Delivery;
-using fake::Gate;
-using fake::HoldDeliveries;
-
 class ThermalLifetimeTest : public ThermalPathTest {
  protected:
   ~ThermalLifetimeTest() override {
@@ -204,7 +200,7 @@ TEST_P(ThermalLifetimeTest, ALinkMadeDuringDeinitIsNotUsedAfterwards) {
 TEST_P(ThermalLifetimeTest, DeinitUnlinksFromAHidlService) {
   RegisterSkin();
   Deinit();
-  EXPECT_EQ(thermal_.on(fake::BinderFunction::kHidlUnlinkToDeath).calls(), is_aidl() ? 0 : 1);
+  EXPECT_EQ(thermal_.on(BinderFunction::kHidlUnlinkToDeath).calls(), is_aidl() ? 0 : 1);
 }
 
 // The new handle is probably at the same address.

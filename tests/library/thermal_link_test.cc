@@ -8,12 +8,6 @@
 namespace norvik::qel {
 namespace {
 
-using aidl::android::hardware::thermal::TemperatureType;
-using fake::BinderFunction;
-using fake::Gate;
-using fake::Outcome;
-using testing::ElementsAre;
-
 constexpr char kFound[] =
     "RestorePendingThermalCallback: able to register client 1 callback(type:SKIN name:skin)";
 constexpr char kDropped[] =
@@ -40,14 +34,14 @@ TEST_F(ThermalLinkTest, AidlComesBeforeHidl) {
   EXPECT_TRUE(Operate());
   thermal_.Start(ThermalPath::kAidl);
   EXPECT_TRUE(Operate());
-  EXPECT_EQ(thermal_.on(services::HidlThermalOperation::kGetCurrentTemperatures).calls(), 2)
+  EXPECT_EQ(thermal_.on(HidlThermalOperation::kGetCurrentTemperatures).calls(), 2)
       << "a link that stands is kept";
   EXPECT_EQ(thermal_.on(BinderFunction::kIsDeclared).calls(), 3);
 
   thermal_.Kill(ThermalPath::kHidl);
   ASSERT_TRUE(log_.WaitFor(kRecovered));
   EXPECT_TRUE(Operate());
-  EXPECT_EQ(thermal_.on(services::ThermalOperation::kGetTemperatures).calls(), 1);
+  EXPECT_EQ(thermal_.on(ThermalOperation::kGetTemperatures).calls(), 1);
   EXPECT_THAT(Warnings(), ElementsAre(kNotDeclared, kNotRunning, kNotRunning));
 }
 

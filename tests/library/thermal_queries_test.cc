@@ -14,13 +14,6 @@
 namespace norvik::qel {
 namespace {
 
-using aidl::android::hardware::thermal::TemperatureType;
-using fake::Outcome;
-using services::HidlThermalOperation;
-using services::ThermalOperation;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::IsEmpty;
 using Thermistors = std::vector<std::pair<std::string, float>>;
 
 using ThermalNamesTest = ThermalFixture;

@@ -10,9 +10,6 @@
 namespace norvik::qel {
 namespace {
 
-using fake::Gate;
-using fake::Outcome;
-
 constexpr int kQuickAttempts = 5;  // of "thermal_reconnect", 30 ms apart
 constexpr int kSlowAttempts = 10;  // of "thermal_restore", 1000 ms apart
 

@@ -2,9 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // HIDL callbacks on an AIDL thermal service.
-#include <deque>
-
-#include "environment.h"
 #include "quorvel/fake/gate.h"
 #include "quorvel/fake/hidl_service_manager.h"
 #include "quorvel/fake/service_process.h"
@@ -247,26 +244,6 @@ TEST_F(ThermalCallbackTest, TheServiceIsAnsweredOkWhenACallbackFails) {
   local->status = [] { return ndk::ScopedAStatus(nullptr); };
   EXPECT_TRUE(FailedWith(Register(callback_), ""));
   EXPECT_TRUE(FailedWith(Unregister(failing), ""));
-}
-
-TEST_F(ThermalCallbackTest, ManyThreadsMayRegisterWhileTheServiceNotifies) {
-  constexpr int kRounds = kSanitized ? 50 : 300;
-  {
-    std::deque<Background> threads;
-    for (int i = 0; i < 3; ++i) {
-      threads.emplace_back("registrations", [&] {
-        const auto callback = sp<HidlThermalCallback>::make();
-        for (int round = 0; round < kRounds; ++round) {
-          EXPECT_TRUE(Succeeded(Register(callback)));
-          EXPECT_FALSE(Temperatures().empty());
-          EXPECT_TRUE(Succeeded(Unregister(callback)));
-        }
-      });
-    }
-    for (int round = 0; round < kRounds; ++round) thermal_.Notify(Hot("skin"));
-    for (Background& thread : threads) thread.Join(std::chrono::minutes(2));
-  }
-  EXPECT_EQ(registered(), 0u);
 }
 
 }  // namespace

@@ -9,6 +9,8 @@
 
 namespace norvik::qel {
 
+using services::HealthOperation;
+
 inline bool IsLinked(void* handle) {
   return TextOf(DumpBatteryInfo, handle).find("linked to services = T") != std::string::npos;
 }
@@ -25,7 +27,7 @@ class BatteryFixture : public HandleFixture {
     EXPECT_TRUE(fake::WaitUntilDelivered());
   }
 
-  int Calls(services::HealthOperation operation) { return health_.on(operation).calls(); }
+  int Calls(HealthOperation operation) { return health_.on(operation).calls(); }
   bool IsLinked() const { return qel::IsLinked(handle_); }
   // Client 0 registers for the level and is called with the present one.
   void RegisterLevel() {
@@ -39,6 +41,7 @@ class BatteryFixture : public HandleFixture {
     health_.Start();
   }
 
+  const fake::ShortGetServiceWait short_wait_;  // for look-ups while the service is dead
   simulated::Health health_;
 };
 

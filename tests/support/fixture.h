@@ -23,10 +23,23 @@
 #include "quorvel/fake/deliveries.h"
 #include "quorvel/fake/gate.h"
 #include "quorvel/fake/log_capture.h"
+#include "quorvel/fake/platform_scripts.h"
 #include "quorvel/fake/service_manager.h"
 #include "waiting.h"
 
 namespace norvik::qel {
+
+using fake::BinderFunction;
+using fake::Delivery;
+using fake::Gate;
+using fake::HoldDeliveries;
+using fake::Outcome;
+using fake::SensorFunction;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
 
 // The functions that all families have.
 struct Family {

@@ -10,7 +10,10 @@
 
 namespace norvik::qel {
 
+using aidl::android::hardware::thermal::TemperatureType;
 using aidl::android::hardware::thermal::ThrottlingSeverity;
+using services::HidlThermalOperation;
+using services::ThermalOperation;
 using simulated::ThermalPath;
 
 [[nodiscard]] inline int RegisterClient(void* handle, int id, const char* type, const char* name,
@@ -80,8 +83,8 @@ class ThermalPathTest : public ThermalFixture, public testing::WithParamInterfac
 
   static bool is_aidl() { return GetParam() == ThermalPath::kAidl; }
   fake::Script& on(ThermalCall call) {
-    using Aidl = services::ThermalOperation;
-    using Hidl = services::HidlThermalOperation;
+    using Aidl = ThermalOperation;
+    using Hidl = HidlThermalOperation;
     switch (call) {
       case ThermalCall::kQuery:
         return is_aidl() ? thermal_.on(Aidl::kGetTemperaturesWithType)
@@ -100,8 +103,8 @@ class ThermalPathTest : public ThermalFixture, public testing::WithParamInterfac
     return Eventually([=, this] { return registered() == count; });
   }
   fake::Script& look_up() {
-    return thermal_.on(is_aidl() ? fake::BinderFunction::kCheckService
-                                 : fake::BinderFunction::kTryGetHidlService);
+    return thermal_.on(is_aidl() ? BinderFunction::kCheckService
+                                 : BinderFunction::kTryGetHidlService);
   }
   void SetSkin(int severity) {
     thermal_.SetSeverity("skin", static_cast<ThrottlingSeverity>(severity));
