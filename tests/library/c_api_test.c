@@ -2,8 +2,7 @@
  * SPDX-License-Identifier: Apache-2.0
  */
 
-/* Every function of quorvel.h from C11, with no service about: links, and refuses what it has to.
- */
+/* Every function of quorvel.h from C11, without a service. */
 #define _POSIX_C_SOURCE 200809L
 
 #include <errno.h>
@@ -50,48 +49,44 @@ static const struct {
      DeregisterDockChargerIsOnlineCallback},
 };
 
-static void TestBatteryRefusals(void) {
+/* Whether the dump of the handle has this text. */
+static int Dumps(void (*dump)(void* handle, int fd), void* handle, const char* expected) {
+  FILE* file = tmpfile();
+  dump(handle, fileno(file));
+  char text[512] = {0};
+  CHECK(pread(fileno(file), text, sizeof text - 1, 0) > 0);
+  fclose(file);
+  return strstr(text, expected) != NULL;
+}
+
+static void TestBattery(void) {
   InitBatteryInfo(NULL);
   DeinitBatteryInfo(NULL);
   DumpBatteryInfo(NULL, STDERR_FILENO);
   int value = 0;
   void* handle = NULL;
+  DeinitBatteryInfo(&handle);
   InitBatteryInfo(&handle);
   CHECK(handle != NULL);
   for (size_t i = 0; i < sizeof kProperties / sizeof kProperties[0]; ++i) {
     CHECK(kProperties[i].get(NULL, true) == -EINVAL);
     CHECK(kProperties[i].get(NULL, false) == -EINVAL);
-    CHECK(kProperties[i].enlist(NULL, OnValue, &value) == -EINVAL);
-    CHECK(kProperties[i].enlist(handle, NULL, &value) == -EINVAL);
-    CHECK(kProperties[i].leave(NULL, OnValue) == -EINVAL);
-    CHECK(kProperties[i].leave(handle, NULL) == -EINVAL);
-  }
-  DeinitBatteryInfo(&handle);
-  CHECK(handle == NULL);
-  DeinitBatteryInfo(&handle);
-}
-
-static void TestBatteryWithoutAService(void) {
-  int value = 0;
-  void* handle = NULL;
-  InitBatteryInfo(&handle);
-  for (size_t i = 0; i < sizeof kProperties / sizeof kProperties[0]; ++i) {
     CHECK(kProperties[i].get(handle, true) == QUORVEL_BATTERY_UNKNOWN);
     CHECK(kProperties[i].get(handle, false) == -EAGAIN);
+    CHECK(kProperties[i].enlist(NULL, OnValue, &value) == -EINVAL);
+    CHECK(kProperties[i].enlist(handle, NULL, &value) == -EINVAL);
     CHECK(kProperties[i].enlist(handle, OnValue, &value) == 0);
     CHECK(kProperties[i].enlist(handle, OnValue, NULL) == -EINVAL);
   }
-  FILE* file = tmpfile();
-  DumpBatteryInfo(handle, fileno(file));
-  char text[512] = {0};
-  CHECK(pread(fileno(file), text, sizeof text - 1, 0) > 0);
-  CHECK(strstr(text, "  Dock Charger Is Online = -1 (clients:1)\n") != NULL);
-  fclose(file);
+  CHECK(Dumps(DumpBatteryInfo, handle, "  Dock Charger Is Online = -1 (clients:1)\n"));
   for (size_t i = 0; i < sizeof kProperties / sizeof kProperties[0]; ++i) {
+    CHECK(kProperties[i].leave(NULL, OnValue) == -EINVAL);
+    CHECK(kProperties[i].leave(handle, NULL) == -EINVAL);
     CHECK(kProperties[i].leave(handle, OnValue) == 0);
     CHECK(kProperties[i].leave(handle, OnValue) == -EINVAL);
   }
   DeinitBatteryInfo(&handle);
+  CHECK(handle == NULL);
   CHECK(value == 0);
 }
 
@@ -103,7 +98,7 @@ static const struct {
     {RegisterHingeAngleSensorCallback, DeregisterHingeAngleSensorCallback},
 };
 
-static void TestSensorRefusals(void) {
+static void TestSensors(void) {
   InitSensorInfo(NULL);
   DeinitSensorInfo(NULL);
   DumpSensorInfo(NULL, STDERR_FILENO);
@@ -118,28 +113,14 @@ static void TestSensorRefusals(void) {
     CHECK(kSensors[i].enlist(handle, 1, OnValue, NULL) == -EINVAL);
     CHECK(kSensors[i].leave(NULL, 1) == -EINVAL);
     CHECK(kSensors[i].leave(handle, 1) == -EINVAL);
-  }
-  DeinitSensorInfo(&handle);
-  CHECK(handle == NULL);
-  DeinitSensorInfo(&handle);
-}
-
-static void TestSensorWithoutAService(void) {
-  int value = 0;
-  void* handle = NULL;
-  InitSensorInfo(&handle);
-  for (size_t i = 0; i < sizeof kSensors / sizeof kSensors[0]; ++i) {
     CHECK(kSensors[i].enlist(handle, 1, OnValue, &value) == 0);
     CHECK(kSensors[i].enlist(handle, 1, OnValue, &value) == -EINVAL);
   }
-  FILE* file = tmpfile();
-  DumpSensorInfo(handle, fileno(file));
-  char text[512] = {0};
-  CHECK(pread(fileno(file), text, sizeof text - 1, 0) > 0);
-  CHECK(strstr(text, "  Sensor: HINGE_ANGLE\n    initialized:F active:F, data:0\n") != NULL);
-  fclose(file);
+  CHECK(
+      Dumps(DumpSensorInfo, handle, "  Sensor: HINGE_ANGLE\n    initialized:F active:F, data:0\n"));
   CHECK(kSensors[0].leave(handle, 1) == 0);
   DeinitSensorInfo(&handle);
+  CHECK(handle == NULL);
   CHECK(value == 0);
 }
 
@@ -174,10 +155,8 @@ static void TestThermal(void) {
 }
 
 int main(void) {
-  TestBatteryRefusals();
-  TestBatteryWithoutAService();
-  TestSensorRefusals();
-  TestSensorWithoutAService();
+  TestBattery();
+  TestSensors();
   TestThermal();
   return failures == 0 ? 0 : 1;
 }

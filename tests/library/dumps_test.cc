@@ -3,7 +3,6 @@
 
 // Dumps to descriptors that cannot be written to, in all three families.
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <malloc.h>
 #include <signal.h>
 #include <sys/socket.h>
@@ -11,25 +10,13 @@
 #include <unistd.h>
 
 #include <climits>
-#include <ostream>
 
 #include "environment.h"
+#include "fixture.h"
 #include "pipe.h"
-#include "quorvel.h"
 
 namespace norvik::qel {
 namespace {
-
-struct Family {
-  const char* name;
-  void (*init)(void** handle);
-  void (*deinit)(void** handle);
-  void (*dump)(void* handle, int fd);
-
-  friend std::ostream& operator<<(std::ostream& os, const Family& family) {
-    return os << family.name;
-  }
-};
 
 bool IsPending(int signal) {
   sigset_t pending;
@@ -38,40 +25,34 @@ bool IsPending(int signal) {
 }
 
 // With the signal's default action, which ends the process.
-class DumpsTest : public testing::TestWithParam<Family> {
+class DumpsTest : public HandleFixture, public testing::WithParamInterface<Family> {
  protected:
-  DumpsTest() {
+  DumpsTest() : HandleFixture(GetParam()) {
     sigemptyset(&pipe_signal_);
     sigaddset(&pipe_signal_, SIGPIPE);
-    old_handler_ = signal(SIGPIPE, SIG_DFL);
     gone_.CloseReader();
-    GetParam().init(&handle_);
+    Init();
   }
   ~DumpsTest() override {
-    GetParam().deinit(&handle_);
+    Deinit();
     signal(SIGPIPE, old_handler_);
   }
 
-  void Dump(int fd) { GetParam().dump(handle_, fd); }
+  void DumpTo(int fd) { family_.dump(handle_, fd); }
 
   sigset_t pipe_signal_;
-  sighandler_t old_handler_;
+  const sighandler_t old_handler_ = signal(SIGPIPE, SIG_DFL);
   Pipe gone_;  // its reader has closed it
-  void* handle_ = nullptr;
 };
-INSTANTIATE_TEST_SUITE_P(
-    , DumpsTest,
-    testing::Values(Family{"Battery", InitBatteryInfo, DeinitBatteryInfo, DumpBatteryInfo},
-                    Family{"Sensor", InitSensorInfo, DeinitSensorInfo, DumpSensorInfo},
-                    Family{"Thermal", InitThermalInfo, DeinitThermalInfo, DumpThermalInfo}),
-    [](const auto& test) { return test.param.name; });
+INSTANTIATE_TEST_SUITE_P(, DumpsTest, testing::Values(kBattery, kSensors, kThermal),
+                         [](const auto& test) { return test.param.name; });
 
 TEST_P(DumpsTest, AReaderThatHasGoneDoesNotEndTheProcess) {
-  Dump(gone_.writer());
+  DumpTo(gone_.writer());
   int ends[2];
   ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
   close(ends[0]);
-  Dump(ends[1]);
+  DumpTo(ends[1]);
   close(ends[1]);
   sigset_t mask;
   ASSERT_EQ(pthread_sigmask(SIG_SETMASK, nullptr, &mask), 0);
@@ -80,10 +61,10 @@ TEST_P(DumpsTest, AReaderThatHasGoneDoesNotEndTheProcess) {
 
 TEST_P(DumpsTest, ABlockedSignalStaysAsTheCallerLeftIt) {
   ASSERT_EQ(pthread_sigmask(SIG_BLOCK, &pipe_signal_, nullptr), 0);
-  Dump(gone_.writer());
+  DumpTo(gone_.writer());
   EXPECT_FALSE(IsPending(SIGPIPE));
   raise(SIGPIPE);
-  Dump(gone_.writer());
+  DumpTo(gone_.writer());
   EXPECT_TRUE(IsPending(SIGPIPE)) << "the caller's own";
   const timespec no_wait = {};
   EXPECT_EQ(sigtimedwait(&pipe_signal_, nullptr, &no_wait), SIGPIPE);
@@ -96,7 +77,7 @@ TEST_P(DumpsTest, ADescriptorThatCannotBeWrittenToCostsNoMemory) {
   const int read_only = open("/dev/null", O_RDONLY | O_CLOEXEC);
   for (const int fd : {-1, INT_MAX, path_only, read_only, gone_.writer()}) {
     const size_t before = mallinfo2().uordblks;
-    for (int i = 0; i < 1000; ++i) Dump(fd);
+    for (int i = 0; i < 1000; ++i) DumpTo(fd);
     const size_t after = mallinfo2().uordblks;
     if (!kSanitized) {  // a sanitizer's allocator is not counted
       EXPECT_LT(after, before + size_t{100'000}) << "descriptor " << fd;

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <thread>
 
 #include "quorvel/fake/gate.h"
 #include "waiting.h"
@@ -16,7 +15,7 @@ namespace {
 
 struct Object {};
 
-TEST(LiveObjectsTest, VisitsReachThoseThatAreThere) {
+TEST(LiveObjectsTest, OnlyAnObjectThatIsAddedIsVisited) {
   audio::LiveObjects<Object> live;
   Object object;
   int visits = 0;
@@ -35,7 +34,7 @@ TEST(LiveObjectsTest, VisitsReachThoseThatAreThere) {
   EXPECT_EQ(visits, 1);
 }
 
-TEST(LiveObjectsTest, RemoveWaitsForAVisitAndNobodyElseDoes) {
+TEST(LiveObjectsTest, OnlyRemovingAVisitedObjectWaitsForTheVisit) {
   audio::LiveObjects<Object> live;
   Object visited;
   Object other;
@@ -43,7 +42,7 @@ TEST(LiveObjectsTest, RemoveWaitsForAVisitAndNobodyElseDoes) {
   live.Add(&other);
   fake::Gate gate;
   std::atomic<bool> left{false};
-  std::thread visitor([&] {
+  Background visitor("a visit", [&] {
     live.Visit(&visited, [&](Object&) {
       gate.Pass();
       left = true;
@@ -51,17 +50,17 @@ TEST(LiveObjectsTest, RemoveWaitsForAVisitAndNobodyElseDoes) {
   });
   ASSERT_TRUE(gate.WaitForArrivals());
   Seen<bool> removed;
-  std::thread remover([&] {
+  Background remover("a removal", [&] {
     live.Remove(&visited);
     removed.Put(left);
   });
-  live.Visit(&other, [](Object&) {});
-  live.Remove(&other);
+  EndsInTime([&] {
+    live.Visit(&other, [](Object&) {});
+    live.Remove(&other);
+  });
   EXPECT_FALSE(removed.Take(std::chrono::milliseconds(20)));  // can miss a bug, never invent one
   gate.Open();
   EXPECT_EQ(removed.Take(), true);
-  visitor.join();
-  remover.join();
 }
 
 }  // namespace

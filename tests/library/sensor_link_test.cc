@@ -1,43 +1,22 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The way to the sensor service: late, absent, unusable.
+// The link to the sensor service: late, absent, unusable.
 #include <android/binder_ibinder.h>
 #include <android/binder_manager.h>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cerrno>
-#include <chrono>
-#include <string>
-#include <vector>
 
 #include "sensor_fixture.h"
 
 namespace norvik::qel {
 namespace {
 
-using fake::Outcome;
-using fake::SensorFunction;
-using testing::Contains;
 using testing::Each;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
 
 constexpr char kAbsent[] = "InitSensorInterface: sensor service isn't ready, start to reconnect!";
 constexpr char kGivenUp[] = "ReconnectToSensorService: client should register proper sensor";
 
 using SensorLinkTest = SensorFixture;
-
-TEST_F(SensorLinkTest, InitAndDeinitDoNotTouchThePlatform) {
-  hub_.Start();
-  DeinitSensorInfo(&handle_);
-  for (int function = 0; function < static_cast<int>(SensorFunction::kCount); ++function) {
-    EXPECT_EQ(Calls(static_cast<SensorFunction>(function)), 0) << function;
-  }
-}
+using SensorLinkSlowTest = SensorFixture;
 
 TEST_F(SensorLinkTest, ASensorThatWaitsTakesFurtherClientsAndLetsThemGo) {
   ASSERT_EQ(RegisterProximitySensorCallback(handle_, 0, Client<0>, &seen_), 0);
@@ -69,22 +48,20 @@ TEST_F(SensorLinkTest, WithoutManagerLooperOrQueueAClientWaits) {
       hub_.on(function).Then({.status = STATUS_UNKNOWN_ERROR});
     }
     EXPECT_EQ(RegisterProximitySensorCallback(handle_, 0, Client<0>, &seen_), 0);
-    EXPECT_THAT(Log(ANDROID_LOG_ERROR), ElementsAre(row.error));
-    EXPECT_THAT(Log(ANDROID_LOG_WARN), IsEmpty());
+    EXPECT_THAT(Warnings(), ElementsAre(row.error));
     EXPECT_THAT(Dump(), HasSubstr("client id:0"));
     EXPECT_EQ(DeregisterProximitySensorCallback(handle_, 0), 0);
   }
-  // Each time from the beginning, and nobody looks for a service that is there.
+  // Each time from the beginning, without a further look for a service that is there.
   EXPECT_EQ(look_ups().calls(), 3);
   // A looper that has to be prepared will do.
   hub_.on(SensorFunction::kForThread).Then({.status = STATUS_UNKNOWN_ERROR});
-  RegisterProximityAndHearZero();
-  EXPECT_EQ(Count(ANDROID_LOG_DEBUG, "InitSensorInterface: start to initialize sensor interface"),
+  RegisterProximity();
+  EXPECT_EQ(log_.Count("InitSensorInterface: start to initialize sensor interface"),
             2);  // and once for the last of the cases
-  EXPECT_EQ(Count(ANDROID_LOG_DEBUG, "InitSensorInterface: success to initialize sensor interface"),
-            1);
+  EXPECT_EQ(log_.Count("InitSensorInterface: success to initialize sensor interface"), 1);
   EXPECT_EQ(look_ups().calls(), 4);
-  RegisterHingeAndHearZero();
+  RegisterHinge();
   EXPECT_EQ(look_ups().calls(), 4);
   hub_.Report(kProximity, 5);
   EXPECT_EQ(seen_.Take(), (Call{0, 5}));
@@ -107,11 +84,9 @@ TEST(SensorReferenceTest, TheReferenceToTheServiceIsGivenBack) {
     DeinitSensorInfo(&handle);
     EXPECT_EQ(hub.queue_count(), 0u);
   }
-  // The platform's manager has gone with the service: whoever held it still would be the library.
+  // The platform's manager has gone with the service: only the library could still hold it.
   EXPECT_EQ(service.promote().get(), nullptr);
 }
-
-using SensorLinkSlowTest = SensorFixture;
 
 // Longer than the ten runs that a worker has for one trigger.
 TEST_F(SensorLinkSlowTest, AServiceIsLookedForUntilItComes) {
@@ -122,28 +97,26 @@ TEST_F(SensorLinkSlowTest, AServiceIsLookedForUntilItComes) {
   ASSERT_TRUE(look_ups().WaitForCalls(2 + 12, std::chrono::seconds(60)));
   // Two registrations and the first attempt, and eleven attempts after a pause each.
   EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
-  EXPECT_THAT(Log(ANDROID_LOG_WARN), Each(kAbsent));
-  // Nothing is owed to anybody while a sensor is not enabled: the first call comes with a reading.
+  EXPECT_THAT(Warnings(), Each(kAbsent));
+  // No call is due while a sensor is not enabled: the first call comes with a reading.
   EXPECT_THAT(Dump(), Not(HasSubstr("need_to_update:T")));
   EXPECT_TRUE(seen_.empty());
   hub_.on(SensorFunction::kRegisterSensor).Then({.status = -5});  // the proximity sensor's turn
   hub_.Report(kHinge, 120);
   hub_.Start();
-  EXPECT_EQ(seen_.Take(), (Call{1, 120}));
-  EXPECT_EQ(seen_.Take(), (Call{2, 120}));
-  EXPECT_EQ(Count(ANDROID_LOG_WARN, kGivenUp), 1);
-  // The client of the sensor that was refused is there and hears nothing.
+  EXPECT_THAT(seen_.TakeMany(2), ElementsAre(Call{1, 120}, Call{2, 120}));
+  EXPECT_EQ(log_.Count(kGivenUp), 1);
+  // The client of the sensor that was refused is there and receives nothing.
   hub_.Report({{.type = kProximity, .value = 1}, {.type = kHinge, .value = 121}});
-  EXPECT_EQ(seen_.Take(), (Call{1, 121}));
-  EXPECT_EQ(seen_.Take(), (Call{2, 121}));
+  EXPECT_THAT(seen_.TakeMany(2), ElementsAre(Call{1, 121}, Call{2, 121}));
   EXPECT_THAT(Dump(), HasSubstr("client id:0"));
   EXPECT_EQ(DeregisterProximitySensorCallback(handle_, 0), -EINVAL);
-  EXPECT_THAT(Log(ANDROID_LOG_DEBUG), Contains("DisableSensor: already disabled."));
+  EXPECT_THAT(Log(), Contains("DisableSensor: already disabled."));
   EXPECT_EQ(RegisterProximitySensorCallback(handle_, 0, Client<0>, &seen_), 0);
 }
 
 // The proximity sensor is no longer waited for when the service comes, and the device has no hinge.
-TEST(SensorLateServiceSlowTest, WhatIsNoLongerWantedOrNotThereIsNotEnabled) {
+TEST(SensorLateServiceSlowTest, OnlySensorsThatExistAndHaveClientsAreEnabled) {
   const fake::LogCapture log;
   simulated::SensorHub hub;
   hub.Add(kProximity, "proximity");
@@ -165,7 +138,7 @@ TEST(SensorLateServiceSlowTest, WhatIsNoLongerWantedOrNotThereIsNotEnabled) {
   DeinitSensorInfo(&handle);
 }
 
-TEST_F(SensorLinkSlowTest, NobodyLooksForAServiceThatNobodyWaitsFor) {
+TEST_F(SensorLinkSlowTest, WithoutWaitingClientsTheServiceIsNotLookedFor) {
   ASSERT_EQ(RegisterProximitySensorCallback(handle_, 0, Client<0>, &seen_), 0);
   ASSERT_TRUE(look_ups().WaitForCalls(2));
   EXPECT_EQ(DeregisterProximitySensorCallback(handle_, 0), 0);
@@ -173,8 +146,7 @@ TEST_F(SensorLinkSlowTest, NobodyLooksForAServiceThatNobodyWaitsFor) {
   EXPECT_FALSE(look_ups().WaitForCalls(3, std::chrono::milliseconds(2000)));
 }
 
-// A service that is there and cannot be used ends the ten runs, and with them the attempts.
-TEST_F(SensorLinkSlowTest, AServiceThatCannotBeUsedIsGivenUp) {
+TEST_F(SensorLinkSlowTest, AServiceThatCannotBeUsedIsGivenUpAfterTenAttempts) {
   hub_.on(SensorFunction::kCreateEventQueue).Then({.status = STATUS_UNKNOWN_ERROR}, 1000);
   ASSERT_EQ(RegisterProximitySensorCallback(handle_, 0, Client<0>, &seen_), 0);
   ASSERT_TRUE(look_ups().WaitForCalls(2));
@@ -184,7 +156,7 @@ TEST_F(SensorLinkSlowTest, AServiceThatCannotBeUsedIsGivenUp) {
   EXPECT_FALSE(look_ups().WaitForCalls(1 + 11, std::chrono::milliseconds(2500)));
   hub_.on(SensorFunction::kCreateEventQueue).Clear();
   EXPECT_EQ(DeregisterProximitySensorCallback(handle_, 0), 0);
-  RegisterProximityAndHearZero();
+  RegisterProximity();
 }
 
 }  // namespace

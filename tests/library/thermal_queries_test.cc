@@ -1,17 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What the thermal family reads when it is asked: names, battery charge limits, temperatures in
-// bulk.
-#include <android/log.h>
-
+// Queries of the thermal family: names, battery charge limits, temperatures in bulk.
 #include <array>
-#include <cerrno>
 #include <cstring>
 #include <fstream>
 #include <iterator>
-#include <string>
-#include <vector>
 
 #include "pipe.h"
 #include "thermal/thermal_info.h"
@@ -20,21 +14,10 @@
 namespace norvik::qel {
 namespace {
 
-using aidl::android::hardware::thermal::Temperature;
-using aidl::android::hardware::thermal::TemperatureType;
-using fake::Outcome;
-using services::HidlThermalOperation;
-using services::ThermalOperation;
-using testing::ElementsAre;
-using testing::IsEmpty;
 using Thermistors = std::vector<std::pair<std::string, float>>;
 
 using ThermalNamesTest = ThermalFixture;
-using ThermalQueriesTest = ThermalPathTest;
 using ThermalHidlQueriesTest = ThermalFixture;
-using ThermalUnreachableTest = ThermalFixture;
-INSTANTIATE_TEST_SUITE_P(, ThermalQueriesTest,
-                         testing::Values(ThermalPath::kAidl, ThermalPath::kHidl), PathName);
 
 // Types that came after those of HIDL need not be known.
 TEST_F(ThermalNamesTest, TypesAreThoseThatTheHeaderHasConstantsFor) {
@@ -53,7 +36,6 @@ TEST_F(ThermalNamesTest, TypesAreThoseThatTheHeaderHasConstantsFor) {
 }
 
 TEST_F(ThermalNamesTest, OtherNamesAreRefused) {
-  EXPECT_EQ(GetThermalTypeByName(handle_, "SKIN"), 3);
   const std::array severities = {"NONE",     "LIGHT",     "MODERATE", "SEVERE",
                                  "CRITICAL", "EMERGENCY", "SHUTDOWN"};
   for (size_t i = 0; i < severities.size(); ++i) {
@@ -65,20 +47,19 @@ TEST_F(ThermalNamesTest, OtherNamesAreRefused) {
   EXPECT_EQ(GetThrottlingSeverityByName(handle_, nullptr), -EINVAL);
   EXPECT_THAT(Log(), IsEmpty());
 
-  EXPECT_EQ(GetThermalTypeByName(handle_, "skin"), -1);
-  EXPECT_EQ(GetThermalTypeByName(handle_, "SKIN "), -1);
-  EXPECT_EQ(GetThermalTypeByName(handle_, ""), -1);
-  EXPECT_EQ(GetThrottlingSeverityByName(handle_, "None"), -EINVAL);
-  EXPECT_EQ(GetThrottlingSeverityByName(handle_, ""), -EINVAL);
-  EXPECT_THAT(Log(ANDROID_LOG_WARN),
-              ElementsAre("GetThermalTypeByName: unknown temperature type name! skin",
-                          "GetThermalTypeByName: unknown temperature type name! SKIN ",
-                          "GetThermalTypeByName: unknown temperature type name! ",
-                          "GetThrottlingSeverityByName: unknown throttling severity name! None",
-                          "GetThrottlingSeverityByName: unknown throttling severity name! "));
+  std::vector<std::string> warnings;
+  for (const std::string name : {"skin", "SKIN ", ""}) {
+    EXPECT_EQ(GetThermalTypeByName(handle_, name.c_str()), -1);
+    warnings.push_back("GetThermalTypeByName: unknown temperature type name! " + name);
+  }
+  for (const std::string name : {"None", ""}) {
+    EXPECT_EQ(GetThrottlingSeverityByName(handle_, name.c_str()), -EINVAL);
+    warnings.push_back("GetThrottlingSeverityByName: unknown throttling severity name! " + name);
+  }
+  EXPECT_EQ(Warnings(), warnings);
 }
 
-// What a getter gives; the room is `room`.
+// The getter's values, with room for `room`.
 using Getter = int (*)(void* handle, int* values, int* size, bool use_cached);
 std::vector<int> Limits(Getter get, void* handle, bool use_cached, int room = 16) {
   std::vector<int> values(64, -1000);
@@ -89,28 +70,56 @@ std::vector<int> Limits(Getter get, void* handle, bool use_cached, int room = 16
   return values;
 }
 
-void AddLimit(simulated::Thermal& thermal, TemperatureType type, const std::string& name,
-              ThrottlingSeverity severity) {
-  thermal.Change([&](services::ThermalData& data) {
-    data.temperatures.push_back({.type = type, .name = name, .throttlingStatus = severity});
-  });
+Thermistors Bulk(void* handle, std::vector<const char*> names, int room) {
+  std::vector<thermistor> out(static_cast<size_t>(room));
+  std::memset(out.data(), 0x7f, out.size() * sizeof(thermistor));
+  int count = room;
+  EXPECT_EQ(GetBulkTemperatureByNames(handle, names.data(), static_cast<int>(names.size()),
+                                      out.data(), &count),
+            0);
+  Thermistors readings;
+  for (size_t i = 0; i < static_cast<size_t>(count); ++i) {
+    const thermistor& reading = out.at(i);
+    readings.emplace_back(reading.name, reading.value);
+    const char* const end = std::end(reading.name);
+    EXPECT_EQ(std::count(reading.name + std::strlen(reading.name), end, 0),
+              end - reading.name - static_cast<std::ptrdiff_t>(std::strlen(reading.name)));
+  }
+  return readings;
 }
 
-TEST_P(ThermalQueriesTest, LimitsAreThoseThatConcernAudio) {
-  AddLimit(thermal_, TemperatureType::BCL_VOLTAGE, "xAUDIO", ThrottlingSeverity::SHUTDOWN);
-  AddLimit(thermal_, TemperatureType::BCL_VOLTAGE, "Audio", ThrottlingSeverity::LIGHT);
-  AddLimit(thermal_, TemperatureType::BCL_PERCENTAGE, "AUDIO_level", ThrottlingSeverity::LIGHT);
+class ThermalQueriesTest : public ThermalPathTest {
+ protected:
+  void AddTemperature(TemperatureType type, const std::string& name,
+                      ThrottlingSeverity severity = ThrottlingSeverity::LIGHT) {
+    thermal_.Change([&](services::ThermalData& data) {
+      data.temperatures.push_back({.type = type, .name = name, .throttlingStatus = severity});
+    });
+  }
+  std::vector<int> Currents(bool use_cached = false, int room = 16) {
+    return Limits(GetBatteryChargeLimitCurrent, handle_, use_cached, room);
+  }
+  std::vector<int> Voltages(bool use_cached = false) {
+    return Limits(GetBatteryChargeLimitVoltage, handle_, use_cached);
+  }
+};
+QUORVEL_TEST_BOTH_PATHS(ThermalQueriesTest);
+
+TEST_P(ThermalQueriesTest, LimitsAreThoseWithAudioInTheirName) {
+  AddTemperature(TemperatureType::BCL_VOLTAGE, "xAUDIO", ThrottlingSeverity::SHUTDOWN);
+  AddTemperature(TemperatureType::BCL_VOLTAGE, "Audio");
+  AddTemperature(TemperatureType::BCL_PERCENTAGE, "AUDIO_level");
   thermal_.SetSeverity("battery_current", ThrottlingSeverity::CRITICAL);
   thermal_.SetSeverity("AUDIO_current", ThrottlingSeverity::MODERATE);
 
-  EXPECT_THAT(Limits(GetBatteryChargeLimitCurrent, handle_, true), IsEmpty());
-  EXPECT_EQ(on(ThermalCall::kQuery).calls(), 0) << "the cache is nobody's question";
-  EXPECT_THAT(Limits(GetBatteryChargeLimitCurrent, handle_, false), ElementsAre(2));
+  EXPECT_THAT(Currents(/*use_cached=*/true), IsEmpty());
+  EXPECT_EQ(on(ThermalCall::kQuery).calls(), 0) << "the cache needs no query";
+  EXPECT_THAT(Currents(), ElementsAre(2));
   EXPECT_EQ(on(ThermalCall::kQuery).calls(), 2);
-  EXPECT_THAT(Limits(GetBatteryChargeLimitVoltage, handle_, true), ElementsAre(0, 6));
+  EXPECT_THAT(Voltages(/*use_cached=*/true), ElementsAre(0, 6));
   thermal_.SetSeverity("AUDIO_voltage", ThrottlingSeverity::SEVERE);
-  EXPECT_THAT(Limits(GetBatteryChargeLimitVoltage, handle_, true), ElementsAre(0, 6));
-  EXPECT_THAT(Limits(GetBatteryChargeLimitVoltage, handle_, false), ElementsAre(3, 6));
+  EXPECT_THAT(Voltages(/*use_cached=*/true), ElementsAre(0, 6));
+  EXPECT_THAT(Voltages(), ElementsAre(3, 6));
   EXPECT_EQ(Dump(),
             "ThermalInfo:\n"
             "  bcl type = 6\n  bcl name = AUDIO_voltage\n  bcl status = 3\n\n"
@@ -118,14 +127,12 @@ TEST_P(ThermalQueriesTest, LimitsAreThoseThatConcernAudio) {
             "  bcl type = 7\n  bcl name = AUDIO_current\n  bcl status = 2\n\n");
 }
 
-TEST_P(ThermalQueriesTest, TheDumpTakesNamesAsTheyAre) {
+TEST_P(ThermalQueriesTest, TheDumpPrintsNamesUnchanged) {
   thermal_.Change([](services::ThermalData& data) { data.temperatures.clear(); });
   const std::string odd("%s%n AUDIO\n\t\xff\0cut", 17);
   const std::string large = "AUDIO" + std::string(100'000, 'x');
-  for (const std::string& name : {odd, large}) {
-    AddLimit(thermal_, TemperatureType::BCL_CURRENT, name, ThrottlingSeverity::LIGHT);
-  }
-  EXPECT_THAT(Limits(GetBatteryChargeLimitCurrent, handle_, false), ElementsAre(1, 1));
+  for (const std::string& name : {odd, large}) AddTemperature(TemperatureType::BCL_CURRENT, name);
+  EXPECT_THAT(Currents(), ElementsAre(1, 1));
   const std::string text = Dump();
   const auto entry = [](const std::string& name) {
     return "  bcl type = 7\n  bcl name = " + name + "\n  bcl status = 1\n\n";
@@ -142,7 +149,7 @@ TEST_P(ThermalQueriesTest, TheDumpTakesNamesAsTheyAre) {
 }
 
 TEST_P(ThermalQueriesTest, LimitsNeedRoom) {
-  AddLimit(thermal_, TemperatureType::BCL_CURRENT, "2AUDIO", ThrottlingSeverity::LIGHT);
+  AddTemperature(TemperatureType::BCL_CURRENT, "2AUDIO");
   int value = 77;
   int size = 1;
   EXPECT_EQ(GetBatteryChargeLimitCurrent(handle_, &value, &size, false), -EINVAL);
@@ -150,17 +157,13 @@ TEST_P(ThermalQueriesTest, LimitsNeedRoom) {
   EXPECT_EQ(value, 77);
   size = 0;
   EXPECT_EQ(GetBatteryChargeLimitVoltage(handle_, &value, &size, true), -EINVAL);
-  EXPECT_THAT(Log(ANDROID_LOG_WARN),
-              testing::Contains("GetBatteryChargeLimitCurrent: size isn't enough! (1)"));
-  EXPECT_THAT(Log(ANDROID_LOG_WARN),
-              testing::Contains("GetBatteryChargeLimitVoltage: size isn't enough! (0)"));
-  EXPECT_THAT(Limits(GetBatteryChargeLimitCurrent, handle_, true, 2), ElementsAre(0, 1));
-  EXPECT_THAT(Limits(GetBatteryChargeLimitCurrent, handle_, true, -1), ElementsAre(0, 1));
+  EXPECT_THAT(Warnings(), Contains("GetBatteryChargeLimitCurrent: size isn't enough! (1)"));
+  EXPECT_THAT(Warnings(), Contains("GetBatteryChargeLimitVoltage: size isn't enough! (0)"));
+  EXPECT_THAT(Currents(true, 2), ElementsAre(0, 1));
+  EXPECT_THAT(Currents(true, -1), ElementsAre(0, 1));
 
-  for (int i = 0; i < 20; ++i) {
-    AddLimit(thermal_, TemperatureType::BCL_CURRENT, "AUDIO", ThrottlingSeverity::LIGHT);
-  }
-  EXPECT_EQ(Limits(GetBatteryChargeLimitCurrent, handle_, false, 64).size(), 22u);
+  for (int i = 0; i < 20; ++i) AddTemperature(TemperatureType::BCL_CURRENT, "AUDIO");
+  EXPECT_EQ(Currents(false, 64).size(), 22u);
   EXPECT_EQ(GetBatteryChargeLimitCapacity(handle_), 16);
 
   EXPECT_EQ(GetBatteryChargeLimitCapacity(nullptr), -EINVAL);
@@ -173,75 +176,38 @@ TEST_P(ThermalQueriesTest, LimitsNeedRoom) {
 
 TEST_P(ThermalQueriesTest, ARefusedQueryContributesNoLimits) {
   thermal_.SetSeverity("AUDIO_current", ThrottlingSeverity::LIGHT);
-  ASSERT_THAT(Limits(GetBatteryChargeLimitVoltage, handle_, false), ElementsAre(0));
+  ASSERT_THAT(Voltages(), ElementsAre(0));
   on(ThermalCall::kQuery).Then(Outcome::Exception(EX_ILLEGAL_STATE, "no voltage today"));
-  EXPECT_THAT(Limits(GetBatteryChargeLimitVoltage, handle_, false), IsEmpty());
-  EXPECT_THAT(Limits(GetBatteryChargeLimitCurrent, handle_, true), ElementsAre(1));
+  EXPECT_THAT(Voltages(), IsEmpty());
+  EXPECT_THAT(Currents(/*use_cached=*/true), ElementsAre(1));
   EXPECT_EQ(log_.Count("GetCurrentBCLFromThermalService: Transaction failed."), 0);
 }
 
 TEST_P(ThermalQueriesTest, LimitsStayWhileTheServiceIsAway) {
   thermal_.SetSeverity("AUDIO_current", ThrottlingSeverity::LIGHT);
-  ASSERT_THAT(Limits(GetBatteryChargeLimitCurrent, handle_, false), ElementsAre(1));
+  ASSERT_THAT(Currents(), ElementsAre(1));
   thermal_.Kill(GetParam());
   ASSERT_TRUE(fake::WaitUntilDelivered());
-  EXPECT_THAT(Limits(GetBatteryChargeLimitCurrent, handle_, false), ElementsAre(1));
+  EXPECT_THAT(Currents(), ElementsAre(1));
   EXPECT_EQ(log_.Count("GetCurrentBCLFromThermalService: unable to get a thermal client."), 1);
-}
-
-TEST_F(ThermalHidlQueriesTest, AFailedTransactionLeavesNoLimits) {
-  Bring(ThermalPath::kHidl);
-  const char* const failed = "GetCurrentBCLFromThermalService: Transaction failed.";
-  auto& script = thermal_.on(HidlThermalOperation::kGetCurrentTemperatures);
-  ASSERT_THAT(Limits(GetBatteryChargeLimitCurrent, handle_, false), ElementsAre(0));
-  script.Then({.status = STATUS_FAILED_TRANSACTION});
-  EXPECT_THAT(Limits(GetBatteryChargeLimitCurrent, handle_, false), IsEmpty());
-  EXPECT_EQ(script.calls(), 3) << "the current is not asked for any more";
-  EXPECT_EQ(log_.Count(failed), 1);
-  ASSERT_THAT(Limits(GetBatteryChargeLimitVoltage, handle_, false), ElementsAre(0));
-  script.Then({});
-  script.Then({.status = STATUS_FAILED_TRANSACTION});
-  EXPECT_THAT(Limits(GetBatteryChargeLimitVoltage, handle_, false), IsEmpty());
-  EXPECT_EQ(log_.Count(failed), 2);
-}
-
-Thermistors Bulk(void* handle, std::vector<const char*> names, int room) {
-  std::vector<thermistor> out(static_cast<size_t>(room));
-  std::memset(out.data(), 0x7f, out.size() * sizeof(thermistor));
-  int count = room;
-  EXPECT_EQ(GetBulkTemperatureByNames(handle, names.data(), static_cast<int>(names.size()),
-                                      out.data(), &count),
-            0);
-  Thermistors readings;
-  for (size_t i = 0; i < static_cast<size_t>(count); ++i) {
-    const thermistor& reading = out.at(i);
-    readings.emplace_back(reading.name, reading.value);
-    for (size_t at = std::strlen(reading.name); at < sizeof reading.name; ++at) {
-      EXPECT_EQ(reading.name[at], 0);
-    }
-  }
-  return readings;
 }
 
 TEST_P(ThermalQueriesTest, BulkReadingsAreSortedAndEachOnce) {
   thermal_.SetTemperature("skin", 36.5F);
-  AddLimit(thermal_, TemperatureType::CPU, "cpu", ThrottlingSeverity::NONE);  // of 0 degrees
+  AddTemperature(TemperatureType::CPU, "cpu");  // of 0 degrees
   EXPECT_EQ(Bulk(handle_, {"skin", "cpu", "skin"}, 2), (Thermistors{{"cpu", 40}, {"skin", 36.5F}}));
-  EXPECT_EQ(Bulk(handle_, {"skin", "ski", "SKIN", "nobody"}, 4), (Thermistors{{"skin", 36.5F}}));
-  EXPECT_EQ(Bulk(handle_, {"nobody"}, 1), Thermistors{});
-  // Of a name that a service reports counts what comes before a NUL.
-  AddLimit(thermal_, TemperatureType::GPU, std::string("gpu\0core", 8), ThrottlingSeverity::NONE);
+  EXPECT_EQ(Bulk(handle_, {"skin", "ski", "SKIN", "none"}, 4), (Thermistors{{"skin", 36.5F}}));
+  EXPECT_EQ(Bulk(handle_, {"none"}, 1), Thermistors{});
+  // A name that a service reports ends at a NUL.
+  AddTemperature(TemperatureType::GPU, std::string("gpu\0core", 8));
   EXPECT_EQ(Bulk(handle_, {"gpu"}, 1), (Thermistors{{"gpu", 0}}));
-  const int calls = GetParam() == ThermalPath::kAidl
-                        ? thermal_.on(ThermalOperation::kGetTemperatures).calls()
-                        : on(ThermalCall::kQuery).calls();
+  const int calls = is_aidl() ? thermal_.on(ThermalOperation::kGetTemperatures).calls()
+                              : on(ThermalCall::kQuery).calls();
   EXPECT_EQ(calls, 4) << "one call answers all";
   EXPECT_THAT(Log(ANDROID_LOG_ERROR), IsEmpty());
-}
 
-TEST_P(ThermalQueriesTest, ManyTemperaturesAreReadAtOnce) {
   std::vector<std::string> names;
-  for (int i = 0; i < 100; ++i) names.push_back("zone " + std::to_string(1000 + i));
+  for (int i = 1000; i < 1100; ++i) names.push_back("zone " + std::to_string(i));
   thermal_.Change([&](services::ThermalData& data) {
     data.temperatures.clear();
     for (const std::string& name : names) {
@@ -249,26 +215,29 @@ TEST_P(ThermalQueriesTest, ManyTemperaturesAreReadAtOnce) {
     }
   });
   std::vector<const char*> asked;
-  for (auto name = names.rbegin(); name != names.rend(); ++name) asked.push_back(name->c_str());
   Thermistors expected;
-  for (const std::string& name : names) expected.emplace_back(name, std::stof(name.substr(5)));
+  for (const std::string& name : names) {
+    asked.insert(asked.begin(), name.c_str());
+    expected.emplace_back(name, std::stof(name.substr(5)));
+  }
   EXPECT_EQ(Bulk(handle_, asked, 100), expected);
 }
 
 TEST_P(ThermalQueriesTest, LongNamesAreCutOff) {
   const std::string fits(63, 'a');
   const std::string too_long(64, 'b');
-  AddLimit(thermal_, TemperatureType::SKIN, fits, ThrottlingSeverity::NONE);
-  AddLimit(thermal_, TemperatureType::SKIN, too_long, ThrottlingSeverity::NONE);
+  AddTemperature(TemperatureType::SKIN, fits);
+  AddTemperature(TemperatureType::SKIN, too_long);
   EXPECT_EQ(Bulk(handle_, {too_long.c_str(), fits.c_str()}, 2),
             (Thermistors{{fits, 0}, {std::string(63, 'b'), 0}}));
-  const std::string warning =
-      "GetBulkTemperatureByNames: string size exceed the maximum. " + too_long + " 64";
-  EXPECT_EQ(log_.Count(warning), 1);
-  EXPECT_EQ(log_.Lines("audio_hw_thermal_api").size(), 1u);
+  EXPECT_THAT(log_.Lines("audio_hw_thermal_api"),
+              ElementsAre(testing::Field(&fake::LogLine::text,
+                                         "GetBulkTemperatureByNames: string size exceed the "
+                                         "maximum. " +
+                                             too_long + " 64")));
 }
 
-TEST_P(ThermalQueriesTest, BulkQueriesAreRefusedWithoutRoomOrSense) {
+TEST_P(ThermalQueriesTest, BulkQueriesWithInvalidArgumentsAreRefused) {
   const char* names[] = {"skin", "cpu"};
   thermistor out = {.name = "untouched", .value = 7};
   int room = 1;
@@ -295,17 +264,31 @@ TEST_P(ThermalQueriesTest, BulkQueriesAreRefusedWithoutRoomOrSense) {
   EXPECT_THAT(Log(), IsEmpty());
 }
 
-TEST_F(ThermalUnreachableTest, BulkQueriesFindNothingWhereNothingAnswers) {
-  EXPECT_EQ(Bulk(handle_, {"skin"}, 1), Thermistors{});
+// Over HIDL a transport can fail on its own.
+TEST_F(ThermalHidlQueriesTest, AFailedTransactionLeavesNoLimitsAndNoReadings) {
+  EXPECT_EQ(Bulk(handle_, {"skin"}, 1), Thermistors{}) << "no service";
   EXPECT_THAT(Log(), ElementsAre(kNotDeclared));
   Bring(ThermalPath::kHidl);
+  const Outcome failure = {.status = STATUS_FAILED_TRANSACTION};
+  const char* const failed = "GetCurrentBCLFromThermalService: Transaction failed.";
   auto& script = thermal_.on(HidlThermalOperation::kGetCurrentTemperatures);
-  script.Then({.status = STATUS_FAILED_TRANSACTION});
-  EXPECT_EQ(Bulk(handle_, {"skin"}, 1), Thermistors{});
-  EXPECT_EQ(log_.Count("GetBulkTemperatureByNames: Transaction failed."), 1);
-  script.Then(Outcome::Exception(EX_ILLEGAL_STATE, "not today"));
-  EXPECT_EQ(Bulk(handle_, {"skin"}, 1), Thermistors{});
-  EXPECT_EQ(log_.Count("GetBulkTemperatureByNames: Transaction failed."), 1);
+  ASSERT_THAT(Limits(GetBatteryChargeLimitCurrent, handle_, false), ElementsAre(0));
+  script.Then(failure);
+  EXPECT_THAT(Limits(GetBatteryChargeLimitCurrent, handle_, false), IsEmpty());
+  EXPECT_EQ(script.calls(), 3) << "no query of the current follows";
+  EXPECT_EQ(log_.Count(failed), 1);
+  ASSERT_THAT(Limits(GetBatteryChargeLimitVoltage, handle_, false), ElementsAre(0));
+  script.Then({});
+  script.Then(failure);
+  EXPECT_THAT(Limits(GetBatteryChargeLimitVoltage, handle_, false), IsEmpty());
+  EXPECT_EQ(log_.Count(failed), 2);
+
+  // Only a failed transaction is logged; an answer that says FAILURE is not.
+  for (const Outcome& outcome : {failure, Outcome::Exception(EX_ILLEGAL_STATE, "not today")}) {
+    script.Then(outcome);
+    EXPECT_EQ(Bulk(handle_, {"skin"}, 1), Thermistors{});
+    EXPECT_EQ(log_.Count("GetBulkTemperatureByNames: Transaction failed."), 1);
+  }
 }
 
 // C++ callers may ask for no name at all.

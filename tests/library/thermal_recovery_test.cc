@@ -3,14 +3,6 @@
 
 // Thermal clients after the service's death: however long it is away, and whichever thread connects
 // to its successor.
-#include <android/log.h>
-
-#include <cerrno>
-#include <chrono>
-#include <functional>
-#include <string>
-#include <thread>
-
 #include "pauses.h"
 #include "process_state.h"
 #include "thermal_fixture.h"
@@ -18,23 +10,16 @@
 namespace norvik::qel {
 namespace {
 
-using fake::Gate;
-using fake::Outcome;
-
 constexpr int kQuickAttempts = 5;  // of "thermal_reconnect", 30 ms apart
 constexpr int kSlowAttempts = 10;  // of "thermal_restore", 1000 ms apart
 
 class ThermalRecoveryTest : public ThermalPathTest {
  protected:
-  ~ThermalRecoveryTest() override {
-    EndsInTime([this] { DeinitThermalInfo(&handle_); });
-  }
-
-  // Both hear the next change, and the service has each callback once.
-  void ExpectBothHear() {
+  // Both receive the next change, and the service has each callback once.
+  void ExpectBothReceive() {
     ASSERT_TRUE(IsRegistered(2));
     severity_ = severity_ % 6 + 1;
-    thermal_.SetSeverity("skin", static_cast<ThrottlingSeverity>(severity_));
+    SetSkin(severity_);
     EXPECT_EQ(seen_.Take(), (Call{1, severity_}));
     thermal_.SetSeverity("cpu", static_cast<ThrottlingSeverity>(severity_));
     EXPECT_EQ(seen_.Take(), (Call{2, severity_}));
@@ -42,8 +27,8 @@ class ThermalRecoveryTest : public ThermalPathTest {
     EXPECT_TRUE(seen_.empty());
   }
   void RegisterBoth() {
-    RegisterAndHear<1>("SKIN", "skin");
-    RegisterAndHear<2>("CPU", "cpu");
+    RegisterSkin();
+    RegisterCpu();
   }
 
   int severity_ = 0;
@@ -93,8 +78,7 @@ constexpr Away kAways[] = {
     {"8s", kQuickAttempts + 8},
 };
 
-INSTANTIATE_TEST_SUITE_P(, ThermalShortRecoveryTest,
-                         testing::Values(ThermalPath::kAidl, ThermalPath::kHidl), PathName);
+QUORVEL_TEST_BOTH_PATHS(ThermalShortRecoveryTest);
 
 TEST_P(ThermalShortRecoveryTest, ClientsComeBackHoweverLongTheServiceWasAway) {
   RegisterBoth();
@@ -104,7 +88,7 @@ TEST_P(ThermalShortRecoveryTest, ClientsComeBackHoweverLongTheServiceWasAway) {
       ASSERT_NO_FATAL_FAILURE(StayAway(away.failed_attempts));
       thermal_.Start(GetParam());
       ASSERT_NO_FATAL_FAILURE(EndPausesUntil(AreIdle));
-      ASSERT_NO_FATAL_FAILURE(ExpectBothHear());
+      ASSERT_NO_FATAL_FAILURE(ExpectBothReceive());
     }
   }
 }
@@ -126,24 +110,24 @@ TEST_P(ThermalShortRecoveryTest, AfterGivingUpAnyOperationBringsTheClientsBack) 
     const int before = look_up().calls();
     operate();
     EXPECT_EQ(look_up().calls(), before + 1);
-    ASSERT_NO_FATAL_FAILURE(ExpectBothHear());
+    ASSERT_NO_FATAL_FAILURE(ExpectBothReceive());
   }
   EXPECT_EQ(log_.Count(kNotReady), 4 * kSlowAttempts);
 }
 
-TEST_P(ThermalShortRecoveryTest, AClientThatLeftWhileTheServiceWasAwayStays) {
+TEST_P(ThermalShortRecoveryTest, ADeregistrationWhileTheServiceIsAwayDoesNotRemoveAClient) {
   RegisterBoth();
   ASSERT_NO_FATAL_FAILURE(StayAway(kQuickAttempts + 1));
   EXPECT_EQ(DeregisterThermalCallback(handle_, 1), 0);
   EXPECT_EQ(log_.Count("DeregisterThermalCallback: double remove for id 1"), 1);
   thermal_.Start(GetParam());
   ASSERT_NO_FATAL_FAILURE(EndPausesUntil(AreIdle));
-  ASSERT_NO_FATAL_FAILURE(ExpectBothHear());
+  ASSERT_NO_FATAL_FAILURE(ExpectBothReceive());
 }
 
 // The service comes back for one query in the middle of a series of attempts, and dies again: the
 // quick worker makes what is left of its series, the slow one all of its own.
-TEST_P(ThermalShortRecoveryTest, ASecondDeathDuringTheRecoveryIsHandled) {
+TEST_P(ThermalShortRecoveryTest, ASecondDeathDuringARecoveryIsRecoveredFrom) {
   RegisterBoth();
   for (const int attempts : {3, kQuickAttempts + 1, kQuickAttempts + 4}) {
     SCOPED_TRACE(attempts);
@@ -157,26 +141,25 @@ TEST_P(ThermalShortRecoveryTest, ASecondDeathDuringTheRecoveryIsHandled) {
     ASSERT_NO_FATAL_FAILURE(EndPausesUntil([this] { return log_.Count(kNotReady) >= 3; }));
     thermal_.Start(GetParam());
     ASSERT_NO_FATAL_FAILURE(EndPausesUntil([this] { return registered() == 2 && AreIdle(); }));
-    ASSERT_NO_FATAL_FAILURE(ExpectBothHear());
+    ASSERT_NO_FATAL_FAILURE(ExpectBothReceive());
   }
 }
 
 TEST_P(ThermalShortRecoveryTest, WithoutClientsTheSlowWorkerIsNotStarted) {
-  RegisterAndHear<1>("SKIN", "skin");
+  RegisterSkin();
   EXPECT_EQ(DeregisterThermalCallback(handle_, 1), 0);
   ASSERT_NO_FATAL_FAILURE(StayAway(kQuickAttempts));
   ASSERT_NO_FATAL_FAILURE(EndPausesUntil(AreIdle));
   EXPECT_EQ(log_.Count(kNotReady), 0);
 }
 
-TEST_P(ThermalShortRecoveryTest, TheHandleGoesPromptlyWhileItLooks) {
+TEST_P(ThermalShortRecoveryTest, DeinitCutsAPauseShort) {
   RegisterBoth();
   ASSERT_NO_FATAL_FAILURE(StayAway(kQuickAttempts + 2));
-  EndsInTime([this] { DeinitThermalInfo(&handle_); });
+  Deinit();
 }
 
-INSTANTIATE_TEST_SUITE_P(, ThermalRecoveryTest,
-                         testing::Values(ThermalPath::kAidl, ThermalPath::kHidl), PathName);
+QUORVEL_TEST_BOTH_PATHS(ThermalRecoveryTest);
 
 // The worker is kept from its attempt until a caller has connected; then the worker finds nothing
 // to do, and neither does a second caller.
@@ -187,13 +170,13 @@ TEST_P(ThermalRecoveryTest, EveryTypeIsRegisteredOncePerConnection) {
   on(ThermalCall::kRegister).Then(Outcome::After(gate));
   Restart();
   ASSERT_TRUE(gate->WaitForArrivals());  // the worker, with the handle's lock held
-  std::thread caller([&] { EXPECT_TRUE(Operate()); });
+  Background caller("a query", [&] { EXPECT_TRUE(Operate()); });
   gate->Open();
-  caller.join();
+  caller.Join();
   EXPECT_TRUE(Operate());
   EXPECT_EQ((Register<3>("SKIN", "no such name")), -EINVAL);
   EXPECT_EQ(on(ThermalCall::kRegister).calls(), before + 2);
-  ASSERT_NO_FATAL_FAILURE(ExpectBothHear());
+  ASSERT_NO_FATAL_FAILURE(ExpectBothReceive());
 }
 
 TEST_P(ThermalRecoveryTest, ARefusalIsNotRepeatedOnTheSameConnection) {
@@ -205,15 +188,15 @@ TEST_P(ThermalRecoveryTest, ARefusalIsNotRepeatedOnTheSameConnection) {
   ASSERT_TRUE(IsRegistered(1));
   EXPECT_TRUE(Operate());
   EXPECT_EQ(on(ThermalCall::kRegister).calls(), before + 2);
-  EXPECT_EQ(Log(ANDROID_LOG_WARN).back().find("RegisterCallbackToThermal: "), 0u);
+  EXPECT_EQ(Warnings().back().find("RegisterCallbackToThermal: "), 0u);
   Restart();
-  ASSERT_NO_FATAL_FAILURE(ExpectBothHear());
+  ASSERT_NO_FATAL_FAILURE(ExpectBothReceive());
 }
 
 // Each refused registration ends its worker before the next one begins.
 TEST_P(ThermalRecoveryTest, WaitingRegistrationsThatFailLeaveNoWorkers) {
   constexpr int kWaiting = 300;
-  RegisterAndHear<1>("SKIN", "skin");
+  RegisterSkin();
   const auto workers = [] { return ThreadsNamed({"thermal_callback"}); };
   ASSERT_TRUE(Eventually([&] { return workers() == 1; }));
   thermal_.Kill(GetParam());

@@ -1,17 +1,19 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Clients that remember what they are told.
+// Clients that keep the values of their calls.
 #pragma once
 
+#include <memory>
 #include <ostream>
 
 #include "dump_text.h"
+#include "quorvel/fake/gate.h"
 #include "waiting.h"
 
 namespace norvik::qel {
 
-// What a client was told: which client, which value.
+// A call of a client.
 struct Call {
   int client;
   int value;
@@ -21,7 +23,7 @@ struct Call {
   }
 };
 
-// A client that is known by where its calls go. The cookie is a Seen<int>.
+// The cookie is a Seen<int>.
 inline void PutValue(int value, void* cookie) {
   static_cast<Seen<int>*>(cookie)->Put(value);
 }
@@ -31,5 +33,24 @@ template <int kClient>
 void Client(int value, void* cookie) {
   static_cast<Seen<Call>*>(cookie)->Put({.client = kClient, .value = value});
 }
+
+// A client that does something when it is called. The cookie is the object.
+struct ActingClient {
+  std::function<void(int value)> action;
+  static void OnValue(int value, void* cookie) {
+    static_cast<ActingClient*>(cookie)->action(value);
+  }
+};
+
+// A client whose calls last until the gate opens. The cookie is the object.
+struct SlowClient {
+  fake::Gate gate = {};
+  Seen<int> seen = {};
+  static void OnValue(int value, void* cookie) {
+    auto& self = *static_cast<SlowClient*>(cookie);
+    self.seen.Put(value);
+    self.gate.Pass();
+  }
+};
 
 }  // namespace norvik::qel

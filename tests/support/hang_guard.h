@@ -1,8 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Ends a whole program that hangs, with a message. EndsInTime() of waiting.h does so for one
-// action.
+// Ends a whole program that hangs, with a message. Background of waiting.h does so for one action.
 #pragma once
 
 #include <chrono>
@@ -10,7 +9,7 @@
 namespace norvik::qel {
 
 // A sign of life, and what is under way from now on: unless another one follows within `limit`, the
-// program prints `what` and aborts. `what` lives for ever.
+// program prints `what` and aborts. `what` must live until the next one.
 //
 // Threads: any.
 void RestartHangGuard(const char* what, std::chrono::seconds limit);

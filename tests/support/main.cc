@@ -9,6 +9,21 @@
 
 #include <cstdlib>
 #include <locale>
+#include <string>
+
+#include "hang_guard.h"
+
+// A test that hangs ends the program, with its name. Slow ones sit out real pauses.
+class HangGuard : public testing::EmptyTestEventListener {
+  void OnTestStart(const testing::TestInfo& info) override {
+    using std::chrono::minutes;
+    name_ = std::string(info.test_suite_name()) + "." + info.name();
+    const bool slow = name_.find("Slow") != std::string::npos;
+    norvik::qel::RestartHangGuard(name_.c_str(), slow ? minutes(20) : minutes(5));
+  }
+
+  std::string name_;
+};
 
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
@@ -16,12 +31,13 @@ int main(int argc, char** argv) {
   __android_log_set_minimum_priority(ANDROID_LOG_ERROR);
   // A death test runs in a new process from its start: the binder threads do not survive a fork.
   GTEST_FLAG_SET(death_test_style, "threadsafe");
-  // A program may have a locale of its own, which nothing here is to heed; but the system's
-  // messages are rightly in its language.
+  // A program may have a locale of its own, on which nothing here may depend, except the language
+  // of the system's messages.
   if (const char* const name = std::getenv("QUORVEL_TEST_LOCALE")) {
     std::locale::global(std::locale(name));
     setlocale(LC_MESSAGES, "C");
   }
+  testing::UnitTest::GetInstance()->listeners().Append(new HangGuard);
   ABinderProcess_startThreadPool();
   return RUN_ALL_TESTS();
 }

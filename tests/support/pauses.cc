@@ -87,7 +87,7 @@ void EndPauses() {
     }
   }
   for (Pause* pause : all) {
-    // With the waiting thread's own mutex: it has either not looked yet, or sleeps and hears. It
+    // With the waiting thread's own mutex: it has either not looked yet, or sleeps and wakes. It
     // does not leave in between: each pause is ended once, and lasts until then.
     pthread_mutex_lock(pause->mutex);
     pause->over = true;

@@ -8,12 +8,14 @@ add_library(quorvel_test_support INTERFACE)
 target_include_directories(quorvel_test_support INTERFACE ${CMAKE_CURRENT_LIST_DIR})
 target_link_libraries(quorvel_test_support INTERFACE quorvel_classes quorvel_simulated)
 
-# The library's pauses in the test's hands, how to see that all threads are at rest, and what ends a
-# program that hangs.
+# Ends a program that hangs.
+add_library(quorvel_test_hang_guard STATIC ${CMAKE_CURRENT_LIST_DIR}/hang_guard.cc)
+
+# The library's pauses under the test's control, and how to see that all threads are idle.
 add_library(quorvel_test_pauses OBJECT
-  ${CMAKE_CURRENT_LIST_DIR}/hang_guard.cc ${CMAKE_CURRENT_LIST_DIR}/pauses.cc
-  ${CMAKE_CURRENT_LIST_DIR}/quiet.cc)
-target_link_libraries(quorvel_test_pauses PUBLIC quorvel_test_support ${CMAKE_DL_LIBS})
+  ${CMAKE_CURRENT_LIST_DIR}/pauses.cc ${CMAKE_CURRENT_LIST_DIR}/quiet.cc)
+target_link_libraries(quorvel_test_pauses PUBLIC quorvel_test_support quorvel_test_hang_guard
+                      ${CMAKE_DL_LIBS})
 
 if(NOT QUORVEL_TESTS)
   return()
@@ -26,7 +28,7 @@ endif()
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
 
 add_library(quorvel_test_main OBJECT ${CMAKE_CURRENT_LIST_DIR}/main.cc)
-target_link_libraries(quorvel_test_main PUBLIC quorvel_test_support GTest::gmock GTest::gtest)
+target_link_libraries(quorvel_test_main PUBLIC quorvel_test_support quorvel_test_hang_guard GTest::gmock GTest::gtest)
 # What nearly every test includes costs more to read than most tests to compile; and optimizing them
 # makes nothing that is tested any faster.
 target_compile_options(quorvel_test_main PUBLIC -O0)

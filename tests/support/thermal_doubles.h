@@ -17,7 +17,7 @@
 
 namespace norvik::qel {
 
-// One notification: what was told, and on a thread of which name.
+// One notification, and the name of its thread.
 template <typename Temperature>
 struct Heard {
   Temperature temperature;

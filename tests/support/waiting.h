@@ -15,6 +15,7 @@
 #include <optional>
 #include <thread>
 #include <utility>
+#include <vector>
 
 #include "quorvel/fake/thread_annotations.h"
 
@@ -43,6 +44,25 @@ class Seen {
     values_.pop_front();
     return value;
   }
+  // The oldest `count`; fewer when no more come in time.
+  [[nodiscard]] std::vector<T> TakeMany(size_t count) {
+    std::vector<T> values;
+    while (values.size() < count) {
+      std::optional<T> value = Take();
+      if (!value) break;
+      values.push_back(*std::move(value));
+    }
+    return values;
+  }
+  // Takes values up to `last`; false when it does not come in time.
+  [[nodiscard]] bool TakeUntil(const T& last) {
+    const auto deadline = std::chrono::steady_clock::now() + kHangGuard;
+    while (const std::optional<T> value = Take()) {
+      if (*value == last) return true;
+      if (std::chrono::steady_clock::now() > deadline) break;
+    }
+    return false;
+  }
   bool empty() const {
     std::lock_guard<std::mutex> lock(lock_);
     return values_.empty();
@@ -54,8 +74,8 @@ class Seen {
   std::deque<T> values_ QUORVEL_GUARDED_BY(lock_);
 };
 
-// For what the system tells to those who ask only, such as the number of threads: asks until it is
-// so. False after the hang guard.
+// For a state without an event, such as the number of threads: asks until it is so. False after the
+// hang guard.
 [[nodiscard]] inline bool Eventually(const std::function<bool()>& is_so) {
   const auto deadline = std::chrono::steady_clock::now() + kHangGuard;
   while (!is_so()) {
@@ -65,16 +85,37 @@ class Seen {
   return true;
 }
 
-// Runs what must come to an end. A thread that hangs can only be ended with the process.
-inline void EndsInTime(std::function<void()> action) {
-  std::packaged_task<void()> task(std::move(action));
-  std::future<void> done = task.get_future();
-  std::thread thread(std::move(task));
-  if (done.wait_for(kHangGuard) != std::future_status::ready) {
-    std::cerr << "hangs\n";
-    std::abort();
+// An action on a thread of its own. Join() and the destructor wait for its end. One that does not
+// end can only be ended with the process: `what` says which it was.
+class Background {
+ public:
+  Background(const char* what, std::function<void()> action) : what_(what) {
+    std::packaged_task<void()> task(std::move(action));
+    done_ = task.get_future();
+    thread_ = std::thread(std::move(task));
   }
-  thread.join();
+  ~Background() { Join(); }
+  Background(const Background&) = delete;
+  Background& operator=(const Background&) = delete;
+
+  void Join(std::chrono::seconds limit = kHangGuard) {
+    if (!thread_.joinable()) return;
+    if (done_.wait_for(limit) != std::future_status::ready) {
+      std::cerr << "hangs: " << what_ << "\n";
+      std::abort();
+    }
+    thread_.join();
+  }
+
+ private:
+  const char* const what_;
+  std::future<void> done_;
+  std::thread thread_;
+};
+
+// Runs what must come to an end.
+inline void EndsInTime(std::function<void()> action, const char* what = "an action of a test") {
+  Background(what, std::move(action)).Join();
 }
 
 }  // namespace norvik::qel
