@@ -20,7 +20,7 @@ void SetDevice(const std::string& value, Options& options) {
     names.emplace_back(type.name);
   }
   if (options.device != nullptr && options.device->name == value) return;
-  throw UsageError("--device: unknown device '" + value + "', use " + Enumerated(names, "or"));
+  throw UsageError("--device: unknown '" + value + "', use " + Enumerated(names, "or"));
 }
 
 void SetDuration(const std::string& value, Options& options) {

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <locale>
 #include <system_error>
 
 #include "cli/command_table.h"
@@ -87,6 +88,7 @@ int Run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   using namespace norvik::qel::monitor;
+  std::locale::global(std::locale::classic());  // numbers in JSON have a point
   try {
     return Run(argc, argv);
   } catch (const UsageError& error) {

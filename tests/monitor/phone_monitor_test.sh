@@ -2,10 +2,9 @@
 # SPDX-FileCopyrightText: 2026 The quorvel developers
 # SPDX-License-Identifier: Apache-2.0
 
-# phone_tool_test.sh PROGRAM [EMULATOR...]: the phone's monitor, on a phone whose services run.
+# phone_monitor_test.sh PROGRAM: the phone's monitor, on a phone whose services run.
 set -euo pipefail
 program=$1
-run=("${@:2}" "$program")
 fail() { printf '%s\n' "$*" >&2; exit 1; }
 
 # expect EXIT-CODE WANTED... -- ARGUMENT...: the program's output has each of the wanted lines.
@@ -15,7 +14,7 @@ expect() {
   shift
   while [ "$1" != -- ]; do wanted+=("$1"); shift; done
   shift
-  output=$("${run[@]}" "$@" 2>&1) || actual=$?
+  output=$("$program" "$@" 2>&1) || actual=$?
   [ "$actual" = "$exit_code" ] || fail "$*: exit code $actual, not $exit_code: $output"
   for text in "${wanted[@]}"; do
     grep -qF -- "$text" < <(tr -s ' ' <<<"$output") || fail "$*: no '$text' in: $output"
@@ -26,7 +25,7 @@ expect() {
 hears() {
   local pattern=$1
   shift
-  timeout 60 "${run[@]}" "$@" 2>/dev/null | grep -qE -m 1 -- "$pattern" || fail "$*: no '$pattern'"
+  timeout 60 "$program" "$@" 2>/dev/null | grep -qE -m 1 -- "$pattern" || fail "$*: no '$pattern'"
 }
 
 expect 0 "battery level 61 %" "dock charger online" "wireless charger offline" -- get battery
