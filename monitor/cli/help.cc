@@ -40,11 +40,21 @@ constexpr Entry kJson[] = {
      "\"service\": \"health\", \"thermal\", \"thermal (HIDL)\" for the older kind, or \"sensor\" "
      "with the sensor as \"detail\""},
     {"call_refused, notice", "\"service\", \"detail\""},
+    {"item",
+     "\"service\", \"property\", \"value\", \"unit\", \"severity\", \"source\", \"remark\" "
+     "(list, status)"},
+    {"part",
+     "\"name\", \"kind\", \"value\", \"property\" (what it is a part of), \"remark\" (list)"},
+    {"name", "\"property\" (list --names)"},
+    {"check",
+     "\"subject\", \"check\", \"result\": \"ok\", \"warning\" or \"failed\"; \"detail\", "
+     "\"next_step\" (doctor)"},
     {"dump", "\"family\": \"battery\", \"sensors\" or \"thermal\"; \"text\""},
     {"heading, narration", "\"text\" (demo, play)"},
     {"summary",
      "\"success\", \"callbacks\", \"text\"; of the health service \"deaths\", \"relinks\", "
-     "\"refusals\"; of the thermal service \"thermal_deaths\" (demo, play)"},
+     "\"refusals\"; of the thermal service \"thermal_deaths\" (demo, play); \"success\", \"text\" "
+     "(doctor)"},
     {"properties",
      "battery_level (percent), battery_cycle_count, wireless_charger, dock_charger, proximity "
      "(cm), hinge_angle (degrees), TYPE:NAME (throttling), NAME (degrees Celsius), bcl_current, "

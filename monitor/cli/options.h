@@ -32,6 +32,8 @@ struct Options {
   ExistingFile existing = ExistingFile::kRefuse;
   std::optional<double> speed = {};
   bool step = false;
+  bool names = false;
+  bool follow = false;
   std::string output = {};
 };
 

@@ -71,6 +71,15 @@ class JsonOutput : public Output {
     Write(Line("dump").Add("family", JsonText(family)).Add("text", text));
   }
 
+  void ShowRecord(const char* event, const Fields& fields) override {
+    JsonLine line = Line(event);
+    for (const auto& [name, content] : fields) {
+      const std::string* const text = std::get_if<std::string>(&content);
+      line.Add(name, text != nullptr ? JsonText(*text) : ToJson(std::get<Value>(content)));
+    }
+    Write(line);
+  }
+
   void Explain(const std::string& /*text*/) override {}
   void Heading(const std::string& text) override { Write(Line("heading").Add("text", text)); }
   void Say(const std::string& text) override { Write(Line("narration").Add("text", text)); }

@@ -42,8 +42,11 @@ std::string Wrapped(std::string_view text, size_t columns, size_t indent, size_t
   size_t column = used;
   bool is_first = true;  // of its line
   while (!text.empty()) {
-    const std::string_view word = text.substr(0, text.find(' '));
-    text.remove_prefix(std::min(word.size() + 1, text.size()));
+    // A word that no line can hold is cut.
+    const std::string_view word =
+        text.substr(0, text.find(' ')).substr(0, std::max<size_t>(columns - indent, 1));
+    text.remove_prefix(word.size());
+    if (text.starts_with(' ')) text.remove_prefix(1);
     if (!is_first && column + 1 + word.size() > columns) {
       lines.append("\n").append(indent, ' ');
       column = indent;

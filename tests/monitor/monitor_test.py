@@ -303,7 +303,8 @@ class ToolTest(unittest.TestCase):
         for name in types:
             code, _, err = run("watch", "thermal", name + ":nose", "--for", "1s")
             self.assertEqual(code, 1)
-            self.assertIn(f"quorvel: the thermal service reports no temperature {name}:nose\n", err)
+            self.assertIn(f"quorvel: the thermal service reports no temperature {name}:nose; it "
+                          "reports CPU:cpu, ", err)
             self.assertNotIn("unknown temperature type", err)
         text = self.success(run("watch", "thermal", "SKIN:skin", "--for", "100ms",
                                 program=QUORVEL_BARE))

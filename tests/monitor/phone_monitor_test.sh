@@ -39,6 +39,9 @@ hears "hinge angle +(unknown|0 degrees) +-> +120 degrees" watch sensors
 hears "SKIN:skin +unknown +-> +LIGHT" watch thermal SKIN:skin
 expect 0 "Watching the sensors of the device 'phone'." -- watch --for=1ms sensors
 expect 0 "linked to services = T" -- dump
+expect 0 "battery_level 61 % health service" "SKIN:skin 38.5 degrees C, LIGHT thermal service" -- list
+expect 0 "services: health up, sensor up, thermal up" "SKIN:skin 38.5 C, LIGHT" -- status
+expect 0 "ok health: link made" "ok thermal: callback registered" " 0 failed" -- doctor
 expect 0 "watch thermal TYPE:NAME" -- help
 expect 0 "quorvel " -- --version
 expect 0 '"property":"battery_level"' -- get battery --json
