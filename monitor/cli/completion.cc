@@ -4,22 +4,28 @@
 #include <stdio.h>
 
 #include <algorithm>
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "cli/command_table.h"
 #include "cli/program.h"
+#include "clients/inventory.h"
 #include "clients/thermal_properties.h"
 
 namespace norvik::qel::monitor {
 
 namespace {
 
+using Temperatures = std::vector<TemperatureReport>;
+
 // Prints candidates for the word that is being typed.
 class Candidates {
  public:
   // `typed`: of a word such as --device=li that is completed as a whole, what precedes the value is
   // in `stem`.
-  Candidates(std::string_view typed, std::string_view stem) : typed_(typed), stem_(stem) {}
+  Candidates(const DeviceType& device, std::string_view typed, std::string_view stem)
+      : device_(device), typed_(typed), stem_(stem) {}
 
   void Add(std::string_view name, std::string_view description = {}) const {
     if (!name.starts_with(typed_)) return;
@@ -47,6 +53,9 @@ class Candidates {
       for (const DeviceType& type : DeviceTypes()) Add(type.name, type.description);
     } else if (value.starts_with("TYPE:NAME")) {
       for (const std::string_view& type : kThermalTypes) Add(std::string(type) + ":");
+      AddTemperatures(/*with_type=*/true);
+    } else if (value.starts_with("NAME")) {
+      AddTemperatures(/*with_type=*/false);
     } else if (value.find('|') != value.npos) {
       for (size_t end; !value.empty(); value.remove_prefix(std::min(end + 1, value.size()))) {
         end = std::min(value.find('|'), value.size());
@@ -56,9 +65,33 @@ class Candidates {
   }
 
  private:
+  // Those that the device reports now.
+  void AddTemperatures(bool with_type) const {
+    const std::unique_ptr<Device> device = device_.make([](const DeviceEvent&) {});
+    device->Start({});
+    for (const TemperatureReport& report : PlatformTemperatures().value_or(Temperatures())) {
+      if (!with_type || IsWatchable(report)) {
+        Add((with_type ? report.type + ":" : "") + report.name);
+      }
+    }
+  }
+
+  const DeviceType& device_;
   const std::string_view typed_;
   const std::string_view stem_;
 };
+
+// The device of the command line, or the default one.
+const DeviceType& DeviceOf(std::span<const std::string> words) {
+  for (const DeviceType& type : DeviceTypes()) {
+    const std::string name(type.name);
+    for (size_t i = 0; i < words.size(); ++i) {
+      const bool is_value = i > 0 && words[i - 1] == "--device" && words[i] == name;
+      if (is_value || words[i] == "--device=" + name) return type;
+    }
+  }
+  return DeviceTypes().front();
+}
 
 // Null when there is none.
 const Option* FindOption(std::string_view word) {
@@ -122,15 +155,16 @@ void PrintCompletions(std::span<const std::string> words) {
   if (words.empty()) return;
   const Line line = Read(words.first(words.size() - 1));
   const std::string_view typed = words.back();
-  if (line.open != nullptr) return Candidates(typed, "").AddValues(line.open->value);
+  const DeviceType& device = DeviceOf(words);
+  if (line.open != nullptr) return Candidates(device, typed, "").AddValues(line.open->value);
   const size_t equals = typed.find('=');
   if (typed.starts_with("--") && equals != std::string_view::npos) {
     const Option* const option = FindOption(typed.substr(0, equals));
-    const Candidates candidates(typed.substr(equals + 1), typed.substr(0, equals + 1));
+    const Candidates candidates(device, typed.substr(equals + 1), typed.substr(0, equals + 1));
     if (option != nullptr) candidates.AddValues(option->value);
     return;
   }
-  const Candidates candidates(typed, "");
+  const Candidates candidates(device, typed, "");
   if (typed.starts_with('-')) return AddOptions(line, candidates);
   if (line.command.empty()) return candidates.AddCommands();
   AddOperands(line, candidates);

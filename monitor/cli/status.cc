@@ -25,6 +25,7 @@ namespace norvik::qel::monitor {
 namespace {
 
 constexpr std::chrono::seconds kPeriod(1);
+constexpr size_t kHeadingLines = 2;
 constexpr size_t kNarrow = 60;  // columns; below that there is no room for history bars
 
 // Lines of the terminal; no limit without one.
@@ -96,7 +97,7 @@ std::string StateOfServices(const std::vector<ServiceState>& services) {
   return text;
 }
 
-// The hottest temperatures come first among their kind, because the screen may not have all.
+// The hottest temperatures come first among their kind, where the screen does not have all.
 void SortByUrgency(std::vector<Item>* items) {
   const auto is_temperature = [](const Item& item) { return item.severity.has_value(); };
   std::stable_sort(items->begin(), items->end(), [&](const Item& a, const Item& b) {
@@ -111,7 +112,7 @@ class StatusScreen {
       : device_(options.device->name), follows_(options.follow), output_(output) {}
 
   void Show(Inventory inventory) {
-    SortByUrgency(&inventory.items);
+    if (inventory.items.size() + kHeadingLines >= Height()) SortByUrgency(&inventory.items);
     const Terminal terminal = StandardOutput();
     Rows rows;
     bool has_changed = lines_ == 0;
@@ -149,7 +150,7 @@ class StatusScreen {
     Item shown = item;
     if (item.unit == kCelsius) shown.unit = " C";
     if (item.severity == Severity::kNone) shown.severity = std::nullopt;
-    return ValueOf(shown) + (item.remark.empty() ? "" : " (" + item.remark + ")");
+    return item.value == Value() && !item.remark.empty() ? item.remark : ValueOf(shown);
   }
 
   // No more lines than the terminal has.

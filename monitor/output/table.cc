@@ -56,7 +56,12 @@ std::string Table(const std::vector<std::vector<std::string>>& rows, size_t colu
     std::string line;
     size_t start = 0;
     for (size_t i = 0; i < row.size(); ++i) {
-      if (i > 0) line.append(std::max(start, EndOf(line) + kGap) - EndOf(line), ' ');
+      if (i > 0) {
+        // A cell that does not fit where its column begins may begin earlier.
+        const size_t width = std::min(ColumnsOf(row[i]), columns);
+        const size_t column = std::max(std::min(start, columns - width), EndOf(line) + kGap);
+        line.append(column - EndOf(line), ' ');
+      }
       AddCell(Printable(row[i]), EndOf(line), columns, &line);
       start += widths[i] + kGap;
     }

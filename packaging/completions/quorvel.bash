@@ -17,6 +17,7 @@ _quorvel() {
     return
   fi
   COMPREPLY=("${COMPREPLY[@]#"$stem"}")
+  COMPREPLY=("${COMPREPLY[@]// /\\ }") # names of temperatures may hold blanks
   [[ ${COMPREPLY[*]} != *: ]] || compopt -o nospace 2>/dev/null || :
 }
 

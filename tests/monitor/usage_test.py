@@ -140,6 +140,10 @@ class UsageTest(unittest.TestCase):
             for name in NAMES:
                 self.assertEqual(offered(shell, f"quorvel {name} --"),
                                  options_in(quorvel(name, "--help").stdout).keys())
+            self.assertIn("SKIN:skin" if shell is not bash else "skin",
+                          offered(shell, "quorvel watch --device simulated thermal SKIN:"))
+            self.assertEqual(offered(shell, "quorvel get temperatures --device simulated sk"),
+                             {"skin"})
             for name in ("watch", "get"):
                 self.assertEqual(offered(shell, f"quorvel {name} "),
                                  {c.split()[1] for c in COMMANDS if c.startswith(name)})
