@@ -1,11 +1,12 @@
 # SPDX-FileCopyrightText: 2026 The quorvel developers
 # SPDX-License-Identifier: Apache-2.0
 
-# Rules for cmake --install, in four components, one per package:
+# Rules for cmake --install, in five components, one per package:
 #
 #   runtime    the library and the fake platform
 #   dev        for building programs: headers, link names, pkg-config, CMake, documents
 #   simulated  for tests: the simulated phone and the controls of the fake platform
+#   linux      the Linux machine, whose services are in the component simulated
 #   monitor    the monitor, its manual page and its completions
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
@@ -43,6 +44,16 @@ install(TARGETS quorvel quorvel_fake_platform EXPORT quorvelTargets
 install(TARGETS quorvel_simulated quorvel_services quorvel_fake_platform_control
         EXPORT quorvelSimulatedTargets
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT simulated)
+if(TARGET quorvel_linux_machine)
+  target_include_directories(quorvel_linux_machine
+    INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+  install(TARGETS quorvel_linux_machine EXPORT quorvelLinuxTargets
+          ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT linux)
+  install(EXPORT quorvelLinuxTargets NAMESPACE quorvel:: DESTINATION ${package_dir}
+          COMPONENT linux)
+  install(DIRECTORY host/linux_machine/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+          COMPONENT linux)
+endif()
 install(FILES include/quorvel.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev)
 install(DIRECTORY host/fake_platform/include/ DESTINATION ${quorvel_include}/fake_platform
         COMPONENT dev)
@@ -63,13 +74,17 @@ install(EXPORT quorvelSimulatedTargets NAMESPACE quorvel:: DESTINATION ${package
 
 # pkg-config.
 file(RELATIVE_PATH from_pc_to_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
-foreach(name quorvel quorvel-fake-platform quorvel-simulated)
+foreach(name quorvel quorvel-fake-platform quorvel-simulated quorvel-linux)
   configure_file(packaging/${name}.pc.in ${name}.pc @ONLY)
 endforeach()
 install(FILES ${PROJECT_BINARY_DIR}/quorvel.pc ${PROJECT_BINARY_DIR}/quorvel-fake-platform.pc
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT dev)
 install(FILES ${PROJECT_BINARY_DIR}/quorvel-simulated.pc
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT simulated)
+if(TARGET quorvel_linux_machine)
+  install(FILES ${PROJECT_BINARY_DIR}/quorvel-linux.pc
+          DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT linux)
+endif()
 
 # Documents, in the folders of the source tree, because they link to each other.
 install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)

@@ -7,6 +7,7 @@
 #   libquorvel-dev            for building programs; with the platform's headers, because a program
 #                             must start its binder threads
 #   libquorvel-simulated-dev  for testing programs; separate, because a product does not need it
+#   libquorvel-linux-dev      the same for programs that read the machine that they run on
 #   quorvel                   the monitor
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME quorvel)
@@ -56,6 +57,12 @@ debian_component(dev libquorvel-dev libdevel
 debian_component(simulated libquorvel-simulated-dev libdevel
   "${about}\n\nThis package contains a simulated phone for testing programs that use the\nlibrary."
   dev)
+if(TARGET quorvel_linux_machine)
+  debian_component(linux libquorvel-linux-dev libdevel
+    "${about}\n\nThis package contains services with the batteries, temperatures and sensors of\nthis Linux machine."
+    simulated)
+  set(CPACK_DEBIAN_LINUX_PACKAGE_DEPENDS libudev-dev)
+endif()
 if(QUORVEL_MONITOR)
   debian_component(monitor quorvel utils
     "${about}\n\nThis package contains the monitor, which shows, records and plays back this\nstate."

@@ -6,7 +6,8 @@
  * dump.
  *
  * On a phone it uses the phone's health service. On a host no service runs unless the program
- * brings one: "client" shows that case, and "client_and_phone" has a simulated phone (phone.cc).
+ * brings one: "client" shows that case, "client_and_phone" has a simulated phone (phone.cc), and
+ * "client_and_machine" the battery of this Linux machine (machine.cc).
  */
 #include <android/binder_process.h>
 #include <errno.h>

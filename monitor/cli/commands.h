@@ -23,11 +23,15 @@ int GetSensors(const Options& options, Output& output);
 int WatchThermal(const Options& options, Output& output);
 int GetTemperatures(const Options& options, Output& output);
 int GetChargeLimits(const Options& options, Output& output);
+int List(const Options& options, Output& output);
+int Status(const Options& options, Output& output);
+int Doctor(const Options& options, Output& output);
 int Dump(const Options& options, Output& output);
 int Demo(const Options& options, Output& output);
 int Play(const Options& options, Output& output);
 int Plot(const Options& options, Output& output);
 int Record(const Options& options, Output& output);
+int Help(const Options& options, Output& output);
 
 // One line on standard error, whatever the text holds.
 void Complain(std::string text);

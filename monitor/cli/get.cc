@@ -7,6 +7,7 @@
 #include "cli/options.h"
 #include "cli/session.h"
 #include "clients/battery_client.h"
+#include "clients/inventory.h"
 #include "clients/sensor_client.h"
 #include "clients/sensor_readings.h"
 #include "clients/thermal_client.h"
@@ -84,7 +85,8 @@ int GetTemperatures(const Options& options, Output& output) {
   }
   const bool complete = std::count(values->begin(), values->end(), Value(Absent())) == 0;
   if (complete) return EXIT_SUCCESS;
-  Complain("the thermal service does not report all of these temperatures");
+  Complain("the thermal service does not report all of these temperatures" +
+           KnownTemperatures(/*with_type=*/false));
   return EXIT_FAILURE;
 }
 

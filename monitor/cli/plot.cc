@@ -25,6 +25,10 @@ std::string_view EndingOf(PlotFormat format) {
 
 int Plot(const Options& options, Output& output) {
   const std::string& path = options.operands.front();
+  if (options.output.empty()) throw UsageError("plot: --output FILE is missing");
+  if (!options.output.ends_with(".svg") && !options.output.ends_with(".png")) {
+    throw UsageError("--output: '" + options.output + "' ends neither with .svg nor with .png");
+  }
   const Recording recording = ReadRecording(path);
   const std::string name = path.substr(path.rfind('/') + 1);
   const std::string title =

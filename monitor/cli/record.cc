@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include <optional>
 #include <string>
 
 #include "cli/commands.h"
@@ -9,9 +8,6 @@
 #include "cli/session.h"
 #include "clients/all_clients.h"
 #include "recording/recorder.h"
-#include "scenario/battery_script.h"
-#include "scenario/sensor_script.h"
-#include "scenario/thermal_script.h"
 
 namespace norvik::qel::monitor {
 
@@ -22,19 +18,6 @@ void NoteBeginning(Session& session) {
   while (session.WaitUntil(Session::Clock::now()) == Session::Wake::kEvent) {
     // The session's listener takes it.
   }
-}
-
-void LetLive(Session& session, Session::Clock::time_point end) {
-  std::optional<BatteryScript> battery;
-  if (BatteryDriver* driver = session.device().battery_driver()) battery.emplace(*driver);
-  std::optional<SensorScript> sensors;
-  if (SensorDriver* driver = session.device().sensor_driver()) sensors.emplace(*driver);
-  std::optional<ThermalScript> thermal;
-  if (ThermalDriver* driver = session.device().thermal_driver()) thermal.emplace(*driver);
-  RunScripts(
-      session,
-      {battery ? &*battery : nullptr, sensors ? &*sensors : nullptr, thermal ? &*thermal : nullptr},
-      end);
 }
 
 }  // namespace
@@ -62,7 +45,7 @@ int Record(const Options& options, Output& output) {
   join(kThermalFamily);
   // What is refused keeps nobody from recording all the rest.
   if (refused) Complain(kRefusal);
-  LetLive(session, EndOf(options));
+  AllScripts(session.device()).Run(session, EndOf(options));
   if (!recorder.failure().empty()) {
     Complain(recorder.failure());
     return EXIT_FAILURE;

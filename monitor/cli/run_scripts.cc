@@ -27,6 +27,19 @@ void RunScripts(Session& session, std::initializer_list<DeviceScript*> scripts,
   }
 }
 
+AllScripts::AllScripts(Device& device) {
+  if (BatteryDriver* driver = device.battery_driver()) battery_.emplace(*driver);
+  if (SensorDriver* driver = device.sensor_driver()) sensors_.emplace(*driver);
+  if (ThermalDriver* driver = device.thermal_driver()) thermal_.emplace(*driver);
+}
+
+void AllScripts::Run(Session& session, Clock::time_point end) {
+  RunScripts(session,
+             {battery_ ? &*battery_ : nullptr, sensors_ ? &*sensors_ : nullptr,
+              thermal_ ? &*thermal_ : nullptr},
+             end);
+}
+
 Clock::time_point EndOf(const Options& options) {
   return options.duration ? Clock::now() + *options.duration : Clock::time_point::max();
 }

@@ -9,6 +9,7 @@
 #include "cli/session.h"
 #include "cli/thermal_operands.h"
 #include "clients/battery_client.h"
+#include "clients/inventory.h"
 #include "clients/sensor_client.h"
 #include "clients/thermal_client.h"
 #include "scenario/battery_script.h"
@@ -76,7 +77,8 @@ int WatchThermal(const Options& options, Output& output) {
   ThermalClient client(session.events());
   for (const ThermalProperty& property : operands.properties()) {
     if (client.Register(property)) continue;
-    Complain("the thermal service reports no temperature " + std::string(property.name));
+    Complain("the thermal service reports no temperature " + std::string(property.name) +
+             KnownTemperatures(/*with_type=*/true));
     return EXIT_FAILURE;
   }
   const Clock::time_point end = EndOf(options);

@@ -68,6 +68,15 @@ struct DeviceSetup {
   bool verbose = false;
 };
 
+// A part of the device: what a value comes from, or what counts for none.
+struct DevicePart {
+  std::string name;         // the kernel's: "BAT0", "thermal_zone3"
+  std::string kind;         // "battery", "AC charger"
+  std::string value = {};   // as text for people; may be empty
+  std::string item = {};    // the key of the value, such as "battery_level"; empty: of none
+  std::string remark = {};  // its share in the value, or why it does not count; may be empty
+};
+
 // Threads: the main thread.
 class Device {
  public:
@@ -82,6 +91,8 @@ class Device {
   virtual SensorDriver* sensor_driver() { return nullptr; }
   // Null when the temperatures cannot.
   virtual ThermalDriver* thermal_driver() { return nullptr; }
+  // As of its last reading. Empty where the services tell nothing of what is behind them.
+  virtual std::vector<DevicePart> Parts() { return {}; }
 };
 
 // What a service is told in advance: to turn down a call, so many times.

@@ -12,7 +12,7 @@ std::span<const DeviceType> DeviceTypes() {
        .tells_demo = true,
        .make = MakeSimulatedDevice},
       {.name = "linux",
-       .description = "this machine: power supplies, thermal zones, IIO sensors",
+       .description = "this machine: power supplies, temperatures, IIO sensors",
        .tells_demo = false,
        .make = MakeLinuxDevice},
   };

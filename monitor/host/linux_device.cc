@@ -1,9 +1,17 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
+#include <android/sensor.h>
+
+#include <cmath>
 #include <cstdlib>
 #include <string>
 #include <utility>
+#include <vector>
+
+#include "clients/battery_properties.h"
+#include "clients/sensor_properties.h"
+#include "clients/thermal_properties.h"
 
 #include "host/host.h"
 #include "quorvel/linux_machine/health.h"
@@ -18,6 +26,88 @@ namespace {
 std::string TypesFile() {
   const char* const file = std::getenv("QUORVEL_THERMAL_TYPES");
   return file != nullptr ? file : "";
+}
+
+using linux_machine::PowerSupply;
+using linux_machine::SensorSource;
+using linux_machine::TemperatureSource;
+
+std::string_view KindOf(const PowerSupply& supply) {
+  switch (supply.kind) {
+    case PowerSupply::Kind::kBattery:
+      return "battery";
+    case PowerSupply::Kind::kAc:
+      return "AC charger";
+    case PowerSupply::Kind::kUsb:
+      return "USB charger";
+    case PowerSupply::Kind::kWireless:
+      return kWirelessCharger.name;
+    case PowerSupply::Kind::kDock:
+      return kDockCharger.name;
+    case PowerSupply::Kind::kOther:
+      break;
+  }
+  return "power supply";
+}
+
+std::string_view ItemOf(PowerSupply::Kind kind) {
+  switch (kind) {
+    case PowerSupply::Kind::kBattery:
+      return kBatteryLevel.key;
+    case PowerSupply::Kind::kWireless:
+      return kWirelessCharger.key;
+    case PowerSupply::Kind::kDock:
+      return kDockCharger.key;
+    default:
+      return {};
+  }
+}
+
+std::string_view InWords(PowerSupply::Weight weight) {
+  switch (weight) {
+    case PowerSupply::Weight::kEnergy:
+      return " % of the level, by energy";
+    case PowerSupply::Weight::kCharge:
+      return " % of the level, by charge and design voltage";
+    default:
+      return " % of the level, by the mean";
+  }
+}
+
+DevicePart ToPart(const PowerSupply& supply) {
+  DevicePart part = {.name = supply.name, .kind = std::string(KindOf(supply))};
+  if (supply.level_percent) part.value = std::to_string(*supply.level_percent) + " %";
+  if (supply.online) part.value = *supply.online ? "online" : "offline";
+  if (!supply.ignored_because.empty()) {
+    part.remark = "ignored: " + supply.ignored_because;
+    return part;
+  }
+  part.item = ItemOf(supply.kind);
+  if (part.item.empty()) part.remark = "neither a wireless nor a dock charger";
+  if (supply.share && supply.weight != PowerSupply::Weight::kNone) {
+    part.remark =
+        std::to_string(std::lround(100 * *supply.share)) + std::string(InWords(supply.weight));
+  }
+  return part;
+}
+
+DevicePart ToPart(const TemperatureSource& source) {
+  return {.name = source.device,
+          .kind = "temperature",
+          .item = toString(source.type) + ":" + source.name,
+          .remark = source.is_readable ? "" : "cannot be read"};
+}
+
+DevicePart ToPart(const SensorSource& source) {
+  const bool is_hinge = source.type == ASENSOR_TYPE_HINGE_ANGLE;
+  DevicePart part = {.name = source.device + " (" + source.name + ")",
+                     .kind = "sensor",
+                     .item = std::string(is_hinge ? kHingeAngle.key : kProximity.key)};
+  if (source.reading == SensorSource::Reading::kNearOrFar) part.remark = "near or far";
+  if (source.reading == SensorSource::Reading::kPresentOrAway) {
+    part.remark = "whether a person is there";
+  }
+  return part;
 }
 
 class LinuxDevice : public Device {
@@ -37,6 +127,13 @@ class LinuxDevice : public Device {
     health_.Start();
     thermal_.Start();
     sensors_.Start();
+  }
+  std::vector<DevicePart> Parts() override {
+    std::vector<DevicePart> parts;
+    for (const PowerSupply& supply : health_.supplies()) parts.push_back(ToPart(supply));
+    for (const SensorSource& source : sensors_.sources()) parts.push_back(ToPart(source));
+    for (const TemperatureSource& source : thermal_.sources()) parts.push_back(ToPart(source));
+    return parts;
   }
 
  private:

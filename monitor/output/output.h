@@ -7,6 +7,9 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
 
 #include "clients/event.h"
 #include "clients/value.h"
@@ -14,6 +17,9 @@
 #include "output/observed.h"
 
 namespace norvik::qel::monitor {
+
+// What a JSON object has beside its time and its event.
+using Fields = std::vector<std::pair<std::string_view, std::variant<std::string, Value>>>;
 
 // Threads: the main thread.
 class Output {
@@ -24,6 +30,8 @@ class Output {
   // A value that was asked for.
   virtual void ShowReading(const Property& property, const Value& value) = 0;
   virtual void ShowDump(std::string_view family, const std::string& text) = 0;
+  // For programs; people get the same as a table or a sentence.
+  virtual void ShowRecord(const char* /*event*/, const Fields& /*fields*/) {}
   // Help for people; programs get none of it.
   virtual void Explain(const std::string& text) = 0;
   // The parts of a demonstration.

@@ -50,7 +50,7 @@ export PKG_CONFIG_PATH=$libdir/pkgconfig
 rm -rf "$work/make"
 cp -r "$examples/c_client" "$work/make"
 run make make -C "$work/make" CFLAGS="-O0 -Wall -Wextra -Werror" \
-  LDFLAGS="-Wl,-rpath,$libdir ${LD_LIBRARY_PATH:+-Wl,-rpath-link,$libdir}" client client_and_phone
+  LDFLAGS="-Wl,-rpath,$libdir ${LD_LIBRARY_PATH:+-Wl,-rpath-link,$libdir}" client client_and_phone client_and_machine
 for client in c_client/client make/client; do
   run c_client "$work/$client"
   grep -qx "battery level: the health service cannot be asked" "$work/c_client.log" ||
@@ -60,6 +60,10 @@ for client in c_client/client make/client; do
   run c_client_and_phone timeout 60 "$work/${client}_and_phone" 50
   grep -qx "battery level: 80 %" "$work/c_client_and_phone.log" ||
     fail "${client}_and_phone has heard nothing: $(cat "$work/c_client_and_phone.log")"
+  # What this machine says depends on the machine, but its service runs.
+  run c_client_and_machine timeout 60 "$work/${client}_and_machine" 0
+  grep -q "linked to services = T" "$work/c_client_and_machine.log" ||
+    fail "${client}_and_machine has no service: $(cat "$work/c_client_and_machine.log")"
 done
 run cpp_client timeout 60 "$work/cpp_client/client"
 diff <(printf 'battery level: %d %%\n' 80 79 78) "$work/cpp_client.log" || fail "other levels"
@@ -67,7 +71,7 @@ run downstream_test env -C "$work/downstream_test" ctest --output-on-failure --n
 
 # The header's version is the packages'.
 wanted=$(sed -n 's/^#define QUORVEL_VERSION_M[A-Z]* //p' "$prefix/include/quorvel.h" | paste -sd.)
-for package in quorvel quorvel-fake-platform quorvel-simulated; do
+for package in quorvel quorvel-fake-platform quorvel-simulated quorvel-linux; do
   [[ $(pkg-config --modversion "$package") = "$wanted".* ]] || fail "$package is not $wanted"
 done
 if [ -x "$prefix/bin/quorvel" ]; then

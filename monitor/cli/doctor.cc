@@ -1,0 +1,246 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "cli/commands.h"
+#include "cli/session.h"
+#include "clients/inventory.h"
+#include "output/printable.h"
+#include "output/terminal.h"
+
+namespace norvik::qel::monitor {
+
+namespace {
+
+using Clock = Session::Clock;
+using namespace std::string_literals;
+
+// What a refusal by the access policy looks like: as if the service were not there.
+constexpr char kRefusedLookUp[] =
+    "look for 'avc: denied { find }' in the phone's log: the access policy may refuse the look-up "
+    "to this process; docs/porting.md lists the lines that a policy needs";
+
+enum class Result { kOk, kWarning, kFailed };
+constexpr std::array<std::string_view, 3> kResultNames = {"ok", "warning", "failed"};
+
+// Shows each check when it is done, and counts.
+class Checks {
+ public:
+  explicit Checks(Output& output) : output_(output) {}
+
+  void Add(std::string_view subject, const std::string& check, Result result,
+           const std::string& detail, const std::string& next_step = {}) {
+    ++counts_[static_cast<size_t>(result)];
+    const std::string_view name = kResultNames[static_cast<size_t>(result)];
+    output_.ShowRecord("check", {{"subject", std::string(subject)},
+                                 {"check", check},
+                                 {"result", std::string(name)},
+                                 {"detail", detail},
+                                 {"next_step", next_step}});
+    std::string line(name);
+    line.append(kResultWidth - line.size(), ' ');
+    line += std::string(subject) + ": " + check + (detail.empty() ? "" : ": " + detail);
+    if (!next_step.empty()) line += "; next: " + next_step;
+    std::string text = Wrapped(Printable(line), StandardOutput().columns, kResultWidth);
+    text.pop_back();
+    output_.Explain(text);
+  }
+  // Ok, or failed with the next step.
+  bool Check(std::string_view subject, const std::string& check, bool is_ok,
+             const std::string& detail, const std::string& next_step) {
+    Add(subject, check, is_ok ? Result::kOk : Result::kFailed, detail, is_ok ? "" : next_step);
+    return is_ok;
+  }
+  int Finish() {
+    const auto [ok, warnings, failed] = counts_;
+    const std::string text = std::to_string(ok) + " ok, " + Counted(warnings, "warning") + ", " +
+                             std::to_string(failed) + " failed";
+    output_.ShowRecord("summary", {{"success", Value(failed == 0)}, {"text", text}});
+    output_.Explain("\n" + text);
+    return failed == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+  }
+
+ private:
+  static constexpr size_t kResultWidth = 9;
+
+  Output& output_;
+  std::array<int, 3> counts_ = {};
+};
+
+// Whether the library can use the service.
+bool CheckService(const ServiceState& state, Checks& checks) {
+  const std::string_view service = state.service;
+  if (state.is_declared) {
+    checks.Check(service, "declared", *state.is_declared, state.instance,
+                 "declare the instance in the device's manifest; or "s + kRefusedLookUp);
+    if (!*state.is_declared) return false;
+  }
+  if (!checks.Check(service, "running, look-up allowed", state.is_found,
+                    state.is_found ? "" : state.instance + " is not found",
+                    "start the service; if it runs, "s + kRefusedLookUp)) {
+    return false;
+  }
+  const bool answers =
+      checks.Check(service, "answers", state.answers, state.answers ? "" : state.error,
+                   "look for 'avc: denied { call }' and for a crash of the service in the log");
+  checks.Check(service, "death notification possible", state.is_watched,
+               state.is_watched ? "" : state.error,
+               "run the client in another process than the service, while the service lives");
+  return answers;
+}
+
+// Waits for what the library tells its clients. The families have one deadline.
+class LibraryChecks {
+ public:
+  LibraryChecks(Session& session, Checks& checks)
+      : session_(session), checks_(checks), end_(Clock::now() + kReportLimit) {}
+
+  void CheckBattery() {
+    battery_.emplace(session_.events());
+    if (!CheckRegistered(kHealthService, battery_->Register())) return;
+    checks_.Check(kHealthService, "link made",
+                  battery_->Dump().find("linked to services = T") != std::string::npos, "",
+                  "look at the library's log for the reason (tag audio_hw_battery)");
+    CheckFirstValue(kHealthService, {kBatteryProperties.begin(), kBatteryProperties.end()});
+  }
+
+  void CheckSensors() {
+    sensors_.emplace(session_.events());
+    const bool registered = sensors_->Register();
+    for (const SensorProperty* sensor : sensors_->absent_sensors()) {
+      checks_.Add(kSensorService, std::string(sensor->name), Result::kWarning,
+                  "the device has no such sensor",
+                  "nothing, if that is true; otherwise let the sensor service list it");
+    }
+    if (!CheckRegistered(kSensorService, registered)) return;
+    for (const SensorProperty* sensor : sensors_->sensors()) {
+      CheckFirstValue(kSensorService, {sensor});
+    }
+  }
+
+  // Registers for one temperature of all.
+  void CheckThermal(std::string_view service) {
+    const auto temperatures = PlatformTemperatures();
+    if (!checks_.Check(service, "temperatures listed", temperatures.has_value(),
+                       temperatures ? std::to_string(temperatures->size()) : "the call fails",
+                       "look at the log of the service: it may not be ready")) {
+      return;
+    }
+    CheckTemperatures(service, *temperatures);
+    const auto first = std::find_if(temperatures->begin(), temperatures->end(), IsWatchable);
+    if (first == temperatures->end()) return;
+    report_ = *first;
+    name_ = report_.type + ":" + report_.name;
+    temperature_ = {
+        {.key = name_, .name = name_, .unit = ""}, report_.type.c_str(), report_.name.c_str()};
+    thermal_.emplace(session_.events());
+    if (CheckRegistered(service, thermal_->Register(temperature_))) {
+      CheckFirstValue(service, {&temperature_});
+    }
+  }
+
+ private:
+  bool CheckRegistered(std::string_view service, bool registered) {
+    return checks_.Check(service, "callback registered", registered, "",
+                         "look at the library's log: its tags begin with audio_hw");
+  }
+
+  // One of the properties has to be heard.
+  void CheckFirstValue(std::string_view service, const std::vector<const Property*>& properties) {
+    const auto start = Clock::now();
+    const auto heard = [&] {
+      return std::any_of(properties.begin(), properties.end(), [&](const Property* property) {
+        return session_.observed().callbacks(*property) > 0;
+      });
+    };
+    static_cast<void>(session_.WaitFor(heard, std::max(end_ - start, Clock::duration::zero())));
+    const auto time = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start);
+    const std::string of = properties.size() == 1 ? " of " + std::string(properties[0]->name) : "";
+    checks_.Check(
+        service, "first value" + of, heard(), std::to_string(time.count()) + " ms",
+        "check that the service reports when a callback is registered, and look for 'avc: "
+        "denied { call }' from the service to this process");
+  }
+
+  void CheckTemperatures(std::string_view service,
+                         const std::vector<TemperatureReport>& temperatures) {
+    const auto unreadable = std::count_if(temperatures.begin(), temperatures.end(),
+                                          [](const auto& report) { return !report.value; });
+    if (unreadable > 0) {
+      checks_.Add(service, "readings", Result::kWarning,
+                  Counted(static_cast<int>(unreadable), "temperature") + " without a value",
+                  "quorvel list names them; look at their drivers");
+    }
+    const auto unknown = std::count_if(temperatures.begin(), temperatures.end(),
+                                       [](const auto& report) { return !IsWatchable(report); });
+    if (unknown > 0) {
+      checks_.Add(service, "types", Result::kWarning,
+                  Counted(static_cast<int>(unknown), "temperature") +
+                      " of a type that the library does not know",
+                  "ask for them by name, as quorvel get temperatures does");
+    }
+  }
+
+  Session& session_;
+  Checks& checks_;
+  const Clock::time_point end_;
+  TemperatureReport report_ = {};
+  std::string name_;
+  ThermalProperty temperature_ = {};
+  std::optional<BatteryClient> battery_;
+  std::optional<SensorClient> sensors_;
+  std::optional<ThermalClient> thermal_;
+};
+
+// What the device consists of, and what it has said of itself.
+void CheckDevice(Device& device, const std::vector<DeviceEvent>& notices, Checks& checks) {
+  for (const DevicePart& part : device.Parts()) {
+    std::string detail = part.kind;
+    for (const std::string& text : {part.value, part.item, part.remark}) {
+      if (!text.empty()) detail += ", " + text;
+    }
+    checks.Add("device", part.name, Result::kOk, detail);
+  }
+  for (const DeviceEvent& notice : notices) {
+    checks.Add(notice.service, "notice", Result::kWarning, notice.detail);
+  }
+}
+
+}  // namespace
+
+int Doctor(const Options& options, Output& output) {
+  std::vector<DeviceEvent> notices;
+  Session session(options, output,
+                  {.show_events = false, .listener = [&](const Event& event) {
+                     const auto* const told = std::get_if<DeviceEvent>(&event.what);
+                     if (told != nullptr && told->kind == DeviceEvent::Kind::kNotice) {
+                       notices.push_back(*told);
+                     }
+                     return true;
+                   }});
+  Checks checks(output);
+  checks.Check("process", "binder threads started", HasBinderThreads(), "",
+               "call ABinderProcess_startThreadPool() before the first handle is made");
+  const std::vector<ServiceState> services = LookUpServices();
+  const ServiceState& thermal = ThermalServiceOf(services);
+  {
+    LibraryChecks library(session, checks);
+    if (CheckService(StateOf(kHealthService, services), checks)) library.CheckBattery();
+    if (CheckService(StateOf(kSensorService, services), checks)) library.CheckSensors();
+    if (CheckService(thermal, checks)) library.CheckThermal(thermal.service);
+  }
+  while (session.WaitUntil(Clock::now()) == Session::Wake::kEvent) {
+    // The listener takes it.
+  }
+  CheckDevice(session.device(), notices, checks);
+  return checks.Finish();
+}
+
+}  // namespace norvik::qel::monitor

@@ -1,0 +1,68 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include <string>
+#include <vector>
+
+#include "cli/commands.h"
+#include "cli/session.h"
+#include "clients/inventory.h"
+#include "output/printable.h"
+#include "output/table.h"
+#include "output/terminal.h"
+
+namespace norvik::qel::monitor {
+
+namespace {
+
+using Rows = std::vector<std::vector<std::string>>;
+
+void ListNames(const Options& options, Output& output) {
+  const std::unique_ptr<Device> device = options.device->make([](const DeviceEvent&) {});
+  device->Start({.verbose = options.verbose});
+  for (const std::string& key : KeysOf()) {
+    output.ShowRecord("name", {{"property", key}});
+    output.Explain(Printable(key));
+  }
+}
+
+Fields ToFields(const DevicePart& part) {
+  return {{"name", part.name},
+          {"kind", part.kind},
+          {"value", part.value},
+          {"property", part.item},
+          {"remark", part.remark}};
+}
+
+std::string Joined(const std::string& first, const std::string& second) {
+  return first.empty() || second.empty() ? first + second : first + "; " + second;
+}
+
+}  // namespace
+
+int List(const Options& options, Output& output) {
+  if (options.names) {
+    ListNames(options, output);
+    return EXIT_SUCCESS;
+  }
+  Session session(options, output, {.show_events = false});
+  InventoryReader reader(session);
+  if (reader.WaitForSensors() == Session::Wake::kStop) return EXIT_SUCCESS;
+  const Inventory inventory = reader.Read();
+  Rows items = {{"NAME", "VALUE", "SOURCE"}};
+  for (const Item& item : inventory.items) {
+    items.push_back({item.key, ValueOf(item), Joined(item.source, item.remark)});
+    output.ShowRecord("item", ToFields(item));
+  }
+  Rows parts;
+  for (const DevicePart& part : inventory.parts) {
+    parts.push_back({part.name, part.kind, Joined(part.value, part.remark)});
+    output.ShowRecord("part", ToFields(part));
+  }
+  const size_t columns = StandardOutput().columns;
+  output.Explain(Table(items, columns));
+  if (!parts.empty()) output.Explain("\nPower supplies:\n" + Table(parts, columns));
+  return EXIT_SUCCESS;
+}
+
+}  // namespace norvik::qel::monitor

@@ -1,0 +1,203 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include <stdlib.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <deque>
+#include <map>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "cli/commands.h"
+#include "cli/run_scripts.h"
+#include "cli/session.h"
+#include "clients/inventory.h"
+#include "output/table.h"
+#include "output/terminal.h"
+
+namespace norvik::qel::monitor {
+
+namespace {
+
+constexpr std::chrono::seconds kPeriod(1);
+constexpr size_t kHeadingLines = 2;
+constexpr size_t kNarrow = 60;  // columns; below that there is no room for history bars
+
+// Lines of the terminal; no limit without one.
+size_t Height() {
+  winsize size = {};
+  const bool is_known = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_row > 0;
+  return is_known ? size.ws_row : SIZE_MAX;
+}
+
+bool IsUtf8() {
+  for (const char* const name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+    const char* const value = getenv(name);  // NOLINT(concurrency-mt-unsafe): set by no thread
+    if (value == nullptr || *value == '\0') continue;
+    const std::string_view locale = value;
+    return locale.find("UTF-8") != std::string_view::npos ||
+           locale.find("utf8") != std::string_view::npos;
+  }
+  return false;
+}
+
+std::optional<double> NumberOf(const Value& value) {
+  if (const int* number = std::get_if<int>(&value)) return *number;
+  if (const float* number = std::get_if<float>(&value)) return *number;
+  if (const bool* online = std::get_if<bool>(&value)) return *online ? 1 : 0;
+  return std::nullopt;
+}
+
+// The recent values of one item.
+class History {
+ public:
+  // Whether the value differs from the last one.
+  bool Add(const Item& item) {
+    constexpr size_t kMost = 16;
+    const bool has_changed = !text_.empty() && text_ != ValueOf(item);
+    text_ = ValueOf(item);
+    numbers_.push_back(NumberOf(item.value));
+    if (numbers_.size() > kMost) numbers_.pop_front();
+    return has_changed;
+  }
+  // A bar for each value, from the lowest to the highest one. Empty if they are all alike.
+  std::string Bars() const {
+    static constexpr std::string_view kBlocks[] = {"▁", "▂", "▃", "▄", "▅", "▆", "▇", "█"};
+    static constexpr std::string_view kAscii[] = {"_", ".", "-", "=", "+", "*", "%", "#"};
+    constexpr double kSteps = 7;
+    const auto [lowest, highest] = std::minmax_element(numbers_.begin(), numbers_.end());
+    if (numbers_.empty() || !*lowest || **lowest == **highest) return {};
+    const auto* const bars = IsUtf8() ? kBlocks : kAscii;
+    std::string text;
+    for (const auto& number : numbers_) {
+      text += bars[static_cast<size_t>(kSteps * (*number - **lowest) / (**highest - **lowest))];
+    }
+    return text;
+  }
+
+ private:
+  std::string text_;
+  std::deque<std::optional<double>> numbers_;
+};
+
+// The state of the services in one line: "health up, sensor up, thermal down".
+std::string StateOfServices(const std::vector<ServiceState>& services) {
+  std::string text;
+  for (const ServiceState* const service :
+       {&StateOf(kHealthService, services), &StateOf(kSensorService, services),
+        &ThermalServiceOf(services)}) {
+    text += (text.empty() ? "" : ", ") + std::string(service->service) +
+            (service->is_found ? " up" : " down");
+  }
+  return text;
+}
+
+// The hottest temperatures come first among their kind, where the screen does not have all.
+void SortByUrgency(std::vector<Item>* items) {
+  const auto is_temperature = [](const Item& item) { return item.severity.has_value(); };
+  std::stable_sort(items->begin(), items->end(), [&](const Item& a, const Item& b) {
+    if (!is_temperature(a) || !is_temperature(b)) return is_temperature(a) < is_temperature(b);
+    return std::pair(*a.severity, NumberOf(a.value)) > std::pair(*b.severity, NumberOf(b.value));
+  });
+}
+
+class StatusScreen {
+ public:
+  StatusScreen(const Options& options, Output& output)
+      : device_(options.device->name), follows_(options.follow), output_(output) {}
+
+  void Show(Inventory inventory) {
+    if (inventory.items.size() + kHeadingLines >= Height()) SortByUrgency(&inventory.items);
+    const Terminal terminal = StandardOutput();
+    Rows rows;
+    bool has_changed = lines_ == 0;
+    for (const Item& item : inventory.items) {
+      History& history = histories_[item.key];
+      const bool is_new = history.Add(item);
+      has_changed |= is_new;
+      if (is_new || !follows_ || !has_been_shown_) output_.ShowRecord("item", ToFields(item));
+      rows.push_back({(is_new ? "* " : "  ") + item.name, ShortValueOf(item)});
+      if (follows_ && terminal.columns >= kNarrow) rows.back().push_back(history.Bars());
+    }
+    const std::string services = StateOfServices(inventory.services);
+    has_changed |= services != services_;
+    services_ = services;
+    has_been_shown_ = true;
+    const bool in_place = follows_ && terminal.is_terminal;
+    if (!in_place && !has_changed) return;
+    std::string text;
+    // Back to the first line of the last screen.
+    if (in_place && lines_ > 0) text = "\033[" + std::to_string(lines_) + "A\033[J";
+    if (!in_place) text = lines_ > 0 ? "\n" : "";
+    const std::string screen = ScreenOf(rows, terminal);
+    lines_ = LinesOf(screen);
+    output_.Explain(text + screen);
+  }
+
+ private:
+  using Rows = std::vector<std::vector<std::string>>;
+
+  static size_t LinesOf(const std::string& text) {
+    return static_cast<size_t>(std::count(text.begin(), text.end(), '\n')) + 1;
+  }
+
+  static std::string ShortValueOf(const Item& item) {
+    Item shown = item;
+    if (item.unit == kCelsius) shown.unit = " C";
+    if (item.severity == Severity::kNone) shown.severity = std::nullopt;
+    return item.value == Value() && !item.remark.empty() ? item.remark : ValueOf(shown);
+  }
+
+  // No more lines than the terminal has.
+  std::string ScreenOf(Rows rows, const Terminal& terminal) const {
+    const std::string heading = TimeOfDay(std::chrono::system_clock::now()).substr(0, 8) + "  " +
+                                device_ + "\n" +
+                                Wrapped("services: " + services_, terminal.columns, 2);
+    size_t left_out = 0;
+    const size_t height = Height();
+    std::string screen = heading + Table(rows, terminal.columns);
+    while (!rows.empty() && LinesOf(screen) >= height) {
+      const size_t drop = std::max<size_t>(1, (LinesOf(screen) + 1 - height) / 3);
+      left_out += std::min(drop, rows.size());
+      rows.resize(rows.size() - std::min(drop, rows.size()));
+      screen = heading + Table(rows, terminal.columns) + "\n  and " + std::to_string(left_out) +
+               " more: quorvel list";
+    }
+    return screen;
+  }
+
+  const std::string device_;
+  const bool follows_;
+  Output& output_;
+  std::map<std::string, History> histories_;
+  std::string services_;
+  size_t lines_ = 0;
+  bool has_been_shown_ = false;
+};
+
+}  // namespace
+
+int Status(const Options& options, Output& output) {
+  Session session(options, output, {.show_events = false});
+  InventoryReader reader(session);
+  StatusScreen screen(options, output);
+  AllScripts scripts(session.device());
+  const auto end = EndOf(options);
+  auto wake = reader.WaitForSensors();
+  auto next = Session::Clock::now();
+  while (wake != Session::Wake::kStop) {
+    screen.Show(reader.Read());
+    if (!options.follow || next >= end) break;
+    next = std::min(next + kPeriod, end);
+    scripts.Run(session, next);
+    wake = session.WaitUntil(Session::Clock::now());
+  }
+  return EXIT_SUCCESS;
+}
+
+}  // namespace norvik::qel::monitor

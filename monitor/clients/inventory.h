@@ -1,0 +1,80 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
+// What a device has: every value that a command can name, with its source.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "cli/session.h"
+#include "clients/battery_client.h"
+#include "clients/device.h"
+#include "clients/platform.h"
+#include "clients/sensor_client.h"
+#include "clients/thermal_client.h"
+#include "output/output.h"
+
+namespace norvik::qel::monitor {
+
+struct Item {
+  std::string_view service;  // kHealthService and the like
+  std::string key;           // "battery_level", "SKIN:skin"
+  std::string name;          // for people: "battery level", "SKIN:skin"
+  std::string_view unit = {};
+  Value value = {};                       // unknown if the service does not run
+  std::optional<Severity> severity = {};  // of a temperature
+  std::string source = {};                // "BAT0, BAT1", "health service"
+  std::string remark = {};                // "cannot be read"
+};
+
+// "36.5 degrees C, SEVERE"
+std::string ValueOf(const Item& item);
+Fields ToFields(const Item& item);
+
+struct Inventory {
+  std::vector<ServiceState> services;
+  std::vector<Item> items = {};
+  // Those that are no value's source, or that have a remark.
+  std::vector<DevicePart> parts = {};
+};
+
+// The keys of all items, without asking for values.
+std::vector<std::string> KeysOf();
+
+// For a message about a name that is not among them: "; it reports CPU:cpu, SKIN:skin". With or
+// without the type. Empty if the service cannot be asked.
+std::string KnownTemperatures(bool with_type);
+
+// The one that the library uses. If neither runs: the AIDL one.
+const ServiceState& ThermalServiceOf(const std::vector<ServiceState>& services);
+
+// Whether the library can watch the temperature. It can be asked for in any case.
+bool IsWatchable(const TemperatureReport& temperature);
+
+// Reads a device with clients of its own.
+//
+// Threads: the main thread.
+class InventoryReader {
+ public:
+  explicit InventoryReader(Session& session);
+
+  // Waits for the sensors' readings if their service runs. kTime: not all have been heard.
+  Session::Wake WaitForSensors();
+  // Asks the services that run. The sensors' values are those that the session has observed.
+  Inventory Read();
+
+ private:
+  void AddBattery(bool is_there, std::vector<Item>* items);
+  void AddSensors(bool is_there, std::vector<Item>* items) const;
+  void AddTemperatures(std::string_view service, std::vector<Item>* items);
+
+  Session& session_;
+  BatteryClient battery_;
+  SensorClient sensors_;
+  ThermalClient thermal_;
+};
+
+}  // namespace norvik::qel::monitor

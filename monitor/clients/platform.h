@@ -1,0 +1,50 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
+// The services as the platform itself shows them. The library's functions list no temperatures, and
+// do not tell why a registration waits.
+//
+// Threads: the main thread, after the device has been started.
+#pragma once
+
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "clients/event.h"
+
+namespace norvik::qel::monitor {
+
+// The sensor service has no declaration that the library asks for, the HIDL one none that can be
+// asked for.
+struct ServiceState {
+  std::string_view service;  // kHealthService and the like
+  std::string instance;      // "android.hardware.health.IHealth/default"
+  std::optional<bool> is_declared = {};
+  bool is_found = false;    // the look-up returns it: it runs, and this process may use it
+  bool answers = false;     // it answers an empty call
+  bool is_watched = false;  // a death notification can be requested
+  std::string error = {};   // of the call or the request that failed
+};
+
+// Looks all of them up, without waiting for one: health, sensor, thermal, thermal (HIDL).
+std::vector<ServiceState> LookUpServices();
+inline const ServiceState& StateOf(std::string_view service,
+                                   const std::vector<ServiceState>& states) {
+  return *std::find_if(states.begin(), states.end(),
+                       [&](const ServiceState& state) { return state.service == service; });
+}
+
+// Whether this process has threads that receive reports and death notifications.
+bool HasBinderThreads();
+
+// The name and the maker of a default sensor: "TMD3719 (ams)". Empty if there is none. The sensor
+// service must have been found.
+std::string DescriptionOf(Sensor sensor);
+
+// All temperatures, with any type. Empty if no thermal service can be asked.
+std::optional<std::vector<TemperatureReport>> PlatformTemperatures();
+
+}  // namespace norvik::qel::monitor
