@@ -236,6 +236,7 @@ class Build:
                     counts["killed"] += 1
         finally:
             copy.write_text(source)
+        self.build(targets)
         fates = ", ".join(f"{count} {fate}" for fate, count in counts.items())
         print(f"{name}: {fates}", flush=True)
         return counts["survived"]

@@ -6,6 +6,7 @@
 #include <hidl/Status.h>
 
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "battery/battery_info.h"
@@ -70,6 +71,33 @@ TEST_F(RareThermalTest, ACallbackWritesItsPartOfTheDump) {
   EXPECT_THAT(TextOf(dump, &callback), HasSubstr("      id: 1, temperature_name:skin\n"));
   callback.Deinitialize(service);
   callback.StopCallbackThread();
+}
+
+// Deregisters itself in its callback, and again when the gate opens.
+struct LeavesTwice {
+  void* handle;
+  fake::Gate gate = {};
+  Seen<int> results = {};
+  static void Callback(int /*severity*/, void* cookie) {
+    auto& self = *static_cast<LeavesTwice*>(cookie);
+    self.results.Put(DeregisterThermalCallback(self.handle, 1));
+    self.gate.Pass();
+    self.results.Put(DeregisterThermalCallback(self.handle, 1));
+  }
+};
+
+TEST_F(RareThermalTest, AClientThatLeftMayDeregisterAgainDuringDeinit) {
+  thermal_.Start(ThermalPath::kHidl);
+  RegisterAndHear<2>("CPU", "cpu");
+  LeavesTwice client = {.handle = handle_};
+  ASSERT_EQ(RegisterClient(handle_, 1, "SKIN", "skin", LeavesTwice::Callback, &client), 0);
+  EXPECT_EQ(client.results.Take(), 0);
+  std::thread end([this] { DeinitThermalInfo(&handle_); });
+  // From here on, Deinit...() waits for the worker that the client holds.
+  EXPECT_TRUE(Eventually([this] { return thermal_.callback_count(ThermalPath::kHidl) == 0; }));
+  client.gate.Open();
+  EXPECT_EQ(client.results.Take(), -EINVAL);
+  end.join();
 }
 
 // Answers FAILURE to queries and sends its temperatures with it.
