@@ -18,8 +18,6 @@ using json = nlohmann::ordered_json;
 
 namespace {
 
-constexpr int kLowestInt = std::numeric_limits<int>::lowest();
-constexpr int kHighestInt = std::numeric_limits<int>::max();
 constexpr double kHighestFloat = std::numeric_limits<float>::max();
 
 // As somebody writes it: 100, not 100.0.

@@ -4,6 +4,7 @@
 // The fields of one object of a recording, each of which has to be what it should be.
 #pragma once
 
+#include <limits>
 #include <memory>
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
@@ -17,6 +18,10 @@
 #include "clients/value.h"
 
 namespace norvik::qel::monitor {
+
+// Limits of a field that takes any int.
+inline constexpr int kLowestInt = std::numeric_limits<int>::lowest();
+inline constexpr int kHighestInt = std::numeric_limits<int>::max();
 
 // What is wrong with a line, for whoever wrote it.
 class LineError : public std::runtime_error {
