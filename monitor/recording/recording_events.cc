@@ -4,7 +4,6 @@
 #include "recording/recording_events.h"
 
 #include <array>
-#include <limits>
 #include <optional>
 #include <utility>
 
@@ -16,7 +15,6 @@ namespace norvik::qel::monitor {
 namespace {
 
 using Kind = DeviceEvent::Kind;
-constexpr int kHighestInt = std::numeric_limits<int>::max();
 constexpr double kLongest = 366.0 * 24 * 60 * 60;  // seconds
 
 RecordedWhat ReadRegistration(Kind kind, RecordingFields& fields, const std::string& key) {

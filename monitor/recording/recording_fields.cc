@@ -13,8 +13,6 @@ namespace norvik::qel::monitor {
 
 namespace {
 
-constexpr int kLowestInt = std::numeric_limits<int>::lowest();
-constexpr int kHighestInt = std::numeric_limits<int>::max();
 constexpr double kHighestFloat = std::numeric_limits<float>::max();
 
 // As people write it: 100, not 100.0.

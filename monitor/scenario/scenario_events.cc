@@ -4,7 +4,6 @@
 #include "scenario/scenario_events.h"
 
 #include <array>
-#include <limits>
 #include <utility>
 
 #include "clients/subjects.h"
@@ -16,10 +15,8 @@ namespace norvik::qel::monitor {
 namespace {
 
 using Kind = DeviceEvent::Kind;
-constexpr int kLowestInt = std::numeric_limits<int>::lowest();
-constexpr int kHighestInt = std::numeric_limits<int>::max();
 constexpr int kMostRefusals = 1000;
-constexpr double kLongestWait = 3600;  // seconds
+constexpr double kLongestWaitSeconds = 3600;
 // The library may wait five seconds for a service in one attempt to link.
 constexpr Seconds kUsualWait(15);
 
@@ -99,7 +96,7 @@ Expectation ReadExpectation(RecordingFields fields) {
   Expectation expectation = {.what = Silence(), .within = kUsualWait};
   if (fields.Has("silence")) {
     expectation.what = Silence{.subject = ReadSubject(fields, "silence"),
-                               .duration = Seconds(fields.Number("for", 0, kLongestWait))};
+                               .duration = Seconds(fields.Number("for", 0, kLongestWaitSeconds))};
     fields.CheckAllTaken();
     return expectation;
   }
@@ -116,7 +113,8 @@ Expectation ReadExpectation(RecordingFields fields) {
     throw LineError(
         "'expect' has none of the keys called, registered, unregistered, refused, silence");
   }
-  if (fields.Has("within")) expectation.within = Seconds(fields.Number("within", 0, kLongestWait));
+  if (fields.Has("within"))
+    expectation.within = Seconds(fields.Number("within", 0, kLongestWaitSeconds));
   fields.CheckAllTaken();
   return expectation;
 }

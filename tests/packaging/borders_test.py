@@ -35,7 +35,7 @@ ALLOWED = {
     "quorvel_simulated": [PLATFORM, CONTROL, "host/services", "host/simulated"],
     "quorvel_linux_machine": [PLATFORM, CONTROL, "host/services", "host/linux_machine"],
     "thermal_recovery_test": [*PRODUCT, SUPPORT],
-    "linux_health_test": [*PRODUCT, SUPPORT],
+    "host_test": [*PRODUCT, SUPPORT],
     "quorvel_random_objects": [*PRODUCT, SUPPORT, "tests/random"],
     "quorvel_stress_test": [*PRODUCT, SUPPORT, "tests/stress"],
 }
@@ -50,7 +50,7 @@ REACHED = {
     "quorvel_simulated": "quorvel/services/health_service.h",
     "quorvel_linux_machine": "quorvel/services/health_service.h",
     "thermal_recovery_test": "waiting.h",
-    "linux_health_test": "device_files.h",
+    "host_test": "device_files.h",
     "quorvel_random_objects": "pauses.h",
     "quorvel_stress_test": "pauses.h",
 }

@@ -38,16 +38,29 @@ endif()
 target_precompile_headers(quorvel_test_main PRIVATE <gmock/gmock.h> <gtest/gtest.h> <functional>
                           <future> <string> <thread> <vector>)
 
-# quorvel_test(NAME sources...): a GoogleTest program on the library and the simulated phone. Suites
-# with "Slow" in their name sit out real pauses or go many rounds: they carry the label slow, and
-# more time, since a busy machine makes each round cost many times as much.
+# quorvel_test(NAME sources...): a GoogleTest program on the library and the simulated phone. CTest
+# runs each test in a process of its own. Suites with "Slow" in their name wait for real pauses or
+# run many rounds: they carry the label slow, get more time, since each round takes many times as
+# long on a busy machine, and start first (COST).
 function(quorvel_test name)
   add_executable(${name} ${ARGN})
+  set_target_properties(${name} PROPERTIES UNITY_BUILD ON)
   target_link_libraries(${name} PRIVATE quorvel_test_main)
   target_precompile_headers(${name} REUSE_FROM quorvel_test_main)
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 TEST_FILTER "-*Slow*")
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 TEST_FILTER "*Slow*" TEST_LIST ${name}_slow
-                       PROPERTIES LABELS slow TIMEOUT 1500)
+                       PROPERTIES LABELS slow TIMEOUT 1500 COST 1000)
+endfunction()
+
+# quorvel_other_tests(VARIABLE): the folder's *_test.cc that are in none of its programs so far.
+function(quorvel_other_tests variable)
+  file(GLOB tests CONFIGURE_DEPENDS RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} *_test.cc)
+  get_directory_property(programs BUILDSYSTEM_TARGETS)
+  foreach(program ${programs})
+    get_target_property(sources ${program} SOURCES)
+    list(REMOVE_ITEM tests ${sources})
+  endforeach()
+  set(${variable} ${tests} PARENT_SCOPE)
 endfunction()
 
 # A locale that the machine need not have: its decimal point is a comma, a point groups digits, and
@@ -61,15 +74,12 @@ add_custom_command(
   VERBATIM)
 add_custom_target(quorvel_test_locale ALL DEPENDS ${locales}/${locale}/LC_NUMERIC)
 
-# quorvel_locale_test(NAME...): the same tests again in a program that has that locale. Not under the
-# sanitizers, which find a leak of the C library's own there.
-function(quorvel_locale_test)
-  if(QUORVEL_SANITIZE)
-    return()
-  endif()
-  foreach(name ${ARGN})
-    add_test(NAME ${name}_in_turkish COMMAND ${name} --gtest_filter=-*Slow*)
+# quorvel_locale_test(NAME PROGRAM FILTER): these of its tests again in one process that has that
+# locale. Not under the sanitizers, which find a leak of the C library's own there.
+function(quorvel_locale_test name program filter)
+  if(NOT QUORVEL_SANITIZE)
+    add_test(NAME ${name}_in_turkish COMMAND ${program} --gtest_filter=${filter})
     set_tests_properties(${name}_in_turkish PROPERTIES
       ENVIRONMENT "LOCPATH=${locales};QUORVEL_TEST_LOCALE=${locale}")
-  endforeach()
+  endif()
 endfunction()
