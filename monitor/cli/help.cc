@@ -43,7 +43,7 @@ constexpr Entry kJson[] = {
     {"item",
      "\"service\", \"property\", \"value\", \"unit\", \"severity\", \"source\", \"remark\" "
      "(list, status)"},
-    {"part",
+    {"supply",
      "\"name\", \"kind\", \"value\", \"property\" (what it is a part of), \"remark\" (list)"},
     {"name", "\"property\" (list --names)"},
     {"check",

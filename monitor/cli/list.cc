@@ -54,14 +54,14 @@ int List(const Options& options, Output& output) {
     items.push_back({item.key, ValueOf(item), Joined(item.source, item.remark)});
     output.ShowRecord("item", ToFields(item));
   }
-  Rows parts;
-  for (const DevicePart& part : inventory.parts) {
-    parts.push_back({part.name, part.kind, Joined(part.value, part.remark)});
-    output.ShowRecord("part", ToFields(part));
+  Rows supplies;
+  for (const DevicePart& part : inventory.supplies) {
+    supplies.push_back({part.name, part.kind, Joined(part.value, part.remark)});
+    output.ShowRecord("supply", ToFields(part));
   }
   const size_t columns = StandardOutput().columns;
   output.Explain(Table(items, columns));
-  if (!parts.empty()) output.Explain("\nPower supplies:\n" + Table(parts, columns));
+  if (!supplies.empty()) output.Explain("\nPower supplies:\n" + Table(supplies, columns));
   return EXIT_SUCCESS;
 }
 

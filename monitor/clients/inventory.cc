@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "clients/sensor_readings.h"
+#include "clients/subjects.h"
 
 namespace norvik::qel::monitor {
 
@@ -63,10 +64,11 @@ void AddParts(std::vector<DevicePart> parts, Inventory* inventory) {
   for (Item& item : inventory->items) items.emplace(item.key, &item);
   for (DevicePart& part : parts) {
     const bool is_temperature = part.item.find(':') != std::string::npos;
+    const bool is_supply = !is_temperature && SensorPropertyOf(part.item) == nullptr;
     if (const auto found = items.find(part.item); found != items.end()) {
       Item& item = *found->second;
       item.source += (item.source.empty() ? "" : ", ") + part.name;
-      if (is_temperature) item.remark = part.remark.empty() ? item.remark : part.remark;
+      if (!is_supply && !part.remark.empty()) item.remark = part.remark;
     } else if (is_temperature) {
       unreported.push_back({.service = kThermalService,
                             .key = part.item,
@@ -74,8 +76,8 @@ void AddParts(std::vector<DevicePart> parts, Inventory* inventory) {
                             .source = part.name,
                             .remark = part.remark});
     }
-    if (!is_temperature && (part.item.empty() || !part.remark.empty())) {
-      inventory->parts.push_back(std::move(part));
+    if (is_supply && (part.item.empty() || !part.remark.empty())) {
+      inventory->supplies.push_back(std::move(part));
     }
   }
   std::move(unreported.begin(), unreported.end(), std::back_inserter(inventory->items));

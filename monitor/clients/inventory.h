@@ -37,8 +37,8 @@ Fields ToFields(const Item& item);
 struct Inventory {
   std::vector<ServiceState> services;
   std::vector<Item> items = {};
-  // Those that are no value's source, or that have a remark.
-  std::vector<DevicePart> parts = {};
+  // Power supplies that are no value's source, or that have a remark.
+  std::vector<DevicePart> supplies = {};
 };
 
 // The keys of all items, without asking for values.

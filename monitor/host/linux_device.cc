@@ -32,61 +32,32 @@ using linux_machine::PowerSupply;
 using linux_machine::SensorSource;
 using linux_machine::TemperatureSource;
 
-std::string_view KindOf(const PowerSupply& supply) {
-  switch (supply.kind) {
-    case PowerSupply::Kind::kBattery:
-      return "battery";
-    case PowerSupply::Kind::kAc:
-      return "AC charger";
-    case PowerSupply::Kind::kUsb:
-      return "USB charger";
-    case PowerSupply::Kind::kWireless:
-      return kWirelessCharger.name;
-    case PowerSupply::Kind::kDock:
-      return kDockCharger.name;
-    case PowerSupply::Kind::kOther:
-      break;
-  }
-  return "power supply";
-}
-
-std::string_view ItemOf(PowerSupply::Kind kind) {
-  switch (kind) {
-    case PowerSupply::Kind::kBattery:
-      return kBatteryLevel.key;
-    case PowerSupply::Kind::kWireless:
-      return kWirelessCharger.key;
-    case PowerSupply::Kind::kDock:
-      return kDockCharger.key;
-    default:
-      return {};
-  }
-}
-
-std::string_view InWords(PowerSupply::Weight weight) {
-  switch (weight) {
-    case PowerSupply::Weight::kEnergy:
-      return " % of the level, by energy";
-    case PowerSupply::Weight::kCharge:
-      return " % of the level, by charge and design voltage";
-    default:
-      return " % of the level, by the mean";
-  }
-}
+// In the order of PowerSupply::Kind: the name for people, and the value that it belongs to.
+const std::pair<std::string_view, std::string_view> kSupplies[] = {
+    {"battery", kBatteryLevel.key},
+    {"AC charger", ""},
+    {"USB charger", ""},
+    {kWirelessCharger.name, kWirelessCharger.key},
+    {kDockCharger.name, kDockCharger.key},
+    {"power supply", ""},
+};
+// In the order of PowerSupply::Weight.
+constexpr std::string_view kWeights[] = {"", "energy", "charge and design voltage", "the mean"};
 
 DevicePart ToPart(const PowerSupply& supply) {
-  DevicePart part = {.name = supply.name, .kind = std::string(KindOf(supply))};
+  const auto& [kind, item] = kSupplies[static_cast<size_t>(supply.kind)];
+  DevicePart part = {.name = supply.name, .kind = std::string(kind)};
   if (supply.level_percent) part.value = std::to_string(*supply.level_percent) + " %";
   if (supply.online) part.value = *supply.online ? "online" : "offline";
   if (!supply.ignored_because.empty()) {
     part.remark = "ignored: " + supply.ignored_because;
     return part;
   }
-  part.item = ItemOf(supply.kind);
-  if (part.item.empty()) part.remark = "neither a wireless nor a dock charger";
+  part.item = item;
+  if (item.empty()) part.remark = "neither a wireless nor a dock charger";
   if (supply.share && supply.weight != PowerSupply::Weight::kNone) {
-    part.remark =
-        std::to_string(std::lround(100 * *supply.share)) + std::string(InWords(supply.weight));
+    part.remark = std::to_string(std::lround(100 * *supply.share)) + " % of the level, by " +
+                  std::string(kWeights[static_cast<size_t>(supply.weight)]);
   }
   return part;
 }

@@ -105,7 +105,7 @@ class InventoryTest(unittest.TestCase):
         self.assertEqual(code, 0)
         lines = parsed(out)
         items = {line["property"]: line for line in lines if line["event"] == "item"}
-        parts = {line["name"]: line["remark"] for line in lines if line["event"] == "part"}
+        parts = {line["name"]: line["remark"] for line in lines if line["event"] == "supply"}
         self.assertEqual((items["battery_level"]["value"], items["battery_level"]["source"]),
                          (50, "BAT0, BAT1"))
         self.assertEqual((items["wireless_charger"]["value"], items["wireless_charger"]["source"]),
