@@ -9,6 +9,7 @@
 
 #include <cmath>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -230,6 +231,21 @@ TEST_F(ThermalTest, HidlCallbacksHearOfTheirType) {
   ASSERT_TRUE(service->unregisterThermalChangedCallback(nullptr, answer.Take()).isOk());
   EXPECT_TRUE(answer.failed());
   EXPECT_EQ(answer.status.debugMessage, "the callback is null");
+}
+
+TEST_F(ThermalTest, AnUnknownNameThrowsTheKnownOnes) {
+  const auto message_of = [](const auto& action) -> std::string {
+    try {
+      action();
+    } catch (const std::invalid_argument& error) {
+      return error.what();
+    }
+    return "nothing thrown";
+  };
+  EXPECT_THAT(message_of([&] { thermal_.SetTemperature("skni", 1); }),
+              testing::StartsWith("no temperature \"skni\"; known are \"cpu\" \"skin\" "));
+  EXPECT_EQ(message_of([&] { thermal_.SetCooling("fan", 1); }),
+            "no cooling device \"fan\"; known are \"cpu\" \"battery\" \"speaker\"");
 }
 
 TEST_F(ThermalTest, EitherServiceDiesAndReturnsForItself) {
