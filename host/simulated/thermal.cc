@@ -19,7 +19,6 @@
 
 namespace norvik::qel::simulated {
 
-using aidl::android::hardware::thermal::CoolingDevice;
 using aidl::android::hardware::thermal::CoolingType;
 using aidl::android::hardware::thermal::TemperatureType;
 using android::hardware::Status;
@@ -237,11 +236,15 @@ void Thermal::SetTemperature(const std::string& name, float value) {
 }
 
 void Thermal::SetSeverity(const std::string& name, ThrottlingSeverity severity) {
-  Change([&](ThermalData& data) { Named(data.temperatures, "temperature", name).throttlingStatus = severity; });
+  Change([&](ThermalData& data) {
+    Named(data.temperatures, "temperature", name).throttlingStatus = severity;
+  });
 }
 
 void Thermal::SetCooling(const std::string& name, int64_t value) {
-  Change([&](ThermalData& data) { Named(data.cooling_devices, "cooling device", name).value = value; });
+  Change([&](ThermalData& data) {
+    Named(data.cooling_devices, "cooling device", name).value = value;
+  });
 }
 
 void Thermal::Notify(const Temperature& temperature) {
