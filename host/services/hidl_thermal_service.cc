@@ -92,16 +92,9 @@ HidlThermalService::HidlThermalService(ThermalData data, ServiceObserver observe
 
 void HidlThermalService::Report(const ThermalData& data) {
   std::lock_guard<std::mutex> lock(lock_);
-  const ThermalData before = std::exchange(data_, data);
-  for (const auto& temperature : ChangedTemperatures(before, data_)) TellReport(temperature);
-  const auto gone = GoneTemperatures(before, data_);
-  for (const auto& temperature : gone) {
-    TellReport(TemperatureGone{.type = temperature.type, .name = temperature.name});
-  }
-  for (const auto& temperature : ChangedSeverities(before, data_)) SendLocked(temperature);
-  for (const auto& temperature : gone) {
-    if (const auto release = Release(temperature)) SendLocked(*release);
-  }
+  const ThermalChanges changes = Compare(std::exchange(data_, data), data);
+  for (const services::Report& report : changes.reports) TellReport(report);
+  for (const auto& temperature : changes.severities) SendLocked(temperature);
 }
 
 void HidlThermalService::Notify(const aidl_thermal::Temperature& temperature) {

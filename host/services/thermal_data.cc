@@ -43,49 +43,27 @@ void Copy(const std::vector<float>& from, android::hardware::hidl_array<float, 7
 
 }  // namespace
 
-std::vector<Temperature> ChangedSeverities(const ThermalData& before, const ThermalData& now) {
-  std::vector<Temperature> changed;
+ThermalChanges Compare(const ThermalData& before, const ThermalData& now) {
+  ThermalChanges changes;
   for (const Temperature& temperature : now.temperatures) {
     const Temperature* old = Find(before.temperatures, temperature);
+    if (old == nullptr || !AreSame(*old, temperature)) changes.reports.push_back(temperature);
     const auto severity = old != nullptr ? old->throttlingStatus : ThrottlingSeverity::NONE;
-    if (temperature.throttlingStatus != severity) changed.push_back(temperature);
+    if (temperature.throttlingStatus != severity) changes.severities.push_back(temperature);
   }
-  return changed;
-}
-
-std::vector<Temperature> ChangedTemperatures(const ThermalData& before, const ThermalData& now) {
-  std::vector<Temperature> changed;
-  for (const Temperature& temperature : now.temperatures) {
-    const Temperature* old = Find(before.temperatures, temperature);
-    if (old == nullptr || !AreSame(*old, temperature)) changed.push_back(temperature);
+  for (Temperature old : before.temperatures) {
+    if (Find(now.temperatures, old) != nullptr) continue;
+    changes.reports.push_back(TemperatureGone{.type = old.type, .name = old.name});
+    if (old.throttlingStatus == ThrottlingSeverity::NONE) continue;
+    old.value = std::numeric_limits<float>::quiet_NaN();
+    old.throttlingStatus = ThrottlingSeverity::NONE;
+    changes.severities.push_back(old);
   }
-  return changed;
-}
-
-std::vector<Temperature> GoneTemperatures(const ThermalData& before, const ThermalData& now) {
-  std::vector<Temperature> gone;
-  for (const Temperature& old : before.temperatures) {
-    if (Find(now.temperatures, old) == nullptr) gone.push_back(old);
-  }
-  return gone;
-}
-
-std::optional<Temperature> Release(const Temperature& gone) {
-  if (gone.throttlingStatus == ThrottlingSeverity::NONE) return std::nullopt;
-  return Temperature{.type = gone.type,
-                     .name = gone.name,
-                     .value = std::numeric_limits<float>::quiet_NaN(),
-                     .throttlingStatus = ThrottlingSeverity::NONE};
-}
-
-std::vector<CoolingDevice> ChangedCoolingDevices(const ThermalData& before,
-                                                 const ThermalData& now) {
-  std::vector<CoolingDevice> changed;
   for (const CoolingDevice& device : now.cooling_devices) {
     const CoolingDevice* old = Find(before.cooling_devices, device);
-    if (old == nullptr || *old != device) changed.push_back(device);
+    if (old == nullptr || *old != device) changes.cooling_devices.push_back(device);
   }
-  return changed;
+  return changes;
 }
 
 V2_0::TemperatureType ToHidl(TemperatureType type) {

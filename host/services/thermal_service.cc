@@ -46,17 +46,10 @@ ThermalService::ThermalService(ThermalData data, ServiceObserver observer)
 
 void ThermalService::Report(const ThermalData& data) {
   std::lock_guard<std::mutex> lock(lock_);
-  const ThermalData before = std::exchange(data_, data);
-  for (const auto& temperature : ChangedTemperatures(before, data_)) TellReport(temperature);
-  const auto gone = GoneTemperatures(before, data_);
-  for (const auto& temperature : gone) {
-    TellReport(TemperatureGone{.type = temperature.type, .name = temperature.name});
-  }
-  for (const Temperature& temperature : ChangedSeverities(before, data_)) SendLocked(temperature);
-  for (const Temperature& temperature : gone) {
-    if (const auto release = Release(temperature)) SendLocked(*release);
-  }
-  for (const CoolingDevice& device : ChangedCoolingDevices(before, data_)) {
+  const ThermalChanges changes = Compare(std::exchange(data_, data), data);
+  for (const services::Report& report : changes.reports) TellReport(report);
+  for (const auto& temperature : changes.severities) SendLocked(temperature);
+  for (const CoolingDevice& device : changes.cooling_devices) {
     cooling_callbacks_.ForEach(device.type, [&](auto& callback) {
       static_cast<void>(callback.notifyCoolingDeviceChanged(device));  // as in SendLocked()
     });

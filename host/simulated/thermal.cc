@@ -7,6 +7,8 @@
 #include <atomic>
 #include <limits>
 #include <mutex>
+#include <stdexcept>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -17,7 +19,6 @@
 
 namespace norvik::qel::simulated {
 
-using aidl::android::hardware::thermal::CoolingDevice;
 using aidl::android::hardware::thermal::CoolingType;
 using aidl::android::hardware::thermal::TemperatureType;
 using android::hardware::Status;
@@ -38,12 +39,14 @@ void AddSensor(Thermal::ThermalData& data, TemperatureType type, const char* nam
                              .coldThrottlingThresholds = std::vector<float>(7, kNone)});
 }
 
-// The element with that name, which must exist.
 template <typename Record>
-Record& Named(std::vector<Record>& records, const std::string& name) {
+Record& Named(std::vector<Record>& records, const char* kind, const std::string& name) {
   const auto found = std::find_if(records.begin(), records.end(),
                                   [&](const Record& record) { return record.name == name; });
-  return records.at(static_cast<size_t>(found - records.begin()));
+  if (found != records.end()) return *found;
+  std::string message = "no " + std::string(kind) + " \"" + name + "\"; known are";
+  for (const Record& record : records) message += " \"" + record.name + "\"";
+  throw std::invalid_argument(message);
 }
 
 }  // namespace
@@ -229,15 +232,19 @@ void Thermal::Change(const std::function<void(ThermalData&)>& change) {
 }
 
 void Thermal::SetTemperature(const std::string& name, float value) {
-  Change([&](ThermalData& data) { Named(data.temperatures, name).value = value; });
+  Change([&](ThermalData& data) { Named(data.temperatures, "temperature", name).value = value; });
 }
 
 void Thermal::SetSeverity(const std::string& name, ThrottlingSeverity severity) {
-  Change([&](ThermalData& data) { Named(data.temperatures, name).throttlingStatus = severity; });
+  Change([&](ThermalData& data) {
+    Named(data.temperatures, "temperature", name).throttlingStatus = severity;
+  });
 }
 
 void Thermal::SetCooling(const std::string& name, int64_t value) {
-  Change([&](ThermalData& data) { Named(data.cooling_devices, name).value = value; });
+  Change([&](ThermalData& data) {
+    Named(data.cooling_devices, "cooling device", name).value = value;
+  });
 }
 
 void Thermal::Notify(const Temperature& temperature) {

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The rules of the fake platform that decide whether the other tests mean anything: who is remote,
-// on which thread a call runs, what a death does.
+// The rules on which the other tests depend: which objects are remote, on which thread a call runs,
+// the effects of a death.
 #include <aidl/android/hardware/health/BnHealth.h>
 #include <aidl/android/hardware/health/BnHealthInfoCallback.h>
 #include <android/binder_manager.h>
@@ -16,14 +16,12 @@
 #include <memory>
 #include <string>
 #include <thread>
-#include <utility>
 #include <vector>
 
 #include "quorvel/fake/call_latency.h"
 #include "quorvel/fake/deliveries.h"
 #include "quorvel/fake/log_capture.h"
 #include "quorvel/fake/service_manager.h"
-#include "quorvel/fake/service_process.h"
 #include "quorvel/services/health_service.h"
 #include "quorvel/simulated/health.h"
 #include "quorvel/simulated/thermal.h"
@@ -134,7 +132,7 @@ TEST_F(BinderTest, LookUpsDistinguishDeclaredFromRunning) {
   waiter.join();
 }
 
-TEST_F(BinderTest, GetServiceAsksAgainAndAgainForAServiceThatIsLate) {
+TEST_F(BinderTest, GetServicePollsForALateService) {
   health_.Kill();
   fake::SetGetServiceWait(std::chrono::milliseconds(1), 1'000'000);
   Seen<bool> found;
@@ -186,7 +184,7 @@ TEST_F(BinderTest, ACallRunsInTheServiceAndCarriesItsResultBack) {
   close(pipe_ends[0]);
 }
 
-TEST_F(BinderTest, ANullInterfaceArrivesAndIsTheServicesToRefuse) {
+TEST_F(BinderTest, ANullInterfaceReachesTheService) {
   const std::shared_ptr<IHealth> proxy = Proxy();
   const auto callback = ndk::SharedRefBase::make<Callback>();
   ASSERT_TRUE(proxy->registerCallback(callback).isOk());
@@ -204,7 +202,7 @@ TEST_F(BinderTest, ANullInterfaceArrivesAndIsTheServicesToRefuse) {
   EXPECT_EQ(callback->levels.Take(), 49) << "the service continues";
 }
 
-TEST_F(BinderTest, TheDefaultImplementationAnswersWhatTheServiceDoesNotKnow) {
+TEST_F(BinderTest, TheDefaultImplementationAnswersUnknownTransactions) {
   const auto stand_by =
       ndk::SharedRefBase::make<services::HealthService>(HealthInfo{.batteryLevel = 12});
   EXPECT_TRUE(IHealth::setDefaultImpl(stand_by));
@@ -262,7 +260,7 @@ TEST_F(BinderTest, ACallOfEitherKindTakesAtLeastTheSimulatedLatency) {
   EXPECT_GE(duration_of([&] { return hidl->ping(); }), kLatency);
 }
 
-TEST_F(BinderTest, ADeathAnswersCallsUnderWayAndLaterOnes) {
+TEST_F(BinderTest, ADeathFailsCallsUnderWayAndLaterOnes) {
   const std::shared_ptr<IHealth> proxy = Proxy();
   const ndk::SpAIBinder never_asked = LookUp();
   auto gate = std::make_shared<fake::Gate>();
@@ -287,7 +285,7 @@ TEST_F(BinderTest, ADeathAnswersCallsUnderWayAndLaterOnes) {
   EXPECT_TRUE(Proxy()->getCapacity(&capacity).isOk());
 }
 
-TEST_F(BinderTest, ADeadServiceNeverAskedBeforeIsOfNoClass) {
+TEST_F(BinderTest, ADeadServiceThatWasNeverCalledHasNoClass) {
   const ndk::SpAIBinder binder = LookUp();
   health_.Kill();
   EXPECT_EQ(IHealth::fromBinder(binder), nullptr);
@@ -298,7 +296,7 @@ TEST_F(BinderTest, OnewayCallsArriveInOrderOnAThreadOfTheirOwn) {
   const auto other = ndk::SharedRefBase::make<Callback>();
   const std::shared_ptr<IHealth> proxy = Proxy();
   {
-    // Even while nothing is delivered, nobody who sends has to wait.
+    // A sender does not wait, even while nothing is delivered.
     HoldDeliveries hold(Delivery::kOneway);
     ASSERT_TRUE(proxy->registerCallback(callback).isOk());
     ASSERT_TRUE(proxy->registerCallback(other).isOk());
@@ -313,7 +311,7 @@ TEST_F(BinderTest, OnewayCallsArriveInOrderOnAThreadOfTheirOwn) {
   EXPECT_NE(callback->threads.Take(), std::this_thread::get_id());
 }
 
-TEST_F(BinderTest, TheServiceKeepsACallbackUntilItIsWithdrawnOrTheServiceDies) {
+TEST_F(BinderTest, AServiceHoldsACallbackUntilItIsUnregisteredOrTheServiceDies) {
   for (const bool dies : {false, true}) {
     health_.Start();
     const std::shared_ptr<IHealth> proxy = Proxy();
@@ -346,7 +344,7 @@ TEST_F(BinderTest, TheSimulatedPhoneKeepsWhatAClientSets) {
   ASSERT_TRUE(proxy->setChargingPolicy(BatteryChargingPolicy::LONG_LIFE).isOk());
   EXPECT_EQ(callback->levels.Take(), 50) << "a change is reported";
   EXPECT_TRUE(proxy->update().isOk());
-  EXPECT_EQ(callback->levels.Take(), 50) << "and so is what somebody asks for";
+  EXPECT_EQ(callback->levels.Take(), 50) << "and so is the answer to update()";
   health_.SetLevel(49);
   health_.Start();
   BatteryChargingPolicy policy = BatteryChargingPolicy::INVALID;
@@ -431,7 +429,7 @@ class DeathNotificationTest : public BinderTest {
   ndk::ScopedAIBinder_DeathRecipient recipient_{AIBinder_DeathRecipient_new(Counter::OnDied)};
 };
 
-TEST_F(DeathNotificationTest, EachLinkIsToldOnce) {
+TEST_F(DeathNotificationTest, EachLinkIsNotifiedOnce) {
   Counter once;
   Counter twice;
   ASSERT_EQ(Link(once), STATUS_OK);
@@ -439,7 +437,7 @@ TEST_F(DeathNotificationTest, EachLinkIsToldOnce) {
   ASSERT_EQ(Link(twice), STATUS_OK);
   KillAndTell();
   health_.Start();
-  KillAndTell();  // a successor's death is no business of the old links
+  KillAndTell();  // the old links do not belong to the new service
   EXPECT_EQ(once.died, 1);
   EXPECT_EQ(once.unlinked, 1);
   EXPECT_EQ(twice.died, 2);
@@ -449,37 +447,26 @@ TEST_F(DeathNotificationTest, EachLinkIsToldOnce) {
   EXPECT_EQ(once.unlinked, 2) << "a link call that fails gives the cookie back, too";
 }
 
-TEST_F(DeathNotificationTest, ALinkThatIsUndoneTellsNobody) {
-  Counter counter;
-  Counter stranger;
-  ASSERT_EQ(Link(counter), STATUS_OK);
-  EXPECT_EQ(Unlink(stranger), STATUS_NAME_NOT_FOUND);
-  EXPECT_EQ(Unlink(counter), STATUS_OK);
-  EXPECT_EQ(Unlink(counter), STATUS_NAME_NOT_FOUND);
-  KillAndTell();
-  EXPECT_EQ(counter.died, 0);
-  EXPECT_EQ(counter.unlinked, 1);
-}
-
-TEST_F(DeathNotificationTest, DeletingTheRecipientEndsItsLinksSilently) {
-  Counter counter;
-  ASSERT_EQ(Link(counter), STATUS_OK);
-  recipient_.set(nullptr);
-  EXPECT_EQ(counter.unlinked, 1);
-  KillAndTell();
-  EXPECT_EQ(counter.died, 0);
-}
-
-TEST_F(DeathNotificationTest, DroppingTheProxyEndsItsLinksSilently) {
-  Counter counter;
-  ASSERT_EQ(Link(counter), STATUS_OK);
+TEST_F(DeathNotificationTest, ALinkThatHasEndedNotifiesNoRecipient) {
+  Counter undone;
+  Counter deleted;
+  Counter dropped;
+  ndk::ScopedAIBinder_DeathRecipient other(AIBinder_DeathRecipient_new(Counter::OnDied));
+  AIBinder_DeathRecipient_setOnUnlinked(other.get(), Counter::OnUnlinked);
+  ASSERT_EQ(Link(undone), STATUS_OK);
+  ASSERT_EQ(AIBinder_linkToDeath(binder_.get(), other.get(), &deleted), STATUS_OK);
+  ASSERT_EQ(Link(dropped), STATUS_OK);
+  EXPECT_EQ(Unlink(deleted), STATUS_NAME_NOT_FOUND) << "linked by another recipient";
+  EXPECT_EQ(Unlink(undone), STATUS_OK);
+  EXPECT_EQ(Unlink(undone), STATUS_NAME_NOT_FOUND);
+  other.set(nullptr);
   binder_.set(nullptr);
-  EXPECT_EQ(counter.unlinked, 1);
+  for (const Counter* counter : {&undone, &deleted, &dropped}) EXPECT_EQ(counter->unlinked, 1);
   KillAndTell();
-  EXPECT_EQ(counter.died, 0);
+  for (const Counter* counter : {&undone, &deleted, &dropped}) EXPECT_EQ(counter->died, 0);
 }
 
-TEST_F(DeathNotificationTest, UnlinkingDoesNotWaitForANotificationThatRuns) {
+TEST_F(DeathNotificationTest, UnlinkingDoesNotWaitForARunningNotification) {
   fake::Gate gate;
   Counter counter;
   counter.gate = &gate;
@@ -497,7 +484,7 @@ TEST_F(DeathNotificationTest, UnlinkingDoesNotWaitForANotificationThatRuns) {
   EXPECT_EQ(counter.unlinked, 1);
 }
 
-TEST_F(DeathNotificationTest, ALinkToAServiceWhoseDeathNobodyHasNoticedIsTold) {
+TEST_F(DeathNotificationTest, ALinkToADeadServiceIsNotified) {
   health_.Kill();
   Counter counter;
   EXPECT_EQ(Link(counter), STATUS_OK);
@@ -505,7 +492,7 @@ TEST_F(DeathNotificationTest, ALinkToAServiceWhoseDeathNobodyHasNoticedIsTold) {
   EXPECT_EQ(counter.died, 1);
 }
 
-TEST_F(DeathNotificationTest, RecipientsOfOneProxyAreToldOneAfterAnother) {
+TEST_F(DeathNotificationTest, RecipientsOfOneProxyAreNotifiedOneAfterAnother) {
   fake::Gate gate;
   Counter first;
   Counter second;
@@ -553,7 +540,7 @@ TEST_F(DeathNotificationTest, QueuedReportsComeAfterTheDeathNotificationAndBefor
   }
 }
 
-TEST_F(DeathNotificationTest, QueuedReportsDoNotWaitForANotificationThatIsNotGiven) {
+TEST_F(DeathNotificationTest, QueuedReportsDoNotWaitForACancelledNotification) {
   const auto callback = ndk::SharedRefBase::make<Callback>();
   ASSERT_TRUE(Proxy()->registerCallback(callback).isOk());
   ASSERT_EQ(callback->levels.Take(), 50);
@@ -587,7 +574,7 @@ TEST_F(DeathNotificationTest, NullsAndMissingHooks) {
   EXPECT_EQ(log_.Lines("libbinder_ndk").size(), 2u) << "a cookie without a hook is warned of";
 }
 
-TEST(ScriptTest, AnEndedServiceTakesNothingThatIsMeantForItsSuccessor) {
+TEST(ScriptTest, AnEndedServiceTakesNoOutcomes) {
   fake::Script script;
   script.Then({.status = STATUS_UNKNOWN_ERROR});
   std::atomic<bool> ended{true};

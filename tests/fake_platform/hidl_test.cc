@@ -11,7 +11,6 @@
 #include <memory>
 #include <string>
 #include <thread>
-#include <utility>
 #include <vector>
 
 #include "quorvel/fake/deliveries.h"
@@ -112,7 +111,7 @@ TEST_F(HidlTest, ADerivedServiceIsFoundUnderItsBaseWhenThatIsDeclared) {
   EXPECT_NE(derived, nullptr);
 }
 
-TEST_F(HidlTest, ALookUpFindsNothing) {
+TEST_F(HidlTest, ALookUpWithoutAServiceReturnsNull) {
   EXPECT_EQ(V2_0::IThermal::tryGetService("other"), nullptr);
   EXPECT_EQ(V2_0::IThermal::tryGetService(/*getStub=*/true), nullptr);
   thermal_.on(fake::BinderFunction::kTryGetHidlService).Then({.status = STATUS_PERMISSION_DENIED});
@@ -131,7 +130,7 @@ TEST_F(HidlTest, ALookUpFindsNothing) {
   EXPECT_EQ(LookUp(), nullptr) << "declared, but not running";
 }
 
-TEST_F(HidlTest, GetServiceWaitsForAServiceThatIsLate) {
+TEST_F(HidlTest, GetServiceWaitsForALateService) {
   Kill();
   Seen<bool> found;
   std::thread waiter([&] { found.Put(V2_0::IThermal::getService() != nullptr); });
@@ -167,7 +166,7 @@ TEST_F(HidlTest, AServiceOfTheSameProcessIsTheObjectItself) {
   EXPECT_EQ(found, sp<V2_0::IThermal>(service));
   EXPECT_FALSE(found->isRemote());
   EXPECT_FALSE(interfacesEqual(found, LookUp()));
-  // Links to a local object succeed and mean nothing.
+  // Links to a local object succeed and have no effect.
   const auto recipient = sp<Recipient>::make();
   EXPECT_TRUE(found->linkToDeath(recipient, 1));
   EXPECT_TRUE(found->unlinkToDeath(recipient));
@@ -180,7 +179,7 @@ TEST_F(HidlTest, AServiceOfTheSameProcessIsTheObjectItself) {
   EXPECT_FALSE(callback->heard.empty());
 }
 
-TEST_F(HidlTest, ACallRunsInTheServiceAndItsAnswerInTheCaller) {
+TEST_F(HidlTest, ACallRunsInTheServiceAndItsResultCallbackInTheCaller) {
   const sp<V2_0::IThermal> service = LookUp();
   std::vector<V2_0::Temperature> temperatures;
   HidlAnswer answer;
@@ -244,7 +243,7 @@ TEST_F(HidlTest, NotificationsArriveInOrderOnAHidlThread) {
   ASSERT_FALSE(Register(service, callback).failed());
   ASSERT_FALSE(Register(service, other).failed());
   {
-    // Even while nothing is delivered, nobody who sends has to wait.
+    // A sender does not wait, even while nothing is delivered.
     HoldDeliveries hold(Delivery::kOneway);
     for (int i = 0; i < 20; ++i) thermal_.Notify({.value = static_cast<float>(i)});
     EXPECT_TRUE(hold.WaitForHeld(2)) << "calls to different objects run side by side";
@@ -259,7 +258,7 @@ TEST_F(HidlTest, NotificationsArriveInOrderOnAHidlThread) {
   }
 }
 
-TEST_F(HidlTest, TheServiceKeepsACallbackUntilItIsWithdrawnOrTheServiceDies) {
+TEST_F(HidlTest, AServiceHoldsACallbackUntilItIsUnregisteredOrTheServiceDies) {
   for (const bool dies : {false, true}) {
     thermal_.Start(ThermalPath::kHidl);
     const sp<V2_0::IThermal> service = LookUp();
@@ -292,7 +291,7 @@ class RudeService : public HidlThermalService {
   const int answers_;
 };
 
-TEST_F(HidlTest, AServiceHasToAnswerOnce) {
+TEST_F(HidlTest, AServiceMustCallItsResultCallbackOnce) {
   const auto call = [](int answers) {
     fake::ServiceProcess process("rude");
     ASSERT_TRUE(process.AddHidlService(sp<RudeService>::make(answers)));
@@ -315,7 +314,7 @@ class HidlDeathTest : public HidlTest {
   sp<Recipient> recipient_ = sp<Recipient>::make();
 };
 
-TEST_F(HidlDeathTest, EachLinkIsToldOnce) {
+TEST_F(HidlDeathTest, EachLinkIsNotifiedOnce) {
   ASSERT_TRUE(service_->linkToDeath(recipient_, 1));
   ASSERT_TRUE(service_->linkToDeath(recipient_, 2));
   const sp<V2_0::IThermal> another = LookUp();
@@ -332,28 +331,24 @@ TEST_F(HidlDeathTest, EachLinkIsToldOnce) {
   EXPECT_FALSE(service_->linkToDeath(recipient_, 4)) << "known to be dead";
   thermal_.Start(ThermalPath::kHidl);
   KillAndTell();
-  EXPECT_TRUE(recipient_->told.empty()) << "a successor's death is no business of the old links";
+  EXPECT_TRUE(recipient_->told.empty()) << "the old links do not belong to the new service";
 }
 
-TEST_F(HidlDeathTest, ALinkBelongsToOneProxyAndEndsWithIt) {
+TEST_F(HidlDeathTest, ALinkEndsWithItsProxyOrItsRecipient) {
   const sp<V2_0::IThermal> another = LookUp();
   ASSERT_TRUE(service_->linkToDeath(recipient_, 1));
   EXPECT_FALSE(another->unlinkToDeath(recipient_)) << "not linked here";
   service_.clear();
+  auto held_weakly = sp<Recipient>::make();
+  const wp<Recipient> weak = held_weakly;
+  ASSERT_TRUE(another->linkToDeath(held_weakly, 2));
+  held_weakly.clear();
+  EXPECT_EQ(weak.promote(), nullptr);
   KillAndTell();
   EXPECT_TRUE(recipient_->told.empty());
 }
 
-TEST_F(HidlDeathTest, ARecipientIsHeldWeakly) {
-  const wp<Recipient> weak = recipient_;
-  ASSERT_TRUE(service_->linkToDeath(recipient_, 1));
-  recipient_.clear();
-  EXPECT_EQ(weak.promote(), nullptr);
-  KillAndTell();
-  EXPECT_TRUE(service_->ping().isDeadObject());
-}
-
-TEST_F(HidlDeathTest, ALinkThatIsUndoneOrRefusedTellsNobody) {
+TEST_F(HidlDeathTest, AnUndoneOrRefusedLinkNotifiesNoRecipient) {
   ASSERT_TRUE(service_->linkToDeath(recipient_, 1));
   EXPECT_TRUE(service_->unlinkToDeath(recipient_));
   EXPECT_FALSE(service_->unlinkToDeath(recipient_));
@@ -361,20 +356,20 @@ TEST_F(HidlDeathTest, ALinkThatIsUndoneOrRefusedTellsNobody) {
   const Return<bool> refused = service_->linkToDeath(recipient_, 2);
   EXPECT_TRUE(refused.isOk()) << "no failure of the transport";
   EXPECT_FALSE(refused);
-  // Without a recipient there is a link, and nobody to tell.
+  // Without a recipient there is a link that notifies no recipient.
   EXPECT_TRUE(service_->linkToDeath(nullptr, 3));
   EXPECT_FALSE(service_->unlinkToDeath(nullptr));
   KillAndTell();
   EXPECT_TRUE(recipient_->told.empty());
 }
 
-TEST_F(HidlDeathTest, ALinkToAServiceWhoseDeathNobodyHasNoticedIsTold) {
+TEST_F(HidlDeathTest, ALinkToADeadServiceIsNotified) {
   Kill();
   EXPECT_TRUE(service_->linkToDeath(recipient_, 1));
   EXPECT_EQ(recipient_->told.Take(), 1u);
 }
 
-TEST_F(HidlDeathTest, NobodyWaitsForANotificationThatRuns) {
+TEST_F(HidlDeathTest, UnlinkingDoesNotWaitForARunningNotification) {
   recipient_->gate = std::make_shared<fake::Gate>();
   ASSERT_TRUE(service_->linkToDeath(recipient_, 1));
   Kill();

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The values of HIDL calls and their outcomes: who owns what, and what ends the process.
+// The values of HIDL calls and their outcomes: ownership, and misuse that ends the process.
 #include <android/hardware/thermal/2.0/types.h>
 #include <cutils/native_handle.h>
 #include <gmock/gmock.h>
@@ -10,7 +10,6 @@
 #include <hidl/Status.h>
 #include <unistd.h>
 
-#include <array>
 #include <atomic>
 #include <string>
 #include <thread>
@@ -25,7 +24,6 @@ namespace {
 using android::RefBase;
 using android::sp;
 using android::wp;
-using android::hardware::hidl_array;
 using android::hardware::hidl_handle;
 using android::hardware::hidl_string;
 using android::hardware::hidl_vec;
@@ -91,7 +89,7 @@ TEST(RefBaseTest, APromotionAndTheLastReleaseNeverMeet) {
   }
 }
 
-TEST(RefBaseTest, MisuseIsNoticed) {
+TEST(RefBaseTest, MisuseIsReported) {
   Counts counts;
   {
     const fake::LogCapture log;
@@ -156,14 +154,6 @@ TEST(HidlVecTest, OwnsCopiesAndPointsAtTheRest) {
   EXPECT_EQ(target, (hidl_vec<int>{1, 2}));
 }
 
-TEST(HidlArrayTest, TakesAndGivesItsElements) {
-  const std::array<float, 3> from = {1, 2, 3};
-  const hidl_array<float, 3> array = from;
-  EXPECT_EQ((static_cast<std::array<float, 3>>(array)), from);
-  EXPECT_EQ(array, (hidl_array<float, 3>(from.data())));
-  EXPECT_NE(array, (hidl_array<float, 3>{}));
-}
-
 TEST(HidlHandleTest, ACopyHasDescriptorsOfItsOwn) {
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
@@ -180,14 +170,14 @@ TEST(HidlHandleTest, ACopyHasDescriptorsOfItsOwn) {
   }
   EXPECT_NE(copy->data[0], ends[1]);
   EXPECT_EQ(copy->data[1], 42);
-  EXPECT_EQ(write(ends[1], "x", 1), -1) << "closed by its owner, and by nobody before";
+  EXPECT_EQ(write(ends[1], "x", 1), -1) << "closed by its owner, not before";
   EXPECT_EQ(write(copy->data[0], "x", 1), 1);
   close(ends[0]);
   EXPECT_EQ(hidl_handle().getNativeHandle(), nullptr);
   EXPECT_EQ(native_handle_create(NATIVE_HANDLE_MAX_FDS + 1, 0), nullptr);
 }
 
-TEST(ReturnTest, SaysWhatHappened) {
+TEST(ReturnTest, DescribesItsStatus) {
   EXPECT_EQ(Return<void>().description(), "No error");
   const Return<void> dead = Status::fromStatusT(android::DEAD_OBJECT);
   EXPECT_TRUE(dead.isDeadObject());
@@ -207,7 +197,7 @@ Return<bool> Failed(int32_t status = android::FAILED_TRANSACTION) {
   return Status::fromStatusT(status);
 }
 
-TEST(ReturnTest, AFailureThatNobodyLooksAtEndsTheProcess) {
+TEST(ReturnTest, AnUncheckedFailureEndsTheProcess) {
   EXPECT_DEATH({ Failed(); }, "goes away unchecked.*FAILED_TRANSACTION");
   EXPECT_DEATH(
       {
@@ -215,7 +205,7 @@ TEST(ReturnTest, AFailureThatNobodyLooksAtEndsTheProcess) {
         result = Return<bool>(true);
       },
       "unchecked");
-  // These are no looks.
+  // These do not check it.
   EXPECT_DEATH(
       {
         const Return<bool> result = Failed();

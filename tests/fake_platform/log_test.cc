@@ -37,7 +37,7 @@ TEST(LogTest, GoesToTheLoggerWithTagPriorityAndText) {
                                        LogLine{ANDROID_LOG_INFO, "app", "untagged"}));
 }
 
-TEST(LogTest, AReadyMessageIsHandedOnUnlessItsBufferIsNotForPrograms) {
+TEST(LogTest, AMessageIsPassedOnUnlessItsBufferIsNotForPrograms) {
   LogCapture log;
   __android_log_set_default_tag("app");
   __android_log_message message = {.struct_size = sizeof message,
@@ -60,7 +60,7 @@ TEST(LogTest, AReadyMessageIsHandedOnUnlessItsBufferIsNotForPrograms) {
                                        LogLine{ANDROID_LOG_VERBOSE, "app", "ready"}));
 }
 
-TEST(LogTest, DropsWhatIsBelowTheMinimumPriority) {
+TEST(LogTest, DropsLinesBelowTheMinimumPriority) {
   LogCapture log;
   const int32_t before = __android_log_set_minimum_priority(ANDROID_LOG_WARN);
   EXPECT_EQ(__android_log_print(ANDROID_LOG_INFO, "tag", "dropped"), -EPERM);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// A host program that has not started its binder threads hears of nothing.
+// A host program that has not started its binder threads receives nothing.
 #include <android/binder_process.h>
 #include <android/sensor.h>
 #include <gtest/gtest.h>

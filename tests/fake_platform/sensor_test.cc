@@ -8,10 +8,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cerrno>
 #include <future>
-#include <string>
 #include <thread>
 #include <vector>
 
@@ -30,11 +28,6 @@ int Poll(int timeout_ms) {
   return ALooper_pollOnce(timeout_ms, nullptr, nullptr, nullptr);
 }
 
-// The looper has no memory of an earlier test.
-void Drain() {
-  while (Poll(0) != ALOOPER_POLL_TIMEOUT) continue;
-}
-
 TEST(PlatformLooperTest, TheProcessHasOneLooper) {
   ALooper* const looper = ALooper_forThread();
   ASSERT_NE(looper, nullptr);
@@ -46,7 +39,7 @@ TEST(PlatformLooperTest, TheProcessHasOneLooper) {
 }
 
 TEST(PlatformLooperTest, AWakeIsKeptAndFolded) {
-  Drain();
+  fake::DropWake();
   for (int i = 0; i < 3; ++i) ALooper_wake(ALooper_forThread());
   int fd = 7;
   int events = 7;
@@ -59,7 +52,7 @@ TEST(PlatformLooperTest, AWakeIsKeptAndFolded) {
 }
 
 TEST(PlatformLooperTest, AThreadThatPreparedNothingMayWaitAndOneOfSeveralIsWoken) {
-  Drain();
+  fake::DropWake();
   std::vector<std::future<int>> polls;
   for (int i = 0; i < 2; ++i) polls.push_back(std::async(std::launch::async, Poll, -1));
   ASSERT_TRUE(Eventually([] { return fake::LooperWaiters() == 2; }));
@@ -75,7 +68,6 @@ class PlatformSensorTest : public testing::Test {
     hub_.Add(ASENSOR_TYPE_PROXIMITY, "proximity", 1000);
     hub_.Add(ASENSOR_TYPE_LIGHT, "light");
     hub_.Start();
-    Drain();
     manager_ = ASensorManager_getInstanceForPackage("any");
     sensor_ = ASensorManager_getDefaultSensor(manager_, ASENSOR_TYPE_PROXIMITY);
   }
@@ -114,7 +106,7 @@ TEST_F(PlatformSensorTest, OneManagerKnowsTheSensors) {
   EXPECT_EQ(ASensorManager_getDefaultSensor(manager_, ASENSOR_TYPE_INVALID), nullptr);
 }
 
-TEST_F(PlatformSensorTest, WhatIsWrongIsRefused) {
+TEST_F(PlatformSensorTest, InvalidArgumentsAreRefused) {
   EXPECT_EQ(ASensorManager_createEventQueue(nullptr, ALooper_forThread(), 0, nullptr, nullptr),
             nullptr);
   EXPECT_EQ(ASensorManager_createEventQueue(manager_, nullptr, 0, nullptr, nullptr), nullptr);
@@ -153,7 +145,7 @@ TEST_F(PlatformSensorTest, EventsAreKeptInOrderUntilTheyAreRead) {
   EXPECT_EQ(ASensorManager_destroyEventQueue(manager_, queue), 0);
 }
 
-TEST_F(PlatformSensorTest, OnePollTakesTheNewsOfAllQueuesAndLeavesTheWake) {
+TEST_F(PlatformSensorTest, OnePollTakesTheEventsOfAllQueuesAndLeavesTheWake) {
   ASensorEventQueue* const queues[] = {MakeQueue(), MakeQueue()};
   for (ASensorEventQueue* queue : queues) {
     ASSERT_EQ(ASensorEventQueue_registerSensor(queue, sensor_, 1000, 0), 0);
@@ -172,7 +164,7 @@ TEST_F(PlatformSensorTest, OnePollTakesTheNewsOfAllQueuesAndLeavesTheWake) {
   fake::BringSensorEvents({brought});
   EXPECT_EQ(Poll(0), ALOOPER_POLL_CALLBACK);
   for (ASensorEventQueue* queue : queues) EXPECT_THAT(Read(queue), ElementsAre(7));
-  // The news of a queue that is gone wake nobody.
+  // The events of a destroyed queue wake no poll.
   Report(3);
   for (ASensorEventQueue* queue : queues) ASensorManager_destroyEventQueue(manager_, queue);
   EXPECT_EQ(Poll(0), ALOOPER_POLL_TIMEOUT);
@@ -226,7 +218,7 @@ TEST(PlatformSensorDeathTest, AQueueMustNotBeDestroyedInACallback) {
   EXPECT_DEATH(DestroyInACallback(), "called from a looper callback");
 }
 
-TEST(PlatformSensorServiceTest, TheManagerIsWaitedForAndGoesWithTheService) {
+TEST(PlatformSensorServiceTest, TheManagerWaitsForTheServiceAndEndsWithIt) {
   std::future<ASensorManager*> waiting =
       std::async(std::launch::async, [] { return ASensorManager_getInstance(); });
   EXPECT_EQ(waiting.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);

@@ -9,6 +9,7 @@
 
 #include <cmath>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -95,7 +96,7 @@ TEST_F(ThermalTest, AidlQueriesSelectByType) {
   EXPECT_EQ(version, 2);
 }
 
-TEST_F(ThermalTest, AidlCallbacksHearOfTheirTypeOnABinderThread) {
+TEST_F(ThermalTest, AidlCallbacksReceiveTheirTypeOnABinderThread) {
   const std::shared_ptr<IThermal> service = LookUpAidl();
   const auto all = ndk::SharedRefBase::make<AidlThermalCallback>();
   const auto skin = ndk::SharedRefBase::make<AidlThermalCallback>();
@@ -126,7 +127,7 @@ TEST_F(ThermalTest, AidlCallbacksHearOfTheirTypeOnABinderThread) {
   EXPECT_TRUE(skin->heard.empty());
 }
 
-TEST_F(ThermalTest, AidlRefusesCallbacksThatAreThereAlreadyOrNotAtAll) {
+TEST_F(ThermalTest, AidlRefusesKnownAndUnknownCallbacks) {
   const std::shared_ptr<IThermal> service = LookUpAidl();
   const auto callback = ndk::SharedRefBase::make<AidlThermalCallback>();
   const auto refused = [](const ndk::ScopedAStatus& status) {
@@ -155,7 +156,7 @@ TEST_F(ThermalTest, AidlRefusesCallbacksThatAreThereAlreadyOrNotAtAll) {
   EXPECT_EQ(thermal_.on(operation).calls(), 4);
 }
 
-TEST_F(ThermalTest, AidlTellsOfCoolingDevices) {
+TEST_F(ThermalTest, AidlReportsCoolingDevices) {
   const std::shared_ptr<IThermal> service = LookUpAidl();
   const auto callback = ndk::SharedRefBase::make<CoolingCallback>();
   ASSERT_TRUE(
@@ -172,7 +173,7 @@ TEST_F(ThermalTest, AidlTellsOfCoolingDevices) {
             EX_ILLEGAL_ARGUMENT);
 }
 
-TEST_F(ThermalTest, HidlGivesTheSameAccountInItsOwnTerms) {
+TEST_F(ThermalTest, HidlConvertsTheData) {
   const sp<V2_0::IThermal> service = LookUpHidl();
   HidlAnswer answer;
   std::vector<V2_0::Temperature> temperatures;
@@ -200,7 +201,7 @@ TEST_F(ThermalTest, HidlGivesTheSameAccountInItsOwnTerms) {
   EXPECT_EQ(devices[2].type, V2_0::CoolingType::COMPONENT);
 }
 
-TEST_F(ThermalTest, HidlCallbacksHearOfTheirType) {
+TEST_F(ThermalTest, HidlCallbacksReceiveTheirType) {
   const sp<V2_0::IThermal> service = LookUpHidl();
   const auto skin = sp<HidlThermalCallback>::make();
   const auto all = sp<HidlThermalCallback>::make();
@@ -232,7 +233,22 @@ TEST_F(ThermalTest, HidlCallbacksHearOfTheirType) {
   EXPECT_EQ(answer.status.debugMessage, "the callback is null");
 }
 
-TEST_F(ThermalTest, EitherServiceDiesAndReturnsForItself) {
+TEST_F(ThermalTest, AnUnknownNameThrowsTheKnownOnes) {
+  const auto message_of = [](const auto& action) -> std::string {
+    try {
+      action();
+    } catch (const std::invalid_argument& error) {
+      return error.what();
+    }
+    return "nothing thrown";
+  };
+  EXPECT_THAT(message_of([&] { thermal_.SetTemperature("skni", 1); }),
+              testing::StartsWith("no temperature \"skni\"; known are \"cpu\" \"skin\" "));
+  EXPECT_EQ(message_of([&] { thermal_.SetCooling("fan", 1); }),
+            "no cooling device \"fan\"; known are \"cpu\" \"battery\" \"speaker\"");
+}
+
+TEST_F(ThermalTest, EachServiceDiesAndRestartsAlone) {
   const auto callback = ndk::SharedRefBase::make<AidlThermalCallback>();
   const std::shared_ptr<IThermal> service = LookUpAidl();
   ASSERT_TRUE(service->registerThermalChangedCallback(callback).isOk());
@@ -252,7 +268,7 @@ TEST_F(ThermalTest, EitherServiceDiesAndReturnsForItself) {
   EXPECT_NE(LookUpAidl(), nullptr);
 }
 
-TEST_F(ThermalTest, TheObserverHearsOfBothServices) {
+TEST_F(ThermalTest, TheObserverReceivesTheEventsOfBothServices) {
   const auto expect = [&](ServiceEvent::Kind kind, const std::string& service,
                           const std::string& detail = {}) {
     const auto event = events_.Take();
@@ -280,7 +296,7 @@ TEST_F(ThermalTest, TheObserverHearsOfBothServices) {
   expect(ServiceEvent::Kind::kDied, "thermal");
 }
 
-TEST_F(ThermalTest, TheObserverHearsOnceOfEveryChangeAndOfTheStateAtTheStart) {
+TEST_F(ThermalTest, TheObserverReceivesEachChangeOnceAndTheStateAtTheStart) {
   const auto expect = [&](const std::string& service, const Temperature& temperature) {
     const auto event = reports_.Take();
     ASSERT_TRUE(event.has_value());
@@ -318,7 +334,7 @@ TEST_F(ThermalTest, TheObserverHearsOnceOfEveryChangeAndOfTheStateAtTheStart) {
   EXPECT_EQ(std::get<services::TemperatureGone>(event->report).name, "cpu");
 }
 
-TEST_F(ThermalTest, WhatThrottledAndHasGoneIsReleased) {
+TEST_F(ThermalTest, AThrottlingTemperatureThatIsRemovedIsReleased) {
   const auto aidl = ndk::SharedRefBase::make<AidlThermalCallback>();
   ASSERT_TRUE(LookUpAidl()->registerThermalChangedCallback(aidl).isOk());
   thermal_.SetSeverity("cpu", ThrottlingSeverity::SEVERE);

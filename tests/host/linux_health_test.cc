@@ -15,16 +15,11 @@
 #include <fstream>
 #include <memory>
 #include <optional>
-#include <ostream>
 #include <string>
-#include <string_view>
-#include <utility>
 #include <vector>
 
 #include "clients.h"
-#include "device_files.h"
 #include "linux_machine.h"
-#include "power_supplies.h"
 #include "process_state.h"
 #include "quorvel.h"
 #include "quorvel/fake/deliveries.h"

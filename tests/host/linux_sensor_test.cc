@@ -6,19 +6,13 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <filesystem>
-#include <memory>
 #include <optional>
-#include <ostream>
 #include <string>
 #include <vector>
 
 #include "clients.h"
-#include "device_files.h"
-#include "iio_channels.h"
 #include "linux_machine.h"
 #include "quorvel.h"
-#include "quorvel/fake/deliveries.h"
 #include "quorvel/linux_machine/sensors.h"
 #include "waiting.h"
 

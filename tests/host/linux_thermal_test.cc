@@ -14,25 +14,21 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <limits>
 #include <memory>
 #include <optional>
-#include <ostream>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "clients.h"
-#include "device_files.h"
 #include "linux_machine.h"
 #include "process_state.h"
 #include "quorvel.h"
 #include "quorvel/fake/deliveries.h"
 #include "thermal_devices.h"
 #include "thermal_types.h"
-#include "throttling.h"
 #include "waiting.h"
 
 namespace norvik::qel {
@@ -45,9 +41,6 @@ using aidl::android::hardware::thermal::IThermal;
 using aidl::android::hardware::thermal::TemperatureType;
 using aidl::android::hardware::thermal::ThrottlingSeverity;
 using linux_machine::ThermalTypes;
-using linux_machine::ThermalZone;
-using linux_machine::TripPoint;
-using linux_machine::TripType;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;

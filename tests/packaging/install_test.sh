@@ -39,7 +39,7 @@ for name in c_client cpp_client downstream_test; do
   # -Werror: the installed headers are others' to their users, and must not warn there either.
   run "$name-configure" cmake "${generator[@]}" -S "$examples/$name" -B "$work/$name" --fresh \
     -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF \
-    -DCMAKE_C_FLAGS="-Wall -Wextra -Werror" -DCMAKE_CXX_FLAGS="-O0 -Wall -Wextra -Werror"
+    -DCMAKE_C_FLAGS="-Wall -Wextra -Werror" -DCMAKE_CXX_FLAGS="-O0 -Wall -Wextra -Wpedantic -Werror"
   grep -q "^quorvel_DIR:PATH=$prefix/" "$work/$name/CMakeCache.txt" ||
     fail "$name has found another quorvel than that of $prefix"
   run "$name-build" cmake --build "$work/$name" --parallel 2

@@ -10,112 +10,32 @@
 
 namespace aidl::android::hardware::health {
 
+using norvik::qel::fake::EnumText;
 using norvik::qel::fake::RecordText;
 
 std::string toString(BatteryStatus value) {
-  switch (value) {
-    case BatteryStatus::UNKNOWN:
-      return "UNKNOWN";
-    case BatteryStatus::CHARGING:
-      return "CHARGING";
-    case BatteryStatus::DISCHARGING:
-      return "DISCHARGING";
-    case BatteryStatus::NOT_CHARGING:
-      return "NOT_CHARGING";
-    case BatteryStatus::FULL:
-      return "FULL";
-  }
-  return std::to_string(static_cast<int32_t>(value));
+  return EnumText(value, {"UNKNOWN", "CHARGING", "DISCHARGING", "NOT_CHARGING", "FULL"});
 }
 
 std::string toString(BatteryHealth value) {
-  switch (value) {
-    case BatteryHealth::UNKNOWN:
-      return "UNKNOWN";
-    case BatteryHealth::GOOD:
-      return "GOOD";
-    case BatteryHealth::OVERHEAT:
-      return "OVERHEAT";
-    case BatteryHealth::DEAD:
-      return "DEAD";
-    case BatteryHealth::OVER_VOLTAGE:
-      return "OVER_VOLTAGE";
-    case BatteryHealth::UNSPECIFIED_FAILURE:
-      return "UNSPECIFIED_FAILURE";
-    case BatteryHealth::COLD:
-      return "COLD";
-    case BatteryHealth::FAIR:
-      return "FAIR";
-    case BatteryHealth::NOT_AVAILABLE:
-      return "NOT_AVAILABLE";
-    case BatteryHealth::INCONSISTENT:
-      return "INCONSISTENT";
-  }
-  return std::to_string(static_cast<int32_t>(value));
+  return EnumText(value, {"UNKNOWN", "GOOD", "OVERHEAT", "DEAD", "OVER_VOLTAGE",
+                          "UNSPECIFIED_FAILURE", "COLD", "FAIR", "NOT_AVAILABLE", "INCONSISTENT"});
 }
 
 std::string toString(BatteryCapacityLevel value) {
-  switch (value) {
-    case BatteryCapacityLevel::UNSUPPORTED:
-      return "UNSUPPORTED";
-    case BatteryCapacityLevel::UNKNOWN:
-      return "UNKNOWN";
-    case BatteryCapacityLevel::CRITICAL:
-      return "CRITICAL";
-    case BatteryCapacityLevel::LOW:
-      return "LOW";
-    case BatteryCapacityLevel::NORMAL:
-      return "NORMAL";
-    case BatteryCapacityLevel::HIGH:
-      return "HIGH";
-    case BatteryCapacityLevel::FULL:
-      return "FULL";
-  }
-  return std::to_string(static_cast<int32_t>(value));
+  return EnumText(value, {"UNSUPPORTED", "UNKNOWN", "CRITICAL", "LOW", "NORMAL", "HIGH", "FULL"});
 }
 
 std::string toString(BatteryChargingState value) {
-  switch (value) {
-    case BatteryChargingState::INVALID:
-      return "INVALID";
-    case BatteryChargingState::NORMAL:
-      return "NORMAL";
-    case BatteryChargingState::TOO_COLD:
-      return "TOO_COLD";
-    case BatteryChargingState::TOO_HOT:
-      return "TOO_HOT";
-    case BatteryChargingState::LONG_LIFE:
-      return "LONG_LIFE";
-    case BatteryChargingState::ADAPTIVE:
-      return "ADAPTIVE";
-  }
-  return std::to_string(static_cast<int32_t>(value));
+  return EnumText(value, {"INVALID", "NORMAL", "TOO_COLD", "TOO_HOT", "LONG_LIFE", "ADAPTIVE"});
 }
 
 std::string toString(BatteryChargingPolicy value) {
-  switch (value) {
-    case BatteryChargingPolicy::INVALID:
-      return "INVALID";
-    case BatteryChargingPolicy::DEFAULT:
-      return "DEFAULT";
-    case BatteryChargingPolicy::LONG_LIFE:
-      return "LONG_LIFE";
-    case BatteryChargingPolicy::ADAPTIVE:
-      return "ADAPTIVE";
-  }
-  return std::to_string(static_cast<int32_t>(value));
+  return EnumText(value, {"INVALID", "DEFAULT", "LONG_LIFE", "ADAPTIVE"});
 }
 
 std::string toString(BatteryPartStatus value) {
-  switch (value) {
-    case BatteryPartStatus::UNSUPPORTED:
-      return "UNSUPPORTED";
-    case BatteryPartStatus::ORIGINAL:
-      return "ORIGINAL";
-    case BatteryPartStatus::REPLACED:
-      return "REPLACED";
-  }
-  return std::to_string(static_cast<int32_t>(value));
+  return EnumText(value, {"UNSUPPORTED", "ORIGINAL", "REPLACED"});
 }
 
 const char* DiskStats::descriptor = "android.hardware.health.DiskStats";

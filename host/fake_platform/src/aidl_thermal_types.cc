@@ -13,27 +13,22 @@
 
 namespace aidl::android::hardware::thermal {
 
+using norvik::qel::fake::EnumText;
 using norvik::qel::fake::kCoolingTypeNames;
 using norvik::qel::fake::kTemperatureTypeNames;
 using norvik::qel::fake::kThrottlingSeverityNames;
-using norvik::qel::fake::NameOf;
 using norvik::qel::fake::RecordText;
 
 std::string toString(TemperatureType value) {
-  const char* name =
-      NameOf(kTemperatureTypeNames, value, TemperatureType::UNKNOWN, TemperatureType::POGO);
-  return name != nullptr ? name : std::to_string(static_cast<int32_t>(value));
+  return EnumText(value, kTemperatureTypeNames);
 }
 
 std::string toString(ThrottlingSeverity value) {
-  const char* name = NameOf(kThrottlingSeverityNames, value, ThrottlingSeverity::NONE,
-                            ThrottlingSeverity::SHUTDOWN);
-  return name != nullptr ? name : std::to_string(static_cast<int32_t>(value));
+  return EnumText(value, kThrottlingSeverityNames);
 }
 
 std::string toString(CoolingType value) {
-  const char* name = NameOf(kCoolingTypeNames, value, CoolingType::FAN, CoolingType::USB_PORT);
-  return name != nullptr ? name : std::to_string(static_cast<int32_t>(value));
+  return EnumText(value, kCoolingTypeNames);
 }
 
 const char* Temperature::descriptor = "android.hardware.thermal.Temperature";

@@ -4,8 +4,12 @@
 // Builds the text of a record for its toString(): "Name{field: value, ...}".
 #pragma once
 
+#include <android/binder_enums.h>
+
 #include <array>
 #include <charconv>
+#include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <optional>
 #include <string>
@@ -47,6 +51,17 @@ std::string ValueText(const std::vector<T>& values) {
   std::string text = "[";
   for (const T& value : values) text += (text.size() > 1 ? ", " : "") + ValueText(value);
   return text + "]";
+}
+
+// The name of a value, or its number if it has no name. The names are in the order of the enum.
+template <typename Enum, size_t kSize>
+std::string EnumText(Enum value, const char* const (&names)[kSize]) {
+  constexpr auto kValues = ndk::internal::enum_values<Enum>;
+  static_assert(kValues.size() == kSize);
+  for (size_t i = 0; i < kSize; ++i) {
+    if (kValues[i] == value) return names[i];
+  }
+  return std::to_string(static_cast<int32_t>(value));
 }
 
 class RecordText {

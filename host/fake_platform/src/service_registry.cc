@@ -7,7 +7,6 @@
 #include <android/log.h>
 
 #include <chrono>
-#include <string_view>
 #include <thread>
 #include <vector>
 

@@ -40,6 +40,10 @@ typedef struct ASensorVector {
   uint8_t reserved[3];
 } ASensorVector;
 
+#ifdef __clang__
+#pragma clang diagnostic push
+#pragma clang diagnostic ignored "-Wnested-anon-types"  // the platform's layout
+#endif
 typedef struct ASensorEvent {
   int32_t version;  // sizeof(ASensorEvent)
   int32_t sensor;   // the sensor's handle
@@ -64,6 +68,9 @@ typedef struct ASensorEvent {
   uint32_t flags;
   int32_t reserved1[3];
 } ASensorEvent;
+#ifdef __clang__
+#pragma clang diagnostic pop
+#endif
 
 typedef struct ASensorManager ASensorManager;
 typedef struct ASensorEventQueue ASensorEventQueue;

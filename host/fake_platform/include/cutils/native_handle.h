@@ -15,7 +15,7 @@ typedef struct native_handle {
   int version;  // the size of this struct
   int numFds;
   int numInts;
-  int data[0];  // the descriptors, then the numbers
+  __extension__ int data[0];  // the descriptors, then the numbers
 } native_handle_t;
 
 // Allocates room for the descriptors and numbers, uninitialized. Null if there are too many.

@@ -9,8 +9,9 @@
 #include <aidl/android/hardware/thermal/TemperatureThreshold.h>
 #include <android/hardware/thermal/2.0/types.h>
 
-#include <optional>
 #include <vector>
+
+#include "quorvel/services/service_event.h"
 
 namespace norvik::qel::services {
 
@@ -20,23 +21,17 @@ struct ThermalData {
   std::vector<aidl::android::hardware::thermal::CoolingDevice> cooling_devices = {};
 };
 
-// The temperatures whose severity has changed. A service notifies these. A new temperature counts
-// as NONE before.
-std::vector<aidl::android::hardware::thermal::Temperature> ChangedSeverities(
-    const ThermalData& before, const ThermalData& now);
-// The temperatures that are new or have changed in any way.
-std::vector<aidl::android::hardware::thermal::Temperature> ChangedTemperatures(
-    const ThermalData& before, const ThermalData& now);
-// The temperatures that have been removed.
-std::vector<aidl::android::hardware::thermal::Temperature> GoneTemperatures(
-    const ThermalData& before, const ThermalData& now);
-// The notification for a removed temperature: value NaN, severity NONE. Empty if its severity was
-// NONE already.
-std::optional<aidl::android::hardware::thermal::Temperature> Release(
-    const aidl::android::hardware::thermal::Temperature& gone);
-// The cooling devices that are new or have changed.
-std::vector<aidl::android::hardware::thermal::CoolingDevice> ChangedCoolingDevices(
-    const ThermalData& before, const ThermalData& now);
+// What a service does with a change of its data.
+struct ThermalChanges {
+  // For the observer: the temperatures that are new or have changed in any way, and those removed.
+  std::vector<Report> reports = {};
+  // For the callbacks: the temperatures whose severity has changed. A new one counts as NONE
+  // before; one that was throttling and has been removed is NONE, with the value NaN.
+  std::vector<aidl::android::hardware::thermal::Temperature> severities = {};
+  // The cooling devices that are new or have changed.
+  std::vector<aidl::android::hardware::thermal::CoolingDevice> cooling_devices = {};
+};
+ThermalChanges Compare(const ThermalData& before, const ThermalData& now);
 
 // Conversions to HIDL 2.0. A type that HIDL does not have becomes UNKNOWN, or COMPONENT for a
 // cooling device. A missing threshold becomes NaN.

@@ -54,6 +54,11 @@ class Thermal {
 
   // Changes the state. Running services report changed severities and cooling devices.
   void Change(const std::function<void(ThermalData&)>& change);
+  // An unknown name throws std::invalid_argument with the known ones.
+  //
+  // SetTemperature() leaves the severity as it is, also above a threshold: how services derive
+  // one from the other differs from phone to phone. Some consider several sensors, a hysteresis or
+  // a time. Call SetSeverity(), too.
   void SetTemperature(const std::string& name, float value);
   void SetSeverity(const std::string& name, ThrottlingSeverity severity);
   void SetCooling(const std::string& name, int64_t value);

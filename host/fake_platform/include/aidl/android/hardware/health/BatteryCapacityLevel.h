@@ -29,14 +29,8 @@ std::string toString(BatteryCapacityLevel value);
 
 namespace ndk::internal {
 template <>
-constexpr inline std::array<aidl::android::hardware::health::BatteryCapacityLevel, 7>
-    enum_values<aidl::android::hardware::health::BatteryCapacityLevel> = {
-        aidl::android::hardware::health::BatteryCapacityLevel::UNSUPPORTED,
-        aidl::android::hardware::health::BatteryCapacityLevel::UNKNOWN,
-        aidl::android::hardware::health::BatteryCapacityLevel::CRITICAL,
-        aidl::android::hardware::health::BatteryCapacityLevel::LOW,
-        aidl::android::hardware::health::BatteryCapacityLevel::NORMAL,
-        aidl::android::hardware::health::BatteryCapacityLevel::HIGH,
-        aidl::android::hardware::health::BatteryCapacityLevel::FULL,
-};
+constexpr inline auto enum_values<aidl::android::hardware::health::BatteryCapacityLevel> = [] {
+  using enum aidl::android::hardware::health::BatteryCapacityLevel;
+  return std::array{UNSUPPORTED, UNKNOWN, CRITICAL, LOW, NORMAL, HIGH, FULL};
+}();
 }  // namespace ndk::internal

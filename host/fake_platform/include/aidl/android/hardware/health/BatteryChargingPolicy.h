@@ -26,11 +26,8 @@ std::string toString(BatteryChargingPolicy value);
 
 namespace ndk::internal {
 template <>
-constexpr inline std::array<aidl::android::hardware::health::BatteryChargingPolicy, 4>
-    enum_values<aidl::android::hardware::health::BatteryChargingPolicy> = {
-        aidl::android::hardware::health::BatteryChargingPolicy::INVALID,
-        aidl::android::hardware::health::BatteryChargingPolicy::DEFAULT,
-        aidl::android::hardware::health::BatteryChargingPolicy::LONG_LIFE,
-        aidl::android::hardware::health::BatteryChargingPolicy::ADAPTIVE,
-};
+constexpr inline auto enum_values<aidl::android::hardware::health::BatteryChargingPolicy> = [] {
+  using enum aidl::android::hardware::health::BatteryChargingPolicy;
+  return std::array{INVALID, DEFAULT, LONG_LIFE, ADAPTIVE};
+}();
 }  // namespace ndk::internal

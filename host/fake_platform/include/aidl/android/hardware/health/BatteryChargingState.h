@@ -28,13 +28,8 @@ std::string toString(BatteryChargingState value);
 
 namespace ndk::internal {
 template <>
-constexpr inline std::array<aidl::android::hardware::health::BatteryChargingState, 6>
-    enum_values<aidl::android::hardware::health::BatteryChargingState> = {
-        aidl::android::hardware::health::BatteryChargingState::INVALID,
-        aidl::android::hardware::health::BatteryChargingState::NORMAL,
-        aidl::android::hardware::health::BatteryChargingState::TOO_COLD,
-        aidl::android::hardware::health::BatteryChargingState::TOO_HOT,
-        aidl::android::hardware::health::BatteryChargingState::LONG_LIFE,
-        aidl::android::hardware::health::BatteryChargingState::ADAPTIVE,
-};
+constexpr inline auto enum_values<aidl::android::hardware::health::BatteryChargingState> = [] {
+  using enum aidl::android::hardware::health::BatteryChargingState;
+  return std::array{INVALID, NORMAL, TOO_COLD, TOO_HOT, LONG_LIFE, ADAPTIVE};
+}();
 }  // namespace ndk::internal

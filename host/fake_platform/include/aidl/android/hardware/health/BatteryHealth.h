@@ -32,17 +32,9 @@ std::string toString(BatteryHealth value);
 
 namespace ndk::internal {
 template <>
-constexpr inline std::array<aidl::android::hardware::health::BatteryHealth, 10>
-    enum_values<aidl::android::hardware::health::BatteryHealth> = {
-        aidl::android::hardware::health::BatteryHealth::UNKNOWN,
-        aidl::android::hardware::health::BatteryHealth::GOOD,
-        aidl::android::hardware::health::BatteryHealth::OVERHEAT,
-        aidl::android::hardware::health::BatteryHealth::DEAD,
-        aidl::android::hardware::health::BatteryHealth::OVER_VOLTAGE,
-        aidl::android::hardware::health::BatteryHealth::UNSPECIFIED_FAILURE,
-        aidl::android::hardware::health::BatteryHealth::COLD,
-        aidl::android::hardware::health::BatteryHealth::FAIR,
-        aidl::android::hardware::health::BatteryHealth::NOT_AVAILABLE,
-        aidl::android::hardware::health::BatteryHealth::INCONSISTENT,
-};
+constexpr inline auto enum_values<aidl::android::hardware::health::BatteryHealth> = [] {
+  using enum aidl::android::hardware::health::BatteryHealth;
+  return std::array{UNKNOWN, GOOD, OVERHEAT,      DEAD,        OVER_VOLTAGE, UNSPECIFIED_FAILURE,
+                    COLD,    FAIR, NOT_AVAILABLE, INCONSISTENT};
+}();
 }  // namespace ndk::internal

@@ -6,10 +6,10 @@
 
 #include <aidl/android/hardware/health/BatteryPartStatus.h>
 
+#include <compare>
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <tuple>
 
 namespace aidl::android::hardware::health {
 
@@ -24,19 +24,8 @@ class BatteryHealthData {
 
   std::string toString() const;
 
- private:
-  auto Tie() const {
-    return std::tie(batteryManufacturingDateSeconds, batteryFirstUsageSeconds, batteryStateOfHealth,
-                    batterySerialNumber, batteryPartStatus);
-  }
-
- public:
-  bool operator!=(const BatteryHealthData& other) const { return Tie() != other.Tie(); }
-  bool operator<(const BatteryHealthData& other) const { return Tie() < other.Tie(); }
-  bool operator<=(const BatteryHealthData& other) const { return Tie() <= other.Tie(); }
-  bool operator==(const BatteryHealthData& other) const { return Tie() == other.Tie(); }
-  bool operator>(const BatteryHealthData& other) const { return Tie() > other.Tie(); }
-  bool operator>=(const BatteryHealthData& other) const { return Tie() >= other.Tie(); }
+  bool operator==(const BatteryHealthData& other) const = default;
+  std::partial_ordering operator<=>(const BatteryHealthData& other) const = default;
 };
 
 }  // namespace aidl::android::hardware::health

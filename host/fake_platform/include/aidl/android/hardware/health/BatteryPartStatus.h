@@ -25,10 +25,8 @@ std::string toString(BatteryPartStatus value);
 
 namespace ndk::internal {
 template <>
-constexpr inline std::array<aidl::android::hardware::health::BatteryPartStatus, 3>
-    enum_values<aidl::android::hardware::health::BatteryPartStatus> = {
-        aidl::android::hardware::health::BatteryPartStatus::UNSUPPORTED,
-        aidl::android::hardware::health::BatteryPartStatus::ORIGINAL,
-        aidl::android::hardware::health::BatteryPartStatus::REPLACED,
-};
+constexpr inline auto enum_values<aidl::android::hardware::health::BatteryPartStatus> = [] {
+  using enum aidl::android::hardware::health::BatteryPartStatus;
+  return std::array{UNSUPPORTED, ORIGINAL, REPLACED};
+}();
 }  // namespace ndk::internal

@@ -27,12 +27,8 @@ std::string toString(BatteryStatus value);
 
 namespace ndk::internal {
 template <>
-constexpr inline std::array<aidl::android::hardware::health::BatteryStatus, 5>
-    enum_values<aidl::android::hardware::health::BatteryStatus> = {
-        aidl::android::hardware::health::BatteryStatus::UNKNOWN,
-        aidl::android::hardware::health::BatteryStatus::CHARGING,
-        aidl::android::hardware::health::BatteryStatus::DISCHARGING,
-        aidl::android::hardware::health::BatteryStatus::NOT_CHARGING,
-        aidl::android::hardware::health::BatteryStatus::FULL,
-};
+constexpr inline auto enum_values<aidl::android::hardware::health::BatteryStatus> = [] {
+  using enum aidl::android::hardware::health::BatteryStatus;
+  return std::array{UNKNOWN, CHARGING, DISCHARGING, NOT_CHARGING, FULL};
+}();
 }  // namespace ndk::internal

@@ -4,9 +4,9 @@
 // Fake version of the generated header at this path: a record of the health interface.
 #pragma once
 
+#include <compare>
 #include <cstdint>
 #include <string>
-#include <tuple>
 
 namespace aidl::android::hardware::health {
 
@@ -27,19 +27,8 @@ class DiskStats {
 
   std::string toString() const;
 
- private:
-  auto Tie() const {
-    return std::tie(reads, readMerges, readSectors, readTicks, writes, writeMerges, writeSectors,
-                    writeTicks, ioInFlight, ioTicks, ioInQueue);
-  }
-
- public:
-  bool operator!=(const DiskStats& other) const { return Tie() != other.Tie(); }
-  bool operator<(const DiskStats& other) const { return Tie() < other.Tie(); }
-  bool operator<=(const DiskStats& other) const { return Tie() <= other.Tie(); }
-  bool operator==(const DiskStats& other) const { return Tie() == other.Tie(); }
-  bool operator>(const DiskStats& other) const { return Tie() > other.Tie(); }
-  bool operator>=(const DiskStats& other) const { return Tie() >= other.Tie(); }
+  bool operator==(const DiskStats& other) const = default;
+  std::partial_ordering operator<=>(const DiskStats& other) const = default;
 };
 
 }  // namespace aidl::android::hardware::health

@@ -13,10 +13,10 @@
 #include <aidl/android/hardware/health/DiskStats.h>
 #include <aidl/android/hardware/health/StorageInfo.h>
 
+#include <compare>
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <tuple>
 #include <vector>
 
 namespace aidl::android::hardware::health {
@@ -55,25 +55,8 @@ class HealthInfo {
 
   std::string toString() const;
 
- private:
-  auto Tie() const {
-    return std::tie(chargerAcOnline, chargerUsbOnline, chargerWirelessOnline, chargerDockOnline,
-                    maxChargingCurrentMicroamps, maxChargingVoltageMicrovolts, batteryStatus,
-                    batteryHealth, batteryPresent, batteryLevel, batteryVoltageMillivolts,
-                    batteryTemperatureTenthsCelsius, batteryCurrentMicroamps, batteryCycleCount,
-                    batteryFullChargeUah, batteryChargeCounterUah, batteryTechnology,
-                    batteryCurrentAverageMicroamps, diskStats, storageInfos, batteryCapacityLevel,
-                    batteryChargeTimeToFullNowSeconds, batteryFullChargeDesignCapacityUah,
-                    chargingState, chargingPolicy, batteryHealthData);
-  }
-
- public:
-  bool operator!=(const HealthInfo& other) const { return Tie() != other.Tie(); }
-  bool operator<(const HealthInfo& other) const { return Tie() < other.Tie(); }
-  bool operator<=(const HealthInfo& other) const { return Tie() <= other.Tie(); }
-  bool operator==(const HealthInfo& other) const { return Tie() == other.Tie(); }
-  bool operator>(const HealthInfo& other) const { return Tie() > other.Tie(); }
-  bool operator>=(const HealthInfo& other) const { return Tie() >= other.Tie(); }
+  bool operator==(const HealthInfo& other) const = default;
+  std::partial_ordering operator<=>(const HealthInfo& other) const = default;
 };
 
 }  // namespace aidl::android::hardware::health

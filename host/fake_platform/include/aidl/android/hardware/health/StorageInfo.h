@@ -4,9 +4,9 @@
 // Fake version of the generated header at this path: a record of the health interface.
 #pragma once
 
+#include <compare>
 #include <cstdint>
 #include <string>
-#include <tuple>
 
 namespace aidl::android::hardware::health {
 
@@ -20,16 +20,8 @@ class StorageInfo {
 
   std::string toString() const;
 
- private:
-  auto Tie() const { return std::tie(eol, lifetimeA, lifetimeB, version); }
-
- public:
-  bool operator!=(const StorageInfo& other) const { return Tie() != other.Tie(); }
-  bool operator<(const StorageInfo& other) const { return Tie() < other.Tie(); }
-  bool operator<=(const StorageInfo& other) const { return Tie() <= other.Tie(); }
-  bool operator==(const StorageInfo& other) const { return Tie() == other.Tie(); }
-  bool operator>(const StorageInfo& other) const { return Tie() > other.Tie(); }
-  bool operator>=(const StorageInfo& other) const { return Tie() >= other.Tie(); }
+  bool operator==(const StorageInfo& other) const = default;
+  std::partial_ordering operator<=>(const StorageInfo& other) const = default;
 };
 
 }  // namespace aidl::android::hardware::health

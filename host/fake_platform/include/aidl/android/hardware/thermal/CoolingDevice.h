@@ -6,9 +6,9 @@
 
 #include <aidl/android/hardware/thermal/CoolingType.h>
 
+#include <compare>
 #include <cstdint>
 #include <string>
-#include <tuple>
 
 namespace aidl::android::hardware::thermal {
 
@@ -26,16 +26,8 @@ class CoolingDevice {
 
   std::string toString() const;
 
- private:
-  auto Tie() const { return std::tie(type, name, value, powerLimitMw, powerMw, timeWindowMs); }
-
- public:
-  bool operator!=(const CoolingDevice& other) const { return Tie() != other.Tie(); }
-  bool operator<(const CoolingDevice& other) const { return Tie() < other.Tie(); }
-  bool operator<=(const CoolingDevice& other) const { return Tie() <= other.Tie(); }
-  bool operator==(const CoolingDevice& other) const { return Tie() == other.Tie(); }
-  bool operator>(const CoolingDevice& other) const { return Tie() > other.Tie(); }
-  bool operator>=(const CoolingDevice& other) const { return Tie() >= other.Tie(); }
+  bool operator==(const CoolingDevice& other) const = default;
+  std::partial_ordering operator<=>(const CoolingDevice& other) const = default;
 };
 
 }  // namespace aidl::android::hardware::thermal

@@ -38,22 +38,10 @@ std::string toString(CoolingType value);
 
 namespace ndk::internal {
 template <>
-constexpr inline std::array<aidl::android::hardware::thermal::CoolingType, 15>
-    enum_values<aidl::android::hardware::thermal::CoolingType> = {
-        aidl::android::hardware::thermal::CoolingType::FAN,
-        aidl::android::hardware::thermal::CoolingType::BATTERY,
-        aidl::android::hardware::thermal::CoolingType::CPU,
-        aidl::android::hardware::thermal::CoolingType::GPU,
-        aidl::android::hardware::thermal::CoolingType::MODEM,
-        aidl::android::hardware::thermal::CoolingType::NPU,
-        aidl::android::hardware::thermal::CoolingType::COMPONENT,
-        aidl::android::hardware::thermal::CoolingType::TPU,
-        aidl::android::hardware::thermal::CoolingType::POWER_AMPLIFIER,
-        aidl::android::hardware::thermal::CoolingType::DISPLAY,
-        aidl::android::hardware::thermal::CoolingType::SPEAKER,
-        aidl::android::hardware::thermal::CoolingType::WIFI,
-        aidl::android::hardware::thermal::CoolingType::CAMERA,
-        aidl::android::hardware::thermal::CoolingType::FLASHLIGHT,
-        aidl::android::hardware::thermal::CoolingType::USB_PORT,
-};
+constexpr inline auto enum_values<aidl::android::hardware::thermal::CoolingType> = [] {
+  using enum aidl::android::hardware::thermal::CoolingType;
+  return std::array{FAN,     BATTERY,         CPU,     GPU,     MODEM, NPU,    COMPONENT,
+                    TPU,     POWER_AMPLIFIER, DISPLAY, SPEAKER, WIFI,  CAMERA, FLASHLIGHT,
+                    USB_PORT};
+}();
 }  // namespace ndk::internal

@@ -7,9 +7,9 @@
 #include <aidl/android/hardware/thermal/TemperatureType.h>
 #include <aidl/android/hardware/thermal/ThrottlingSeverity.h>
 
+#include <compare>
 #include <cstdint>
 #include <string>
-#include <tuple>
 
 namespace aidl::android::hardware::thermal {
 
@@ -24,16 +24,8 @@ class Temperature {
 
   std::string toString() const;
 
- private:
-  auto Tie() const { return std::tie(type, name, value, throttlingStatus); }
-
- public:
-  bool operator!=(const Temperature& other) const { return Tie() != other.Tie(); }
-  bool operator<(const Temperature& other) const { return Tie() < other.Tie(); }
-  bool operator<=(const Temperature& other) const { return Tie() <= other.Tie(); }
-  bool operator==(const Temperature& other) const { return Tie() == other.Tie(); }
-  bool operator>(const Temperature& other) const { return Tie() > other.Tie(); }
-  bool operator>=(const Temperature& other) const { return Tie() >= other.Tie(); }
+  bool operator==(const Temperature& other) const = default;
+  std::partial_ordering operator<=>(const Temperature& other) const = default;
 };
 
 }  // namespace aidl::android::hardware::thermal

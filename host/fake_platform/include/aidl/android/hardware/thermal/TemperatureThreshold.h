@@ -6,9 +6,9 @@
 
 #include <aidl/android/hardware/thermal/TemperatureType.h>
 
+#include <compare>
 #include <cstdint>
 #include <string>
-#include <tuple>
 #include <vector>
 
 namespace aidl::android::hardware::thermal {
@@ -25,18 +25,8 @@ class TemperatureThreshold {
 
   std::string toString() const;
 
- private:
-  auto Tie() const {
-    return std::tie(type, name, hotThrottlingThresholds, coldThrottlingThresholds);
-  }
-
- public:
-  bool operator!=(const TemperatureThreshold& other) const { return Tie() != other.Tie(); }
-  bool operator<(const TemperatureThreshold& other) const { return Tie() < other.Tie(); }
-  bool operator<=(const TemperatureThreshold& other) const { return Tie() <= other.Tie(); }
-  bool operator==(const TemperatureThreshold& other) const { return Tie() == other.Tie(); }
-  bool operator>(const TemperatureThreshold& other) const { return Tie() > other.Tie(); }
-  bool operator>=(const TemperatureThreshold& other) const { return Tie() >= other.Tie(); }
+  bool operator==(const TemperatureThreshold& other) const = default;
+  std::partial_ordering operator<=>(const TemperatureThreshold& other) const = default;
 };
 
 }  // namespace aidl::android::hardware::thermal

@@ -44,28 +44,11 @@ std::string toString(TemperatureType value);
 
 namespace ndk::internal {
 template <>
-constexpr inline std::array<aidl::android::hardware::thermal::TemperatureType, 21>
-    enum_values<aidl::android::hardware::thermal::TemperatureType> = {
-        aidl::android::hardware::thermal::TemperatureType::UNKNOWN,
-        aidl::android::hardware::thermal::TemperatureType::CPU,
-        aidl::android::hardware::thermal::TemperatureType::GPU,
-        aidl::android::hardware::thermal::TemperatureType::BATTERY,
-        aidl::android::hardware::thermal::TemperatureType::SKIN,
-        aidl::android::hardware::thermal::TemperatureType::USB_PORT,
-        aidl::android::hardware::thermal::TemperatureType::POWER_AMPLIFIER,
-        aidl::android::hardware::thermal::TemperatureType::BCL_VOLTAGE,
-        aidl::android::hardware::thermal::TemperatureType::BCL_CURRENT,
-        aidl::android::hardware::thermal::TemperatureType::BCL_PERCENTAGE,
-        aidl::android::hardware::thermal::TemperatureType::NPU,
-        aidl::android::hardware::thermal::TemperatureType::TPU,
-        aidl::android::hardware::thermal::TemperatureType::DISPLAY,
-        aidl::android::hardware::thermal::TemperatureType::MODEM,
-        aidl::android::hardware::thermal::TemperatureType::SOC,
-        aidl::android::hardware::thermal::TemperatureType::WIFI,
-        aidl::android::hardware::thermal::TemperatureType::CAMERA,
-        aidl::android::hardware::thermal::TemperatureType::FLASHLIGHT,
-        aidl::android::hardware::thermal::TemperatureType::SPEAKER,
-        aidl::android::hardware::thermal::TemperatureType::AMBIENT,
-        aidl::android::hardware::thermal::TemperatureType::POGO,
-};
+constexpr inline auto enum_values<aidl::android::hardware::thermal::TemperatureType> = [] {
+  using enum aidl::android::hardware::thermal::TemperatureType;
+  return std::array{UNKNOWN,         CPU,         GPU,         BATTERY,        SKIN,   USB_PORT,
+                    POWER_AMPLIFIER, BCL_VOLTAGE, BCL_CURRENT, BCL_PERCENTAGE, NPU,    TPU,
+                    DISPLAY,         MODEM,       SOC,         WIFI,           CAMERA, FLASHLIGHT,
+                    SPEAKER,         AMBIENT,     POGO};
+}();
 }  // namespace ndk::internal

@@ -29,14 +29,8 @@ std::string toString(ThrottlingSeverity value);
 
 namespace ndk::internal {
 template <>
-constexpr inline std::array<aidl::android::hardware::thermal::ThrottlingSeverity, 7>
-    enum_values<aidl::android::hardware::thermal::ThrottlingSeverity> = {
-        aidl::android::hardware::thermal::ThrottlingSeverity::NONE,
-        aidl::android::hardware::thermal::ThrottlingSeverity::LIGHT,
-        aidl::android::hardware::thermal::ThrottlingSeverity::MODERATE,
-        aidl::android::hardware::thermal::ThrottlingSeverity::SEVERE,
-        aidl::android::hardware::thermal::ThrottlingSeverity::CRITICAL,
-        aidl::android::hardware::thermal::ThrottlingSeverity::EMERGENCY,
-        aidl::android::hardware::thermal::ThrottlingSeverity::SHUTDOWN,
-};
+constexpr inline auto enum_values<aidl::android::hardware::thermal::ThrottlingSeverity> = [] {
+  using enum aidl::android::hardware::thermal::ThrottlingSeverity;
+  return std::array{NONE, LIGHT, MODERATE, SEVERE, CRITICAL, EMERGENCY, SHUTDOWN};
+}();
 }  // namespace ndk::internal
