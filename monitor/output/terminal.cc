@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <charconv>
 
+#include "output/printable.h"
+
 namespace norvik::qel::monitor {
 
 namespace {
@@ -33,6 +35,7 @@ Terminal StandardOutput() {
   }
   const std::string_view columns = Variable("COLUMNS");
   std::from_chars(columns.data(), columns.data() + columns.size(), terminal.columns);
+  terminal.is_limited = terminal.is_terminal || !columns.empty();
   terminal.columns = std::max(terminal.columns, kNarrowest);
   return terminal;
 }
@@ -44,13 +47,13 @@ std::string Wrapped(std::string_view text, size_t columns, size_t indent, size_t
   while (!text.empty()) {
     const std::string_view word = text.substr(0, text.find(' '));
     text.remove_prefix(std::min(word.size() + 1, text.size()));
-    if (!is_first && column + 1 + word.size() > columns) {
+    if (!is_first && column + 1 + ColumnsOf(word) > columns) {
       lines.append("\n").append(indent, ' ');
       column = indent;
       is_first = true;
     }
     lines.append(is_first ? "" : " ").append(word);
-    column += word.size() + (is_first ? 0 : 1);
+    column += ColumnsOf(word) + (is_first ? 0 : 1);
     is_first = false;
   }
   return lines + "\n";
