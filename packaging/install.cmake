@@ -118,14 +118,8 @@ if(QUORVEL_MONITOR)
     install(FILES host/linux_machine/README.md
             DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quorvel/host/linux_machine COMPONENT monitor)
   endif()
-  set(manual_page docs/man/quorvel.1)
-  if(QUORVEL_DEBIAN)
-    configure_file(${manual_page} man/quorvel.1 COPYONLY)
-    execute_process(COMMAND gzip -9 --no-name --force --keep ${PROJECT_BINARY_DIR}/man/quorvel.1
-                    COMMAND_ERROR_IS_FATAL ANY)
-    set(manual_page ${PROJECT_BINARY_DIR}/man/quorvel.1.gz)
-  endif()
-  install(FILES ${manual_page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT monitor)
+  # The build of the monitor makes both.
+  install(FILES ${PROJECT_BINARY_DIR}/man/quorvel.1$<$<BOOL:${QUORVEL_DEBIAN}>:.gz> DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT monitor)
   set_target_properties(quorvel_monitor PROPERTIES INSTALL_RPATH "$ORIGIN/${from_bin_to_lib}")
   install(TARGETS quorvel_monitor RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT monitor)
   file(GLOB completions RELATIVE ${PROJECT_SOURCE_DIR}/packaging/completions CONFIGURE_DEPENDS

@@ -14,19 +14,13 @@ namespace norvik::qel::monitor {
 namespace {
 
 void SetDevice(const std::string& value, Options& options) {
-  std::vector<std::string> names;
-  for (const DeviceType& type : DeviceTypes()) {
-    if (type.name == value) options.device = &type;
-    names.emplace_back(type.name);
-  }
-  if (options.device != nullptr && options.device->name == value) return;
-  throw UsageError("--device: unknown '" + value + "', use " + Enumerated(names, "or"));
+  options.device = &DeviceNamed(value, "--device");
 }
 
 void SetDuration(const std::string& value, Options& options) {
   options.duration = ParseDuration(value);
   if (options.duration) return;
-  throw UsageError("--for: '" + value + "' is no duration, use one such as 500ms, 10s or 2m");
+  throw UsageError("--for: '" + value + "' is no duration, use " + std::string(kDurations));
 }
 
 void SetSpeed(const std::string& value, Options& options) {
@@ -111,8 +105,8 @@ std::span<const Command> GeneralCommands() {
       {.name = "record",
        .operands = "FILE",
        .summary = "write what the device reports and when clients are called",
-       .text = "The file is a complete recording after every line. docs/recordings.md describes "
-               "the format.",
+       .text = "The file is a complete recording after every line; - is standard output. "
+               "docs/recordings.md describes the format.",
        .options = "device for force",
        .run = Record},
       {.name = "help",
@@ -129,7 +123,7 @@ std::span<const Option> AllOptions() {
       {.name = "device", .value = "DEVICE", .text = "the source of the values", .set = SetDevice},
       {.name = "for",
        .value = "DURATION",
-       .text = "stop after this time, such as 500ms, 10s, 2m or 1h",
+       .text = "stop after this time: 500ms, 1.5s, 10m or 2h, at most 8760h",
        .set = SetDuration},
       {.name = "record",
        .value = "FILE",
@@ -175,6 +169,16 @@ std::span<const Option> AllOptions() {
        .is_general = true},
   };
   return kOptions;
+}
+
+const DeviceType& DeviceNamed(std::string_view name, const std::string& source) {
+  std::vector<std::string> names;
+  for (const DeviceType& type : DeviceTypes()) {
+    if (type.name == name) return type;
+    names.emplace_back(type.name);
+  }
+  throw UsageError(source + ": unknown '" + std::string(name) + "', use " +
+                   Enumerated(names, "or"));
 }
 
 std::string UsageOf(const Command& command) {

@@ -50,6 +50,8 @@ void ForEachCommand(const Visitor& visit) {
   for (const Command& command : SimulationCommands()) visit(command);
 }
 
+// Throws UsageError. `source` is the option or variable that names the device.
+const DeviceType& DeviceNamed(std::string_view name, const std::string& source);
 // "watch thermal TYPE:NAME..."
 std::string UsageOf(const Command& command);
 bool Takes(const Command& command, const Option& option);

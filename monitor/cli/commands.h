@@ -13,7 +13,11 @@ namespace norvik::qel::monitor {
 struct Options;
 class Output;
 
-inline constexpr int kExitUsage = 2;  // beside EXIT_SUCCESS and EXIT_FAILURE
+// Beside EXIT_SUCCESS and EXIT_FAILURE.
+inline constexpr int kExitUsage = 2;
+inline constexpr int kExitUnknown = 3;  // a value that was asked for is unknown or absent
+inline constexpr int kExitInterrupted = 130;
+inline constexpr char kLegend[] = "Lines with ** come from the device, others from callbacks.";
 inline constexpr char kRefusal[] = "the library refuses to register a callback";
 
 int WatchBattery(const Options& options, Output& output);
@@ -33,7 +37,7 @@ int Plot(const Options& options, Output& output);
 int Record(const Options& options, Output& output);
 int Help(const Options& options, Output& output);
 
-// One line on standard error, whatever the text holds.
-void Complain(std::string text);
+// One line on standard error.
+void Complain(const std::string& text);
 
 }  // namespace norvik::qel::monitor

@@ -90,7 +90,7 @@ const DeviceType& DeviceOf(std::span<const std::string> words) {
       if (is_value || words[i] == "--device=" + name) return type;
     }
   }
-  return DeviceTypes().front();
+  return DefaultDevice();
 }
 
 // Null when there is none.

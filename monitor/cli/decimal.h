@@ -9,8 +9,8 @@
 
 namespace norvik::qel::monitor {
 
-// The whole text is a number such as 12, 0.5 or 1e6. Heeds no locale. Empty for anything else,
-// infinity and what no double can hold among it.
+// The whole text is a number such as 12, 0.5 or 1e6, in every locale. Nothing for anything else,
+// including infinity and what no double can hold.
 std::optional<double> ParseDecimal(std::string_view text);
 
 }  // namespace norvik::qel::monitor

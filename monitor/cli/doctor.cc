@@ -217,14 +217,15 @@ void CheckDevice(Device& device, const std::vector<DeviceEvent>& notices, Checks
 
 int Doctor(const Options& options, Output& output) {
   std::vector<DeviceEvent> notices;
-  Session session(options, output,
-                  {.show_events = false, .listener = [&](const Event& event) {
-                     const auto* const told = std::get_if<DeviceEvent>(&event.what);
-                     if (told != nullptr && told->kind == DeviceEvent::Kind::kNotice) {
-                       notices.push_back(*told);
-                     }
-                     return true;
-                   }});
+  Session session(
+      options, output,
+      {.show_events = false, .show_notices = false, .listener = [&](const Event& event) {
+         const auto* const told = std::get_if<DeviceEvent>(&event.what);
+         if (told != nullptr && told->kind == DeviceEvent::Kind::kNotice) {
+           notices.push_back(*told);
+         }
+         return true;
+       }});
   Checks checks(output);
   checks.Check("process", "binder threads started", HasBinderThreads(), "",
                "call ABinderProcess_startThreadPool() before the first handle is made");
@@ -236,9 +237,7 @@ int Doctor(const Options& options, Output& output) {
     if (CheckService(StateOf(kSensorService, services), checks)) library.CheckSensors();
     if (CheckService(thermal, checks)) library.CheckThermal(thermal.service);
   }
-  while (session.WaitUntil(Clock::now()) == Session::Wake::kEvent) {
-    // The listener takes it.
-  }
+  session.ShowPending();  // the listener takes the rest of the notices
   CheckDevice(session.device(), notices, checks);
   return checks.Finish();
 }

@@ -16,7 +16,7 @@ namespace norvik::qel::monitor {
 namespace {
 
 // Gives the client something to show: limits that have been read, and clients where names of
-// temperatures are known. What is wrong is added to `wrong`; kStop: somebody wants the end.
+// temperatures are known. What is wrong is added to `wrong`.
 Session::Wake Fill(ThermalClient& client, Session& session, Session::Clock::time_point until,
                    std::vector<std::string>& wrong) {
   if (!client.ReadLimits()) {
@@ -47,7 +47,7 @@ int Dump(const Options& options, Output& output) {
   BatteryClient battery(session.events());
   SensorClient sensors(session.events());
   ThermalClient thermal(session.events());
-  // What is wrong keeps nobody from seeing the dumps: they may tell why.
+  // The dumps are shown also if something is wrong: they may tell why.
   std::vector<std::string> wrong;
   if (!battery.Register()) wrong.push_back(kRefusal);
   if (!sensors.Register()) wrong.push_back(kRefusal);
@@ -57,14 +57,15 @@ int Dump(const Options& options, Output& output) {
   if (wrong.empty()) {
     const auto heard = [&] { return CallbacksOf(kBatteryProperties, session.observed()) > 0; };
     const auto wake = session.WaitFor(heard, until - Session::Clock::now());
-    if (wake == Session::Wake::kStop) return EXIT_SUCCESS;
+    if (wake == Session::Wake::kStop) return kExitInterrupted;
     if (wake == Session::Wake::kTime) wrong.push_back(SilenceOf(kHealthService));
     const auto sensor_wake = WaitForReadings(session, sensors, until);
-    if (sensor_wake == Session::Wake::kStop) return EXIT_SUCCESS;
+    if (sensor_wake == Session::Wake::kStop) return kExitInterrupted;
     if (sensor_wake == Session::Wake::kTime) wrong.push_back(SilenceOf(kSensorService));
-    if (Fill(thermal, session, until, wrong) == Session::Wake::kStop) return EXIT_SUCCESS;
+    if (Fill(thermal, session, until, wrong) == Session::Wake::kStop) return kExitInterrupted;
   }
 
+  session.ShowPending();
   output.ShowDump("battery", battery.Dump());
   output.ShowDump("sensors", sensors.Dump());
   output.ShowDump("thermal", thermal.Dump());

@@ -3,9 +3,10 @@
 
 #include "cli/duration.h"
 
-#include <charconv>
-#include <cstdint>
-#include <system_error>
+#include <algorithm>
+#include <cmath>
+
+#include "cli/decimal.h"
 
 namespace norvik::qel::monitor {
 
@@ -24,15 +25,14 @@ std::optional<milliseconds> ParseUnit(std::string_view unit) {
 }  // namespace
 
 std::optional<milliseconds> ParseDuration(std::string_view text) {
-  constexpr milliseconds kLongest = std::chrono::hours(24 * 365);
-  const char* const end = text.data() + text.size();
-  uint64_t count = 0;
-  const auto [number_end, error] = std::from_chars(text.data(), end, count);
-  if (error != std::errc()) return std::nullopt;
-  const auto unit = ParseUnit({number_end, static_cast<size_t>(end - number_end)});
-  if (!unit) return std::nullopt;
-  if (count == 0 || count > static_cast<uint64_t>(kLongest / *unit)) return std::nullopt;
-  return *unit * static_cast<int64_t>(count);
+  constexpr double kLongest = 8760.0 * 60 * 60 * 1000;
+  const size_t size = std::min(text.find_first_not_of("0123456789."), text.size());
+  const std::optional<double> number = ParseDecimal(text.substr(0, size));
+  const std::optional<milliseconds> unit = ParseUnit(text.substr(size));
+  if (!number || !unit) return std::nullopt;
+  const double count = *number * static_cast<double>(unit->count());
+  if (count < 1 || count > kLongest) return std::nullopt;
+  return milliseconds(std::llround(count));
 }
 
 }  // namespace norvik::qel::monitor

@@ -10,8 +10,10 @@
 
 namespace norvik::qel::monitor {
 
-// A whole number above zero and its unit, ms, s, m or h: "500ms", "10s". Nothing for all else, or
-// for more than a year.
+// What ParseDuration() accepts, for error messages.
+inline constexpr std::string_view kDurations = "one such as 500ms, 1.5s, 10m or 2h, 1ms to 8760h";
+
+// A number with its unit, ms, s, m or h.
 std::optional<std::chrono::milliseconds> ParseDuration(std::string_view text);
 
 }  // namespace norvik::qel::monitor

@@ -2,9 +2,10 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <algorithm>
+#include <utility>
 
+#include "cli/command_table.h"
 #include "cli/commands.h"
-#include "cli/options.h"
 #include "cli/session.h"
 #include "clients/battery_client.h"
 #include "clients/inventory.h"
@@ -17,89 +18,116 @@ namespace norvik::qel::monitor {
 
 namespace {
 
-// True when all have been heard.
-bool ShowReadings(const SensorClient& client, const Observed& observed, Output& output) {
-  const auto absent = client.absent_sensors();
-  bool complete = true;
-  for (const SensorProperty* property : kSensorProperties) {
-    const bool is_absent = std::find(absent.begin(), absent.end(), property) != absent.end();
-    const Value value = is_absent ? Value(Absent()) : observed.value(*property);
-    complete &= value != Value();
-    output.ShowReading(*property, value);
+using Reading = std::pair<Property, Value>;
+
+// A device that is asked once. There is no session: a signal ends the program at once, also while a
+// service does not answer.
+class AskedDevice {
+ public:
+  // Shows what the device notices about the command's service.
+  AskedDevice(const Options& options, Output& output)
+      : device_(options.device->make(
+            [events = events_](DeviceEvent event) { events->Post(std::move(event)); })) {
+    device_->Start({.verbose = options.verbose});
+    while (const std::optional<Event> event = events_->Take()) {
+      const auto& what = std::get<DeviceEvent>(event->what);
+      const bool is_notice = what.kind == DeviceEvent::Kind::kNotice;
+      if (is_notice && what.service.starts_with(options.command->service)) output.Note(*event);
+    }
   }
-  return complete;
+
+  const std::shared_ptr<EventQueue>& events() const { return events_; }
+
+ private:
+  const std::shared_ptr<EventQueue> events_ = std::make_shared<EventQueue>();
+  const std::unique_ptr<Device> device_;
+};
+
+bool IsKnown(const Value& value) {
+  const auto* const several = std::get_if<Severities>(&value);
+  return value != Value() && value != Value(Absent()) && (several == nullptr || !several->empty());
 }
 
-int CannotAskForHeat() {
-  Complain("the thermal service cannot be asked");
+// `hint` follows the names of what is missing.
+int ShowReadings(const std::vector<Reading>& readings, Output& output,
+                 const std::string& hint = {}) {
+  std::string missing;
+  for (const auto& [property, value] : readings) {
+    output.ShowReading(property, value);
+    if (!IsKnown(value)) missing += (missing.empty() ? "" : ", ") + std::string(property.name);
+  }
+  if (missing.empty()) return EXIT_SUCCESS;
+  Complain("unknown or not present: " + missing + hint);
+  return kExitUnknown;
+}
+
+int Fail(const std::string& text) {
+  Complain(text);
   return EXIT_FAILURE;
 }
 
 }  // namespace
 
 int GetBattery(const Options& options, Output& output) {
-  // No session: this waits for nothing but the service, and signals may end that at once.
-  const std::unique_ptr<Device> device = options.device->make([](const DeviceEvent&) {});
-  device->Start({.verbose = options.verbose});
-  BatteryClient client(std::make_shared<EventQueue>());
+  const AskedDevice device(options, output);
+  BatteryClient client(device.events());
+  std::vector<Reading> readings;
   for (const BatteryProperty* property : kBatteryProperties) {
     const std::optional<Value> value = client.Read(*property);
     if (!value) {
-      Complain("the health service cannot be asked for the " + std::string(property->name));
-      return EXIT_FAILURE;
+      return Fail("the health service cannot be asked for the " + std::string(property->name));
     }
-    output.ShowReading(*property, *value);
+    readings.emplace_back(*property, *value);
   }
-  return EXIT_SUCCESS;
+  return ShowReadings(readings, output);
 }
 
-// The library has no function that reads a sensor: only callbacks tell.
+// The library has no function that reads a sensor: only callbacks do.
 int GetSensors(const Options& options, Output& output) {
   Session session(options, output, {.show_events = false});
   SensorClient client(session.events());
-  if (!client.Register()) {
-    Complain(kRefusal);
-    return EXIT_FAILURE;
-  }
+  if (!client.Register()) return session.Fail(kRefusal);
   const auto wake = WaitForReadings(session, client, Session::Clock::now() + kReportLimit);
-  if (wake == Session::Wake::kStop) return EXIT_SUCCESS;
+  if (wake == Session::Wake::kStop) return kExitInterrupted;
   if (wake == Session::Wake::kTime && session.observed().callbacks() == 0) {
-    Complain(SilenceOf(kSensorService));
-    return EXIT_FAILURE;
+    return session.Fail(SilenceOf(kSensorService));
   }
-  if (ShowReadings(client, session.observed(), output)) return EXIT_SUCCESS;
-  Complain("a sensor has not been heard");
-  return EXIT_FAILURE;
+  const auto absent = client.absent_sensors();
+  std::vector<Reading> readings;
+  for (const SensorProperty* property : kSensorProperties) {
+    const bool is_absent = std::count(absent.begin(), absent.end(), property) > 0;
+    readings.emplace_back(*property,
+                          is_absent ? Value(Absent()) : session.observed().value(*property));
+  }
+  return ShowReadings(readings, output);
 }
 
-// These two do without a session, as GetBattery() does.
 int GetTemperatures(const Options& options, Output& output) {
-  const std::unique_ptr<Device> device = options.device->make([](const DeviceEvent&) {});
-  device->Start({.verbose = options.verbose});
-  ThermalClient client(std::make_shared<EventQueue>());
+  const AskedDevice device(options, output);
+  ThermalClient client(device.events());
   const auto values = client.ReadTemperatures(options.operands);
-  if (!values) return CannotAskForHeat();
+  if (!values) return Fail("the thermal service cannot be asked");
+  std::vector<Reading> readings;
   for (size_t i = 0; i < values->size(); ++i) {
     const std::string& name = options.operands[i];
-    output.ShowReading({.key = name, .name = name, .unit = kCelsius}, (*values)[i]);
+    readings.emplace_back(Property{.key = name, .name = name, .unit = kCelsius}, (*values)[i]);
   }
-  const bool complete = std::count(values->begin(), values->end(), Value(Absent())) == 0;
-  if (complete) return EXIT_SUCCESS;
-  Complain("the thermal service does not report all of these temperatures" +
-           KnownTemperatures(/*with_type=*/false));
-  return EXIT_FAILURE;
+  const auto is_absent = [](const Reading& reading) { return reading.second == Value(Absent()); };
+  const bool any_is_absent = std::any_of(readings.begin(), readings.end(), is_absent);
+  return ShowReadings(readings, output,
+                      any_is_absent ? KnownTemperatures(/*with_type=*/false) : "");
 }
 
 int GetChargeLimits(const Options& options, Output& output) {
-  const std::unique_ptr<Device> device = options.device->make([](const DeviceEvent&) {});
-  device->Start({.verbose = options.verbose});
-  ThermalClient client(std::make_shared<EventQueue>());
+  const AskedDevice device(options, output);
+  ThermalClient client(device.events());
   const auto limits = client.ReadLimits();
-  if (!limits) return CannotAskForHeat();
+  if (!limits) return Fail("the thermal service cannot be asked");
+  std::vector<Reading> readings;
   for (size_t i = 0; i < limits->size(); ++i) {
-    output.ShowReading(*kChargeLimitProperties[i], (*limits)[i]);
+    readings.emplace_back(*kChargeLimitProperties[i], (*limits)[i]);
   }
-  return EXIT_SUCCESS;
+  return ShowReadings(readings, output);
 }
 
 }  // namespace norvik::qel::monitor

@@ -30,7 +30,7 @@ constexpr Entry kOutput[] = {
 };
 
 constexpr Entry kJson[] = {
-    {"all", "\"time\" (ISO 8601, UTC) and \"event\", one of the following"},
+    {"all", "\"time\" (ISO 8601, UTC), \"device\" and \"event\", one of the following"},
     {"value",
      "\"property\", \"old\", \"new\": a number; true or false for a charger that is online or not; "
      "null for what is unknown or absent; for throttling an object with \"level\" (0 to 6) and "
@@ -62,6 +62,9 @@ constexpr Entry kJson[] = {
 };
 
 constexpr Entry kEnvironment[] = {
+    {"QUORVEL_DEVICE", "the device if --device is not given"},
+    {"NO_COLOR", "if not empty, the text on a terminal has no colours"},
+    {"COLUMNS", "the width of the text, instead of that of the terminal"},
     {"QUORVEL_THERMAL_TYPES",
      "a file with the types of this machine's thermal zones; host/linux_machine/README.md "
      "describes it"},
@@ -69,31 +72,36 @@ constexpr Entry kEnvironment[] = {
 
 constexpr Entry kExitCodes[] = {
     {"0",
-     "done; also when SIGINT (Ctrl-C) or SIGTERM ends watch, demo, record or play, and when the "
-     "reader of the output closes it"},
+     "done; also when SIGINT (Ctrl-C) or SIGTERM ends watch, record or status "
+     "--follow, which run until then, or "
+     "when their reader closes the output"},
     {"1",
-     "failed, and standard error says why: a service cannot be queried, a temperature or sensor is "
-     "not present, a file cannot be read or is no recording or exists already, output cannot be "
-     "written, something that the demo or a played file expects does not happen"},
+     "failed, and standard error says why: a service cannot be queried, a file cannot be read or "
+     "is no recording or exists already, output cannot be written, something that the demo or a "
+     "played file expects does not happen"},
     {"2", "the command line is wrong"},
+    {"3", "a value that was asked for is unknown or absent (get, watch thermal)"},
+    {"130",
+     "interrupted by SIGINT or SIGTERM, or by a reader that closed the output, before it was done"},
 };
 
 struct Section {
   std::string_view title;
+  std::string_view manual_title;
   std::span<const Entry> entries;
 };
 
-constexpr Section kSections[] = {{"Output", kOutput},
-                                 {"JSON", kJson},
-                                 {"Environment", kEnvironment},
-                                 {"Exit codes", kExitCodes}};
+constexpr Section kSections[] = {{"Output", "OUTPUT", kOutput},
+                                 {"JSON", "JSON", kJson},
+                                 {"Environment", "ENVIRONMENT", kEnvironment},
+                                 {"Exit codes", "EXIT STATUS", kExitCodes}};
 
 std::string Types() {
   std::string text = "TYPE is one of";
   for (const std::string_view& type : kThermalTypes) {
     text.append(" ").append(type) += &type == &kThermalTypes.back() ? '.' : ',';
   }
-  return text;
+  return text + " UNKNOWN stands for any other.";
 }
 
 std::string NameOf(const Option& option) {
@@ -173,7 +181,9 @@ std::string Argument(std::string_view words) {
   return words.empty() ? "" : " Ar " + std::string(words);
 }
 
-std::string Item(const std::string& head, const std::string& text) {
+// Every sentence begins a line.
+std::string Item(const std::string& head, std::string text) {
+  for (size_t at = 0; (at = text.find(". ", at)) != std::string::npos;) text[++at] = '\n';
   return ".It " + head + "\n" + text + ".\n";
 }
 
@@ -194,7 +204,9 @@ std::string ManualLists() {
       text += ".\n" + std::string(command.text.substr(0, command.text.size() - 1));
     page += Item(head + Argument(command.operands), text);
   });
-  page += ".El\n.Pp\n" + Types() +
+  std::string types = Types();
+  types[types.find(". ") + 1] = '\n';
+  page += ".El\n.Pp\n" + types +
           "\n.Pp\nOptions may precede or follow the command.\n.Bl -tag -width Ds\n";
   for (const Option& option : AllOptions()) {
     std::string head = "Fl -" + std::string(option.name) + Argument(option.value);
@@ -203,7 +215,7 @@ std::string ManualLists() {
   }
   page += ".El\n";
   for (const Section& section : kSections) {
-    page.append(".Sh ").append(section.title) += "\n.Bl -tag -width Ds\n";
+    page.append(".Sh ").append(section.manual_title) += "\n.Bl -tag -width Ds\n";
     for (const Entry& entry : section.entries) {
       page += Item("\"" + std::string(entry.name) + "\"", Capital(std::string(entry.text)));
     }

@@ -18,6 +18,7 @@ namespace {
 using Rows = std::vector<std::vector<std::string>>;
 
 void ListNames(const Options& options, Output& output) {
+  output.SetDevice("");  // a program reads the lines
   const std::unique_ptr<Device> device = options.device->make([](const DeviceEvent&) {});
   device->Start({.verbose = options.verbose});
   for (const std::string& key : KeysOf()) {
@@ -47,7 +48,7 @@ int List(const Options& options, Output& output) {
   }
   Session session(options, output, {.show_events = false});
   InventoryReader reader(session);
-  if (reader.WaitForSensors() == Session::Wake::kStop) return EXIT_SUCCESS;
+  if (reader.WaitForSensors() == Session::Wake::kStop) return kExitInterrupted;
   const Inventory inventory = reader.Read();
   Rows items = {{"NAME", "VALUE", "SOURCE"}};
   for (const Item& item : inventory.items) {

@@ -4,6 +4,7 @@
 #include "cli/options.h"
 
 #include <getopt.h>
+#include <stdlib.h>
 
 #include <algorithm>
 #include <set>
@@ -144,6 +145,13 @@ void CheckOptions(const Command& command, const std::set<const Option*>& given) 
 
 }  // namespace
 
+const DeviceType& DefaultDevice() {
+  const char* const name =
+      getenv("QUORVEL_DEVICE");  // NOLINT(concurrency-mt-unsafe): set by no thread
+  const bool is_given = name != nullptr && *name != 0;
+  return is_given ? DeviceNamed(name, "QUORVEL_DEVICE") : DeviceTypes().front();
+}
+
 Options ParseOptions(int argc, char** argv) {
   Options options;
   std::set<const Option*> given;
@@ -171,7 +179,7 @@ Options ParseOptions(int argc, char** argv) {
   CheckOperands(*options.command, words);
   CheckOptions(*options.command, given);
   options.operands = std::move(words);
-  if (options.device == nullptr) options.device = DeviceTypes().data();
+  if (options.device == nullptr) options.device = &DefaultDevice();
   return options;
 }
 

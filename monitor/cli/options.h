@@ -43,6 +43,9 @@ class UsageError : public std::runtime_error {
   using runtime_error::runtime_error;
 };
 
+// That of QUORVEL_DEVICE, or else the first. Throws UsageError.
+const DeviceType& DefaultDevice();
+
 // Throws UsageError. With --help or --version no command is needed.
 Options ParseOptions(int argc, char** argv);
 

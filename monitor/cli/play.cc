@@ -14,10 +14,15 @@ namespace norvik::qel::monitor {
 int Play(const Options& options, Output& output) {
   if (options.speed && options.step) throw UsageError("--step cannot be combined with --speed");
   const std::string& path = options.operands.front();
+  if (options.step && path == kStandardStream) {
+    throw UsageError("play: --step reads Enter from standard input, so - cannot be the recording");
+  }
   const Recording recording = ReadRecording(path);
   const std::string pace = options.step ? ", an event at each Enter." : ".";
-  return PlayBack(recording, {.title = "Play", .introduction = "Playing " + path + pace}, options,
-                  output);
+  return PlayBack(recording,
+                  {.title = "Play",
+                   .introduction = "Playing " + recording.name + " on a simulated phone" + pace},
+                  options, output);
 }
 
 }  // namespace norvik::qel::monitor

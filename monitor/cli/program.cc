@@ -9,7 +9,6 @@
 #include <stdio.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <exception>
 #include <locale>
 #include <system_error>
@@ -17,13 +16,13 @@
 #include "cli/command_table.h"
 #include "cli/commands.h"
 #include "output/output.h"
+#include "output/printable.h"
 #include "quorvel.h"
 
 namespace norvik::qel::monitor {
 
-void Complain(std::string text) {
-  std::replace(text.begin(), text.end(), '\n', ' ');
-  fprintf(stderr, "quorvel: %s\n", text.c_str());
+void Complain(const std::string& text) {
+  fprintf(stderr, "quorvel: %s\n", Printable(text).c_str());
 }
 
 namespace {
@@ -73,6 +72,8 @@ int Run(int argc, char** argv) {
   } else if (options.version) {
     output->Explain(Version());
   } else {
+    const bool has_device = Takes(*options.command, *AllOptions().data());
+    if (has_device) output->SetDevice(options.device->name);
     exit_code = options.command->run(options, *output);
   }
   if (const int error = output->lines().error()) {

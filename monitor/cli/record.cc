@@ -11,22 +11,11 @@
 
 namespace norvik::qel::monitor {
 
-namespace {
-
-// The device has told by now what it has, as far as it is up.
-void NoteBeginning(Session& session) {
-  while (session.WaitUntil(Session::Clock::now()) == Session::Wake::kEvent) {
-    // The session's listener takes it.
-  }
-}
-
-}  // namespace
-
 int Record(const Options& options, Output& output) {
-  const std::string device(options.device->name);
-  Recorder recorder(options.operands.front(), options.existing, device);
-  output.Explain("Recording the device '" + device + "' into " + options.operands.front() +
-                 (options.duration ? "." : "; Ctrl-C ends."));
+  const std::string& path = options.operands.front();
+  if (path == kStandardStream) output.Mute();
+  Recorder recorder(path, options.existing, options.device->name);
+  output.Explain("Recording into " + path + (options.duration ? "." : "; Ctrl-C ends."));
   AllClients* learner = nullptr;
   Session session(options, output, {.listener = [&](const Event& event) {
                     if (learner != nullptr) learner->Learn(event);
@@ -34,7 +23,7 @@ int Record(const Options& options, Output& output) {
                   }});
   AllClients clients(session.events());
   learner = &clients;
-  NoteBeginning(session);
+  session.ShowPending();  // the device has reported by now what it has
   bool refused = false;
   const auto join = [&](std::string_view family) {
     recorder.NoteAct(ClientJoined{.subject = std::string(family)});
@@ -43,15 +32,11 @@ int Record(const Options& options, Output& output) {
   join(kBatteryFamily);
   join(kSensorFamily);
   join(kThermalFamily);
-  // What is refused keeps nobody from recording all the rest.
+  // The rest is recorded.
   if (refused) Complain(kRefusal);
   AllScripts(session.device()).Run(session, EndOf(options));
-  if (!recorder.failure().empty()) {
-    Complain(recorder.failure());
-    return EXIT_FAILURE;
-  }
-  output.Explain("Recorded " + Counted(recorder.event_count(), "event") + " in " +
-                 options.operands.front() + ".");
+  if (!recorder.failure().empty()) return session.Fail(recorder.failure());
+  output.Explain("Recorded " + Counted(recorder.event_count(), "event") + " in " + path + ".");
   return refused ? EXIT_FAILURE : EXIT_SUCCESS;
 }
 

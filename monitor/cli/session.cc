@@ -9,13 +9,15 @@
 #include <algorithm>
 #include <utility>
 
+#include "cli/commands.h"
+
 namespace norvik::qel::monitor {
 
 namespace {
 
 int MillisecondsUntil(Session::Clock::time_point until) {
   using std::chrono::milliseconds;
-  // A later wait goes on where a long one ends.
+  // The caller waits again.
   constexpr milliseconds kLongest = std::chrono::hours(1);
   const auto left = std::chrono::ceil<milliseconds>(until - Session::Clock::now());
   return static_cast<int>(std::clamp(left, milliseconds(0), kLongest).count());
@@ -31,6 +33,7 @@ std::string SilenceOf(std::string_view service) {
 Session::Session(const Options& options, Output& output, const Setup& setup)
     : output_(output),
       show_events_(setup.show_events),
+      show_notices_(setup.show_notices),
       service_(options.command->service),
       listener_(setup.listener),
       device_((setup.make_device ? setup.make_device : options.device->make)(
@@ -45,14 +48,14 @@ Session::Wake Session::WaitUntil(Clock::time_point until, int input) {
     if (const std::optional<Event> event = events_->Take()) {
       observed_.Note(*event);
       if (listener_ && !listener_(*event)) stopped_ = true;
-      if (IsShown(*event)) output_.Show(*event);
+      ShowEvent(*event);
       return Wake::kEvent;
     }
     if (reason == Wake::kInput || Clock::now() >= until) return reason;
   }
 }
 
-// Waits for whatever comes first: a reason to stop, an event, the end of the time, input.
+// Waits for the first of: a reason to stop, an event, the end of the time, input.
 Session::Wake Session::Wait(Clock::time_point until, int input) {
   if (stopped_ || !output_.lines().open()) return Wake::kStop;
   pollfd fds[] = {
@@ -68,12 +71,26 @@ Session::Wake Session::Wait(Clock::time_point until, int input) {
   return fds[3].revents != 0 ? Wake::kInput : Wake::kTime;
 }
 
-bool Session::IsShown(const Event& event) const {
-  const auto* const device_event = std::get_if<DeviceEvent>(&event.what);
-  if (device_event != nullptr && device_event->kind == DeviceEvent::Kind::kReported) return false;
-  // A service may say which of several kinds it is behind its name.
-  const bool is_foreign = device_event != nullptr && !device_event->service.starts_with(service_);
-  return show_events_ && !is_foreign;
+void Session::ShowPending() {
+  while (WaitUntil(Clock::now()) == Wake::kEvent) {
+  }
+}
+
+int Session::Fail(const std::string& text, int exit_code) {
+  ShowPending();
+  Complain(text);
+  return exit_code;
+}
+
+void Session::ShowEvent(const Event& event) {
+  if (const auto* const device_event = std::get_if<DeviceEvent>(&event.what)) {
+    if (device_event->kind == DeviceEvent::Kind::kReported) return;
+    // A service may say which of several kinds it is behind its name.
+    if (!device_event->service.starts_with(service_)) return;
+    if (!show_events_ && show_notices_ && device_event->kind == DeviceEvent::Kind::kNotice)
+      output_.Note(event);
+  }
+  if (show_events_) output_.Show(event);
 }
 
 }  // namespace norvik::qel::monitor

@@ -4,6 +4,8 @@
 // What a command that waits works with.
 #pragma once
 
+#include <stdlib.h>
+
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -26,8 +28,8 @@ inline constexpr std::chrono::seconds kReportLimit(5);
 // What is wrong when that was not long enough.
 std::string SilenceOf(std::string_view service);
 
-// Takes the events while somebody waits for them. Clients of the library are made after the session
-// and go before it.
+// Takes the events while the command waits for them. Clients of the library are made after the
+// session and destroyed before it.
 //
 // Threads: the main thread.
 class Session {
@@ -35,8 +37,9 @@ class Session {
   using Clock = std::chrono::steady_clock;
 
   struct Setup {
-    bool show_events = true;  // those of the command's service, or all
-    // Hears of every event, shown or not. False: there is no use in going on.
+    bool show_events = true;   // those of the command's service, or all
+    bool show_notices = true;  // beside values; where events are shown, notices are too
+    // Called with every event, shown or not. False stops the session.
     std::function<bool(const Event&)> listener = nullptr;
     // Instead of the device in the options.
     std::function<std::unique_ptr<Device>(DeviceObserver)> make_device = nullptr;
@@ -48,7 +51,7 @@ class Session {
     kEvent,  // one was noted
     kTime,   // none came until then
     kInput,  // there is something to read
-    kStop,   // somebody wants the program to end, or nobody reads its output any more
+    kStop,   // a signal came, or the reader of the output has left
   };
   static constexpr int kNoInput = -1;
   // `input`: a descriptor that may have something to read.
@@ -64,6 +67,11 @@ class Session {
     return Wake::kEvent;
   }
 
+  // Shows what has happened so far.
+  void ShowPending();
+  // The same, then the text on standard error. Returns EXIT_FAILURE.
+  int Fail(const std::string& text, int exit_code = EXIT_FAILURE);
+
   Output& output() { return output_; }
   Device& device() { return *device_; }
   const std::shared_ptr<EventQueue>& events() { return events_; }
@@ -72,10 +80,11 @@ class Session {
  private:
   // kTime also when an event waits.
   Wake Wait(Clock::time_point until, int input);
-  bool IsShown(const Event& event) const;
+  void ShowEvent(const Event& event);
 
   Output& output_;
   const bool show_events_;
+  const bool show_notices_;
   const std::string_view service_;  // empty: all
   const std::function<bool(const Event&)> listener_;
   StopSignals signals_;  // before the device, whose threads inherit the mask

@@ -28,11 +28,11 @@ constexpr std::chrono::seconds kPeriod(1);
 constexpr size_t kHeadingLines = 2;
 constexpr size_t kNarrow = 60;  // columns; below that there is no room for history bars
 
-// Lines of the terminal; no limit without one.
+// Lines of the terminal below the one that names the device; no limit without a terminal.
 size_t Height() {
   winsize size = {};
   const bool is_known = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_row > 0;
-  return is_known ? size.ws_row : SIZE_MAX;
+  return is_known ? size.ws_row - 1u : SIZE_MAX;
 }
 
 bool IsUtf8() {
@@ -109,7 +109,7 @@ void SortByUrgency(std::vector<Item>* items) {
 class StatusScreen {
  public:
   StatusScreen(const Options& options, Output& output)
-      : device_(options.device->name), follows_(options.follow), output_(output) {}
+      : follows_(options.follow), output_(output) {}
 
   void Show(Inventory inventory) {
     if (inventory.items.size() + kHeadingLines >= Height()) SortByUrgency(&inventory.items);
@@ -155,8 +155,7 @@ class StatusScreen {
 
   // No more lines than the terminal has.
   std::string ScreenOf(Rows rows, const Terminal& terminal) const {
-    const std::string heading = TimeOfDay(std::chrono::system_clock::now()).substr(0, 8) + "  " +
-                                device_ + "\n" +
+    const std::string heading = TimeOfDay(std::chrono::system_clock::now()).substr(0, 8) + "\n" +
                                 Wrapped("services: " + services_, terminal.columns, 2);
     size_t left_out = 0;
     const size_t height = Height();
@@ -171,7 +170,6 @@ class StatusScreen {
     return screen;
   }
 
-  const std::string device_;
   const bool follows_;
   Output& output_;
   std::map<std::string, History> histories_;
@@ -183,7 +181,8 @@ class StatusScreen {
 }  // namespace
 
 int Status(const Options& options, Output& output) {
-  Session session(options, output, {.show_events = false});
+  // A notice would break a screen that is redrawn.
+  Session session(options, output, {.show_events = false, .show_notices = !options.follow});
   InventoryReader reader(session);
   StatusScreen screen(options, output);
   AllScripts scripts(session.device());
@@ -197,7 +196,7 @@ int Status(const Options& options, Output& output) {
     scripts.Run(session, next);
     wake = session.WaitUntil(Session::Clock::now());
   }
-  return EXIT_SUCCESS;
+  return wake == Session::Wake::kStop && !options.follow ? kExitInterrupted : EXIT_SUCCESS;
 }
 
 }  // namespace norvik::qel::monitor

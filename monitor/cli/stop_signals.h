@@ -21,8 +21,7 @@ class StopSignals {
 
   // Readable once a signal has come.
   int fd() const { return fd_; }
-  // Takes the signal. From here on a second one ends the program at once, should the way out take
-  // too long for somebody.
+  // Takes the signal. From here on a second one ends the program at once.
   void Accept();
 
  private:

@@ -16,16 +16,22 @@ ThermalOperands::ThermalOperands(const std::vector<std::string>& texts) {
     if (colon == std::string::npos || colon == 0 || colon + 1 == text.size()) {
       throw UsageError("watch thermal: '" + text + "' is no TYPE:NAME, use one such as SKIN:skin");
     }
-    operands_.push_back(
-        {.text = text, .type = text.substr(0, colon), .name = text.substr(colon + 1)});
+    std::string type = text.substr(0, colon);
+    std::transform(type.begin(), type.end(), type.begin(), [](char c) {
+      return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+    });
+    const std::string name = text.substr(colon + 1);
+    operands_.push_back({.key = type + ":" + name, .type = type, .name = name});
   }
   for (const Operand& operand : operands_) {
-    if (std::find(kThermalTypes.begin(), kThermalTypes.end(), operand.type) ==
-        kThermalTypes.end()) {
-      throw UsageError("watch thermal: '" + operand.type +
-                       "' is no type of temperature, use one such as SKIN, CPU or BCL_CURRENT");
+    const bool is_known = std::count(kThermalTypes.begin(), kThermalTypes.end(), operand.type) > 0;
+    if (!is_known && operand.type != kUnknownThermalType) {
+      std::string types;
+      for (const std::string_view type : kThermalTypes) types.append(type).append(", ");
+      throw UsageError("watch thermal: '" + operand.type + "' is no type of temperature, use " +
+                       types + "or " + std::string(kUnknownThermalType));
     }
-    properties_.push_back({{.key = operand.text, .name = operand.text, .unit = ""},
+    properties_.push_back({{.key = operand.key, .name = operand.key, .unit = ""},
                            operand.type.c_str(),
                            operand.name.c_str()});
   }

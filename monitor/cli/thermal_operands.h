@@ -11,8 +11,8 @@
 
 namespace norvik::qel::monitor {
 
-// Each is a TYPE:NAME. Throws UsageError for one that is not, or whose type the library does not
-// know.
+// Each is a TYPE:NAME, the type in any case. Throws UsageError for one that is not, or whose type
+// is none of the thermal service's.
 //
 // Threads: the main thread.
 class ThermalOperands {
@@ -26,7 +26,7 @@ class ThermalOperands {
 
  private:
   struct Operand {
-    std::string text;
+    std::string key;
     std::string type;
     std::string name;
   };

@@ -21,10 +21,8 @@ namespace norvik::qel::monitor {
 namespace {
 
 void Announce(const std::string& subject, const Options& options, Output& output) {
-  output.Explain("Watching the " + subject + " of the device '" +
-                 std::string(options.device->name) + (options.duration ? "'." : "'; Ctrl-C ends."));
-  if (!options.device->tells) return;
-  output.Explain("Lines with ** come from the device, all others through a client's callback.");
+  output.Explain("Watching the " + subject + (options.duration ? "." : "; Ctrl-C ends."));
+  if (options.device->tells) output.Explain(kLegend);
 }
 
 using Clock = Session::Clock;
@@ -38,18 +36,13 @@ void ExplainSilence(Session& session, Clock::time_point end) {
       "No thermal service yet: the library looks for it ten times, once a second.");
 }
 
-int RefusedToRegister() {
-  Complain(kRefusal);
-  return EXIT_FAILURE;
-}
-
 }  // namespace
 
 int WatchBattery(const Options& options, Output& output) {
   Announce("battery", options, output);
   Session session(options, output, {});
   BatteryClient client(session.events());
-  if (!client.Register()) return RefusedToRegister();
+  if (!client.Register()) return session.Fail(kRefusal);
   std::optional<BatteryScript> script;
   if (BatteryDriver* driver = session.device().battery_driver()) script.emplace(*driver);
   RunScripts(session, {script ? &*script : nullptr}, EndOf(options));
@@ -60,7 +53,7 @@ int WatchSensors(const Options& options, Output& output) {
   Announce("sensors", options, output);
   Session session(options, output, {});
   SensorClient client(session.events());
-  if (!client.Register()) return RefusedToRegister();
+  if (!client.Register()) return session.Fail(kRefusal);
   for (const SensorProperty* sensor : client.absent_sensors()) {
     output.ShowReading(*sensor, Absent());
   }
@@ -77,9 +70,9 @@ int WatchThermal(const Options& options, Output& output) {
   ThermalClient client(session.events());
   for (const ThermalProperty& property : operands.properties()) {
     if (client.Register(property)) continue;
-    Complain("the thermal service reports no temperature " + std::string(property.name) +
-             KnownTemperatures(/*with_type=*/true));
-    return EXIT_FAILURE;
+    return session.Fail("the thermal service reports no temperature " + std::string(property.name) +
+                            KnownTemperatures(/*with_type=*/true),
+                        kExitUnknown);
   }
   const Clock::time_point end = EndOf(options);
   ExplainSilence(session, end);

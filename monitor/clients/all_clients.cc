@@ -11,18 +11,6 @@
 
 namespace norvik::qel::monitor {
 
-namespace {
-
-// The monitor has names for people for some.
-std::string_view NameOfTemperature(std::string_view key) {
-  for (const ThermalProperty* property : kThermalProperties) {
-    if (property->key == key) return property->name;
-  }
-  return key;
-}
-
-}  // namespace
-
 void AllClients::Learn(const Event& event) {
   const auto* const device_event = std::get_if<DeviceEvent>(&event.what);
   if (device_event == nullptr) return;
@@ -83,10 +71,9 @@ AllClients::Temperature& AllClients::TemperatureOf(std::string_view key) {
       temperatures_.emplace_back(Temperature{.key = std::string(key),
                                              .type = std::string(key.substr(0, colon)),
                                              .name = std::string(key.substr(colon + 1))});
-  temperature.property = {
-      {.key = temperature.key, .name = NameOfTemperature(temperature.key), .unit = ""},
-      temperature.type.c_str(),
-      temperature.name.c_str()};
+  temperature.property = {{.key = temperature.key, .name = temperature.key, .unit = ""},
+                          temperature.type.c_str(),
+                          temperature.name.c_str()};
   return temperature;
 }
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// A client in every family, for whoever is interested in all that a device does.
+// A client in every family, for commands that show all that a device does.
 #pragma once
 
 #include <deque>
@@ -34,7 +34,7 @@ class AllClients {
   // `subject`: a family, or the key of one of its properties. A family joins with the temperatures
   // that are known by then. False when the library refuses.
   [[nodiscard]] bool Join(std::string_view subject);
-  // Only who has joined may leave, a family or one by one.
+  // Only a subject that has joined may leave, a family or one by one.
   [[nodiscard]] bool Leave(std::string_view subject);
 
   BatteryClient& battery();

@@ -61,7 +61,7 @@ class ThermalDriver {
   virtual void StartThermalService() = 0;
 };
 
-// What the device tells of itself; called on any thread, also after the device is gone.
+// Called with what the device reports, on any thread, also after the device is gone.
 using DeviceObserver = std::function<void(DeviceEvent)>;
 
 struct DeviceSetup {
@@ -110,7 +110,7 @@ struct Equipment {
   std::vector<TemperatureReport> temperatures;  // with the values that they begin with
 };
 
-// No service runs on it before it is told so, and its battery knows nothing of itself.
+// No service runs on it before Play() starts one. The values of its battery are unknown until then.
 class PlayedDevice : public Device {
  public:
   // What a device does, not what is done to it: a service starts or dies, something is reported or
@@ -128,9 +128,8 @@ std::unique_ptr<PlayedDevice> MakePlayedDevice(const Equipment& equipment, Devic
 struct DeviceType {
   std::string_view name;
   std::string_view description;  // for the help
-  bool tells_demo = false;       // `demo` plays its story on a phone like this
   std::unique_ptr<Device> (*make)(DeviceObserver observer);
-  bool tells = true;  // an observer is told of something
+  bool tells = true;  // it reports events to its observer
 };
 
 // What there is to choose from in this build. The first is the default.

@@ -13,7 +13,7 @@
 
 namespace norvik::qel::monitor {
 
-// Shared by whoever posts: threads of a device may outlive the command that started them.
+// Shared by its posters: threads of a device may outlive the command that started them.
 //
 // Threads: any.
 class EventQueue {

@@ -12,7 +12,7 @@
 namespace norvik::qel::monitor {
 
 std::string ReadDump(void (*dump)(void* handle, int fd), void* handle) {
-  // A file in memory takes a dump of any length; a pipe would fill up with nobody to read it.
+  // A file in memory takes a dump of any length; a pipe that is not read would fill up.
   const int fd = memfd_create("dump", MFD_CLOEXEC);
   if (fd < 0) throw std::system_error(errno, std::generic_category(), "memfd_create");
   dump(handle, fd);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Whom recordings speak of: families, their properties and services.
+// The subjects of recordings: families, their properties and services.
 #pragma once
 
 #include <optional>

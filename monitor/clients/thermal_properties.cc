@@ -6,10 +6,10 @@
 namespace norvik::qel::monitor {
 
 constexpr ThermalProperty kSkin = {
-    {.key = "SKIN:skin", .name = "skin throttling", .unit = ""}, "SKIN", "skin"};
+    {.key = "SKIN:skin", .name = "SKIN:skin", .unit = ""}, "SKIN", "skin"};
 
 constexpr ThermalProperty kAudioCurrent = {
-    {.key = "BCL_CURRENT:AUDIO_current", .name = "current throttling", .unit = ""},
+    {.key = "BCL_CURRENT:AUDIO_current", .name = "BCL_CURRENT:AUDIO_current", .unit = ""},
     "BCL_CURRENT",
     "AUDIO_current"};
 

@@ -18,11 +18,14 @@ struct ThermalProperty : Property {
   const char* temperature_name;
 };
 
-// The types of temperatures that the library knows. The help prints them, and the shells'
-// completions take them from there; tests/monitor/usage_test.py compares them with quorvel.h.
+// The types of temperatures that the library knows. tests/monitor/usage_test.py compares them with
+// quorvel.h.
 inline constexpr auto kThermalTypes =
     std::to_array<std::string_view>({"CPU", "GPU", "BATTERY", "SKIN", "USB_PORT", "POWER_AMPLIFIER",
                                      "BCL_VOLTAGE", "BCL_CURRENT", "BCL_PERCENTAGE", "NPU"});
+
+// A zone that is of none of these. A registration with this type works, too.
+inline constexpr std::string_view kUnknownThermalType = "UNKNOWN";
 
 // What every device with a ThermalDriver has.
 extern const ThermalProperty kSkin;

@@ -22,16 +22,29 @@ Instant Split(WallTime time) {
           .milliseconds = static_cast<int>(rest.count())};
 }
 
+tm Local(const Instant& instant) {
+  tm local = {};
+  localtime_r(&instant.seconds, &local);
+  return local;
+}
+
 }  // namespace
 
 // Numbers only: strftime() with names of days or months would follow the locale.
 std::string TimeOfDay(WallTime time) {
   const Instant instant = Split(time);
-  tm local = {};
-  localtime_r(&instant.seconds, &local);
+  const tm local = Local(instant);
   char text[64];
   snprintf(text, sizeof text, "%02d:%02d:%02d.%03d", local.tm_hour, local.tm_min, local.tm_sec,
            instant.milliseconds);
+  return text;
+}
+
+std::string DateOf(WallTime time) {
+  const tm local = Local(Split(time));
+  char text[64];
+  snprintf(text, sizeof text, "%04d-%02d-%02d", local.tm_year + 1900, local.tm_mon + 1,
+           local.tm_mday);
   return text;
 }
 

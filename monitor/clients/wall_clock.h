@@ -12,6 +12,7 @@ namespace norvik::qel::monitor {
 using WallTime = std::chrono::system_clock::time_point;
 
 std::string TimeOfDay(WallTime time);  // local: "12:00:03.120"
+std::string DateOf(WallTime time);     // local: "2024-05-01"
 std::string Iso8601(WallTime time);    // UTC: "2024-05-01T10:00:03.120Z"
 
 }  // namespace norvik::qel::monitor

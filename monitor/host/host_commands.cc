@@ -10,14 +10,14 @@ std::span<const Command> SimulationCommands() {
   static constexpr Command kCommands[] = {
       {.name = "demo",
        .summary = "play a built-in scenario on a simulated phone and check the result",
-       .text = "This takes about 20 seconds. With another device, print what that device reports "
-               "for five seconds, or for the time given with --for.",
-       .options = "device for record force",
+       .text = "This takes about 20 seconds.",
+       .options = "record force",
        .run = Demo},
       {.name = "play",
        .operands = "FILE",
        .summary = "play a recording on a simulated phone and print the callbacks",
-       .text = "Fails if something that the file expects does not happen. A faulty file is refused "
+       .text = "The file - is standard input. Fails if something that the file expects does not "
+               "happen. A faulty file is refused "
                "before anything is played. docs/recordings.md describes the format; "
                "docs/examples/demo.jsonl is the scenario of the demo.",
        .options = "record force speed step",

@@ -7,14 +7,12 @@ namespace norvik::qel::monitor {
 
 std::span<const DeviceType> DeviceTypes() {
   static constexpr DeviceType kTypes[] = {
-      {.name = "simulated",
-       .description = "a phone inside this program that follows a script",
-       .tells_demo = true,
-       .make = MakeSimulatedDevice},
       {.name = "linux",
        .description = "this machine: power supplies, temperatures, IIO sensors",
-       .tells_demo = false,
        .make = MakeLinuxDevice},
+      {.name = "simulated",
+       .description = "a phone inside this program that follows a script",
+       .make = MakeSimulatedDevice},
   };
   return kTypes;
 }

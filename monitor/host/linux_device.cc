@@ -22,7 +22,7 @@ namespace norvik::qel::monitor {
 
 namespace {
 
-// A machine keeps its names, so who has had to name them does that once, not at every command.
+// A machine keeps its names, so the user names the file once and not at every command.
 std::string TypesFile() {
   const char* const file = std::getenv("QUORVEL_THERMAL_TYPES");
   return file != nullptr ? file : "";

@@ -85,7 +85,7 @@ class SimulatedPlayer : public PlayedDevice {
         data.temperatures.push_back(ToTemperature(report));
       }
     });
-    // Nobody is to wait for a service that never comes.
+    // No client is to wait for a service that never starts.
     const auto has = [&](std::string_view service) {
       return equipment.services.contains(std::string(service));
     };

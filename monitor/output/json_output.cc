@@ -63,6 +63,8 @@ class JsonOutput : public Output {
     std::visit([&](const auto& what) { Write(Describe(what, event.time)); }, event.what);
   }
 
+  void Note(const Event& notice) override { Show(notice); }
+
   void ShowReading(const Property& property, const Value& value) override {
     Write(Line("reading").Add("property", JsonText(property.key)).Add("value", ToJson(value)));
   }
@@ -111,7 +113,10 @@ class JsonOutput : public Output {
     return line;
   }
 
-  void Write(const JsonLine& line) { lines_.Write(line.text()); }
+  void Write(JsonLine line) {
+    if (!device_.empty()) line.Add("device", device_);
+    lines_.Write(line.text());
+  }
 };
 
 }  // namespace

@@ -12,6 +12,7 @@
 namespace norvik::qel::monitor {
 
 void LineWriter::Write(std::string line) {
+  if (is_muted_) return;
   line += '\n';
   std::string_view rest = line;
   while (open() && !rest.empty()) {
@@ -19,7 +20,7 @@ void LineWriter::Write(std::string line) {
     if (written >= 0) {
       rest.remove_prefix(static_cast<size_t>(written));
     } else if (errno == EAGAIN) {
-      // A terminal or pipe that somebody else has made non-blocking.
+      // A terminal or pipe that another program has made non-blocking.
       pollfd out = {.fd = STDOUT_FILENO, .events = POLLOUT, .revents = 0};
       poll(&out, 1, -1);
     } else if (errno != EINTR) {

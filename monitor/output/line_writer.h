@@ -15,13 +15,16 @@ class LineWriter {
  public:
   // Adds the newline. Nothing is written after a failure.
   void Write(std::string line);
-  // Whether somebody still reads.
+  // Lines are dropped from here on.
+  void Mute() { is_muted_ = true; }
+  // False once the reader has left.
   bool open() const { return error_ == 0; }
   // The error that ended the writing; 0 also when the reader has left, which is no error.
   [[nodiscard]] int error() const;
 
  private:
   int error_ = 0;
+  bool is_muted_ = false;
 };
 
 }  // namespace norvik::qel::monitor

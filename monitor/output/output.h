@@ -27,6 +27,8 @@ class Output {
   virtual ~Output() = default;
 
   virtual void Show(const Event& event) = 0;
+  // The same of a notice where only values are printed: in text on standard error.
+  virtual void Note(const Event& notice) = 0;
   // A value that was asked for.
   virtual void ShowReading(const Property& property, const Value& value) = 0;
   virtual void ShowDump(std::string_view family, const std::string& text) = 0;
@@ -39,9 +41,14 @@ class Output {
   virtual void Say(const std::string& text) = 0;
   virtual void Summary(bool success, const std::string& text, const Observed& observed) = 0;
 
+  // The first line of text and every JSON object name the device.
+  void SetDevice(std::string_view name) { device_ = name; }
+  // Nothing is printed from here on: standard output belongs to a recording.
+  void Mute() { lines_.Mute(); }
   const LineWriter& lines() const { return lines_; }
 
  protected:
+  std::string device_;  // empty: none is involved
   LineWriter lines_;
 };
 

@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <charconv>
 
+#include "output/printable.h"
+
 namespace norvik::qel::monitor {
 
 namespace {
@@ -33,6 +35,7 @@ Terminal StandardOutput() {
   }
   const std::string_view columns = Variable("COLUMNS");
   std::from_chars(columns.data(), columns.data() + columns.size(), terminal.columns);
+  terminal.is_limited = terminal.is_terminal || !columns.empty();
   terminal.columns = std::max(terminal.columns, kNarrowest);
   return terminal;
 }
@@ -47,13 +50,13 @@ std::string Wrapped(std::string_view text, size_t columns, size_t indent, size_t
         text.substr(0, text.find(' ')).substr(0, std::max<size_t>(columns - indent, 1));
     text.remove_prefix(word.size());
     if (text.starts_with(' ')) text.remove_prefix(1);
-    if (!is_first && column + 1 + word.size() > columns) {
+    if (!is_first && column + 1 + ColumnsOf(word) > columns) {
       lines.append("\n").append(indent, ' ');
       column = indent;
       is_first = true;
     }
     lines.append(is_first ? "" : " ").append(word);
-    column += word.size() + (is_first ? 0 : 1);
+    column += ColumnsOf(word) + (is_first ? 0 : 1);
     is_first = false;
   }
   return lines + "\n";

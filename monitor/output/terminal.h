@@ -14,7 +14,8 @@ namespace norvik::qel::monitor {
 struct Terminal {
   bool is_terminal = false;
   bool has_colour = false;  // never with NO_COLOR, or when TERM is "dumb"
-  size_t columns = 80;      // also of what is no terminal; COLUMNS overrides it
+  bool is_limited = false;  // to the columns: a terminal, or COLUMNS is set
+  size_t columns = 80;      // COLUMNS overrides those of a terminal
 };
 
 Terminal StandardOutput();

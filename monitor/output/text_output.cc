@@ -1,29 +1,28 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include <algorithm>
+#include <stdio.h>
+
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "output/output.h"
+#include "output/printable.h"
+#include "output/terminal.h"
 
 namespace norvik::qel::monitor {
 
 namespace {
 
 constexpr size_t kNameWidth = 26;
+constexpr std::string_view kDim = "\033[2m";
+constexpr std::string_view kBold = "\033[1m";
+constexpr std::string_view kYellow = "\033[33m";
 
-std::string Padded(std::string_view text) {
-  std::string padded(text);
-  padded.append(padded.size() + 2 < kNameWidth ? kNameWidth - padded.size() : 2, ' ');
-  return padded;
-}
-
-// Texts of a file that somebody else has written: what would move the cursor stays out.
-std::string Printable(std::string text) {
-  std::replace_if(
-      text.begin(), text.end(), [](unsigned char c) { return c < ' ' || c == 0x7f; }, ' ');
-  return text;
+std::string Padded(const std::string& text) {
+  const size_t columns = ColumnsOf(text);
+  return text + std::string(columns + 2 < kNameWidth ? kNameWidth - columns : 2, ' ');
 }
 
 std::string InWords(const DeviceEvent& event) {
@@ -51,33 +50,111 @@ std::string InWords(const DeviceEvent& event) {
 
 class TextOutput : public Output {
  public:
+  ~TextOutput() override { EndRepetition(); }
+  TextOutput() = default;
+  TextOutput(const TextOutput&) = delete;
+  TextOutput& operator=(const TextOutput&) = delete;
+
   void Show(const Event& event) override {
     if (const auto* device_event = std::get_if<DeviceEvent>(&event.what)) {
-      lines_.Write(TimeOfDay(event.time) + "  ** device: " + Printable(InWords(*device_event)));
+      ShowDeviceEvent(event.time, "** device: " + Printable(InWords(*device_event)));
       return;
     }
     const auto& change = std::get<ValueChange>(event.what);
-    lines_.Write(TimeOfDay(event.time) + "  " + Padded(change.property->name) +
-                 monitor::InWords(*change.property, change.old_value) + "  ->  " +
-                 monitor::InWords(*change.property, change.new_value));
+    WriteAt(event.time,
+            Padded(Printable(change.property->name)) +
+                monitor::InWords(*change.property, change.old_value) + "  ->  ",
+            monitor::InWords(*change.property, change.new_value), kBold);
+  }
+
+  void Note(const Event& notice) override {
+    const std::string text = Printable(std::get<DeviceEvent>(notice.what).detail);
+    fprintf(stderr, "quorvel: %s\n", text.c_str());
   }
 
   void ShowReading(const Property& property, const Value& value) override {
-    lines_.Write(Padded(property.name) + monitor::InWords(property, value));
+    Write(Padded(Printable(property.name)) + monitor::InWords(property, value));
   }
 
   void ShowDump(std::string_view /*family*/, const std::string& text) override {
     // The dump ends its own last line.
-    lines_.Write(text.ends_with('\n') ? text.substr(0, text.size() - 1) : text);
+    Write(text.ends_with('\n') ? text.substr(0, text.size() - 1) : text);
   }
 
-  void Explain(const std::string& text) override { lines_.Write(text); }
-  void Heading(const std::string& text) override { lines_.Write("\n" + Printable(text)); }
-  void Say(const std::string& text) override { lines_.Write("   " + Printable(text)); }
+  void Explain(const std::string& text) override { Write(Fitted(text)); }
+  void Heading(const std::string& text) override {
+    EndRepetition();
+    Write("\n" + Coloured(Printable(text), kBold));
+  }
+
+  void Say(const std::string& text) override {
+    Write(Fitted("   " + Printable(text), /*indent=*/3));
+  }
 
   void Summary(bool /*success*/, const std::string& text, const Observed& /*observed*/) override {
-    lines_.Write("\n" + text);
+    EndRepetition();
+    Write("\n" + Fitted(Printable(text)));
   }
+
+ private:
+  // Help and dumps have lines of their own.
+  std::string Fitted(const std::string& text, size_t indent = 0) const {
+    if (!terminal_.is_limited || text.find('\n') != std::string::npos) return text;
+    std::string lines = Wrapped(text, terminal_.columns, indent);
+    lines.pop_back();  // Write() ends the line
+    return lines;
+  }
+
+  std::string Coloured(const std::string& text, std::string_view colour) const {
+    return terminal_.has_colour ? std::string(colour) + text + "\033[0m" : text;
+  }
+
+  // Of lines that differ in their time only and come together, the first is shown at once and the
+  // others are counted.
+  void ShowDeviceEvent(WallTime time, const std::string& text) {
+    constexpr std::chrono::seconds kTogether(2);
+    if (text == repeated_ && time - repeated_since_ < kTogether) {
+      ++repetitions_;
+      return;
+    }
+    EndRepetition();
+    WriteAt(time, "", text, kYellow);
+    repeated_ = text;
+    repeated_since_ = time;
+  }
+
+  void EndRepetition() {
+    const int count = std::exchange(repetitions_, 0);
+    if (count > 0) lines_.Write("    ** the last one " + Counted(count, "more time"));
+  }
+
+  // The time, the plain text and the coloured one. Continuation lines are indented.
+  void WriteAt(WallTime time, const std::string& plain, const std::string& coloured,
+               std::string_view colour) {
+    const std::string date = DateOf(time);
+    if (!date_.empty() && date != date_) Write("--- " + date);
+    date_ = date;
+    const std::string clock = TimeOfDay(time) + "  ";
+    if (terminal_.is_limited && ColumnsOf(clock + plain + coloured) > terminal_.columns) {
+      Write(Fitted(clock + plain + coloured, /*indent=*/4));
+    } else {
+      Write(Coloured(clock, kDim) + plain + Coloured(coloured, colour));
+    }
+  }
+
+  void Write(const std::string& text) {
+    if (!std::exchange(names_device_, true) && !device_.empty()) {
+      lines_.Write("Device: " + device_);
+    }
+    lines_.Write(text);
+  }
+
+  const Terminal terminal_ = StandardOutput();
+  bool names_device_ = false;
+  std::string date_;      // of the last line with a time
+  std::string repeated_;  // the last line of the device
+  WallTime repeated_since_;
+  int repetitions_ = 0;
 };
 
 }  // namespace

@@ -14,7 +14,7 @@ namespace {
 
 class Phone : public Device {
  public:
-  // The log is the platform's, who reads it says what to show.
+  // The log is the platform's: its reader says what to show.
   void Start(const DeviceSetup& /*setup*/) override { ABinderProcess_startThreadPool(); }
 };
 

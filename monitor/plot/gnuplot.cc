@@ -88,7 +88,7 @@ pid_t Start(int input, int output) {
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
   posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
-  // Without anybody's settings: the plot is to look the same everywhere.
+  // Without the user's settings: the plot is to look the same everywhere.
   char name[] = "gnuplot";
   char bare[] = "--default-settings";
   char* const arguments[] = {name, bare, nullptr};
@@ -111,7 +111,7 @@ void RunGnuplot(const std::string& script, const std::string& path, std::string_
   const pid_t pid = Start(input.get(), draft.fd());
   int status = 0;
   while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
-    // It goes on.
+    // It runs.
   }
   if (!WIFEXITED(status) || WEXITSTATUS(status) != EXIT_SUCCESS) {
     throw std::runtime_error("gnuplot has failed");

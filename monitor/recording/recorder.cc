@@ -21,6 +21,7 @@ std::string InWords(int error) {
 }
 
 int Open(const std::string& path, ExistingFile existing) {
+  if (path == kStandardStream) return fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0);
   const int how = existing == ExistingFile::kRefuse ? O_EXCL : O_TRUNC;
   const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | how, 0666);
   if (fd >= 0) return fd;
@@ -36,7 +37,8 @@ Recorder::Recorder(const std::string& path, ExistingFile existing, std::string_v
     : path_(path), begin_(std::chrono::system_clock::now()), fd_(Open(path, existing)) {
   if (WriteLine(RecordingWriter::Header(device, begin_))) return;
   close(fd_);
-  if (existing == ExistingFile::kRefuse) unlink(path_.c_str());  // it is ours, and empty
+  // The file is new and empty.
+  if (existing == ExistingFile::kRefuse && path_ != kStandardStream) unlink(path_.c_str());
   throw std::runtime_error(failure_);
 }
 
@@ -58,15 +60,15 @@ void Recorder::NoteAct(const RecordedWhat& what) {
 }
 
 bool Recorder::Write(RecordedEvent event, WallTime time) {
-  // Times never run backwards in a recording, even when somebody sets the clock.
+  // Times never run backwards in a recording, even when the clock is set.
   last_ = std::max(last_, Seconds(time - begin_));
   event.at = last_;
   auto line = writer_.Line(event);
-  return line ? WriteLine(std::move(*line)) : failure_.empty();
+  return line ? WriteLine(std::move(*line)) : !is_closed_;
 }
 
 bool Recorder::WriteLine(std::string line) {
-  if (!failure_.empty()) return false;
+  if (is_closed_) return false;
   line += '\n';
   std::string_view rest = line;
   while (!rest.empty()) {
@@ -74,6 +76,8 @@ bool Recorder::WriteLine(std::string line) {
     if (written >= 0) {
       rest.remove_prefix(static_cast<size_t>(written));
     } else if (errno != EINTR) {
+      is_closed_ = true;
+      if (errno == EPIPE) return false;  // the reader of standard output has left
       failure_ = "cannot write " + path_ + ": " + InWords(errno);
       // Half a line would make the file unreadable.
       const off_t half = static_cast<off_t>(line.size() - rest.size());

@@ -43,6 +43,7 @@ class Recorder {
   Seconds last_{};
   int fd_;
   int line_count_ = 0;
+  bool is_closed_ = false;  // nothing can be written any more
   std::string failure_;
 };
 

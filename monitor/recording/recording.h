@@ -34,7 +34,7 @@ struct ClientCalled {
   Value value;
 };
 
-// For whoever reads along.
+// For the reader of the output.
 struct Scene {
   std::string title;
 };
@@ -77,6 +77,9 @@ struct Recording {
   std::string device;  // empty when the file does not say
   std::vector<RecordedEvent> events;
 };
+
+// The name of standard input or output where a file is expected.
+inline constexpr std::string_view kStandardStream = "-";
 
 inline constexpr std::string_view kRecordingFormat = "quorvel recording";
 // What is written; all versions from the first on are read.

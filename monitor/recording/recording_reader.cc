@@ -8,6 +8,7 @@
 #include <array>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <limits>
 #include <optional>
 #include <stdexcept>
@@ -73,6 +74,7 @@ Recording ReadRecording(std::istream& text, const std::string& name) {
 }
 
 Recording ReadRecording(const std::string& path) {
+  if (path == kStandardStream) return ReadRecording(std::cin, "standard input");
   errno = 0;
   // It can be opened, and with libc++ looks like an empty file.
   std::error_code unknown;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Reads recordings, whether a program or somebody's hand has written them.
+// Reads recordings, written by a program or by hand.
 #pragma once
 
 #include <istream>
@@ -11,8 +11,8 @@
 
 namespace norvik::qel::monitor {
 
-// The whole file. Throws std::runtime_error when it cannot be read or is no recording: with the
-// file, the line and what is wrong there.
+// The whole file, or standard input for kStandardStream. Throws std::runtime_error when it cannot
+// be read or is no recording: with the file, the line and what is wrong there.
 Recording ReadRecording(const std::string& path);
 // The same of a text that has a name.
 Recording ReadRecording(std::istream& text, const std::string& name);

@@ -9,7 +9,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// The battery ends where it began, but for a cycle more.
+// The battery ends where it began, with one more cycle.
 std::vector<DeviceScript::Step> Steps(BatteryDriver& phone) {
   return {
       {700ms, [&] { phone.SetLevel(49); }},
@@ -23,7 +23,7 @@ std::vector<DeviceScript::Step> Steps(BatteryDriver& phone) {
       {1000ms, [&] { phone.SetLevel(51); }},
       {1000ms, [&] { phone.SetDockOnline(false); }},
       {1000ms, [&] { phone.KillService(); }},
-      {500ms, [&] { phone.SetLevel(50); }},  // nobody can hear it yet
+      {500ms, [&] { phone.SetLevel(50); }},  // not reported yet
       {500ms, [&] { phone.StartService(); }},
       {2000ms, [] {}},  // time for the library to link again
   };

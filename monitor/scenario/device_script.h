@@ -11,7 +11,7 @@
 
 namespace norvik::qel::monitor {
 
-// Keeps no time of its own: whoever waits for events takes the steps when they are due.
+// Keeps no time of its own: the command that waits for events takes the steps when they are due.
 //
 // Threads: the main thread.
 class DeviceScript {

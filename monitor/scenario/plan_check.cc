@@ -40,7 +40,7 @@ class Checker {
   void Check(const Expectation& expectation) {
     std::visit([&](const auto& what) { CheckExpected(what); }, expectation.what);
   }
-  // What nobody can get wrong.
+  // Always right.
   void Check(const ClientCalled& /*called*/) {}
   void Check(const Scene& /*scene*/) {}
   void Check(const Narration& /*narration*/) {}

@@ -121,7 +121,7 @@ PlayPlan Planner::Make() {
 
 void Planner::Add(const RecordedEvent& event, size_t index) {
   if (const auto* joined = std::get_if<ClientJoined>(&event.what)) {
-    // Its registration waits for the service, which nobody could start meanwhile.
+    // Its registration waits for the service, which cannot be started meanwhile.
     const bool waits = FamilyOfSubject(joined->subject) == kBatteryFamily &&
                        plan_.equipment.services.contains(std::string(kHealthService)) &&
                        !started_.contains(std::string(kHealthService));

@@ -50,7 +50,7 @@ void SumUp(const std::string& title, const Player& player, Player::End end,
       output.Summary(true, title + " OK: all went as told; " + counts, observed);
       break;
     case Player::End::kStopped:
-      output.Summary(false, title + " stopped before its end; " + counts, observed);
+      output.Summary(false, title + " interrupted before its end; " + counts, observed);
       break;
     case Player::End::kFailed:
       output.Summary(false, title + " FAILED: " + player.failure() + "; " + counts, observed);
@@ -94,14 +94,16 @@ int PlayBack(const Recording& recording, const Announcement& announcement, const
   Session session(options, output, {.listener = note, .make_device = make_device});
   if (!options.record.empty()) recorder.emplace(options.record, options.existing, "simulated");
   const auto begin = Session::Clock::now();
-  if (!announcement.introduction.empty()) output.Explain(announcement.introduction);
-  output.Explain("Lines with ** come from the device, all others through a client's callback.");
+  output.SetDevice("simulated");
+  output.Explain(announcement.introduction);
+  output.Explain(kLegend);
   Player player(recording, plan, {.speed = options.speed.value_or(1), .by_hand = options.step},
                 session, *phone, witness, recorder ? &*recorder : nullptr);
   const Player::End end = player.Play();
   if (IsScenario(recording)) {
     SumUp(announcement.title, player, end, Session::Clock::now() - begin, session);
   }
+  if (end == Player::End::kStopped) return kExitInterrupted;
   bool success = end != Player::End::kFailed;
   if (player.refused() && end != Player::End::kFailed) {
     Complain(kRefusal);

@@ -13,8 +13,8 @@
 namespace norvik::qel::monitor {
 
 struct Announcement {
-  std::string title;              // what the summary of a scenario calls it
-  std::string introduction = {};  // said before the first event, if anything
+  std::string title;         // what the summary of a scenario calls it
+  std::string introduction;  // printed before the first event
 };
 
 // Returns the program's exit code. Throws std::runtime_error before anything is played when the

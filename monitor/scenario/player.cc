@@ -12,6 +12,7 @@
 
 #include "cli/commands.h"
 #include "clients/subjects.h"
+#include "output/printable.h"
 #include "scenario/questions.h"
 
 namespace norvik::qel::monitor {
@@ -90,13 +91,13 @@ Player::End Player::Play() {
     // It is heard.
   }
   if (!failure_.empty()) return End::kFailed;
-  return whole ? End::kPlayed : End::kStopped;
+  return whole || input_ended_ ? End::kPlayed : End::kStopped;
 }
 
 bool Player::TakeStep(const PlayPlan::Step& step) {
   current_ = &step.event;
   const bool needs_enter = pace_.by_hand && step.event.line > 0 && IsAct(step.event.what);
-  if (needs_enter) session_.output().Explain("Enter plays " + step.event.text);
+  if (needs_enter) session_.output().Explain("Enter plays " + Printable(step.event.text));
   // What has happened so far is noted before the next thing happens.
   const Seconds due = pace_.by_hand ? Seconds(0) : step.event.at;
   if (needs_enter ? !WaitForEnter() : !WaitUntil(due)) return false;
@@ -170,7 +171,7 @@ bool Player::Take(const Expectation& expectation) {
                     expectation.what);
 }
 
-// It comes of itself.
+// The library does it.
 bool Player::Take(const ClientCalled& /*called*/) {
   return true;
 }
@@ -203,7 +204,7 @@ bool Player::Await(const Silence& silence, Seconds /*within*/) {
               ", where no call was expected");
 }
 
-// False when somebody wants the end.
+// False when it is interrupted.
 bool Player::WaitUntil(Seconds at) {
   while (true) {
     const Seconds left = at / pace_.speed - Seconds(Clock::now() - begin_);
@@ -223,6 +224,7 @@ bool Player::WaitForEnter() {
     char key = 0;
     const ssize_t count = read(STDIN_FILENO, &key, 1);
     if (count == 0 || (count < 0 && errno != EINTR && errno != EAGAIN)) {
+      input_ended_ = true;
       // What it expects from here on has not come.
       return is_scenario_ && Fail("the input ended before this was played");
     }

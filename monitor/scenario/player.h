@@ -21,7 +21,7 @@ class Player {
 
   enum class End {
     kPlayed,
-    kStopped,  // somebody wants the end
+    kStopped,  // interrupted
     kFailed,   // the first expectation that was not met ends it
   };
 
@@ -86,6 +86,7 @@ class Player {
   int scene_ = 0;
   bool health_died_ = false;
   bool refused_ = false;
+  bool input_ended_ = false;
   std::string failure_;
 };
 

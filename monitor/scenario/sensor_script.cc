@@ -9,7 +9,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Somebody opens the phone, takes a call and closes it. It ends where it began. The service never
+// A user opens the phone, takes a call and closes it. It ends where it began. The service never
 // dies: the library does not survive that.
 std::vector<DeviceScript::Step> Steps(SensorDriver& phone) {
   return {

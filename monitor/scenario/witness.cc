@@ -49,7 +49,7 @@ void Witness::Act(const RecordedWhat& what) {
   ++acts_;
   const auto* const joined = std::get_if<ClientJoined>(&what);
   if (joined == nullptr) return;
-  // Who joins anew has heard nothing yet.
+  // A client that joins again has not been called yet.
   const auto is_theirs = [&](const auto& entry) { return Covers(joined->subject, entry.first); };
   std::erase_if(calls_, is_theirs);
   std::erase_if(last_, is_theirs);

@@ -72,15 +72,13 @@ class FlatPhone : public Device {
 std::span<const DeviceType> DeviceTypes() {
   static constexpr DeviceType kTypes[] = {
       {.name = "bare",
-       .description = "no service at all; they are awaited in vain",
-       .tells_demo = false,
+       .description = "a phone without services",
        // NOLINTNEXTLINE(performance-unnecessary-value-param): the signature is the seam's
        .make = [](DeviceObserver) -> std::unique_ptr<Device> {
          return std::make_unique<BareDevice>();
        }},
       {.name = "flat",
-       .description = "an old phone that does not fold, under nobody's control",
-       .tells_demo = false,
+       .description = "an old phone that does not fold",
        .make = [](DeviceObserver observer) -> std::unique_ptr<Device> {
          return std::make_unique<FlatPhone>(std::move(observer));
        }},

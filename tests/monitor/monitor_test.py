@@ -4,12 +4,13 @@
 
 """Runs the monitor as its users do.
 
-usage: tool_test.py QUORVEL QUORVEL_BARE
+usage: monitor_test.py QUORVEL QUORVEL_BARE
 
 QUORVEL_BARE is the monitor built for devices that lack something: "bare" any service, "flat" a
 hinge, a reading of its other sensor and limits of its battery's voltage.
 """
 
+import contextlib
 import datetime
 import json
 import os
@@ -24,7 +25,7 @@ QUORVEL, QUORVEL_BARE = (os.path.abspath(path) for path in sys.argv[1:3])
 LIMIT = 60  # seconds; only a broken monitor meets it
 
 PROPERTIES = ["battery_level", "battery_cycle_count", "wireless_charger", "dock_charger"]
-VALUE_LINE = re.compile(r"^\d\d:\d\d:\d\d\.\d{3}  ([a-z ]+?)  +(.+)  ->  (.+)$", re.MULTILINE)
+VALUE_LINE = re.compile(r"^\d\d:\d\d:\d\d\.\d{3}  ([\w: ]+?)  +(.+)  ->  (.+)$", re.MULTILINE)
 
 SEVERITIES = ["NONE", "LIGHT", "MODERATE", "SEVERE", "CRITICAL", "EMERGENCY", "SHUTDOWN"]
 
@@ -67,7 +68,11 @@ A: in_angl_scale=0.017453293
 """
 
 
-def start(*args, program=QUORVEL, **kwargs):
+def start(*args, program=QUORVEL, env=None, **kwargs):
+    env = {"QUORVEL_DEVICE": "simulated", **(env or os.environ)}
+    if program == QUORVEL_BARE:
+        del env["QUORVEL_DEVICE"]
+    kwargs["env"] = env
     return subprocess.Popen(
         (program, *args),
         **{"stdin": subprocess.DEVNULL, "stdout": subprocess.PIPE, "stderr": subprocess.PIPE,
@@ -115,7 +120,6 @@ class ToolTest(unittest.TestCase):
                                  "BCL_CURRENT:AUDIO_current", "--json", "--for", "9s")
         cls.bare_sensors = start("get", "sensors", program=QUORVEL_BARE)
         cls.bare_dump = start("dump", program=QUORVEL_BARE)
-        cls.bare_demo = start("demo", "--json", program=QUORVEL_BARE)
 
     def parse(self, out):
         """The objects of a JSON output, each a whole line with its time."""
@@ -127,9 +131,9 @@ class ToolTest(unittest.TestCase):
             self.assertRegex(time, r"\.\d{3}Z$")
         return objects
 
-    def success(self, result):
+    def success(self, result, exit_code=0):
         code, out, err = result
-        self.assertEqual(code, 0, out + err)
+        self.assertEqual(code, exit_code, out + err)
         return out
 
     def values(self, objects, name):
@@ -161,13 +165,13 @@ class ToolTest(unittest.TestCase):
                 "watch battery get": "get",
                 "watch thermal": "TYPE:NAME", "watch thermal skin": "'skin'",
                 "watch thermal SKIN:": "'SKIN:'", "watch thermal :skin": "':skin'",
-                "watch thermal SKIN:skin skin:x": "'skin'", "watch bcl": "bcl",
+                "watch thermal SKIN:skin ski:x": "'SKI'", "watch bcl": "bcl",
                 "get temperatures": "NAME", "get temperatures ": "NAME", "get thermal": "bcl",
                 "get bcl 1": "'1'", "get battery level": "level",
                 "demo battery": "battery", "dump --fast": "--fast",
                 "dump --device toaster": "toaster", "dump --device": "--device",
                 "dump --json=maybe": "maybe", "get battery --for 1s": "--for",
-                "demo --for 1s": "--for", "record": "FILE", "record a b": "'b'", "play ": "FILE",
+                "demo --for 1s": "--for", "demo --device linux": "--device", "record": "FILE", "record a b": "'b'", "play ": "FILE",
                 "play a --for 1s": "--for", "play a --speed 0": "'0'", "play a --speed x": "'x'",
                 "play a --speed inf": "'inf'", "play a --speed 2 --step": "--step",
                 "play a --device linux": "--device", "demo --speed 2": "--speed",
@@ -175,9 +179,10 @@ class ToolTest(unittest.TestCase):
                 "demo --force": "--force", "plot a": "--output", "plot a --output b.pdf": "b.pdf",
                 "play a --output b.svg": "--output", "watch battery --for": "--for",
                 "watch battery --for 10": "10", "watch battery --for 0s": "0s",
-                "watch battery --for -1s": "-1s", "watch battery --for 1.5s": "1.5s",
+                "watch battery --for -1s": "-1s", "watch battery --for .s": "'.s'",
+                "watch battery --for 8760.1h": "1ms to 8760h", "play - --step": "standard input",
                 "watch battery --for 99999999999999999999s": "99999999999999999999s",
-                "watch battery --for 9999999h": "9999999h", "no\nsuch": "no such", "help me": "'me'"}.items():
+                "watch battery --for 9999999h": "9999999h", "no\nsuch": "'no\\x0asuch'", "help me": "'me'"}.items():
             with self.subTest(args):
                 code, out, err = run(*(args.split(" ") if args else []))
                 self.assertEqual((code, out), (2, ""))
@@ -187,7 +192,7 @@ class ToolTest(unittest.TestCase):
     def test_get_asks_for_the_four_values(self):
         self.assertEqual(
             self.success(run("get", "battery")),
-            "battery level             50 %\nbattery cycle count       10\n"
+            "Device: simulated\nbattery level             50 %\nbattery cycle count       10\n"
             "wireless charger          offline\ndock charger              offline\n")
         objects = self.parse(self.success(run("--json", "get", "battery")))
         self.assertEqual([(o["event"], o["property"], o["value"]) for o in objects],
@@ -198,6 +203,7 @@ class ToolTest(unittest.TestCase):
         self.assertIn("linked to services = T", text)
         self.assertIn("Battery Level = 50 (clients:1)", text)
         self.assertIn("Dock Charger Is Online = 1 (clients:1)", text)
+        text = text.removeprefix("Device: simulated\n")
         sensors = text.index("SensorInfo:\n")
         self.assertIn("active:T, data:5", text[sensors:])
         dumps = self.parse(self.success(run("dump", "--json")))
@@ -235,7 +241,8 @@ class ToolTest(unittest.TestCase):
 
     def test_get_waits_for_what_the_sensors_read(self):
         self.assertEqual(self.success(run("get", "sensors")),
-                         "proximity                 5 cm\nhinge angle               0 degrees\n")
+                         "Device: simulated\nproximity                 5 cm\n"
+                         "hinge angle               0 degrees\n")
         objects = self.parse(self.success(run("get", "sensors", "--json")))
         self.assertEqual([(o["event"], o["property"], o["value"]) for o in objects],
                          [("reading", "proximity", 5), ("reading", "hinge_angle", 0)])
@@ -255,29 +262,31 @@ class ToolTest(unittest.TestCase):
 
     def test_get_asks_the_thermal_service(self):
         self.assertEqual(self.success(run("get", "temperatures", "skin", "cpu", "skin")),
-                         "skin                      30.0 degrees C\n"
+                         "Device: simulated\nskin                      30.0 degrees C\n"
                          "cpu                       40.0 degrees C\n"
                          "skin                      30.0 degrees C\n")
         self.assertEqual(self.success(run("get", "bcl")),
-                         "battery current limits    NONE\nbattery voltage limits    NONE\n")
+                         "Device: simulated\nbattery current limits    NONE\n"
+                         "battery voltage limits    NONE\n")
         code, out, err = run("get", "temperatures", "nose", "cpu", "--json")
-        self.assertEqual(code, 1)
-        self.assertIn("quorvel: the thermal service does not report all", err)
+        self.assertEqual(code, 3)
+        self.assertIn("quorvel: unknown or not present: nose; it reports cpu, skin, ", err)
         self.assertEqual([(o["event"], o["property"], o["value"]) for o in self.parse(out)],
                          [("reading", "nose", None), ("reading", "cpu", 40)])
 
     def test_a_thermal_service_of_the_older_kind_is_asked_as_well(self):
         flat = {"program": QUORVEL_BARE}
         limits = [{"level": 0, "name": "NONE"}] + [{"level": 1, "name": "LIGHT"}] * 19
-        objects = self.parse(self.success(run("get", "bcl", "--device", "flat", "--json", **flat)))
+        objects = self.parse(self.success(run("get", "bcl", "--device", "flat", "--json", **flat), 3))
         self.assertEqual([(o["property"], o["value"]) for o in objects],
                          [("bcl_current", limits), ("bcl_voltage", [])])
-        self.assertRegex(self.success(run("get", "bcl", "--device", "flat", **flat)),
+        self.assertRegex(self.success(run("get", "bcl", "--device", "flat", **flat), 3),
                          r"limits    NONE(, LIGHT){19}\n.*limits    none reported\n\Z")
         # A thermistor that is out of order is there all the same.
         args = ("get", "temperatures", "back:left", "--device", "flat")
-        self.assertEqual(self.success(run(*args, **flat)), "back:left                 unknown\n")
-        self.assertIsNone(self.parse(self.success(run(*args, "--json", **flat)))[0]["value"])
+        self.assertEqual(self.success(run(*args, **flat), 3),
+                         "Device: flat\nback:left                 unknown\n")
+        self.assertIsNone(self.parse(self.success(run(*args, "--json", **flat), 3))[0]["value"])
         # Its name has a colon.
         objects = self.parse(self.success(run("watch", "thermal", "SKIN:back:left", "--device",
                                               "flat", "--json", "--for", "1s", **flat)))
@@ -302,7 +311,7 @@ class ToolTest(unittest.TestCase):
         self.assertTrue(types)
         for name in types:
             code, _, err = run("watch", "thermal", name + ":nose", "--for", "1s")
-            self.assertEqual(code, 1)
+            self.assertEqual(code, 3)
             self.assertIn(f"quorvel: the thermal service reports no temperature {name}:nose; it "
                           "reports CPU:cpu, ", err)
             self.assertNotIn("unknown temperature type", err)
@@ -314,30 +323,27 @@ class ToolTest(unittest.TestCase):
     def test_a_sensor_that_is_not_there_is_no_failure(self):
         flat = {"program": QUORVEL_BARE}
         self.assertEqual(
-            self.success(run("get", "sensors", "--device", "flat", **flat)),
-            "proximity                 0 cm\nhinge angle               not present\n")
+            self.success(run("get", "sensors", "--device", "flat", **flat), 3),
+            "Device: flat\nproximity                 0 cm\nhinge angle               not present\n")
         objects = self.parse(self.success(
-            run("get", "sensors", "--device", "flat", "--json", **flat)))
+            run("get", "sensors", "--device", "flat", "--json", **flat), 3))
         self.assertEqual([o["value"] for o in objects], [0, None])
         self.assertIn("hinge angle               not present",
                       self.success(run("watch", "sensors", "--device", "flat", "--for", "100ms",
                                        **flat)))
         self.assertIn("HINGE_ANGLE\n    initialized:T active:F",
                       self.success(run("dump", "--device", "flat", **flat)))
-        text = self.success(run("demo", "--device", "flat", "--for", "1s", **flat))
-        self.assertIn("This device has no hinge angle sensor", text)
-        self.assertIn("battery voltage limits    none reported", text)
-        self.assertRegex(text.splitlines()[-1], "^Demo done: .*; proximity 0 cm[.]$")
 
     def test_a_machine_has_what_its_kernel_tells_of(self):
         code, out, err = on_machine(MACHINE, "get", "temperatures", "acpitz", "x86_pkg_temp")
         self.assertEqual(
-            out, "acpitz                    not present\nx86_pkg_temp              81.5 degrees C\n")
-        self.assertEqual(code, 1, "a zone that cannot be read is an error")
-        self.assertIn("does not report all of these temperatures", err)
+            out, "Device: linux\nacpitz                    not present\n"
+            "x86_pkg_temp              81.5 degrees C\n")
+        self.assertEqual(code, 3)
+        self.assertIn("unknown or not present: acpitz", err)
         self.assertEqual(
-            self.success(on_machine(MACHINE, "get", "sensors")),
-            "proximity                 not present\nhinge angle               90 degrees\n")
+            self.success(on_machine(MACHINE, "get", "sensors"), 3),
+            "Device: linux\nproximity                 not present\nhinge angle               90 degrees\n")
         objects = self.parse(self.success(on_machine(
             MACHINE, "watch", "thermal", "CPU:x86_pkg_temp", "--json", "--for", "1s")))
         self.assertEqual(self.levels(objects, "CPU:x86_pkg_temp"), [2])
@@ -345,9 +351,6 @@ class ToolTest(unittest.TestCase):
         self.assertIn("Battery Level = 77", text)
         self.assertIn("HINGE_ANGLE\n    initialized:T active:T, data:90", text)
         self.assertIn("ThermalInfo:\n", text)
-        text = self.success(on_machine(MACHINE, "demo", "--for", "1s"))
-        self.assertIn("** device: this machine has no proximity sensor", text)
-        self.assertIn("hinge angle 90 degrees.", text.splitlines()[-1])
 
     def test_a_machine_may_be_told_what_its_zones_are(self):
         with tempfile.NamedTemporaryFile("w") as types:
@@ -360,8 +363,17 @@ class ToolTest(unittest.TestCase):
             self.assertEqual(self.levels(objects, "SKIN:x86_pkg_temp"), [2])
             types.write("temperature COLD x86_pkg_temp\n")
             types.flush()
-            text = self.success(on_machine(MACHINE, "demo", "--for", "1s", env=environment))
-            self.assertIn("** device: " + types.name + ":2: ", text)
+            # A broken file is named also where only values are printed, and before a failure.
+            notice = f"quorvel: {types.name}:2: "
+            self.assertIn(notice, on_machine(MACHINE, "get", "temperatures", "x86_pkg_temp",
+                                             env=environment)[2])
+            objects = self.parse(on_machine(MACHINE, "get", "temperatures", "attic", "--json",
+                                            env=environment)[1])
+            self.assertEqual([o["event"] for o in objects], ["notice", "notice", "reading"])
+            self.assertIn(types.name + ":2: ", objects[0]["detail"] + objects[1]["detail"])
+            code, out, err = on_machine(MACHINE, "watch", "thermal", "CPU:attic", env=environment)
+            self.assertEqual(code, 3)
+            self.assertIn("** device: " + types.name + ":2: ", out)
 
     def test_a_signal_ends_watch_and_demo_cleanly(self):
         for command in (["watch", "battery"], ["demo"]):
@@ -372,9 +384,9 @@ class ToolTest(unittest.TestCase):
                         pass  # It runs once this line has come.
                     process.send_signal(number)
                     code, out, err = finish(process)
-                    self.assertEqual(code, 0, err)
+                    self.assertEqual(code, 130 if command == ["demo"] else 0, err)
                     self.assertNotIn("quorvel: ", err)
-                    self.assertEqual(out.count("Demo stopped"), command == ["demo"])
+                    self.assertEqual(out.count("Demo interrupted"), command == ["demo"])
 
     def test_a_reader_that_leaves_ends_watch_quietly(self):
         process = start("watch", "battery")
@@ -426,9 +438,9 @@ class ToolTest(unittest.TestCase):
 
         # The heat's part.
         early, late = text.split("the thermal service is up", maxsplit=1)
-        self.assertNotIn("throttling  ", early)
+        self.assertNotIn("SKIN:skin  ", early)
         heard = VALUE_LINE.findall(late)
-        self.assertEqual([(old, new) for name, old, new in heard if name == "skin throttling"],
+        self.assertEqual([(old, new) for name, old, new in heard if name == "SKIN:skin"],
                          list(zip(["unknown", "NONE", "LIGHT", "MODERATE", "SEVERE", "CRITICAL",
                                    "MODERATE"],
                                   ["NONE", "LIGHT", "MODERATE", "SEVERE", "CRITICAL", "MODERATE",
@@ -461,22 +473,72 @@ class ToolTest(unittest.TestCase):
                          ["summary", True, values, 2, 2, 1, 1])
 
     def test_a_machine_without_a_battery_is_said_to_have_none(self):
-        text = self.success(on_machine("", "demo", "--for", "1s"))
-        self.assertIn("** device: this machine has no battery", text)
-        self.assertIn("No battery level is known", text)
-        self.assertIn("No wireless charger and no dock charger is online", text)
-        self.assertIn("Demo done: ", text.splitlines()[-1])
-        objects = self.parse(self.success(on_machine("", "get", "battery", "--json")))
-        self.assertEqual([o["value"] for o in objects], [None, None, False, False])
+        self.assertIn("** device: this machine has no battery",
+                      self.success(on_machine("", "watch", "battery", "--for", "1s")))
+        code, out, err = on_machine("", "get", "battery")
+        self.assertEqual(code, 3)
+        self.assertIn("battery level             unknown\n", out)
+        self.assertRegex(err, "^quorvel: this machine has no battery.*\n"
+                              "quorvel: unknown or not present: battery level, battery cycle count")
+        objects = self.parse(on_machine("", "get", "battery", "--json")[1])
+        self.assertEqual([o["value"] for o in objects if o["event"] == "reading"],
+                         [None, None, False, False])
+        self.assertEqual({o["device"] for o in objects}, {"linux"})
 
     def test_a_machine_with_a_battery_is_shown_as_it_is(self):
         objects = self.parse(self.success(
             on_machine(MACHINE, "watch", "battery", "--json", "--for", "1s")))
         self.assertEqual([self.values(objects, name) for name in PROPERTIES],
                          [[77], [123], [True], [False]])
-        text = self.success(on_machine(MACHINE, "demo", "--for", "1s"))
-        self.assertNotIn("No battery", text)
-        self.assertNotIn("No wireless charger", text)
+
+    def test_the_device_is_this_machine_unless_another_one_is_asked_for(self):
+        env = {key: value for key, value in os.environ.items() if key != "QUORVEL_DEVICE"}
+        for given, option, device in ((None, (), "linux"), ("simulated", (), "simulated"),
+                                      ("", (), "linux"), ("linux", ("--device", "simulated"),
+                                                          "simulated")):
+            added = {} if given is None else {"QUORVEL_DEVICE": given}
+            done = subprocess.run([QUORVEL, "watch", "battery", "--for", "10ms", *option],
+                                  env=env | added, capture_output=True, text=True, timeout=LIMIT)
+            self.assertEqual(done.stdout.splitlines()[0], f"Device: {device}")
+        code, _, err = run("dump", env=env | {"QUORVEL_DEVICE": "toaster"})
+        self.assertEqual(code, 2)
+        self.assertIn("QUORVEL_DEVICE: unknown 'toaster', use linux or simulated", err)
+
+    def test_text_fits_its_terminal_and_has_colours_there_only(self):
+        def lines(columns, **extra):
+            main, terminal = os.openpty()
+            process = start("watch", "thermal", "skin:skin", "bcl_current:AUDIO_current", "--for",
+                            "300ms", stdout=terminal,
+                            env=os.environ | {"COLUMNS": str(columns), "TERM": "xterm"} | extra)
+            os.close(terminal)
+            text = b""
+            with contextlib.suppress(OSError):  # the end of a terminal
+                while part := os.read(main, 4096):
+                    text += part
+            os.close(main)
+            self.assertEqual(finish(process)[0], 0)
+            return text.decode().splitlines()
+        self.assertIn("\033[1mNONE", "".join(lines(80)))
+        for columns in (40, 80):
+            plain = lines(columns, NO_COLOR="1")
+            self.assertNotIn("\033", "".join(plain))
+            self.assertLessEqual(max(map(len, plain)), columns)
+            text = " ".join(" ".join(plain).split())
+            self.assertIn("SKIN:skin unknown -> NONE", text)
+            self.assertIn("** the last one 1 more time", text)  # a registration for each
+
+    def test_a_recording_can_be_piped(self):
+        code, recording, err = run("record", "-", "--for", "300ms")
+        self.assertEqual((code, err), (0, ""))
+        self.assertEqual(json.loads(recording.splitlines()[0])["device"], "simulated")
+        process = start("play", "-", "--speed", "10", stdin=subprocess.PIPE)
+        process.stdin.write(recording)
+        self.assertIn("Playing standard input on a simulated phone", self.success(finish(process)))
+        process = start("play", "-", stdin=subprocess.PIPE)
+        process.stdin.write("{")
+        code, _, err = finish(process)
+        self.assertEqual(code, 1)
+        self.assertIn("quorvel: standard input:1: not JSON", err)
 
     def test_a_device_without_a_service_is_a_failure(self):
         code, out, err = run("get", "battery", program=QUORVEL_BARE)
@@ -497,9 +559,6 @@ class ToolTest(unittest.TestCase):
         self.assertIn("quorvel: the health service has not reported", err)
         self.assertIn("quorvel: the sensor service has not reported", err)
         self.assertIn("quorvel: the thermal service cannot be asked", err)
-        code, out, err = finish(self.bare_demo)
-        self.assertEqual(code, 1, err)
-        self.assertEqual(self.parse(out)[-1]["success"], False)
 
 
 if __name__ == "__main__":

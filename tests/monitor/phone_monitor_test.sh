@@ -31,13 +31,13 @@ hears() {
 expect 0 "battery level 61 %" "dock charger online" "wireless charger offline" -- get battery
 expect 0 "proximity 5 cm" "hinge angle 120 degrees" -- get sensors
 expect 0 "skin 38.5 degrees C" "cpu 40.0 degrees C" -- get temperatures skin cpu
-expect 1 "does not report all" -- get temperatures nowhere
+expect 3 "unknown or not present: nowhere" -- get temperatures nowhere
 expect 0 "NONE" -- get bcl
 hears "battery level +unknown +-> +61 %" watch battery
 # The library may have heard the sensor before it first calls its client.
 hears "hinge angle +(unknown|0 degrees) +-> +120 degrees" watch sensors
 hears "SKIN:skin +unknown +-> +LIGHT" watch thermal SKIN:skin
-expect 0 "Watching the sensors of the device 'phone'." -- watch --for=1ms sensors
+expect 0 "Device: phone" "Watching the sensors." -- watch --for=1ms sensors
 expect 0 "linked to services = T" -- dump
 expect 0 "battery_level 61 % health service" "SKIN:skin 38.5 degrees C, LIGHT thermal service" -- list
 expect 0 "services: health up, sensor up, thermal up" "SKIN:skin 38.5 C, LIGHT" -- status

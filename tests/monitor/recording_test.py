@@ -259,7 +259,7 @@ class RecordingTest(unittest.TestCase):
                              {"expect": {"called": "proximity", "value": 5}})
         out = self.output(run("play", path, "--step", stdin=subprocess.DEVNULL), 1)
         self.assertIn("the input ended before this was played", out.splitlines()[-1])
-        self.assertIn("a [2J b", out)
+        self.assertIn("a\\x1b[2J\\x0ab", out)
         # The demo notices a wrong value as well.
         story = (DOCS / "examples" / "demo.jsonl").read_text(encoding="utf-8")
         wrong = story.replace('"battery_level", "value": 52', '"battery_level", "value": 99, "within": 1')

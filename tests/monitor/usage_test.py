@@ -20,7 +20,7 @@ QUORVEL = os.path.abspath(sys.argv[1])
 ROOT = pathlib.Path(sys.argv[2]).resolve()
 COMPLETIONS = ROOT / "packaging/completions"
 ENVIRONMENT = {**os.environ, "PATH": f"{os.path.dirname(QUORVEL)}:{os.environ['PATH']}",
-               "COLUMNS": "500"}  # an entry of the help is one line
+               "COLUMNS": "500", "QUORVEL_DEVICE": "simulated"}  # an entry of the help is one line
 LIMIT = 60  # seconds; only a broken monitor meets it
 
 # Operands by their word in the help, and values of options.
@@ -121,7 +121,7 @@ class UsageTest(unittest.TestCase):
     def test_the_help_lists_the_types_of_the_header(self):
         header = (ROOT / "include/quorvel.h").read_text()
         types = re.findall(r"^  QUORVEL_THERMAL_TYPE_(\w+) = \d+", header, re.MULTILINE)
-        listed = HELP.split("\nTYPE is one of ")[1].split(".\n")[0]
+        listed = HELP.split("\nTYPE is one of ")[1].split(". ")[0]
         self.assertEqual(re.split(r",\s", listed), types)
         for shell in SHELLS:
             self.assertLessEqual({f"{name}:" for name in types},
@@ -156,7 +156,13 @@ class UsageTest(unittest.TestCase):
                                      {f"{folder}/day.jsonl"})
 
     def test_the_manual_page_has_every_command_and_option(self):
-        page = quorvel("--man").stdout
+        lists = quorvel("--man").stdout
+        page = (ROOT / "docs/man/quorvel.1").read_text().replace('.\\" LISTS\n', lists)
+        self.assertIn(lists, page)
+        if shutil.which("mandoc"):
+            done = subprocess.run(["mandoc", "-Tlint", "-Wwarning"], input=page, text=True,
+                                  capture_output=True)
+            self.assertEqual((done.returncode, done.stdout), (0, ""))
         commands = re.findall(r"^\.It Ic (\w+)(?: Cm (\w+))?(?: Ar (.*))?$", page, re.MULTILINE)
         self.assertEqual([" ".join(filter(None, command)) for command in commands], COMMANDS)
         self.assertEqual({"--" + name for name in re.findall(r"^\.It Fl -([a-z]+)", page,

@@ -35,7 +35,8 @@ WORDS = {
     "stand-in": "say 'fake platform'",
     "device tree": "say 'Android source tree' or 'fake sysfs'",
 }
-PLACES = ["include", "src", "host", "bench", "docs", "examples", "packaging", "cmake", "dev", "Android.bp",
+PLACES = ["include", "src", "host", "monitor", "tests", "bench", "docs", "examples", "packaging", "cmake",
+          "dev", "Android.bp",
           "CMakeLists.txt", "README.md", "CONTRIBUTING.md", "SECURITY.md"]
 # Texts that are fixed elsewhere: the file and the line, without the spaces around it.
 EXEMPT: set[tuple[str, str]] = set()
