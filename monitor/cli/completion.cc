@@ -60,12 +60,9 @@ class Candidates {
   const std::string_view stem_;
 };
 
-// Null when there is none.
+// Null for what is no long option.
 const Option* FindOption(std::string_view word) {
-  for (const Option& option : AllOptions()) {
-    if (word == "--" + std::string(option.name)) return &option;
-  }
-  return nullptr;
+  return word.starts_with("--") ? OptionNamed(word.substr(2)) : nullptr;
 }
 
 // What stands before the word that is being typed.
