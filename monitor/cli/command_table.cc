@@ -171,6 +171,13 @@ std::span<const Option> AllOptions() {
   return kOptions;
 }
 
+const Option* OptionNamed(std::string_view name) {
+  for (const Option& option : AllOptions()) {
+    if (option.name == name) return &option;
+  }
+  return nullptr;
+}
+
 const DeviceType& DeviceNamed(std::string_view name, const std::string& source) {
   std::vector<std::string> names;
   for (const DeviceType& type : DeviceTypes()) {

@@ -50,6 +50,8 @@ void ForEachCommand(const Visitor& visit) {
   for (const Command& command : SimulationCommands()) visit(command);
 }
 
+// Null when there is none.
+const Option* OptionNamed(std::string_view name);
 // Throws UsageError. `source` is the option or variable that names the device.
 const DeviceType& DeviceNamed(std::string_view name, const std::string& source);
 // "watch thermal TYPE:NAME..."

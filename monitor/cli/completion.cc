@@ -95,10 +95,7 @@ const DeviceType& DeviceOf(std::span<const std::string> words) {
 
 // Null when there is none.
 const Option* FindOption(std::string_view word) {
-  for (const Option& option : AllOptions()) {
-    if (word == "--" + std::string(option.name)) return &option;
-  }
-  return nullptr;
+  return word.starts_with("--") ? OptionNamed(word.substr(2)) : nullptr;
 }
 
 // What stands before the word that is being typed.

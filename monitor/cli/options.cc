@@ -179,7 +179,8 @@ Options ParseOptions(int argc, char** argv) {
   CheckOperands(*options.command, words);
   CheckOptions(*options.command, given);
   options.operands = std::move(words);
-  if (options.device == nullptr) options.device = &DefaultDevice();
+  const bool has_device = Takes(*options.command, *OptionNamed("device"));
+  if (has_device && options.device == nullptr) options.device = &DefaultDevice();
   return options;
 }
 

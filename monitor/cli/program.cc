@@ -72,8 +72,7 @@ int Run(int argc, char** argv) {
   } else if (options.version) {
     output->Explain(Version());
   } else {
-    const bool has_device = Takes(*options.command, *AllOptions().data());
-    if (has_device) output->SetDevice(options.device->name);
+    if (options.device != nullptr) output->SetDevice(options.device->name);
     exit_code = options.command->run(options, *output);
   }
   if (const int error = output->lines().error()) {

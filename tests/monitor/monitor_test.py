@@ -149,15 +149,11 @@ class ToolTest(unittest.TestCase):
         return [o["new"]["level"] for o in changes]
 
     def test_help_and_version_go_to_standard_output(self):
-        text = self.success(run("--help"))
-        for word in ("watch battery", "get battery", "watch sensors", "get sensors",
-                     "watch thermal TYPE:NAME...", "get temperatures NAME...", "get bcl", "dump",
-                     "demo", "record FILE", "play FILE", "plot FILE", "--speed", "simulated",
-                     "linux", "Exit code"):
-            self.assertIn(word, text)
+        text = self.success(run("help"))
+        self.assertIn("Exit codes:", text)
         self.assertEqual(self.success(run("-h", "--json")), text)
-        self.assertIn("watch thermal TYPE:NAME...", self.success(run("--json", "watch", "-h")))
-        self.assertRegex(self.success(run("--version")), r"^quorvel \d+\.\d+\.\d+\n$")
+        for option in ("--version", "-V"):
+            self.assertRegex(self.success(run(option)), r"^quorvel \d+\.\d+\.\d+\n$")
 
     def test_a_wrong_command_line_is_one_line_and_exit_code_2(self):
         for args, complaint in {
@@ -503,6 +499,7 @@ class ToolTest(unittest.TestCase):
         code, _, err = run("dump", env=env | {"QUORVEL_DEVICE": "toaster"})
         self.assertEqual(code, 2)
         self.assertIn("QUORVEL_DEVICE: unknown 'toaster', use linux or simulated", err)
+        self.assertEqual(run("play", "none", env=env | {"QUORVEL_DEVICE": "toaster"})[0], 1)
 
     def test_text_fits_its_terminal_and_has_colours_there_only(self):
         def lines(columns, **extra):

@@ -78,10 +78,12 @@ if [ -x "$prefix/bin/quorvel" ]; then
   [[ $("$prefix/bin/quorvel" --version) = "quorvel $wanted".* ]] || fail "quorvel is not $wanted"
   "$prefix/bin/quorvel" get battery --device simulated | grep -q "battery level" || fail "quorvel does not work"
   documents=$prefix/share/doc/quorvel
-  for document in $("$prefix/bin/quorvel" --help | grep -o 'docs/[a-z./]*[a-z]') \
+  for document in $("$prefix/bin/quorvel" --man | grep -o 'docs/[a-z./]*[a-z]') \
     host/linux_machine/README.md; do
     [ -f "$documents/$document" ] || fail "the help points to $document, which is not there"
   done
+  gzip -cdf "$prefix"/share/man/man1/quorvel.1* | grep -q '^\.It Fl -json' ||
+    fail "the manual page lacks the options"
   "$prefix/bin/quorvel" play "$documents/docs/examples/crash.jsonl" --speed 100 >/dev/null 2>&1 ||
     fail "an example cannot be played"
 fi
