@@ -63,11 +63,14 @@ int Record(const Options& options, Output& output) {
   // What is refused keeps nobody from recording all the rest.
   if (refused) Complain(kRefusal);
   LetLive(session, EndOf(options));
+  const int event_count = recorder.event_count();
+  // Its time is the recording's length.
+  recorder.NoteAct(Narration{.text = "The recording ends."});
   if (!recorder.failure().empty()) {
     Complain(recorder.failure());
     return EXIT_FAILURE;
   }
-  output.Explain("Recorded " + Counted(recorder.event_count(), "event") + " in " +
+  output.Explain("Recorded " + Counted(event_count, "event") + " in " +
                  options.operands.front() + ".");
   return refused ? EXIT_FAILURE : EXIT_SUCCESS;
 }

@@ -6,6 +6,8 @@
 #include <stdio.h>
 #include <time.h>
 
+#include <string_view>
+
 namespace norvik::qel::monitor {
 
 namespace {
@@ -43,6 +45,18 @@ std::string Iso8601(WallTime time) {
   snprintf(text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02d.%03dZ", utc.tm_year + 1900,
            utc.tm_mon + 1, utc.tm_mday, utc.tm_hour, utc.tm_min, utc.tm_sec, instant.milliseconds);
   return text;
+}
+
+std::optional<WallTime> ParseIso8601(const std::string& text) {
+  tm utc = {};
+  const char* rest = strptime(text.c_str(), "%Y-%m-%dT%H:%M:%S", &utc);
+  if (rest == nullptr) return std::nullopt;
+  WallTime time = std::chrono::system_clock::from_time_t(timegm(&utc));
+  if (*rest == '.') {
+    std::chrono::nanoseconds unit(100'000'000);
+    for (++rest; *rest >= '0' && *rest <= '9'; ++rest, unit /= 10) time += unit * (*rest - '0');
+  }
+  return std::string_view(rest) == "Z" ? std::optional(time) : std::nullopt;
 }
 
 }  // namespace norvik::qel::monitor

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <chrono>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -75,6 +76,7 @@ struct RecordedEvent {
 struct Recording {
   std::string name;    // of the file
   std::string device;  // empty when the file does not say
+  std::optional<WallTime> began = {};
   std::vector<RecordedEvent> events;
 };
 

@@ -35,7 +35,13 @@ int ReadHeader(const RecordingLine& line, Recording& recording) {
                     std::to_string(kRecordingVersion));
   }
   if (fields.Has("device")) recording.device = fields.Text("device");
-  if (fields.Has("began")) fields.Text("began");
+  if (fields.Has("began")) {
+    const std::string began = fields.Text("began");
+    recording.began = ParseIso8601(began);
+    if (!recording.began) {
+      throw LineError("'began' is '" + began + "', use a time such as 2026-11-21T10:00:03.120Z");
+    }
+  }
   fields.CheckAllTaken();
   return version;
 }
