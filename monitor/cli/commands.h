@@ -27,7 +27,9 @@ int Dump(const Options& options, Output& output);
 int Demo(const Options& options, Output& output);
 int Play(const Options& options, Output& output);
 int Plot(const Options& options, Output& output);
+int Export(const Options& options, Output& output);
 int Record(const Options& options, Output& output);
+int Help(const Options& options, Output& output);
 
 // One line on standard error, whatever the text holds.
 void Complain(std::string text);

@@ -3,162 +3,175 @@
 
 #include "cli/options.h"
 
-#include <algorithm>
-#include <optional>
-#include <string>
-#include <string_view>
-#include <vector>
+#include <getopt.h>
 
-#include "cli/decimal.h"
-#include "cli/duration.h"
-#include "cli/words.h"
+#include <algorithm>
+#include <set>
+
+#include "cli/command_table.h"
 
 namespace norvik::qel::monitor {
 
 namespace {
 
-// The entry of that name; otherwise the error lists the names there are.
-template <typename Entry>
-const Entry& Find(std::span<const Entry> entries, std::string_view name, const std::string& where) {
-  std::string names;
-  for (const Entry& entry : entries) {
-    if (entry.name == name) return entry;
-    names += (names.empty() ? "" : " or ") + std::string(entry.name);
+// What getopt_long() returns for an option: its place in the table, above all letters.
+constexpr int kFirst = 256;
+
+std::vector<option> LongOptions() {
+  std::vector<option> options;
+  int place = kFirst;
+  for (const Option& entry : AllOptions()) {
+    const int has_arg = entry.value.empty() ? no_argument : required_argument;
+    options.push_back(
+        {.name = entry.name.data(), .has_arg = has_arg, .flag = nullptr, .val = place++});
   }
-  const std::string wrong =
-      name.empty() ? "a name is missing" : "unknown '" + std::string(name) + "'";
-  throw UsageError(where + ": " + wrong + ", use " + names);
+  options.push_back({});
+  return options;
 }
 
-Options::Command FindCommand(const std::string& name) {
-  if (name.empty()) {
-    throw UsageError(std::string("a command is missing, use ") + kCommandNames);
+// A ":" in front reports a missing value as ":".
+std::string Letters() {
+  std::string letters = ":";
+  for (const Option& entry : AllOptions()) {
+    if (entry.letter != 0) letters += entry.letter;
   }
-  if (name == "watch") return Options::Command::kWatch;
-  if (name == "get") return Options::Command::kGet;
-  if (name == "dump") return Options::Command::kDump;
-  if (name == "demo") return Options::Command::kDemo;
-  if (name == "play") return Options::Command::kPlay;
-  if (name == "plot") return Options::Command::kPlot;
-  return Options::Command::kRecord;
+  return letters;
 }
 
-// `name` is the command's, whose families they are.
-const Family& FindFamily(std::span<const Family> families, const Words& words,
-                         const std::string& name) {
-  const Family& family = Find(families, words.family, name);
-  const std::string where = name + " " + words.family + ": ";
-  if (family.operand.empty() && !words.operands.empty()) {
-    throw UsageError(where + "'" + words.operands.front() + "' is too much");
+// Null for what is no option.
+const Option* OptionOf(int result) {
+  for (const Option& entry : AllOptions()) {
+    const auto place = &entry - AllOptions().data() + kFirst;
+    if (result == place || (entry.letter != 0 && result == entry.letter)) return &entry;
   }
-  const bool complete = std::none_of(words.operands.begin(), words.operands.end(),
-                                     [](const std::string& operand) { return operand.empty(); });
-  if (!family.operand.empty() && (words.operands.empty() || !complete)) {
-    throw UsageError(where + "a name is missing, give one or more " + std::string(family.operand));
-  }
-  return family;
+  return nullptr;
 }
 
-// Of a command that takes one and nothing else.
-void CheckFile(const Words& words, const std::string& command) {
-  if (words.operands.empty() || words.operands.front().empty()) {
-    throw UsageError(command + ": the name of a file is missing");
+[[noreturn]] void RefuseMissingValue(const Option& entry) {
+  throw UsageError("--" + std::string(entry.name) + ": the value is missing, give a " +
+                   std::string(entry.value));
+}
+
+[[noreturn]] void RefuseOption(int result, char** argv) {
+  const Option* const entry = OptionOf(optopt);
+  if (entry != nullptr && result == ':') RefuseMissingValue(*entry);
+  std::string word = argv[optind - 1];
+  if (entry != nullptr && word.starts_with("--")) {
+    throw UsageError("--" + std::string(entry->name) + " takes no value, remove '" +
+                     word.substr(word.find('=')) + "'");
   }
-  if (words.operands.size() > 1) {
-    throw UsageError(command + ": '" + words.operands[1] + "' is too much");
+  // Of several letters in a word only the wrong one is known.
+  if (optopt != 0 && !word.starts_with("--")) word = {'-', static_cast<char>(optopt)};
+  throw UsageError("unknown option '" + word + "'");
+}
+
+void CheckChoice(const Option& entry, const std::string& value) {
+  if (entry.value.find('|') == std::string_view::npos) return;
+  const std::string choices = "|" + std::string(entry.value) + "|";
+  if (!value.empty() && choices.find("|" + value + "|") != std::string::npos) return;
+  std::string names(entry.value);
+  std::replace(names.begin(), names.end(), '|', ' ');
+  throw UsageError("--" + std::string(entry.name) + ": unknown '" + value + "', use one of " +
+                   names);
+}
+
+// A table of names for the message; each once.
+template <typename Name>
+std::string NamesOf(const Name& name) {
+  std::vector<std::string> names;
+  ForEachCommand([&](const Command& command) {
+    const std::string found(name(command));
+    if (!found.empty() && std::count(names.begin(), names.end(), found) == 0) {
+      names.push_back(found);
+    }
+  });
+  return Enumerated(names, "or");
+}
+
+// `words`: the command line without its options. What belongs to the command is removed.
+const Command& TakeCommand(std::vector<std::string>& words) {
+  const auto all_names = [] { return NamesOf([](const Command& entry) { return entry.name; }); };
+  if (words.empty()) throw UsageError("a command is missing, use " + all_names());
+  const std::string name = words.front();
+  words.erase(words.begin());
+  const std::string family = words.empty() ? "" : words.front();
+  const Command* found = nullptr;
+  bool is_known = false;
+  ForEachCommand([&](const Command& entry) {
+    if (entry.name != name) return;
+    is_known = true;
+    if (entry.family.empty() || entry.family == family) found = &entry;
+  });
+  if (!is_known) throw UsageError("unknown command '" + name + "', use " + all_names());
+  if (found == nullptr) {
+    throw UsageError(
+        name + ": " + (family.empty() ? "a name is missing" : "unknown '" + family + "'") +
+        ", use " +
+        NamesOf([&](const Command& entry) { return entry.name == name ? entry.family : ""; }));
+  }
+  if (!found->family.empty()) words.erase(words.begin());
+  return *found;
+}
+
+void CheckOperands(const Command& command, const std::vector<std::string>& operands) {
+  const std::string_view wanted = command.operands;
+  const std::string where = std::string(command.name) +
+                            (command.family.empty() ? "" : " " + std::string(command.family)) +
+                            ": ";
+  const bool is_optional = wanted.starts_with('[');
+  const bool is_list = wanted.find("...") != std::string_view::npos;
+  const size_t most = wanted.empty() ? 0 : is_list ? operands.size() : 1;
+  if (operands.size() > most) {
+    throw UsageError(where + "unexpected argument '" + operands[most] + "'");
+  }
+  const bool is_missing = !wanted.empty() && !is_optional && operands.empty();
+  if (is_missing || std::count(operands.begin(), operands.end(), "") > 0) {
+    throw UsageError(where + std::string(wanted) + " is missing");
   }
 }
 
-double FindSpeed(const std::string& text) {
-  constexpr double kHighest = 1e6;
-  const std::optional<double> speed = ParseDecimal(text);
-  if (speed && *speed > 0 && *speed <= kHighest) return *speed;
-  throw UsageError("--speed: '" + text +
-                   "' is no speed, use a number above 0 such as 0.5 or 10, at most 1000000");
-}
-
-void SetUpPlay(const Words& words, Options& options) {
-  CheckFile(words, "play");
-  if (words.speed && words.step) throw UsageError("--step: it knows no --speed");
-  if (words.speed) options.speed = FindSpeed(*words.speed);
-  options.step = words.step;
-}
-
-void SetUpPlot(const Words& words, Options& options) {
-  CheckFile(words, "plot");
-  const std::string output = words.output.value_or("");
-  if (output.empty()) throw UsageError("plot: --output FILE is missing");
-  if (!output.ends_with(".svg") && !output.ends_with(".png")) {
-    throw UsageError("--output: '" + output + "' ends neither with .svg nor with .png");
+void CheckOptions(const Command& command, const std::set<const Option*>& given) {
+  for (const Option* entry : given) {
+    if (Takes(command, *entry)) continue;
+    std::vector<std::string> taken;
+    for (const Option& other : AllOptions()) {
+      if (Takes(command, other)) taken.push_back("--" + std::string(other.name));
+    }
+    throw UsageError(std::string(command.name) + " does not take --" + std::string(entry->name) +
+                     ", only " + Enumerated(taken, "and"));
   }
-  options.output = output;
-}
-
-void CheckAreForTheirCommands(const Words& words, Options::Command command) {
-  using Command = Options::Command;
-  if (words.speed && command != Command::kPlay) throw UsageError("--speed: only play takes it");
-  if (words.step && command != Command::kPlay) throw UsageError("--step: only play takes it");
-  if (words.output && command != Command::kPlot) throw UsageError("--output: only plot takes it");
-  const bool is_for_a_file = command == Command::kPlay || command == Command::kPlot;
-  if (is_for_a_file && words.device) {
-    throw UsageError("--device: what a recording tells comes from no other device");
-  }
-}
-
-void SetUpRecording(const Words& words, Options& options) {
-  const bool is_beside =
-      options.command == Options::Command::kDemo || options.command == Options::Command::kPlay;
-  if (words.record) {
-    if (!is_beside) throw UsageError("--record: only demo and play take it");
-    if (words.record->empty()) throw UsageError("--record: the name of a file is missing");
-    options.record = *words.record;
-  }
-  if (!words.force) return;
-  if (options.command != Options::Command::kRecord && options.record.empty()) {
-    throw UsageError("--force: nothing is to be recorded");
-  }
-  options.existing = ExistingFile::kOverwrite;
-}
-
-std::chrono::milliseconds FindDuration(const std::string& text, Options::Command command) {
-  using Command = Options::Command;
-  if (command != Command::kWatch && command != Command::kDemo && command != Command::kRecord) {
-    throw UsageError("--for: only watch, demo and record take it");
-  }
-  const auto duration = ParseDuration(text);
-  if (!duration) {
-    throw UsageError("--for: '" + text + "' is no duration, use one such as 500ms, 10s or 2m");
-  }
-  return *duration;
 }
 
 }  // namespace
 
 Options ParseOptions(int argc, char** argv) {
-  const Words words = ParseWords(argc, argv);
   Options options;
-  options.json = words.json;
-  options.verbose = words.verbose;
-  if (words.help || words.version) {
-    options.command = words.help ? Options::Command::kHelp : Options::Command::kVersion;
-    options.help_of = words.command;
+  std::set<const Option*> given;
+  const std::vector<option> long_options = LongOptions();
+  const std::string letters = Letters();
+  opterr = 0;  // errors are reported here
+  while (true) {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): there is no other thread yet
+    const int result = getopt_long(argc, argv, letters.c_str(), long_options.data(), nullptr);
+    if (result == -1) break;
+    const Option* const entry = OptionOf(result);
+    if (entry == nullptr) RefuseOption(result, argv);
+    const std::string value = entry->value.empty() ? "" : optarg;
+    if (value.empty() && !entry->value.empty()) RefuseMissingValue(*entry);
+    CheckChoice(*entry, value);
+    entry->set(value, options);
+    given.insert(entry);
+  }
+  std::vector<std::string> words(argv + optind, argv + argc);
+  if (options.help || options.version) {
+    options.operands = std::move(words);
     return options;
   }
-  options.command = FindCommand(words.command);
-  options.device =
-      words.device ? &Find(DeviceTypes(), *words.device, "--device") : DeviceTypes().data();
-  if (options.command == Options::Command::kWatch) {
-    options.family = &FindFamily(WatchedFamilies(), words, "watch");
-  } else if (options.command == Options::Command::kGet) {
-    options.family = &FindFamily(AskedFamilies(), words, "get");
-  }
-  if (options.command == Options::Command::kRecord) CheckFile(words, "record");
-  if (options.command == Options::Command::kPlay) SetUpPlay(words, options);
-  if (options.command == Options::Command::kPlot) SetUpPlot(words, options);
-  CheckAreForTheirCommands(words, options.command);
-  SetUpRecording(words, options);
-  options.operands = words.operands;
-  if (words.duration) options.duration = FindDuration(*words.duration, options.command);
+  options.command = &TakeCommand(words);
+  CheckOperands(*options.command, words);
+  CheckOptions(*options.command, given);
+  options.operands = std::move(words);
+  if (options.device == nullptr) options.device = DeviceTypes().data();
   return options;
 }
 

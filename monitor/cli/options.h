@@ -10,37 +10,39 @@
 #include <string>
 #include <vector>
 
-#include "cli/families.h"
 #include "clients/device.h"
 
 namespace norvik::qel::monitor {
 
-// What becomes of a file that is to be written and exists.
+struct Command;
+
+// What happens to an existing file that is to be written.
 enum class ExistingFile { kRefuse, kOverwrite };
 
 struct Options {
-  enum class Command { kHelp, kVersion, kWatch, kGet, kDump, kDemo, kRecord, kPlay, kPlot };
-  Command command = Command::kHelp;
-  std::string help_of = {};                // a command that help is wanted of; may be empty
-  const Family* family = nullptr;          // for watch and get
-  std::vector<std::string> operands = {};  // of the family; the file of record, play and plot
+  const Command* command = nullptr;
+  std::vector<std::string> operands = {};  // what follows the command and its family
   const DeviceType* device = nullptr;
+  bool help = false;
+  bool version = false;
   bool json = false;
   bool verbose = false;
-  std::optional<std::chrono::milliseconds> duration;
-  std::string record = {};  // the file that a recording goes into beside; may be empty
+  std::optional<std::chrono::milliseconds> duration = {};
+  std::string record = {};  // the file for a recording beside the output; empty: none
   ExistingFile existing = ExistingFile::kRefuse;
-  double speed = 1;  // of play
+  std::optional<double> speed = {};
   bool step = false;
-  std::string output = {};  // of plot
+  std::string output = {};
+  std::string to = {};  // the format of export
 };
 
-// The user has asked for something that there is not; the text says what is wrong.
+// The command line is wrong. The text says what is wrong and what is accepted.
 class UsageError : public std::runtime_error {
  public:
   using runtime_error::runtime_error;
 };
 
+// Throws UsageError. With --help or --version no command is needed.
 Options ParseOptions(int argc, char** argv);
 
 }  // namespace norvik::qel::monitor

@@ -12,6 +12,7 @@
 namespace norvik::qel::monitor {
 
 int Play(const Options& options, Output& output) {
+  if (options.speed && options.step) throw UsageError("--step cannot be combined with --speed");
   const std::string& path = options.operands.front();
   const Recording recording = ReadRecording(path);
   const std::string pace = options.step ? ", an event at each Enter." : ".";

@@ -16,12 +16,13 @@ namespace norvik::qel::monitor {
 
 int Plot(const Options& options, Output& output) {
   const std::string& path = options.operands.front();
+  if (options.output.empty()) throw UsageError("plot: --output FILE is missing");
+  if (!options.output.ends_with(".svg") && !options.output.ends_with(".png")) {
+    throw UsageError("--output: '" + options.output + "' ends neither with .svg nor with .png");
+  }
   const Recording recording = ReadRecording(path);
-  const std::string name = path.substr(path.rfind('/') + 1);
-  const std::string title =
-      recording.device.empty() ? name : name + ": the device '" + recording.device + "'";
   const PlotFormat format = options.output.ends_with(".svg") ? PlotFormat::kSvg : PlotFormat::kPng;
-  const std::string script = PlotScript(MakeTimeline(recording), title, format);
+  const std::string script = PlotScript(MakeTimeline(recording), TitleOf(recording), format);
   if (script.empty()) throw std::runtime_error(path + " holds nothing that could be drawn");
   WriteFile(options.output, RunGnuplot(script));
   output.Explain("Drawn into " + options.output + ".");

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
+// quorvel: a client of the library, for people and programs to see what the library reports.
 #include "cli/program.h"
 
 #include <fcntl.h>
@@ -10,9 +11,12 @@
 
 #include <algorithm>
 #include <exception>
+#include <locale>
 #include <system_error>
 
+#include "cli/command_table.h"
 #include "cli/commands.h"
+#include "output/output.h"
 #include "quorvel.h"
 
 namespace norvik::qel::monitor {
@@ -22,12 +26,12 @@ void Complain(std::string text) {
   fprintf(stderr, "quorvel: %s\n", text.c_str());
 }
 
+namespace {
+
 std::string Version() {
   return "quorvel " + std::to_string(QUORVEL_VERSION_MAJOR) + "." +
          std::to_string(QUORVEL_VERSION_MINOR) + "." + std::to_string(QUORVEL_VERSION_PATCH);
 }
-
-namespace {
 
 bool IsOpen(int fd) {
   return fcntl(fd, F_GETFD) >= 0;
@@ -42,18 +46,35 @@ void FillStandardDescriptors() {
   }
 }
 
-int Run(const Program& program, int argc, char** argv) {
+int Run(int argc, char** argv) {
   if (!IsOpen(STDOUT_FILENO)) {
     Complain("standard output is closed");
     return EXIT_FAILURE;
   }
   FillStandardDescriptors();
-  // A reader that leaves is noticed at the next line; it is no reason to die.
+  // A reader that leaves is noticed at the next line.
   signal(SIGPIPE, SIG_IGN);
-  signal(SIGXFSZ, SIG_IGN);  // and a file that must not grow is an error to tell
-  const Options options = program.parse(argc, argv);
-  const std::unique_ptr<Output> output = program.make_output(options);
-  const int exit_code = program.run(options, *output);
+  signal(SIGXFSZ, SIG_IGN);  // a file that must not grow is an error to report
+  const std::vector<std::string> words(argv + 1, argv + argc);
+  if (!words.empty() && words.front() == "--complete") {
+    PrintCompletions(std::span(words).subspan(1));
+    return EXIT_SUCCESS;
+  }
+  if (words == std::vector<std::string>{"--man"}) {
+    fputs(ManualLists().c_str(), stdout);
+    return EXIT_SUCCESS;
+  }
+  const Options options = ParseOptions(argc, argv);
+  const bool is_for_people = options.help || options.version;
+  const auto output = options.json && !is_for_people ? MakeJsonOutput() : MakeTextOutput();
+  int exit_code = EXIT_SUCCESS;
+  if (options.help) {
+    exit_code = Help(options, *output);
+  } else if (options.version) {
+    output->Explain(Version());
+  } else {
+    exit_code = options.command->run(options, *output);
+  }
   if (const int error = output->lines().error()) {
     Complain("cannot write: " + std::generic_category().message(error));
     return EXIT_FAILURE;
@@ -63,9 +84,13 @@ int Run(const Program& program, int argc, char** argv) {
 
 }  // namespace
 
-int RunProgram(const Program& program, int argc, char** argv) {
+}  // namespace norvik::qel::monitor
+
+int main(int argc, char** argv) {
+  using namespace norvik::qel::monitor;
+  std::locale::global(std::locale::classic());  // numbers in JSON have a point
   try {
-    return Run(program, argc, argv);
+    return Run(argc, argv);
   } catch (const UsageError& error) {
     Complain(std::string(error.what()) + " (see quorvel --help)");
     return kExitUsage;
@@ -74,5 +99,3 @@ int RunProgram(const Program& program, int argc, char** argv) {
     return EXIT_FAILURE;
   }
 }
-
-}  // namespace norvik::qel::monitor

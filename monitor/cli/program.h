@@ -1,27 +1,21 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What the monitor of a host and that of a phone have in common as programs.
+// The program around its commands.
 #pragma once
 
-#include <memory>
+#include <span>
 #include <string>
-
-#include "cli/options.h"
-#include "output/output.h"
 
 namespace norvik::qel::monitor {
 
-struct Program {
-  Options (*parse)(int argc, char** argv);
-  std::unique_ptr<Output> (*make_output)(const Options& options);
-  int (*run)(const Options& options, Output& output);
-};
+// Prints what may stand in the place of the last word, a candidate a line, each with a tab and its
+// description; ":files" for the names of files. The shells' scripts in packaging/completions/ run
+// `quorvel --complete WORD...` for it.
+void PrintCompletions(std::span<const std::string> words);
 
-// Returns the program's exit code, whatever goes wrong.
-int RunProgram(const Program& program, int argc, char** argv);
-
-// "quorvel 1.2.3"
-std::string Version();
+// The commands, options, exit codes and so on in the markup of the manual page, for `quorvel
+// --man`.
+std::string ManualLists();
 
 }  // namespace norvik::qel::monitor

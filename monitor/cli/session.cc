@@ -31,7 +31,7 @@ std::string SilenceOf(std::string_view service) {
 Session::Session(const Options& options, Output& output, const Setup& setup)
     : output_(output),
       show_events_(setup.show_events),
-      family_(options.family),
+      service_(options.command->service),
       listener_(setup.listener),
       device_((setup.make_device ? setup.make_device : options.device->make)(
           [queue = events_](DeviceEvent event) { queue->Post(std::move(event)); })) {
@@ -72,8 +72,7 @@ bool Session::IsShown(const Event& event) const {
   const auto* const device_event = std::get_if<DeviceEvent>(&event.what);
   if (device_event != nullptr && device_event->kind == DeviceEvent::Kind::kReported) return false;
   // A service may say which of several kinds it is behind its name.
-  const bool is_foreign = device_event != nullptr && family_ != nullptr &&
-                          !device_event->service.starts_with(family_->service);
+  const bool is_foreign = device_event != nullptr && !device_event->service.starts_with(service_);
   return show_events_ && !is_foreign;
 }
 

@@ -12,7 +12,7 @@
 #include <string_view>
 #include <variant>
 
-#include "cli/options.h"
+#include "cli/command_table.h"
 #include "cli/stop_signals.h"
 #include "clients/device.h"
 #include "clients/event_queue.h"
@@ -35,7 +35,7 @@ class Session {
   using Clock = std::chrono::steady_clock;
 
   struct Setup {
-    bool show_events = true;  // those of the family in the options, or all
+    bool show_events = true;  // those of the command's service, or all
     // Hears of every event, shown or not. False: there is no use in going on.
     std::function<bool(const Event&)> listener = nullptr;
     // Instead of the device in the options.
@@ -76,7 +76,7 @@ class Session {
 
   Output& output_;
   const bool show_events_;
-  const Family* const family_;  // null: all
+  const std::string_view service_;  // empty: all
   const std::function<bool(const Event&)> listener_;
   StopSignals signals_;  // before the device, whose threads inherit the mask
   const std::shared_ptr<EventQueue> events_ = std::make_shared<EventQueue>();

@@ -27,14 +27,20 @@ Instant Split(WallTime time) {
 }  // namespace
 
 // Numbers only: strftime() with names of days or months would follow the locale.
-std::string TimeOfDay(WallTime time) {
+std::string LocalTime(WallTime time) {
   const Instant instant = Split(time);
   tm local = {};
   localtime_r(&instant.seconds, &local);
-  char text[64];
-  snprintf(text, sizeof text, "%02d:%02d:%02d.%03d", local.tm_hour, local.tm_min, local.tm_sec,
+  char text[96];
+  snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d.%03d", local.tm_year + 1900,
+           local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec,
            instant.milliseconds);
   return text;
+}
+
+std::string TimeOfDay(WallTime time) {
+  const std::string text = LocalTime(time);
+  return text.substr(text.find(' ') + 1);
 }
 
 std::string Iso8601(WallTime time) {

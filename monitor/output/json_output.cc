@@ -2,37 +2,35 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <chrono>
-#include <cmath>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <variant>
 
+#include "output/json.h"
 #include "output/output.h"
 
 namespace norvik::qel::monitor {
 
 namespace {
 
-// Keys in the order in which they are set: the time leads every line.
-using Json = nlohmann::ordered_json;
-
-Json ToJson(Severity severity) {
+Json::Value ToJson(Severity severity) {
   const auto name = NameOf(severity);
-  return {{"level", static_cast<int>(severity)}, {"name", name ? Json(*name) : Json()}};
+  Json::Value object;
+  object["level"] = static_cast<int>(severity);
+  object["name"] = name ? JsonText(*name) : Json::Value();
+  return object;
 }
 
-Json ToJson(const Value& value) {
+Json::Value ToJson(const Value& value) {
   if (const int* number = std::get_if<int>(&value)) return *number;
   if (const bool* online = std::get_if<bool>(&value)) return *online;
-  // Of a float that is written as a double everybody would see where it ends.
-  if (const float* number = std::get_if<float>(&value)) return std::round(*number * 1e3) / 1e3;
+  if (const float* number = std::get_if<float>(&value)) return JsonNumber(*number);
   if (const Severity* severity = std::get_if<Severity>(&value)) return ToJson(*severity);
   if (const Severities* several = std::get_if<Severities>(&value)) {
-    Json list = Json::array();
-    for (const Severity severity : *several) list.push_back(ToJson(severity));
+    Json::Value list(Json::arrayValue);
+    for (const Severity severity : *several) list.append(ToJson(severity));
     return list;
   }
-  return nullptr;
+  return {};
 }
 
 const char* EventName(DeviceEvent::Kind kind) {
@@ -55,8 +53,8 @@ const char* EventName(DeviceEvent::Kind kind) {
   return "notice";
 }
 
-Json Line(const char* event, WallTime time = std::chrono::system_clock::now()) {
-  return {{"time", Iso8601(time)}, {"event", event}};
+JsonLine Line(const char* event, WallTime time = std::chrono::system_clock::now()) {
+  return JsonLine().Add("time", Iso8601(time)).Add("event", event);
 }
 
 class JsonOutput : public Output {
@@ -66,62 +64,45 @@ class JsonOutput : public Output {
   }
 
   void ShowReading(const Property& property, const Value& value) override {
-    Json line = Line("reading");
-    line["property"] = property.key;
-    line["value"] = ToJson(value);
-    Write(line);
+    Write(Line("reading").Add("property", JsonText(property.key)).Add("value", ToJson(value)));
   }
 
   void ShowDump(std::string_view family, const std::string& text) override {
-    Json line = Line("dump");
-    line["family"] = family;
-    line["text"] = text;
-    Write(line);
+    Write(Line("dump").Add("family", JsonText(family)).Add("text", text));
   }
 
   void Explain(const std::string& /*text*/) override {}
-  void Heading(const std::string& text) override { WriteText("heading", text); }
-  void Say(const std::string& text) override { WriteText("narration", text); }
+  void Heading(const std::string& text) override { Write(Line("heading").Add("text", text)); }
+  void Say(const std::string& text) override { Write(Line("narration").Add("text", text)); }
 
   void Summary(bool success, const std::string& text, const Observed& observed) override {
-    Json line = Line("summary");
-    line["success"] = success;
-    line["callbacks"] = observed.callbacks();
-    line["deaths"] = observed.count(DeviceEvent::Kind::kServiceDied, kHealthService);
-    line["thermal_deaths"] = observed.count(DeviceEvent::Kind::kServiceDied, kThermalService) +
-                             observed.count(DeviceEvent::Kind::kServiceDied, kHidlThermalService);
-    line["relinks"] = observed.relinks();
-    line["refusals"] = observed.count(DeviceEvent::Kind::kCallRefused, kHealthService);
-    line["text"] = text;
-    Write(line);
+    using Kind = DeviceEvent::Kind;
+    Write(Line("summary")
+              .Add("success", success)
+              .Add("callbacks", observed.callbacks())
+              .Add("deaths", observed.count(Kind::kServiceDied, kHealthService))
+              .Add("thermal_deaths", observed.count(Kind::kServiceDied, kThermalService) +
+                                         observed.count(Kind::kServiceDied, kHidlThermalService))
+              .Add("relinks", observed.relinks())
+              .Add("refusals", observed.count(Kind::kCallRefused, kHealthService))
+              .Add("text", text));
   }
 
  private:
-  static Json Describe(const ValueChange& change, WallTime time) {
-    Json line = Line("value", time);
-    line["property"] = change.property->key;
-    line["old"] = ToJson(change.old_value);
-    line["new"] = ToJson(change.new_value);
+  static JsonLine Describe(const ValueChange& change, WallTime time) {
+    return Line("value", time)
+        .Add("property", JsonText(change.property->key))
+        .Add("old", ToJson(change.old_value))
+        .Add("new", ToJson(change.new_value));
+  }
+
+  static JsonLine Describe(const DeviceEvent& event, WallTime time) {
+    JsonLine line = Line(EventName(event.kind), time).Add("service", event.service);
+    if (!event.detail.empty()) line.Add("detail", event.detail);
     return line;
   }
 
-  static Json Describe(const DeviceEvent& event, WallTime time) {
-    Json line = Line(EventName(event.kind), time);
-    line["service"] = event.service;
-    if (!event.detail.empty()) line["detail"] = event.detail;
-    return line;
-  }
-
-  void WriteText(const char* event, const std::string& text) {
-    Json line = Line(event);
-    line["text"] = text;
-    Write(line);
-  }
-
-  void Write(const Json& line) {
-    // Bytes that are no UTF-8 are replaced: a device's text must not end the program.
-    lines_.Write(line.dump(-1, ' ', false, Json::error_handler_t::replace));
-  }
+  void Write(const JsonLine& line) { lines_.Write(line.text()); }
 };
 
 }  // namespace

@@ -6,6 +6,8 @@
 
 #include <android/binder_process.h>
 
+#include "cli/command_table.h"
+
 namespace norvik::qel::monitor {
 
 namespace {
@@ -27,6 +29,10 @@ std::span<const DeviceType> DeviceTypes() {
        .tells = false},
   };
   return kTypes;
+}
+
+std::span<const Command> SimulationCommands() {
+  return {};
 }
 
 }  // namespace norvik::qel::monitor

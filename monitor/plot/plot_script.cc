@@ -7,15 +7,16 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <map>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "cli/decimal.h"
 #include "clients/subjects.h"
 #include "clients/value.h"
+#include "output/printable.h"
 
 namespace norvik::qel::monitor {
 
@@ -34,11 +35,9 @@ constexpr char kBar[] = "1:3:1:2:($3-.36):($3+.36) with boxxyerror";
 constexpr char kDeath[] =
     "1:(L):1:2:(L):(H) with boxxyerror fs transparent solid .2 border rgb '#cc0000'";
 
-// The point is a point in every locale; NaN leaves a gap.
+// NaN leaves a gap.
 std::string Number(double number) {
-  if (!std::isfinite(number)) return "NaN";
-  std::array<char, 64> text;
-  return {text.data(), std::to_chars(text.data(), text.data() + text.size(), number).ptr};
+  return std::isfinite(number) ? DecimalText(number) : "NaN";
 }
 
 // Within single quotes gnuplot interprets nothing but the quote. A line must not end there.
@@ -52,9 +51,7 @@ std::string Quoted(const std::string& text) {
 }
 
 double WidthOf(const std::string& text) {
-  return 7.5 * static_cast<double>(std::count_if(text.begin(), text.end(), [](char c) {
-           return (static_cast<unsigned char>(c) & 0xC0U) != 0x80;  // a character begins
-         }));
+  return 7.5 * static_cast<double>(ColumnsOf(text));
 }
 
 // How a value is drawn as a bar, in the order of the legend. Without a title it is not drawn.

@@ -97,6 +97,8 @@ inline constexpr std::array kQuestions = {kBatteryQuestion, kTemperaturesQuestio
 inline constexpr std::array kServices = {kHealthService, kSensorService, kThermalService,
                                          kHidlThermalService};
 
+// "demo.jsonl: the device 'simulated'".
+std::string TitleOf(const Recording& recording);
 // Where something is wrong: "demo.jsonl:12", or the name alone for what stands in no line.
 std::string PlaceOf(const Recording& recording, const RecordedEvent& event);
 

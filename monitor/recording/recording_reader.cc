@@ -21,13 +21,13 @@ namespace norvik::qel::monitor {
 
 namespace {
 
-// The version. A header that is wanting in something is told from a file that has none.
-int ReadHeader(const RecordingLine& line, Recording& recording) {
-  if (!line.IsObject() || !line.fields().Has("format")) {
+// The version. A header that lacks something is told from a file that has none.
+int ReadHeader(const Json::Value& line, Recording& recording) {
+  if (!line.isObject() || !line.isMember("format")) {
     throw LineError("the header is missing: {\"format\": \"" + std::string(kRecordingFormat) +
                     "\", \"version\": " + std::to_string(kRecordingVersion) + "}");
   }
-  RecordingFields fields = line.fields();
+  RecordingFields fields(line, "");
   fields.Choice("format", std::array{kRecordingFormat});
   const int version = fields.Integer("version", 0, std::numeric_limits<int>::max());
   if (version < 1 || version > kRecordingVersion) {
@@ -48,6 +48,11 @@ int ReadHeader(const RecordingLine& line, Recording& recording) {
 
 }  // namespace
 
+std::string TitleOf(const Recording& recording) {
+  const std::string name = recording.name.substr(recording.name.rfind('/') + 1);
+  return recording.device.empty() ? name : name + ": the device '" + recording.device + "'";
+}
+
 std::string PlaceOf(const Recording& recording, const RecordedEvent& event) {
   if (event.line == 0) return recording.name;  // what the recording takes for granted
   return recording.name + ":" + std::to_string(event.line);
@@ -61,12 +66,12 @@ Recording ReadRecording(std::istream& text, const std::string& name) {
   while (std::getline(text, line)) {
     ++number;
     try {
-      const RecordingLine parsed(line);
+      const Json::Value parsed = ParseJson(line);
       if (!reader) {
         reader.emplace(ReadHeader(parsed, recording));
         continue;
       }
-      RecordedEvent event = reader->Read(parsed.fields());
+      RecordedEvent event = reader->Read({parsed, ""});
       event.line = number;
       event.text = line;
       recording.events.push_back(std::move(event));

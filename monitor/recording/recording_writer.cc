@@ -3,57 +3,37 @@
 
 #include "recording/recording_writer.h"
 
-#include <array>
-#include <charconv>
 #include <cmath>
-#include <nlohmann/json.hpp>
 #include <string_view>
 #include <utility>
 #include <variant>
 
-#include "cli/decimal.h"
+#include "output/json.h"
 
 namespace norvik::qel::monitor {
 
 namespace {
 
-// Keys in the order in which they are set: the time leads every line.
-using Json = nlohmann::ordered_json;
-
-std::string ToLine(const Json& json) {
-  // Bytes that are no UTF-8 are replaced: a device's text must not end the recording.
-  return json.dump(-1, ' ', false, Json::error_handler_t::replace);
-}
-
-Json ToJson(std::optional<int> number) {
-  return number ? Json(*number) : Json();
-}
-
-// The shortest text that is read as the same number again; as a double 36.6F would be 36.59999847.
-Json ToJson(std::optional<float> number) {
-  if (!number) return {};
-  std::array<char, 64> text;
-  const auto end = std::to_chars(text.data(), text.data() + text.size(), *number).ptr;
-  const std::string_view shortest(text.data(), static_cast<size_t>(end - text.data()));
-  return ParseDecimal(shortest).value_or(*number);
+Json::Value ToJson(std::optional<int> number) {
+  return number ? Json::Value(*number) : Json::Value();
 }
 
 // By its number when it has no name.
-Json ToJson(Severity severity) {
+Json::Value ToJson(Severity severity) {
   const auto name = NameOf(severity);
-  return name ? Json(*name) : Json(static_cast<int>(severity));
+  return name ? JsonText(*name) : Json::Value(static_cast<int>(severity));
 }
 
-Json ToJson(const Value& value) {
+Json::Value ToJson(const Value& value) {
   if (const int* number = std::get_if<int>(&value)) return *number;
   if (const bool* online = std::get_if<bool>(&value)) return *online;
-  if (const float* number = std::get_if<float>(&value)) return ToJson(std::optional(*number));
+  if (const float* number = std::get_if<float>(&value)) return JsonNumber(*number);
   if (const Severity* severity = std::get_if<Severity>(&value)) return ToJson(*severity);
-  return nullptr;
+  return {};
 }
 
-Json Changes(const std::optional<BatteryReport>& before, const BatteryReport& now) {
-  Json changes = Json::object();
+Json::Value Changes(const std::optional<BatteryReport>& before, const BatteryReport& now) {
+  Json::Value changes(Json::objectValue);
   if (!before || before->level != now.level) changes["level"] = ToJson(now.level);
   if (!before || before->cycle_count != now.cycle_count) {
     changes["cycles"] = ToJson(now.cycle_count);
@@ -65,58 +45,60 @@ Json Changes(const std::optional<BatteryReport>& before, const BatteryReport& no
   return changes;
 }
 
-void Describe(const SensorReport& report, Json& line) {
+void Describe(const SensorReport& report, JsonLine& line) {
   const char* const key = report.sensor == Sensor::kProximity ? "proximity" : "hinge_angle";
   if (report.values.empty()) {
-    line["gone"] = key;
+    line.Add("gone", key);
     return;
   }
-  Json values = Json::array();
-  for (const auto value : report.values) values.push_back(ToJson(value));
-  line[key] = values.size() == 1 ? values[0] : values;
+  Json::Value values(Json::arrayValue);
+  for (const auto value : report.values) values.append(JsonNumber(value));
+  line.Add(key, values.size() == 1 ? values[0] : values);
 }
 
-void Describe(const TemperatureGone& gone, Json& line) {
-  line["gone"] = gone.type + ":" + gone.name;
+void Describe(const TemperatureGone& gone, JsonLine& line) {
+  line.Add("gone", gone.type + ":" + gone.name);
 }
 
-void Describe(const TemperatureReport& report, Json& line) {
-  line["temperature"] = {{"type", report.type},
-                         {"name", report.name},
-                         {"value", ToJson(report.value)},
-                         {"severity", ToJson(report.severity)}};
+void Describe(const TemperatureReport& report, JsonLine& line) {
+  Json::Value temperature;
+  temperature["type"] = report.type;
+  temperature["name"] = report.name;
+  temperature["value"] = JsonNumber(report.value);
+  temperature["severity"] = ToJson(report.severity);
+  line.Add("temperature", temperature);
 }
 
 // The operation refused comes before the reason.
-void DescribeRefusal(const DeviceEvent& event, Json& line) {
+void DescribeRefusal(const DeviceEvent& event, JsonLine& line) {
   const size_t colon = event.detail.find(": ");
-  line["refused"] = event.service;
-  line["call"] = event.detail.substr(0, colon);
-  if (colon != std::string::npos) line["reason"] = event.detail.substr(colon + 2);
+  line.Add("refused", event.service);
+  line.Add("call", event.detail.substr(0, colon));
+  if (colon != std::string::npos) line.Add("reason", event.detail.substr(colon + 2));
 }
 
-void Describe(const DeviceEvent& event, Json& line) {
+void Describe(const DeviceEvent& event, JsonLine& line) {
   switch (event.kind) {
     case DeviceEvent::Kind::kServiceStarted:
-      line["started"] = event.service;
+      line.Add("started", event.service);
       break;
     case DeviceEvent::Kind::kServiceDied:
-      line["died"] = event.service;
+      line.Add("died", event.service);
       break;
     case DeviceEvent::Kind::kCallbackRegistered:
-      line["registered"] = event.service;
-      if (!event.detail.empty()) line["sensor"] = event.detail;
+      line.Add("registered", event.service);
+      if (!event.detail.empty()) line.Add("sensor", event.detail);
       break;
     case DeviceEvent::Kind::kCallbackUnregistered:
-      line["unregistered"] = event.service;
-      if (!event.detail.empty()) line["sensor"] = event.detail;
+      line.Add("unregistered", event.service);
+      if (!event.detail.empty()) line.Add("sensor", event.detail);
       break;
     case DeviceEvent::Kind::kCallRefused:
       DescribeRefusal(event, line);
       break;
     case DeviceEvent::Kind::kNotice:
-      line["notice"] = event.detail;
-      if (!event.service.empty()) line["service"] = event.service;
+      line.Add("notice", event.detail);
+      if (!event.service.empty()) line.Add("service", event.service);
       break;
     case DeviceEvent::Kind::kReported:
       if (const auto* sensor = std::get_if<SensorReport>(&event.report)) Describe(*sensor, line);
@@ -126,51 +108,53 @@ void Describe(const DeviceEvent& event, Json& line) {
   }
 }
 
-void Describe(const ClientJoined& joined, Json& line) {
-  line["join"] = joined.subject;
+void Describe(const ClientJoined& joined, JsonLine& line) {
+  line.Add("join", joined.subject);
 }
 
-void Describe(const ClientLeft& left, Json& line) {
-  line["leave"] = left.subject;
+void Describe(const ClientLeft& left, JsonLine& line) {
+  line.Add("leave", left.subject);
 }
 
-void Describe(const Scene& scene, Json& line) {
-  line["scene"] = scene.title;
+void Describe(const Scene& scene, JsonLine& line) {
+  line.Add("scene", scene.title);
 }
 
-void Describe(const Narration& narration, Json& line) {
-  line["say"] = narration.text;
+void Describe(const Narration& narration, JsonLine& line) {
+  line.Add("say", narration.text);
 }
 
 // What has been asked and expected is no part of what has happened; a refusal will be seen.
 template <typename What>
-void Describe(const What& /*what*/, Json& /*line*/) {}
+void Describe(const What& /*what*/, JsonLine& /*line*/) {}
 
-void Describe(const ClientCalled& called, Json& line) {
-  line["called"] = called.property;
-  line["value"] = ToJson(called.value);
+void Describe(const ClientCalled& called, JsonLine& line) {
+  line.Add("called", called.property);
+  line.Add("value", ToJson(called.value));
 }
 
 }  // namespace
 
 std::string RecordingWriter::Header(std::string_view device, WallTime begin) {
-  return ToLine({{"format", kRecordingFormat},
-                 {"version", kRecordingVersion},
-                 {"device", device},
-                 {"began", Iso8601(begin)}});
+  return JsonLine()
+      .Add("format", JsonText(kRecordingFormat))
+      .Add("version", kRecordingVersion)
+      .Add("device", JsonText(device))
+      .Add("began", Iso8601(begin))
+      .text();
 }
 
 std::optional<std::string> RecordingWriter::Line(const RecordedEvent& event) {
-  Json line = {{"at", std::round(event.at.count() * 1e3) / 1e3}};
-  std::visit([&](const auto& what) { Describe(what, line); }, event.what);
+  JsonLine what;
+  std::visit([&](const auto& part) { Describe(part, what); }, event.what);
   const auto* const device_event = std::get_if<DeviceEvent>(&event.what);
   if (device_event != nullptr) {
     if (const auto* battery = std::get_if<BatteryReport>(&device_event->report)) {
-      line["battery"] = Changes(std::exchange(battery_, *battery), *battery);
+      what.Add("battery", Changes(std::exchange(battery_, *battery), *battery));
     }
   }
-  if (line.size() == 1) return std::nullopt;
-  return ToLine(line);
+  if (what.empty()) return std::nullopt;
+  return JsonLine().Add("at", std::round(event.at.count() * 1e3) / 1e3).Add(what).text();
 }
 
 }  // namespace norvik::qel::monitor

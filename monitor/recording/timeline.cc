@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "clients/subjects.h"
+#include "output/json.h"
 
 namespace norvik::qel::monitor {
 
@@ -75,7 +76,10 @@ class Drawer {
   template <typename Number>
   void Add(Quantity quantity, const std::string& name, std::optional<Number> number) {
     constexpr double kUnknown = std::numeric_limits<double>::quiet_NaN();
-    const double value = number ? static_cast<double>(*number) : kUnknown;
+    double value = number ? static_cast<double>(*number) : kUnknown;
+    // As it was written: 36.6, not 36.59999847.
+    if (std::is_same_v<Number, float> && std::isfinite(value))
+      value = JsonNumber(*number).asDouble();
     auto& curve = timeline_.curves[{quantity, name}];
     const double last = curve.empty() ? kUnknown : curve.back().value;
     if (value != last && !(std::isnan(value) && std::isnan(last))) curve.push_back({at_, value});
@@ -129,9 +133,9 @@ Timeline MakeTimeline(const Recording& recording) {
 
 std::string TextOf(Quantity quantity) {
   static constexpr auto kTexts = std::to_array<const char*>(
-      {"battery level, %", "battery cycles", "chargers", "proximity, cm", "hinge angle, degrees",
-       "temperature, °C", "throttling", "charge limits, mV", "charge limits, mA",
-       "charge limits, %", "services and clients"});
+      {"battery level, %", "battery cycles", "charger", "proximity, cm", "hinge angle, degrees",
+       "temperature, °C", "throttling", "charge limit, mV", "charge limit, mA", "charge limit, %",
+       "services and clients"});
   return kTexts[static_cast<size_t>(quantity)];
 }
 

@@ -73,6 +73,9 @@ void CheckRefusals(const Recording& recording, PlayedDevice& phone) {
 
 int PlayBack(const Recording& recording, const Announcement& announcement, const Options& options,
              Output& output) {
+  if (options.existing == ExistingFile::kOverwrite && options.record.empty()) {
+    throw UsageError("--force: nothing to overwrite, --record is missing");
+  }
   const PlayPlan plan = MakePlayPlan(recording);
   Witness witness;
   std::optional<Recorder> recorder;
@@ -93,8 +96,8 @@ int PlayBack(const Recording& recording, const Announcement& announcement, const
   const auto begin = Session::Clock::now();
   if (!announcement.introduction.empty()) output.Explain(announcement.introduction);
   output.Explain("Lines with ** come from the device, all others through a client's callback.");
-  Player player(recording, plan, {.speed = options.speed, .by_hand = options.step}, session, *phone,
-                witness, recorder ? &*recorder : nullptr);
+  Player player(recording, plan, {.speed = options.speed.value_or(1), .by_hand = options.step},
+                session, *phone, witness, recorder ? &*recorder : nullptr);
   const Player::End end = player.Play();
   if (IsScenario(recording)) {
     SumUp(announcement.title, player, end, Session::Clock::now() - begin, session);

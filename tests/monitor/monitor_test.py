@@ -148,10 +148,8 @@ class ToolTest(unittest.TestCase):
         text = self.success(run("--help"))
         for word in ("watch battery", "get battery", "watch sensors", "get sensors",
                      "watch thermal TYPE:NAME...", "get temperatures NAME...", "get bcl", "dump",
-                     "demo", "record FILE", "play FILE", "plot FILE", "--speed", "--step",
-                     "--record", "--force", "--output", "--device", "simulated", "linux", "--json",
-                     "--for", "--verbose",
-                     "--version", "Exit code"):
+                     "demo", "record FILE", "play FILE", "plot FILE", "--speed", "simulated",
+                     "linux", "Exit code"):
             self.assertIn(word, text)
         self.assertEqual(self.success(run("-h", "--json")), text)
         self.assertIn("watch thermal TYPE:NAME...", self.success(run("--json", "watch", "-h")))
@@ -169,17 +167,17 @@ class ToolTest(unittest.TestCase):
                 "demo battery": "battery", "dump --fast": "--fast",
                 "dump --device toaster": "toaster", "dump --device": "--device",
                 "dump --json=maybe": "maybe", "get battery --for 1s": "--for",
-                "demo --for 1s": "--for", "record": "file", "record a b": "'b'", "play ": "file",
+                "demo --for 1s": "--for", "record": "FILE", "record a b": "'b'", "play ": "FILE",
                 "play a --for 1s": "--for", "play a --speed 0": "'0'", "play a --speed x": "'x'",
                 "play a --speed inf": "'inf'", "play a --speed 2 --step": "--step",
                 "play a --device linux": "--device", "demo --speed 2": "--speed",
                 "record a --step": "--step", "record a --record b": "--record",
-                "play a --force": "--force", "plot a": "--output", "plot a --output b.pdf": "b.pdf",
+                "demo --force": "--force", "plot a": "--output", "plot a --output b.pdf": "b.pdf",
                 "play a --output b.svg": "--output", "watch battery --for": "--for",
                 "watch battery --for 10": "10", "watch battery --for 0s": "0s",
                 "watch battery --for -1s": "-1s", "watch battery --for 1.5s": "1.5s",
                 "watch battery --for 99999999999999999999s": "99999999999999999999s",
-                "watch battery --for 9999999h": "9999999h", "no\nsuch": "no such"}.items():
+                "watch battery --for 9999999h": "9999999h", "no\nsuch": "no such", "help me": "'me'"}.items():
             with self.subTest(args):
                 code, out, err = run(*(args.split(" ") if args else []))
                 self.assertEqual((code, out), (2, ""))
@@ -299,7 +297,7 @@ class ToolTest(unittest.TestCase):
 
     def test_what_cannot_be_watched_is_named(self):
         # All types that the help lists are the library's.
-        types = re.search(r"^TYPE is ([^.]*)[.]", self.success(run("--help")), re.MULTILINE)
+        types = re.search(r"^TYPE is ([^.]*)[.]", self.success(run("help")), re.MULTILINE)
         types = re.findall(r"[A-Z_]{3,}", types[1])
         self.assertTrue(types)
         for name in types:

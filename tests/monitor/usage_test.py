@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The quorvel developers
 # SPDX-License-Identifier: Apache-2.0
 
-"""The help, the manual page and the completion of the command line say the same.
+"""The parser, the help, the manual page and the completions of three shells agree.
 
 usage: usage_test.py QUORVEL ROOT
 """
@@ -10,6 +10,7 @@ usage: usage_test.py QUORVEL ROOT
 import os
 import pathlib
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -17,154 +18,146 @@ import unittest
 
 QUORVEL = os.path.abspath(sys.argv[1])
 ROOT = pathlib.Path(sys.argv[2]).resolve()
-WITH_QUORVEL = {**os.environ, "PATH": f"{os.path.dirname(QUORVEL)}:{os.environ['PATH']}"}
+COMPLETIONS = ROOT / "packaging/completions"
+ENVIRONMENT = {**os.environ, "PATH": f"{os.path.dirname(QUORVEL)}:{os.environ['PATH']}",
+               "COLUMNS": "500"}  # an entry of the help is one line
 LIMIT = 60  # seconds; only a broken monitor meets it
 
-# What makes a command line complete but for its options.
-OPERANDS = {"watch": ["battery"], "get": ["battery"], "dump": [], "demo": [], "record": ["a"],
-            "play": ["a"], "plot": ["a", "--output", "a.svg"]}
-VALUES = {"--device": ["linux"], "--for": ["1s"], "--record": ["b"], "--speed": ["2"],
-          "--output": ["b.svg"]}
+# Operands by their word in the help, and values of options.
+WORDS = {"": [], "[COMMAND]": [], "FILE": ["a"], "RECORDING": ["a"], "NAME...": ["n"],
+         "TYPE:NAME...": ["SKIN:n"]}
+VALUES = {"DEVICE": "linux", "DURATION": "1s", "FILE": "b", "N": "2", "csv|perfetto": "csv"}
 
 
-def run(*args):
+def run(*args, **kwargs):
     with tempfile.TemporaryDirectory() as folder:
-        return subprocess.run([QUORVEL, *args], capture_output=True, text=True, timeout=LIMIT,
-                              cwd=folder, stdin=subprocess.DEVNULL)
+        return subprocess.run(args, capture_output=True, text=True, timeout=LIMIT, cwd=folder,
+                              stdin=subprocess.DEVNULL, env=ENVIRONMENT | kwargs)
 
 
-def first_column(text, title=None):
-    """The entries of a part of the help, or of all of it."""
-    if title:
-        text = text.split(f"\n{title}:\n")[1].split("\n\n")[0]
-    return re.findall(r"^  (\S+(?: \S+)*)(?:  .*)?$", text, re.MULTILINE)
+def quorvel(*args, **kwargs):
+    return run(QUORVEL, *args, **kwargs)
+
+
+def entries(text, title):
+    """The first column of a part of the help, with the rest of each line."""
+    part = text.split(f"\n{title}:\n")[1].split("\n\n")[0]
+    return [re.split(r"\s{2,}", line.strip(), maxsplit=1)
+            for line in re.sub(r"\n {3,}", "   ", part).splitlines()]
 
 
 def options_in(text):
-    """The long options of a help text, each without its value."""
-    options = [re.findall(r"--[a-z]+", entry) for entry in first_column(text, "Options")]
-    return {option for found in options for option in found}
+    """The long options of a help text and the words for their values."""
+    return {entry[0].split(",")[0].split(" ")[0]: entry[0].split(",")[0].partition(" ")[2]
+            for entry in entries(text, "Options")}
 
 
-HELP = run("--help").stdout
-ENTRIES = first_column(HELP, "Commands")
-COMMANDS = list(dict.fromkeys(entry.split()[0] for entry in ENTRIES))
+HELP = quorvel("help").stdout
+COMMANDS = [entry[0] for entry in entries(HELP, "Commands")]
+NAMES = list(dict.fromkeys(command.split()[0] for command in COMMANDS))
 
 
-def complete(*words):
-    """What bash offers for the last word; "=" and ":" make words of their own there, too."""
-    script = """source "$1"; shift; COMP_WORDS=(quorvel "$@"); COMP_CWORD=$#
-                _quorvel; printf '%s\\n' "${COMPREPLY[@]}\""""
-    done = subprocess.run(["bash", "-euc", script, "bash", ROOT / "packaging/completions/quorvel.bash",
-                           *words], capture_output=True, text=True, timeout=LIMIT, check=True,
-                          env=WITH_QUORVEL)
-    return set(done.stdout.split())
+def bash(line):
+    script = """source "$1/quorvel.bash"; COMP_LINE=$2 COMP_POINT=${#2}; _quorvel
+                printf '%s\\n' "${COMPREPLY[@]}\""""
+    return run("bash", "-euc", script, "bash", COMPLETIONS, line)
 
 
-def complete_in_fish(*words):
-    """The same of fish, which takes the line apart itself."""
-    script = 'source $argv[1]; complete --do-complete "$argv[2..]"'
-    with tempfile.TemporaryDirectory() as folder:  # where there is no file to offer
-        done = subprocess.run(["fish", "--no-config", "-c", script,
-                               ROOT / "packaging/completions/quorvel.fish", "quorvel", *words],
-                              capture_output=True, text=True, timeout=LIMIT, cwd=folder,
-                              env=WITH_QUORVEL)
-    if done.returncode or done.stderr:
+def fish(line):
+    return run("fish", "--no-config", "-c",
+               "source $argv[1]/quorvel.fish; complete --do-complete $argv[2]", COMPLETIONS, line)
+
+
+def zsh(line):
+    """Runs the function with what zsh would give it, and prints what it offers."""
+    script = """compadd() { print -rl -- $names }; _files() { print -rl -- $PREFIX*(N) }
+                compset() { PREFIX=${PREFIX#*=} }
+                words=(${(z)2}); [[ $2 == *' ' ]] && words+=(''); CURRENT=$#words PREFIX=$words[-1]
+                complete() { source $1/_quorvel }; complete $1"""
+    return run("zsh", "-fc", script, "zsh", COMPLETIONS, line)
+
+
+SHELLS = [shell for shell in (bash, fish, zsh) if shutil.which(shell.__name__)]
+
+
+def offered(shell, line):
+    done = shell(line)
+    if done.stderr:
         raise RuntimeError(done.stderr)
-    return {line.split("\t")[0] for line in done.stdout.splitlines()}
-
-
-def documented_types():
-    """The names of the types of temperatures that the header has numbers for."""
-    header = (ROOT / "include/quorvel.h").read_text()
-    return re.findall(r"^  QUORVEL_THERMAL_TYPE_(\w+) = \d+", header, re.MULTILINE)
+    return {candidate.split("\t")[0] for candidate in done.stdout.splitlines() if candidate}
 
 
 class UsageTest(unittest.TestCase):
     maxDiff = None
 
-    def test_there_is_something_to_compare(self):
-        self.assertEqual(set(COMMANDS), set(OPERANDS))
-        self.assertIn("watch thermal TYPE:NAME...", ENTRIES)
-        self.assertLess(set(VALUES), options_in(HELP))
-        self.assertIn("quorvel --help", run("dance").stderr)
-
-    def test_the_help_of_a_command_lists_what_it_takes_and_nothing_else_is_taken(self):
+    def test_a_command_takes_what_its_help_lists_and_nothing_else(self):
+        self.assertIn("watch thermal TYPE:NAME...", COMMANDS)
         every = options_in(HELP)
         union = set()
         for command in COMMANDS:
-            result = run(command, "--help")
-            self.assertEqual((result.returncode, result.stderr), (0, ""))
-            self.assertTrue(result.stdout.startswith(f"Usage: quorvel {command} "))
-            listed = options_in(result.stdout)
-            union |= listed
-            self.assertEqual(first_column(result.stdout.split("\nOptions:")[0]),
-                             [entry for entry in ENTRIES if entry.split()[0] == command])
-            for option in every - listed:
-                with self.subTest(command=command, option=option):
-                    result = run(command, *OPERANDS[command], option, *VALUES.get(option, []))
-                    self.assertEqual(result.returncode, 2)
-                    self.assertIn(option, result.stderr)
-        self.assertEqual(union, every)
+            name, words = command.split()[0], re.findall(r"[a-z]+(?= |$)", command)
+            help_text = quorvel(name, "--help")
+            self.assertEqual((help_text.returncode, help_text.stderr), (0, ""))
+            self.assertEqual(quorvel("help", name).stdout, help_text.stdout)
+            self.assertIn(f"\n  {command}", help_text.stdout)
+            listed = options_in(help_text.stdout)
+            union |= listed.keys()
+            operands = WORDS[command.removeprefix(" ".join(words)).strip()]
+            for option in every.keys() - listed.keys():
+                value = [VALUES[every[option]]] if every[option] else []
+                result = quorvel(*words, *operands, option, *value)
+                self.assertEqual(result.returncode, 2, (command, option))
+                self.assertIn(f"does not take {option}", result.stderr)
+        self.assertEqual(union, every.keys())
 
-    def test_the_exit_code_tells_how_it_went(self):
-        for code, command in ((0, "get battery"), (0, "--version"), (1, "get temperatures attic"),
-                              (1, "play nothing"), (1, "plot nothing --output a.svg"),
-                              (1, "record no/such/folder"), (2, "sing"), (2, "demo --for 1s")):
-            self.assertEqual(run(*command.split()).returncode, code, command)
-
-    def test_the_manual_page_has_every_command_and_option(self):
-        page = (ROOT / "docs/man/quorvel.1").read_text()
-        entries = [re.sub(r"[A-Z].*|FILE.*", "", entry).split() for entry in ENTRIES]
-        items = re.findall(r"^\.It Ic (\w+)(?: Cm (\w+))?", page, re.MULTILINE)
-        self.assertEqual(sorted(" ".join(entry[:2]) for entry in entries),
-                         sorted(" ".join(item).strip() for item in items))
-        self.assertEqual(set(re.findall(r"^\.It Fl -([a-z]+)", page, re.MULTILINE)),
-                         {option[2:] for option in options_in(HELP)})
-        codes = re.findall(r"^  (\d)  ", HELP.split("\nExit code:\n")[1], re.MULTILINE)
-        self.assertEqual(re.findall(r"^\.It (\d)$", page, re.MULTILINE), codes)
-        self.assertEqual(re.findall(r"^Environment: (\w+)", HELP, re.MULTILINE),
-                         re.findall(r"^\.It Ev (\w+)", page, re.MULTILINE))
+    def test_help_fits_its_terminal(self):
+        for columns in (40, 80):
+            for args in (["help"], ["help", "watch"], ["play", "-h"]):
+                text = quorvel(*args, COLUMNS=str(columns)).stdout
+                words = [word for word in text.split() if len(word) > columns]
+                long = [line for line in text.splitlines() if len(line) > columns]
+                self.assertEqual((words, [line for line in long if " " in line.strip()]), ([], []))
 
     def test_the_help_lists_the_types_of_the_header(self):
+        header = (ROOT / "include/quorvel.h").read_text()
+        types = re.findall(r"^  QUORVEL_THERMAL_TYPE_(\w+) = \d+", header, re.MULTILINE)
         listed = HELP.split("\nTYPE is one of ")[1].split(".\n")[0]
-        self.assertEqual(re.split(r",\s", listed), documented_types(),
-                         "compare monitor/clients/thermal_properties.h with include/quorvel.h")
+        self.assertEqual(re.split(r",\s", listed), types)
+        for shell in SHELLS:
+            self.assertLessEqual({f"{name}:" for name in types},
+                                 offered(shell, "quorvel watch thermal "))
 
     def test_shells_complete_what_the_help_lists(self):
-        devices = set(re.findall(r"^ {24}(\w+)", HELP, re.MULTILINE))
-        for shell in (complete, complete_in_fish):
-            self.assertEqual(shell(""), set(COMMANDS))
-            self.assertEqual(shell("--json", "re"), {"record"})
-            self.assertEqual(shell("--"), options_in(HELP))
-            for command in COMMANDS:
-                self.assertEqual(shell(command, "--"), options_in(run(command, "--help").stdout))
-            for command in ("watch", "get"):
-                self.assertEqual(shell(command, ""),
-                                 {e.split()[1] for e in ENTRIES if e.split()[0] == command})
-            self.assertEqual(shell("dump", "--device", ""), devices)
-            self.assertEqual(shell("--device", "linux", "watch", "b"), {"battery"})
-            self.assertEqual(shell("watch", "thermal", ""),
-                             {f"{name}:" for name in documented_types()})
-            for words in (["watch", "battery", ""], ["demo", ""], ["watch", "battery", "--for", ""],
-                          ["record", "a", ""]):
-                self.assertEqual(shell(*words), set(), words)
+        self.assertIn(bash, SHELLS)
+        for shell in SHELLS:
+            self.assertEqual(offered(shell, "quorvel "), set(NAMES))
+            self.assertEqual(offered(shell, "quorvel --json re"), {"record"})
+            self.assertEqual(offered(shell, "quorvel --"), options_in(HELP).keys())
+            self.assertEqual(offered(shell, "quorvel --device linux watch b"), {"battery"})
+            self.assertEqual(offered(shell, "quorvel dump --device li"), {"linux"})
+            self.assertEqual(offered(shell, "quorvel dump --device=li"),
+                             {"linux"} if shell is bash else {"--device=linux"})
+            for name in NAMES:
+                self.assertEqual(offered(shell, f"quorvel {name} --"),
+                                 options_in(quorvel(name, "--help").stdout).keys())
+            for name in ("watch", "get"):
+                self.assertEqual(offered(shell, f"quorvel {name} "),
+                                 {c.split()[1] for c in COMMANDS if c.startswith(name)})
+            for line in ("watch battery ", "demo ", "watch battery --for ", "record a ", "sing "):
+                self.assertEqual(offered(shell, f"quorvel {line}"), set(), line)
             with tempfile.TemporaryDirectory() as folder:
                 (pathlib.Path(folder) / "day.jsonl").touch()
-                file = f"{folder}/day.jsonl"
-                for words in (["play"], ["record"], ["plot"], ["demo", "--record"],
-                              ["plot", file, "--output"]):
-                    self.assertEqual(shell(*words, f"{folder}/d"), {file})
+                for line in ("play ", "record ", "demo --record "):
+                    self.assertEqual(offered(shell, f"quorvel {line}{folder}/d"),
+                                     {f"{folder}/day.jsonl"})
 
-    def test_words_that_a_shell_takes_apart_are_completed(self):
-        self.assertEqual(complete("dump", "--device", "="), {"simulated", "linux"})
-        self.assertEqual(complete("dump", "--device", "=", "li"), {"linux"})
-        self.assertEqual(complete("--device", "=", "linux", "watch", "b"), {"battery"})
-        self.assertEqual(complete("watch", "thermal", "SKIN", ":", "skin", "G"), {"GPU:"})
-        self.assertEqual(complete("watch", "thermal", "SKIN", ":"), set())
-        self.assertEqual(complete("watch", "thermal", "SKIN", ":", "s"), set())
-        self.assertEqual(complete_in_fish("dump", "--device=li"), {"--device=linux"})
-        self.assertEqual(complete_in_fish("watch", "thermal", "SKIN:skin", "G"), {"GPU:"})
+    def test_the_manual_page_has_every_command_and_option(self):
+        page = quorvel("--man").stdout
+        commands = re.findall(r"^\.It Ic (\w+)(?: Cm (\w+))?(?: Ar (.*))?$", page, re.MULTILINE)
+        self.assertEqual([" ".join(filter(None, command)) for command in commands], COMMANDS)
+        self.assertEqual({"--" + name for name in re.findall(r"^\.It Fl -([a-z]+)", page,
+                                                             re.MULTILINE)},
+                         options_in(HELP).keys())
 
 
 if __name__ == "__main__":

@@ -28,8 +28,8 @@ SUPPORT = "tests/support"
 ALLOWED = {
     "quorvel_objects": ["include", "src", PLATFORM],
     "quorvel_monitor_core": ["include", "monitor"],
-    "quorvel_monitor_full": ["include", "monitor"],
-    "quorvel_monitor_phone_main": ["include", "monitor", PLATFORM],
+    "quorvel_monitor_simulation": ["include", "monitor"],
+    "quorvel_monitor_phone_device": ["include", "monitor", PLATFORM],
     "quorvel_services": [PLATFORM, CONTROL, "host/services"],
     "quorvel_simulated": [PLATFORM, CONTROL, "host/services", "host/simulated"],
     "quorvel_linux_machine": [PLATFORM, CONTROL, "host/services", "host/linux_machine"],
@@ -42,8 +42,8 @@ ALLOWED = {
 REACHED = {
     "quorvel_objects": "thermal/thermal_info.h",
     "quorvel_monitor_core": "clients/battery_client.h",
-    "quorvel_monitor_full": "recording/recording.h",
-    "quorvel_monitor_phone_main": "android/binder_process.h",
+    "quorvel_monitor_simulation": "recording/recording.h",
+    "quorvel_monitor_phone_device": "android/binder_process.h",
     "quorvel_services": "quorvel/fake/script.h",
     "quorvel_simulated": "quorvel/services/health_service.h",
     "quorvel_linux_machine": "quorvel/services/health_service.h",

@@ -1,0 +1,194 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include "cli/command_table.h"
+
+#include <algorithm>
+
+#include "cli/commands.h"
+#include "cli/decimal.h"
+#include "cli/duration.h"
+
+namespace norvik::qel::monitor {
+
+namespace {
+
+void SetDevice(const std::string& value, Options& options) {
+  std::vector<std::string> names;
+  for (const DeviceType& type : DeviceTypes()) {
+    if (type.name == value) options.device = &type;
+    names.emplace_back(type.name);
+  }
+  if (options.device != nullptr && options.device->name == value) return;
+  throw UsageError("--device: unknown '" + value + "', use " + Enumerated(names, "or"));
+}
+
+void SetDuration(const std::string& value, Options& options) {
+  options.duration = ParseDuration(value);
+  if (options.duration) return;
+  throw UsageError("--for: '" + value + "' is no duration, use one such as 500ms, 10s or 2m");
+}
+
+void SetSpeed(const std::string& value, Options& options) {
+  constexpr double kHighest = 1e6;
+  options.speed = ParseDecimal(value);
+  if (options.speed && *options.speed > 0 && *options.speed <= kHighest) return;
+  throw UsageError("--speed: '" + value +
+                   "' is no speed, use a number above 0 such as 0.5 or 10, at most 1000000");
+}
+
+}  // namespace
+
+std::span<const Command> GeneralCommands() {
+  static constexpr Command kCommands[] = {
+      {.name = "watch",
+       .family = "battery",
+       .summary = "print battery and charger values as they change",
+       .options = "device for",
+       .run = WatchBattery,
+       .service = kHealthService},
+      {.name = "watch",
+       .family = "sensors",
+       .summary = "print what the proximity and hinge angle sensors read",
+       .options = "device for",
+       .run = WatchSensors,
+       .service = kSensorService},
+      {.name = "watch",
+       .family = "thermal",
+       .operands = "TYPE:NAME...",
+       .summary = "print the throttling severity of temperatures as it changes",
+       .text =
+           "While the thermal service is not up, watch waits: the library looks for the service "
+           "ten times, once a second. A temperature that the service then does not report is "
+           "named in the debug log only.",
+       .options = "device for",
+       .run = WatchThermal,
+       .service = kThermalService},
+      {.name = "get",
+       .family = "battery",
+       .summary = "print the battery and charger values once",
+       .options = "device",
+       .run = GetBattery,
+       .service = kHealthService},
+      {.name = "get",
+       .family = "sensors",
+       .summary = "wait for the sensors' readings and print them",
+       .text = "A sensor that has never reported reads 0.",
+       .options = "device",
+       .run = GetSensors,
+       .service = kSensorService},
+      {.name = "get",
+       .family = "temperatures",
+       .operands = "NAME...",
+       .summary = "print temperatures once, by the device maker's names",
+       .options = "device",
+       .run = GetTemperatures,
+       .service = kThermalService},
+      {.name = "get",
+       .family = "bcl",
+       .summary = "print the severities of the battery's charge limits once",
+       .options = "device",
+       .run = GetChargeLimits,
+       .service = kThermalService},
+      {.name = "dump",
+       .summary = "print the library's own dump of its state, all families",
+       .options = "device",
+       .run = Dump},
+      {.name = "record",
+       .operands = "FILE",
+       .summary = "write what the device reports and when clients are called",
+       .text = "The file is a complete recording after every line. docs/recordings.md describes "
+               "the format.",
+       .options = "device for force",
+       .run = Record},
+      {.name = "export",
+       .operands = "FILE",
+       .summary = "print a recording as a table or as trace events",
+       .text = "--to csv prints a table for spreadsheets: a row for each time at which something "
+               "happened, with the values that hold. --to perfetto prints trace events for the "
+               "Perfetto viewer: counters, the services' lives and events.",
+       .options = "to output",
+       .run = Export},
+      {.name = "help",
+       .operands = "[COMMAND]",
+       .summary = "print this text, or the help of a command",
+       .run = Help},
+  };
+  return kCommands;
+}
+
+std::span<const Option> AllOptions() {
+  using Text = const std::string&;
+  static constexpr Option kOptions[] = {
+      {.name = "device", .value = "DEVICE", .text = "the source of the values", .set = SetDevice},
+      {.name = "for",
+       .value = "DURATION",
+       .text = "stop after this time, such as 500ms, 10s, 2m or 1h",
+       .set = SetDuration},
+      {.name = "record",
+       .value = "FILE",
+       .text = "also write a recording",
+       .set = [](Text value, Options& options) { options.record = value; }},
+      {.name = "force",
+       .text = "overwrite an existing recording, which is refused otherwise",
+       .set = [](Text, Options& options) { options.existing = ExistingFile::kOverwrite; }},
+      {.name = "speed",
+       .value = "N",
+       .text = "play at N times the original speed",
+       .set = SetSpeed},
+      {.name = "step",
+       .text = "play one event each time Enter is pressed",
+       .set = [](Text, Options& options) { options.step = true; }},
+      {.name = "output",
+       .value = "FILE",
+       .text = "the file to write, replaced if it exists",
+       .set = [](Text value, Options& options) { options.output = value; }},
+      {.name = "to",
+       .value = "csv|perfetto",
+       .text = "the format of the export",
+       .set = [](Text value, Options& options) { options.to = value; }},
+      {.name = "json",
+       .text = "print one JSON object per line instead of text",
+       .set = [](Text, Options& options) { options.json = true; },
+       .is_general = true},
+      {.name = "verbose",
+       .text = "write the library's debug log to standard error",
+       .set = [](Text, Options& options) { options.verbose = true; },
+       .is_general = true},
+      {.name = "help",
+       .letter = 'h',
+       .text = "print the help of the command, or of all commands",
+       .set = [](Text, Options& options) { options.help = true; },
+       .is_general = true},
+      {.name = "version",
+       .letter = 'V',
+       .text = "print the version",
+       .set = [](Text, Options& options) { options.version = true; },
+       .is_general = true},
+  };
+  return kOptions;
+}
+
+std::string UsageOf(const Command& command) {
+  std::string usage(command.name);
+  for (const std::string_view word : {command.family, command.operands}) {
+    if (!word.empty()) usage.append(" ").append(word);
+  }
+  return usage;
+}
+
+bool Takes(const Command& command, const Option& option) {
+  const std::string names = " " + std::string(command.options) + " ";
+  return option.is_general || names.find(" " + std::string(option.name) + " ") != std::string::npos;
+}
+
+std::string Enumerated(std::span<const std::string> names, const std::string& last) {
+  std::string text;
+  for (size_t i = 0; i < names.size(); ++i) {
+    if (i > 0) text += i + 1 == names.size() ? " " + last + " " : ", ";
+    text += names[i];
+  }
+  return text;
+}
+
+}  // namespace norvik::qel::monitor

@@ -1,0 +1,59 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
+// The commands and options of the program, as tables: the parser, the help, the completions and the
+// manual page are made from them. A new command is a row and a handler.
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "cli/options.h"
+
+namespace norvik::qel::monitor {
+
+class Output;
+
+struct Command {
+  std::string_view name;
+  std::string_view family = {};  // the second word, for a command that needs one
+  // What follows: "FILE", "[COMMAND]" for an optional one, "NAME..." for one or more. Shells
+  // complete COMMAND, FILE, NAME, RECORDING, TYPE:NAME and choices such as "csv|perfetto".
+  std::string_view operands = {};
+  std::string_view summary;
+  std::string_view text = {};     // the rest of the help
+  std::string_view options = {};  // names of what it takes beside the general ones: "device for"
+  int (*run)(const Options& options, Output& output);  // returns the program's exit code
+  std::string_view service = {};  // a session shows the events of this service only
+};
+
+struct Option {
+  std::string_view name;        // "for" is --for
+  char letter = 0;              // "h" is -h
+  std::string_view value = {};  // as Command::operands; empty: the option takes no value
+  std::string_view text;
+  void (*set)(const std::string& value, Options& options);  // throws UsageError
+  bool is_general = false;                                  // every command takes it
+};
+
+// Those of every build.
+std::span<const Command> GeneralCommands();
+// Those that need a simulated phone. Empty in a build for a phone.
+std::span<const Command> SimulationCommands();
+std::span<const Option> AllOptions();
+
+// The rows of all commands in the order of the help.
+template <typename Visitor>
+void ForEachCommand(const Visitor& visit) {
+  for (const Command& command : GeneralCommands()) visit(command);
+  for (const Command& command : SimulationCommands()) visit(command);
+}
+
+// "watch thermal TYPE:NAME..."
+std::string UsageOf(const Command& command);
+bool Takes(const Command& command, const Option& option);
+// "a, b and c" with "and" or "or" as the last separator.
+std::string Enumerated(std::span<const std::string> names, const std::string& last);
+
+}  // namespace norvik::qel::monitor

@@ -1,0 +1,139 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include <stdio.h>
+
+#include <algorithm>
+#include <string>
+
+#include "cli/command_table.h"
+#include "cli/program.h"
+#include "clients/thermal_properties.h"
+
+namespace norvik::qel::monitor {
+
+namespace {
+
+// Prints candidates for the word that is being typed.
+class Candidates {
+ public:
+  // `typed`: of a word such as --device=li that is completed as a whole, what precedes the value is
+  // in `stem`.
+  Candidates(std::string_view typed, std::string_view stem) : typed_(typed), stem_(stem) {}
+
+  void Add(std::string_view name, std::string_view description = {}) const {
+    if (!name.starts_with(typed_)) return;
+    const std::string line =
+        std::string(stem_) + std::string(name) + "\t" + std::string(description);
+    puts(line.c_str());
+  }
+
+  void AddCommands() const {
+    std::string_view last;
+    ForEachCommand([&](const Command& command) {
+      const bool is_single = command.family.empty();
+      if (command.name != last) Add(command.name, is_single ? command.summary : "");
+      last = command.name;
+    });
+  }
+
+  // `value` is what the table says of an operand or of an option's value.
+  void AddValues(std::string_view value) const {
+    if (value.find("FILE") != value.npos || value.find("RECORDING") != value.npos) {
+      puts(":files");
+    } else if (value.find("COMMAND") != value.npos) {
+      AddCommands();
+    } else if (value == "DEVICE") {
+      for (const DeviceType& type : DeviceTypes()) Add(type.name, type.description);
+    } else if (value.starts_with("TYPE:NAME")) {
+      for (const std::string_view& type : kThermalTypes) Add(std::string(type) + ":");
+    } else if (value.find('|') != value.npos) {
+      for (size_t end; !value.empty(); value.remove_prefix(std::min(end + 1, value.size()))) {
+        end = std::min(value.find('|'), value.size());
+        Add(value.substr(0, end));
+      }
+    }
+  }
+
+ private:
+  const std::string_view typed_;
+  const std::string_view stem_;
+};
+
+// Null when there is none.
+const Option* FindOption(std::string_view word) {
+  for (const Option& option : AllOptions()) {
+    if (word == "--" + std::string(option.name)) return &option;
+  }
+  return nullptr;
+}
+
+// What stands before the word that is being typed.
+struct Line {
+  std::string command = {};
+  std::vector<std::string> operands = {};  // its family included
+  const Option* open = nullptr;            // an option without its value
+};
+
+Line Read(std::span<const std::string> words) {
+  Line line;
+  for (const std::string& word : words) {
+    if (line.open != nullptr) {
+      line.open = nullptr;
+    } else if (word.starts_with('-')) {
+      const Option* const option = FindOption(word);
+      if (option != nullptr && !option->value.empty()) line.open = option;
+    } else if (line.command.empty()) {
+      line.command = word;
+    } else {
+      line.operands.push_back(word);
+    }
+  }
+  return line;
+}
+
+void AddOptions(const Line& line, const Candidates& candidates) {
+  for (const Option& option : AllOptions()) {
+    bool is_taken = line.command.empty();
+    ForEachCommand([&](const Command& command) {
+      is_taken |= command.name == line.command && Takes(command, option);
+    });
+    if (is_taken) candidates.Add("--" + std::string(option.name), option.text);
+  }
+}
+
+void AddOperands(const Line& line, const Candidates& candidates) {
+  ForEachCommand([&](const Command& command) {
+    if (command.name != line.command) return;
+    const size_t families = command.family.empty() ? 0 : 1;
+    if (line.operands.size() < families) {
+      candidates.Add(command.family, command.summary);
+      return;
+    }
+    if (families > 0 && command.family != line.operands.front()) return;
+    const bool takes_more = command.operands.find("...") != std::string_view::npos;
+    if (takes_more || line.operands.size() == families) candidates.AddValues(command.operands);
+  });
+}
+
+}  // namespace
+
+void PrintCompletions(std::span<const std::string> words) {
+  if (words.empty()) return;
+  const Line line = Read(words.first(words.size() - 1));
+  const std::string_view typed = words.back();
+  if (line.open != nullptr) return Candidates(typed, "").AddValues(line.open->value);
+  const size_t equals = typed.find('=');
+  if (typed.starts_with("--") && equals != std::string_view::npos) {
+    const Option* const option = FindOption(typed.substr(0, equals));
+    const Candidates candidates(typed.substr(equals + 1), typed.substr(0, equals + 1));
+    if (option != nullptr) candidates.AddValues(option->value);
+    return;
+  }
+  const Candidates candidates(typed, "");
+  if (typed.starts_with('-')) return AddOptions(line, candidates);
+  if (line.command.empty()) return candidates.AddCommands();
+  AddOperands(line, candidates);
+}
+
+}  // namespace norvik::qel::monitor

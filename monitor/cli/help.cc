@@ -1,0 +1,214 @@
+// SPDX-FileCopyrightText: 2026 The quorvel developers
+// SPDX-License-Identifier: Apache-2.0
+
+#include <string>
+#include <vector>
+
+#include "cli/command_table.h"
+#include "cli/commands.h"
+#include "cli/program.h"
+#include "clients/thermal_properties.h"
+#include "output/output.h"
+#include "output/terminal.h"
+
+namespace norvik::qel::monitor {
+
+namespace {
+
+constexpr std::string_view kPurpose = "show what the Quorvel library reports to an audio service";
+
+struct Entry {
+  std::string_view name;
+  std::string_view text;
+};
+
+constexpr Entry kOutput[] = {
+    {"12:00:03.120  battery level  50 %  ->  49 %", "a client's callback was called"},
+    {"12:00:03.120  ** ...",
+     "the device reports that a service started, died or refused a call, or that the library "
+     "registered a callback there"},
+};
+
+constexpr Entry kJson[] = {
+    {"all", "\"time\" (ISO 8601, UTC) and \"event\", one of the following"},
+    {"value",
+     "\"property\", \"old\", \"new\": a number; true or false for a charger that is online or not; "
+     "null for what is unknown or absent; for throttling an object with \"level\" (0 to 6) and "
+     "\"name\""},
+    {"reading", "\"property\", \"value\""},
+    {"service_started, service_died, callback_registered, callback_unregistered",
+     "\"service\": \"health\", \"thermal\", \"thermal (HIDL)\" for the older kind, or \"sensor\" "
+     "with the sensor as \"detail\""},
+    {"call_refused, notice", "\"service\", \"detail\""},
+    {"dump", "\"family\": \"battery\", \"sensors\" or \"thermal\"; \"text\""},
+    {"heading, narration", "\"text\" (demo, play)"},
+    {"summary",
+     "\"success\", \"callbacks\", \"text\"; of the health service \"deaths\", \"relinks\", "
+     "\"refusals\"; of the thermal service \"thermal_deaths\" (demo, play)"},
+    {"properties",
+     "battery_level (percent), battery_cycle_count, wireless_charger, dock_charger, proximity "
+     "(cm), hinge_angle (degrees), TYPE:NAME (throttling), NAME (degrees Celsius), bcl_current, "
+     "bcl_voltage (lists of throttling)"},
+};
+
+constexpr Entry kEnvironment[] = {
+    {"QUORVEL_THERMAL_TYPES",
+     "a file with the types of this machine's thermal zones; host/linux_machine/README.md "
+     "describes it"},
+};
+
+constexpr Entry kExitCodes[] = {
+    {"0",
+     "done; also when SIGINT (Ctrl-C) or SIGTERM ends watch, demo, record or play, and when the "
+     "reader of the output closes it"},
+    {"1",
+     "failed, and standard error says why: a service cannot be queried, a temperature or sensor is "
+     "not present, a file cannot be read or is no recording or exists already, output cannot be "
+     "written, something that the demo or a played file expects does not happen"},
+    {"2", "the command line is wrong"},
+};
+
+struct Section {
+  std::string_view title;
+  std::span<const Entry> entries;
+};
+
+constexpr Section kSections[] = {{"Output", kOutput},
+                                 {"JSON", kJson},
+                                 {"Environment", kEnvironment},
+                                 {"Exit codes", kExitCodes}};
+
+std::string Types() {
+  std::string text = "TYPE is one of";
+  for (const std::string_view& type : kThermalTypes) {
+    text.append(" ").append(type) += &type == &kThermalTypes.back() ? '.' : ',';
+  }
+  return text;
+}
+
+std::string NameOf(const Option& option) {
+  std::string name = "--" + std::string(option.name);
+  if (!option.value.empty()) name.append(" ").append(option.value);
+  return option.letter == 0 ? name : name + ", -" + option.letter;
+}
+
+// What the option says of its value that only the build knows.
+std::string TextOf(const Option& option) {
+  std::string text(option.text);
+  if (option.value != "DEVICE") return text;
+  for (const DeviceType& type : DeviceTypes()) {
+    text.append(&type == DeviceTypes().data() ? ": " : "; ").append(type.name);
+    text.append(&type == DeviceTypes().data() ? " (the default), " : ", ").append(type.description);
+  }
+  return text;
+}
+
+// In the general help the commands that take the option.
+std::string TakersOf(const Option& option) {
+  if (option.is_general) return "";
+  std::vector<std::string> names;
+  ForEachCommand([&](const Command& command) {
+    const std::string name(command.name);
+    if (Takes(command, option) && (names.empty() || names.back() != name)) names.push_back(name);
+  });
+  return " (" + Enumerated(names, "and") + ")";
+}
+
+std::string GeneralHelp(size_t columns) {
+  std::string text = Wrapped("quorvel: " + std::string(kPurpose), columns) +
+                     "\nUsage: quorvel COMMAND [OPTIONS]\n\nCommands:\n";
+  ForEachCommand([&](const Command& command) {
+    text += TableEntry(UsageOf(command), command.summary, columns);
+  });
+  text += "\nOptions:\n";
+  for (const Option& option : AllOptions()) {
+    text += TableEntry(NameOf(option), TextOf(option) + TakersOf(option), columns);
+  }
+  text += "\n" + Wrapped(Types(), columns);
+  for (const Section& section : kSections) {
+    text.append("\n").append(section.title) += ":\n";
+    for (const Entry& entry : section.entries) text += TableEntry(entry.name, entry.text, columns);
+  }
+  return text;
+}
+
+// Throws UsageError for an unknown command.
+std::string HelpOf(const std::string& name, size_t columns) {
+  std::string usage;
+  std::string details;
+  std::string options;
+  std::vector<std::string> names;
+  ForEachCommand([&](const Command& command) {
+    if (names.empty() || names.back() != command.name) names.emplace_back(command.name);
+    if (command.name != name) return;
+    usage += TableEntry(UsageOf(command), command.summary, columns);
+    if (!command.text.empty()) details += "\n" + Wrapped(command.text, columns);
+    if (command.operands.starts_with("TYPE")) details += "\n" + Wrapped(Types(), columns);
+    if (!options.empty()) return;  // rows of a name take the same options
+    for (const Option& option : AllOptions()) {
+      if (Takes(command, option)) options += TableEntry(NameOf(option), TextOf(option), columns);
+    }
+  });
+  if (usage.empty()) {
+    throw UsageError("help: unknown command '" + name + "', use " + Enumerated(names, "or"));
+  }
+  return "Usage: quorvel " + name + " ... [OPTIONS]\n\n" + usage + details + "\nOptions:\n" +
+         options + "\n" +
+         Wrapped("'quorvel help' describes the output, the exit codes and the environment.",
+                 columns);
+}
+
+// "TYPE:NAME..." in the markup of the manual page: words in capitals are arguments.
+std::string Argument(std::string_view words) {
+  return words.empty() ? "" : " Ar " + std::string(words);
+}
+
+std::string Item(const std::string& head, const std::string& text) {
+  return ".It " + head + "\n" + text + ".\n";
+}
+
+std::string Capital(std::string text) {
+  if (text.front() >= 'a' && text.front() <= 'z') text.front() -= 'a' - 'A';
+  return text;
+}
+
+}  // namespace
+
+std::string ManualLists() {
+  std::string page = "The commands are:\n.Bl -tag -width Ds\n";
+  ForEachCommand([&](const Command& command) {
+    std::string head = "Ic " + std::string(command.name);
+    if (!command.family.empty()) head += " Cm " + std::string(command.family);
+    std::string text = Capital(std::string(command.summary));
+    if (!command.text.empty())
+      text += ".\n" + std::string(command.text.substr(0, command.text.size() - 1));
+    page += Item(head + Argument(command.operands), text);
+  });
+  page += ".El\n.Pp\n" + Types() +
+          "\n.Pp\nOptions may precede or follow the command.\n.Bl -tag -width Ds\n";
+  for (const Option& option : AllOptions()) {
+    std::string head = "Fl -" + std::string(option.name) + Argument(option.value);
+    if (option.letter != 0) head += std::string(" , Fl ") + option.letter;
+    page += Item(head, Capital(TextOf(option) + TakersOf(option)));
+  }
+  page += ".El\n";
+  for (const Section& section : kSections) {
+    page.append(".Sh ").append(section.title) += "\n.Bl -tag -width Ds\n";
+    for (const Entry& entry : section.entries) {
+      page += Item("\"" + std::string(entry.name) + "\"", Capital(std::string(entry.text)));
+    }
+    page += ".El\n";
+  }
+  return page;
+}
+
+int Help(const Options& options, Output& output) {
+  const size_t columns = StandardOutput().columns;
+  std::string text =
+      options.operands.empty() ? GeneralHelp(columns) : HelpOf(options.operands.front(), columns);
+  text.pop_back();  // the output ends the line
+  output.Explain(text);
+  return EXIT_SUCCESS;
+}
+
+}  // namespace norvik::qel::monitor
