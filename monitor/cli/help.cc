@@ -52,6 +52,8 @@ constexpr Entry kJson[] = {
 };
 
 constexpr Entry kEnvironment[] = {
+    {"QUORVEL_LOG",
+     "what the library logs without --verbose: debug, info, warn, error (the default) or none"},
     {"QUORVEL_THERMAL_TYPES",
      "a file with the types of this machine's thermal zones; host/linux_machine/README.md "
      "describes it"},
