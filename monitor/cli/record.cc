@@ -70,8 +70,8 @@ int Record(const Options& options, Output& output) {
     Complain(recorder.failure());
     return EXIT_FAILURE;
   }
-  output.Explain("Recorded " + Counted(event_count, "event") + " in " +
-                 options.operands.front() + ".");
+  output.Explain("Recorded " + Counted(event_count, "event") + " in " + options.operands.front() +
+                 ".");
   return refused ? EXIT_FAILURE : EXIT_SUCCESS;
 }
 
