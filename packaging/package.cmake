@@ -67,7 +67,7 @@ if(QUORVEL_MONITOR)
   debian_component(monitor quorvel utils
     "${about}\n\nThis package contains the monitor, which shows, records and plays back this\nstate."
     runtime)
-  set(CPACK_DEBIAN_MONITOR_PACKAGE_RECOMMENDS gnuplot)
+  set(CPACK_DEBIAN_MONITOR_PACKAGE_RECOMMENDS "gnuplot-nox | gnuplot")
 endif()
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/debian/triggers)
 set(CPACK_DEBIAN_DEV_PACKAGE_SUGGESTS "libquorvel-simulated-dev, quorvel")

@@ -34,6 +34,7 @@ int Dump(const Options& options, Output& output);
 int Demo(const Options& options, Output& output);
 int Play(const Options& options, Output& output);
 int Plot(const Options& options, Output& output);
+int Export(const Options& options, Output& output);
 int Record(const Options& options, Output& output);
 int Help(const Options& options, Output& output);
 

@@ -3,6 +3,8 @@
 
 #include "cli/decimal.h"
 
+#include <array>
+#include <charconv>
 #include <locale>
 #include <sstream>
 #include <string>
@@ -26,6 +28,11 @@ std::optional<double> ParseDecimal(std::string_view text) {
     return std::nullopt;
   }
   return number;
+}
+
+std::string DecimalText(double number) {
+  std::array<char, 64> text;
+  return {text.data(), std::to_chars(text.data(), text.data() + text.size(), number).ptr};
 }
 
 }  // namespace norvik::qel::monitor

@@ -65,6 +65,8 @@ constexpr Entry kEnvironment[] = {
     {"QUORVEL_DEVICE", "the device if --device is not given"},
     {"NO_COLOR", "if not empty, the text on a terminal has no colours"},
     {"COLUMNS", "the width of the text, instead of that of the terminal"},
+    {"QUORVEL_LOG",
+     "what the library logs without --verbose: debug, info, warn, error (the default) or none"},
     {"QUORVEL_THERMAL_TYPES",
      "a file with the types of this machine's thermal zones; host/linux_machine/README.md "
      "describes it"},

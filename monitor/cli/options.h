@@ -35,6 +35,7 @@ struct Options {
   bool names = false;
   bool follow = false;
   std::string output = {};
+  std::string to = {};  // the format of export
 };
 
 // The command line is wrong. The text says what is wrong and what is accepted.

@@ -3,25 +3,16 @@
 
 #include <stdexcept>
 #include <string>
-#include <string_view>
 
 #include "cli/commands.h"
 #include "cli/options.h"
 #include "output/output.h"
+#include "output/write_file.h"
 #include "plot/gnuplot.h"
 #include "plot/plot_script.h"
 #include "recording/recording_reader.h"
 
 namespace norvik::qel::monitor {
-
-namespace {
-
-// The last tag, or the last chunk.
-std::string_view EndingOf(PlotFormat format) {
-  return format == PlotFormat::kSvg ? "</svg>" : "IEND\xae\x42\x60\x82";
-}
-
-}  // namespace
 
 int Plot(const Options& options, Output& output) {
   const std::string& path = options.operands.front();
@@ -30,13 +21,10 @@ int Plot(const Options& options, Output& output) {
     throw UsageError("--output: '" + options.output + "' ends neither with .svg nor with .png");
   }
   const Recording recording = ReadRecording(path);
-  const std::string name = path.substr(path.rfind('/') + 1);
-  const std::string title =
-      recording.device.empty() ? name : name + ": the device '" + recording.device + "'";
   const PlotFormat format = options.output.ends_with(".svg") ? PlotFormat::kSvg : PlotFormat::kPng;
-  const std::string script = PlotScript(MakeTimeline(recording), title, format);
+  const std::string script = PlotScript(MakeTimeline(recording), TitleOf(recording), format);
   if (script.empty()) throw std::runtime_error(path + " holds nothing that could be drawn");
-  RunGnuplot(script, options.output, EndingOf(format));
+  WriteFile(options.output, RunGnuplot(script));
   output.Explain("Drawn into " + options.output + ".");
   return EXIT_SUCCESS;
 }

@@ -35,8 +35,11 @@ int Record(const Options& options, Output& output) {
   // The rest is recorded.
   if (refused) Complain(kRefusal);
   AllScripts(session.device()).Run(session, EndOf(options));
+  const int event_count = recorder.event_count();
+  // Its time is the recording's length.
+  recorder.NoteAct(Narration{.text = "The recording ends."});
   if (!recorder.failure().empty()) return session.Fail(recorder.failure());
-  output.Explain("Recorded " + Counted(recorder.event_count(), "event") + " in " + path + ".");
+  output.Explain("Recorded " + Counted(event_count, "event") + " in " + path + ".");
   return refused ? EXIT_FAILURE : EXIT_SUCCESS;
 }
 

@@ -7,6 +7,7 @@
 #include <android/log.h>
 #include <android/sensor.h>
 #include <limits.h>
+#include <stdlib.h>
 
 #include <cmath>
 #include <optional>
@@ -85,7 +86,12 @@ Report ToReport(const services::Report& report) {
 }  // namespace
 
 void BecomeHostProcess(const DeviceSetup& setup) {
-  __android_log_set_minimum_priority(setup.verbose ? ANDROID_LOG_DEBUG : ANDROID_LOG_WARN);
+  if (setup.verbose) {
+    __android_log_set_minimum_priority(ANDROID_LOG_DEBUG);
+  } else if (getenv("QUORVEL_LOG") == nullptr) {
+    // Warnings are about what the output shows, too.
+    __android_log_set_minimum_priority(ANDROID_LOG_ERROR);
+  }
   ABinderProcess_startThreadPool();
 }
 

@@ -6,13 +6,13 @@
 
 #include <string>
 
-#include "plot/timeline.h"
+#include "recording/timeline.h"
 
 namespace norvik::qel::monitor {
 
 enum class PlotFormat { kSvg, kPng };
 
-// Panels one above the other, with one axis of time. Empty when the timeline is.
+// A panel for each quantity above one axis of time. Empty when there is nothing to draw.
 std::string PlotScript(const Timeline& timeline, const std::string& title, PlotFormat format);
 
 }  // namespace norvik::qel::monitor

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <chrono>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -75,6 +76,7 @@ struct RecordedEvent {
 struct Recording {
   std::string name;    // of the file
   std::string device;  // empty when the file does not say
+  std::optional<WallTime> began = {};
   std::vector<RecordedEvent> events;
 };
 
@@ -98,6 +100,8 @@ inline constexpr std::array kQuestions = {kBatteryQuestion, kTemperaturesQuestio
 inline constexpr std::array kServices = {kHealthService, kSensorService, kThermalService,
                                          kHidlThermalService};
 
+// "demo.jsonl: the device 'simulated'".
+std::string TitleOf(const Recording& recording);
 // Where something is wrong: "demo.jsonl:12", or the name alone for what stands in no line.
 std::string PlaceOf(const Recording& recording, const RecordedEvent& event);
 

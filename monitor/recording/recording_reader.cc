@@ -36,12 +36,23 @@ int ReadHeader(const Json::Value& line, Recording& recording) {
                     std::to_string(kRecordingVersion));
   }
   if (fields.Has("device")) recording.device = fields.Text("device");
-  if (fields.Has("began")) fields.Text("began");
+  if (fields.Has("began")) {
+    const std::string began = fields.Text("began");
+    recording.began = ParseIso8601(began);
+    if (!recording.began) {
+      throw LineError("'began' is '" + began + "', use a time such as 2026-11-21T10:00:03.120Z");
+    }
+  }
   fields.CheckAllTaken();
   return version;
 }
 
 }  // namespace
+
+std::string TitleOf(const Recording& recording) {
+  const std::string name = recording.name.substr(recording.name.rfind('/') + 1);
+  return recording.device.empty() ? name : name + ": the device '" + recording.device + "'";
+}
 
 std::string PlaceOf(const Recording& recording, const RecordedEvent& event) {
   if (event.line == 0) return recording.name;  // what the recording takes for granted

@@ -70,6 +70,23 @@ TEST(LogTest, DropsLinesBelowTheMinimumPriority) {
   EXPECT_THAT(log.Lines(), ElementsAre(LogLine{ANDROID_LOG_WARN, "tag", "kept"}));
 }
 
+TEST(LogTest, IsQuietOnStandardErrorUnlessAskedForMore) {
+  const int32_t before = __android_log_set_minimum_priority(ANDROID_LOG_DEFAULT);
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(__android_log_print(ANDROID_LOG_INFO, "tag", "dropped"), -EPERM);
+  EXPECT_EQ(__android_log_print(ANDROID_LOG_WARN, "tag", "kept"), 1);
+  __android_log_set_minimum_priority(ANDROID_LOG_DEBUG);
+  EXPECT_EQ(__android_log_print(ANDROID_LOG_DEBUG, "tag", "asked for"), 1);
+  __android_log_set_minimum_priority(ANDROID_LOG_DEFAULT);
+  EXPECT_THAT(testing::internal::GetCapturedStderr(),
+              testing::MatchesRegex(".* W tag: kept\n.* D tag: asked for\n"));
+  // A program's own logger gets everything, as on a device.
+  __android_log_set_logger([](const __android_log_message*) {});
+  EXPECT_EQ(__android_log_print(ANDROID_LOG_VERBOSE, "tag", "text"), 1);
+  __android_log_set_logger(__android_log_stderr_logger);
+  __android_log_set_minimum_priority(before);
+}
+
 TEST(LogTest, PrintsLikeLogcatToStandardError) {
   testing::internal::CaptureStderr();
   __android_log_print(ANDROID_LOG_ERROR, "audio_hw_battery", "%s: text", "Function");

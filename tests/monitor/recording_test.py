@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The quorvel developers
 # SPDX-License-Identifier: Apache-2.0
 
-"""Records, plays and plots with the monitor, as its users do.
+"""Records and plays with the monitor, as its users do.
 
 usage: recording_test.py QUORVEL QUORVEL_BARE
 """
@@ -17,7 +17,6 @@ import subprocess
 import sys
 import tempfile
 import unittest
-import xml.etree.ElementTree
 
 import jsonschema
 
@@ -332,7 +331,6 @@ class RecordingTest(unittest.TestCase):
             {"hinge_angle": 0.5}])
         self.success(run("play", first, "--record", second))
         self.assertEqual(self.of_device(self.events(second)), self.of_device(self.events(first)))
-        self.success(run("plot", first, "--output", self.path("gone.svg")))
 
     def test_step_plays_one_event_at_each_enter(self):
         path = self.write("steps", HEADER + "".join(
@@ -395,66 +393,6 @@ class RecordingTest(unittest.TestCase):
         self.assertGreater(os.path.getsize(path), limit - 200)
         self.failure(run("record", "/dev/full", "--force"), "cannot write /dev/full")
         self.failure(run("record", self.path("no/such")), "cannot write")
-
-    def test_a_plot_shows_what_there_is_whatever_its_name(self):
-        name = "sk'in \"1\" `touch HERE` $(touch HERE) \\ <&> \u00fc\nEND: {/Bold x}"
-        recording = self.write("plot", HEADER + "".join(json.dumps(event) + "\n" for event in (
-            {"at": 0, "battery": {"level": None, "wireless": True}},
-            {"at": 0, "hinge_angle": 30}, {"at": 0, "proximity": 5},
-            {"at": 1, "temperature": {"type": "SKIN", "name": name, "severity": "SEVERE"}},
-            {"at": 1, "temperature": {"type": "CPU", "name": "cool"}},
-            {"at": 2, "died": "health"}, {"at": 3, "started": "health"},
-            {"at": 3, "called": "battery_level", "value": 50})))
-        svg = self.path("it's a `plot`.svg")
-        self.success(run("plot", recording, "--output", svg, cwd=self.folder.name))
-        texts = ["".join(text.itertext()) for text in xml.etree.ElementTree.parse(svg).iter(
-            "{http://www.w3.org/2000/svg}text")]
-        for text in ("wireless charger online", "hinge angle", "proximity [cm]", "SEVERE 3",
-                     "health service", "service dies", "battery client", "time [s]",
-                     "SKIN:" + name.replace("\n", " ")):
-            self.assertEqual([t for t in texts if t.strip() == text][:1], [text], texts)
-        self.assertNotIn("CPU:cool", texts)
-        png = self.path("plot.png")
-        self.success(run("plot", recording, "--output", png))
-        self.assertEqual(pathlib.Path(png).read_bytes()[:4], b"\x89PNG")
-        names = os.listdir(self.folder.name)
-        self.assertNotIn("HERE", names)
-        self.assertEqual([n for n in names if n.endswith(".part")], [])
-
-    def test_a_plot_of_little_has_its_legend_in_one_column_and_no_warnings(self):
-        recording = self.scenario(
-            {"battery": {"level": 50}}, {"proximity": 0}, {"hinge_angle": 0},
-            {"after": 1, "died": "health"}, {"after": 1, "started": "health"},
-            {"refused": "health", "call": "registerCallback"}, {"after": 1, "battery": {}})
-        svg = self.path("little.svg")
-        code, _, err = run("plot", recording, "--output", svg)
-        self.assertEqual((code, err), (0, ""))
-        columns = re.findall(r"translate\(([\d.]+),[^\n]*\n\s*<text>(?:service [cdr]|battery level<)",
-                             pathlib.Path(svg).read_text(encoding="utf-8"))
-        self.assertEqual(len(columns), 4)
-        self.assertEqual(len(set(columns)), 1, columns)
-
-    def test_a_plot_that_cannot_be_made_is_a_failure(self):
-        recording = self.write("good", HEADER + '{"at": 0, "battery": {"level": 5}}\n')
-        svg = self.path("none.svg")
-        self.failure(run("plot", recording, "--output", svg, env={"PATH": self.folder.name}),
-                     "gnuplot is not installed")
-        self.failure(run("plot", recording, "--output", self.path("no/such.svg")), "cannot write")
-        self.failure(run("plot", self.write("bare", HEADER), "--output", svg), "nothing")
-        self.failure(run("plot", self.write("bad", "{}"), "--output", svg), "header")
-        fake = pathlib.Path(self.path("gnuplot"))
-        fake.write_text("#!/bin/sh\nexit 1\n", encoding="ascii")
-        fake.chmod(0o755)
-        self.failure(run("plot", recording, "--output", svg, env={"PATH": self.folder.name}),
-                     "gnuplot has failed")
-        # As gnuplot does when the disk is full.
-        fake.write_text("#!/bin/sh\necho '<svg><g>'\n", encoding="ascii")
-        for drawing in (svg, self.path("none.png")):
-            self.failure(run("plot", recording, "--output", drawing,
-                             env={"PATH": self.folder.name}), "a part of it only")
-        fake.unlink()
-        self.assertFalse(os.path.exists(svg))
-        self.assertEqual([name for name in os.listdir(self.folder.name) if ".part" in name], [])
 
 
 if __name__ == "__main__":

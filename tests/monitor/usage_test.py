@@ -26,7 +26,7 @@ LIMIT = 60  # seconds; only a broken monitor meets it
 # Operands by their word in the help, and values of options.
 WORDS = {"": [], "[COMMAND]": [], "FILE": ["a"], "RECORDING": ["a"], "NAME...": ["n"],
          "TYPE:NAME...": ["SKIN:n"]}
-VALUES = {"DEVICE": "linux", "DURATION": "1s", "FILE": "b", "N": "2"}
+VALUES = {"DEVICE": "linux", "DURATION": "1s", "FILE": "b", "N": "2", "csv|perfetto": "csv"}
 
 
 def run(*args, **kwargs):

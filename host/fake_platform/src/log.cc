@@ -9,6 +9,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <mutex>
 #include <string>
@@ -41,6 +42,28 @@ class ErrnoKeeper {
   const int saved_ = errno;
 };
 
+// Standard error is quiet unless a user or the program asks for more.
+int32_t StderrMinimum() {
+  static const int32_t minimum = [] {
+    const char* const name = getenv("QUORVEL_LOG");
+    if (name == nullptr) return ANDROID_LOG_WARN;
+    static constexpr struct {
+      const char* name;
+      android_LogPriority priority;
+    } kNames[] = {{"debug", ANDROID_LOG_DEBUG},
+                  {"info", ANDROID_LOG_INFO},
+                  {"warn", ANDROID_LOG_WARN},
+                  {"error", ANDROID_LOG_ERROR},
+                  {"none", ANDROID_LOG_SILENT}};
+    for (const auto& known : kNames) {
+      if (strcmp(name, known.name) == 0) return known.priority;
+    }
+    fprintf(stderr, "QUORVEL_LOG is '%s', use debug, info, warn, error or none\n", name);
+    return ANDROID_LOG_WARN;
+  }();
+  return minimum;
+}
+
 char PriorityLetter(int32_t priority) {
   static constexpr char kLetters[] = "??VDIWEF";
   return priority >= 0 && priority < ANDROID_LOG_SILENT ? kLetters[priority] : '?';
@@ -66,7 +89,9 @@ extern "C" {
 
 int __android_log_is_loggable(int prio, const char* /*tag*/, int default_prio) {
   const int32_t minimum = g_minimum_priority.load(std::memory_order_relaxed);
-  return prio >= (minimum == ANDROID_LOG_DEFAULT ? default_prio : minimum) ? 1 : 0;
+  if (minimum != ANDROID_LOG_DEFAULT) return prio >= minimum ? 1 : 0;
+  const bool is_stderr = g_logger.load(std::memory_order_relaxed) == __android_log_stderr_logger;
+  return prio >= (is_stderr ? std::max(default_prio, StderrMinimum()) : default_prio) ? 1 : 0;
 }
 
 int __android_log_vprint(int prio, const char* tag, const char* fmt, va_list ap) {
