@@ -13,13 +13,13 @@
 namespace norvik::qel {
 namespace {
 
-struct Object {};
+struct Visited {};
 
 TEST(LiveObjectsTest, OnlyAnObjectThatIsAddedIsVisited) {
-  audio::LiveObjects<Object> live;
-  Object object;
+  audio::LiveObjects<Visited> live;
+  Visited object;
   int visits = 0;
-  const auto visit = [&](Object& visited) {
+  const auto visit = [&](Visited& visited) {
     EXPECT_EQ(&visited, &object);
     ++visits;
   };
@@ -35,15 +35,15 @@ TEST(LiveObjectsTest, OnlyAnObjectThatIsAddedIsVisited) {
 }
 
 TEST(LiveObjectsTest, OnlyRemovingAVisitedObjectWaitsForTheVisit) {
-  audio::LiveObjects<Object> live;
-  Object visited;
-  Object other;
+  audio::LiveObjects<Visited> live;
+  Visited visited;
+  Visited other;
   live.Add(&visited);
   live.Add(&other);
   fake::Gate gate;
   std::atomic<bool> left{false};
   Background visitor("a visit", [&] {
-    live.Visit(&visited, [&](Object&) {
+    live.Visit(&visited, [&](Visited&) {
       gate.Pass();
       left = true;
     });
@@ -55,7 +55,7 @@ TEST(LiveObjectsTest, OnlyRemovingAVisitedObjectWaitsForTheVisit) {
     removed.Put(left);
   });
   EndsInTime([&] {
-    live.Visit(&other, [](Object&) {});
+    live.Visit(&other, [](Visited&) {});
     live.Remove(&other);
   });
   EXPECT_FALSE(removed.Take(std::chrono::milliseconds(20)));  // can miss a bug, never invent one

@@ -114,7 +114,7 @@ class Machine {
   const std::string subsystem_;
 };
 
-// Whether it becomes so, while several threads ask. No thread may ask while a test changes the
+// Whether it becomes so, while several threads ask. Nobody is to ask while a test changes the
 // fake sysfs: what makes it finds the files that the program has open in a table without
 // a lock, and loses an announcement now and then when it meets another thread there.
 [[nodiscard]] inline bool EventuallyWhileAsked(const std::function<bool()>& is_so,

@@ -70,7 +70,7 @@ class LocalThermal : public aidl::android::hardware::thermal::BnThermal {
     ++dumps;
     dump_descriptor = fd;
     dump_arguments.assign(args, args + count);
-    return STATUS_UNKNOWN_ERROR;  // ignored
+    return STATUS_UNKNOWN_ERROR;  // nobody looks at it
   }
 
  private:
