@@ -9,12 +9,12 @@
 namespace norvik::qel {
 namespace {
 
-struct Failing {
+struct FailingObject {
   static inline int alive = 0;
   static inline int deinitialized = 0;
 
-  Failing() { ++alive; }
-  ~Failing() { --alive; }
+  FailingObject() { ++alive; }
+  ~FailingObject() { --alive; }
   bool Initialize() { return false; }
   void Deinitialize() { ++deinitialized; }
 };
@@ -22,10 +22,10 @@ struct Failing {
 TEST(HandleTest, AFailedInitDeinitializesAndLeavesNull) {
   int other = 0;
   void* handle = &other;
-  EXPECT_FALSE(audio::InitHandle<Failing>(&handle));
+  EXPECT_FALSE(audio::InitHandle<FailingObject>(&handle));
   EXPECT_EQ(handle, nullptr);
-  EXPECT_EQ(Failing::deinitialized, 1);
-  EXPECT_EQ(Failing::alive, 0);
+  EXPECT_EQ(FailingObject::deinitialized, 1);
+  EXPECT_EQ(FailingObject::alive, 0);
 }
 
 }  // namespace

@@ -181,7 +181,7 @@ TEST_P(LifetimeTest, InitAndDeinitDoNotCallTheService) {
   EXPECT_EQ(handle, nullptr);
   family_.deinit(&handle);
   EXPECT_EQ(calls(), before);
-  EXPECT_THAT(Log(), testing::IsEmpty());
+  EXPECT_THAT(Log(), IsEmpty());
 }
 
 TEST_P(LifetimeTest, HandlesAreCalledAndEndIndependently) {
@@ -233,7 +233,8 @@ TEST_P(LifetimeTest, ADeathNotificationOnItsWayLeavesTheNextHandleAlone) {
     log_.Clear();
     hold.Release();
     ASSERT_TRUE(fake::WaitUntilDelivered());
-    ASSERT_THAT(Log(), testing::IsEmpty()) << "nothing to recover";
+    ASSERT_TRUE(Query(handle_));  // a thermal handle that took its service for dead would recover
+    ASSERT_THAT(Log(), IsEmpty()) << "nothing to recover";
     Report(2);
     ASSERT_EQ(seen_.Take(), (Call{0, 2}));
     ASSERT_EQ(held(), 1u) << "registered once, not twice";

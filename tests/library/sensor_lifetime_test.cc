@@ -185,8 +185,8 @@ TEST(SensorLateServiceTest, AHandleMayEndWhileItsWorkerFindsTheService) {
 
 // The worker enables a sensor that waited for the service. Its second attempt comes a second after
 // the first.
-using SensorLateServiceSlowTest = SensorFixture;
-TEST_F(SensorLateServiceSlowTest, ASensorThatWaitedDoesNotKeepAnEndingHandleGoing) {
+using SensorEndSlowTest = SensorFixture;
+TEST_F(SensorEndSlowTest, ASensorThatWaitedDoesNotKeepAnEndingHandleGoing) {
   ASSERT_EQ(RegisterProximitySensorCallback(handle_, 0, Client<0>, &seen_), 0);
   ASSERT_TRUE(look_ups().WaitForCalls(2));
   hub_.Start();
