@@ -29,11 +29,12 @@ constexpr size_t kClients = 3;
 constexpr size_t kSpare = kClients;  // comes and goes in bursts
 constexpr size_t kAttempts = 10;
 constexpr int kUnknown = -1;
+const Words kWorkers = {"clients"};
 
 // A client is a function of its own, which can be registered for each property.
 template <int kClient>
 void OnValue(int value, void* cookie) {
-  static_cast<Client*>(cookie)->Hear(value);
+  Client::Hear(value, cookie);
 }
 constexpr std::array<BatteryInfoCallback, kClients + 1> kCallbacks = {OnValue<0>, OnValue<1>,
                                                                       OnValue<2>, OnValue<3>};
@@ -53,16 +54,23 @@ size_t PropertyOf(const std::string& name) {
 
 class Battery : public Family {
  public:
-  Battery() {
-    for (size_t p = 0; p < kProperties; ++p) ever_[p].insert(OnPhone(p));
+  Battery() : Family(Fold::kLatest) {
+    for (size_t p = 0; p < kProperties; ++p) reported_[p].insert(OnPhone(p));
+    for (int i = 1; i <= 5; ++i) reported_[0].insert(1000 + i);
+    AddFault("find", {&fake::GetServiceScript()});
+    AddFault("link", {&fake::LinkToDeathScript()});
+    AddFault("register", {&health_.on(HealthOperation::kRegisterCallback)});
+    AddFault("unregister", {&health_.on(HealthOperation::kUnregisterCallback)});
+    AddFault("ask", {&health_.on(HealthOperation::kGetHealthInfo)});
     Begin();
   }
 
   void Finish() override {
-    End(/*busy=*/true);
+    End();
     DeliverDeaths();
     health_.Kill();
     Settle();
+    CheckClients();
   }
 
  private:
@@ -70,7 +78,6 @@ class Battery : public Family {
   struct State {
     bool linked = false;
     std::array<int, kProperties> values = {kUnknown, kUnknown, kUnknown, kUnknown};
-    bool operator==(const State&) const = default;
   };
 
   void Begin() {
@@ -78,36 +85,17 @@ class Battery : public Family {
     gave_up_ = may_link_without_clients_ = false;
     owed_ = {};
     registered_ = {};
+    Init(InitBatteryInfo, &handle_, kWorkers);
     for (size_t p = 0; p < kProperties; ++p) {
       for (size_t c = 0; c <= kSpare; ++c) {
-        clients_.push_back(
-            std::make_unique<Client>("client " + std::to_string(c) + " of " + kNames[p], worker_));
-        current_[p][c] = clients_.back().get();
+        clients_[p][c] = &AddClient("client " + std::to_string(c) + " of " + kNames[p], kWorkers[0],
+                                    reported_[p]);
       }
     }
-    InitBatteryInfo(&handle_);
-    ExpectTrue(handle_ != nullptr, "no handle");
   }
 
-  void End(bool busy) {
-    worker_.Release();
-    const auto deinit = [this] {
-      if (handle_ == nullptr) return;
-      DeinitBatteryInfo(&handle_);
-      ExpectTrue(handle_ == nullptr, "the handle is not null");
-      for (auto& of_property : current_) {
-        for (Client* client : of_property) client->Close();
-      }
-    };
-    if (busy) {
-      Burst(
-          5, [this](int i) { health_.SetLevel(1000 + i); }, deinit);
-    } else {
-      deinit();
-      Settle();
-    }
-    ExpectNoThreads({"battery_callback", "battery_reconnect"});
-    ExpectEqual(PausingWorkers(), size_t{0}, "the number of workers that pause");
+  void End() {
+    Deinit(DeinitBatteryInfo, &handle_, kWorkers, [this](int i) { health_.SetLevel(1000 + i); });
     // Which of the deaths that are held the old handle would have heard of no longer matters.
     ExpectTrue(faulty() || health_.callback_count() <= stray_, "the service keeps a callback");
     stray_ = health_.callback_count();
@@ -128,34 +116,28 @@ class Battery : public Family {
 
   void Act(const Step& step) override {
     const std::string& verb = step[0];
-    registered_now_ = kProperties;
-    first_ = false;
     if (verb == "register") return Register(PropertyOf(step[1]), step[2][0] - '0');
     if (verb == "deregister") return Deregister(step);
     if (verb == "get") return Get(PropertyOf(step[1]), step[2] == "cached");
     if (verb == "set") return Set(PropertyOf(step[1]), atoi(step[2].c_str()));
-    if (verb == "hold") return worker_.Hold();
-    if (verb == "release") return worker_.Release();
-    if (verb == "fault") return AddFault(step[1], step[2] == "dead");
     if (verb == "burst") return DoBurst(atoi(step[1].c_str()), step[2] == "fresh");
     if (verb == "renew") {
-      End(/*busy=*/false);
+      End();
       return Begin();
     }
     if (verb == "start" && alive_) return;
     if (verb != "start") stray_ = 0;
-    const bool starts = verb != "kill";
     if (before_.linked && verb != "start") ++joins_;
-    alive_ = starts;
+    alive_ = verb != "kill";
     if (verb == "restart") return Restart([this] { health_.Start(); });
-    starts ? health_.Start() : health_.Kill();
+    alive_ ? health_.Start() : health_.Kill();
   }
 
   void Register(size_t p, size_t c) {
     const bool is_new = !registered_[p].contains(c);
     first_ = ClientCount() == 0;
-    if (is_new) current_[p][c]->Join();
-    ExpectEqual(kRegister[p](handle_, kCallbacks[c], current_[p][c]), is_new ? 0 : -EINVAL,
+    if (is_new) clients_[p][c]->Join();
+    ExpectEqual(kRegister[p](handle_, kCallbacks[c], clients_[p][c]), is_new ? 0 : -EINVAL,
                 "the result");
     if (!is_new) return;
     registered_[p].insert(c);
@@ -168,12 +150,9 @@ class Battery : public Family {
   void Deregister(const Step& step) {
     for (size_t p = 0; p < kProperties; ++p) {
       for (size_t c = 0; c < kClients; ++c) {
-        const bool all = step[1] == "all";
-        if (!all && (p != PropertyOf(step[1]) || c != static_cast<size_t>(step[2][0] - '0'))) {
-          continue;
-        }
+        if (step[1] != "all" && (step[1] != kNames[p] || step[2] != std::to_string(c))) continue;
         const bool is_known = registered_[p].erase(c) != 0;
-        if (is_known) current_[p][c]->Leave();
+        if (is_known) clients_[p][c]->Leave();
         ExpectEqual(kDeregister[p](handle_, kCallbacks[c]), is_known ? 0 : -EINVAL, "the result");
       }
     }
@@ -181,7 +160,7 @@ class Battery : public Family {
 
   void Get(size_t p, bool cached) {
     if (cached) return ExpectEqual(kGet[p](handle_, true), before_.values[p], "the value");
-    if (worker_.holding()) return;  // whether clients hear of a change then is not promised
+    if (worker(kWorkers[0]).holding()) return;  // whether clients hear of a change is not promised
     int value = kGet[p](handle_, false);
     // A service that died without a link is only found out by asking it.
     if (value == -EAGAIN && alive_ && !faulty()) value = kGet[p](handle_, false);
@@ -195,74 +174,39 @@ class Battery : public Family {
 
   void Set(size_t p, int value) {
     if (p >= 2) value = value > 0 ? 1 : 0;
-    ever_[p].insert(value);
+    reported_[p].insert(value);
     if (p == 0) health_.SetLevel(value);
     if (p == 1) health_.SetCycleCount(value);
     if (p == 2) health_.SetWirelessOnline(value == 0);
     if (p == 3) health_.SetDockOnline(value == 0);
   }
 
-  void AddFault(const std::string& operation, bool dead) {
-    const fake::Outcome outcome{.status = dead ? STATUS_DEAD_OBJECT : STATUS_UNKNOWN_ERROR};
-    if (operation == "find") fake::GetServiceScript().Then(outcome);
-    if (operation == "link") fake::LinkToDeathScript().Then(outcome);
-    if (operation == "register") health_.on(HealthOperation::kRegisterCallback).Then(outcome);
-    if (operation == "unregister") health_.on(HealthOperation::kUnregisterCallback).Then(outcome);
-    if (operation == "ask") health_.on(HealthOperation::kGetHealthInfo).Then(outcome);
-  }
-
-  void ClearFaults() override {
-    fake::GetServiceScript().Clear();
-    fake::LinkToDeathScript().Clear();
-    for (const auto operation :
-         {HealthOperation::kRegisterCallback, HealthOperation::kUnregisterCallback,
-          HealthOperation::kGetHealthInfo}) {
-      health_.on(operation).Clear();
-    }
-  }
-
   // Reports beside a client that comes and goes, questions and dumps. A fresh answer may overtake
   // reports on their way, so that older values follow it.
   void DoBurst(int count, bool fresh) {
-    if (worker_.busy() || faulty() || deaths_held() || !alive_ || !before_.linked ||
+    if (AreBusy() || faulty() || deaths_held() || !alive_ || !before_.linked ||
         ClientCount() == 0) {
       return;
     }
-    const int first = burst_value_ + 1;
-    burst_value_ += count + 1;
-    for (int value = first; value <= burst_value_; ++value) ever_[0].insert(value);
-    Client& spare = *current_[0][kSpare];
+    const int first = burst_value_;
+    burst_value_ += count + 2;
+    for (int value = first; value < burst_value_; ++value) reported_[0].insert(value);
+    health_.SetLevel(first);
+    Settle();
+    for (Client* client : clients_[0]) client->Loosen(/*in_order=*/!fresh);
     Burst(
-        count, [&](int i) { health_.SetLevel(first + i - 1); },
+        count, [&](int i) { health_.SetLevel(first + i); },
         [&] {
-          ExpectEqual(RegisterBatteryLevelCallback(handle_, kCallbacks[kSpare], &spare), 0,
+          ExpectEqual(kRegister[0](handle_, kCallbacks[kSpare], clients_[0][kSpare]), 0,
                       "the spare client's registration");
           const int level = GetBatteryLevel(handle_, !fresh);
-          ExpectTrue(ever_[0].contains(level) || level == kUnknown,
+          ExpectTrue(reported_[0].contains(level),
                      "the level was never reported: " + std::to_string(level));
           std::ignore = TextOf(DumpBatteryInfo, handle_);
-          ExpectEqual(DeregisterBatteryLevelCallback(handle_, kCallbacks[kSpare]), 0,
-                      "the spare client's leaving");
+          ExpectEqual(kDeregister[0](handle_, kCallbacks[kSpare]), 0, "the spare client's leaving");
         });
     // What a question has found is told together with the next change.
-    health_.SetLevel(burst_value_);
-    Settle();
-    for (const int value : spare.Take()) {
-      ExpectTrue(ever_[0].contains(value), "a client hears what was never reported");
-    }
-    for (size_t p = 0; p < kProperties; ++p) {
-      for (const size_t c : registered_[p]) {
-        if (p == 0 && !fresh) {
-          CheckBurst(*current_[p][c], Fold::kLatest, before_.values[0], first, burst_value_);
-          continue;
-        }
-        for (const int value : current_[p][c]->Take()) {
-          ExpectTrue(ever_[p].contains(value), "a client hears what was never reported");
-        }
-      }
-    }
-    owed_ = {};
-    before_ = Dump();
+    health_.SetLevel(first + count + 1);
   }
 
   State Dump() const {
@@ -289,26 +233,23 @@ class Battery : public Family {
 
   void Check(const Step& step) override {
     const State now = Dump();
-    const bool asked = std::exchange(asked_, false);
     CheckLink(now, step);
     // Whom the changes concern. A change that a question has found waits for the next one.
+    const bool asked = std::exchange(asked_, false);
+    const size_t registered_now = std::exchange(registered_now_, kProperties);
     bool told = false;
     for (size_t p = 0; p < kProperties; ++p) {
       const bool changed = now.values[p] != before_.values[p];
-      const bool greets = registered_now_ == p && !first_ && before_.values[p] != kUnknown;
+      const bool greets = registered_now == p && !first_ && before_.values[p] != kUnknown;
       owed_[p] |= changed || greets;
       told |= (changed && !asked) || greets;
-      ExpectTrue(!changed || ever_[p].contains(now.values[p]),
+      ExpectTrue(!changed || reported_[p].contains(now.values[p]),
                  std::string(kNames[p]) + " was never reported");
     }
-    for (size_t p = 0; p < kProperties; ++p) {
-      const bool calls = told && std::exchange(owed_[p], false);
-      for (size_t c = 0; c < kClients; ++c) {
-        if (calls && registered_[p].contains(c)) current_[p][c]->Expect(now.values[p]);
-        current_[p][c]->Check(ever_[p]);
-      }
+    for (size_t p = 0; told && p < kProperties; ++p) {
+      if (!std::exchange(owed_[p], false)) continue;
+      for (const size_t c : registered_[p]) clients_[p][c]->Expect(now.values[p]);
     }
-    registered_now_ = kProperties;
     before_ = now;
   }
 
@@ -328,7 +269,7 @@ class Battery : public Family {
     ExpectTrue(alive_ || deaths_held() || !now.linked, "linked to a dead service");
 
     // Attempts: ten, and one more for each death and first client that has joined them.
-    if (step[0] == "tick" && pausing_before() == 1) {
+    if (Ticked(step)) {
       ++attempts_;
       // The first attempt may only find out that the service that was known before has died.
       misses_ = certain && !faulty() && !now.linked ? misses_ + 1 : 0;
@@ -337,7 +278,7 @@ class Battery : public Family {
     if (pausing == 1 && pausing_before() == 0) attempts_ = joins_ = 0;
     if (step[0] == "deaths") ++joins_;
     if (pausing == 1) ExpectTrue(attempts_ < kAttempts + joins_, "no end of attempts");
-    if (pausing == 0 && pausing_before() == 1 && !now.linked && step[0] == "tick") {
+    if (pausing == 0 && Ticked(step) && !now.linked) {
       ExpectTrue(attempts_ >= kAttempts, "given up too early");
       gave_up_ = true;
     }
@@ -354,14 +295,12 @@ class Battery : public Family {
 
   simulated::Health health_;
   bool alive_ = false;
-  std::array<std::set<int>, kProperties> ever_;  // all values that the phone has ever had
+  std::array<std::set<int>, kProperties> reported_;  // all values that the phone has ever had
   size_t stray_ = 0;  // callbacks that the service may keep because it has failed to drop them
   int burst_value_ = 10'000;
 
   void* handle_ = nullptr;
-  Worker worker_{Fold::kLatest};
-  std::vector<std::unique_ptr<Client>> clients_;  // those of handles that are gone, too
-  std::array<std::array<Client*, kClients + 1>, kProperties> current_;
+  std::array<std::array<Client*, kClients + 1>, kProperties> clients_;
   std::array<std::set<size_t>, kProperties> registered_;
   State before_;
   // Has changed without a call to its clients: the next one that is called for brings it.
@@ -390,8 +329,8 @@ Grammar BatteryGrammar() {
       {"start", 3},
       {"kill", 2},
       {"restart", 2},
-      {"hold", 2},
-      {"release", 3},
+      {"hold", 2, {kWorkers}},
+      {"release", 3, {kWorkers}},
       {"fault", 3, {{"find", "link", "register", "unregister", "ask"}, {"refused", "dead"}}},
       {"burst", 1, {{"2", "20"}, {"cached", "fresh"}}},
       {"renew", 1},
