@@ -127,6 +127,7 @@ class Battery : public Family {
     }
     if (verb == "start" && alive_) return;
     if (verb != "start") stray_ = 0;
+    if (verb != "start") misses_ = 0;
     if (before_.linked && verb != "start") ++joins_;
     alive_ = verb != "kill";
     if (verb == "restart") return Restart([this] { health_.Start(); });
@@ -269,17 +270,16 @@ class Battery : public Family {
     ExpectTrue(alive_ || deaths_held() || !now.linked, "linked to a dead service");
 
     // Attempts: ten, and one more for each death and first client that has joined them.
-    if (Ticked(step)) {
-      ++attempts_;
+    if (ticked()) {
       // The first attempt may only find out that the service that was known before has died.
       misses_ = certain && !faulty() && !now.linked ? misses_ + 1 : 0;
       ExpectTrue(misses_ < 2, "the pause is over, and there is no link");
     }
-    if (pausing == 1 && pausing_before() == 0) attempts_ = joins_ = 0;
+    if (pausing == 1 && pausing_before() == 0) joins_ = 0;
     if (step[0] == "deaths") ++joins_;
-    if (pausing == 1) ExpectTrue(attempts_ < kAttempts + joins_, "no end of attempts");
-    if (pausing == 0 && Ticked(step) && !now.linked) {
-      ExpectTrue(attempts_ >= kAttempts, "given up too early");
+    if (pausing == 1) ExpectTrue(ticks() < kAttempts + joins_, "no end of attempts");
+    if (pausing == 0 && ticked() && !now.linked) {
+      ExpectTrue(ticks() >= kAttempts, "given up too early");
       gave_up_ = true;
     }
     if (now.linked) gave_up_ = false;
@@ -308,7 +308,6 @@ class Battery : public Family {
   bool asked_ = false;                   // this step has asked the service
   size_t registered_now_ = kProperties;  // in this step, for this property
   bool first_ = false;                   // as the first client of all
-  size_t attempts_ = 0;
   size_t misses_ = 0;
   size_t joins_ = 0;
   bool gave_up_ = false;

@@ -149,6 +149,8 @@ void Family::Do(const Step& step) {
       ++TheShared().moment;
     }
     pausing_before_ = PausingWorkers();
+    ticked_ = step[0] == "tick" && pausing_before_ > 0;
+    ticks_ = pausing_before_ > 0 ? ticks_ + (ticked_ ? 1 : 0) : 0;
     if (step[0] == "tick") {
       EndPauses();
     } else if (step[0] == "deaths") {

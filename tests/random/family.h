@@ -167,7 +167,9 @@ class Family {
 
   // How many workers paused before this step, and whether it has ended their pauses.
   size_t pausing_before() const { return pausing_before_; }
-  bool Ticked(const Step& step) const { return step[0] == "tick" && pausing_before_ > 0; }
+  bool ticked() const { return ticked_; }
+  // How often it has, since a worker began to pause.
+  size_t ticks() const { return ticks_; }
 
  private:
   const Fold fold_;
@@ -179,6 +181,8 @@ class Family {
   std::unique_ptr<fake::HoldDeliveries> deaths_;
   bool faulty_ = false;
   size_t pausing_before_ = 0;
+  bool ticked_ = false;
+  size_t ticks_ = 0;
 };
 
 Grammar BatteryGrammar();
