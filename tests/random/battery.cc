@@ -8,7 +8,6 @@
 #include <array>
 #include <cerrno>
 #include <cstdlib>
-#include <tuple>
 
 #include "dump_text.h"
 #include "family.h"
@@ -26,7 +25,6 @@ using services::HealthOperation;
 constexpr size_t kProperties = 4;
 constexpr std::array kNames = {"level", "cycles", "wireless", "dock"};
 constexpr size_t kClients = 3;
-constexpr size_t kSpare = kClients;  // comes and goes in bursts
 constexpr size_t kAttempts = 10;
 constexpr int kUnknown = -1;
 const Words kWorkers = {"clients"};
@@ -36,8 +34,8 @@ template <int kClient>
 void OnValue(int value, void* cookie) {
   Client::Hear(value, cookie);
 }
-constexpr std::array<BatteryInfoCallback, kClients + 1> kCallbacks = {OnValue<0>, OnValue<1>,
-                                                                      OnValue<2>, OnValue<3>};
+constexpr std::array<BatteryInfoCallback, kClients> kCallbacks = {OnValue<0>, OnValue<1>,
+                                                                  OnValue<2>};
 
 constexpr std::array kRegister = {RegisterBatteryLevelCallback, RegisterBatteryCycleCountCallback,
                                   RegisterWirelessChargerIsOnlineCallback,
@@ -87,7 +85,7 @@ class Battery : public Family {
     registered_ = {};
     Init(InitBatteryInfo, &handle_, kWorkers);
     for (size_t p = 0; p < kProperties; ++p) {
-      for (size_t c = 0; c <= kSpare; ++c) {
+      for (size_t c = 0; c < kClients; ++c) {
         clients_[p][c] = &AddClient("client " + std::to_string(c) + " of " + kNames[p], kWorkers[0],
                                     reported_[p]);
       }
@@ -120,7 +118,6 @@ class Battery : public Family {
     if (verb == "deregister") return Deregister(step);
     if (verb == "get") return Get(PropertyOf(step[1]), step[2] == "cached");
     if (verb == "set") return Set(PropertyOf(step[1]), atoi(step[2].c_str()));
-    if (verb == "burst") return DoBurst(atoi(step[1].c_str()), step[2] == "fresh");
     if (verb == "renew") {
       End();
       return Begin();
@@ -161,7 +158,8 @@ class Battery : public Family {
 
   void Get(size_t p, bool cached) {
     if (cached) return ExpectEqual(kGet[p](handle_, true), before_.values[p], "the value");
-    if (worker(kWorkers[0]).holding()) return;  // whether clients hear of a change is not promised
+    if (worker(kWorkers[0]).state().holding)
+      return;  // whether clients hear of a change is not promised
     int value = kGet[p](handle_, false);
     // A service that died without a link is only found out by asking it.
     if (value == -EAGAIN && alive_ && !faulty()) value = kGet[p](handle_, false);
@@ -180,34 +178,6 @@ class Battery : public Family {
     if (p == 1) health_.SetCycleCount(value);
     if (p == 2) health_.SetWirelessOnline(value == 0);
     if (p == 3) health_.SetDockOnline(value == 0);
-  }
-
-  // Reports beside a client that comes and goes, questions and dumps. A fresh answer may overtake
-  // reports on their way, so that older values follow it.
-  void DoBurst(int count, bool fresh) {
-    if (AreBusy() || faulty() || deaths_held() || !alive_ || !before_.linked ||
-        ClientCount() == 0) {
-      return;
-    }
-    const int first = burst_value_;
-    burst_value_ += count + 2;
-    for (int value = first; value < burst_value_; ++value) reported_[0].insert(value);
-    health_.SetLevel(first);
-    Settle();
-    for (Client* client : clients_[0]) client->Loosen(/*in_order=*/!fresh);
-    Burst(
-        count, [&](int i) { health_.SetLevel(first + i); },
-        [&] {
-          ExpectEqual(kRegister[0](handle_, kCallbacks[kSpare], clients_[0][kSpare]), 0,
-                      "the spare client's registration");
-          const int level = GetBatteryLevel(handle_, !fresh);
-          ExpectTrue(reported_[0].contains(level),
-                     "the level was never reported: " + std::to_string(level));
-          std::ignore = TextOf(DumpBatteryInfo, handle_);
-          ExpectEqual(kDeregister[0](handle_, kCallbacks[kSpare]), 0, "the spare client's leaving");
-        });
-    // What a question has found is told together with the next change.
-    health_.SetLevel(first + count + 1);
   }
 
   State Dump() const {
@@ -297,10 +267,9 @@ class Battery : public Family {
   bool alive_ = false;
   std::array<std::set<int>, kProperties> reported_;  // all values that the phone has ever had
   size_t stray_ = 0;  // callbacks that the service may keep because it has failed to drop them
-  int burst_value_ = 10'000;
 
   void* handle_ = nullptr;
-  std::array<std::array<Client*, kClients + 1>, kProperties> clients_;
+  std::array<std::array<Client*, kClients>, kProperties> clients_;
   std::array<std::set<size_t>, kProperties> registered_;
   State before_;
   // Has changed without a call to its clients: the next one that is called for brings it.
@@ -331,7 +300,6 @@ Grammar BatteryGrammar() {
       {"hold", 2, {kWorkers}},
       {"release", 3, {kWorkers}},
       {"fault", 3, {{"find", "link", "register", "unregister", "ask"}, {"refused", "dead"}}},
-      {"burst", 1, {{"2", "20"}, {"cached", "fresh"}}},
       {"renew", 1},
   };
 }

@@ -55,19 +55,9 @@ void Worker::Close() {
   closed_ = true;
 }
 
-bool Worker::busy() const {
+Worker::State Worker::state() const {
   const Lock lock(TheShared().lock);
-  return holding_ || hold_next_;
-}
-
-bool Worker::holding() const {
-  const Lock lock(TheShared().lock);
-  return holding_;
-}
-
-bool Worker::folding() const {
-  const Lock lock(TheShared().lock);
-  return IsFolding();
+  return {.busy = holding_ || hold_next_, .holding = holding_, .folding = IsFolding()};
 }
 
 void Client::Hear(int value) {
@@ -91,10 +81,9 @@ void Client::Expect(int value) {
   }
 }
 
-void Client::Loosen(bool in_order) {
+void Client::Loosen() {
   const Lock lock(TheShared().lock);
   loose_ = true;
-  in_order_ = in_order;
 }
 
 void Client::Leave() {
@@ -119,11 +108,8 @@ bool Client::IsAsDue() const {
                           std::equal(heard_.begin(), heard_.end(), due_.begin())
                     : heard_ == due_;
   }
-  if (in_order_ && !std::is_sorted(heard_.begin(), heard_.end())) return false;
   if (may_lack || due_.empty()) return true;
-  if (heard_.empty()) return false;
-  if (worker_.fold_ == Fold::kLatest) return heard_.back() == due_.back();
-  return !in_order_ || heard_.front() == due_.front();
+  return !heard_.empty() && (worker_.fold_ == Fold::kOldest || heard_.back() == due_.back());
 }
 
 void Client::Check() {
@@ -138,7 +124,7 @@ void Client::Check() {
   if (worker_.holding_) return;
   heard_.clear();
   due_.clear();
-  folded_ = loose_ = in_order_ = false;
+  folded_ = loose_ = false;
 }
 
 void Family::Do(const Step& step) {
@@ -206,11 +192,6 @@ void Family::Deinit(void (*deinit)(void**), void** handle, const Words& workers,
   ExpectEqual(PausingWorkers(), size_t{0}, "the number of workers that pause");
 }
 
-bool Family::AreBusy() const {
-  return std::any_of(workers_.begin(), workers_.end(),
-                     [](const auto& entry) { return entry.second->busy(); });
-}
-
 Client& Family::AddClient(const std::string& name, const std::string& worker,
                           const std::set<int>& reported) {
   return clients_.emplace_back(name, *workers_.at(worker), reported);
@@ -228,16 +209,6 @@ void Family::Restart(const std::function<void()>& start) {
   if (deaths_held()) return start();
   fake::HoldDeliveries held(fake::Delivery::kDeathNotification);
   start();
-  Settle();
-}
-
-void Family::Burst(int count, const std::function<void(int)>& change,
-                   const std::function<void()>& churn) {
-  std::thread changes([&] {
-    for (int i = 1; i <= count; ++i) change(i);
-  });
-  for (int i = 0; i < count; ++i) churn();
-  changes.join();
   Settle();
 }
 

@@ -57,11 +57,12 @@ class Worker {
   void Release();
   // Deinit...() has returned: another call ends the program.
   void Close();
-  // Whether a call is being kept, or will be.
-  bool busy() const;
-  bool holding() const;
-  // Whether it was kept before this step, so that what this step causes folds.
-  bool folding() const;
+  struct State {
+    bool busy;     // a call is being kept, or will be
+    bool holding;  // a call is being kept
+    bool folding;  // one was kept before this step, so that what this step causes folds
+  };
+  State state() const;
 
  private:
   friend class Client;
@@ -93,9 +94,9 @@ class Client {
   // A change that this client must be told. While the worker is kept, changes fold.
   void Expect(int value);
   // There are others that it may be told, or their order is a matter of luck: for this time it has
-  // to hear the last one that is due, and otherwise only what was reported. `in_order`: ascending
-  // values, and the oldest one for certain when the oldest is what changes fold into.
-  void Loosen(bool in_order = false);
+  // to hear the last one that is due (when changes fold into the oldest: any), and otherwise only
+  // what was reported.
+  void Loosen();
   // Leaves; what is on its way may still arrive.
   void Leave();
   void Join();
@@ -114,7 +115,6 @@ class Client {
   // The last one due stands for all that came while the worker was kept.
   bool folded_ QUORVEL_GUARDED_BY(TheShared().lock) = false;
   bool loose_ QUORVEL_GUARDED_BY(TheShared().lock) = false;
-  bool in_order_ QUORVEL_GUARDED_BY(TheShared().lock) = false;
   bool member_ QUORVEL_GUARDED_BY(TheShared().lock) = false;
 };
 
@@ -143,7 +143,6 @@ class Family {
               const std::function<void(int)>& change);
   // By the name that "hold" and "release" use.
   Worker& worker(const std::string& name) const { return *workers_.at(name); }
-  bool AreBusy() const;
   // Lives as long as the program, to hear what it must not.
   Client& AddClient(const std::string& name, const std::string& worker,
                     const std::set<int>& reported);
@@ -161,9 +160,6 @@ class Family {
   void DeliverDeaths() { deaths_.reset(); }
   // `start` of a service that may run; the library hears of its death only when both are over.
   void Restart(const std::function<void()>& start);
-  // Changes 1 to `count` on a thread of their own, beside `count` calls of `churn`.
-  static void Burst(int count, const std::function<void(int)>& change,
-                    const std::function<void()>& churn);
 
   // How many workers paused before this step, and whether it has ended their pauses.
   size_t pausing_before() const { return pausing_before_; }

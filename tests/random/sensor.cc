@@ -12,7 +12,6 @@
 #include <limits>
 #include <optional>
 #include <sstream>
-#include <tuple>
 
 #include "dump_text.h"
 #include "family.h"
@@ -30,16 +29,11 @@ constexpr size_t kHandles = 2;
 constexpr size_t kSensors = 2;
 constexpr std::array kNames = {"proximity", "hinge"};
 constexpr std::array<int32_t, kSensors> kTypes = {ASENSOR_TYPE_PROXIMITY, ASENSOR_TYPE_HINGE_ANGLE};
-constexpr int kSpare = 3;  // the id of a client that comes and goes in bursts
+constexpr int kIds = 3;
 constexpr std::array kRegister = {RegisterProximitySensorCallback,
                                   RegisterHingeAngleSensorCallback};
 constexpr std::array kDeregister = {DeregisterProximitySensorCallback,
                                     DeregisterHingeAngleSensorCallback};
-constexpr std::array kFunctions = {std::pair("manager", SensorFunction::kGetInstance),
-                                   std::pair("queue", SensorFunction::kCreateEventQueue),
-                                   std::pair("find", SensorFunction::kGetDefaultSensor),
-                                   std::pair("enable", SensorFunction::kRegisterSensor),
-                                   std::pair("disable", SensorFunction::kDisableSensor)};
 constexpr int kRefused = STATUS_UNKNOWN_ERROR;
 
 int Truncated(float value) {
@@ -58,13 +52,12 @@ struct State {
   bool known = false;
   bool active = false;
   int data = 0;
-  bool operator==(const State&) const = default;
 };
 
 struct Handle {
   std::string name;
   void* handle = nullptr;
-  std::array<std::array<Client*, kSpare + 1>, kSensors> clients = {};
+  std::array<std::array<Client*, kIds>, kSensors> clients = {};
   std::array<std::set<int>, kSensors> registered;
   std::array<State, kSensors> before;
   // By sensor. Its clients have to leave before it is tried again: it was found absent, or refused.
@@ -78,7 +71,11 @@ class Sensors : public Family {
   Sensors() : Family(Fold::kLatest) {
     // What an earlier run has left in the looper.
     while (ALooper_pollOnce(0, nullptr, nullptr, nullptr) != ALOOPER_POLL_TIMEOUT) continue;
-    for (const auto& [name, function] : kFunctions) AddFault(name, {&hub_.on(function)});
+    AddFault("manager", {&hub_.on(SensorFunction::kGetInstance)});
+    AddFault("queue", {&hub_.on(SensorFunction::kCreateEventQueue)});
+    AddFault("find", {&hub_.on(SensorFunction::kGetDefaultSensor)});
+    AddFault("enable", {&hub_.on(SensorFunction::kRegisterSensor)});
+    AddFault("disable", {&hub_.on(SensorFunction::kDisableSensor)});
     for (size_t i = 0; i < kHandles; ++i) Begin(handles_[i], i == 0 ? "A" : "B");
   }
 
@@ -97,7 +94,7 @@ class Sensors : public Family {
     handle.name = name;
     Init(InitSensorInfo, &handle.handle, {name});
     for (size_t s = 0; s < kSensors; ++s) {
-      for (int id = 0; id <= kSpare; ++id) {
+      for (int id = 0; id < kIds; ++id) {
         handle.clients[s][static_cast<size_t>(id)] = &AddClient(
             name + "'s client " + std::to_string(id) + " of " + kNames[s], name, reported_[s]);
       }
@@ -116,13 +113,10 @@ class Sensors : public Family {
   void Act(const Step& step) override {
     const std::string& verb = step[0];
     if (verb == "start") return Start(step[1]);
-    if (verb == "report") return Report({step[1], step[2]});
-    if (verb == "batch") return Report({step.begin() + 1, step.end()});
-    if (verb == "stranger") return SendStranger();
+    if (verb == "report" || verb == "batch") return Report({step.begin() + 1, step.end()});
     Handle& handle = handles_[step[1] == "A" ? 0 : 1];
     if (verb == "register") Register(handle, SensorOf(step[2]), atoi(step[3].c_str()));
     if (verb == "deregister") Deregister(handle, SensorOf(step[2]), step[3]);
-    if (verb == "burst") DoBurst(handle, SensorOf(step[2]), atoi(step[3].c_str()));
     if (verb == "renew") {
       End(handle);
       Begin(handle, step[1]);
@@ -150,7 +144,7 @@ class Sensors : public Family {
 
   void Deregister(Handle& handle, size_t s, const std::string& which) {
     auto& registered = handle.registered[s];
-    for (int id = 0; id < kSpare; ++id) {
+    for (int id = 0; id < kIds; ++id) {
       if (which != "all" && which != std::to_string(id)) continue;
       const int result = kDeregister[s](handle.handle, id);
       if (registered.erase(id) == 0) {
@@ -201,38 +195,6 @@ class Sensors : public Family {
     hub_.Report(readings);
   }
 
-  void SendStranger() {
-    if (!running_) return;
-    ASensorEvent event = {};
-    event.version = sizeof event;
-    event.type = 77;
-    hub_.SendUnasked({event});
-  }
-
-  // Readings beside a client that comes and goes, and dumps.
-  void DoBurst(Handle& handle, size_t s, int count) {
-    if (AreBusy() || faulty() || !handle.before[s].active || handle.registered[s].empty()) return;
-    const int first = burst_value_ + 1;
-    burst_value_ += count + 1;
-    hub_.Report(kTypes[s], static_cast<float>(first));
-    Settle();
-    for (int value = first; value <= burst_value_; ++value) {
-      AddReading(s, static_cast<float>(value));
-    }
-    for (Handle& each : handles_) {
-      for (Client* client : each.clients[s]) client->Loosen(/*in_order=*/true);
-    }
-    Client* const spare = handle.clients[s][kSpare];
-    Burst(
-        count, [&](int i) { hub_.Report(kTypes[s], static_cast<float>(first + i)); },
-        [&] {
-          ExpectEqual(kRegister[s](handle.handle, kSpare, Client::Hear, spare), 0,
-                      "the spare client's registration");
-          std::ignore = TextOf(DumpSensorInfo, handle.handle);
-          ExpectEqual(kDeregister[s](handle.handle, kSpare), 0, "the spare client's leaving");
-        });
-  }
-
   std::array<State, kSensors> Dump(const Handle& handle) const {
     const std::string text = TextOf(DumpSensorInfo, handle.handle);
     std::array<State, kSensors> states;
@@ -254,7 +216,8 @@ class Sensors : public Family {
       } else if (s < kSensors &&
                  sscanf(line.c_str(), "    client id:%d need_to_update:%c", &number, &owed) == 2) {
         ids[s].insert(number);
-        ExpectTrue(owed == 'F' || worker(handle.name).holding(), "a client is still owed a call");
+        ExpectTrue(owed == 'F' || worker(handle.name).state().holding,
+                   "a client is still owed a call");
       } else {
         Fail("the dump is\n" + text);
       }
@@ -308,9 +271,9 @@ class Sensors : public Family {
                 std::string("the data of ") + kNames[s]);
     for (const int id : registered) {
       Client* const client = handle.clients[s][static_cast<size_t>(id)];
-      if (new_ == client && (event || worker(handle.name).folding())) client->Loosen();
+      if (new_ == client && (event || worker(handle.name).state().folding)) client->Loosen();
       // The first events of two sensors come one after the other.
-      if (was_enabled && worker(handle.name).holding()) client->Loosen();
+      if (was_enabled && worker(handle.name).state().holding) client->Loosen();
       if ((new_ == client && now.active) || event) client->Expect(now.data);
     }
     if (now.active) {
@@ -337,7 +300,6 @@ class Sensors : public Family {
   std::array<bool, kSensors> exists_ = {};
   std::array<std::optional<int>, kSensors> latest_;
   std::array<std::set<int>, kSensors> reported_ = {std::set{0}, std::set{0}};
-  int burst_value_ = 10'000;
   std::array<Handle, kHandles> handles_;
   // In this step:
   std::array<bool, kSensors> arrived_ = {};
@@ -351,19 +313,15 @@ Grammar SensorGrammar() {
   const Words sensors(kNames.begin(), kNames.end());
   const Words ids = {"0", "1", "2"};
   const Words values = {"0", "4.9", "-0.5", "7.99", "179.6", "-3", "3e10", "-3e10", "nan"};
-  Words faults;
-  for (const auto& [name, function] : kFunctions) faults.emplace_back(name);
   return {
       {"register", 8, {handles, sensors, ids}},
       {"deregister", 4, {handles, sensors, {"0", "1", "2", "all"}}},
       {"report", 6, {sensors, values}},
       {"batch", 3, {sensors, values, sensors, values}},
-      {"stranger", 1},
       {"start", 1, {{"both", "both", "both", "proximity", "hinge"}}},
       {"hold", 2, {handles}},
       {"release", 3, {handles}},
-      {"fault", 2, {faults, {"refused"}}},
-      {"burst", 1, {handles, sensors, {"2", "20"}}},
+      {"fault", 2, {{"manager", "queue", "find", "enable", "disable"}, {"refused"}}},
       {"renew", 1, {handles}},
   };
 }

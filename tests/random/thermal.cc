@@ -10,7 +10,6 @@
 #include <cstdlib>
 #include <optional>
 #include <sstream>
-#include <tuple>
 
 #include "dump_text.h"
 #include "family.h"
@@ -31,22 +30,20 @@ using simulated::ThermalPath;
 constexpr std::array kPaths = {ThermalPath::kAidl, ThermalPath::kHidl};
 const Words kTypes = {"CPU", "SKIN", "BCL_CURRENT", "skin"};  // the last one is no type
 constexpr std::array kTypeNumbers = {0, 3, 7, -1};
+constexpr int kCpu = 0;
+constexpr int kSkin = 1;
 const Words kHeld = {"CPU", "SKIN", "BCL_CURRENT"};
-constexpr int kIds = 3;  // of each type
-constexpr int kSpare = 9;
+constexpr int kIds = 3;  // of each type: ten times its index, and 0 to 2
 // Ticks after which the attempts may have ended: five, and ten from the last of these on.
 constexpr size_t kReconnectTicks = 13;
 constexpr size_t kRestoreTicks = 9;
 
-int NumberOf(const std::string& type) {
-  return kTypeNumbers.at(
-      static_cast<size_t>(std::find(kTypes.begin(), kTypes.end(), type) - kTypes.begin()));
-}
-int IdOf(int type, int number) {
-  return 10 * (type + 1) + number;
+// The index of a type.
+int TypeOf(const std::string& name) {
+  return static_cast<int>(std::find(kTypes.begin(), kTypes.end(), name) - kTypes.begin());
 }
 int TypeOf(int id) {
-  return id / 10 - 1;
+  return id / 10;
 }
 
 class Thermals : public Family {
@@ -99,7 +96,7 @@ class Thermals : public Family {
   // The severity on the phone.
   std::optional<int> Find(int type, const std::string& name) const {
     for (const auto& each : phone_.data().temperatures) {
-      if (static_cast<int>(each.type) == type && each.name == name) {
+      if (static_cast<int>(each.type) == kTypeNumbers[type] && each.name == name) {
         return static_cast<int>(each.throttlingStatus);
       }
     }
@@ -119,22 +116,20 @@ class Thermals : public Family {
   Client& ClientOf(int id, const std::string& name) {
     Client*& client = clients_[{id, name}];
     if (client == nullptr) {
-      const auto type = std::find(kTypeNumbers.begin(), kTypeNumbers.end(), TypeOf(id));
-      client = &AddClient("client " + std::to_string(id) + " of " + name,
-                          kTypes[static_cast<size_t>(type - kTypeNumbers.begin())], reported_);
+      client =
+          &AddClient("client " + std::to_string(id) + " of " + name, kTypes[TypeOf(id)], reported_);
     }
     return *client;
   }
 
   void Act(const Step& step) override {
     const std::string& verb = step[0];
-    if (verb == "register") return Register(step[1], step[2], atoi(step[3].c_str()));
+    if (verb == "register") return Register(10 * TypeOf(step[1]) + atoi(step[3].c_str()), step[2]);
     if (verb == "deregister") return Deregister(step);
     if (verb == "severity") return SetSeverity(step[1], atoi(step[2].c_str()));
-    if (verb == "notify") return Notify(NumberOf(step[1]), step[2], atoi(step[3].c_str()));
+    if (verb == "notify") return Notify(TypeOf(step[1]), step[2], atoi(step[3].c_str()));
     if (verb == "limits") return Limits(step[1] == "cached");
     if (verb == "bulk") return Bulk({step.begin() + 1, step.end()});
-    if (verb == "burst") return DoBurst(NumberOf(step[1]), step[2], atoi(step[3].c_str()));
     if (verb == "renew") {
       End();
       return Begin();
@@ -150,17 +145,16 @@ class Thermals : public Family {
     alive_[path] ? phone_.Start(kPaths[path]) : phone_.Kill(kPaths[path]);
   }
 
-  int Call(const std::string& type, const std::string& name, int id, Client& client) {
+  int Call(int id, const std::string& name) {
     const ThermalCallbackParam param = {.id = id,
-                                        .type_name = type.c_str(),
+                                        .type_name = kTypes[TypeOf(id)].c_str(),
                                         .temperature_name = name.c_str(),
                                         .callback = Client::Hear};
-    return RegisterThermalCallback(handle_, &param, &client);
+    return RegisterThermalCallback(handle_, &param, &ClientOf(id, name));
   }
 
-  void Register(const std::string& type, const std::string& name, int number) {
-    const int id = IdOf(NumberOf(type), number);
-    const int result = Call(type, name, id, ClientOf(id, name));
+  void Register(int id, const std::string& name) {
+    const int result = Call(id, name);
     ExpectTrue(result == 0 || result == -EINVAL, "the result is " + std::to_string(result));
     if (alive()) {
       const bool fits = !registered_.contains(id) && Find(TypeOf(id), name);
@@ -188,19 +182,17 @@ class Thermals : public Family {
   }
 
   void Deregister(const Step& step) {
-    for (const std::string& type : kTypes) {
-      for (int i = 0; i < kIds; ++i) {
-        if (step[1] == "all" || (step[1] == type && step[2] == std::to_string(i))) {
-          Deregister(type, IdOf(NumberOf(type), i));
-        }
-      }
+    for (int id = 0; id < 10 * static_cast<int>(kTypes.size()); ++id) {
+      const bool named = step[1] == kTypes[TypeOf(id)] && step[2] == std::to_string(id % 10);
+      if (id % 10 < kIds && (step[1] == "all" || named)) Deregister(id);
     }
   }
 
-  void Deregister(const std::string& type, int id) {
+  void Deregister(int id) {
     // The last one of a type waits until no callback of the type is under way.
-    if (CountOf(TypeOf(id)) == 1 && worker(type).busy()) {
-      worker(type).Release();
+    Worker& called_by = worker(kTypes[TypeOf(id)]);
+    if (CountOf(TypeOf(id)) == 1 && called_by.state().busy) {
+      called_by.Release();
       Settle();
       CheckClients();
     }
@@ -236,24 +228,22 @@ class Thermals : public Family {
   }
 
   void SetSeverity(const std::string& name, int severity) {
-    for (const auto& each : phone_.data().temperatures) {
-      if (each.name != name || static_cast<int>(each.throttlingStatus) == severity) continue;
-      ReportEvent(static_cast<int>(each.type), name, severity);
+    for (const int type : {kCpu, kSkin, 2}) {
+      const std::optional<int> before = Find(type, name);
+      if (before && before != severity) ReportEvent(type, name, severity);
     }
+    reported_.insert(severity);
     phone_.SetSeverity(name, static_cast<ThrottlingSeverity>(severity));
     phone_.SetTemperature(name, static_cast<float>(severity) / 2);
   }
 
   // Whatever the temperatures are.
-  void Send(int type, const std::string& name, int severity) {
-    phone_.Notify({.type = static_cast<TemperatureType>(type),
+  void Notify(int type, const std::string& name, int severity) {
+    ReportEvent(type, name, severity);
+    phone_.Notify({.type = static_cast<TemperatureType>(kTypeNumbers[type]),
                    .name = name,
                    .value = 0,
                    .throttlingStatus = static_cast<ThrottlingSeverity>(severity)});
-  }
-  void Notify(int type, const std::string& name, int severity) {
-    ReportEvent(type, name, severity);
-    Send(type, name, severity);
   }
 
   void Limits(bool cached) {
@@ -270,7 +260,11 @@ class Thermals : public Family {
     if (!cached && !certain()) {
       limits_ = limits;  // as they were, none, or those of one type
     } else if (!cached && alive()) {
-      limits_ = {{6, *Find(6, "AUDIO_voltage")}, {7, *Find(7, "AUDIO_current")}};
+      limits_.clear();
+      for (const auto& each : phone_.data().temperatures) {
+        if (!each.name.starts_with("AUDIO")) continue;
+        limits_[static_cast<int>(each.type)] = static_cast<int>(each.throttlingStatus);
+      }
     }
     ExpectTrue(limits == limits_, "other limits than expected");
   }
@@ -294,52 +288,19 @@ class Thermals : public Family {
     ExpectTrue(result == 0 && found == expected, "other readings than those of the phone");
   }
 
-  // Notices of a temperature beside questions, dumps, and a client of another one that comes and
-  // goes. The first notice is heard by all; of later ones some, in their order.
-  void DoBurst(int type, const std::string& name, int count) {
-    if (AreBusy() || !certain() || !alive() || !AreAllRegistered() || CountOf(type) == 0) return;
-    const int first = burst_value_ + 1;
-    burst_value_ += count;
-    for (int value = first; value <= burst_value_; ++value) reported_.insert(value);
-    const bool other_is_skin = type != 3;
-    for (const auto& [id, listened] : registered_) {
-      // Those of the other type hear what greets the spare client.
-      if (TypeOf(id) == (other_is_skin ? 3 : 0)) ClientOf(id, listened).Loosen();
-      if (TypeOf(id) != type || listened != name) continue;
-      ClientOf(id, listened).Loosen(/*in_order=*/true);
-      ClientOf(id, listened).Expect(first);
-    }
-    const std::string other = other_is_skin ? "skin" : "cpu";
-    Client& spare = ClientOf(IdOf(other_is_skin ? 3 : 0, kSpare), other);
-    spare.Loosen();
-    Burst(
-        count, [&](int i) { Send(type, name, first + i - 1); },
-        [&] {
-          ExpectEqual(Call(other_is_skin ? "SKIN" : "CPU", other, kSpare, spare), 0,
-                      "the spare client's registration");
-          const char* wanted = "cpu";
-          thermistor out;
-          int size = 1;
-          ExpectEqual(GetBulkTemperatureByNames(handle_, &wanted, 1, &out, &size), 0, "the result");
-          ExpectEqual(size, 1, "the number of readings");
-          std::ignore = TextOf(DumpThermalInfo, handle_);
-          ExpectEqual(DeregisterThermalCallback(handle_, kSpare), 0, "the spare client's leaving");
-        });
-  }
-
   // The clients in the dump, by id.
   std::map<int, std::string> Dump() const {
     const std::string text = TextOf(DumpThermalInfo, handle_);
     std::map<int, std::string> clients;
     std::map<int, int> limits;
-    int type = -2;
+    int type = 0;
     int limit_type = 0;
     std::istringstream lines(text);
     for (std::string line; std::getline(lines, line);) {
       int number = 0;
       char name[64] = "";
       if (sscanf(line.c_str(), "      id: %d, temperature_name:%63s", &number, name) >= 1) {
-        ExpectTrue(TypeOf(number) == type && clients.emplace(number, name).second,
+        ExpectTrue(kTypeNumbers[TypeOf(number)] == type && clients.emplace(number, name).second,
                    "a client is in the wrong place\n" + text);
       } else if (sscanf(line.c_str(), "    supported_temperature_type_: %d", &number) == 1) {
         type = number;
@@ -417,7 +378,6 @@ class Thermals : public Family {
   std::array<bool, 2> alive_ = {};
   std::set<int> reported_;  // all severities that were ever reported
   size_t stray_ = 0;  // callbacks that services may keep because they have failed to drop them
-  int burst_value_ = 10'000;
 
   void* handle_ = nullptr;
   std::map<std::pair<int, std::string>, Client*> clients_;  // by id and name
@@ -460,8 +420,6 @@ Grammar ThermalGrammar() {
       {"release", 3, {kHeld}},
       {"fault", 2, {{"register", "unregister", "query"}, {"failed"}}},
       {"fault", 1, {{"link"}, {"dead"}}},
-      {"burst", 1, {{"SKIN"}, {"skin"}, {"2", "20"}}},
-      {"burst", 1, {{"BCL_CURRENT"}, {"battery_current", "AUDIO_current"}, {"2", "20"}}},
       {"renew", 1},
   };
 }
