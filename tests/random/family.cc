@@ -95,7 +95,10 @@ void Client::Leave() {
 void Client::Join() {
   const Lock lock(TheShared().lock);
   member_ = true;
-  if (worker_.IsFolding()) loose_ = true;  // it may have left a moment ago
+  if (!worker_.IsFolding()) return;
+  // It may have left a moment ago: a call that is on its way still may bring what it has missed.
+  loose_ = true;
+  due_.clear();
 }
 
 bool Client::IsAsDue() const {
