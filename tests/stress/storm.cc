@@ -15,6 +15,7 @@
 #include <thread>
 #include <vector>
 
+#include "environment.h"
 #include "hang_guard.h"
 #include "pauses.h"
 #include "quiet.h"
@@ -28,6 +29,8 @@ using fake::Delivery;
 using fake::HoldDeliveries;
 using Random = std::mt19937_64;
 
+// Far longer than a round takes.
+constexpr std::chrono::minutes kPatience(kSanitized ? 5 : 1);
 constexpr int kReportsOfRound = 1000;
 constexpr int kHandlesOfRound = 10;  // at least, where there are no deaths
 constexpr int kDeathsOfRound = 50;
@@ -233,7 +236,7 @@ std::string Storm(Subject& subject, Kind kind, int count, uint64_t seed) {
   const bool deaths = kind == Kind::kDeaths;
   const int of_round = deaths ? kDeathsOfRound : kReportsOfRound;
   for (int i = 0; i < count; i += of_round) {
-    RestartHangGuard(deaths ? "deaths" : "reports", std::chrono::minutes(5));
+    RestartHangGuard(deaths ? "deaths" : "reports", kPatience);
     Round(subject, kind, of_round, random, done);
   }
   return std::to_string(done.reports) + " reports, " + std::to_string(done.deaths) + " deaths; " +
