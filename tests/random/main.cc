@@ -18,14 +18,15 @@
 #include <string>
 #include <vector>
 
+#include "environment.h"
 #include "family.h"
 
 namespace {
 
 using namespace norvik::qel::random_test;  // NOLINT(google-build-using-namespace): its own program
 
-// Longer than any step takes, also under a sanitizer on a busy machine.
-constexpr std::chrono::seconds kPatience(100);
+// Longer than any step takes on a busy machine.
+constexpr std::chrono::seconds kPatience(norvik::qel::kSanitized ? 100 : 20);
 // While shrinking, where many attempts may hang.
 constexpr std::chrono::seconds kShrinkingPatience(15);
 
