@@ -4,6 +4,7 @@
 // The fields of one object of a recording, each of which has to be what it should be.
 #pragma once
 
+#include <limits>
 #include <optional>
 #include <set>
 #include <span>
@@ -15,6 +16,10 @@
 #include "output/json.h"
 
 namespace norvik::qel::monitor {
+
+// Limits of a field that takes any int.
+inline constexpr int kLowestInt = std::numeric_limits<int>::lowest();
+inline constexpr int kHighestInt = std::numeric_limits<int>::max();
 
 // Takes fields by their keys and refuses those that were not taken. Throws LineError.
 //

@@ -43,7 +43,7 @@ using RareSensorTest = SensorFixture;
 
 TEST_F(RareSensorTest, AFailedReadLeavesTheEventsForTheNextOne) {
   hub_.Start();
-  RegisterProximityAndHearZero();
+  RegisterProximity();
   hub_.on(SensorFunction::kGetEvents).Then({.status = -EAGAIN});
   hub_.Report(kProximity, 4);
   ASSERT_TRUE(hub_.on(SensorFunction::kGetEvents).WaitForCalls(1));
@@ -88,7 +88,7 @@ struct LeavesTwice {
 
 TEST_F(RareThermalTest, AClientThatLeftMayDeregisterAgainDuringDeinit) {
   thermal_.Start(ThermalPath::kHidl);
-  RegisterAndHear<2>("CPU", "cpu");
+  RegisterCpu();
   LeavesTwice client = {.handle = handle_};
   ASSERT_EQ(RegisterClient(handle_, 1, "SKIN", "skin", LeavesTwice::Callback, &client), 0);
   EXPECT_EQ(client.results.Take(), 0);
@@ -142,9 +142,9 @@ TEST_F(RareThermalTest, ALinkThatTheTransportFailsToCarryIsLoggedAndNothingElse)
   ASSERT_EQ(service->registerAsService(), android::OK);
   EXPECT_TRUE(Operate());
   EXPECT_TRUE(Operate());
-  EXPECT_EQ(fake::TryGetHidlServiceScript().calls(), 1) << "the connection counts as made";
+  EXPECT_EQ(thermal_.on(fake::BinderFunction::kTryGetHidlService).calls(), 1) << "the connection counts as made";
   DeinitThermalInfo(&handle_);
-  EXPECT_THAT(Log(ANDROID_LOG_WARN),
+  EXPECT_THAT(Warnings(),
               ElementsAre(kNotDeclared, HasSubstr("Failed to link to death (HIDL): "),
                           HasSubstr("Failed to unlink to death (HIDL): ")));
 }

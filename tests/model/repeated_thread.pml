@@ -11,13 +11,13 @@
  * part of the code: it says in other words what has to happen, and assertions compare the two.
  *
  * Each FAULT_... breaks one line of the protocol. `tests/model/check` builds the model with every one of
- * them in turn and wants to see it caught.
+ * them in turn, and fails when a fault is not found.
  *
  * An `atomic` stands for what the code does in one hold of lock_, or for one atomic exchange. It may,
  * since the compiler checks that nothing touches another member of RepeatedThread without lock_.
  *
- * Simpler than the code: the number of calls is bounded, and nobody starves at the lock;
- * `repeat_count` is 0, 1 or 2; a pause lasts for as long as it likes.
+ * Simpler than the code: the number of calls is bounded, and no thread starves at the lock;
+ * `repeat_count` is 0, 1 or 2; a pause may last for ever.
  */
 
 #ifndef STARTS
@@ -63,7 +63,7 @@ inline due_request() {
 /* A run begins. */
 inline due_run() {
   assert(!exit_requested && !ended && !joined);  /* none after the end */
-  assert(due_busy && due_runs > 0);              /* none that nobody has asked for */
+  assert(due_busy && due_runs > 0);              /* none that was not asked for */
   due_runs--;
   due_served = true
 }
@@ -86,7 +86,7 @@ inline due_retry() {
   due_further = false
 }
 
-/* cv_.notify_one(): lost while nobody sleeps */
+/* cv_.notify_one(): lost while no thread sleeps */
 inline notify_one() {
   woken = sleeping
 }
@@ -148,7 +148,7 @@ inline start() {
   :: else
   fi;
   if
-#ifndef FAULT_START_WAKES_NOBODY
+#ifndef FAULT_START_WAKES_NO_THREAD
   :: goes_on -> atomic { notify_one(); goes_on = false }
 #else
   :: goes_on -> goes_on = false
@@ -166,7 +166,7 @@ inline end_loop() {
   assert(ends_of_loop == 1);  /* the warning of an early end is written once at most */
   exit_requested = true;
   running = false;
-#ifndef FAULT_END_WAKES_NOBODY
+#ifndef FAULT_END_WAKES_NO_THREAD
   notify_one()
 #endif
 }
@@ -332,7 +332,7 @@ leave:  /* the rest of RunThread() */
   worker_gone = true
 }
 
-/* Anybody who asks for runs. */
+/* A thread that asks for runs. */
 proctype Client() {
   byte starts = STARTS;
   bool goes_on;
@@ -350,7 +350,7 @@ proctype Retirer() {
   fi
 }
 
-/* Deadlines and spurious wakes. A deadline passes at some time; but once the end is asked for nobody
+/* Deadlines and spurious wakes. A deadline passes at some time; but once the end is asked for no thread
    counts on that: a pause may be as long as it likes. */
 proctype Clock() {
   byte spurious = SPURIOUS_WAKES;
@@ -392,11 +392,11 @@ init {
   fi
 }
 
-/* Whoever has asked for a run gets one that begins afterwards. */
+/* A thread that has asked for a run gets one that begins afterwards. */
 ltl no_request_is_lost { [] (!due_served -> <> (due_served || exit_requested)) }
 
 /* Deinitialize() returns, however long the pause would be. */
 ltl the_end_comes { [] (end_wanted -> <> joined) }
 
-/* A worker that is asked to end says that it has, without anybody's waiting for it. */
+/* A worker that is asked to end says that it has, also when no thread waits for it. */
 ltl an_exit_is_reported { [] (exit_requested -> <> ended) }

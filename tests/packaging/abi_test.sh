@@ -4,7 +4,7 @@
 
 # abi_test.sh [--renew] LIBRARY: the C functions of LIBRARY, which has debug information, against
 # libquorvel.abi.xml: same names, arguments, results and records. With --renew the library is right,
-# and that file is written anew.
+# and that file is written again.
 #
 # Only what is reachable from the C functions is compared, so that neither the compiler nor its
 # options nor the classes behind show in it; nor does the processor, where sizes agree.

@@ -24,58 +24,36 @@ PLATFORM = "host/fake_platform/include"
 CONTROL = "host/fake_platform/control"
 PRODUCT = ["include", "src", "monitor", "host"]
 SUPPORT = "tests/support"
-# The folders whose headers a target may include. Every target that this build makes is listed.
-ALLOWED = {
-    "quorvel_objects": ["include", "src", PLATFORM],
-    "quorvel_monitor_core": ["include", "monitor"],
-    "quorvel_monitor_simulation": ["include", "monitor"],
-    "quorvel_monitor_phone_device": ["include", "monitor", PLATFORM],
-    "quorvel_monitor_platform": ["include", "monitor", PLATFORM],
-    "quorvel_services": [PLATFORM, CONTROL, "host/services"],
-    "quorvel_simulated": [PLATFORM, CONTROL, "host/services", "host/simulated"],
-    "quorvel_linux_machine": [PLATFORM, CONTROL, "host/services", "host/linux_machine"],
-    "thermal_recovery_test": [*PRODUCT, SUPPORT],
-    "host_test": [*PRODUCT, SUPPORT],
-    "quorvel_random_objects": [*PRODUCT, SUPPORT, "tests/random"],
-    "quorvel_stress_test": [*PRODUCT, SUPPORT, "tests/stress"],
-}
-# One that has to compile, so that an include path which is wrong altogether is noticed.
-REACHED = {
-    "quorvel_objects": "thermal/thermal_info.h",
-    "quorvel_monitor_core": "clients/battery_client.h",
-    "quorvel_monitor_simulation": "recording/recording.h",
-    "quorvel_monitor_phone_device": "android/binder_process.h",
-    "quorvel_monitor_platform": "android/binder_process.h",
-    "quorvel_services": "quorvel/fake/script.h",
-    "quorvel_simulated": "quorvel/services/health_service.h",
-    "quorvel_linux_machine": "quorvel/services/health_service.h",
-    "thermal_recovery_test": "waiting.h",
-    "host_test": "device_files.h",
-    "quorvel_random_objects": "pauses.h",
-    "quorvel_stress_test": "pauses.h",
+# Each target that this build makes: the folders whose headers it may include, and a header that has
+# to compile, so that an include path which is wrong altogether is noticed.
+TARGETS = {
+    "quorvel_objects": (["include", "src", PLATFORM], "thermal/thermal_info.h"),
+    "quorvel_monitor_core": (["include", "monitor"], "clients/battery_client.h"),
+    "quorvel_monitor_simulation": (["include", "monitor"], "recording/recording.h"),
+    "quorvel_monitor_phone_device": (["include", "monitor", PLATFORM], "android/binder_process.h"),
+    "quorvel_monitor_platform": (["include", "monitor", PLATFORM], "android/binder_process.h"),
+    "quorvel_services": ([PLATFORM, CONTROL, "host/services"], "quorvel/fake/script.h"),
+    "quorvel_simulated": ([PLATFORM, CONTROL, "host/services", "host/simulated"],
+                          "quorvel/services/health_service.h"),
+    "quorvel_linux_machine": ([PLATFORM, CONTROL, "host/services", "host/linux_machine"],
+                              "quorvel/services/health_service.h"),
+    "thermal_recovery_test": ([*PRODUCT, SUPPORT], "waiting.h"),
+    "host_test": ([*PRODUCT, SUPPORT], "device_files.h"),
+    "quorvel_random_objects": ([*PRODUCT, SUPPORT, "tests/random"], "pauses.h"),
+    "quorvel_stress_test": ([*PRODUCT, SUPPORT, "tests/stress"], "pauses.h"),
 }
 
-HEADERS = sorted(str(path.relative_to(ROOT)) for folder in ("include", "src", "monitor", "host",
-                                                            "tests", "bench")
-                 for path in (ROOT / folder).rglob("*.h"))
-
-
-def is_in(header, folders):
-    return any(header.startswith(folder + "/") for folder in folders)
-
-
-def preprocess(text, include_path):
-    options = [f"-I{folder}" for folder in include_path]
-    return subprocess.run([COMPILER, "-std=c++20", "-x", "c++", "-E", "-P", "-o", "-", *options, "-"],
-                          input=text, text=True, capture_output=True, cwd=FOLDER)
+SOURCES = [path for folder in ("include", "src", "monitor", "host", "tests", "bench")
+           for path in (ROOT / folder).rglob("*") if path.suffix in (".h", ".c", ".cc")]
+HEADERS = sorted(str(path.relative_to(ROOT)) for path in SOURCES if path.suffix == ".h")
 
 
 def reached(names, include_path):
     """Those of the names that an #include finds."""
     text = "".join(f'#if __has_include("{name}")\nfound {name}\n#endif\n' for name in names)
-    done = preprocess(text, include_path)
-    if done.returncode != 0:
-        raise ValueError(done.stderr)
+    options = [f"-I{folder}" for folder in include_path]
+    done = subprocess.run([COMPILER, "-std=c++20", "-x", "c++", "-E", "-P", *options, "-"],
+                          input=text, text=True, capture_output=True, cwd=FOLDER, check=True)
     return set(re.findall(r"^found (.*)$", done.stdout, re.MULTILINE))
 
 
@@ -91,13 +69,13 @@ class BordersTest(unittest.TestCase):
         for dirs in sorted(FOLDER.glob("*.dirs")):
             include_path = [line for line in dirs.read_text().splitlines() if line]
             with self.subTest(target=dirs.stem):
-                allowed = ALLOWED[dirs.stem]
-                self.assertEqual(reached([REACHED[dirs.stem]], include_path),
-                                 {REACHED[dirs.stem]})
-                permitted = {name for header in HEADERS if is_in(header, allowed)
-                             for name in spellings(header)}
-                forbidden = {name for header in HEADERS if not is_in(header, allowed)
-                             for name in spellings(header)} - permitted
+                allowed, header = TARGETS[dirs.stem]
+                self.assertEqual(reached([header], include_path), {header})
+                permitted, forbidden = set(), set()
+                for header in HEADERS:
+                    is_permitted = header.startswith(tuple(folder + "/" for folder in allowed))
+                    (permitted if is_permitted else forbidden).update(spellings(header))
+                forbidden -= permitted
                 # The system's own headers have names, too.
                 forbidden -= reached(forbidden, [])
                 tried += len(forbidden)
@@ -113,10 +91,8 @@ class BordersTest(unittest.TestCase):
         self.assertEqual(done.returncode, 0, done.stderr)
 
     def test_no_include_climbs_out_of_its_folder(self):
-        sources = [path for folder in ("include", "src", "monitor", "host", "tests", "bench")
-                   for path in (ROOT / folder).rglob("*.[ch]*") if path.suffix in (".h", ".c", ".cc")]
-        self.assertGreater(len(sources), 0)
-        for path in sources:
+        self.assertGreater(len(SOURCES), 0)
+        for path in SOURCES:
             self.assertNotRegex(path.read_text(), r'#include "\.\.', str(path))
 
     def test_kinds_of_tests_and_benchmarks_share_only_the_support(self):

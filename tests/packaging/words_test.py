@@ -59,7 +59,9 @@ def files():
     for place in map(ROOT.joinpath, PLACES):
         for path in [place] if place.is_file() else sorted(place.rglob("*")):
             picture = path.suffix in (".png", ".svg")
-            if path.is_file() and not picture and "build" not in path.relative_to(ROOT).parts:
+            this = path.name == "words_test.py"
+            if (path.is_file() and not picture and not this and
+                    "build" not in path.relative_to(ROOT).parts):
                 yield path
 
 

@@ -8,7 +8,6 @@
 #include <array>
 #include <cerrno>
 #include <cstdlib>
-#include <tuple>
 
 #include "dump_text.h"
 #include "family.h"
@@ -25,17 +24,17 @@ using services::HealthOperation;
 constexpr size_t kProperties = 4;
 constexpr std::array kNames = {"level", "cycles", "wireless", "dock"};
 constexpr size_t kClients = 3;
-constexpr size_t kSpare = kClients;  // comes and goes in bursts
 constexpr size_t kAttempts = 10;
 constexpr int kUnknown = -1;
+const Words kWorkers = {"clients"};
 
 // A client is a function of its own, which can be registered for each property.
 template <int kClient>
 void OnValue(int value, void* cookie) {
-  static_cast<Client*>(cookie)->Hear(value);
+  Client::Hear(value, cookie);
 }
-constexpr std::array<BatteryInfoCallback, kClients + 1> kCallbacks = {OnValue<0>, OnValue<1>,
-                                                                      OnValue<2>, OnValue<3>};
+constexpr std::array<BatteryInfoCallback, kClients> kCallbacks = {OnValue<0>, OnValue<1>,
+                                                                  OnValue<2>};
 
 constexpr std::array kRegister = {RegisterBatteryLevelCallback, RegisterBatteryCycleCountCallback,
                                   RegisterWirelessChargerIsOnlineCallback,
@@ -52,16 +51,23 @@ size_t PropertyOf(const std::string& name) {
 
 class Battery : public Family {
  public:
-  Battery() {
-    for (size_t p = 0; p < kProperties; ++p) ever_[p].insert(OnPhone(p));
+  Battery() : Family(Fold::kLatest) {
+    for (size_t p = 0; p < kProperties; ++p) reported_[p].insert(OnPhone(p));
+    for (int i = 1; i <= 5; ++i) reported_[0].insert(1000 + i);
+    AddFault("find", {&health_.on(fake::BinderFunction::kGetService)});
+    AddFault("link", {&health_.on(fake::BinderFunction::kLinkToDeath)});
+    AddFault("register", {&health_.on(HealthOperation::kRegisterCallback)});
+    AddFault("unregister", {&health_.on(HealthOperation::kUnregisterCallback)});
+    AddFault("ask", {&health_.on(HealthOperation::kGetHealthInfo)});
     Begin();
   }
 
   void Finish() override {
-    End(/*busy=*/true);
+    End();
     DeliverDeaths();
     health_.Kill();
     Settle();
+    CheckClients();
   }
 
  private:
@@ -69,7 +75,6 @@ class Battery : public Family {
   struct State {
     bool linked = false;
     std::array<int, kProperties> values = {kUnknown, kUnknown, kUnknown, kUnknown};
-    bool operator==(const State&) const = default;
   };
 
   void Begin() {
@@ -77,36 +82,17 @@ class Battery : public Family {
     gave_up_ = may_link_without_clients_ = false;
     owed_ = {};
     registered_ = {};
+    Init(InitBatteryInfo, &handle_, kWorkers);
     for (size_t p = 0; p < kProperties; ++p) {
-      for (size_t c = 0; c <= kSpare; ++c) {
-        clients_.push_back(
-            std::make_unique<Client>("client " + std::to_string(c) + " of " + kNames[p], worker_));
-        current_[p][c] = clients_.back().get();
+      for (size_t c = 0; c < kClients; ++c) {
+        clients_[p][c] = &AddClient("client " + std::to_string(c) + " of " + kNames[p], kWorkers[0],
+                                    reported_[p]);
       }
     }
-    InitBatteryInfo(&handle_);
-    ExpectTrue(handle_ != nullptr, "no handle");
   }
 
-  void End(bool busy) {
-    worker_.Release();
-    const auto deinit = [this] {
-      if (handle_ == nullptr) return;
-      DeinitBatteryInfo(&handle_);
-      ExpectTrue(handle_ == nullptr, "the handle is not null");
-      for (auto& of_property : current_) {
-        for (Client* client : of_property) client->Close();
-      }
-    };
-    if (busy) {
-      Burst(
-          5, [this](int i) { health_.SetLevel(1000 + i); }, deinit);
-    } else {
-      deinit();
-      Settle();
-    }
-    ExpectNoThreads({"battery_callback", "battery_reconnect"});
-    ExpectEqual(PausingWorkers(), size_t{0}, "the number of workers that pause");
+  void End() {
+    Deinit(DeinitBatteryInfo, &handle_, kWorkers, [this](int i) { health_.SetLevel(1000 + i); });
     // Which of the deaths that are held the old handle would have heard of no longer matters.
     ExpectTrue(faulty() || health_.callback_count() <= stray_, "the service keeps a callback");
     stray_ = health_.callback_count();
@@ -119,6 +105,11 @@ class Battery : public Family {
     return (property == 2 ? info.chargerWirelessOnline : info.chargerDockOnline) ? 0 : 1;
   }
 
+  // Those made and not undone.
+  static int Links() {
+    return health_.on(fake::BinderFunction::kLinkToDeath).calls() - health_.on(fake::BinderFunction::kUnlinkToDeath).calls();
+  }
+
   size_t ClientCount() const {
     size_t count = 0;
     for (const auto& clients : registered_) count += clients.size();
@@ -127,34 +118,28 @@ class Battery : public Family {
 
   void Act(const Step& step) override {
     const std::string& verb = step[0];
-    registered_now_ = kProperties;
-    first_ = false;
     if (verb == "register") return Register(PropertyOf(step[1]), step[2][0] - '0');
     if (verb == "deregister") return Deregister(step);
     if (verb == "get") return Get(PropertyOf(step[1]), step[2] == "cached");
     if (verb == "set") return Set(PropertyOf(step[1]), atoi(step[2].c_str()));
-    if (verb == "hold") return worker_.Hold();
-    if (verb == "release") return worker_.Release();
-    if (verb == "fault") return AddFault(step[1], step[2] == "dead");
-    if (verb == "burst") return DoBurst(atoi(step[1].c_str()), step[2] == "fresh");
     if (verb == "renew") {
-      End(/*busy=*/false);
+      End();
       return Begin();
     }
     if (verb == "start" && alive_) return;
     if (verb != "start") stray_ = 0;
-    const bool starts = verb != "kill";
+    if (verb != "start") misses_ = 0;
     if (before_.linked && verb != "start") ++joins_;
-    alive_ = starts;
+    alive_ = verb != "kill";
     if (verb == "restart") return Restart([this] { health_.Start(); });
-    starts ? health_.Start() : health_.Kill();
+    alive_ ? health_.Start() : health_.Kill();
   }
 
   void Register(size_t p, size_t c) {
     const bool is_new = !registered_[p].contains(c);
     first_ = ClientCount() == 0;
-    if (is_new) current_[p][c]->Join();
-    ExpectEqual(kRegister[p](handle_, kCallbacks[c], current_[p][c]), is_new ? 0 : -EINVAL,
+    if (is_new) clients_[p][c]->Join();
+    ExpectEqual(kRegister[p](handle_, kCallbacks[c], clients_[p][c]), is_new ? 0 : -EINVAL,
                 "the result");
     if (!is_new) return;
     registered_[p].insert(c);
@@ -167,12 +152,9 @@ class Battery : public Family {
   void Deregister(const Step& step) {
     for (size_t p = 0; p < kProperties; ++p) {
       for (size_t c = 0; c < kClients; ++c) {
-        const bool all = step[1] == "all";
-        if (!all && (p != PropertyOf(step[1]) || c != static_cast<size_t>(step[2][0] - '0'))) {
-          continue;
-        }
+        if (step[1] != "all" && (step[1] != kNames[p] || step[2] != std::to_string(c))) continue;
         const bool is_known = registered_[p].erase(c) != 0;
-        if (is_known) current_[p][c]->Leave();
+        if (is_known) clients_[p][c]->Leave();
         ExpectEqual(kDeregister[p](handle_, kCallbacks[c]), is_known ? 0 : -EINVAL, "the result");
       }
     }
@@ -180,7 +162,8 @@ class Battery : public Family {
 
   void Get(size_t p, bool cached) {
     if (cached) return ExpectEqual(kGet[p](handle_, true), before_.values[p], "the value");
-    if (worker_.holding()) return;  // whether clients hear of a change then is not promised
+    if (worker(kWorkers[0]).state().holding)
+      return;  // whether clients hear of a change is not promised
     int value = kGet[p](handle_, false);
     // A service that died without a link is only found out by asking it.
     if (value == -EAGAIN && alive_ && !faulty()) value = kGet[p](handle_, false);
@@ -194,74 +177,11 @@ class Battery : public Family {
 
   void Set(size_t p, int value) {
     if (p >= 2) value = value > 0 ? 1 : 0;
-    ever_[p].insert(value);
+    reported_[p].insert(value);
     if (p == 0) health_.SetLevel(value);
     if (p == 1) health_.SetCycleCount(value);
     if (p == 2) health_.SetWirelessOnline(value == 0);
     if (p == 3) health_.SetDockOnline(value == 0);
-  }
-
-  void AddFault(const std::string& operation, bool dead) {
-    const fake::Outcome outcome{.status = dead ? STATUS_DEAD_OBJECT : STATUS_UNKNOWN_ERROR};
-    if (operation == "find") health_.on(fake::BinderFunction::kGetService).Then(outcome);
-    if (operation == "link") health_.on(fake::BinderFunction::kLinkToDeath).Then(outcome);
-    if (operation == "register") health_.on(HealthOperation::kRegisterCallback).Then(outcome);
-    if (operation == "unregister") health_.on(HealthOperation::kUnregisterCallback).Then(outcome);
-    if (operation == "ask") health_.on(HealthOperation::kGetHealthInfo).Then(outcome);
-  }
-
-  void ClearFaults() override {
-    health_.on(fake::BinderFunction::kGetService).Clear();
-    health_.on(fake::BinderFunction::kLinkToDeath).Clear();
-    for (const auto operation :
-         {HealthOperation::kRegisterCallback, HealthOperation::kUnregisterCallback,
-          HealthOperation::kGetHealthInfo}) {
-      health_.on(operation).Clear();
-    }
-  }
-
-  // Reports beside a client that comes and goes, questions and dumps. A fresh answer may overtake
-  // reports on their way, so that older values follow it.
-  void DoBurst(int count, bool fresh) {
-    if (worker_.busy() || faulty() || deaths_held() || !alive_ || !before_.linked ||
-        ClientCount() == 0) {
-      return;
-    }
-    const int first = burst_value_ + 1;
-    burst_value_ += count + 1;
-    for (int value = first; value <= burst_value_; ++value) ever_[0].insert(value);
-    Client& spare = *current_[0][kSpare];
-    Burst(
-        count, [&](int i) { health_.SetLevel(first + i - 1); },
-        [&] {
-          ExpectEqual(RegisterBatteryLevelCallback(handle_, kCallbacks[kSpare], &spare), 0,
-                      "the spare client's registration");
-          const int level = GetBatteryLevel(handle_, !fresh);
-          ExpectTrue(ever_[0].contains(level) || level == kUnknown,
-                     "the level was never reported: " + std::to_string(level));
-          std::ignore = TextOf(DumpBatteryInfo, handle_);
-          ExpectEqual(DeregisterBatteryLevelCallback(handle_, kCallbacks[kSpare]), 0,
-                      "the spare client's leaving");
-        });
-    // What a question has found is told together with the next change.
-    health_.SetLevel(burst_value_);
-    Settle();
-    for (const int value : spare.Take()) {
-      ExpectTrue(ever_[0].contains(value), "a client hears what was never reported");
-    }
-    for (size_t p = 0; p < kProperties; ++p) {
-      for (const size_t c : registered_[p]) {
-        if (p == 0 && !fresh) {
-          CheckBurst(*current_[p][c], Fold::kLatest, before_.values[0], first, burst_value_);
-          continue;
-        }
-        for (const int value : current_[p][c]->Take()) {
-          ExpectTrue(ever_[p].contains(value), "a client hears what was never reported");
-        }
-      }
-    }
-    owed_ = {};
-    before_ = Dump();
   }
 
   State Dump() const {
@@ -288,26 +208,23 @@ class Battery : public Family {
 
   void Check(const Step& step) override {
     const State now = Dump();
-    const bool asked = std::exchange(asked_, false);
     CheckLink(now, step);
     // Whom the changes concern. A change that a question has found waits for the next one.
+    const bool asked = std::exchange(asked_, false);
+    const size_t registered_now = std::exchange(registered_now_, kProperties);
     bool told = false;
     for (size_t p = 0; p < kProperties; ++p) {
       const bool changed = now.values[p] != before_.values[p];
-      const bool greets = registered_now_ == p && !first_ && before_.values[p] != kUnknown;
+      const bool greets = registered_now == p && !first_ && before_.values[p] != kUnknown;
       owed_[p] |= changed || greets;
       told |= (changed && !asked) || greets;
-      ExpectTrue(!changed || ever_[p].contains(now.values[p]),
+      ExpectTrue(!changed || reported_[p].contains(now.values[p]),
                  std::string(kNames[p]) + " was never reported");
     }
-    for (size_t p = 0; p < kProperties; ++p) {
-      const bool calls = told && std::exchange(owed_[p], false);
-      for (size_t c = 0; c < kClients; ++c) {
-        if (calls && registered_[p].contains(c)) current_[p][c]->Expect(now.values[p]);
-        current_[p][c]->Check(ever_[p]);
-      }
+    for (size_t p = 0; told && p < kProperties; ++p) {
+      if (!std::exchange(owed_[p], false)) continue;
+      for (const size_t c : registered_[p]) clients_[p][c]->Expect(now.values[p]);
     }
-    registered_now_ = kProperties;
     before_ = now;
   }
 
@@ -326,18 +243,23 @@ class Battery : public Family {
                "the service keeps " + std::to_string(callbacks) + " callbacks");
     ExpectTrue(alive_ || deaths_held() || !now.linked, "linked to a dead service");
 
+    // A link to the service's death is undone, or ends with that death.
+    const int links = Links() - (now.linked ? 1 : 0);
+    const bool may_change = !certain || faulty() || step[0] == "restart" || step[0] == "deaths";
+    if (!may_change) ExpectEqual(links, ended_links_, "the number of links left behind");
+    ended_links_ = links;
+
     // Attempts: ten, and one more for each death and first client that has joined them.
-    if (step[0] == "tick" && pausing_before() == 1) {
-      ++attempts_;
+    if (ticked()) {
       // The first attempt may only find out that the service that was known before has died.
       misses_ = certain && !faulty() && !now.linked ? misses_ + 1 : 0;
       ExpectTrue(misses_ < 2, "the pause is over, and there is no link");
     }
-    if (pausing == 1 && pausing_before() == 0) attempts_ = joins_ = 0;
+    if (pausing == 1 && pausing_before() == 0) joins_ = 0;
     if (step[0] == "deaths") ++joins_;
-    if (pausing == 1) ExpectTrue(attempts_ < kAttempts + joins_, "no end of attempts");
-    if (pausing == 0 && pausing_before() == 1 && !now.linked && step[0] == "tick") {
-      ExpectTrue(attempts_ >= kAttempts, "given up too early");
+    if (pausing == 1) ExpectTrue(ticks() < kAttempts + joins_, "no end of attempts");
+    if (pausing == 0 && ticked() && !now.linked) {
+      ExpectTrue(ticks() >= kAttempts, "given up too early");
       gave_up_ = true;
     }
     if (now.linked) gave_up_ = false;
@@ -353,14 +275,13 @@ class Battery : public Family {
 
   simulated::Health health_;
   bool alive_ = false;
-  std::array<std::set<int>, kProperties> ever_;  // all values that the phone has ever had
+  std::array<std::set<int>, kProperties> reported_;  // all values that the phone has ever had
   size_t stray_ = 0;  // callbacks that the service may keep because it has failed to drop them
-  int burst_value_ = 10'000;
+
+  int ended_links_ = Links();
 
   void* handle_ = nullptr;
-  Worker worker_{Fold::kLatest};
-  std::vector<std::unique_ptr<Client>> clients_;  // those of handles that are gone, too
-  std::array<std::array<Client*, kClients + 1>, kProperties> current_;
+  std::array<std::array<Client*, kClients>, kProperties> clients_;
   std::array<std::set<size_t>, kProperties> registered_;
   State before_;
   // Has changed without a call to its clients: the next one that is called for brings it.
@@ -368,7 +289,6 @@ class Battery : public Family {
   bool asked_ = false;                   // this step has asked the service
   size_t registered_now_ = kProperties;  // in this step, for this property
   bool first_ = false;                   // as the first client of all
-  size_t attempts_ = 0;
   size_t misses_ = 0;
   size_t joins_ = 0;
   bool gave_up_ = false;
@@ -389,10 +309,9 @@ Grammar BatteryGrammar() {
       {"start", 3},
       {"kill", 2},
       {"restart", 2},
-      {"hold", 2},
-      {"release", 3},
+      {"hold", 2, {kWorkers}},
+      {"release", 3, {kWorkers}},
       {"fault", 3, {{"find", "link", "register", "unregister", "ask"}, {"refused", "dead"}}},
-      {"burst", 1, {{"2", "20"}, {"cached", "fresh"}}},
       {"renew", 1},
   };
 }

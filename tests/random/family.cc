@@ -3,17 +3,13 @@
 
 #include "family.h"
 
-#include <signal.h>
 #include <stdio.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <condition_variable>
 #include <cstdlib>
-#include <mutex>
 #include <thread>
-#include <utility>
 
+#include "hang_guard.h"
 #include "pauses.h"
 #include "process_state.h"
 #include "quiet.h"
@@ -24,22 +20,7 @@ namespace norvik::qel::random_test {
 
 namespace {
 
-// The steps that have been done, the last one being under way. Fixed, for the signal handler.
-char current_step[200] = "none";
-int current_number = 0;
-
-void OnHang(int /*signal*/) {
-  char text[300];
-  const int size = snprintf(text, sizeof text, "FAILED at step %d, %s: it does not end\n",
-                            current_number, current_step);
-  static_cast<void>(!write(STDERR_FILENO, text, static_cast<size_t>(size)));
-  abort();
-}
-
-void SetCurrent(int number, const std::string& text) {
-  current_number = number;
-  snprintf(current_step, sizeof current_step, "%s", text.c_str());
-}
+using Lock = std::lock_guard<std::mutex>;
 
 }  // namespace
 
@@ -49,7 +30,7 @@ Shared& TheShared() {
 }
 
 void Fail(const std::string& what) {
-  fprintf(stderr, "FAILED at step %d, %s: %s\n", current_number, current_step, what.c_str());
+  fprintf(stderr, "FAILED at %s: %s\n", UnderWayNow(), what.c_str());
   fflush(stderr);
   abort();
 }
@@ -59,20 +40,30 @@ void ExpectTrue(bool is_so, const std::string& what) {
 }
 
 void Worker::Hold() {
-  std::lock_guard<std::mutex> lock(TheShared().lock);
+  const Lock lock(TheShared().lock);
   hold_next_ = !holding_;
 }
 
 void Worker::Release() {
-  std::lock_guard<std::mutex> lock(TheShared().lock);
+  const Lock lock(TheShared().lock);
   hold_next_ = holding_ = false;
   TheShared().changed.notify_all();
+}
+
+void Worker::Close() {
+  const Lock lock(TheShared().lock);
+  closed_ = true;
+}
+
+Worker::State Worker::state() const {
+  const Lock lock(TheShared().lock);
+  return {.busy = holding_ || hold_next_, .holding = holding_, .folding = IsFolding()};
 }
 
 void Client::Hear(int value) {
   std::unique_lock<std::mutex> lock(TheShared().lock);
   fake::AssertHeld(TheShared().lock);
-  if (closed_) Fail(name_ + " is called after the end of its handle");
+  if (worker_.closed_) Fail(name_ + " is called after the end of its handle");
   heard_.push_back(value);
   if (!std::exchange(worker_.hold_next_, false)) return;
   worker_.holding_ = true;
@@ -82,53 +73,56 @@ void Client::Hear(int value) {
 }
 
 void Client::Expect(int value) {
-  std::lock_guard<std::mutex> lock(TheShared().lock);
+  const Lock lock(TheShared().lock);
   if (!worker_.IsFolding() || !std::exchange(folded_, true)) {
     due_.push_back(value);
-  } else if (worker_.fold == Fold::kLatest) {
+  } else if (worker_.fold_ == Fold::kLatest) {
     due_.back() = value;
   }
 }
 
+void Client::Loosen() {
+  const Lock lock(TheShared().lock);
+  loose_ = true;
+}
+
 void Client::Leave() {
-  std::lock_guard<std::mutex> lock(TheShared().lock);
+  const Lock lock(TheShared().lock);
   member_ = false;
   if (std::exchange(folded_, false)) due_.pop_back();
 }
 
 void Client::Join() {
-  std::lock_guard<std::mutex> lock(TheShared().lock);
+  const Lock lock(TheShared().lock);
   member_ = true;
-  if (worker_.IsFolding()) loose_ = true;  // it may have left a moment ago
+  if (!worker_.IsFolding()) return;
+  // It may have left a moment ago: a call that is on its way still may bring what it has missed.
+  loose_ = true;
+  due_.clear();
 }
 
-std::string Client::Text() const {
-  std::string text = name_ + " has heard";
-  for (const int value : heard_) text += " " + std::to_string(value);
-  text += heard_.empty() ? " nothing, due:" : ", due:";
-  for (const int value : due_) text += " " + std::to_string(value);
-  return text;
-}
-
-void Client::CheckLoosely(const std::set<int>& ever_reported) const {
+bool Client::IsAsDue() const {
   for (const int value : heard_) {
-    if (!ever_reported.contains(value)) Fail(Text() + ": that was never reported");
+    if (!reported_.contains(value)) return false;
   }
-  if (worker_.holding_ || !member_ || due_.empty()) return;
-  if (heard_.empty()) Fail(Text());
-  if (worker_.fold == Fold::kLatest && heard_.back() != due_.back()) Fail(Text());
+  const bool may_lack = worker_.holding_ || worker_.closed_ || !member_;
+  if (!loose_ && !worker_.closed_) {
+    return may_lack ? heard_.size() <= due_.size() &&
+                          std::equal(heard_.begin(), heard_.end(), due_.begin())
+                    : heard_ == due_;
+  }
+  if (may_lack || due_.empty()) return true;
+  return !heard_.empty() && (worker_.fold_ == Fold::kOldest || heard_.back() == due_.back());
 }
 
-void Client::Check(const std::set<int>& ever_reported) {
-  std::lock_guard<std::mutex> lock(TheShared().lock);
-  if (loose_) {
-    CheckLoosely(ever_reported);
-  } else if (worker_.holding_ || !member_) {
-    if (heard_.size() > due_.size() || !std::equal(heard_.begin(), heard_.end(), due_.begin())) {
-      Fail(Text());
-    }
-  } else if (heard_ != due_) {
-    Fail(Text());
+void Client::Check() {
+  const Lock lock(TheShared().lock);
+  if (!IsAsDue()) {
+    std::string text = name_ + " has heard";
+    for (const int value : heard_) text += " " + std::to_string(value);
+    text += heard_.empty() ? " nothing, due:" : ", due:";
+    for (const int value : due_) text += " " + std::to_string(value);
+    Fail(text + (loose_ ? ", and perhaps others that were reported" : ""));
   }
   if (worker_.holding_) return;
   heard_.clear();
@@ -136,20 +130,16 @@ void Client::Check(const std::set<int>& ever_reported) {
   folded_ = loose_ = false;
 }
 
-std::vector<int> Client::Take() {
-  std::lock_guard<std::mutex> lock(TheShared().lock);
-  due_.clear();
-  return std::exchange(heard_, {});
-}
-
 void Family::Do(const Step& step) {
   const bool several = step[0] == "tick" && step[1] == "12";
   for (int i = 0; i < (several ? 12 : 1); ++i) {
     {
-      std::lock_guard<std::mutex> lock(TheShared().lock);
+      const Lock lock(TheShared().lock);
       ++TheShared().moment;
     }
     pausing_before_ = PausingWorkers();
+    ticked_ = step[0] == "tick" && pausing_before_ > 0;
+    ticks_ = pausing_before_ > 0 ? ticks_ + (ticked_ ? 1 : 0) : 0;
     if (step[0] == "tick") {
       EndPauses();
     } else if (step[0] == "deaths") {
@@ -157,50 +147,72 @@ void Family::Do(const Step& step) {
       if (step[1] == "held") {
         deaths_ = std::make_unique<fake::HoldDeliveries>(fake::Delivery::kDeathNotification);
       }
+    } else if (step[0] == "fault") {
+      const fake::Outcome outcome =
+          step[2] == "failed" ? fake::Outcome::Exception(EX_ILLEGAL_STATE, "not now")
+                              : fake::Outcome{.status = step[2] == "dead" ? STATUS_DEAD_OBJECT
+                                                                          : STATUS_UNKNOWN_ERROR};
+      for (fake::Script* script : faults_.at(step[1])) script->Then(outcome);
+    } else if (step[0] == "hold") {
+      worker(step[1]).Hold();
+    } else if (step[0] == "release") {
+      worker(step[1]).Release();
     } else {
       Act(step);
     }
     Settle();
     Check(step);
+    CheckClients();
     faulty_ = step[0] == "fault";
-    if (!faulty_) ClearFaults();
+    for (const auto& [name, scripts] : faults_) {
+      for (fake::Script* script : scripts) {
+        if (!faulty_) script->Clear();
+      }
+    }
   }
+}
+
+void Family::Init(void (*init)(void**), void** handle, const Words& workers) {
+  for (const std::string& name : workers) workers_[name] = &all_workers_.emplace_back(fold_);
+  init(handle);
+  ExpectTrue(*handle != nullptr, "no handle");
+  ++handles_;
+}
+
+void Family::Deinit(void (*deinit)(void**), void** handle, const Words& workers,
+                    const std::function<void(int)>& change) {
+  std::thread changes([&] {
+    for (const std::string& name : workers) worker(name).Release();
+    for (int i = 1; i <= 5; ++i) change(i);
+  });
+  deinit(handle);
+  for (const std::string& name : workers) worker(name).Close();
+  ExpectTrue(*handle == nullptr, "the handle is not null");
+  changes.join();
+  Settle();
+  if (--handles_ > 0) return;
+  ExpectTrue(Eventually([] { return LibraryThreadCount() == 0; }), "threads are left");
+  ExpectEqual(PausingWorkers(), size_t{0}, "the number of workers that pause");
+}
+
+Client& Family::AddClient(const std::string& name, const std::string& worker,
+                          const std::set<int>& reported) {
+  return clients_.emplace_back(name, *workers_.at(worker), reported);
+}
+
+void Family::CheckClients() {
+  for (Client& client : clients_) client.Check();
 }
 
 void Family::Settle() {
   if (!WaitUntilQuiet()) Fail("threads are still at work after half a minute");
 }
 
-void Family::Restart(const std::function<void()>& restart) {
-  if (deaths_held()) return restart();
+void Family::Restart(const std::function<void()>& start) {
+  if (deaths_held()) return start();
   fake::HoldDeliveries held(fake::Delivery::kDeathNotification);
-  restart();
+  start();
   Settle();
-}
-
-void Family::Burst(int count, const std::function<void(int)>& change,
-                   const std::function<void()>& churn) {
-  std::thread changes([&] {
-    for (int i = 1; i <= count; ++i) change(i);
-  });
-  for (int i = 0; i < count; ++i) churn();
-  changes.join();
-  Settle();
-}
-
-void Family::CheckBurst(Client& client, Fold fold, int before, int first, int last) {
-  std::vector<int> heard = client.Take();
-  while (!heard.empty() && heard.front() == before) heard.erase(heard.begin());
-  ExpectTrue(!heard.empty(), "a client hears nothing of a burst");
-  ExpectTrue(std::is_sorted(heard.begin(), heard.end()), "a client hears old changes of a burst");
-  ExpectTrue(heard.front() >= first && heard.back() <= last,
-             "a client hears what was never reported");
-  if (fold == Fold::kLatest) ExpectEqual(heard.back(), last, "the last one heard of a burst");
-  if (fold == Fold::kOldest) ExpectEqual(heard.front(), first, "the first one heard of a burst");
-}
-
-void Family::ExpectNoThreads(std::initializer_list<std::string_view> names) {
-  ExpectTrue(Eventually([&] { return ThreadsNamed(names) == 0; }), "workers are left");
 }
 
 Grammar GrammarOf(const std::string& family) {
@@ -215,23 +227,22 @@ Grammar GrammarOf(const std::string& family) {
 
 void RunSteps(const std::string& family, const Steps& steps, std::chrono::seconds patience) {
   SetUpSilentProcess();
-  signal(SIGALRM, OnHang);
-  const auto begin = [&](int number, const std::string& text) {
-    SetCurrent(number, text);
-    alarm(static_cast<unsigned>(patience.count()));
+  static char current[200];  // for ever: a signal handler prints it
+  const auto begin = [&](size_t number, const std::string& text) {
+    snprintf(current, sizeof current, "step %zu, %s", number, text.c_str());
+    RestartHangGuard(current, patience);
   };
   begin(0, "init");
   const std::unique_ptr<Family> subject = family == "battery"  ? MakeBattery()
                                           : family == "sensor" ? MakeSensor()
                                                                : MakeThermal();
-  int number = 0;
-  for (const Step& step : steps) {
-    begin(++number, StepText(step));
-    subject->Do(step);
+  for (size_t i = 0; i < steps.size(); ++i) {
+    begin(i + 1, StepText(steps[i]));
+    subject->Do(steps[i]);
   }
-  begin(number + 1, "deinit");
+  begin(steps.size() + 1, "deinit");
   subject->Finish();
-  alarm(0);
+  RestartHangGuard("nothing", std::chrono::seconds(0));
 }
 
 }  // namespace norvik::qel::random_test

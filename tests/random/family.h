@@ -2,20 +2,23 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // What the random tests of the three families share: the clients and what they are promised, the
-// steps that all have, and the end of the program when a promise is broken.
+// steps that all families have, and the end of the program when a promise is broken.
 #pragma once
 
 #include <chrono>
 #include <condition_variable>
+#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "quorvel/fake/deliveries.h"
+#include "quorvel/fake/script.h"
 #include "quorvel/fake/thread_annotations.h"
 #include "steps.h"
 
@@ -47,27 +50,19 @@ enum class Fold { kLatest, kOldest };
 // meanwhile folds for certain.
 class Worker {
  public:
-  explicit Worker(Fold fold) : fold(fold) {}
+  explicit Worker(Fold fold) : fold_(fold) {}
 
   // The next call does not return before Release().
   void Hold();
   void Release();
-  // Whether a call is being kept, or will be.
-  bool busy() const QUORVEL_EXCLUDES(TheShared().lock) {
-    std::lock_guard<std::mutex> lock(TheShared().lock);
-    return holding_ || hold_next_;
-  }
-  bool holding() const QUORVEL_EXCLUDES(TheShared().lock) {
-    std::lock_guard<std::mutex> lock(TheShared().lock);
-    return holding_;
-  }
-  // Whether it was kept before this step, so that what this step causes folds.
-  bool folding() const QUORVEL_EXCLUDES(TheShared().lock) {
-    std::lock_guard<std::mutex> lock(TheShared().lock);
-    return IsFolding();
-  }
-
-  const Fold fold;
+  // Deinit...() has returned: another call ends the program.
+  void Close();
+  struct State {
+    bool busy;     // a call is being kept, or will be
+    bool holding;  // a call is being kept
+    bool folding;  // one was kept before this step, so that what this step causes folds
+  };
+  State state() const;
 
  private:
   friend class Client;
@@ -76,68 +71,63 @@ class Worker {
     return holding_ && held_since_ < TheShared().moment;
   }
 
+  const Fold fold_;
   bool hold_next_ QUORVEL_GUARDED_BY(TheShared().lock) = false;
   bool holding_ QUORVEL_GUARDED_BY(TheShared().lock) = false;
+  bool closed_ QUORVEL_GUARDED_BY(TheShared().lock) = false;
   int held_since_ QUORVEL_GUARDED_BY(TheShared().lock) = 0;
 };
 
-// One registration: what its callback has heard, and what it has to hear. The cookie.
+// A cookie: what its callback has heard, and what it has to hear.
 //
 // Threads: Hear() runs on the library's; everything else on the driver's, while all threads sleep.
 // Locks: none to hold; the methods take the shared one.
 class Client {
  public:
-  Client(std::string name, Worker& worker) : name_(std::move(name)), worker_(worker) {}
+  // `reported` has all values that it can hear, now and later.
+  Client(std::string name, Worker& worker, const std::set<int>& reported)
+      : name_(std::move(name)), worker_(worker), reported_(reported) {}
 
   void Hear(int value);
+  static void Hear(int value, void* cookie) { static_cast<Client*>(cookie)->Hear(value); }
 
   // A change that this client must be told. While the worker is kept, changes fold.
   void Expect(int value);
-  // One that it may be told, or an order of events that is a matter of luck: for this time only
-  // what is said in CheckLoosely() holds.
-  void Loosen() {
-    std::lock_guard<std::mutex> lock(TheShared().lock);
-    loose_ = true;
-  }
+  // There are others that it may be told, or their order is a matter of luck: for this time it has
+  // to hear the last one that is due (when changes fold into the oldest: any), and otherwise only
+  // what was reported.
+  void Loosen();
   // Leaves; what is on its way may still arrive.
   void Leave();
   void Join();
-  // Deinit...() has returned: another call ends the program.
-  void Close() {
-    std::lock_guard<std::mutex> lock(TheShared().lock);
-    closed_ = true;
-  }
 
   // With all threads asleep: what has been heard is what had to be.
-  void Check(const std::set<int>& ever_reported);
-  // What has been heard since the last time, for steps with checks of their own.
-  std::vector<int> Take();
+  void Check();
 
  private:
-  void CheckLoosely(const std::set<int>& ever_reported) const QUORVEL_REQUIRES(TheShared().lock);
-  std::string Text() const QUORVEL_REQUIRES(TheShared().lock);
+  bool IsAsDue() const QUORVEL_REQUIRES(TheShared().lock);
 
   const std::string name_;
   Worker& worker_;
+  const std::set<int>& reported_;
   std::vector<int> heard_ QUORVEL_GUARDED_BY(TheShared().lock);
   std::vector<int> due_ QUORVEL_GUARDED_BY(TheShared().lock);
   // The last one due stands for all that came while the worker was kept.
   bool folded_ QUORVEL_GUARDED_BY(TheShared().lock) = false;
   bool loose_ QUORVEL_GUARDED_BY(TheShared().lock) = false;
   bool member_ QUORVEL_GUARDED_BY(TheShared().lock) = false;
-  bool closed_ QUORVEL_GUARDED_BY(TheShared().lock) = false;
 };
 
 class Family {
  public:
-  Family() = default;
+  explicit Family(Fold fold) : fold_(fold) {}
   virtual ~Family() = default;
   Family(const Family&) = delete;
   Family& operator=(const Family&) = delete;
 
   // Does a step, waits until all that comes of it is over, and checks.
   void Do(const Step& step);
-  // Deinit...() of all handles while the device keeps reporting.
+  // Deinit...() of all handles, and what is left then.
   virtual void Finish() = 0;
 
  protected:
@@ -145,33 +135,50 @@ class Family {
   virtual void Act(const Step& step) = 0;
   // Holds the present state against the promises, and keeps it as the state before the next step.
   virtual void Check(const Step& step) = 0;
-  virtual void ClearFaults() = 0;
 
-  // Waits until no thread can go on by itself.
+  // A new handle, whose workers have these names.
+  void Init(void (*init)(void**), void** handle, const Words& workers);
+  // The end of one, which may begin inside a call, and 5 times `change` meanwhile.
+  void Deinit(void (*deinit)(void**), void** handle, const Words& workers,
+              const std::function<void(int)>& change);
+  // By the name that "hold" and "release" use.
+  Worker& worker(const std::string& name) const { return *workers_.at(name); }
+  // Lives as long as the program, to hear what it must not.
+  Client& AddClient(const std::string& name, const std::string& worker,
+                    const std::set<int>& reported);
+  void CheckClients();
+
+  // Waits until no thread can continue by itself.
   static void Settle();
+  // What "fault NAME" is about.
+  void AddFault(const std::string& name, std::vector<fake::Script*> scripts) {
+    faults_[name] = std::move(scripts);
+  }
   // Whether a step before this one has scripted faults, which this one's calls meet.
   bool faulty() const { return faulty_; }
   bool deaths_held() const { return deaths_ != nullptr; }
-  // A kill and a start of which the library hears only when both are over.
-  void Restart(const std::function<void()>& restart);
   void DeliverDeaths() { deaths_.reset(); }
+  // `start` of a service that may run; the library hears of its death only when both are over.
+  void Restart(const std::function<void()>& start);
 
-  // Changes 1 to `count` on a thread of their own, beside `count` calls of `churn`.
-  static void Burst(int count, const std::function<void(int)>& change,
-                    const std::function<void()>& churn);
-  // What a client has heard of changes `first` to `last`, before which the value was `before`: a
-  // client that has come meanwhile has the others called with that, too.
-  static void CheckBurst(Client& client, Fold fold, int before, int first, int last);
-  // No thread of the library's is left that has one of these names.
-  static void ExpectNoThreads(std::initializer_list<std::string_view> names);
-
-  // How many workers paused before this step.
+  // How many workers paused before this step, and whether it has ended their pauses.
   size_t pausing_before() const { return pausing_before_; }
+  bool ticked() const { return ticked_; }
+  // How often it has, since a worker began to pause.
+  size_t ticks() const { return ticks_; }
 
  private:
+  const Fold fold_;
+  int handles_ = 0;
+  std::deque<Worker> all_workers_;
+  std::map<std::string, Worker*> workers_;
+  std::deque<Client> clients_;
+  std::map<std::string, std::vector<fake::Script*>> faults_;
   std::unique_ptr<fake::HoldDeliveries> deaths_;
   bool faulty_ = false;
   size_t pausing_before_ = 0;
+  bool ticked_ = false;
+  size_t ticks_ = 0;
 };
 
 Grammar BatteryGrammar();

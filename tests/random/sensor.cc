@@ -12,7 +12,6 @@
 #include <limits>
 #include <optional>
 #include <sstream>
-#include <tuple>
 
 #include "dump_text.h"
 #include "family.h"
@@ -30,21 +29,12 @@ constexpr size_t kHandles = 2;
 constexpr size_t kSensors = 2;
 constexpr std::array kNames = {"proximity", "hinge"};
 constexpr std::array<int32_t, kSensors> kTypes = {ASENSOR_TYPE_PROXIMITY, ASENSOR_TYPE_HINGE_ANGLE};
-constexpr int kSpare = 3;  // the id of a client that comes and goes in bursts
+constexpr int kIds = 3;
 constexpr std::array kRegister = {RegisterProximitySensorCallback,
                                   RegisterHingeAngleSensorCallback};
 constexpr std::array kDeregister = {DeregisterProximitySensorCallback,
                                     DeregisterHingeAngleSensorCallback};
-constexpr std::array kFunctions = {std::pair("manager", SensorFunction::kGetInstance),
-                                   std::pair("queue", SensorFunction::kCreateEventQueue),
-                                   std::pair("find", SensorFunction::kGetDefaultSensor),
-                                   std::pair("enable", SensorFunction::kRegisterSensor),
-                                   std::pair("disable", SensorFunction::kDisableSensor)};
-constexpr int kRefused = -5;
-
-void OnReading(int value, void* cookie) {
-  static_cast<Client*>(cookie)->Hear(value);
-}
+constexpr int kRefused = STATUS_UNKNOWN_ERROR;
 
 int Truncated(float value) {
   if (std::isnan(value)) return 0;
@@ -62,130 +52,105 @@ struct State {
   bool known = false;
   bool active = false;
   int data = 0;
-  bool operator==(const State&) const = default;
 };
 
 struct Handle {
+  std::string name;
   void* handle = nullptr;
-  Worker worker{Fold::kLatest};
-  std::array<std::map<int, Client*>, kSensors> registered;
+  std::array<std::array<Client*, kIds>, kSensors> clients = {};
+  std::array<std::set<int>, kSensors> registered;
   std::array<State, kSensors> before;
-  // Its clients have to leave before it is tried again: it was found absent, or was refused.
+  // By sensor. Its clients have to leave before it is tried again: it was found absent, or refused.
   std::array<bool, kSensors> given_up = {};
+  std::array<bool, kSensors> absent = {};  // found so: a handle asks once for a sensor
+  std::array<bool, kSensors> stuck = {};   // the platform has refused to disable it
 };
 
 class Sensors : public Family {
  public:
-  Sensors() {
-    for (auto& handle : handles_) Begin(handle);
+  Sensors() : Family(Fold::kLatest) {
+    AddFault("manager", {&hub_.on(SensorFunction::kGetInstance)});
+    AddFault("queue", {&hub_.on(SensorFunction::kCreateEventQueue)});
+    AddFault("find", {&hub_.on(SensorFunction::kGetDefaultSensor)});
+    AddFault("enable", {&hub_.on(SensorFunction::kRegisterSensor)});
+    AddFault("disable", {&hub_.on(SensorFunction::kDisableSensor)});
+    for (size_t i = 0; i < kHandles; ++i) Begin(handles_[i], i == 0 ? "A" : "B");
   }
 
   void Finish() override {
-    for (auto& handle : handles_) End(*handle, /*busy=*/true);
+    for (Handle& handle : handles_) End(handle);
     ExpectTrue(!running_ || hub_.queue_count() == 0, "event queues are left");
     for (const int32_t type : kTypes) {
       ExpectTrue(!running_ || hub_.listeners(type) == 0, "sensors are left enabled");
     }
-    ExpectNoThreads({"sensor_poll", "sensor_callback", "sensor_reconnect"});
-    ExpectEqual(PausingWorkers(), size_t{0}, "the number of workers that pause");
+    CheckClients();
   }
 
  private:
-  void Begin(std::unique_ptr<Handle>& handle) {
-    past_.push_back(std::exchange(handle, std::make_unique<Handle>()));
-    InitSensorInfo(&handle->handle);
-    ExpectTrue(handle->handle != nullptr, "no handle");
+  void Begin(Handle& handle, const std::string& name) {
+    handle = {};
+    handle.name = name;
+    Init(InitSensorInfo, &handle.handle, {name});
+    for (size_t s = 0; s < kSensors; ++s) {
+      for (int id = 0; id < kIds; ++id) {
+        handle.clients[s][static_cast<size_t>(id)] = &AddClient(
+            name + "'s client " + std::to_string(id) + " of " + kNames[s], name, reported_[s]);
+      }
+    }
   }
 
-  void End(Handle& handle, bool busy) {
-    handle.worker.Release();
-    const auto deinit = [&] {
-      if (handle.handle == nullptr) return;
-      DeinitSensorInfo(&handle.handle);
-      ExpectTrue(handle.handle == nullptr, "the handle is not null");
-      for (auto& clients : handle.registered) {
-        for (auto& [id, client] : clients) client->Close();
-        clients.clear();
-      }
-    };
-    if (busy) {
-      Burst(
-          5, [this](int i) { hub_.Report(kTypes[0], 1000.0F + static_cast<float>(i)); }, deinit);
-    } else {
-      deinit();
+  void End(Handle& handle) {
+    for (int i = 1; i <= 5; ++i) AddReading(0, static_cast<float>(1000 + i));
+    for (Handle& each : handles_) {
+      for (Client* client : each.clients[0]) client->Loosen();
     }
-    Settle();
+    Deinit(DeinitSensorInfo, &handle.handle, {handle.name},
+           [this](int i) { hub_.Report(kTypes[0], static_cast<float>(1000 + i)); });
   }
 
   void Act(const Step& step) override {
     const std::string& verb = step[0];
     if (verb == "start") return Start(step[1]);
-    if (verb == "report") return Report({step[1], step[2]});
-    if (verb == "batch") return Report({step.begin() + 1, step.end()});
-    if (verb == "stranger") return SendStranger();
-    if (verb == "fault") {
-      for (const auto& [name, function] : kFunctions) {
-        if (name == step[1]) hub_.on(function).Then({.status = kRefused});
-      }
-      return;
-    }
-    std::unique_ptr<Handle>& handle = handles_[step[1] == "A" ? 0 : 1];
-    if (verb == "register") Register(*handle, SensorOf(step[2]), atoi(step[3].c_str()));
-    if (verb == "deregister") Deregister(*handle, SensorOf(step[2]), step[3]);
-    if (verb == "hold") handle->worker.Hold();
-    if (verb == "release") handle->worker.Release();
-    if (verb == "burst") DoBurst(*handle, SensorOf(step[2]), atoi(step[3].c_str()));
+    if (verb == "report" || verb == "batch") return Report({step.begin() + 1, step.end()});
+    Handle& handle = handles_[step[1] == "A" ? 0 : 1];
+    if (verb == "register") Register(handle, SensorOf(step[2]), atoi(step[3].c_str()));
+    if (verb == "deregister") Deregister(handle, SensorOf(step[2]), step[3]);
     if (verb == "renew") {
-      End(*handle, /*busy=*/false);
-      Begin(handle);
+      End(handle);
+      Begin(handle, step[1]);
     }
   }
 
   void Register(Handle& handle, size_t s, int id) {
-    auto& clients = handle.registered[s];
+    auto& registered = handle.registered[s];
     const State& before = handle.before[s];
-    all_.push_back(std::make_unique<Client>(
-        std::string("client ") + std::to_string(id) + " of " + kNames[s], handle.worker));
-    Client* const client = all_.back().get();
-    const int result = kRegister[s](handle.handle, id, OnReading, client);
-    if (clients.contains(id)) return ExpectEqual(result, -EINVAL, "the result for a second time");
-    if (!clients.empty()) {
-      ExpectEqual(result, 0, "the result for a further client");
-    } else if (!running_) {
-      ExpectEqual(result, 0, "the result while there is no service");
-    } else if (faulty()) {
-      ExpectTrue(result == 0 || result == kRefused || result == -ENOSYS || result == -EINVAL,
-                 "the result is " + std::to_string(result));
-      handle.given_up[s] = true;
-    } else if (before.active) {
-      ExpectEqual(result, -EINVAL, "the result for a sensor that is still enabled");
-    } else if (!exists_[s]) {
-      ExpectEqual(result, -ENOSYS, "the result for a sensor that is absent");
-    } else if (result != 0) {
-      ExpectTrue(result == -ENOSYS && before.known && absent_.contains({&handle, s}),
-                 "the result is " + std::to_string(result));
-    }
-    if (result == -ENOSYS) absent_.insert({&handle, s});
+    Client* const client = handle.clients[s][static_cast<size_t>(id)];
+    const int result = kRegister[s](handle.handle, id, Client::Hear, client);
+    if (registered.contains(id)) return ExpectEqual(result, -EINVAL, "the result the second time");
+    const bool asks = registered.empty() && running_;
+    const bool refused = result == -ENOSYS || result == -EINVAL || (faulty() && result == kRefused);
+    const bool may_refuse = faulty() || before.active || !exists_[s] || handle.absent[s];
+    ExpectTrue(result == 0 || (refused && asks && may_refuse),
+               "the result is " + std::to_string(result));
+    if (asks && faulty()) handle.given_up[s] = true;
+    if (result == -ENOSYS) handle.absent[s] = true;
     if (result != 0) return;
     client->Join();
-    clients[id] = client;
-    new_ = {&handle, s, client};
+    registered.insert(id);
+    new_ = client;
   }
 
   void Deregister(Handle& handle, size_t s, const std::string& which) {
-    auto& clients = handle.registered[s];
-    for (int id = 0; id < kSpare; ++id) {
+    auto& registered = handle.registered[s];
+    for (int id = 0; id < kIds; ++id) {
       if (which != "all" && which != std::to_string(id)) continue;
       const int result = kDeregister[s](handle.handle, id);
-      const auto found = clients.find(id);
-      if (found == clients.end()) {
+      if (registered.erase(id) == 0) {
         ExpectEqual(result, -EINVAL, "the result for an unknown client");
         continue;
       }
-      found->second->Leave();
-      left_.push_back(found->second);
-      clients.erase(found);
-      if (!clients.empty()) {
+      handle.clients[s][static_cast<size_t>(id)]->Leave();
+      if (!registered.empty()) {
         ExpectEqual(result, 0, "the result for one of several");
       } else if (handle.before[s].active) {
         ExpectTrue(result == 0 || (faulty() && result == kRefused), "the sensor is not disabled");
@@ -194,7 +159,7 @@ class Sensors : public Family {
         const bool reason = handle.given_up[s] && (result == -ENOSYS || result == -EINVAL);
         ExpectTrue(result == 0 || reason, "the result is " + std::to_string(result));
       }
-      if (clients.empty()) handle.given_up[s] = false;
+      if (registered.empty()) handle.given_up[s] = false;
     }
   }
 
@@ -208,6 +173,14 @@ class Sensors : public Family {
     hub_.Start();
   }
 
+  // A reading that is about to be reported.
+  void AddReading(size_t s, float value) {
+    reported_[s].insert(Truncated(value));
+    if (running_ && !exists_[s]) return;
+    latest_[s] = Truncated(value);
+    arrived_[s] = running_;
+  }
+
   // Pairs of a sensor and a reading, which arrive together.
   void Report(const Words& words) {
     std::vector<services::SensorReading> readings;
@@ -215,55 +188,12 @@ class Sensors : public Family {
       const size_t s = SensorOf(words[i]);
       const float value = strtof(words[i + 1].c_str(), nullptr);
       readings.push_back({.type = kTypes[s], .value = value});
-      ever_[s].insert(Truncated(value));
-      if (running_ && !exists_[s]) continue;
-      latest_[s] = Truncated(value);
-      reported_[s] = running_;
+      AddReading(s, value);
     }
     hub_.Report(readings);
   }
 
-  void SendStranger() {
-    if (!running_) return;
-    ASensorEvent event = {};
-    event.version = sizeof event;
-    event.type = 77;
-    hub_.SendUnasked({event});
-  }
-
-  void ClearFaults() override {
-    for (const auto& [name, function] : kFunctions) hub_.on(function).Clear();
-  }
-
-  // Readings beside a client that comes and goes, and dumps.
-  void DoBurst(Handle& handle, size_t s, int count) {
-    for (const auto& each : handles_) {
-      if (each->worker.busy()) return;
-    }
-    if (faulty() || !handle.before[s].active || handle.registered[s].empty()) return;
-    const int first = burst_value_ + 1;
-    burst_value_ += count;
-    for (int value = first; value <= burst_value_; ++value) ever_[s].insert(value);
-    Client spare("the spare client", handle.worker);
-    Burst(
-        count, [&](int i) { hub_.Report(kTypes[s], static_cast<float>(first + i - 1)); },
-        [&] {
-          ExpectEqual(kRegister[s](handle.handle, kSpare, OnReading, &spare), 0,
-                      "the spare client's registration");
-          std::ignore = TextOf(DumpSensorInfo, handle.handle);
-          ExpectEqual(kDeregister[s](handle.handle, kSpare), 0, "the spare client's leaving");
-        });
-    latest_[s] = burst_value_;
-    for (const auto& each : handles_) {
-      for (const auto& [id, client] : each->registered[s]) {
-        if (!each->before[s].active) continue;
-        CheckBurst(*client, Fold::kLatest, each->before[s].data, first, burst_value_);
-      }
-      if (each->before[s].active) each->before[s].data = burst_value_;
-    }
-  }
-
-  static std::array<State, kSensors> Dump(const Handle& handle) {
+  std::array<State, kSensors> Dump(const Handle& handle) const {
     const std::string text = TextOf(DumpSensorInfo, handle.handle);
     std::array<State, kSensors> states;
     std::array<std::set<int>, kSensors> ids;
@@ -284,38 +214,35 @@ class Sensors : public Family {
       } else if (s < kSensors &&
                  sscanf(line.c_str(), "    client id:%d need_to_update:%c", &number, &owed) == 2) {
         ids[s].insert(number);
-        ExpectTrue(owed == 'F' || handle.worker.holding(), "a client is still owed a call");
+        ExpectTrue(owed == 'F' || worker(handle.name).state().holding,
+                   "a client is still owed a call");
       } else {
         Fail("the dump is\n" + text);
       }
     }
     for (size_t i = 0; i < kSensors; ++i) {
-      std::set<int> asked;
-      for (const auto& [id, client] : handle.registered[i]) asked.insert(id);
-      ExpectTrue(ids[i] == asked, "not all clients, or others, are in the dump\n" + text);
+      ExpectTrue(ids[i] == handle.registered[i],
+                 "not all clients, or others, are in the dump\n" + text);
     }
     ExpectEqual(poll == 'T', states[0].active || states[1].active, "whether the dump polls");
     return states;
   }
 
-  void Check(const Step& step) override {
+  void Check(const Step& /*step*/) override {
     std::array<int, kSensors> enabled = {};
     size_t used = 0;
     size_t waiting = 0;
-    for (const auto& handle : handles_) {
-      const std::array<State, kSensors> now = Dump(*handle);
+    for (Handle& handle : handles_) {
+      const std::array<State, kSensors> now = Dump(handle);
       bool waits = false;
       for (size_t s = 0; s < kSensors; ++s) {
-        waits |= CheckSensor(*handle, s, now[s], step);
+        waits |= CheckSensor(handle, s, now[s]);
         enabled[s] += now[s].active ? 1 : 0;
       }
       used += now[0].active || now[1].active ? 1 : 0;
       waiting += waits ? 1 : 0;
-      handle->before = now;
+      handle.before = now;
     }
-    std::set<int> ever = {0};
-    for (const auto& of_sensor : ever_) ever.insert(of_sensor.begin(), of_sensor.end());
-    for (Client* client : left_) client->Check(ever);
     ExpectTrue(PausingWorkers() >= waiting, "clients wait, but the service is not looked for");
     ExpectTrue(PausingWorkers() <= kHandles, "more workers pause than there are handles");
     for (size_t s = 0; running_ && s < kSensors; ++s) {
@@ -327,44 +254,41 @@ class Sensors : public Family {
       ExpectTrue(queues >= used && queues <= kHandles,
                  "there are " + std::to_string(queues) + " event queues");
     }
-    reported_ = {};
-    new_ = {};
+    arrived_ = {};
+    new_ = nullptr;
   }
 
   // Whether its clients wait for the service.
-  bool CheckSensor(Handle& handle, size_t s, const State& now, const Step& step) {
+  bool CheckSensor(Handle& handle, size_t s, const State& now) {
     const State& before = handle.before[s];
-    const auto& clients = handle.registered[s];
+    const auto& registered = handle.registered[s];
     const bool was_enabled = now.active && !before.active;
     // Its first event is the reading that it has.
-    const bool event = now.active && (reported_[s] || (was_enabled && latest_[s]));
+    const bool event = now.active && (arrived_[s] || (was_enabled && latest_[s]));
     ExpectEqual(now.data, event ? *latest_[s] : before.data,
                 std::string("the data of ") + kNames[s]);
-    for (const auto& [id, client] : clients) {
-      const bool greeted = new_.client == client && now.active;
-      if (new_.client == client && (event || handle.worker.folding())) client->Loosen();
+    for (const int id : registered) {
+      Client* const client = handle.clients[s][static_cast<size_t>(id)];
+      if (new_ == client && (event || worker(handle.name).state().folding)) client->Loosen();
       // The first events of two sensors come one after the other.
-      if (was_enabled && handle.worker.holding()) client->Loosen();
-      if (greeted || event) client->Expect(now.data);
-      std::set<int> ever = ever_[s];
-      ever.insert({0, before.data});
-      client->Check(ever);
+      if (was_enabled && worker(handle.name).state().holding) client->Loosen();
+      if ((new_ == client && now.active) || event) client->Expect(now.data);
     }
     if (now.active) {
       ExpectTrue(running_, "enabled without a service");
-      ExpectTrue(!clients.empty() || before.active, "enabled without clients");
-      ExpectTrue(!clients.empty() || stuck_.contains({&handle, s}) || faulty(), "left enabled");
-      if (clients.empty()) stuck_.insert({&handle, s});
+      ExpectTrue(!registered.empty() || before.active, "enabled without clients");
+      ExpectTrue(!registered.empty() || handle.stuck[s] || faulty(), "left enabled");
+      handle.stuck[s] |= registered.empty();
       handle.given_up[s] = false;
       return false;
     }
-    if (clients.empty()) return false;
-    if (running_ && step[0] == "tick" && pausing_before() > 0) {
+    if (registered.empty()) return false;
+    if (running_ && ticked()) {
       // The workers have found the service.
-      ExpectTrue(faulty() || !exists_[s] || handle.given_up[s] || absent_.contains({&handle, s}),
+      ExpectTrue(faulty() || !exists_[s] || handle.given_up[s] || handle.absent[s],
                  "the service is there, but the sensor is not enabled");
       handle.given_up[s] = true;
-      if (!exists_[s] || now.known) absent_.insert({&handle, s});
+      handle.absent[s] |= !exists_[s] || now.known;
     }
     return !handle.given_up[s];
   }
@@ -373,23 +297,11 @@ class Sensors : public Family {
   bool running_ = false;
   std::array<bool, kSensors> exists_ = {};
   std::array<std::optional<int>, kSensors> latest_;
-  std::array<std::set<int>, kSensors> ever_;
-  int burst_value_ = 10'000;
-
-  std::array<std::unique_ptr<Handle>, kHandles> handles_;
-  // Those that are gone stay, to hear what they must not.
-  std::vector<std::unique_ptr<Handle>> past_;
-  std::vector<std::unique_ptr<Client>> all_;
-  std::set<std::pair<Handle*, size_t>> absent_;  // a handle asks once for a sensor
-  std::set<std::pair<Handle*, size_t>> stuck_;   // the platform has refused to disable it
-  std::vector<Client*> left_;
+  std::array<std::set<int>, kSensors> reported_ = {std::set{0}, std::set{0}};
+  std::array<Handle, kHandles> handles_;
   // In this step:
-  std::array<bool, kSensors> reported_ = {};
-  struct {
-    Handle* handle = nullptr;
-    size_t sensor = 0;
-    Client* client = nullptr;
-  } new_;
+  std::array<bool, kSensors> arrived_ = {};
+  Client* new_ = nullptr;
 };
 
 }  // namespace
@@ -399,19 +311,15 @@ Grammar SensorGrammar() {
   const Words sensors(kNames.begin(), kNames.end());
   const Words ids = {"0", "1", "2"};
   const Words values = {"0", "4.9", "-0.5", "7.99", "179.6", "-3", "3e10", "-3e10", "nan"};
-  Words faults;
-  for (const auto& [name, function] : kFunctions) faults.emplace_back(name);
   return {
       {"register", 8, {handles, sensors, ids}},
       {"deregister", 4, {handles, sensors, {"0", "1", "2", "all"}}},
       {"report", 6, {sensors, values}},
       {"batch", 3, {sensors, values, sensors, values}},
-      {"stranger", 1},
       {"start", 1, {{"both", "both", "both", "proximity", "hinge"}}},
       {"hold", 2, {handles}},
       {"release", 3, {handles}},
-      {"fault", 2, {faults}},
-      {"burst", 1, {handles, sensors, {"2", "20"}}},
+      {"fault", 2, {{"manager", "queue", "find", "enable", "disable"}, {"refused"}}},
       {"renew", 1, {handles}},
   };
 }

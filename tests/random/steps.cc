@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <random>
 #include <sstream>
 
 namespace norvik::qel::random_test {
@@ -48,16 +49,10 @@ Steps StepsFromBytes(const Grammar& grammar, std::span<const uint8_t> bytes) {
 }
 
 Steps StepsFromSeed(const Grammar& grammar, uint64_t seed, size_t count) {
+  std::mt19937_64 random(seed);
   Steps steps;
   while (steps.size() < count) {
-    steps.push_back(MakeStep(grammar, [&](size_t limit) {
-      // splitmix64
-      seed += 0x9E3779B97F4A7C15;
-      uint64_t z = seed;
-      z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9;
-      z = (z ^ (z >> 27)) * 0x94D049BB133111EB;
-      return (z ^ (z >> 31)) % limit;
-    }));
+    steps.push_back(MakeStep(grammar, [&](size_t limit) { return random() % limit; }));
   }
   return steps;
 }

@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// A family as a stress test sees it: handles, clients, a device that reports, a service that dies.
+// A family as the stress tests see it: handles, clients, a device that reports, a service that
+// dies.
 #pragma once
 
 #include <atomic>
@@ -10,17 +11,17 @@
 #include <deque>
 #include <functional>
 #include <memory>
-
-#include "quorvel/fake/script.h"
+#include <string>
 
 namespace norvik::qel::stress {
 
-inline constexpr int kNothing = INT_MIN;
+// Prints what is wrong, and in which test, and ends the program.
+[[noreturn]] void Fail(const std::string& what);
+void ExpectEqual(long seen, long expected, const char* what);
 
 // What a client has heard: the cookie of its registration.
 struct Client {
-  std::atomic<long> calls{0};
-  std::atomic<int> last{kNothing};
+  std::atomic<int> last{INT_MIN};
   // Deinit...() has returned: another call ends the program.
   std::atomic<bool> closed{false};
   // What it does when it is called. Set before it is registered.
@@ -35,7 +36,6 @@ struct Client {
 class Subject {
  public:
   virtual ~Subject() = default;
-  virtual const char* name() const = 0;
 
   virtual void Init(void** handle) const = 0;
   virtual void Deinit(void** handle) const = 0;
@@ -43,32 +43,22 @@ class Subject {
   virtual int clients() const = 0;
   [[nodiscard]] virtual int Register(void* handle, int client, Client& cookie) const = 0;
   [[nodiscard]] virtual int Deregister(void* handle, int client) const = 0;
-  // Whatever else can be called while anything goes on. `round` makes it vary.
+  // What else can be called at any time. `round` makes it vary.
   virtual void Ask(void* handle, int round) const = 0;
 
   // The device reports something new, of 0 to 999'999, to all clients.
   virtual void Report(int value) = 0;
   // What a client hears of that.
-  virtual int Heard(int client, int value) const = 0;
+  virtual int Heard(int /*client*/, int value) const { return value; }
 
   virtual void Start() = 0;
   // For sensors only while no handle has used the service.
   virtual void Kill() = 0;
+  virtual bool survives_deaths() const { return true; }
   // How many callbacks the running service holds (sensors: how often they are enabled), and how
   // many of these come from a handle that has all its clients.
   virtual size_t held() const = 0;
   virtual size_t held_by_handle() const = 0;
-  // The operation that adds to them.
-  virtual fake::Script& enlist() = 0;
-
-  // How often the workers' pauses have to be ended after a death until the handle gives up; 0 when
-  // the family does not survive its service's death.
-  virtual int pauses() const = 0;
-  // Whether, after that, a question brings the clients back.
-  virtual bool revives_by_question() const { return false; }
-
-  // Hands over what no service should, and looks at the documented results. Returns how much of it.
-  virtual long Hostilities(int rounds) = 0;
 };
 
 std::unique_ptr<Subject> MakeBattery();
@@ -88,14 +78,11 @@ class Handle {
 
   void* get() const { return handle_; }
   Client& client(int number) { return clients_.at(static_cast<size_t>(number)); }
-  [[nodiscard]] int Register(int number) {
-    return subject_.Register(handle_, number, client(number));
-  }
-  [[nodiscard]] int Deregister(int number) { return subject_.Deregister(handle_, number); }
-  // Ends the program when one is refused.
-  void RegisterAll();
-  void DeregisterAll();
-  // From now on nobody may be called.
+  // Ends the program when one is refused. `strict`: also for the reasons that a death gives, or a
+  // registration of the same client on another thread.
+  void Register(int number, bool strict);
+  void Deregister(int number, bool strict);
+  // From now on no client may be called.
   void Deinit();
 
  private:
