@@ -184,7 +184,7 @@ std::string Argument(std::string_view words) {
 }
 
 // Every sentence begins a line.
-std::string Item(const std::string& head, std::string text) {
+std::string ManualItem(const std::string& head, std::string text) {
   for (size_t at = 0; (at = text.find(". ", at)) != std::string::npos;) text[++at] = '\n';
   return ".It " + head + "\n" + text + ".\n";
 }
@@ -204,7 +204,7 @@ std::string ManualLists() {
     std::string text = Capital(std::string(command.summary));
     if (!command.text.empty())
       text += ".\n" + std::string(command.text.substr(0, command.text.size() - 1));
-    page += Item(head + Argument(command.operands), text);
+    page += ManualItem(head + Argument(command.operands), text);
   });
   std::string types = Types();
   types[types.find(". ") + 1] = '\n';
@@ -213,13 +213,13 @@ std::string ManualLists() {
   for (const Option& option : AllOptions()) {
     std::string head = "Fl -" + std::string(option.name) + Argument(option.value);
     if (option.letter != 0) head += std::string(" , Fl ") + option.letter;
-    page += Item(head, Capital(TextOf(option) + TakersOf(option)));
+    page += ManualItem(head, Capital(TextOf(option) + TakersOf(option)));
   }
   page += ".El\n";
   for (const Section& section : kSections) {
     page.append(".Sh ").append(section.manual_title) += "\n.Bl -tag -width Ds\n";
     for (const Entry& entry : section.entries) {
-      page += Item("\"" + std::string(entry.name) + "\"", Capital(std::string(entry.text)));
+      page += ManualItem("\"" + std::string(entry.name) + "\"", Capital(std::string(entry.text)));
     }
     page += ".El\n";
   }

@@ -142,11 +142,11 @@ TEST_F(RareThermalTest, ALinkThatTheTransportFailsToCarryIsLoggedAndNothingElse)
   ASSERT_EQ(service->registerAsService(), android::OK);
   EXPECT_TRUE(Operate());
   EXPECT_TRUE(Operate());
-  EXPECT_EQ(thermal_.on(fake::BinderFunction::kTryGetHidlService).calls(), 1) << "the connection counts as made";
+  EXPECT_EQ(thermal_.on(fake::BinderFunction::kTryGetHidlService).calls(), 1)
+      << "the connection counts as made";
   DeinitThermalInfo(&handle_);
-  EXPECT_THAT(Warnings(),
-              ElementsAre(kNotDeclared, HasSubstr("Failed to link to death (HIDL): "),
-                          HasSubstr("Failed to unlink to death (HIDL): ")));
+  EXPECT_THAT(Warnings(), ElementsAre(kNotDeclared, HasSubstr("Failed to link to death (HIDL): "),
+                                      HasSubstr("Failed to unlink to death (HIDL): ")));
 }
 
 }  // namespace

@@ -106,8 +106,9 @@ class Battery : public Family {
   }
 
   // Those made and not undone.
-  static int Links() {
-    return health_.on(fake::BinderFunction::kLinkToDeath).calls() - health_.on(fake::BinderFunction::kUnlinkToDeath).calls();
+  int Links() {
+    return health_.on(fake::BinderFunction::kLinkToDeath).calls() -
+           health_.on(fake::BinderFunction::kUnlinkToDeath).calls();
   }
 
   size_t ClientCount() const {
