@@ -68,13 +68,14 @@ bool RepeatedThread::HasEnded() {
   return ended_;
 }
 
-// run_again_ is a mark that a request sets and the beginning of a run clears, each by one atomic
+// run_again_ is a mark. A request sets it and the start of a run clears it, each by one atomic
 // exchange. No request is lost:
-// 1. Whoever sets the mark goes on to lock_. It finds a run requested or under way, whose end takes
-//    the mark; or the worker idle, and requests a run; or the mark taken, and so a run begun since.
-// 2. Whoever finds the mark set may leave it at that: a run that has not begun yet will clear it.
-//    That run sees what this thread wrote before, because its exchange follows this one. A plain
-//    load would not order them.
+// 1. The request that sets the mark then takes lock_. Either a run is requested or under way, and
+//    its end takes the mark; or the worker is idle, and this request starts a run; or the mark is
+//    gone, so a run has started since.
+// 2. A request that finds the mark set has nothing to do: a run that has not started yet will clear
+//    it. That run sees what the requesting thread wrote before, because its exchange reads this
+//    one's. A plain load would not order them.
 void RepeatedThread::Start() {
   const bool was_ready = run_again_.exchange(true, std::memory_order_acq_rel);
   if (was_ready && !LogsRequests()) return;

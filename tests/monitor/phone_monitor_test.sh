@@ -21,7 +21,7 @@ expect() {
   done
 }
 
-# hears PATTERN ARGUMENT...: the program prints such a line in the end. It ends when nobody reads on.
+# hears PATTERN ARGUMENT...: the program prints such a line in the end. It ends when its reader stops.
 hears() {
   local pattern=$1
   shift
