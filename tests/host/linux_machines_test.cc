@@ -282,7 +282,9 @@ TEST_F(LinuxReferenceTest, AChangedFileHasTheseEffectsAndNoOther) {
       EXPECT_EQ(Difference(whole_), parts);
     } else {
       for (const auto& [error, text] : kErrors) {
-        before_reading = [&](const std::string& file) { return file == failing ? error : 0; };
+        before_reading = [&failing, code = error](const std::string& file) {
+          return file == failing ? code : 0;
+        };
         Lines expected;
         for (std::string part : parts) {
           const bool is_optional = part.starts_with('?');
@@ -319,7 +321,9 @@ TEST_F(LinuxReferenceTest, HalfOfADeviceIsNone) {
   };
   Report::Make();
   ASSERT_GT(moments.size(), 50u);
-  for (const auto& [file, device] : moments) {
+  for (const Moment& moment : moments) {
+    const auto& file = moment.file;
+    const auto& device = moment.device;
     SCOPED_TRACE(file);
     bool gone = false;
     before_reading = [&](const std::string& name) {
