@@ -36,6 +36,7 @@ ALLOWED = {
     "quorvel_linux_machine": [PLATFORM, CONTROL, "host/services", "host/linux_machine"],
     "thermal_recovery_test": [*PRODUCT, SUPPORT],
     "linux_health_test": [*PRODUCT, SUPPORT],
+    "quorvel_device_tests": ["include", PLATFORM, "tests/device"],
     "quorvel_random_objects": [*PRODUCT, SUPPORT, "tests/random"],
     "quorvel_stress_test": [*PRODUCT, SUPPORT, "tests/stress"],
 }
@@ -51,6 +52,7 @@ REACHED = {
     "quorvel_linux_machine": "quorvel/services/health_service.h",
     "thermal_recovery_test": "waiting.h",
     "linux_health_test": "device_files.h",
+    "quorvel_device_tests": "android/binder_process.h",
     "quorvel_random_objects": "pauses.h",
     "quorvel_stress_test": "pauses.h",
 }
