@@ -144,7 +144,7 @@ class BordersTest(unittest.TestCase):
             body = re.search(r'^\w+ {\n    name: "%s",\n(.*?)^}' % module, text,
                              re.MULTILINE | re.DOTALL).group(1)
             self.assertIn(f'local_include_dirs: ["{folder}"],', body)
-            self.assertIn("include_build_directory: false,", body)
+            self.assertIn('defaults: ["quorvel_defaults"],', body)
 
 
 if __name__ == "__main__":
