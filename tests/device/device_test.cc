@@ -13,7 +13,6 @@
 #include <cerrno>
 #include <chrono>
 #include <cmath>
-#include <condition_variable>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -21,7 +20,7 @@
 #include <fstream>
 #include <functional>
 #include <map>
-#include <mutex>
+#include <semaphore>
 #include <set>
 #include <string>
 #include <thread>
@@ -73,9 +72,7 @@ Options options;
   return true;
 }
 
-// The cookie of a registration.
-//
-// Threads: any.
+// The cookie of a registration. One thread waits.
 class Client {
  public:
   // A battery client is identified by its function: each kId is a client of its own.
@@ -83,10 +80,9 @@ class Client {
   static void OnValue(int value, void* cookie) {
     auto& self = *static_cast<Client*>(cookie);
     if (self.on_call) self.on_call();
-    std::lock_guard<std::mutex> lock(self.lock_);
-    ++self.calls_;
     self.value_ = value;
-    self.called_.notify_all();
+    ++self.calls_;
+    self.called_.release();
   }
 
   std::function<void()> on_call;  // set it before the registration
@@ -94,13 +90,14 @@ class Client {
   int calls() const { return calls_; }
   int value() const { return value_; }  // the last
   [[nodiscard]] bool WaitForCalls(int count, Clock::duration limit = options.limit) {
-    std::unique_lock<std::mutex> lock(lock_);
-    return called_.wait_for(lock, limit, [&] { return calls_ >= count; });
+    const auto deadline = Clock::now() + limit;
+    while (calls_ < count && called_.try_acquire_until(deadline)) {
+    }
+    return calls_ >= count;
   }
 
  private:
-  std::mutex lock_;
-  std::condition_variable called_;
+  std::counting_semaphore<> called_{0};
   std::atomic<int> calls_ = 0;
   std::atomic<int> value_ = 0;
 };
@@ -142,11 +139,6 @@ struct Subject {
   bool (*answers)(void* handle);
 };
 
-template <auto kRegister>
-int EnrollForSensor(void* handle, int id, Client* client) {
-  return kRegister(handle, id, FunctionOf(id, client), client);
-}
-
 bool SensorAnswers(void* handle) {
   return DumpText(DumpSensorInfo, handle).find("active:T") != std::string::npos;
 }
@@ -163,33 +155,39 @@ bool ThermalAnswers(void* handle) {
   return RegisterThermalCallback(handle, &param, handle) != 0;
 }
 
-constexpr Subject kBattery = {
-    "BatteryLevel",
-    "battery",
-    InitBatteryInfo,
-    DeinitBatteryInfo,
-    DumpBatteryInfo,
-    [](void* handle, int id, Client* client) {
-      return RegisterBatteryLevelCallback(handle, FunctionOf(id, client), client);
-    },
-    [](void* handle, int id) { return DeregisterBatteryLevelCallback(handle, kFunctions.at(id)); },
-    [](void* handle) { return GetBatteryLevel(handle, /*use_cached=*/false) != -EAGAIN; }};
-constexpr Subject kProximity = {"Proximity",
-                                "sensor",
-                                InitSensorInfo,
-                                DeinitSensorInfo,
-                                DumpSensorInfo,
-                                EnrollForSensor<RegisterProximitySensorCallback>,
-                                DeregisterProximitySensorCallback,
-                                SensorAnswers};
-constexpr Subject kHingeAngle = {"HingeAngle",
-                                 "sensor",
-                                 InitSensorInfo,
-                                 DeinitSensorInfo,
-                                 DumpSensorInfo,
-                                 EnrollForSensor<RegisterHingeAngleSensorCallback>,
-                                 DeregisterHingeAngleSensorCallback,
-                                 SensorAnswers};
+int EnrollForLevel(void* handle, int id, Client* client) {
+  return RegisterBatteryLevelCallback(handle, FunctionOf(id, client), client);
+}
+
+int LeaveLevel(void* handle, int id) {
+  return DeregisterBatteryLevelCallback(handle, kFunctions.at(id));
+}
+
+bool BatteryAnswers(void* handle) {
+  return GetBatteryLevel(handle, /*use_cached=*/false) != -EAGAIN;
+}
+
+constexpr Subject kBattery = {"BatteryLevel",  "battery",      InitBatteryInfo, DeinitBatteryInfo,
+                              DumpBatteryInfo, EnrollForLevel, LeaveLevel,      BatteryAnswers};
+template <auto kRegister, auto kDeregister>
+constexpr Subject SensorSubject(const char* name) {
+  return {name,
+          "sensor",
+          InitSensorInfo,
+          DeinitSensorInfo,
+          DumpSensorInfo,
+          [](void* handle, int id, Client* client) {
+            return kRegister(handle, id, FunctionOf(id, client), client);
+          },
+          kDeregister,
+          SensorAnswers};
+}
+
+constexpr Subject kProximity =
+    SensorSubject<RegisterProximitySensorCallback, DeregisterProximitySensorCallback>("Proximity");
+constexpr Subject kHingeAngle =
+    SensorSubject<RegisterHingeAngleSensorCallback, DeregisterHingeAngleSensorCallback>(
+        "HingeAngle");
 constexpr Subject kThrottling = {
     "Throttling",    "thermal",           InitThermalInfo,           DeinitThermalInfo,
     DumpThermalInfo, EnrollForThrottling, DeregisterThermalCallback, ThermalAnswers};
