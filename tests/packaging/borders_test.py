@@ -39,6 +39,7 @@ TARGETS = {
                               "quorvel/services/health_service.h"),
     "thermal_recovery_test": ([*PRODUCT, SUPPORT], "waiting.h"),
     "host_test": ([*PRODUCT, SUPPORT], "device_files.h"),
+    "quorvel_device_tests": (["include", PLATFORM, "tests/device"], "android/binder_process.h"),
     "quorvel_random_objects": ([*PRODUCT, SUPPORT, "tests/random"], "pauses.h"),
     "quorvel_stress_test": ([*PRODUCT, SUPPORT, "tests/stress"], "pauses.h"),
 }
@@ -118,7 +119,7 @@ class BordersTest(unittest.TestCase):
             body = re.search(r'^\w+ {\n    name: "%s",\n(.*?)^}' % module, text,
                              re.MULTILINE | re.DOTALL).group(1)
             self.assertIn(f'local_include_dirs: ["{folder}"],', body)
-            self.assertIn("include_build_directory: false,", body)
+            self.assertIn('defaults: ["quorvel_defaults"],', body)
 
 
 if __name__ == "__main__":
