@@ -87,15 +87,15 @@ int Run(int argc, char** argv) {
 }  // namespace norvik::qel::monitor
 
 int main(int argc, char** argv) {
-  using namespace norvik::qel::monitor;
+  namespace monitor = norvik::qel::monitor;
   std::locale::global(std::locale::classic());  // numbers in JSON have a point
   try {
-    return Run(argc, argv);
-  } catch (const UsageError& error) {
-    Complain(std::string(error.what()) + " (see quorvel --help)");
-    return kExitUsage;
+    return monitor::Run(argc, argv);
+  } catch (const monitor::UsageError& error) {
+    monitor::Complain(std::string(error.what()) + " (see quorvel --help)");
+    return monitor::kExitUsage;
   } catch (const std::exception& error) {
-    Complain(error.what());
+    monitor::Complain(error.what());
     return EXIT_FAILURE;
   }
 }

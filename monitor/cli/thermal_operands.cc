@@ -21,7 +21,9 @@ ThermalOperands::ThermalOperands(const std::vector<std::string>& texts) {
       return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
     });
     const std::string name = text.substr(colon + 1);
-    operands_.push_back({.key = type + ":" + name, .type = type, .name = name});
+    std::string key = type;
+    key.append(":").append(name);
+    operands_.push_back({.key = key, .type = type, .name = name});
   }
   for (const Operand& operand : operands_) {
     const bool is_known = std::count(kThermalTypes.begin(), kThermalTypes.end(), operand.type) > 0;
