@@ -39,6 +39,7 @@ using fake::Outcome;
 using services::HealthOperation;
 using services::kHealthInstance;
 using testing::AllOf;
+using testing::ElementsAre;
 using testing::Field;
 using testing::MatchesRegex;
 
@@ -69,7 +70,8 @@ class BinderTest : public testing::Test {
 };
 
 TEST_F(BinderTest, AServiceOfAnotherProcessIsARemoteObject) {
-  const ndk::SpAIBinder binder = LookUp();
+  ndk::SpAIBinder binder = LookUp();
+  EXPECT_EQ(AIBinder_debugGetRefCount(binder.get()), 1) << "a look-up hands over one reference";
   EXPECT_TRUE(AIBinder_isRemote(binder.get()));
   EXPECT_TRUE(AIBinder_isAlive(binder.get()));
   EXPECT_EQ(AIBinder_ping(binder.get()), STATUS_OK);
@@ -84,9 +86,13 @@ TEST_F(BinderTest, AServiceOfAnotherProcessIsARemoteObject) {
   EXPECT_STREQ(AIBinder_Class_getDescriptor(AIBinder_getClass(binder.get())), IHealth::descriptor);
 
   health_.Start();
-  const ndk::SpAIBinder never_called = LookUp();
+  binder = LookUp();
   health_.Kill();
-  EXPECT_EQ(IHealth::fromBinder(never_called), nullptr) << "its class was never asked for";
+  EXPECT_EQ(IHealth::fromBinder(binder), nullptr) << "its class was never asked for";
+  const ndk::ScopedAIBinder_Weak weak(AIBinder_Weak_new(binder.get()));
+  EXPECT_EQ(weak.promote(), binder);
+  binder.set(nullptr);
+  EXPECT_EQ(weak.promote().get(), nullptr);
 }
 
 TEST_F(BinderTest, AServiceOfTheSameProcessIsTheObjectItself) {
@@ -101,35 +107,33 @@ TEST_F(BinderTest, AServiceOfTheSameProcessIsTheObjectItself) {
   EXPECT_EQ(AIBinder_linkToDeath(binder.get(), recipient.get(), nullptr), STATUS_INVALID_OPERATION);
 }
 
-TEST_F(BinderTest, LookUpsWaitForALateService) {
-  const auto wait_in_background = [this](AIBinder* (*look_up)(const char*), const auto& ready) {
-    health_.Kill();
-    Seen<bool> found;
-    std::thread waiter(
-        [&] { found.Put(ndk::SpAIBinder(look_up(kHealthInstance)).get() != nullptr); });
-    ready();
-    health_.Start();
-    EXPECT_EQ(found.Take(), true);
-    waiter.join();
-  };
+TEST_F(BinderTest, GetServicePollsForALateServiceUntilItsWaitIsOver) {
   const std::string waiting =
       "Waiting for service '" + std::string(kHealthInstance) + "' on '/dev/binder'";
-  wait_in_background(AServiceManager_waitForService, [] {});
+  Seen<bool> found;
+  const auto look_up = [&] {
+    found.Put(ndk::SpAIBinder(AServiceManager_getService(kHealthInstance)).get() != nullptr);
+  };
+  health_.Kill();
   fake::SetGetServiceWait(std::chrono::milliseconds(1), 1'000'000);
-  wait_in_background(AServiceManager_getService,
-                     [&] { ASSERT_TRUE(log_.WaitFor(waiting + "...")); });
+  std::thread waiter(look_up);
+  EXPECT_TRUE(log_.WaitFor(waiting + "..."));
+  health_.Start();
+  EXPECT_EQ(found.Take(), true);
+  waiter.join();
   fake::SetGetServiceWait(std::chrono::seconds(1), 5);
   health_.Kill();
   const fake::ShortGetServiceWait short_wait;
-  EXPECT_EQ(AServiceManager_getService(kHealthInstance), nullptr);
+  look_up();
+  EXPECT_EQ(found.Take(), false);
   const auto line = [](int priority, const std::string& text) {
     return AllOf(Field(&LogLine::priority, priority), Field(&LogLine::text, MatchesRegex(text)));
   };
-  EXPECT_THAT(
-      log_.Lines("ServiceManagerCppClient"),
-      testing::IsSupersetOf({line(ANDROID_LOG_INFO, waiting + "\\.\\.\\."),
-                             line(ANDROID_LOG_INFO, waiting + " successful after waiting [0-9]+ms"),
-                             line(ANDROID_LOG_WARN, "Service .* didn't start. Returning NULL")}));
+  EXPECT_THAT(log_.Lines("ServiceManagerCppClient"),
+              ElementsAre(line(ANDROID_LOG_INFO, waiting + "\\.\\.\\."),
+                          line(ANDROID_LOG_INFO, waiting + " successful after waiting [0-9]+ms"),
+                          line(ANDROID_LOG_INFO, waiting + "\\.\\.\\."),
+                          line(ANDROID_LOG_WARN, "Service .* didn't start. Returning NULL")));
 }
 
 TEST_F(BinderTest, ACallRunsInTheServiceAndCarriesItsResultBack) {
@@ -179,7 +183,6 @@ TEST_F(BinderTest, ADeathFailsCallsUnderWayAndLaterOnes) {
   ASSERT_TRUE(gate->WaitForArrivals());
   health_.Kill();
   caller.join();
-  EXPECT_EQ(status.getExceptionCode(), EX_TRANSACTION_FAILED);
   EXPECT_EQ(status.getStatus(), STATUS_DEAD_OBJECT);
   EXPECT_STREQ(status.getMessage(), "");
   EXPECT_EQ(capacity, -7);
@@ -217,17 +220,12 @@ TEST_F(BinderTest, OnewayCallsArriveInOrderOnAThreadOfTheirOwn) {
 
 TEST_F(BinderTest, AServiceHoldsACallbackUntilItIsUnregisteredOrTheServiceDies) {
   for (const bool dies : {false, true}) {
-    const std::shared_ptr<IHealth> proxy = Proxy();
     auto callback = ndk::SharedRefBase::make<Callback>();
     const std::weak_ptr<Callback> kept = callback;
+    const std::shared_ptr<IHealth> proxy = Proxy();
     for (int i = 0; i < 2; ++i) ASSERT_TRUE(proxy->registerCallback(callback).isOk());
-    EXPECT_EQ(health_.callback_count(), 2u) << "duplicates are kept";
     ASSERT_TRUE(fake::WaitUntilDelivered());
-    if (!dies) {
-      EXPECT_TRUE(proxy->unregisterCallback(callback).isOk());
-      EXPECT_EQ(health_.callback_count(), 0u) << "and go together";
-      EXPECT_EQ(proxy->unregisterCallback(callback).getExceptionCode(), EX_ILLEGAL_ARGUMENT);
-    }
+    EXPECT_TRUE(dies || proxy->unregisterCallback(callback).isOk()) << "both at once";
     callback.reset();
     if (dies) {
       EXPECT_FALSE(kept.expired());
@@ -237,34 +235,17 @@ TEST_F(BinderTest, AServiceHoldsACallbackUntilItIsUnregisteredOrTheServiceDies) 
   }
 }
 
-TEST_F(BinderTest, StrongReferencesAreCounted) {
-  AIBinder* raw = AServiceManager_checkService(kHealthInstance);
-  EXPECT_EQ(AIBinder_debugGetRefCount(raw), 1) << "a look-up hands over one reference";
-  ndk::SpAIBinder adopted(raw);
-  EXPECT_EQ(AIBinder_debugGetRefCount(raw), 1);
-  const ndk::ScopedAIBinder_Weak weak(AIBinder_Weak_new(raw));
-  {
-    const ndk::SpAIBinder promoted = weak.promote();
-    EXPECT_EQ(promoted, adopted);
-    EXPECT_EQ(AIBinder_debugGetRefCount(raw), 2);
-  }
-  adopted.set(nullptr);
-  EXPECT_EQ(weak.promote().get(), nullptr);
-}
-
 template <typename T>
-concept MadeElsewhere = requires {
+concept MadeByNew = requires {
   new T;
-}
-|| requires {
+};
+template <typename T>
+concept MadeByMakeShared = requires {
   std::make_shared<T>();
-}
-|| requires {
-  std::make_unique<T>();
 };
 
 TEST(SharedRefBaseTest, LivesInSharedPointersOnly) {
-  static_assert(MadeElsewhere<std::string> && !MadeElsewhere<Callback>);
+  static_assert(!MadeByNew<Callback> && !MadeByMakeShared<Callback>);
   EXPECT_DEATH({ Callback never_referenced; }, "");
   const auto callback = ndk::SharedRefBase::make<Callback>();
   EXPECT_EQ(callback->ref<Callback>(), callback);

@@ -50,6 +50,10 @@ class HidlTest : public testing::Test {
 
   static sp<V2_0::IThermal> LookUp() { return V2_0::IThermal::tryGetService("default", false); }
   void Kill() { thermal_.Kill(ThermalPath::kHidl); }
+  void KillAndTell() {
+    Kill();
+    ASSERT_TRUE(fake::WaitUntilDelivered());
+  }
   fake::Script& on(HidlThermalOperation operation) { return thermal_.on(operation); }
 
   simulated::Thermal thermal_;
@@ -186,89 +190,76 @@ TEST_F(HidlTest, ACallRunsInTheServiceAndItsResultCallbackInTheCaller) {
   EXPECT_EQ(answer.calls, 2) << "no answer when the transport fails";
 }
 
-// What a service must not do with a result callback.
-class RudeService : public HidlThermalService {
- public:
-  explicit RudeService(int answers) : HidlThermalService({}), answers_(answers) {}
-  Return<void> getCpuUsages(getCpuUsages_cb _hidl_cb) override {
-    for (int i = 0; i < answers_; ++i) _hidl_cb({}, {});
-    return Void();
-  }
-
- private:
-  const int answers_;
-};
-
 TEST_F(HidlTest, AServiceMustCallItsResultCallbackOnce) {
+  struct RudeService : HidlThermalService {
+    explicit RudeService(int count) : HidlThermalService({}), answers(count) {}
+    Return<void> getCpuUsages(getCpuUsages_cb _hidl_cb) override {
+      for (int i = 0; i < answers; ++i) _hidl_cb({}, {});
+      return Void();
+    }
+    const int answers;
+  };
   const auto call = [](int answers) {
     fake::ServiceProcess process("rude");
     ASSERT_TRUE(process.AddHidlService(sp<RudeService>::make(answers)));
-    const Return<void> result = LookUp()->getCpuUsages([](const auto&, const auto&) {});
-    EXPECT_TRUE(result.isOk());
+    EXPECT_TRUE(LookUp()->getCpuUsages([](const auto&, const auto&) {}).isOk());
   };
   call(1);
   EXPECT_DEATH(call(0), "not called");
   EXPECT_DEATH(call(2), "called twice");
 }
 
-class HidlDeathTest : public HidlTest {
- protected:
-  void KillAndTell() {
-    Kill();
-    ASSERT_TRUE(fake::WaitUntilDelivered());
-  }
-
-  sp<V2_0::IThermal> service_ = LookUp();
-  sp<Recipient> recipient_ = sp<Recipient>::make();
-};
-
-TEST_F(HidlDeathTest, ALinkBelongsToItsProxyAndHoldsItsRecipientWeakly) {
+TEST_F(HidlTest, ALinkBelongsToItsProxyAndHoldsItsRecipientWeakly) {
+  const auto recipient = sp<Recipient>::make();
+  const sp<V2_0::IThermal> service = LookUp();
   sp<V2_0::IThermal> dropped = LookUp();
   const sp<V2_0::IThermal> another = LookUp();
   auto held_weakly = sp<Recipient>::make();
   const wp<Recipient> weak = held_weakly;
-  ASSERT_TRUE(service_->linkToDeath(recipient_, 1));
-  ASSERT_TRUE(service_->linkToDeath(recipient_, 2));
-  EXPECT_FALSE(another->unlinkToDeath(recipient_)) << "not linked here";
-  EXPECT_TRUE(service_->unlinkToDeath(recipient_)) << "the newest";
-  ASSERT_TRUE(dropped->linkToDeath(recipient_, 3));
+  ASSERT_TRUE(service->linkToDeath(recipient, 1));
+  ASSERT_TRUE(service->linkToDeath(recipient, 2));
+  EXPECT_FALSE(another->unlinkToDeath(recipient)) << "not linked here";
+  EXPECT_TRUE(service->unlinkToDeath(recipient)) << "the newest";
+  ASSERT_TRUE(dropped->linkToDeath(recipient, 3));
   dropped.clear();
   ASSERT_TRUE(another->linkToDeath(held_weakly, 4));
   held_weakly.clear();
   EXPECT_EQ(weak.promote(), nullptr);
   thermal_.on(fake::BinderFunction::kHidlLinkToDeath).Then({.status = STATUS_UNKNOWN_ERROR});
-  const Return<bool> refused = another->linkToDeath(recipient_, 5);
+  const Return<bool> refused = another->linkToDeath(recipient, 5);
   EXPECT_TRUE(refused.isOk()) << "no failure of the transport";
   EXPECT_FALSE(refused);
   EXPECT_TRUE(another->linkToDeath(nullptr, 6));
   EXPECT_FALSE(another->unlinkToDeath(nullptr));
   KillAndTell();
-  EXPECT_EQ(recipient_->told.Take(), 1u);
-  EXPECT_EQ(recipient_->thread, "hwbinder:host");
-  EXPECT_EQ(recipient_->last_who.promote(), sp<IBase>(service_));
+  EXPECT_EQ(recipient->told.Take(), 1u);
+  EXPECT_EQ(recipient->thread, "hwbinder:host");
+  EXPECT_EQ(recipient->last_who.promote(), sp<IBase>(service));
 
-  EXPECT_FALSE(service_->unlinkToDeath(recipient_)) << "gone with its notification";
-  const Return<bool> late = service_->linkToDeath(recipient_, 7);
+  EXPECT_FALSE(service->unlinkToDeath(recipient)) << "gone with its notification";
+  const Return<bool> late = service->linkToDeath(recipient, 7);
   EXPECT_TRUE(late.isOk());
   EXPECT_FALSE(late) << "known to be dead";
   thermal_.Start(ThermalPath::kHidl);
   KillAndTell();
-  EXPECT_TRUE(recipient_->told.empty()) << "the old links do not belong to the new service";
+  EXPECT_TRUE(recipient->told.empty()) << "the old links do not belong to the new service";
 }
 
-TEST_F(HidlDeathTest, ALinkToADeadServiceIsNotifiedAndUnlinkingDoesNotWaitForThat) {
-  recipient_->gate = std::make_shared<fake::Gate>();
-  recipient_->also = [this](const sp<IBase>& proxy) {
-    EXPECT_FALSE(proxy->linkToDeath(recipient_, 2)) << "known to be dead";
-    service_.clear();
+TEST_F(HidlTest, ALinkToADeadServiceIsNotifiedAndUnlinkingDoesNotWaitForThat) {
+  const auto recipient = sp<Recipient>::make();
+  sp<V2_0::IThermal> service = LookUp();
+  recipient->gate = std::make_shared<fake::Gate>();
+  recipient->also = [&](const sp<IBase>& proxy) {
+    EXPECT_FALSE(proxy->linkToDeath(recipient, 2)) << "known to be dead";
+    service.clear();
   };
   Kill();
-  EXPECT_TRUE(service_->linkToDeath(recipient_, 1));
-  ASSERT_TRUE(recipient_->gate->WaitForArrivals());
-  EXPECT_FALSE(service_->unlinkToDeath(recipient_)) << "too late";
-  recipient_->gate->Open();
-  EXPECT_EQ(recipient_->told.Take(), 1u);
-  EXPECT_EQ(service_, nullptr) << "a notification may drop the proxy";
+  EXPECT_TRUE(service->linkToDeath(recipient, 1));
+  ASSERT_TRUE(recipient->gate->WaitForArrivals());
+  EXPECT_FALSE(service->unlinkToDeath(recipient)) << "too late";
+  recipient->gate->Open();
+  EXPECT_EQ(recipient->told.Take(), 1u);
+  EXPECT_EQ(service, nullptr) << "a notification may drop the proxy";
 }
 
 }  // namespace
