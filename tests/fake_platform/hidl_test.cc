@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // The rules of HIDL in the fake platform: look-ups, proxies, threads, deaths.
-#include <android/binder_process.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <hidl/HidlTransportSupport.h>
@@ -50,10 +49,6 @@ class HidlTest : public testing::Test {
 
   static sp<V2_0::IThermal> LookUp() { return V2_0::IThermal::tryGetService("default", false); }
   void Kill() { thermal_.Kill(ThermalPath::kHidl); }
-  void KillAndTell() {
-    Kill();
-    ASSERT_TRUE(fake::WaitUntilDelivered());
-  }
   fake::Script& on(HidlThermalOperation operation) { return thermal_.on(operation); }
 
   simulated::Thermal thermal_;
@@ -231,7 +226,8 @@ TEST_F(HidlTest, ALinkBelongsToItsProxyAndHoldsItsRecipientWeakly) {
   EXPECT_FALSE(refused);
   EXPECT_TRUE(another->linkToDeath(nullptr, 6));
   EXPECT_FALSE(another->unlinkToDeath(nullptr));
-  KillAndTell();
+  Kill();
+  ASSERT_TRUE(fake::WaitUntilDelivered());
   EXPECT_EQ(recipient->told.Take(), 1u);
   EXPECT_EQ(recipient->thread, "hwbinder:host");
   EXPECT_EQ(recipient->last_who.promote(), sp<IBase>(service));
@@ -241,7 +237,8 @@ TEST_F(HidlTest, ALinkBelongsToItsProxyAndHoldsItsRecipientWeakly) {
   EXPECT_TRUE(late.isOk());
   EXPECT_FALSE(late) << "known to be dead";
   thermal_.Start(ThermalPath::kHidl);
-  KillAndTell();
+  Kill();
+  ASSERT_TRUE(fake::WaitUntilDelivered());
   EXPECT_TRUE(recipient->told.empty()) << "the old links do not belong to the new service";
 }
 

@@ -10,7 +10,6 @@
 #include <cerrno>
 #include <functional>
 #include <future>
-#include <thread>
 #include <vector>
 
 #include "quorvel/fake/deliveries.h"
