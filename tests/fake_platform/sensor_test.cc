@@ -126,8 +126,8 @@ TEST_F(PlatformSensorTest, OnePollTakesTheEventsOfAllQueuesAndLeavesTheWake) {
   ALooper_wake(ALooper_forThread());
   Report(1);
   Report(2);
-  EXPECT_EQ(Poll(-1), ALOOPER_POLL_CALLBACK);
-  EXPECT_EQ(Poll(-1), ALOOPER_POLL_WAKE);
+  EXPECT_EQ(Poll(0), ALOOPER_POLL_CALLBACK);
+  EXPECT_EQ(Poll(0), ALOOPER_POLL_WAKE);
   EXPECT_EQ(Poll(0), ALOOPER_POLL_TIMEOUT);
   for (ASensorEventQueue* queue : queues) EXPECT_THAT(Read(queue), ElementsAre(1, 2));
   // The events of a destroyed queue wake no poll.
