@@ -2,12 +2,11 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // The rules of HIDL in the fake platform: look-ups, proxies, threads, deaths.
-#include <android/binder_process.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <hidl/HidlTransportSupport.h>
 
-#include <atomic>
+#include <functional>
 #include <memory>
 #include <string>
 #include <thread>
@@ -32,8 +31,6 @@ using android::hardware::interfacesEqual;
 using android::hardware::Return;
 using android::hardware::Void;
 using android::hidl::base::V1_0::IBase;
-using fake::Delivery;
-using fake::HoldDeliveries;
 using fake::Outcome;
 using services::HidlThermalOperation;
 using services::HidlThermalService;
@@ -51,20 +48,6 @@ class HidlTest : public testing::Test {
   ~HidlTest() override { EXPECT_TRUE(fake::WaitUntilDelivered()); }
 
   static sp<V2_0::IThermal> LookUp() { return V2_0::IThermal::tryGetService("default", false); }
-  // Registers for all types; what the service says.
-  static HidlAnswer Register(const sp<V2_0::IThermal>& service,
-                             const sp<V2_0::IThermalChangedCallback>& callback) {
-    HidlAnswer answer;
-    EXPECT_TRUE(
-        service->registerThermalChangedCallback(callback, false, kAnyType, answer.Take()).isOk());
-    return answer;
-  }
-  static HidlAnswer Unregister(const sp<V2_0::IThermal>& service,
-                               const sp<V2_0::IThermalChangedCallback>& callback) {
-    HidlAnswer answer;
-    EXPECT_TRUE(service->unregisterThermalChangedCallback(callback, answer.Take()).isOk());
-    return answer;
-  }
   void Kill() { thermal_.Kill(ThermalPath::kHidl); }
   fake::Script& on(HidlThermalOperation operation) { return thermal_.on(operation); }
 
@@ -79,12 +62,7 @@ TEST_F(HidlTest, ALookUpGivesANewProxyEachTime) {
   EXPECT_NE(again, service);
   EXPECT_TRUE(interfacesEqual(again, service));
   EXPECT_FALSE(interfacesEqual(service, nullptr));
-  EXPECT_TRUE(interfacesEqual(nullptr, nullptr));
-  EXPECT_TRUE(service->ping().isOk());
 
-  const sp<V2_0::IThermal> cast = V2_0::IThermal::castFrom(sp<IBase>(service));
-  ASSERT_NE(cast, nullptr);
-  EXPECT_TRUE(interfacesEqual(cast, service));
   const sp<V2_0::IThermalChangedCallback> other =
       V2_0::IThermalChangedCallback::castFrom(sp<IBase>(service));
   EXPECT_EQ(other, nullptr) << "another interface";
@@ -92,23 +70,12 @@ TEST_F(HidlTest, ALookUpGivesANewProxyEachTime) {
   EXPECT_EQ(itself, service) << "nothing to cast";
   const sp<V2_0::IThermal> back = V2_0::IThermal::castFrom(sp<V1_0::IThermal>(service));
   EXPECT_TRUE(interfacesEqual(back, service));
-}
 
-TEST_F(HidlTest, ADerivedServiceIsFoundUnderItsBaseWhenThatIsDeclared) {
+  // Under its base it is found when that is declared.
   EXPECT_EQ(V1_0::IThermal::tryGetService(), nullptr);
   fake::DeclareHidl("android.hardware.thermal@1.0::IThermal/default");
-  const sp<V1_0::IThermal> base = V1_0::IThermal::tryGetService();
+  EXPECT_TRUE(interfacesEqual(V1_0::IThermal::tryGetService(), service));
   fake::UndeclareHidl("android.hardware.thermal@1.0::IThermal/default");
-  ASSERT_NE(base, nullptr);
-  EXPECT_TRUE(interfacesEqual(base, LookUp()));
-  HidlAnswer answer;
-  std::vector<V1_0::Temperature> temperatures;
-  EXPECT_TRUE(base->getTemperatures(answer.Take(temperatures)).isOk());
-  ASSERT_THAT(temperatures, SizeIs(3)) << "the types that version 1.0 knows";
-  EXPECT_EQ(temperatures[0].name, "cpu");
-  EXPECT_EQ(temperatures[0].throttlingThreshold, 95);
-  const sp<V2_0::IThermal> derived = V2_0::IThermal::castFrom(base);
-  EXPECT_NE(derived, nullptr);
 }
 
 TEST_F(HidlTest, ALookUpWithoutAServiceReturnsNull) {
@@ -116,27 +83,25 @@ TEST_F(HidlTest, ALookUpWithoutAServiceReturnsNull) {
   EXPECT_EQ(V2_0::IThermal::tryGetService(/*getStub=*/true), nullptr);
   thermal_.on(fake::BinderFunction::kTryGetHidlService).Then({.status = STATUS_PERMISSION_DENIED});
   EXPECT_EQ(LookUp(), nullptr);
-  EXPECT_NE(LookUp(), nullptr);
   {
     const fake::NoHidlServiceManager absent;
     EXPECT_EQ(LookUp(), nullptr);
     EXPECT_EQ(V2_0::IThermal::getService(), nullptr);
+    EXPECT_NE(sp<HidlThermalService>::make(services::ThermalData{})->registerAsService("own"),
+              android::OK);
   }
+  EXPECT_NE(LookUp(), nullptr);
   thermal_.Undeclare(ThermalPath::kHidl);
   EXPECT_EQ(LookUp(), nullptr) << "running, but not declared";
   EXPECT_EQ(V2_0::IThermal::getService(), nullptr);
   thermal_.Declare(ThermalPath::kHidl);
   Kill();
   EXPECT_EQ(LookUp(), nullptr) << "declared, but not running";
-}
-
-TEST_F(HidlTest, GetServiceWaitsForALateService) {
-  Kill();
   Seen<bool> found;
   std::thread waiter([&] { found.Put(V2_0::IThermal::getService() != nullptr); });
-  ASSERT_TRUE(thermal_.on(fake::BinderFunction::kGetHidlService).WaitForCalls(1));
+  EXPECT_TRUE(thermal_.on(fake::BinderFunction::kGetHidlService).WaitForCalls(3));
   thermal_.Start(ThermalPath::kHidl);
-  EXPECT_EQ(found.Take(), true);
+  EXPECT_EQ(found.Take(), true) << "waited for";
   waiter.join();
 }
 
@@ -144,10 +109,12 @@ struct Recipient : hidl_death_recipient {
   void serviceDied(uint64_t cookie, const wp<IBase>& who) override {
     if (gate != nullptr) gate->Pass();
     thread = ThreadName();
-    told.Put(cookie);
     last_who = who;
+    if (also != nullptr) also(who.promote());
+    told.Put(cookie);
   }
   std::shared_ptr<fake::Gate> gate;
+  std::function<void(sp<IBase>)> also;
   Seen<uint64_t> told;
   std::string thread;
   wp<IBase> last_who;
@@ -155,10 +122,6 @@ struct Recipient : hidl_death_recipient {
 
 TEST_F(HidlTest, AServiceOfTheSameProcessIsTheObjectItself) {
   const auto service = sp<HidlThermalService>::make(services::ThermalData{});
-  {
-    const fake::NoHidlServiceManager absent;
-    EXPECT_NE(service->registerAsService("own"), android::OK);
-  }
   ASSERT_EQ(service->registerAsService("own"), android::OK);
   fake::DeclareHidl("android.hardware.thermal@2.0::IThermal/own");
   const sp<V2_0::IThermal> found = V2_0::IThermal::tryGetService("own");
@@ -174,258 +137,126 @@ TEST_F(HidlTest, AServiceOfTheSameProcessIsTheObjectItself) {
   EXPECT_FALSE(found->unlinkToDeath(nullptr));
   // A plain call on the caller's thread, notifications included.
   const auto callback = sp<HidlThermalCallback>::make();
-  EXPECT_FALSE(Register(found, callback).failed());
+  HidlAnswer answer;
+  EXPECT_TRUE(
+      found->registerThermalChangedCallback(callback, false, kAnyType, answer.Take()).isOk());
   service->Notify({.name = "skin"});
   EXPECT_FALSE(callback->heard.empty());
 }
 
 TEST_F(HidlTest, ACallRunsInTheServiceAndItsResultCallbackInTheCaller) {
+  constexpr auto kOperation = HidlThermalOperation::kGetCurrentTemperatures;
   const sp<V2_0::IThermal> service = LookUp();
   std::vector<V2_0::Temperature> temperatures;
   HidlAnswer answer;
-  ASSERT_TRUE(service->getCurrentTemperatures(false, kAnyType, answer.Take(temperatures)).isOk());
+  const auto call = [&] {
+    return service->getCurrentTemperatures(false, kAnyType, answer.Take(temperatures));
+  };
+  ASSERT_TRUE(call().isOk());
   EXPECT_EQ(answer.calls, 1);
   EXPECT_EQ(answer.thread, std::this_thread::get_id());
   EXPECT_FALSE(answer.failed());
-  ASSERT_THAT(temperatures, SizeIs(thermal_.data().temperatures.size()));
-  EXPECT_EQ(temperatures[1].name, "skin");
-  EXPECT_EQ(temperatures[1].value, 30);
+  EXPECT_THAT(temperatures, SizeIs(thermal_.data().temperatures.size()));
 
-  on(HidlThermalOperation::kGetCurrentTemperatures)
-      .Then(Outcome::Exception(EX_ILLEGAL_STATE, "not now"));
-  ASSERT_TRUE(service->getCurrentTemperatures(false, kAnyType, answer.Take(temperatures)).isOk());
+  on(kOperation).Then(Outcome::Exception(EX_ILLEGAL_STATE, "not now"));
+  ASSERT_TRUE(call().isOk());
   EXPECT_TRUE(answer.failed());
   EXPECT_EQ(answer.status.debugMessage, "not now");
   EXPECT_THAT(temperatures, SizeIs(0));
 
-  on(HidlThermalOperation::kGetCurrentTemperatures).Then({.status = STATUS_FAILED_TRANSACTION});
-  const Return<void> lost =
-      service->getCurrentTemperatures(false, kAnyType, answer.Take(temperatures));
+  on(kOperation).Then({.status = STATUS_FAILED_TRANSACTION});
+  const Return<void> lost = call();
   EXPECT_FALSE(lost.isOk());
   EXPECT_FALSE(lost.isDeadObject());
-  EXPECT_EQ(lost.description(), "Status(EX_TRANSACTION_FAILED): 'FAILED_TRANSACTION: '");
-  EXPECT_EQ(answer.calls, 2) << "no answer when the transport fails";
-
   EXPECT_FALSE(service->getCurrentTemperatures(false, kAnyType, nullptr).isOk());
-  EXPECT_EQ(on(HidlThermalOperation::kGetCurrentTemperatures).calls(), 3) << "not even sent";
-}
+  EXPECT_EQ(on(kOperation).calls(), 3) << "without a result callback nothing is sent";
 
-TEST_F(HidlTest, ADeathFailsCallsUnderWayAndLaterOnes) {
-  const sp<V2_0::IThermal> service = LookUp();
   auto gate = std::make_shared<fake::Gate>();
-  on(HidlThermalOperation::kGetCurrentTemperatures).Then(Outcome::After(gate));
-  std::vector<V2_0::Temperature> temperatures;
-  HidlAnswer answer;
-  const auto call = [&] {
-    return service->getCurrentTemperatures(false, kAnyType, answer.Take(temperatures))
-        .isDeadObject();
-  };
+  on(kOperation).Then(Outcome::After(gate));
   bool dead = false;
-  std::thread caller([&] { dead = call(); });
-  ASSERT_TRUE(gate->WaitForArrivals());
+  std::thread caller([&] { dead = call().isDeadObject(); });
+  EXPECT_TRUE(gate->WaitForArrivals());
   Kill();
   caller.join();
   EXPECT_TRUE(dead);
-  EXPECT_EQ(answer.calls, 0);
-
   thermal_.Start(ThermalPath::kHidl);
-  EXPECT_TRUE(call()) << "a restarted service is another object";
-  EXPECT_TRUE(service->ping().isDeadObject());
-  EXPECT_EQ(answer.calls, 0);
+  EXPECT_TRUE(call().isDeadObject()) << "a restarted service is another object";
   EXPECT_FALSE(interfacesEqual(service, LookUp()));
-  EXPECT_TRUE(LookUp()->ping().isOk());
+  EXPECT_EQ(answer.calls, 2) << "no answer when the transport fails";
 }
-
-TEST_F(HidlTest, NotificationsArriveInOrderOnAHidlThread) {
-  const sp<V2_0::IThermal> service = LookUp();
-  const auto callback = sp<HidlThermalCallback>::make();
-  const auto other = sp<HidlThermalCallback>::make();
-  ASSERT_FALSE(Register(service, callback).failed());
-  ASSERT_FALSE(Register(service, other).failed());
-  {
-    // A sender does not wait, even while nothing is delivered.
-    HoldDeliveries hold(Delivery::kOneway);
-    for (int i = 0; i < 20; ++i) thermal_.Notify({.value = static_cast<float>(i)});
-    EXPECT_TRUE(hold.WaitForHeld(2)) << "calls to different objects run side by side";
-    EXPECT_TRUE(callback->heard.empty());
-    EXPECT_FALSE(Unregister(service, callback).failed());
-  }
-  for (int i = 0; i < 20; ++i) {
-    const auto heard = callback->heard.Take();
-    ASSERT_TRUE(heard.has_value()) << "what was sent before an unregistration arrives";
-    EXPECT_EQ(heard->temperature.value, static_cast<float>(i));
-    EXPECT_EQ(heard->thread, "hwbinder:host");
-  }
-}
-
-TEST_F(HidlTest, AServiceHoldsACallbackUntilItIsUnregisteredOrTheServiceDies) {
-  for (const bool dies : {false, true}) {
-    thermal_.Start(ThermalPath::kHidl);
-    const sp<V2_0::IThermal> service = LookUp();
-    auto callback = sp<HidlThermalCallback>::make();
-    const wp<HidlThermalCallback> kept = callback;
-    ASSERT_FALSE(Register(service, callback).failed());
-    if (dies) {
-      callback.clear();
-      EXPECT_NE(kept.promote(), nullptr);
-      Kill();
-    } else {
-      EXPECT_FALSE(Unregister(service, callback).failed());
-      EXPECT_EQ(thermal_.callback_count(ThermalPath::kHidl), 0u);
-      callback.clear();
-    }
-    EXPECT_TRUE(Eventually([&] { return kept.promote() == nullptr; })) << "dies: " << dies;
-  }
-}
-
-// What a service must not do with a result callback.
-class RudeService : public HidlThermalService {
- public:
-  explicit RudeService(int answers) : HidlThermalService({}), answers_(answers) {}
-  Return<void> getCpuUsages(getCpuUsages_cb _hidl_cb) override {
-    for (int i = 0; i < answers_; ++i) _hidl_cb({}, {});
-    return Void();
-  }
-
- private:
-  const int answers_;
-};
 
 TEST_F(HidlTest, AServiceMustCallItsResultCallbackOnce) {
+  struct RudeService : HidlThermalService {
+    explicit RudeService(int count) : HidlThermalService({}), answers(count) {}
+    Return<void> getCpuUsages(getCpuUsages_cb _hidl_cb) override {
+      for (int i = 0; i < answers; ++i) _hidl_cb({}, {});
+      return Void();
+    }
+    const int answers;
+  };
   const auto call = [](int answers) {
     fake::ServiceProcess process("rude");
     ASSERT_TRUE(process.AddHidlService(sp<RudeService>::make(answers)));
-    const Return<void> result = LookUp()->getCpuUsages([](const auto&, const auto&) {});
-    EXPECT_TRUE(result.isOk());
+    EXPECT_TRUE(LookUp()->getCpuUsages([](const auto&, const auto&) {}).isOk());
   };
   call(1);
   EXPECT_DEATH(call(0), "not called");
   EXPECT_DEATH(call(2), "called twice");
 }
 
-class HidlDeathTest : public HidlTest {
- protected:
-  void KillAndTell() {
-    Kill();
-    ASSERT_TRUE(fake::WaitUntilDelivered());
-  }
-
-  sp<V2_0::IThermal> service_ = LookUp();
-  sp<Recipient> recipient_ = sp<Recipient>::make();
-};
-
-TEST_F(HidlDeathTest, EachLinkIsNotifiedOnce) {
-  ASSERT_TRUE(service_->linkToDeath(recipient_, 1));
-  ASSERT_TRUE(service_->linkToDeath(recipient_, 2));
+TEST_F(HidlTest, ALinkBelongsToItsProxyAndHoldsItsRecipientWeakly) {
+  const auto recipient = sp<Recipient>::make();
+  const sp<V2_0::IThermal> service = LookUp();
+  sp<V2_0::IThermal> dropped = LookUp();
   const sp<V2_0::IThermal> another = LookUp();
-  ASSERT_TRUE(another->linkToDeath(recipient_, 3));
-  EXPECT_TRUE(service_->unlinkToDeath(recipient_));  // the newest of this proxy
-  KillAndTell();
-  EXPECT_EQ(recipient_->told.Take(), 1u);
-  EXPECT_EQ(recipient_->told.Take(), 3u);
-  EXPECT_TRUE(recipient_->told.empty());
-  EXPECT_EQ(recipient_->thread, "hwbinder:host");
-  EXPECT_EQ(recipient_->last_who.promote(), sp<IBase>(another)) << "the proxy linked on";
-
-  EXPECT_FALSE(service_->unlinkToDeath(recipient_)) << "gone with its notification";
-  EXPECT_FALSE(service_->linkToDeath(recipient_, 4)) << "known to be dead";
-  thermal_.Start(ThermalPath::kHidl);
-  KillAndTell();
-  EXPECT_TRUE(recipient_->told.empty()) << "the old links do not belong to the new service";
-}
-
-TEST_F(HidlDeathTest, ALinkEndsWithItsProxyOrItsRecipient) {
-  const sp<V2_0::IThermal> another = LookUp();
-  ASSERT_TRUE(service_->linkToDeath(recipient_, 1));
-  EXPECT_FALSE(another->unlinkToDeath(recipient_)) << "not linked here";
-  service_.clear();
   auto held_weakly = sp<Recipient>::make();
   const wp<Recipient> weak = held_weakly;
-  ASSERT_TRUE(another->linkToDeath(held_weakly, 2));
+  ASSERT_TRUE(service->linkToDeath(recipient, 1));
+  ASSERT_TRUE(service->linkToDeath(recipient, 2));
+  EXPECT_FALSE(another->unlinkToDeath(recipient)) << "not linked here";
+  EXPECT_TRUE(service->unlinkToDeath(recipient)) << "the newest";
+  ASSERT_TRUE(dropped->linkToDeath(recipient, 3));
+  dropped.clear();
+  ASSERT_TRUE(another->linkToDeath(held_weakly, 4));
   held_weakly.clear();
   EXPECT_EQ(weak.promote(), nullptr);
-  KillAndTell();
-  EXPECT_TRUE(recipient_->told.empty());
-}
-
-TEST_F(HidlDeathTest, AnUndoneOrRefusedLinkNotifiesNoRecipient) {
-  ASSERT_TRUE(service_->linkToDeath(recipient_, 1));
-  EXPECT_TRUE(service_->unlinkToDeath(recipient_));
-  EXPECT_FALSE(service_->unlinkToDeath(recipient_));
   thermal_.on(fake::BinderFunction::kHidlLinkToDeath).Then({.status = STATUS_UNKNOWN_ERROR});
-  const Return<bool> refused = service_->linkToDeath(recipient_, 2);
+  const Return<bool> refused = another->linkToDeath(recipient, 5);
   EXPECT_TRUE(refused.isOk()) << "no failure of the transport";
   EXPECT_FALSE(refused);
-  // Without a recipient there is a link that notifies no recipient.
-  EXPECT_TRUE(service_->linkToDeath(nullptr, 3));
-  EXPECT_FALSE(service_->unlinkToDeath(nullptr));
-  KillAndTell();
-  EXPECT_TRUE(recipient_->told.empty());
-}
-
-TEST_F(HidlDeathTest, ALinkToADeadServiceIsNotified) {
+  EXPECT_TRUE(another->linkToDeath(nullptr, 6));
+  EXPECT_FALSE(another->unlinkToDeath(nullptr));
   Kill();
-  EXPECT_TRUE(service_->linkToDeath(recipient_, 1));
-  EXPECT_EQ(recipient_->told.Take(), 1u);
-}
+  ASSERT_TRUE(fake::WaitUntilDelivered());
+  EXPECT_EQ(recipient->told.Take(), 1u);
+  EXPECT_EQ(recipient->thread, "hwbinder:host");
+  EXPECT_EQ(recipient->last_who.promote(), sp<IBase>(service));
 
-TEST_F(HidlDeathTest, UnlinkingDoesNotWaitForARunningNotification) {
-  recipient_->gate = std::make_shared<fake::Gate>();
-  ASSERT_TRUE(service_->linkToDeath(recipient_, 1));
+  EXPECT_FALSE(service->unlinkToDeath(recipient)) << "gone with its notification";
+  const Return<bool> late = service->linkToDeath(recipient, 7);
+  EXPECT_TRUE(late.isOk());
+  EXPECT_FALSE(late) << "known to be dead";
+  thermal_.Start(ThermalPath::kHidl);
   Kill();
-  ASSERT_TRUE(recipient_->gate->WaitForArrivals());
-  EXPECT_FALSE(service_->unlinkToDeath(recipient_)) << "too late";
-  service_.clear();
-  recipient_->gate->Open();
-  EXPECT_EQ(recipient_->told.Take(), 1u);
+  ASSERT_TRUE(fake::WaitUntilDelivered());
+  EXPECT_TRUE(recipient->told.empty()) << "the old links do not belong to the new service";
 }
 
-TEST_F(HidlDeathTest, QueuedNotificationsComeAfterTheDeathNotificationAndBeforeTheSuccessors) {
-  const auto callback = sp<HidlThermalCallback>::make();
-  ASSERT_FALSE(Register(service_, callback).failed());
-  ASSERT_TRUE(service_->linkToDeath(recipient_, 1));
-  HoldDeliveries notifications(Delivery::kDeathNotification);
-  {
-    HoldDeliveries reports(Delivery::kOneway);
-    for (const float value : {1, 2}) thermal_.Notify({.value = value});
-    ASSERT_TRUE(reports.WaitForHeld());
-    Kill();
-    ASSERT_TRUE(notifications.WaitForHeld());
-    thermal_.Start(ThermalPath::kHidl);
-    ASSERT_FALSE(Register(LookUp(), callback).failed());
-    thermal_.Notify({.value = 3});
-  }
-  recipient_->gate = std::make_shared<fake::Gate>();
-  notifications.Release();
-  ASSERT_TRUE(recipient_->gate->WaitForArrivals());
-  EXPECT_TRUE(callback->heard.empty()) << "the notification has not returned";
-  recipient_->gate->Open();
-  EXPECT_EQ(recipient_->told.Take(), 1u);
-  for (const float value : {1, 2, 3}) {
-    EXPECT_EQ(callback->heard.Take()->temperature.value, value);
-  }
-}
-
-TEST_F(HidlDeathTest, ANotificationMayUseAndDropTheProxy) {
-  struct Dropper : hidl_death_recipient {
-    void serviceDied(uint64_t /*cookie*/, const wp<IBase>& who) override {
-      const sp<IBase> proxy = who.promote();
-      linked_again = proxy->linkToDeath(this, 2);
-      static_cast<void>(proxy->unlinkToDeath(this).isOk());
-      service->clear();
-      told.Put(true);
-    }
-    sp<V2_0::IThermal>* service = nullptr;
-    std::atomic<bool> linked_again{true};
-    Seen<bool> told;
+TEST_F(HidlTest, ALinkToADeadServiceIsNotifiedAndUnlinkingDoesNotWaitForThat) {
+  const auto recipient = sp<Recipient>::make();
+  sp<V2_0::IThermal> service = LookUp();
+  recipient->gate = std::make_shared<fake::Gate>();
+  recipient->also = [&](const sp<IBase>& proxy) {
+    EXPECT_FALSE(proxy->linkToDeath(recipient, 2)) << "known to be dead";
+    service.clear();
   };
-  const auto dropper = sp<Dropper>::make();
-  dropper->service = &service_;
-  ASSERT_TRUE(service_->linkToDeath(dropper, 1));
   Kill();
-  EXPECT_EQ(dropper->told.Take(), true);
-  EXPECT_FALSE(dropper->linked_again) << "known to be dead";
-  EXPECT_EQ(service_, nullptr);
+  EXPECT_TRUE(service->linkToDeath(recipient, 1));
+  ASSERT_TRUE(recipient->gate->WaitForArrivals());
+  EXPECT_FALSE(service->unlinkToDeath(recipient)) << "too late";
+  recipient->gate->Open();
+  EXPECT_EQ(recipient->told.Take(), 1u);
+  EXPECT_EQ(service, nullptr) << "a notification may drop the proxy";
 }
 
 }  // namespace

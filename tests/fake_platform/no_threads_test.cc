@@ -71,7 +71,7 @@ TEST(NoBinderThreadsTest, NothingArrivesBeforeTheThreadPoolIsStarted) {
   EXPECT_FALSE(fake::WaitUntilDelivered(std::chrono::milliseconds(20)));
   EXPECT_TRUE(IsLinked(handle)) << "the death is not heard of";
 
-  // A second object with something to hear: it need not wait for the first.
+  // A second object: it need not wait for the first.
   void* other = nullptr;
   InitBatteryInfo(&other);
   ASSERT_EQ(RegisterBatteryLevelCallback(other, Client<1>, &seen), 0);

@@ -2,15 +2,14 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // The fake platform's looper and sensors behave as the library for vendor code does.
-#include <android/binder_process.h>
 #include <android/looper.h>
 #include <android/sensor.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <functional>
 #include <future>
-#include <thread>
 #include <vector>
 
 #include "quorvel/fake/deliveries.h"
@@ -28,19 +27,10 @@ int Poll(int timeout_ms) {
   return ALooper_pollOnce(timeout_ms, nullptr, nullptr, nullptr);
 }
 
-TEST(PlatformLooperTest, TheProcessHasOneLooper) {
-  ALooper* const looper = ALooper_forThread();
-  ASSERT_NE(looper, nullptr);
-  EXPECT_EQ(ALooper_prepare(0), looper);
-  std::thread([&] {
-    EXPECT_EQ(ALooper_forThread(), looper);
-    EXPECT_EQ(ALooper_prepare(ALOOPER_PREPARE_ALLOW_NON_CALLBACKS), looper);
-  }).join();
-}
-
-TEST(PlatformLooperTest, AWakeIsKeptAndFolded) {
+TEST(PlatformLooperTest, AWakeIsKeptAndFoldedAndGoesToOneOfTheThreads) {
   fake::DropWake();
-  for (int i = 0; i < 3; ++i) ALooper_wake(ALooper_forThread());
+  ALooper* const looper = ALooper_prepare(0);
+  for (int i = 0; i < 3; ++i) ALooper_wake(looper);
   int fd = 7;
   int events = 7;
   void* data = &fd;
@@ -49,16 +39,18 @@ TEST(PlatformLooperTest, AWakeIsKeptAndFolded) {
   EXPECT_EQ(events, 0);
   EXPECT_EQ(data, nullptr);
   EXPECT_EQ(Poll(0), ALOOPER_POLL_TIMEOUT);
-}
 
-TEST(PlatformLooperTest, AThreadThatPreparedNothingMayWaitAndOneOfSeveralIsWoken) {
-  fake::DropWake();
   std::vector<std::future<int>> polls;
-  for (int i = 0; i < 2; ++i) polls.push_back(std::async(std::launch::async, Poll, -1));
-  ASSERT_TRUE(Eventually([] { return fake::LooperWaiters() == 2; }));
-  ALooper_wake(ALooper_forThread());
-  ASSERT_TRUE(Eventually([] { return fake::LooperWaiters() == 1; }));
-  ALooper_wake(ALooper_forThread());
+  for (int i = 0; i < 2; ++i) {
+    polls.push_back(std::async(std::launch::async, [&] {
+      EXPECT_EQ(ALooper_forThread(), looper) << "one for all threads";
+      return Poll(-1);
+    }));
+  }
+  for (const int waiters : {2, 1}) {
+    EXPECT_TRUE(Eventually([&] { return fake::LooperWaiters() == waiters; }));
+    ALooper_wake(looper);
+  }
   for (auto& poll : polls) EXPECT_EQ(poll.get(), ALOOPER_POLL_WAKE);
 }
 
@@ -66,15 +58,17 @@ class PlatformSensorTest : public testing::Test {
  protected:
   PlatformSensorTest() {
     hub_.Add(ASENSOR_TYPE_PROXIMITY, "proximity", 1000);
-    hub_.Add(ASENSOR_TYPE_LIGHT, "light");
     hub_.Start();
     manager_ = ASensorManager_getInstanceForPackage("any");
     sensor_ = ASensorManager_getDefaultSensor(manager_, ASENSOR_TYPE_PROXIMITY);
   }
 
+  // A queue with the sensor enabled.
   ASensorEventQueue* MakeQueue(ALooper_callbackFunc callback = nullptr, void* data = nullptr) {
-    return ASensorManager_createEventQueue(manager_, ALooper_forThread(), /*ident=*/5, callback,
-                                           data);
+    ASensorEventQueue* const queue =
+        ASensorManager_createEventQueue(manager_, ALooper_forThread(), /*ident=*/5, callback, data);
+    EXPECT_EQ(ASensorEventQueue_registerSensor(queue, sensor_, 1000, 0), 0);
+    return queue;
   }
   static std::vector<float> Read(ASensorEventQueue* queue, size_t at_most = 100) {
     std::vector<ASensorEvent> events(at_most);
@@ -93,20 +87,9 @@ class PlatformSensorTest : public testing::Test {
   const ASensor* sensor_ = nullptr;
 };
 
-TEST_F(PlatformSensorTest, OneManagerKnowsTheSensors) {
-  EXPECT_EQ(ASensorManager_getInstance(), manager_);
-  ASensorList list = nullptr;
-  ASSERT_EQ(ASensorManager_getSensorList(manager_, &list), 2);
-  EXPECT_EQ(list[0], sensor_);
-  EXPECT_STREQ(ASensor_getName(list[1]), "light");
-  EXPECT_EQ(ASensor_getType(list[1]), ASENSOR_TYPE_LIGHT);
-  EXPECT_EQ(ASensor_getMinDelay(sensor_), 1000);
+TEST_F(PlatformSensorTest, InvalidArgumentsAreRefused) {
   EXPECT_EQ(ASensor_getMinDelay(nullptr), ASENSOR_DELAY_INVALID);
   EXPECT_EQ(ASensorManager_getDefaultSensor(manager_, ASENSOR_TYPE_HINGE_ANGLE), nullptr);
-  EXPECT_EQ(ASensorManager_getDefaultSensor(manager_, ASENSOR_TYPE_INVALID), nullptr);
-}
-
-TEST_F(PlatformSensorTest, InvalidArgumentsAreRefused) {
   EXPECT_EQ(ASensorManager_createEventQueue(nullptr, ALooper_forThread(), 0, nullptr, nullptr),
             nullptr);
   EXPECT_EQ(ASensorManager_createEventQueue(manager_, nullptr, 0, nullptr, nullptr), nullptr);
@@ -114,108 +97,65 @@ TEST_F(PlatformSensorTest, InvalidArgumentsAreRefused) {
   EXPECT_EQ(ASensorEventQueue_disableSensor(nullptr, sensor_), -EINVAL);
   EXPECT_EQ(ASensorEventQueue_getEvents(nullptr, nullptr, 0), -EINVAL);
   EXPECT_EQ(ASensorManager_destroyEventQueue(nullptr, nullptr), -EINVAL);
-  ASensorEventQueue* const queue = MakeQueue();
-  EXPECT_EQ(ASensorEventQueue_disableSensor(queue, sensor_), -EINVAL);
-  EXPECT_EQ(ASensorEventQueue_registerSensor(queue, sensor_, 1000, 0), 0);
-  EXPECT_EQ(ASensorEventQueue_disableSensor(queue, sensor_), 0);
-  EXPECT_EQ(ASensorManager_destroyEventQueue(manager_, queue), 0);
 }
 
 TEST_F(PlatformSensorTest, EventsAreKeptInOrderUntilTheyAreRead) {
+  Report(1);
   ASensorEventQueue* const queue = MakeQueue();
-  Report(1);  // the sensor is not enabled on the queue
-  ASSERT_EQ(ASensorEventQueue_registerSensor(queue, sensor_, 1000, 0), 0);
   ASSERT_TRUE(fake::WaitUntilDelivered());
-  EXPECT_THAT(Read(queue), ElementsAre(1));  // its latest reading
+  EXPECT_THAT(Read(queue), ElementsAre(1)) << "the latest reading";
   EXPECT_EQ(ASensorEventQueue_hasEvents(queue), 0);
   EXPECT_THAT(Read(queue), ElementsAre());
-  for (int value = 2; value <= 5; ++value) Report(static_cast<float>(value));
+  for (const float value : {2, 3, 4, 5}) Report(value);
   EXPECT_EQ(ASensorEventQueue_hasEvents(queue), 1);
   EXPECT_THAT(Read(queue, 1), ElementsAre(2));
   EXPECT_THAT(Read(queue), ElementsAre(3, 4, 5));
+  EXPECT_EQ(ASensorEventQueue_disableSensor(queue, sensor_), 0);
+  EXPECT_EQ(ASensorEventQueue_disableSensor(queue, sensor_), -EINVAL);
+  Report(6);
   ASensorEvent extra = {};
   extra.type = ASENSOR_TYPE_ADDITIONAL_INFO;
-  hub_.SendUnasked({extra});
+  hub_.SendUnasked({extra});  // the queue has not asked for it
   ASSERT_TRUE(fake::WaitUntilDelivered());
   EXPECT_EQ(ASensorEventQueue_hasEvents(queue), 0);
-  ASensorEventQueue_requestAdditionalInfoEvents(queue, true);
-  hub_.SendUnasked({extra});
-  ASSERT_TRUE(fake::WaitUntilDelivered());
-  EXPECT_EQ(ASensorEventQueue_hasEvents(queue), 1);
   EXPECT_EQ(ASensorManager_destroyEventQueue(manager_, queue), 0);
 }
 
 TEST_F(PlatformSensorTest, OnePollTakesTheEventsOfAllQueuesAndLeavesTheWake) {
   ASensorEventQueue* const queues[] = {MakeQueue(), MakeQueue()};
-  for (ASensorEventQueue* queue : queues) {
-    ASSERT_EQ(ASensorEventQueue_registerSensor(queue, sensor_, 1000, 0), 0);
-  }
   ALooper_wake(ALooper_forThread());
   Report(1);
   Report(2);
-  EXPECT_EQ(Poll(-1), ALOOPER_POLL_CALLBACK);
-  EXPECT_EQ(Poll(-1), ALOOPER_POLL_WAKE);
+  EXPECT_EQ(Poll(0), ALOOPER_POLL_CALLBACK);
+  EXPECT_EQ(Poll(0), ALOOPER_POLL_WAKE);
   EXPECT_EQ(Poll(0), ALOOPER_POLL_TIMEOUT);
   for (ASensorEventQueue* queue : queues) EXPECT_THAT(Read(queue), ElementsAre(1, 2));
-  // Brought at once, to all of them, whatever the service knows.
-  ASensorEvent brought = {};
-  brought.type = ASENSOR_TYPE_LIGHT;
-  brought.data[0] = 7;
-  fake::BringSensorEvents({brought});
-  EXPECT_EQ(Poll(0), ALOOPER_POLL_CALLBACK);
-  for (ASensorEventQueue* queue : queues) EXPECT_THAT(Read(queue), ElementsAre(7));
   // The events of a destroyed queue wake no poll.
   Report(3);
   for (ASensorEventQueue* queue : queues) ASensorManager_destroyEventQueue(manager_, queue);
   EXPECT_EQ(Poll(0), ALOOPER_POLL_TIMEOUT);
 }
 
-TEST_F(PlatformSensorTest, ACallbackIsCalledByThePollUntilItLeaves) {
-  struct Count {
-    int calls = 0;
-    static int OnNews(int /*fd*/, int /*events*/, void* data) {
-      return ++static_cast<Count*>(data)->calls < 2 ? 1 : 0;
-    }
-  };
-  Count count;
-  ASensorEventQueue* const queue = MakeQueue(Count::OnNews, &count);
-  ASSERT_EQ(ASensorEventQueue_registerSensor(queue, sensor_, 1000, 0), 0);
-  for (int value = 1; value <= 3; ++value) {
-    Report(static_cast<float>(value));
+TEST_F(PlatformSensorTest, ACallbackIsCalledByThePollUntilItLeavesAndMustNotDestroyItsQueue) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  int calls = 0;
+  std::function<bool()> stays = [&] { return ++calls < 2; };
+  ASensorEventQueue* const queue = MakeQueue(
+      [](int, int, void* data) { return (*static_cast<std::function<bool()>*>(data))() ? 1 : 0; },
+      &stays);
+  Report(7);
+  {
+    const auto kept = stays;
+    stays = [&] { return ASensorManager_destroyEventQueue(manager_, queue) == 0; };
+    EXPECT_DEATH(Poll(-1), "called from a looper callback");
+    stays = kept;
+  }
+  for (const int expected : {1, 2, 2}) {
     EXPECT_EQ(Poll(-1), ALOOPER_POLL_CALLBACK);
-    EXPECT_EQ(count.calls, std::min(value, 2));
+    EXPECT_EQ(calls, expected);
+    Report(7);
   }
   ASensorManager_destroyEventQueue(manager_, queue);
-}
-
-struct Doomed {
-  ASensorManager* manager;
-  ASensorEventQueue* queue;
-  static int OnNews(int /*fd*/, int /*events*/, void* data) {
-    const auto& self = *static_cast<Doomed*>(data);
-    ASensorManager_destroyEventQueue(self.manager, self.queue);
-    return 1;
-  }
-};
-
-[[noreturn]] void DestroyInACallback() {
-  ABinderProcess_startThreadPool();
-  simulated::SensorHub hub;
-  hub.Add(ASENSOR_TYPE_PROXIMITY, "proximity");
-  hub.Start();
-  hub.Report(ASENSOR_TYPE_PROXIMITY, 1);
-  Doomed doomed = {.manager = ASensorManager_getInstance(), .queue = nullptr};
-  doomed.queue = ASensorManager_createEventQueue(doomed.manager, ALooper_forThread(), 0,
-                                                 Doomed::OnNews, &doomed);
-  ASensorEventQueue_registerSensor(
-      doomed.queue, ASensorManager_getDefaultSensor(doomed.manager, ASENSOR_TYPE_PROXIMITY), 0, 0);
-  Poll(-1);
-  std::_Exit(0);
-}
-
-TEST(PlatformSensorDeathTest, AQueueMustNotBeDestroyedInACallback) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  EXPECT_DEATH(DestroyInACallback(), "called from a looper callback");
 }
 
 TEST(PlatformSensorServiceTest, TheManagerWaitsForTheServiceAndEndsWithIt) {
