@@ -94,7 +94,7 @@ template <typename Temperature>
 TemperatureReport ToReport(const Temperature& temperature) {
   const float value = temperature.value;
   return {.type = toString(temperature.type),
-          .name = std::string(temperature.name),
+          .name = temperature.name,
           .value = std::isfinite(value) ? std::optional(value) : std::nullopt,
           .severity = static_cast<Severity>(temperature.throttlingStatus)};
 }
@@ -108,6 +108,7 @@ std::optional<std::vector<TemperatureReport>> AidlTemperatures() {
   std::vector<AidlTemperature> temperatures;
   if (service == nullptr || !service->getTemperatures(&temperatures).isOk()) return std::nullopt;
   std::vector<TemperatureReport> reports;
+  reports.reserve(temperatures.size());
   for (const AidlTemperature& temperature : temperatures) reports.push_back(ToReport(temperature));
   return reports;
 }
