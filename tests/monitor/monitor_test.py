@@ -148,43 +148,6 @@ class ToolTest(unittest.TestCase):
             self.assertEqual(o["new"]["name"], SEVERITIES[o["new"]["level"]])
         return [o["new"]["level"] for o in changes]
 
-    def test_help_and_version_go_to_standard_output(self):
-        text = self.success(run("help"))
-        self.assertIn("Exit codes:", text)
-        self.assertEqual(self.success(run("-h", "--json")), text)
-        for option in ("--version", "-V"):
-            self.assertRegex(self.success(run(option)), r"^quorvel \d+\.\d+\.\d+\n$")
-
-    def test_a_wrong_command_line_is_one_line_and_exit_code_2(self):
-        for args, complaint in {
-                "": "command", "sing": "sing", "watch": "battery", "get fish": "fish",
-                "watch battery get": "get",
-                "watch thermal": "TYPE:NAME", "watch thermal skin": "'skin'",
-                "watch thermal SKIN:": "'SKIN:'", "watch thermal :skin": "':skin'",
-                "watch thermal SKIN:skin ski:x": "'SKI'", "watch bcl": "bcl",
-                "get temperatures": "NAME", "get temperatures ": "NAME", "get thermal": "bcl",
-                "get bcl 1": "'1'", "get battery level": "level",
-                "demo battery": "battery", "dump --fast": "--fast",
-                "dump --device toaster": "toaster", "dump --device": "--device",
-                "dump --json=maybe": "maybe", "get battery --for 1s": "--for",
-                "demo --for 1s": "--for", "demo --device linux": "--device", "record": "FILE", "record a b": "'b'", "play ": "FILE",
-                "play a --for 1s": "--for", "play a --speed 0": "'0'", "play a --speed x": "'x'",
-                "play a --speed inf": "'inf'", "play a --speed 2 --step": "--step",
-                "play a --device linux": "--device", "demo --speed 2": "--speed",
-                "record a --step": "--step", "record a --record b": "--record",
-                "demo --force": "--force", "plot a": "--output", "plot a --output b.pdf": "b.pdf",
-                "play a --output b.svg": "--output", "watch battery --for": "--for",
-                "watch battery --for 10": "10", "watch battery --for 0s": "0s",
-                "watch battery --for -1s": "-1s", "watch battery --for .s": "'.s'",
-                "watch battery --for 8760.1h": "1ms to 8760h", "play - --step": "standard input",
-                "watch battery --for 99999999999999999999s": "99999999999999999999s",
-                "watch battery --for 9999999h": "9999999h", "no\nsuch": "'no\\x0asuch'", "help me": "'me'"}.items():
-            with self.subTest(args):
-                code, out, err = run(*(args.split(" ") if args else []))
-                self.assertEqual((code, out), (2, ""))
-                self.assertRegex(err, r"\Aquorvel: [^\n]+\n\Z")
-                self.assertIn(complaint, err)
-
     def test_get_asks_for_the_four_values(self):
         self.assertEqual(
             self.success(run("get", "battery")),

@@ -253,7 +253,7 @@ class RecordingTest(unittest.TestCase):
                 self.assertRegex(out.splitlines()[-1], "^Play FAILED: ")
                 self.assertIn(f"{path}:{place}: " if place else f"{path}: ", out)
                 self.assertIn(reason, out)
-        # What nobody lets it come to has not come either; and no text of a file moves the cursor.
+        # What the input stops before has not come either; and no text of a file moves the cursor.
         path = self.scenario({"say": "a\u001b[2J\nb"}, {"join": "sensors"}, {"proximity": 5},
                              {"expect": {"called": "proximity", "value": 5}})
         out = self.output(run("play", path, "--step", stdin=subprocess.DEVNULL), 1)
