@@ -82,8 +82,8 @@ class InventoryTest(Case):
 
     def test_doctor_names_what_lacks_and_the_next_step(self):
         out = self.output(run("doctor", **BARE), 1)
-        self.assertRegex(out, r"failed +health: declared: android\.hardware\.health\.IHealth/default; "
-                              r"next: declare .*avc: denied")
+        self.assertRegex(out, r"failed +health: declared: android\.hardware\.health\.IHealth/"
+                              r"default; next: declare .*avc: denied")
         self.assertRegex(out, r"failed +sensor: running, look-up allowed: .* is not found; next: ")
         self.assertRegex(out, r"\n\n1 ok, 0 warnings, 3 failed\n$")
         out = self.output(run("doctor", "--device", "flat", **BARE))

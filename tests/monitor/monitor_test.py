@@ -130,8 +130,8 @@ class MonitorTest(Case):
         self.assertEqual(sorted(opening), opening)
         self.assertLessEqual(set(opening), {0, 30, 60, 90, 134, 180})
         distances = self.values(objects, "proximity")
-        self.assertEqual([new for old, new in zip([None] + distances, distances) if old != new][-3:],
-                         [5, 0, 5])
+        changes = [new for old, new in zip([None] + distances, distances) if old != new]
+        self.assertEqual(changes[-3:], [5, 0, 5])
         self.assertEqual({o["service"] for o in objects if o["event"] != "value"}, {"sensor"})
 
     def test_get_asks_the_thermal_service(self):
@@ -214,7 +214,8 @@ class MonitorTest(Case):
         self.assertIn("unknown or not present: acpitz", err)
         self.assertEqual(
             self.output(on_machine(MACHINE, "get", "sensors"), 3),
-            "Device: linux\nproximity                 not present\nhinge angle               90 degrees\n")
+            "Device: linux\nproximity                 not present\n"
+            "hinge angle               90 degrees\n")
         objects = self.objects(on_machine(
             MACHINE, "watch", "thermal", "CPU:x86_pkg_temp", "--json", "--for", "1s"))
         self.assertEqual(self.levels(objects, "CPU:x86_pkg_temp"), [2])

@@ -239,7 +239,8 @@ class RecordingTest(Case):
         self.assertIn("a\\x1b[2J\\x0ab", out)
         # The demo notices a wrong value as well.
         story = (DOCS / "examples" / "demo.jsonl").read_text(encoding="utf-8")
-        wrong = story.replace('"battery_level", "value": 52', '"battery_level", "value": 99, "within": 1')
+        wrong = story.replace('"battery_level", "value": 52',
+                              '"battery_level", "value": 99, "within": 1')
         self.assertNotEqual(story, wrong)
         objects = [json.loads(line) for line in self.output(
             run("play", self.write("wrong", wrong), "--speed", "100", "--json"), 1).splitlines()]
@@ -356,7 +357,7 @@ class RecordingTest(Case):
 
         def limit_files():
             resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit))
-            os.environ["GCOV_PREFIX"] = str(self.folder)  # else a coverage build's data are cut, too
+            os.environ["GCOV_PREFIX"] = str(self.folder)  # else its data are cut
 
         self.failure(run("record", path, "--for", "30s", preexec_fn=limit_files),
                      "cannot write " + path)
