@@ -7,115 +7,56 @@
 usage: inventory_test.py QUORVEL QUORVEL_BARE
 """
 
-import fcntl
-import json
-import os
-import pty
 import re
-import struct
-import subprocess
-import sys
-import tempfile
-import termios
 import unittest
 
-QUORVEL, QUORVEL_BARE = (os.path.abspath(path) for path in sys.argv[1:3])
-LIMIT = 60  # seconds; only a broken monitor meets it
+from kit import HINGE, OTHERS, Case, Started, on_machine, on_terminal, run
+
+BARE = {"program": OTHERS[0], "env": {"COLUMNS": "500"}}
 
 # Two batteries, accessories and chargers of every kind, temperatures with and without a known type,
 # one of them unreadable, and a hinge.
-MACHINE = "\n".join(
-    f"P: /devices/test/{subsystem}/{name}\nE: SUBSYSTEM={subsystem}\n"
-    + "".join(f"A: {file}={content}\n" for file, content in files.items())
-    for subsystem, name, files in (
-        ("power_supply", "BAT0", {"type": "Battery", "capacity": "80", "energy_now": "40000000",
-                                  "energy_full": "50000000", "cycle_count": "5"}),
-        ("power_supply", "BAT1", {"type": "Battery", "capacity": "20", "energy_now": "10000000",
-                                  "energy_full": "50000000", "cycle_count": "7"}),
-        ("power_supply", "hidpp_battery_0", {"type": "Battery", "scope": "Device",
-                                             "capacity": "12"}),
-        ("power_supply", "keyboard", {"type": "Battery", "capacity": "12"}),
-        ("power_supply", "ups", {"type": "UPS", "capacity": "99"}),
-        ("power_supply", "ucsi-source-psy-USBC000:001", {"type": "USB", "online": "1"}),
-        ("power_supply", "pad", {"type": "Wireless", "online": "1"}),
-        ("thermal", "thermal_zone0", {"type": "acpitz", "temp": "warm"}),
-        ("thermal", "thermal_zone1", {"type": "x86_pkg_temp", "temp": "81500"}),
-        ("hwmon", "hwmon0", {"name": "nvme", "temp1_input": "40900", "temp1_label": "Composite"}),
-        ("iio", "iio:device0", {"name": "hinge", "label": "hinge", "in_angl_raw": "90",
-                                "in_angl_scale": "0.017453293"}),
-    ))
+MACHINE = [
+    ("power_supply", "BAT0", {"type": "Battery", "capacity": "80", "energy_now": "40000000",
+                              "energy_full": "50000000", "cycle_count": "5"}),
+    ("power_supply", "BAT1", {"type": "Battery", "capacity": "20", "energy_now": "10000000",
+                              "energy_full": "50000000", "cycle_count": "7"}),
+    ("power_supply", "hidpp_battery_0", {"type": "Battery", "scope": "Device",
+                                         "capacity": "12"}),
+    ("power_supply", "keyboard", {"type": "Battery", "capacity": "12"}),
+    ("power_supply", "ups", {"type": "UPS", "capacity": "99"}),
+    ("power_supply", "ucsi-source-psy-USBC000:001", {"type": "USB", "online": "1"}),
+    ("power_supply", "pad", {"type": "Wireless", "online": "1"}),
+    ("thermal", "thermal_zone0", {"type": "acpitz", "temp": "warm"}),
+    ("thermal", "thermal_zone1", {"type": "x86_pkg_temp", "temp": "81500"}),
+    ("hwmon", "hwmon0", {"name": "nvme", "temp1_input": "40900", "temp1_label": "Composite"}),
+    HINGE]
 
 
-def run(*args, program=QUORVEL, **variables):
-    done = subprocess.run((program, *args), capture_output=True, text=True, timeout=LIMIT,
-                          stdin=subprocess.DEVNULL, env=os.environ | variables)
-    return done.returncode, done.stdout
-
-
-def on_machine(*args):
-    with tempfile.NamedTemporaryFile("w", suffix=".umockdev") as file:
-        file.write(MACHINE)
-        file.flush()
-        return run("--device", file.name, "--", QUORVEL, *args, "--device", "linux",
-                   program="umockdev-run")
-
-
-def parsed(out):
-    return [json.loads(line) for line in out.splitlines()]
-
-
-def on_terminal(columns, rows, *args):
-    """What a terminal of that size receives."""
-    terminal, program = pty.openpty()
-    fcntl.ioctl(program, termios.TIOCSWINSZ, struct.pack("HHHH", rows, columns, 0, 0))
-    process = subprocess.Popen((QUORVEL, *args), stdin=subprocess.DEVNULL, stdout=program,
-                               stderr=subprocess.DEVNULL)
-    os.close(program)
-    received = b""
-    try:
-        while data := os.read(terminal, 4096):
-            received += data
-    except OSError:  # the program has closed it
-        pass
-    os.close(terminal)
-    return process.wait(LIMIT), received.decode().replace("\r\n", "\n")
-
-
-class InventoryTest(unittest.TestCase):
-    maxDiff = None
-
+class InventoryTest(Case):
     def test_what_is_listed_can_be_named_in_other_commands(self):
-        code, names = run("list", "--names", "--device", "simulated")
-        self.assertEqual(code, 0)
-        names = names.splitlines()
+        names = self.output(run("list", "--names")).splitlines()
         self.assertLessEqual({"battery_level", "dock_charger", "hinge_angle", "bcl_current",
                               "SKIN:skin", "BCL_CURRENT:AUDIO_current"}, set(names))
-        code, out = run("list", "--json", "--device", "simulated")
-        self.assertEqual((code, [item["property"] for item in parsed(out)]), (0, names))
-        temperatures = {item["property"]: item for item in parsed(out) if item["severity"]}
+        items = self.objects(run("list", "--json"))
+        self.assertEqual([item["property"] for item in items], names)
+        temperatures = {item["property"]: item for item in items if item["severity"]}
         watchable = [name for name, item in temperatures.items() if not item["remark"]]
-        self.assertEqual(run("watch", "thermal", *watchable, "--for", "1ms", "--device",
-                             "simulated")[0], 0)
+        self.output(run("watch", "thermal", *watchable, "--for", "1ms"))
         self.assertEqual(temperatures.keys() - watchable, {"SPEAKER:speaker"})
-        self.assertEqual(run("get", "temperatures", "--device", "simulated",
-                             *(name.partition(":")[2] for name in temperatures))[0], 0)
+        self.output(run("get", "temperatures", *(name.partition(":")[2] for name in temperatures)))
 
     def test_a_machine_is_listed_with_the_reason_for_what_does_not_count(self):
-        code, out = on_machine("list", "--json")
-        self.assertEqual(code, 0)
-        lines = parsed(out)
+        lines = self.objects(on_machine(MACHINE, "list", "--json"))
         items = {line["property"]: line for line in lines if line["event"] == "item"}
         parts = {line["name"]: line["remark"] for line in lines if line["event"] == "supply"}
-        self.assertEqual((items["battery_level"]["value"], items["battery_level"]["source"]),
-                         (50, "BAT0, BAT1"))
-        self.assertEqual((items["wireless_charger"]["value"], items["wireless_charger"]["source"]),
-                         (True, "pad"))
-        self.assertEqual((items["hinge_angle"]["value"], items["hinge_angle"]["source"]),
-                         (90, "iio:device0 (hinge)"))
+        for name, value, source in (("battery_level", 50, "BAT0, BAT1"),
+                                    ("wireless_charger", True, "pad"),
+                                    ("hinge_angle", 90, "iio:device0 (hinge)"),
+                                    ("CPU:x86_pkg_temp", 81.5, "thermal_zone1"),
+                                    ("UNKNOWN:nvme:Composite", 40.9, "hwmon0:temp1")):
+            self.assertEqual((items[name]["value"], items[name]["source"]), (value, source))
         self.assertIsNone(items["proximity"]["value"])
-        self.assertEqual((items["CPU:x86_pkg_temp"]["value"], items["CPU:x86_pkg_temp"]["source"]),
-                         (81.5, "thermal_zone1"))
-        self.assertEqual(items["UNKNOWN:nvme:Composite"]["source"], "hwmon0:temp1")
         self.assertEqual((items["UNKNOWN:acpitz"]["value"], items["UNKNOWN:acpitz"]["remark"]),
                          (None, "cannot be read"))
         self.assertEqual(parts, {
@@ -125,10 +66,10 @@ class InventoryTest(unittest.TestCase):
             "ucsi-source-psy-USBC000:001": "neither a wireless nor a dock charger"})
 
     def test_doctor_of_a_machine_finds_no_failure(self):
-        code, out = on_machine("doctor", "--json")
-        checks = [line for line in parsed(out) if line["event"] == "check"]
+        lines = self.objects(on_machine(MACHINE, "doctor", "--json"))
+        checks = [line for line in lines if line["event"] == "check"]
         results = {(line["subject"], line["check"]): line["result"] for line in checks}
-        self.assertEqual((code, [line for line in checks if line["result"] == "failed"]), (0, []))
+        self.assertNotIn("failed", results.values())
         for service in ("health", "thermal", "sensor"):
             self.assertEqual(results[service, "running, look-up allowed"], "ok")
         self.assertEqual(results["health", "link made"], "ok")
@@ -140,37 +81,34 @@ class InventoryTest(unittest.TestCase):
                       " ".join(line["detail"] for line in checks if line["subject"] == "device"))
 
     def test_doctor_names_what_lacks_and_the_next_step(self):
-        code, out = run("doctor", program=QUORVEL_BARE, COLUMNS="500")
-        self.assertEqual(code, 1)
-        self.assertRegex(out, r"failed +health: declared: android\.hardware\.health\.IHealth/default; "
-                              r"next: declare .*avc: denied")
+        out = self.output(run("doctor", **BARE), 1)
+        self.assertRegex(out, r"failed +health: declared: android\.hardware\.health\.IHealth/"
+                              r"default; next: declare .*avc: denied")
         self.assertRegex(out, r"failed +sensor: running, look-up allowed: .* is not found; next: ")
         self.assertRegex(out, r"\n\n1 ok, 0 warnings, 3 failed\n$")
-        code, out = run("doctor", "--device", "flat", program=QUORVEL_BARE, COLUMNS="500")
-        self.assertEqual(code, 0)
+        out = self.output(run("doctor", "--device", "flat", **BARE))
         self.assertRegex(out, r"ok +thermal \(HIDL\): death notification possible\n")
         self.assertRegex(out, r"ok +thermal \(HIDL\): first value of ")
         self.assertRegex(out, r"warning +thermal \(HIDL\): readings: 1 temperature without a value")
         self.assertRegex(out, r"warning +sensor: hinge angle: the device has no such sensor")
 
     def test_list_and_status_without_services_are_unknown_and_quick(self):
-        code, out = run("status", "--device", "bare", program=QUORVEL_BARE)
-        self.assertEqual(code, 0)
+        out = self.output(run("status", "--device", "bare", **BARE))
         self.assertIn("services: health down, sensor down, thermal down\n", out)
         self.assertRegex(out, r"(?m)^  battery level +unknown$")
 
     def test_status_fits_its_terminal(self):
         for columns in (40, 80):
             for command in ("status", "list", "doctor"):
-                code, out = on_terminal(columns, 60, command, "--device", "simulated")
+                code, out = on_terminal(columns, command)
                 self.assertEqual(code, 0)
                 self.assertLessEqual(max(map(len, out.splitlines())), columns, out)
-        code, out = on_terminal(80, 12, "status", "--device", "simulated")
+        code, out = on_terminal(80, "status", rows=12)
         self.assertEqual((code, len(out.splitlines())), (0, 11))
         self.assertIn(" more: quorvel list\n", out)
 
     def test_status_follows_in_place_on_a_terminal(self):
-        code, out = on_terminal(80, 60, "status", "--follow", "--for", "4s", "--device", "simulated")
+        code, out = on_terminal(80, "status", "--follow", "--for", "4s")
         self.assertEqual(code, 0)
         first, *others = re.split("\033\\[\\d+A\033\\[J", out)
         self.assertGreater(len(others), 2)
@@ -180,17 +118,16 @@ class InventoryTest(unittest.TestCase):
         self.assertRegex("".join(others), r"\n\* [a-zA-Z_: ]+? {2,}\d")
 
     def test_status_follows_with_tables_otherwise(self):
-        code, out = run("status", "--follow", "--for", "3s", "--device", "simulated")
-        self.assertEqual(code, 0)
+        followed = Started("status", "--follow", "--for", "3s", "--json")
+        out = self.output(run("status", "--follow", "--for", "3s"))
         self.assertNotIn("\033", out)
         self.assertGreater(len(re.findall(r"(?m)^\d\d:\d\d:\d\d$", out)), 1)
-        code, out = run("status", "--follow", "--for", "3s", "--json", "--device", "simulated")
         values = {}
-        for line in parsed(out):
+        for line in self.objects(followed.finish()):
             values.setdefault(line["property"], []).append(line["value"])
         self.assertTrue(any(len(seen) > 1 for seen in values.values()))
         self.assertEqual(len(values["bcl_voltage"]), 1)
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1])
+    unittest.main(argv=["inventory_test"])

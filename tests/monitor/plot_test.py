@@ -11,15 +11,12 @@ import csv
 import io
 import json
 import os
-import pathlib
 import re
-import subprocess
-import sys
-import tempfile
 import unittest
 import xml.etree.ElementTree
 
-QUORVEL = os.path.abspath(sys.argv[1])
+from kit import Case, run
+
 BEGAN = 1795315606.5  # seconds since 1970
 NAME = "sk'in \"1\", `touch HERE` $(touch HERE) \\ <&> \u00fc\nEND: {/Bold x}"
 
@@ -29,29 +26,21 @@ def temperature(at, name, value, severity="NONE", kind="SKIN"):
                                       "severity": severity}}
 
 
-class PlotTest(unittest.TestCase):
-    maxDiff = None
-
+class PlotTest(Case):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = pathlib.Path(folder.name)
-        self.env = {**os.environ, "LC_ALL": "C", "TZ": "UTC-1"}  # that is an hour ahead of UTC
+        super().setUp()
+        self.env = {"LC_ALL": "C", "TZ": "UTC-1"}  # that is an hour ahead of UTC
 
-    def write(self, *events, began="2026-11-22T02:46:46.500Z"):
+    def record(self, *events, began="2026-11-22T02:46:46.500Z"):
         header = {"format": "quorvel recording", "version": 2, "device": "d"}
         if began:
             header["began"] = began
-        path = self.folder / "a.jsonl"
-        path.write_text("".join(json.dumps(line) + "\n" for line in (header, *events)))
+        self.write("a.jsonl", "".join(json.dumps(line) + "\n" for line in (header, *events)))
 
-    def run_in(self, *args, code=0):
-        done = subprocess.run([QUORVEL, *args], cwd=self.folder, env=self.env, timeout=60,
-                              capture_output=True, stdin=subprocess.DEVNULL)
-        self.assertEqual(done.returncode, code, done.stderr)
-        if code == 0:
-            self.assertEqual(done.stderr, b"")
-        return done.stdout.decode() if code == 0 else done.stderr.decode()
+    def run_in(self, *args):
+        done = run(*args, cwd=self.folder, env=self.env, text=False)
+        self.assertEqual((done[0], done[2]), (0, b""))
+        return done[1].decode()
 
     def fake_gnuplot(self, script):
         fake = self.folder / "gnuplot"
@@ -61,7 +50,7 @@ class PlotTest(unittest.TestCase):
 
     def script(self, *events, **how):
         """The commands for gnuplot, and the rows of what is plotted under each title."""
-        self.write(*events, **how)
+        self.record(*events, **how)
         self.fake_gnuplot('cat "$2"')
         self.run_in("plot", "a.jsonl", "--output", "a.svg")
         text = (self.folder / "a.svg").read_text()
@@ -106,7 +95,7 @@ class PlotTest(unittest.TestCase):
         self.assertIn("title 'service is dead'", dead[1])
 
     def test_a_picture_shows_what_there_is_whatever_its_name(self):
-        self.write(
+        self.record(
             {"at": 0, "battery": {"level": None, "wireless": True, "cycles": 5}},
             {"at": 0, "hinge_angle": 30}, temperature(1, NAME, 36.5, "SEVERE"),
             temperature(1, "limit", 3900, kind="BCL_VOLTAGE"),
@@ -128,25 +117,26 @@ class PlotTest(unittest.TestCase):
         self.assertEqual(sorted(os.listdir(self.folder)), ["a.jsonl", "a.png", svg])
 
     def test_a_plot_that_cannot_be_made_leaves_the_old_one(self):
-        (self.folder / "a.svg").write_text("old")
-        self.write({"at": 0, "battery": {"level": 5}})
+        self.write("a.svg", "old")
+        self.record({"at": 0, "battery": {"level": 5}})
 
         def failure(complaint, output="a.svg"):
-            self.assertIn(complaint, self.run_in("plot", "a.jsonl", "--output", output, code=1))
+            self.failure(run("plot", "a.jsonl", "--output", output, cwd=self.folder, env=self.env),
+                         complaint)
 
         failure("cannot write", "no/such.svg")
         self.fake_gnuplot("exit 1\n")
         failure("gnuplot has failed")
         self.env["PATH"] = str(self.folder / "empty")
         failure("gnuplot is not installed")
-        self.write()
+        self.record()
         failure("nothing")
-        self.write(began="yesterday")
+        self.record(began="yesterday")
         failure("'began' is 'yesterday'")
         self.assertEqual((self.folder / "a.svg").read_text(), "old")
 
     def test_a_table_has_a_column_for_each_quantity(self):
-        self.write({"at": 0, "battery": {"level": 50}}, temperature(0.25, NAME, 36.6, "LIGHT"),
+        self.record({"at": 0, "battery": {"level": 50}}, temperature(0.25, NAME, 36.6, "LIGHT"),
                    {"at": 1, "died": "health"}, {"at": 1, "called": "battery_level", "value": 49},
                    {"at": 2, "gone": "SKIN:" + NAME}, {"at": 3.5, "say": "The recording ends."})
         self.run_in("export", "a.jsonl", "--to", "csv", "--output", "a.csv")
@@ -164,7 +154,7 @@ class PlotTest(unittest.TestCase):
             ["2026-11-22 03:46:50.000", "3.5", "50", "0", "0", "", "", "0", ""]])
 
     def test_trace_events_have_counters_and_lives(self):
-        self.write({"at": 0, "started": "health"}, {"at": 0.5, "battery": {"level": 50}},
+        self.record({"at": 0, "started": "health"}, {"at": 0.5, "battery": {"level": 50}},
                    {"at": 1, "died": "health"}, {"at": 2, "started": "health"},
                    temperature(2, NAME, None), {"at": 3, "called": "battery_level", "value": 50})
         trace = json.loads(self.run_in("export", "a.jsonl", "--to", "perfetto"))
@@ -188,4 +178,4 @@ class PlotTest(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1], verbosity=2)
+    unittest.main(argv=["plot_test"])

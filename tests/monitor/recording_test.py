@@ -4,7 +4,7 @@
 
 """Records and plays with the monitor, as its users do.
 
-usage: recording_test.py QUORVEL QUORVEL_BARE
+usage: recording_test.py QUORVEL
 """
 
 import json
@@ -14,57 +14,35 @@ import re
 import resource
 import signal
 import subprocess
-import sys
 import tempfile
 import unittest
 
 import jsonschema
 
-from monitor_test import finish, run, start
+from kit import ROOT, Case, Started, run
 
-DOCS = pathlib.Path(__file__).resolve().parent.parent.parent / "docs"
+DOCS = ROOT / "docs"
 HEADER = '{"format": "quorvel recording", "version": 1}\n'
 HEADER_2 = '{"format": "quorvel recording", "version": 2}\n'
 # What the library's calls lead to depends on its pauses; all else is the device's own.
 OF_THE_LIBRARY = {"called", "registered", "unregistered", "refused"}
 
 
-class RecordingTest(unittest.TestCase):
-    maxDiff = None
-
+class RecordingTest(Case):
     @classmethod
     def setUpClass(cls):
         cls.schema = jsonschema.Draft7Validator(
             json.loads((DOCS / "recording.schema.json").read_text(encoding="utf-8")))
-        cls.folder = tempfile.TemporaryDirectory()
+        folder = tempfile.TemporaryDirectory()
+        cls.addClassCleanup(folder.cleanup)
         # What takes long runs beside all the rest.
-        cls.script_file = os.path.join(cls.folder.name, "script")
-        cls.script = start("record", cls.script_file, "--for", "13s")
-        cls.demo_file = os.path.join(cls.folder.name, "demo")
-        cls.demo = start("demo", "--record", cls.demo_file)
-
-    @classmethod
-    def tearDownClass(cls):
-        cls.folder.cleanup()
+        cls.script_file = os.path.join(folder.name, "script")
+        cls.script = Started("record", cls.script_file, "--for", "13s")
+        cls.demo_file = os.path.join(folder.name, "demo")
+        cls.demo = Started("demo", "--record", cls.demo_file)
 
     def path(self, name):
-        return os.path.join(self.folder.name, name)
-
-    def write(self, name, content):
-        path = pathlib.Path(self.path(name))
-        path.write_bytes(content if isinstance(content, bytes) else content.encode())
-        return str(path)
-
-    def success(self, result):
-        code, out, err = result
-        self.assertEqual(code, 0, out + err)
-        return out
-
-    def failure(self, result, complaint):
-        code, _, err = result
-        self.assertEqual(code, 1, err)
-        self.assertIn("quorvel: ", err)
-        self.assertIn(complaint, err)
+        return str(self.folder / name)
 
     def events(self, path):
         """The events of a recording in which every line is what the schema says."""
@@ -83,15 +61,15 @@ class RecordingTest(unittest.TestCase):
                 for event in events if not OF_THE_LIBRARY & event.keys()]
 
     def test_what_is_played_is_recorded_as_the_same_again(self):
-        self.success(finish(self.script))
-        self.success(finish(self.demo))
+        self.output(self.script.finish())
+        self.output(self.demo.finish())
         for path in (self.script_file, self.demo_file):
             recorded = self.events(path)
             for kind in ("battery", "hinge_angle", "proximity", "temperature", "started", "died",
                          "registered", "called"):
                 self.assertTrue([event for event in recorded if kind in event], kind)
             again = path + "-again"
-            self.success(run("play", path, "--speed", "10", "--record", again))
+            self.output(run("play", path, "--speed", "10", "--record", again))
             self.assertEqual(self.of_device(self.events(again)), self.of_device(recorded))
         # Slowly enough, the library does the same as well.
         calls = [[event for event in self.events(path) if "refused" in event]
@@ -104,7 +82,7 @@ class RecordingTest(unittest.TestCase):
         for example in examples:
             self.events(example)
         crash = self.path("crash")
-        self.success(run("play", str(DOCS / "examples" / "crash.jsonl"), "--record", crash))
+        self.output(run("play", str(DOCS / "examples" / "crash.jsonl"), "--record", crash))
         heard = [(event["called"], event["value"])
                  for event in self.events(crash) if "called" in event]
         self.assertEqual([value for key, value in heard if key == "battery_level"], [50, 47])
@@ -112,7 +90,7 @@ class RecordingTest(unittest.TestCase):
                          [False, True])
         self.assertEqual([value for key, value in heard if key == "SKIN:skin"], ["NONE", "SEVERE"])
         late = self.path("late")
-        self.success(run("play", str(DOCS / "examples" / "late_sensors.jsonl"), "--record", late))
+        self.output(run("play", str(DOCS / "examples" / "late_sensors.jsonl"), "--record", late))
         kinds = [next(key for key in event if key != "at") for event in self.events(late)]
         self.assertEqual(kinds[:2], ["notice", "join"])
         self.assertLess(kinds.index("started"), kinds.index("called"))
@@ -171,7 +149,7 @@ class RecordingTest(unittest.TestCase):
                 self.assertIn(f"quorvel: {path}:{place}", err)
                 self.assertIn(reason, err)
                 self.assertEqual(err.count("\n"), 1)
-        for path in (self.path("nothing"), self.folder.name):
+        for path in (self.path("nothing"), str(self.folder)):
             self.failure(run("play", path), path)
 
     def scenario(self, *lines):
@@ -261,16 +239,12 @@ class RecordingTest(unittest.TestCase):
         self.assertIn("a\\x1b[2J\\x0ab", out)
         # The demo notices a wrong value as well.
         story = (DOCS / "examples" / "demo.jsonl").read_text(encoding="utf-8")
-        wrong = story.replace('"battery_level", "value": 52', '"battery_level", "value": 99, "within": 1')
+        wrong = story.replace('"battery_level", "value": 52',
+                              '"battery_level", "value": 99, "within": 1')
         self.assertNotEqual(story, wrong)
         objects = [json.loads(line) for line in self.output(
             run("play", self.write("wrong", wrong), "--speed", "100", "--json"), 1).splitlines()]
         self.assertEqual((objects[-1]["event"], objects[-1]["success"]), ("summary", False))
-
-    def output(self, result, exit_code):
-        code, out, err = result
-        self.assertEqual(code, exit_code, out + err)
-        return out
 
     def test_expectations_hold_at_every_pace(self):
         path = self.scenario(
@@ -291,9 +265,9 @@ class RecordingTest(unittest.TestCase):
             {"join": "battery_level"}, {"expect": {"called": "battery_level", "value": 48}},
             {"leave": "proximity"}, {"leave": "battery"})
         for pace in (("--speed", "1e6"), ("--speed", "0.9"), ("--step",)):
-            process = start("play", path, *pace, stdin=subprocess.PIPE)
+            process = Started("play", path, *pace, stdin=subprocess.PIPE)
             process.stdin.write("\n" * 50)
-            out = self.success(finish(process))
+            out = self.output(process.finish())
             self.assertRegex(out.splitlines()[-1], "^Play OK: ")
             self.assertIn("\n1. One\n", out)
             self.assertLess(out.index("refused a call"), out.index("2. Two") + 500)
@@ -317,7 +291,7 @@ class RecordingTest(unittest.TestCase):
             {"join": "hinge_angle"}, {"expect": {"registered": "sensor", "sensor": "hinge_angle"}},
             {"hinge_angle": 0.5}, {"expect": {"called": "hinge_angle", "value": 0}})
         first, second = self.path("gone"), self.path("gone-again")
-        self.success(run("play", path, "--record", first))
+        self.output(run("play", path, "--record", first))
         told = [event for event in self.of_device(self.events(first))
                 if not {"join", "leave", "started"} & event.keys()]
         self.assertCountEqual(told[:3], [
@@ -329,7 +303,7 @@ class RecordingTest(unittest.TestCase):
             {"gone": "hinge_angle"},
             {"temperature": {"type": "SKIN", "name": "s", "value": 41, "severity": "LIGHT"}},
             {"hinge_angle": 0.5}])
-        self.success(run("play", first, "--record", second))
+        self.output(run("play", first, "--record", second))
         self.assertEqual(self.of_device(self.events(second)), self.of_device(self.events(first)))
 
     def test_step_plays_one_event_at_each_enter(self):
@@ -337,13 +311,12 @@ class RecordingTest(unittest.TestCase):
             f'{{"at": {at}, "battery": {{"level": {level}}}}}\n'
             for at, level in ((0, 50), (100, 51), (200, 52))))
         again = self.path("steps-again")
-        process = start("play", path, "--step", "--record", again, stdin=subprocess.PIPE)
+        process = Started("play", path, "--step", "--record", again, stdin=subprocess.PIPE)
         for heard in ("->  50 %", "->  51 %"):
             process.stdin.write("\n")
             process.stdin.flush()
-            while heard not in process.stdout.readline():
-                pass
-        self.success(finish(process))  # at the end of its input
+            process.until(heard)
+        self.output(process.finish())  # at the end of its input
         self.assertEqual([event["value"] for event in self.events(again)
                           if event.get("called") == "battery_level"], [50, 51])
 
@@ -355,17 +328,16 @@ class RecordingTest(unittest.TestCase):
                 args = ("play", self.write("short", HEADER), *args[2:])
             self.failure(run(*args), "exists already")
             self.assertEqual(pathlib.Path(path).read_text(encoding="ascii"), "all my work")
-        self.success(run("record", path, "--force", "--for", "100ms"))
+        self.output(run("record", path, "--force", "--for", "100ms"))
         self.events(path)
 
     def test_a_signal_leaves_a_whole_recording(self):
         for number in (signal.SIGINT, signal.SIGTERM, signal.SIGKILL):
             path = self.path(f"stopped-{number}")
-            process = start("record", path)
-            while "->  49 %" not in process.stdout.readline():
-                pass
+            process = Started("record", path)
+            process.until("->  49 %")
             process.send_signal(number)
-            code, _, err = finish(process)
+            code, _, err = process.finish()
             self.assertEqual(code, -number if number == signal.SIGKILL else 0, err)
             self.assertIn({"battery": {"level": 49}}, self.of_device(self.events(path)))
 
@@ -376,8 +348,8 @@ class RecordingTest(unittest.TestCase):
         self.assertEqual(code, 0, out)
         self.events(path)
         # And nothing that the program has opened is taken for its input.
-        process = start("play", path, "--step", stdin=None, preexec_fn=lambda: os.close(0))
-        self.assertNotIn("->", self.success(finish(process)))
+        process = Started("play", path, "--step", stdin=None, preexec_fn=lambda: os.close(0))
+        self.assertNotIn("->", self.output(process.finish()))
 
     def test_a_full_disk_leaves_a_whole_recording_and_is_a_failure(self):
         path = self.path("full")
@@ -385,7 +357,7 @@ class RecordingTest(unittest.TestCase):
 
         def limit_files():
             resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit))
-            os.environ["GCOV_PREFIX"] = self.folder.name  # else a coverage build's data are cut, too
+            os.environ["GCOV_PREFIX"] = str(self.folder)  # else its data are cut
 
         self.failure(run("record", path, "--for", "30s", preexec_fn=limit_files),
                      "cannot write " + path)
@@ -396,4 +368,4 @@ class RecordingTest(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1], verbosity=2)
+    unittest.main(argv=["recording_test"])

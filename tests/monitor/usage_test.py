@@ -2,173 +2,146 @@
 # SPDX-FileCopyrightText: 2026 The quorvel developers
 # SPDX-License-Identifier: Apache-2.0
 
-"""The parser, the help, the manual page and the completions of three shells agree.
+"""The parser, the help, the manual page and the completions of three shells.
 
-usage: usage_test.py QUORVEL ROOT
+usage: usage_test.py QUORVEL
 """
 
 import os
-import pathlib
 import re
 import shutil
-import subprocess
-import sys
-import tempfile
 import unittest
 
-QUORVEL = os.path.abspath(sys.argv[1])
-ROOT = pathlib.Path(sys.argv[2]).resolve()
-COMPLETIONS = ROOT / "packaging/completions"
-ENVIRONMENT = {**os.environ, "PATH": f"{os.path.dirname(QUORVEL)}:{os.environ['PATH']}",
-               "COLUMNS": "500", "QUORVEL_DEVICE": "simulated"}  # an entry of the help is one line
-LIMIT = 60  # seconds; only a broken monitor meets it
+from kit import QUORVEL, ROOT, Case, Started, run
+
+COMPLETIONS = str(ROOT / "packaging/completions")
+# The shells find the program by its name, and an entry of the help is one line.
+HERE = {"PATH": f"{os.path.dirname(QUORVEL)}:{os.environ['PATH']}", "COLUMNS": "500",
+        "QUORVEL_DEVICE": "simulated"}
 
 # Operands by their word in the help, and values of options.
-WORDS = {"": [], "[COMMAND]": [], "FILE": ["a"], "RECORDING": ["a"], "NAME...": ["n"],
-         "TYPE:NAME...": ["SKIN:n"]}
+OPERANDS = {"": [], "[COMMAND]": [], "FILE": ["a"], "RECORDING": ["a"], "NAME...": ["n"],
+            "TYPE:NAME...": ["SKIN:n"]}
 VALUES = {"DEVICE": "linux", "DURATION": "1s", "FILE": "b", "N": "2", "csv|perfetto": "csv"}
 
-
-def run(*args, **kwargs):
-    with tempfile.TemporaryDirectory() as folder:
-        return subprocess.run(args, capture_output=True, text=True, timeout=LIMIT, cwd=folder,
-                              stdin=subprocess.DEVNULL, env=ENVIRONMENT | kwargs)
-
-
-def quorvel(*args, **kwargs):
-    return run(QUORVEL, *args, **kwargs)
+# Command lines and a part of the complaint.
+WRONG = {
+    "": "command", "sing": "sing", "watch": "battery", "get fish": "fish", "help me": "'me'",
+    "watch battery get": "get", "no\nsuch": "'no\\x0asuch'", "get bcl 1": "'1'",
+    "watch thermal": "TYPE:NAME", "watch thermal skin": "'skin'", "watch thermal SKIN:": "'SKIN:'",
+    "watch thermal :skin": "':skin'", "watch thermal SKIN:skin ski:x": "'SKI'",
+    "get temperatures": "NAME", "get temperatures ": "NAME", "get thermal": "bcl",
+    "dump --fast": "--fast", "-x dump": "'-x'", "dump --device toaster": "toaster",
+    "dump --device": "--device", "dump --json=maybe": "maybe",
+    "record": "FILE", "record a b": "'b'", "play ": "FILE", "play - --step": "standard input",
+    "play a --speed 0": "'0'", "play a --speed x": "'x'", "play a --speed inf": "'inf'",
+    "play a --speed 2 --step": "--step", "plot a": "--output", "plot a --output b.pdf": "b.pdf",
+    "export a": "--to", "export a --to xls": "'xls'",
+    "watch battery --for": "--for", "watch battery --for 10": "'10'",
+    "watch battery --for 0s": "'0s'", "watch battery --for -1s": "'-1s'",
+    "watch battery --for .s": "'.s'", "watch battery --for 8760.1h": "1ms to 8760h",
+    "watch battery --for 99999999999999999999s": "99999999999999999999s"}
 
 
 def entries(text, title):
-    """The first column of a part of the help, with the rest of each line."""
+    """The first column of a part of the help."""
     part = text.split(f"\n{title}:\n")[1].split("\n\n")[0]
-    return [re.split(r"\s{2,}", line.strip(), maxsplit=1)
+    return [re.split(r"\s{2,}", line.strip())[0]
             for line in re.sub(r"\n {3,}", "   ", part).splitlines()]
 
 
 def options_in(text):
     """The long options of a help text and the words for their values."""
-    return {entry[0].split(",")[0].split(" ")[0]: entry[0].split(",")[0].partition(" ")[2]
-            for entry in entries(text, "Options")}
+    words = [entry.split(",")[0].partition(" ") for entry in entries(text, "Options")]
+    return {option: value for option, _, value in words}
 
 
-HELP = quorvel("help").stdout
-COMMANDS = [entry[0] for entry in entries(HELP, "Commands")]
+HELP = run("help", env=HERE)[1]
+COMMANDS = entries(HELP, "Commands")
 NAMES = list(dict.fromkeys(command.split()[0] for command in COMMANDS))
+SHELLS = {
+    "bash": ("-euc", """source "$1/quorvel.bash"; COMP_LINE=$2 COMP_POINT=${#2}; _quorvel
+                        printf '%s\\n' "${COMPREPLY[@]}\"""", "bash"),
+    "fish": ("--no-config", "-c", "source $argv[1]/quorvel.fish; complete --do-complete $argv[2]"),
+    # Runs the function with what zsh would give it, and prints what it offers.
+    "zsh": ("-fc", """compadd() { print -rl -- $names }; _files() { print -rl -- $PREFIX*(N) }
+                      compset() { PREFIX=${PREFIX#*=} }
+                      words=(${(z)2}); [[ $2 == *' ' ]] && words+=('')
+                      CURRENT=$#words PREFIX=$words[-1]
+                      complete() { source $1/_quorvel }; complete $1""", "zsh")}
 
 
-def bash(line):
-    script = """source "$1/quorvel.bash"; COMP_LINE=$2 COMP_POINT=${#2}; _quorvel
-                printf '%s\\n' "${COMPREPLY[@]}\""""
-    return run("bash", "-euc", script, "bash", COMPLETIONS, line)
+class UsageTest(Case):
+    def offered(self, shell, line):
+        done = run(*SHELLS[shell], COMPLETIONS, line, program=shell, env=HERE)
+        self.assertEqual(done[2], "")
+        return {candidate.split("\t")[0] for candidate in done[1].splitlines() if candidate}
 
-
-def fish(line):
-    return run("fish", "--no-config", "-c",
-               "source $argv[1]/quorvel.fish; complete --do-complete $argv[2]", COMPLETIONS, line)
-
-
-def zsh(line):
-    """Runs the function with what zsh would give it, and prints what it offers."""
-    script = """compadd() { print -rl -- $names }; _files() { print -rl -- $PREFIX*(N) }
-                compset() { PREFIX=${PREFIX#*=} }
-                words=(${(z)2}); [[ $2 == *' ' ]] && words+=(''); CURRENT=$#words PREFIX=$words[-1]
-                complete() { source $1/_quorvel }; complete $1"""
-    return run("zsh", "-fc", script, "zsh", COMPLETIONS, line)
-
-
-SHELLS = [shell for shell in (bash, fish, zsh) if shutil.which(shell.__name__)]
-
-
-def offered(shell, line):
-    done = shell(line)
-    if done.stderr:
-        raise RuntimeError(done.stderr)
-    return {candidate.split("\t")[0] for candidate in done.stdout.splitlines() if candidate}
-
-
-class UsageTest(unittest.TestCase):
-    maxDiff = None
+    def test_a_wrong_command_line_is_one_line_and_exit_code_2(self):
+        started = {args: Started(*(args.split(" ") if args else [])) for args in WRONG}
+        for args, complaint in WRONG.items():
+            with self.subTest(args):
+                code, out, err = started[args].finish()
+                self.assertEqual((code, out), (2, ""))
+                self.assertRegex(err, r"\Aquorvel: [^\n]+\n\Z")
+                self.assertIn(complaint, err)
 
     def test_a_command_takes_what_its_help_lists_and_nothing_else(self):
         self.assertIn("watch thermal TYPE:NAME...", COMMANDS)
         every = options_in(HELP)
-        union = set()
         for command in COMMANDS:
             name, words = command.split()[0], re.findall(r"[a-z]+(?= |$)", command)
-            help_text = quorvel(name, "--help")
-            self.assertEqual((help_text.returncode, help_text.stderr), (0, ""))
-            self.assertEqual(quorvel("help", name).stdout, help_text.stdout)
-            self.assertIn(f"\n  {command}", help_text.stdout)
-            listed = options_in(help_text.stdout)
-            union |= listed.keys()
-            operands = WORDS[command.removeprefix(" ".join(words)).strip()]
-            for option in every.keys() - listed.keys():
+            text = self.output(run(name, "--help", env=HERE))
+            self.assertEqual(self.output(run("help", name, env=HERE)), text)
+            operands = OPERANDS[command.removeprefix(" ".join(words)).strip()]
+            for option in every.keys() - options_in(text).keys():
                 value = [VALUES[every[option]]] if every[option] else []
-                result = quorvel(*words, *operands, option, *value)
-                self.assertEqual(result.returncode, 2, (command, option))
-                self.assertIn(f"does not take {option}", result.stderr)
-        self.assertEqual(union, every.keys())
+                self.failure(run(*words, *operands, option, *value, cwd=self.folder),
+                             f"does not take {option}", code=2)
 
-    def test_help_fits_its_terminal(self):
+    def test_help_fits_its_terminal_and_names_its_version(self):
+        self.assertEqual(self.output(run("-h", "--json", env=HERE)), HELP)
+        self.assertRegex(self.output(run("-V")), r"^quorvel \d+\.\d+\.\d+\n$")
         for columns in (40, 80):
             for args in (["help"], ["help", "watch"], ["play", "-h"]):
-                text = quorvel(*args, COLUMNS=str(columns)).stdout
-                words = [word for word in text.split() if len(word) > columns]
-                long = [line for line in text.splitlines() if len(line) > columns]
-                self.assertEqual((words, [line for line in long if " " in line.strip()]), ([], []))
+                text = self.output(run(*args, env={"COLUMNS": str(columns)}))
+                self.assertEqual([line for line in text.splitlines() if len(line) > columns and
+                                  (" " in line.strip())], [])
 
     def test_the_help_lists_the_types_of_the_header(self):
-        header = (ROOT / "include/quorvel.h").read_text()
-        types = re.findall(r"^  QUORVEL_THERMAL_TYPE_(\w+) = \d+", header, re.MULTILINE)
+        types = re.findall(r"^  QUORVEL_THERMAL_TYPE_(\w+) = \d+",
+                           (ROOT / "include/quorvel.h").read_text(), re.MULTILINE)
         listed = HELP.split("\nTYPE is one of ")[1].split(". ")[0]
         self.assertEqual(re.split(r",\s", listed), types)
-        for shell in SHELLS:
-            self.assertLessEqual({f"{name}:" for name in types},
-                                 offered(shell, "quorvel watch thermal "))
+        self.assertLessEqual({f"{name}:" for name in types},
+                             self.offered("bash", "quorvel watch thermal "))
 
     def test_shells_complete_what_the_help_lists(self):
-        self.assertIn(bash, SHELLS)
-        for shell in SHELLS:
-            self.assertEqual(offered(shell, "quorvel "), set(NAMES))
-            self.assertEqual(offered(shell, "quorvel --json re"), {"record"})
-            self.assertEqual(offered(shell, "quorvel --"), options_in(HELP).keys())
-            self.assertEqual(offered(shell, "quorvel --device linux watch b"), {"battery"})
-            self.assertEqual(offered(shell, "quorvel dump --device li"), {"linux"})
-            self.assertEqual(offered(shell, "quorvel dump --device=li"),
-                             {"linux"} if shell is bash else {"--device=linux"})
-            for name in NAMES:
-                self.assertEqual(offered(shell, f"quorvel {name} --"),
-                                 options_in(quorvel(name, "--help").stdout).keys())
-            self.assertIn("SKIN:skin" if shell is not bash else "skin",
-                          offered(shell, "quorvel watch --device simulated thermal SKIN:"))
-            self.assertEqual(offered(shell, "quorvel get temperatures --device simulated sk"),
-                             {"skin"})
-            for name in ("watch", "get"):
-                self.assertEqual(offered(shell, f"quorvel {name} "),
-                                 {c.split()[1] for c in COMMANDS if c.startswith(name)})
-            for line in ("watch battery ", "demo ", "watch battery --for ", "record a ", "sing "):
-                self.assertEqual(offered(shell, f"quorvel {line}"), set(), line)
-            with tempfile.TemporaryDirectory() as folder:
-                (pathlib.Path(folder) / "day.jsonl").touch()
-                for line in ("play ", "record ", "demo --record "):
-                    self.assertEqual(offered(shell, f"quorvel {line}{folder}/d"),
-                                     {f"{folder}/day.jsonl"})
+        (self.folder / "day.jsonl").touch()
+        file = {f"{self.folder}/day.jsonl"}
+        wanted = {"": set(NAMES), "--json re": {"record"}, "--": options_in(HELP).keys(),
+                  "--device linux watch b": {"battery"}, "dump --device li": {"linux"},
+                  "get temperatures --device simulated sk": {"skin"}, "export a --to c": {"csv"},
+                  "get ": {"battery", "sensors", "temperatures", "bcl"},
+                  "play --": options_in(run("help", "play", env=HERE)[1]).keys(),
+                  f"play {self.folder}/d": file, f"demo --record {self.folder}/d": file,
+                  "watch battery ": set(), "watch battery --for ": set(), "record a ": set(),
+                  "sing ": set()}
+        for shell in filter(shutil.which, SHELLS):
+            # bash replaces only what follows the last = or :
+            stem, kind = ("", "") if shell == "bash" else ("--device=", "SKIN:")
+            for line, words in {**wanted, "dump --device=li": {stem + "linux"}}.items():
+                self.assertEqual(self.offered(shell, f"quorvel {line}"), words, (shell, line))
+            self.assertIn(f"{kind}skin", self.offered(
+                shell, "quorvel watch --device simulated thermal SKIN:"))
 
-    def test_the_manual_page_has_every_command_and_option(self):
-        lists = quorvel("--man").stdout
-        page = (ROOT / "docs/man/quorvel.1").read_text().replace('.\\" LISTS\n', lists)
-        self.assertIn(lists, page)
-        if shutil.which("mandoc"):
-            done = subprocess.run(["mandoc", "-Tlint", "-Wwarning"], input=page, text=True,
-                                  capture_output=True)
-            self.assertEqual((done.returncode, done.stdout), (0, ""))
-        commands = re.findall(r"^\.It Ic (\w+)(?: Cm (\w+))?(?: Ar (.*))?$", page, re.MULTILINE)
-        self.assertEqual([" ".join(filter(None, command)) for command in commands], COMMANDS)
-        self.assertEqual({"--" + name for name in re.findall(r"^\.It Fl -([a-z]+)", page,
-                                                             re.MULTILINE)},
-                         options_in(HELP).keys())
+    @unittest.skipUnless(shutil.which("mandoc"), "mandoc is not installed")
+    def test_the_manual_page_has_no_mistake(self):
+        page = (ROOT / "docs/man/quorvel.1").read_text()
+        self.assertIn('.\\" LISTS\n', page)
+        path = self.write("quorvel.1", page.replace('.\\" LISTS\n', self.output(run("--man"))))
+        self.assertEqual(run("-Tlint", "-Wwarning", path, program="mandoc"), (0, "", ""))
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1])
+    unittest.main(argv=["usage_test"])

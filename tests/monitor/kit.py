@@ -1,0 +1,126 @@
+# SPDX-FileCopyrightText: 2026 The quorvel developers
+# SPDX-License-Identifier: Apache-2.0
+
+"""What the monitor's tests share. Every wait has a deadline and says what it has waited for."""
+
+import datetime
+import fcntl
+import json
+import os
+import pathlib
+import pty
+import re
+import struct
+import subprocess
+import sys
+import tempfile
+import termios
+import threading
+import unittest
+
+# The monitor; beside it, as a test needs it, the monitor for devices that lack something.
+QUORVEL, *OTHERS = (os.path.abspath(path) for path in sys.argv[1:])
+ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
+LIMIT = 60  # seconds; only a broken monitor meets it
+
+
+class Started(subprocess.Popen):
+    """A program that runs on the simulated phone, unless `env` (merged) says otherwise."""
+
+    def __init__(self, *args, program=QUORVEL, env=None, **kwargs):
+        env = {**os.environ, "QUORVEL_DEVICE": "simulated" if program == QUORVEL else "",
+               **(env or {})}
+        pipes = dict.fromkeys(("stdout", "stderr"), subprocess.PIPE)
+        super().__init__((program, *args), env=env,
+                         **{"stdin": subprocess.DEVNULL, **pipes, "text": True, **kwargs})
+
+    def finish(self):
+        try:
+            out, err = self.communicate(timeout=LIMIT)
+        except subprocess.TimeoutExpired as late:
+            self.kill()
+            raise AssertionError(f"no end of {self.args} within {LIMIT} s: {late.stdout}") from None
+        return self.returncode, out, err
+
+    def until(self, text):
+        """Reads up to a line with this text."""
+        guard = threading.Timer(LIMIT, self.kill)
+        guard.start()
+        for line in iter(self.stdout.readline, ""):
+            if re.search(text, line):
+                guard.cancel()
+                return
+        guard.cancel()
+        raise AssertionError(f"no line '{text}' of {self.args} within {LIMIT} s")
+
+
+def run(*args, **kwargs):
+    return Started(*args, **kwargs).finish()
+
+
+def on_machine(devices, *args, **kwargs):
+    """The Linux device with these (SUBSYSTEM, NAME, FILES) and no others."""
+    with tempfile.NamedTemporaryFile("w", suffix=".umockdev") as file:
+        for subsystem, name, files in devices:
+            file.write(f"P: /devices/test/{subsystem}/{name}\nE: SUBSYSTEM={subsystem}\n")
+            file.write("".join(f"A: {key}={value}\n" for key, value in files.items()) + "\n")
+        file.flush()
+        described = ("--device", file.name) if devices else ()
+        return run(*described, "--", QUORVEL, *args, "--device", "linux", program="umockdev-run",
+                   **kwargs)
+
+
+HINGE = ("iio", "iio:device0", {"name": "hinge", "label": "hinge", "in_angl_raw": "90",
+                                "in_angl_scale": "0.017453293"})
+
+
+def on_terminal(columns, *args, rows=60, **env):
+    """What a terminal of that size receives."""
+    terminal, program = pty.openpty()
+    fcntl.ioctl(program, termios.TIOCSWINSZ, struct.pack("HHHH", rows, columns, 0, 0))
+    process = Started(*args, stdout=program, env={"TERM": "xterm", **env})
+    os.close(program)
+    guard = threading.Timer(LIMIT, process.kill)
+    guard.start()
+    received = b""
+    try:
+        while data := os.read(terminal, 4096):
+            received += data
+    except OSError:  # the program has closed it
+        pass
+    guard.cancel()
+    os.close(terminal)
+    return process.finish()[0], received.decode().replace("\r\n", "\n")
+
+
+class Case(unittest.TestCase):
+    maxDiff = None
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+
+    def write(self, name, content):
+        path = self.folder / name
+        path.write_bytes(content if isinstance(content, bytes) else content.encode())
+        return str(path)
+
+    def output(self, result, code=0):
+        self.assertEqual(result[0], code, result)
+        return result[1]
+
+    def failure(self, result, *complaints, code=1):
+        self.assertEqual(result[0], code, result)
+        for complaint in ("quorvel: ", *complaints):
+            self.assertIn(complaint, result[2])
+
+    def objects(self, result, code=0):
+        """The objects of a JSON output, each a whole line with its time."""
+        out = self.output(result, code)
+        self.assertTrue(out.endswith("\n"))
+        objects = [json.loads(line) for line in out.splitlines()]
+        for o in objects:
+            self.assertRegex(o["time"], r"\.\d{3}Z$")
+            datetime.datetime.strptime(o["time"], "%Y-%m-%dT%H:%M:%S.%fZ")
+        return objects
