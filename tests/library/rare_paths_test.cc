@@ -15,6 +15,7 @@
 #include "quorvel/services/hidl_thermal_service.h"
 #include "sensor_fixture.h"
 #include "thermal/audio_thermal_callback.h"
+#include "thermal/thermal_info.h"
 #include "thermal_fixture.h"
 
 namespace norvik::qel {
@@ -129,22 +130,27 @@ TEST_F(RareThermalTest, RecordsThatComeWithAFailureAreDropped) {
 class UnlinkableThermal : public services::HidlThermalService {
  public:
   using HidlThermalService::HidlThermalService;
-  Return<bool> linkToDeath(const sp<android::hardware::hidl_death_recipient>&, uint64_t) override {
+  Return<bool> linkToDeath(const sp<android::hardware::hidl_death_recipient>& recipient,
+                           uint64_t) override {
+    kept = recipient;
     return android::hardware::Status::fromStatusT(android::UNKNOWN_ERROR);
   }
   Return<bool> unlinkToDeath(const sp<android::hardware::hidl_death_recipient>&) override {
     return android::hardware::Status::fromStatusT(android::UNKNOWN_ERROR);
   }
+  sp<android::hardware::hidl_death_recipient> kept;  // as by a transport that is about to notify it
 };
 
 TEST_F(RareThermalTest, ALinkThatTheTransportFailsToCarryIsLoggedAndNothingElse) {
   const auto service = sp<UnlinkableThermal>::make(thermal_.data());
   ASSERT_EQ(service->registerAsService(), android::OK);
-  EXPECT_TRUE(Operate());
-  EXPECT_TRUE(Operate());
+  OverwrittenObject<audio::ThermalInfo> object;
+  ASSERT_TRUE(object.get()->Initialize());
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(QuerySkin(object.get()), 1);
   EXPECT_EQ(thermal_.on(fake::BinderFunction::kTryGetHidlService).calls(), 1)
       << "the connection counts as made";
-  DeinitThermalInfo(&handle_);
+  object.End();
+  service->kept->serviceDied(/*cookie=*/0, service);
   EXPECT_THAT(Warnings(), ElementsAre(kNotDeclared, HasSubstr("Failed to link to death (HIDL): "),
                                       HasSubstr("Failed to unlink to death (HIDL): ")));
 }
