@@ -22,9 +22,6 @@ namespace norvik::qel {
 namespace {
 
 using android::sp;
-using fake::SensorFunction;
-using testing::ElementsAre;
-using testing::HasSubstr;
 
 using RareBatteryTest = BatteryFixture;
 

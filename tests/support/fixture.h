@@ -10,15 +10,9 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <chrono>
 #include <cstring>
-#include <functional>
-#include <memory>
 #include <new>
-#include <optional>
 #include <string>
-#include <utility>
-#include <vector>
 
 #include "clients.h"
 #include "quorvel.h"

@@ -125,9 +125,6 @@ class Machine {
   void List(const std::string& name) {
     std::filesystem::create_directory_symlink("../../devices/" + name, ListEntry(name));
   }
-  void Erase(const std::string& name, const std::string& file) {
-    EXPECT_TRUE(std::filesystem::remove(RealPath(name, file)));
-  }
   // Root may read anything, so this is the one way that libudev refuses to.
   void MakeUnreadable(const std::string& name, const std::string& file) {
     EXPECT_EQ(chmod(RealPath(name, file).c_str(), 0200), 0);
