@@ -175,18 +175,17 @@ INSTANTIATE_TEST_SUITE_P(, LifetimeTest,
                          KindName);
 
 TEST_P(LifetimeTest, InitAndDeinitDoNotCallTheService) {
-  int sum = 0;
-  const auto add_calls = [&sum]<typename Operation>(auto& phone, Operation) {
-    for (int i = 0; i < static_cast<int>(Operation::kCount); ++i) {
-      sum += phone.on(static_cast<Operation>(i)).calls();
-    }
-  };
-  const auto calls = [&] {
-    sum = 0;
-    add_calls(health_, HealthOperation());
-    add_calls(hub_, SensorFunction());
+  const auto calls = [this] {
+    int sum = 0;
+    const auto add = [&sum]<typename Operation>(auto& phone, Operation end) {
+      for (int i = 0; i < static_cast<int>(end); ++i) {
+        sum += phone.on(static_cast<Operation>(i)).calls();
+      }
+    };
+    add(health_, HealthOperation::kCount);
+    add(hub_, SensorFunction::kCount);
     // A battery handle looks its service up when it ends.
-    if (GetParam() != Kind::kBattery) add_calls(hub_, BinderFunction());
+    if (GetParam() != Kind::kBattery) add(hub_, BinderFunction::kCount);
     return sum;
   };
   const int before = calls();

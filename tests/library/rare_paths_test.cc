@@ -5,10 +5,6 @@
 // classes have, and answers of other services.
 #include <hidl/Status.h>
 
-#include <string>
-#include <thread>
-#include <vector>
-
 #include "battery/battery_info.h"
 #include "battery_fixture.h"
 #include "quorvel/fake/service_process.h"
@@ -71,31 +67,23 @@ TEST_F(RareThermalTest, ACallbackWritesItsPartOfTheDump) {
   callback.StopCallbackThread();
 }
 
-// Deregisters itself in its callback, and again when the gate opens.
-struct LeavesTwice {
-  void* handle;
-  fake::Gate gate = {};
-  Seen<int> results = {};
-  static void Callback(int /*severity*/, void* cookie) {
-    auto& self = *static_cast<LeavesTwice*>(cookie);
-    self.results.Put(DeregisterThermalCallback(self.handle, 1));
-    self.gate.Pass();
-    self.results.Put(DeregisterThermalCallback(self.handle, 1));
-  }
-};
-
 TEST_F(RareThermalTest, AClientThatLeftMayDeregisterAgainDuringDeinit) {
   thermal_.Start(ThermalPath::kHidl);
   RegisterCpu();
-  LeavesTwice client = {.handle = handle_};
-  ASSERT_EQ(RegisterClient(handle_, 1, "SKIN", "skin", LeavesTwice::Callback, &client), 0);
-  EXPECT_EQ(client.results.Take(), 0);
-  std::thread end([this] { DeinitThermalInfo(&handle_); });
+  Gate gate;
+  Seen<int> results;
+  ActingClient client = {.action = [&](int) {
+    results.Put(DeregisterThermalCallback(handle_, 1));
+    gate.Pass();
+    results.Put(DeregisterThermalCallback(handle_, 1));
+  }};
+  ASSERT_EQ(RegisterClient(handle_, 1, "SKIN", "skin", ActingClient::OnValue, &client), 0);
+  EXPECT_EQ(results.Take(), 0);
+  Background end("DeinitThermalInfo()", [this] { DeinitThermalInfo(&handle_); });
   // From here on, Deinit...() waits for the worker that the client holds.
   EXPECT_TRUE(Eventually([this] { return thermal_.callback_count(ThermalPath::kHidl) == 0; }));
-  client.gate.Open();
-  EXPECT_EQ(client.results.Take(), -EINVAL);
-  end.join();
+  gate.Open();
+  EXPECT_EQ(results.Take(), -EINVAL);
 }
 
 // Answers FAILURE to queries and sends its temperatures with it.

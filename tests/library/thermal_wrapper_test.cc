@@ -35,6 +35,7 @@ using hal::CoolingDevice;
 using hal::CoolingType;
 using hal::Temperature;
 using hal::ThermalHidlWrapper;
+using HidlType = V2_0::TemperatureType;
 
 // A service in this process, for what a proxy cannot show. What it does comes before its status; a
 // registration notifies before it returns.
@@ -91,18 +92,26 @@ class ThermalWrapperFixture : public testing::Test {
 
   int Calls(ThermalOperation operation) { return thermal_.on(operation).calls(); }
 
+  template <typename Record, typename Type, typename Callback>
+  std::vector<Record> Ask(android::hardware::Return<void> (ThermalHidlWrapper::*query)(bool, Type,
+                                                                                       Callback),
+                          bool filter, Type type) {
+    std::vector<Record> records(1);
+    HidlAnswer answer;
+    EXPECT_TRUE(((*wrapper_).*query)(filter, type, answer.Take(records)).isOk());
+    EXPECT_TRUE(failure_ == nullptr ? Succeeded(answer) : FailedWith(answer, *failure_));
+    EXPECT_EQ(answer.thread, std::this_thread::get_id());
+    return records;
+  }
   // The three queries of HIDL 2.0 when they succeed.
-  std::vector<V2_0::Temperature> Temperatures(
-      bool filter = false, V2_0::TemperatureType type = V2_0::TemperatureType::SKIN) {
+  auto Temperatures(bool filter = false, HidlType type = HidlType::SKIN) {
     return Ask<V2_0::Temperature>(&ThermalHidlWrapper::getCurrentTemperatures, filter, type);
   }
-  std::vector<V2_0::TemperatureThreshold> Thresholds(
-      bool filter = false, V2_0::TemperatureType type = V2_0::TemperatureType::SKIN) {
+  auto Thresholds(bool filter = false, HidlType type = HidlType::SKIN) {
     return Ask<V2_0::TemperatureThreshold>(&ThermalHidlWrapper::getTemperatureThresholds, filter,
                                            type);
   }
-  std::vector<V2_0::CoolingDevice> Coolers(bool filter = false,
-                                           V2_0::CoolingType type = V2_0::CoolingType::CPU) {
+  auto Coolers(bool filter = false, V2_0::CoolingType type = V2_0::CoolingType::CPU) {
     return Ask<V2_0::CoolingDevice>(&ThermalHidlWrapper::getCurrentCoolingDevices, filter, type);
   }
   // All three fail and bring no record.
@@ -118,19 +127,6 @@ class ThermalWrapperFixture : public testing::Test {
   simulated::Thermal thermal_;
   sp<ThermalHidlWrapper> wrapper_;
   const std::string* failure_ = nullptr;  // the expected message, if any
-
- private:
-  template <typename Record, typename Type, typename Callback>
-  std::vector<Record> Ask(android::hardware::Return<void> (ThermalHidlWrapper::*query)(bool, Type,
-                                                                                       Callback),
-                          bool filter, Type type) {
-    std::vector<Record> records(1);
-    HidlAnswer answer;
-    EXPECT_TRUE(((*wrapper_).*query)(filter, type, answer.Take(records)).isOk());
-    EXPECT_TRUE(failure_ == nullptr ? Succeeded(answer) : FailedWith(answer, *failure_));
-    EXPECT_EQ(answer.thread, std::this_thread::get_id());
-    return records;
-  }
 };
 
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
@@ -142,22 +138,16 @@ uint32_t Bits(float value) {
 using ThermalQueryTest = ThermalWrapperFixture;
 
 TEST_F(ThermalQueryTest, TheQueriesOfHidl1AreRefusedWithoutACallToTheService) {
-  constexpr char kMessage[] = "Operation unsupported by Thermal HIDL wrapper";
-  // Not even a service is needed.
-  for (const auto& wrapper : {wrapper_, sp<ThermalHidlWrapper>::make(nullptr)}) {
-    std::vector<V1_0::Temperature> temperatures(1);
-    std::vector<V1_0::CpuUsage> usages(1);
-    std::vector<V1_0::CoolingDevice> coolers(1);
-    HidlAnswer answers[3];
-    EXPECT_TRUE(wrapper->getTemperatures(answers[0].Take(temperatures)).isOk());
-    EXPECT_TRUE(wrapper->getCpuUsages(answers[1].Take(usages)).isOk());
-    EXPECT_TRUE(wrapper->getCoolingDevices(answers[2].Take(coolers)).isOk());
-    for (const HidlAnswer& answer : answers) EXPECT_TRUE(FailedWith(answer, kMessage));
-    EXPECT_TRUE(temperatures.empty() && usages.empty() && coolers.empty());
-  }
-  for (int operation = 0; operation < static_cast<int>(ThermalOperation::kCount); ++operation) {
-    EXPECT_EQ(Calls(static_cast<ThermalOperation>(operation)), 0) << operation;
-  }
+  wrapper_ = sp<ThermalHidlWrapper>::make(nullptr);
+  const auto expect_refused = [this]<typename Record>(auto query, std::vector<Record> records) {
+    HidlAnswer answer;
+    EXPECT_TRUE(((*wrapper_).*query)(answer.Take(records)).isOk());
+    EXPECT_TRUE(FailedWith(answer, "Operation unsupported by Thermal HIDL wrapper"));
+    EXPECT_TRUE(records.empty());
+  };
+  expect_refused(&ThermalHidlWrapper::getTemperatures, std::vector<V1_0::Temperature>(1));
+  expect_refused(&ThermalHidlWrapper::getCpuUsages, std::vector<V1_0::CpuUsage>(1));
+  expect_refused(&ThermalHidlWrapper::getCoolingDevices, std::vector<V1_0::CoolingDevice>(1));
 }
 
 TEST_F(ThermalQueryTest, TemperaturesAreUnchangedExceptUnknownTypes) {
@@ -198,17 +188,12 @@ TEST_F(ThermalQueryTest, ThresholdsAreCutOrFilledToSeven) {
   const std::vector<float> cold = {-1, kNan, -3, -4, -5, -6, -7};
   const struct {
     TemperatureType type;
-    V2_0::TemperatureType hidl_type;
+    HidlType hidl_type;
     std::vector<float> hot, cold, hidl_hot, hidl_cold;
   } kRows[] = {
-      {TemperatureType::SKIN, V2_0::TemperatureType::SKIN, full, cold, full, cold},
-      {TemperatureType::TPU, V2_0::TemperatureType::UNKNOWN, {1, 2, 3}, {}, {1, 2, 3}, {}},
-      {TemperatureType::NPU,
-       V2_0::TemperatureType::NPU,
-       {1, 2, 3, 4, 5, 6, 7, 8, 9},
-       full,
-       full,
-       full},
+      {TemperatureType::SKIN, HidlType::SKIN, full, cold, full, cold},
+      {TemperatureType::TPU, HidlType::UNKNOWN, {1, 2, 3}, {}, {1, 2, 3}, {}},
+      {TemperatureType::NPU, HidlType::NPU, {1, 2, 3, 4, 5, 6, 7, 8, 9}, full, full, full},
   };
   thermal_.Change([&](auto& data) {
     data.thresholds.clear();
@@ -266,44 +251,28 @@ TEST_F(ThermalQueryTest, TheServiceFilters) {
     return names;
   };
   // A type that HIDL has no name for travels as the number it is.
-  const auto speaker = static_cast<V2_0::TemperatureType>(TemperatureType::SPEAKER);
+  const auto speaker = static_cast<HidlType>(TemperatureType::SPEAKER);
   EXPECT_THAT(names(Temperatures(true, speaker)), ElementsAre("speaker"));
-  EXPECT_THAT(names(Temperatures(true, V2_0::TemperatureType::SKIN)), ElementsAre("skin"));
-  EXPECT_EQ(Temperatures(false, V2_0::TemperatureType::SKIN).size(),
-            thermal_.data().temperatures.size());
-  EXPECT_THAT(Temperatures(true, V2_0::TemperatureType::NPU), IsEmpty());
+  EXPECT_EQ(Temperatures().size(), thermal_.data().temperatures.size());
   EXPECT_EQ(Calls(ThermalOperation::kGetTemperatures), 1);
-  EXPECT_EQ(Calls(ThermalOperation::kGetTemperaturesWithType), 3);
-
+  EXPECT_EQ(Calls(ThermalOperation::kGetTemperaturesWithType), 1);
   thermal_.Change([](auto& data) {
-    data.thresholds.resize(3);
-    data.thresholds[0] = {.type = TemperatureType::CPU, .name = "cpu"};
-    data.thresholds[1] = {.type = TemperatureType::SKIN, .name = "skin"};
-    data.thresholds[2] = {.type = TemperatureType::SPEAKER, .name = "speaker"};
+    data.thresholds = {{.type = TemperatureType::CPU, .name = "cpu"},
+                       {.type = TemperatureType::SPEAKER, .name = "speaker"}};
   });
-  EXPECT_THAT(names(Thresholds(true, V2_0::TemperatureType::SKIN)), ElementsAre("skin"));
   EXPECT_THAT(names(Thresholds(true, speaker)), ElementsAre("speaker"));
-  EXPECT_THAT(names(Thresholds(false, V2_0::TemperatureType::SKIN)),
-              ElementsAre("cpu", "skin", "speaker"));
-  EXPECT_THAT(names(Coolers(true, V2_0::CoolingType::CPU)), ElementsAre("cpu"));
+  EXPECT_THAT(names(Thresholds()), ElementsAre("cpu", "speaker"));
   EXPECT_THAT(names(Coolers(true, static_cast<V2_0::CoolingType>(CoolingType::SPEAKER))),
               ElementsAre("speaker"));
-  EXPECT_EQ(Coolers(false, V2_0::CoolingType::CPU).size(), thermal_.data().cooling_devices.size());
+  EXPECT_EQ(Coolers().size(), thermal_.data().cooling_devices.size());
 }
 
 TEST_F(ThermalQueryTest, AFailureOfTheServiceIsAStatusWithItsMessage) {
-  for (const ThermalOperation operation :
-       {ThermalOperation::kGetTemperatures, ThermalOperation::kGetTemperatureThresholds,
-        ThermalOperation::kGetCoolingDevices}) {
-    thermal_.on(operation).Then(Outcome::Exception(EX_ILLEGAL_STATE, "not yet"));
+  for (int operation = 0; operation < static_cast<int>(ThermalOperation::kCount); ++operation) {
+    thermal_.on(static_cast<ThermalOperation>(operation))
+        .Then(Outcome::Exception(EX_ILLEGAL_STATE, "not yet"));
   }
-  ExpectAllFail(/*filter=*/false, "not yet");
-  for (const ThermalOperation operation : {ThermalOperation::kGetTemperaturesWithType,
-                                           ThermalOperation::kGetTemperatureThresholdsWithType,
-                                           ThermalOperation::kGetCoolingDevicesWithType}) {
-    thermal_.on(operation).Then(Outcome::ServiceSpecific(-7, "sensor bus"));
-  }
-  ExpectAllFail(/*filter=*/true, "sensor bus");
+  for (const bool filter : {false, true}) ExpectAllFail(filter, "not yet");
   thermal_.Kill(ThermalPath::kAidl);
   ExpectAllFail(/*filter=*/false, "");
 }
@@ -361,7 +330,7 @@ TEST(ThermalWrapperDeathTest, WithoutAServiceEachOperationReportsAndContinues) {
     fprintf(stderr, "status: %s.\n", status.debugMessage.c_str());
   };
   const auto callback = sp<HidlThermalCallback>::make();
-  const auto type = V2_0::TemperatureType::SKIN;
+  const auto type = HidlType::SKIN;
   const std::function<bool()> operations[] = {
       [&] { return wrapper->getCurrentTemperatures(false, type, print).isOk(); },
       [&] { return wrapper->getTemperatureThresholds(true, type, print).isOk(); },
@@ -392,7 +361,7 @@ class ThermalCallbackTest : public ThermalWrapperFixture {
   using HidlCallback = V2_0::IThermalChangedCallback;
 
   HidlAnswer Register(const sp<HidlCallback>& callback, bool filter = false,
-                      V2_0::TemperatureType type = V2_0::TemperatureType::SKIN) {
+                      HidlType type = HidlType::SKIN) {
     HidlAnswer answer;
     EXPECT_TRUE(
         wrapper_->registerThermalChangedCallback(callback, filter, type, answer.Take()).isOk());
@@ -429,7 +398,7 @@ TEST_F(ThermalCallbackTest, NotificationsAreConvertedOnABinderThread) {
   thermal_.Notify(Hot("display", TemperatureType::DISPLAY));
   const auto heard = callback_->heard.Take();
   ASSERT_TRUE(heard);
-  EXPECT_EQ(heard->temperature.type, V2_0::TemperatureType::UNKNOWN);
+  EXPECT_EQ(heard->temperature.type, HidlType::UNKNOWN);
   EXPECT_EQ(heard->temperature.name, "display");
   EXPECT_EQ(heard->temperature.value, 45.5F);
   EXPECT_EQ(heard->temperature.throttlingStatus, V2_0::ThrottlingSeverity::SEVERE);
@@ -443,12 +412,11 @@ TEST_F(ThermalCallbackTest, NotificationsAreConvertedOnABinderThread) {
 TEST_F(ThermalCallbackTest, AFilteredCallbackReceivesItsTypeAlone) {
   const auto batteries = sp<HidlThermalCallback>::make();
   const auto speakers = sp<HidlThermalCallback>::make();
-  ASSERT_TRUE(Succeeded(Register(callback_, false, V2_0::TemperatureType::BATTERY)));
-  ASSERT_TRUE(Succeeded(Register(batteries, true, V2_0::TemperatureType::BATTERY)));
+  ASSERT_TRUE(Succeeded(Register(callback_, false, HidlType::BATTERY)));
+  ASSERT_TRUE(Succeeded(Register(batteries, true, HidlType::BATTERY)));
   EXPECT_EQ(Calls(ThermalOperation::kRegisterThermalChangedCallback), 1);
   // A type that HIDL has no name for travels as the number it is.
-  ASSERT_TRUE(Succeeded(
-      Register(speakers, true, static_cast<V2_0::TemperatureType>(TemperatureType::SPEAKER))));
+  ASSERT_TRUE(Succeeded(Register(speakers, true, static_cast<HidlType>(TemperatureType::SPEAKER))));
   EXPECT_EQ(Calls(ThermalOperation::kRegisterThermalChangedCallbackWithType), 2);
   thermal_.Notify(Hot("skin"));
   thermal_.Notify(Hot("battery", TemperatureType::BATTERY));
@@ -457,16 +425,6 @@ TEST_F(ThermalCallbackTest, AFilteredCallbackReceivesItsTypeAlone) {
   EXPECT_EQ(Take(*callback_), "battery");
   EXPECT_EQ(Take(*batteries), "battery");
   EXPECT_EQ(Take(*speakers), "speaker");
-}
-
-TEST_F(ThermalCallbackTest, ADuplicateIsRefusedWithoutACallToTheService) {
-  ASSERT_TRUE(Succeeded(Register(callback_, true, V2_0::TemperatureType::SKIN)));
-  EXPECT_TRUE(FailedWith(Register(callback_), kRegistered));
-  EXPECT_TRUE(FailedWith(Register(callback_, true, V2_0::TemperatureType::CPU), kRegistered));
-  EXPECT_EQ(Calls(ThermalOperation::kRegisterThermalChangedCallback), 0);
-  EXPECT_EQ(Calls(ThermalOperation::kRegisterThermalChangedCallbackWithType), 1);
-  thermal_.Notify(Hot("cpu", TemperatureType::CPU));
-  ExpectNotified(*callback_);  // with the filter of the first registration
 }
 
 // Two proxies of one callback of another process are the same callback.
@@ -479,7 +437,8 @@ TEST_F(ThermalCallbackTest, CallbacksAreComparedAsInterfacesNotAsPointers) {
   ASSERT_NE(proxies[0], nullptr);
   ASSERT_NE(proxies[0], proxies[1]);
   EXPECT_TRUE(Succeeded(Register(proxies[0])));
-  EXPECT_TRUE(FailedWith(Register(proxies[1]), kRegistered));
+  EXPECT_TRUE(FailedWith(Register(proxies[1], /*filter=*/true), kRegistered));
+  EXPECT_EQ(Calls(ThermalOperation::kRegisterThermalChangedCallbackWithType), 0);
   ExpectNotified(*callback_);
   EXPECT_TRUE(Succeeded(Unregister(proxies[1])));
   EXPECT_EQ(registered(), 0u);
@@ -508,7 +467,7 @@ TEST_F(ThermalCallbackTest, RegistrationsWaitForEachOther) {
   Gate result;
   Background first("a registration", [&] {
     EXPECT_TRUE(wrapper_
-                    ->registerThermalChangedCallback(callback_, false, V2_0::TemperatureType::SKIN,
+                    ->registerThermalChangedCallback(callback_, false, HidlType::SKIN,
                                                      [&](const auto&) { result.Pass(); })
                     .isOk());
   });
