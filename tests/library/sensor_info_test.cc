@@ -301,21 +301,17 @@ TEST_F(SensorObjectTest, AnObjectThatIsInitializedAgainStartsEmpty) {
   }
 }
 
-TEST(SensorlessTest, ASensorThatTheDeviceDoesNotHaveIsLookedUpOnce) {
-  const fake::LogCapture log;
-  simulated::SensorHub hub;
-  hub.Start();
-  Seen<Call> seen;
-  void* handle = nullptr;
-  InitSensorInfo(&handle);
+using SensorlessTest = HingelessFixture;
+
+TEST_F(SensorlessTest, ASensorThatTheDeviceDoesNotHaveIsLookedUpOnce) {
+  hub_.Start();
   for (int i = 1; i <= 3; ++i) {
-    EXPECT_EQ(RegisterHingeAngleSensorCallback(handle, 0, Client<1>, &seen), -ENOSYS);
-    EXPECT_EQ(log.Count("EnableSensor: sensor HINGE_ANGLE isn't supported."), i);
+    EXPECT_EQ(RegisterHingeAngleSensorCallback(handle_, 0, Client<1>, &seen_), -ENOSYS);
+    EXPECT_EQ(log_.Count("EnableSensor: sensor HINGE_ANGLE isn't supported."), i);
   }
-  EXPECT_EQ(hub.on(SensorFunction::kGetDefaultSensor).calls(), 1);
-  EXPECT_EQ(log.Count("EnableSensor: start to initialize sensor HINGE_ANGLE"), 1);
-  EXPECT_EQ(log.Count("EnableSensor: end to initialize sensor HINGE_ANGLE"), 1);
-  DeinitSensorInfo(&handle);
+  EXPECT_EQ(Calls(SensorFunction::kGetDefaultSensor), 1);
+  EXPECT_EQ(log_.Count("EnableSensor: start to initialize sensor HINGE_ANGLE"), 1);
+  EXPECT_EQ(log_.Count("EnableSensor: end to initialize sensor HINGE_ANGLE"), 1);
 }
 
 }  // namespace
