@@ -34,6 +34,7 @@ TEST_F(BatteryLinkTest, AnUndeclaredServiceIsNoErrorAndIsFoundLater) {
               Contains("RegisterInfoCallback: Dock Charger Is Online will updated while getting "
                        "valid value from health service."));
   ASSERT_TRUE(log_.WaitFor(kAttempt));
+  EXPECT_THAT(Dump(), HasSubstr("  Dock Charger Is Online = -1 (clients:1)\n"));
   health_.Declare();
   health_.Start();
   EXPECT_THAT(seen_.TakeMany(2), ElementsAre(Call{0, 50}, Call{1, 1}));

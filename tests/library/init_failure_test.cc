@@ -3,14 +3,8 @@
 
 // Init...() when the family's object cannot be initialized. No fault of the platform leads there,
 // so the linker directs the calls of the three Initialize() to this file (see CMakeLists.txt).
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "battery/battery_info.h"
-#include "quorvel.h"
-#include "quorvel/fake/log_capture.h"
+#include "fixture.h"
 #include "sensor/sensor_info.h"
 #include "thermal/thermal_info.h"
 
@@ -35,45 +29,33 @@ QUORVEL_FAILING(ThermalInfo, "_ZN6norvik3qel5audio11ThermalInfo10InitializeEv")
 
 namespace {
 
-struct Family {
-  const char* name;
-  void (*init)(void** handle);
-  void (*deinit)(void** handle);
-  const char* message;
+class InitFailureTest : public HandleFixture, public testing::WithParamInterface<Family> {
+ protected:
+  InitFailureTest() : HandleFixture(GetParam()) {}
 };
-
-class InitFailureTest : public testing::TestWithParam<Family> {};
+INSTANTIATE_TEST_SUITE_P(, InitFailureTest, testing::Values(kBattery, kSensors, kThermal),
+                         [](const auto& test) { return test.param.name; });
 
 TEST_P(InitFailureTest, LeavesNullAndAWarningAndEndsTheWorkers) {
-  const Family& family = GetParam();
-  fake::LogCapture log;
   int stale = 0;
-  void* handle = &stale;
+  handle_ = &stale;
   fails = true;
-  family.init(&handle);  // a worker that was not joined would end the process
+  Init();  // a worker that was not joined would end the process
   fails = false;
-  EXPECT_EQ(handle, nullptr);
+  EXPECT_EQ(handle_, nullptr);
   // A worker that was ended before it began its loop has logged that, too.
-  const auto lines = log.Lines();
+  const auto lines = log_.Lines();
   ASSERT_FALSE(lines.empty());
   EXPECT_EQ(lines.back().priority, ANDROID_LOG_WARN);
-  EXPECT_EQ(lines.back().text, family.message);
-
-  family.init(&handle);
-  EXPECT_NE(handle, nullptr);
-  family.deinit(&handle);
-  EXPECT_EQ(handle, nullptr);
+  EXPECT_THAT(lines.back().text,
+              testing::MatchesRegex("Init(Battery|Sensor|Thermal)Info: unable to "
+                                    "initialize (BatteryInfo|SensorData|"
+                                    "ThermalInfo)\\."));
+  Init();
+  EXPECT_NE(handle_, nullptr);
+  Deinit();
+  EXPECT_EQ(handle_, nullptr);
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Families, InitFailureTest,
-    testing::Values(Family{"Battery", InitBatteryInfo, DeinitBatteryInfo,
-                           "InitBatteryInfo: unable to initialize BatteryInfo."},
-                    Family{"Sensor", InitSensorInfo, DeinitSensorInfo,
-                           "InitSensorInfo: unable to initialize SensorData."},
-                    Family{"Thermal", InitThermalInfo, DeinitThermalInfo,
-                           "InitThermalInfo: unable to initialize ThermalInfo."}),
-    [](const auto& info) { return std::string(info.param.name); });
 
 }  // namespace
 }  // namespace norvik::qel

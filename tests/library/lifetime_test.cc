@@ -11,10 +11,12 @@
 #include <deque>
 #include <system_error>
 
+#include "battery/battery_info.h"
 #include "environment.h"
 #include "process_state.h"
 #include "quorvel/simulated/health.h"
 #include "quorvel/simulated/sensor_hub.h"
+#include "thermal/thermal_info.h"
 #include "thermal_fixture.h"
 
 namespace norvik::qel {
@@ -135,6 +137,20 @@ class LifetimeTest : public HandleFixture, public testing::WithParamInterface<Ki
     ASSERT_EQ(Add(GetParam(), handle_, 0, Client<0>, &seen_), 0);
     ASSERT_TRUE(seen_.Take());
   }
+  // The object has gone when the notification of its service's death arrives.
+  template <typename Object>
+  void EndBeforeADeathNotification() {
+    OverwrittenObject<Object> object;
+    ASSERT_TRUE(object.get()->Initialize());
+    ASSERT_EQ(Add(GetParam(), object.get(), 0, Client<0>, &seen_), 0);
+    ASSERT_TRUE(seen_.Take());
+    HoldDeliveries hold(Delivery::kDeathNotification);
+    Kill();
+    EXPECT_TRUE(hold.WaitForHeld());
+    object.End();
+    hold.Release();
+    EXPECT_TRUE(fake::WaitUntilDelivered());
+  }
   // A handle's client is registered, called with what is reported, and deregistered.
   void ExpectWorks(Kind kind, void* handle) {
     Seen<Call> seen;
@@ -159,18 +175,17 @@ INSTANTIATE_TEST_SUITE_P(, LifetimeTest,
                          KindName);
 
 TEST_P(LifetimeTest, InitAndDeinitDoNotCallTheService) {
-  int sum = 0;
-  const auto add_calls = [&sum]<typename Operation>(auto& phone, Operation) {
-    for (int i = 0; i < static_cast<int>(Operation::kCount); ++i) {
-      sum += phone.on(static_cast<Operation>(i)).calls();
-    }
-  };
-  const auto calls = [&] {
-    sum = 0;
-    add_calls(health_, HealthOperation());
-    add_calls(hub_, SensorFunction());
+  const auto calls = [this] {
+    int sum = 0;
+    const auto add = [&sum]<typename Operation>(auto& phone, Operation end) {
+      for (int i = 0; i < static_cast<int>(end); ++i) {
+        sum += phone.on(static_cast<Operation>(i)).calls();
+      }
+    };
+    add(health_, HealthOperation::kCount);
+    add(hub_, SensorFunction::kCount);
     // A battery handle looks its service up when it ends.
-    if (GetParam() != Kind::kBattery) add_calls(hub_, BinderFunction());
+    if (GetParam() != Kind::kBattery) add(hub_, BinderFunction::kCount);
     return sum;
   };
   const int before = calls();
@@ -240,6 +255,15 @@ TEST_P(LifetimeTest, ADeathNotificationOnItsWayLeavesTheNextHandleAlone) {
     ASSERT_EQ(held(), 1u) << "registered once, not twice";
     Deinit();
     Init();
+  }
+}
+
+TEST_P(LifetimeTest, ADeathNotificationOnItsWayUsesNoObjectThatHasGone) {
+  if (!survives_deaths()) GTEST_SKIP() << "the sensor service does not come back";
+  if (GetParam() == Kind::kBattery) {
+    EndBeforeADeathNotification<audio::BatteryInfo>();
+  } else {
+    EndBeforeADeathNotification<audio::ThermalInfo>();
   }
 }
 

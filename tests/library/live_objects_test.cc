@@ -3,36 +3,12 @@
 
 #include "common/live_objects.h"
 
-#include <gtest/gtest.h>
-
-#include <atomic>
-
-#include "quorvel/fake/gate.h"
-#include "waiting.h"
+#include "fixture.h"
 
 namespace norvik::qel {
 namespace {
 
 struct Visited {};
-
-TEST(LiveObjectsTest, OnlyAnObjectThatIsAddedIsVisited) {
-  audio::LiveObjects<Visited> live;
-  Visited object;
-  int visits = 0;
-  const auto visit = [&](Visited& visited) {
-    EXPECT_EQ(&visited, &object);
-    ++visits;
-  };
-  live.Visit(&object, visit);
-  EXPECT_EQ(visits, 0);
-  live.Add(&object);
-  live.Visit(&object, visit);
-  EXPECT_EQ(visits, 1);
-  live.Remove(&object);
-  live.Remove(&object);
-  live.Visit(&object, visit);
-  EXPECT_EQ(visits, 1);
-}
 
 TEST(LiveObjectsTest, OnlyRemovingAVisitedObjectWaitsForTheVisit) {
   audio::LiveObjects<Visited> live;
@@ -40,7 +16,7 @@ TEST(LiveObjectsTest, OnlyRemovingAVisitedObjectWaitsForTheVisit) {
   Visited other;
   live.Add(&visited);
   live.Add(&other);
-  fake::Gate gate;
+  Gate gate;
   std::atomic<bool> left{false};
   Background visitor("a visit", [&] {
     live.Visit(&visited, [&](Visited&) {

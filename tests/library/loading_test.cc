@@ -4,38 +4,47 @@
 // The library in a program that loads it and lets it go, as an audio service does with its modules.
 #include <android/sensor.h>
 #include <dlfcn.h>
-#include <gtest/gtest.h>
 
-#include <optional>
-
-#include "clients.h"
+#include "fixture.h"
 #include "process_state.h"
-#include "quorvel.h"
-#include "quorvel/fake/deliveries.h"
 #include "quorvel/simulated/health.h"
 #include "quorvel/simulated/sensor_hub.h"
 #include "quorvel/simulated/thermal.h"
-#include "waiting.h"
 
 namespace norvik::qel {
 namespace {
 
-using fake::Delivery;
-using fake::HoldDeliveries;
 using simulated::ThermalPath;
 
 constexpr char kLibrary[] = QUORVEL_TEST_LIBRARY;
+#define LOADED(function) Get(static_cast<decltype(&(function))>(nullptr), #function)
 
-// The library, from dlopen() to dlclose(). This program is not linked to it.
+// The library from dlopen() to dlclose(), with one handle of each family, each with a client that
+// has been called. This program is not linked to it.
 class LoadedLibrary {
  public:
-  LoadedLibrary() : library_(dlopen(kLibrary, RTLD_NOW | RTLD_LOCAL)) {
+  LoadedLibrary() {
     if (library_ == nullptr) ADD_FAILURE() << dlerror();
+    LOADED(InitBatteryInfo)(&battery_);
+    LOADED(InitSensorInfo)(&sensors_);
+    LOADED(InitThermalInfo)(&thermal_);
+    EXPECT_EQ(LOADED(RegisterBatteryLevelCallback)(battery_, PutValue, &values_), 0);
+    EXPECT_EQ(LOADED(RegisterProximitySensorCallback)(sensors_, 0, PutValue, &values_), 0);
+    const ThermalCallbackParam skin = {
+        .id = 0, .type_name = "SKIN", .temperature_name = "skin", .callback = PutValue};
+    EXPECT_EQ(LOADED(RegisterThermalCallback)(thermal_, &skin, &values_), 0);
+    EXPECT_EQ(values_.TakeMany(3).size(), 3u);
   }
-  ~LoadedLibrary() { dlclose(library_); }
+  ~LoadedLibrary() {
+    LOADED(DeinitThermalInfo)(&thermal_);
+    LOADED(DeinitSensorInfo)(&sensors_);
+    LOADED(DeinitBatteryInfo)(&battery_);
+    dlclose(library_);
+  }
   LoadedLibrary(const LoadedLibrary&) = delete;
   LoadedLibrary& operator=(const LoadedLibrary&) = delete;
 
+ private:
   // The function of that name and type, for an immediate call.
   template <typename Function>
   Function* Get(Function* /*type*/, const char* name) const {
@@ -44,44 +53,7 @@ class LoadedLibrary {
     return reinterpret_cast<Function*>(address);
   }
 
- private:
-  void* const library_;
-};
-#define LOADED(library, function) \
-  (library).Get(static_cast<decltype(&(function))>(nullptr), #function)
-
-bool IsMapped() {
-  void* const library = dlopen(kLibrary, RTLD_LAZY | RTLD_NOLOAD);
-  if (library != nullptr) dlclose(library);
-  return library != nullptr;
-}
-
-// One handle of each family, each with a client that has been called.
-class Handles {
- public:
-  explicit Handles(const LoadedLibrary& library) : library_(library) {
-    LOADED(library, InitBatteryInfo)(&battery_);
-    LOADED(library, InitSensorInfo)(&sensors_);
-    LOADED(library, InitThermalInfo)(&thermal_);
-    EXPECT_EQ(LOADED(library, RegisterBatteryLevelCallback)(battery_, PutValue, &values_), 0);
-    EXPECT_TRUE(values_.Take());
-    EXPECT_EQ(LOADED(library, RegisterProximitySensorCallback)(sensors_, 0, PutValue, &values_), 0);
-    EXPECT_EQ(values_.Take(), 0);
-    const ThermalCallbackParam skin = {
-        .id = 0, .type_name = "SKIN", .temperature_name = "skin", .callback = PutValue};
-    EXPECT_EQ(LOADED(library, RegisterThermalCallback)(thermal_, &skin, &values_), 0);
-    EXPECT_TRUE(values_.Take());
-  }
-  ~Handles() {
-    LOADED(library_, DeinitThermalInfo)(&thermal_);
-    LOADED(library_, DeinitSensorInfo)(&sensors_);
-    LOADED(library_, DeinitBatteryInfo)(&battery_);
-  }
-  Handles(const Handles&) = delete;
-  Handles& operator=(const Handles&) = delete;
-
- private:
-  const LoadedLibrary& library_;
+  void* const library_ = dlopen(kLibrary, RTLD_NOW | RTLD_LOCAL);
   Seen<int> values_;
   void* battery_ = nullptr;
   void* sensors_ = nullptr;
@@ -108,7 +80,6 @@ TEST_F(LoadingTest, LoadingAndUnloadingLeavesNothingRunning) {
   for (int round = 0; round < 100 && !HasFailure(); ++round) {
     {
       const LoadedLibrary library;
-      const Handles handles(library);
       EXPECT_GT(LibraryThreadCount(), 0);
     }
     EXPECT_TRUE(Eventually([] { return LibraryThreadCount() == 0; }));
@@ -125,7 +96,6 @@ TEST_F(LoadingTest, TheCodeStaysMappedForANotificationOnItsWay) {
     std::optional<HoldDeliveries> hold;
     {
       const LoadedLibrary library;
-      const Handles handles(library);
       hold.emplace(kind);
       if (kind == Delivery::kDeathNotification) {
         health_.Kill();
@@ -136,7 +106,9 @@ TEST_F(LoadingTest, TheCodeStaysMappedForANotificationOnItsWay) {
       }
       ASSERT_TRUE(hold->WaitForHeld(2));
     }
-    EXPECT_TRUE(IsMapped());
+    void* const mapped = dlopen(kLibrary, RTLD_LAZY | RTLD_NOLOAD);
+    ASSERT_NE(mapped, nullptr);
+    dlclose(mapped);
     hold->Release();
     EXPECT_TRUE(fake::WaitUntilDelivered());
   }

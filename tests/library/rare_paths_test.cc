@@ -5,25 +5,19 @@
 // classes have, and answers of other services.
 #include <hidl/Status.h>
 
-#include <string>
-#include <thread>
-#include <vector>
-
 #include "battery/battery_info.h"
 #include "battery_fixture.h"
 #include "quorvel/fake/service_process.h"
 #include "quorvel/services/hidl_thermal_service.h"
 #include "sensor_fixture.h"
 #include "thermal/audio_thermal_callback.h"
+#include "thermal/thermal_info.h"
 #include "thermal_fixture.h"
 
 namespace norvik::qel {
 namespace {
 
 using android::sp;
-using fake::SensorFunction;
-using testing::ElementsAre;
-using testing::HasSubstr;
 
 using RareBatteryTest = BatteryFixture;
 
@@ -73,31 +67,23 @@ TEST_F(RareThermalTest, ACallbackWritesItsPartOfTheDump) {
   callback.StopCallbackThread();
 }
 
-// Deregisters itself in its callback, and again when the gate opens.
-struct LeavesTwice {
-  void* handle;
-  fake::Gate gate = {};
-  Seen<int> results = {};
-  static void Callback(int /*severity*/, void* cookie) {
-    auto& self = *static_cast<LeavesTwice*>(cookie);
-    self.results.Put(DeregisterThermalCallback(self.handle, 1));
-    self.gate.Pass();
-    self.results.Put(DeregisterThermalCallback(self.handle, 1));
-  }
-};
-
 TEST_F(RareThermalTest, AClientThatLeftMayDeregisterAgainDuringDeinit) {
   thermal_.Start(ThermalPath::kHidl);
   RegisterCpu();
-  LeavesTwice client = {.handle = handle_};
-  ASSERT_EQ(RegisterClient(handle_, 1, "SKIN", "skin", LeavesTwice::Callback, &client), 0);
-  EXPECT_EQ(client.results.Take(), 0);
-  std::thread end([this] { DeinitThermalInfo(&handle_); });
+  Gate gate;
+  Seen<int> results;
+  ActingClient client = {.action = [&](int) {
+    results.Put(DeregisterThermalCallback(handle_, 1));
+    gate.Pass();
+    results.Put(DeregisterThermalCallback(handle_, 1));
+  }};
+  ASSERT_EQ(RegisterClient(handle_, 1, "SKIN", "skin", ActingClient::OnValue, &client), 0);
+  EXPECT_EQ(results.Take(), 0);
+  Background end("DeinitThermalInfo()", [this] { DeinitThermalInfo(&handle_); });
   // From here on, Deinit...() waits for the worker that the client holds.
   EXPECT_TRUE(Eventually([this] { return thermal_.callback_count(ThermalPath::kHidl) == 0; }));
-  client.gate.Open();
-  EXPECT_EQ(client.results.Take(), -EINVAL);
-  end.join();
+  gate.Open();
+  EXPECT_EQ(results.Take(), -EINVAL);
 }
 
 // Answers FAILURE to queries and sends its temperatures with it.
@@ -129,22 +115,27 @@ TEST_F(RareThermalTest, RecordsThatComeWithAFailureAreDropped) {
 class UnlinkableThermal : public services::HidlThermalService {
  public:
   using HidlThermalService::HidlThermalService;
-  Return<bool> linkToDeath(const sp<android::hardware::hidl_death_recipient>&, uint64_t) override {
+  Return<bool> linkToDeath(const sp<android::hardware::hidl_death_recipient>& recipient,
+                           uint64_t) override {
+    kept = recipient;
     return android::hardware::Status::fromStatusT(android::UNKNOWN_ERROR);
   }
   Return<bool> unlinkToDeath(const sp<android::hardware::hidl_death_recipient>&) override {
     return android::hardware::Status::fromStatusT(android::UNKNOWN_ERROR);
   }
+  sp<android::hardware::hidl_death_recipient> kept;  // as by a transport that is about to notify it
 };
 
 TEST_F(RareThermalTest, ALinkThatTheTransportFailsToCarryIsLoggedAndNothingElse) {
   const auto service = sp<UnlinkableThermal>::make(thermal_.data());
   ASSERT_EQ(service->registerAsService(), android::OK);
-  EXPECT_TRUE(Operate());
-  EXPECT_TRUE(Operate());
+  OverwrittenObject<audio::ThermalInfo> object;
+  ASSERT_TRUE(object.get()->Initialize());
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(QuerySkin(object.get()), 1);
   EXPECT_EQ(thermal_.on(fake::BinderFunction::kTryGetHidlService).calls(), 1)
       << "the connection counts as made";
-  DeinitThermalInfo(&handle_);
+  object.End();
+  service->kept->serviceDied(/*cookie=*/0, service);
   EXPECT_THAT(Warnings(), ElementsAre(kNotDeclared, HasSubstr("Failed to link to death (HIDL): "),
                                       HasSubstr("Failed to unlink to death (HIDL): ")));
 }

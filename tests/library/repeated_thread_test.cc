@@ -3,21 +3,10 @@
 
 #include "common/repeated_thread.h"
 
-#include <android/log.h>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <cstdlib>
-#include <deque>
-#include <memory>
-#include <new>
 #include <semaphore>
-#include <string>
 
 #include "environment.h"
-#include "quorvel/fake/log_capture.h"
-#include "waiting.h"
+#include "fixture.h"
 
 namespace {
 std::atomic<int> g_allocations{0};
@@ -46,8 +35,6 @@ using audio::RepeatedThread;
 using fake::LogCapture;
 using fake::LogLine;
 using std::chrono::steady_clock;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 // An action that tells the test when it is inside and stays there until the test gives its result.
 class GatedThread : public RepeatedThread {
@@ -125,7 +112,9 @@ TEST_F(RepeatedThreadTest, AFailingActionIsRunTheGivenNumberOfTimesWithPauses) {
   for (const auto& [repeat_count, runs] : {std::pair{0, 1}, {1, 1}, {4, 4}}) {
     Seen<steady_clock::time_point> times;
     constexpr std::chrono::milliseconds kPause(5);
+    int runs_left = runs;
     FunctionThread thread(kPause.count(), repeat_count, [&] {
+      EXPECT_EQ(RepeatedThread::IsLastAttempt(), --runs_left == 0);
       times.Put(steady_clock::now());
       return false;
     });
@@ -136,6 +125,7 @@ TEST_F(RepeatedThreadTest, AFailingActionIsRunTheGivenNumberOfTimesWithPauses) {
     for (size_t run = 1; run < began.size(); ++run) EXPECT_GE(began[run] - began[run - 1], kPause);
     EXPECT_FALSE(times.Take(kPause * 5)) << "more than " << runs << " runs";
     thread.Deinitialize();
+    EXPECT_FALSE(RepeatedThread::IsLastAttempt());
   }
 }
 
@@ -256,7 +246,7 @@ TEST_F(RepeatedThreadTest, AnActionMayAskItsOwnThreadToEnd) {
   Seen<bool> on_worker;
   std::counting_semaphore<> may_end{0};
   FunctionThread thread(/*pause_ms=*/3'600'000, /*repeat_count=*/10, [&] {
-    thread.RequestExit();
+    for (int i = 0; i < 2; ++i) thread.RequestExit();
     thread.Start();  // ignored
     on_worker.Put(RepeatedThread::IsWorker());
     return !may_end.try_acquire_for(kHangGuard);
@@ -330,34 +320,6 @@ TEST_F(RepeatedThreadTest, NothingIsAllocatedAfterInitialize) {
   EXPECT_EQ(g_allocations, allocations);
   EXPECT_GT(runs, runs_before);
   __android_log_set_minimum_priority(priority);
-}
-
-TEST(RepeatedThreadAttemptTest, AWorkerKnowsItsLastAttempt) {
-  Seen<bool> last;
-  FunctionThread thread(/*pause_ms=*/1, /*repeat_count=*/3, [&] {
-    EXPECT_TRUE(RepeatedThread::IsWorker());
-    last.Put(RepeatedThread::IsLastAttempt());
-    return false;
-  });
-  thread.Initialize();
-  thread.Start();
-  for (const bool expected : {false, false, true}) EXPECT_EQ(last.Take(), expected);
-  thread.Deinitialize();
-  EXPECT_FALSE(RepeatedThread::IsWorker());
-  EXPECT_FALSE(RepeatedThread::IsLastAttempt());
-}
-
-TEST(RepeatedThreadExitTest, ASecondRequestToExitIsANoop) {
-  const LogCapture log;
-  GatedThread thread;
-  thread.Initialize();
-  thread.Start();
-  ASSERT_TRUE(thread.WaitEntered());
-  thread.RequestExit();
-  thread.RequestExit();
-  thread.results.Put(true);
-  thread.Deinitialize();
-  EXPECT_THAT(log.Lines(), ElementsAre());
 }
 
 TEST(RepeatedThreadDeathTest, DestroyingAThreadThatRunsEndsTheProcess) {

@@ -31,16 +31,6 @@ struct Listener {
   void* handle = nullptr;
 };
 
-TEST_F(SensorLifetimeTest, AHandleThatWaitsForEventsEndsAtOnce) {
-  RegisterProximity();
-  RegisterHinge();
-  ASSERT_TRUE(Eventually([] { return fake::LooperWaiters() == 1; }));
-  Deinit();
-  EXPECT_EQ(handle_, nullptr);
-  EXPECT_EQ(Calls(SensorFunction::kDisableSensor), 2);
-  EXPECT_EQ(hub_.queue_count(), 0u);
-}
-
 // All handles poll one looper: each poll may take the others' events, each wake the end of another.
 // Three, since of two handles never more than one waits for its turn.
 TEST_F(SensorLifetimeTest, HandlesThatShareTheLooperReceiveEveryReportAndEndAlone) {

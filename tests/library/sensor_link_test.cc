@@ -18,7 +18,7 @@ constexpr char kGivenUp[] = "ReconnectToSensorService: client should register pr
 using SensorLinkTest = SensorFixture;
 using SensorLinkSlowTest = SensorFixture;
 
-TEST_F(SensorLinkTest, ASensorThatWaitsTakesFurtherClientsAndLetsThemGo) {
+TEST_F(SensorLinkSlowTest, ASensorThatWaitsTakesFurtherClientsAndLetsThemGo) {
   ASSERT_EQ(RegisterProximitySensorCallback(handle_, 0, Client<0>, &seen_), 0);
   // Once for the registration, once for the first attempt of the worker.
   ASSERT_TRUE(look_ups().WaitForCalls(2));
@@ -29,6 +29,8 @@ TEST_F(SensorLinkTest, ASensorThatWaitsTakesFurtherClientsAndLetsThemGo) {
   EXPECT_EQ(DeregisterProximitySensorCallback(handle_, 1), 0);
   EXPECT_EQ(Calls(SensorFunction::kDisableSensor), 0);
   EXPECT_THAT(Log(ANDROID_LOG_ERROR), IsEmpty());
+  // The attempt after the pause: can miss it, never invent it.
+  EXPECT_FALSE(look_ups().WaitForCalls(3, std::chrono::milliseconds(2000)));
 }
 
 TEST_F(SensorLinkTest, WithoutManagerLooperOrQueueAClientWaits) {
@@ -115,35 +117,21 @@ TEST_F(SensorLinkSlowTest, AServiceIsLookedForUntilItComes) {
   EXPECT_EQ(RegisterProximitySensorCallback(handle_, 0, Client<0>, &seen_), 0);
 }
 
-// The proximity sensor is no longer waited for when the service comes, and the device has no hinge.
-TEST(SensorLateServiceSlowTest, OnlySensorsThatExistAndHaveClientsAreEnabled) {
-  const fake::LogCapture log;
-  simulated::SensorHub hub;
-  hub.Add(kProximity, "proximity");
-  Seen<Call> seen;
-  void* handle = nullptr;
-  InitSensorInfo(&handle);
-  ASSERT_EQ(RegisterProximitySensorCallback(handle, 0, Client<0>, &seen), 0);
-  ASSERT_EQ(RegisterHingeAngleSensorCallback(handle, 0, Client<1>, &seen), 0);
-  EXPECT_EQ(DeregisterProximitySensorCallback(handle, 0), 0);
-  hub.Start();
-  ASSERT_TRUE(log.WaitFor(kGivenUp));  // of the hinge angle, which is the last to be waited for
-  EXPECT_EQ(hub.listeners(kProximity), 0);
-  EXPECT_EQ(hub.on(SensorFunction::kRegisterSensor).calls(), 0);
-  const auto lines = log.Lines("audio_hw_sensor").size();  // the worker may log beside it
-  EXPECT_EQ(DeregisterHingeAngleSensorCallback(handle, 0), -ENOSYS);
-  EXPECT_EQ(log.Lines("audio_hw_sensor").size(), lines + 1);  // "remove id" alone
-  EXPECT_EQ(RegisterProximitySensorCallback(handle, 0, Client<0>, &seen), 0);
-  EXPECT_EQ(seen.Take(), (Call{0, 0}));
-  DeinitSensorInfo(&handle);
-}
+using SensorLateServiceSlowTest = HingelessFixture;
 
-TEST_F(SensorLinkSlowTest, WithoutWaitingClientsTheServiceIsNotLookedFor) {
+// The proximity sensor is no longer waited for when the service comes, and the device has no hinge.
+TEST_F(SensorLateServiceSlowTest, OnlySensorsThatExistAndHaveClientsAreEnabled) {
   ASSERT_EQ(RegisterProximitySensorCallback(handle_, 0, Client<0>, &seen_), 0);
-  ASSERT_TRUE(look_ups().WaitForCalls(2));
+  ASSERT_EQ(RegisterHingeAngleSensorCallback(handle_, 0, Client<1>, &seen_), 0);
   EXPECT_EQ(DeregisterProximitySensorCallback(handle_, 0), 0);
-  // The attempt after the pause: can miss it, never invent it.
-  EXPECT_FALSE(look_ups().WaitForCalls(3, std::chrono::milliseconds(2000)));
+  hub_.Start();
+  ASSERT_TRUE(log_.WaitFor(kGivenUp));  // of the hinge angle, which is the last to be waited for
+  EXPECT_EQ(hub_.listeners(kProximity), 0);
+  EXPECT_EQ(Calls(SensorFunction::kRegisterSensor), 0);
+  const size_t lines = Log().size();  // the worker may log beside it
+  EXPECT_EQ(DeregisterHingeAngleSensorCallback(handle_, 0), -ENOSYS);
+  EXPECT_EQ(Log().size(), lines + 1);  // "remove id" alone
+  RegisterProximity();
 }
 
 TEST_F(SensorLinkSlowTest, AServiceThatCannotBeUsedIsGivenUpAfterTenAttempts) {

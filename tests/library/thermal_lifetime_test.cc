@@ -40,23 +40,6 @@ int Mappings() {
   return static_cast<int>(std::count(std::istreambuf_iterator<char>(maps), {}, '\n'));
 }
 
-TEST_P(ThermalLifetimeTest, ACallbackMayDeregisterItselfAsTheLastClient) {
-  ActingClient self = {.action = [this](int) {
-    results_.Put(DeregisterThermalCallback(handle_, 1));
-    results_.Put(DeregisterThermalCallback(handle_, 1));
-  }};
-  const int rounds = kSanitized ? 50 : 300;
-  for (int round = 1; round <= rounds; ++round) {
-    ASSERT_EQ(RegisterActing(1, self), 0);
-    ASSERT_EQ(results_.Take(), 0);
-    ASSERT_EQ(results_.Take(), -EINVAL);
-    ASSERT_EQ(Unregistered(), round);
-  }
-  EXPECT_EQ(registered(), 0u);
-  EXPECT_TRUE(TypesHaveEnded());
-  Deinit();
-}
-
 // Only callbacks call, so workers alone can join the workers that have ended.
 TEST_P(ThermalLifetimeTest, CallbacksThatReplaceThemselvesLeaveNothingBehind) {
   const int rounds = kSanitized ? 50 : 300;

@@ -181,12 +181,6 @@ TEST_P(ThermalDeathTest, ADumpWithoutAReaderHoldsUpNoRecovery) {
   ASSERT_EQ(GetBatteryChargeLimitCurrent(handle_, limits, &size, false), 0);
   RegisterSkin();
   RegisterCpu();
-  void* other = nullptr;
-  Seen<Call> other_seen;
-  InitThermalInfo(&other);
-  ASSERT_EQ(RegisterClient(other, 3, "SKIN", "skin", Client<3>, &other_seen), 0);
-  ASSERT_TRUE(other_seen.Take());
-
   const std::string text = Dump();
   Seen<bool> dumped;
   Background dumper("a dump", [&] {
@@ -195,16 +189,13 @@ TEST_P(ThermalDeathTest, ADumpWithoutAReaderHoldsUpNoRecovery) {
   });
   EXPECT_TRUE(Eventually([&] { return pipe.unread() > capacity / 2; }));
   Restart();
-  EXPECT_TRUE(IsRegistered(3));
+  EXPECT_TRUE(IsRegistered(2));
   thermal_.SetSeverity("cpu", ThrottlingSeverity::LIGHT);
-  thermal_.SetSeverity("skin", ThrottlingSeverity::LIGHT);
-  EXPECT_EQ(other_seen.Take(), (Call{3, 1}));
+  EXPECT_EQ(seen_.Take(), (Call{2, 1}));
   EXPECT_TRUE(dumped.empty()) << "all of that while the dump waits";
   EXPECT_TRUE(pipe.Read(text.size()) == text);
   dumper.Join();
   EXPECT_EQ(pipe.unread(), 0u);
-  EXPECT_EQ(seen_.TakeMany(2).size(), 2u);
-  DeinitThermalInfo(&other);
 }
 
 TEST_P(ThermalDeathTest, RegistrationsWaitForALateService) {
@@ -238,30 +229,6 @@ TEST_P(ThermalDeathTest, RegistrationsWaitForALateService) {
   thermal_.Start(GetParam());
   ASSERT_TRUE(log_.WaitFor(kFound, 2));
   EXPECT_EQ(log_.Count(kDropped), 1);
-}
-
-// On real pauses; thermal_recovery_test has every length of an outage.
-TEST_P(ThermalDeathSlowTest, ClientsComeBackAfterAnOutageAndAfterGivingUpWithTheFirstQuery) {
-  RegisterSkin();
-  const auto kill = [this](int failed_attempts) {
-    const int before = look_up().calls();
-    thermal_.Kill(GetParam());
-    ASSERT_TRUE(look_up().WaitForCalls(before + failed_attempts, std::chrono::seconds(30)));
-  };
-  const auto expect_called = [this](int severity) {
-    ASSERT_TRUE(IsRegistered(1));
-    SetSkin(severity);
-    EXPECT_EQ(seen_.Take(), (Call{1, severity}));
-  };
-  ASSERT_NO_FATAL_FAILURE(kill(5 + 2));
-  thermal_.Start(GetParam());
-  ASSERT_NO_FATAL_FAILURE(expect_called(1));
-  ASSERT_NO_FATAL_FAILURE(kill(15));
-  EXPECT_FALSE(look_up().WaitForCalls(look_up().calls() + 1, std::chrono::milliseconds(1500)));
-  thermal_.Start(GetParam());
-  EXPECT_EQ(registered(), 0u);
-  EXPECT_TRUE(Operate());
-  expect_called(2);
 }
 
 TEST_P(ThermalDeathSlowTest, WaitingRegistrationsOutliveTenAttempts) {

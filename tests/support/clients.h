@@ -4,7 +4,6 @@
 // Clients that keep the values of their calls.
 #pragma once
 
-#include <memory>
 #include <ostream>
 
 #include "dump_text.h"

@@ -10,13 +10,9 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <chrono>
-#include <functional>
-#include <memory>
-#include <optional>
+#include <cstring>
+#include <new>
 #include <string>
-#include <utility>
-#include <vector>
 
 #include "clients.h"
 #include "quorvel.h"
@@ -55,6 +51,23 @@ inline constexpr Family kSensors = {"Sensors", "audio_hw_sensor", InitSensorInfo
                                     DumpSensorInfo};
 inline constexpr Family kThermal = {"Thermal", "audio_hw_thermal", InitThermalInfo,
                                     DeinitThermalInfo, DumpThermalInfo};
+
+// An object of the library whose memory is overwritten at its end, after which any use of it ends
+// the process: its locks are invalid.
+template <typename Object>
+class OverwrittenObject {
+ public:
+  Object* get() { return object_; }
+  void End() {
+    object_->Deinitialize();
+    object_->~Object();
+    std::memset(memory_, 0xff, sizeof memory_);
+  }
+
+ private:
+  alignas(Object) std::byte memory_[sizeof(Object)];
+  Object* const object_ = new (memory_) Object;
+};
 
 // A handle, and what its clients and its log have received. A fixture derives from this, has the
 // phone as a member, initializes the handle, and ends it with the phone still there.

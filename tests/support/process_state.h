@@ -10,14 +10,12 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <initializer_list>
 #include <iterator>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -62,7 +60,7 @@ inline std::string ThreadName() {
 }
 
 // The threads that have one of these names.
-inline std::vector<pid_t> ThreadIdsNamed(std::span<const std::string_view> names) {
+inline std::vector<pid_t> ThreadIdsNamed(std::initializer_list<std::string_view> names) {
   std::vector<pid_t> ids = ThreadIds();
   std::erase_if(ids, [&](pid_t id) {
     const std::string kept = ThreadName(id);
@@ -72,17 +70,12 @@ inline std::vector<pid_t> ThreadIdsNamed(std::span<const std::string_view> names
   return ids;
 }
 
-inline int ThreadsNamed(std::initializer_list<std::string_view> names) {
-  return static_cast<int>(ThreadIdsNamed({names.begin(), names.size()}).size());
-}
-
 // The library's workers, of whatever handles. By their full names: a test program and its threads
 // may be called thermal_..., too.
 inline std::vector<pid_t> LibraryThreadIds() {
-  static constexpr std::array<std::string_view, 8> kNames = {
-      "battery_callback", "battery_reconnect", "sensor_callback",   "sensor_poll",
-      "sensor_reconnect", "thermal_callback",  "thermal_reconnect", "thermal_restore"};
-  return ThreadIdsNamed(kNames);
+  return ThreadIdsNamed({"battery_callback", "battery_reconnect", "sensor_callback", "sensor_poll",
+                         "sensor_reconnect", "thermal_callback", "thermal_reconnect",
+                         "thermal_restore"});
 }
 
 inline int LibraryThreadCount() {

@@ -15,9 +15,9 @@ inline constexpr int kProximityMinDelayUs = 20'000;
 
 class SensorFixture : public HandleFixture {
  protected:
-  SensorFixture() : HandleFixture(kSensors) {
+  explicit SensorFixture(bool has_hinge = true) : HandleFixture(kSensors) {
     hub_.Add(kProximity, "proximity", kProximityMinDelayUs);
-    hub_.Add(kHinge, "hinge angle");
+    if (has_hinge) hub_.Add(kHinge, "hinge angle");
     Init();
   }
   ~SensorFixture() override { Deinit(); }
@@ -36,6 +36,12 @@ class SensorFixture : public HandleFixture {
   int Calls(fake::SensorFunction function) { return hub_.on(function).calls(); }
 
   simulated::SensorHub hub_;
+};
+
+// The device has no hinge.
+class HingelessFixture : public SensorFixture {
+ protected:
+  HingelessFixture() : SensorFixture(/*has_hinge=*/false) {}
 };
 
 }  // namespace norvik::qel

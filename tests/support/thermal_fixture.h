@@ -83,20 +83,14 @@ class ThermalPathTest : public ThermalFixture, public testing::WithParamInterfac
 
   static bool is_aidl() { return GetParam() == ThermalPath::kAidl; }
   fake::Script& on(ThermalCall call) {
-    using Aidl = ThermalOperation;
-    using Hidl = HidlThermalOperation;
-    switch (call) {
-      case ThermalCall::kQuery:
-        return is_aidl() ? thermal_.on(Aidl::kGetTemperaturesWithType)
-                         : thermal_.on(Hidl::kGetCurrentTemperatures);
-      case ThermalCall::kRegister:
-        return is_aidl() ? thermal_.on(Aidl::kRegisterThermalChangedCallbackWithType)
-                         : thermal_.on(Hidl::kRegisterThermalChangedCallback);
-      case ThermalCall::kUnregister:
-        break;
-    }
-    return is_aidl() ? thermal_.on(Aidl::kUnregisterThermalChangedCallback)
-                     : thermal_.on(Hidl::kUnregisterThermalChangedCallback);
+    constexpr std::pair<ThermalOperation, HidlThermalOperation> kOperations[] = {
+        {ThermalOperation::kGetTemperaturesWithType, HidlThermalOperation::kGetCurrentTemperatures},
+        {ThermalOperation::kRegisterThermalChangedCallbackWithType,
+         HidlThermalOperation::kRegisterThermalChangedCallback},
+        {ThermalOperation::kUnregisterThermalChangedCallback,
+         HidlThermalOperation::kUnregisterThermalChangedCallback}};
+    const auto& [aidl, hidl] = kOperations[static_cast<size_t>(call)];
+    return is_aidl() ? thermal_.on(aidl) : thermal_.on(hidl);
   }
   size_t registered() const { return thermal_.callback_count(GetParam()); }
   [[nodiscard]] bool IsRegistered(size_t count) {
