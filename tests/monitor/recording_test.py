@@ -77,7 +77,7 @@ class RecordingTest(Case):
         self.assertEqual([len(refusals) for refusals in calls], [1, 1])
 
     def test_the_examples_are_recordings_and_can_be_played(self):
-        examples = sorted((DOCS / "examples").iterdir())
+        examples = sorted((DOCS / "examples").glob("*.jsonl"))
         self.assertTrue(examples)
         for example in examples:
             self.events(example)
