@@ -83,7 +83,7 @@ struct Way {
 };
 
 int Threads() {
-  return LibraryThreadCount() + ThreadsNamed({kThreadName});
+  return LibraryThreadCount() + static_cast<int>(ThreadIdsNamed({kThreadName}).size());
 }
 
 bool HasItsThreads(const Way& way, int threads) {
