@@ -88,10 +88,11 @@ constexpr Word<Kind> kTypeWords[] = {
     {"Unknown", Kind::kOther},
 };
 
-// Most drivers have no `scope`: without it the supply belongs to the machine. With an invalid one
-// the supply is ignored: it may be a mouse, whose level must not be reported as the machine's.
+// Most drivers have no `scope`. One that cannot be read or is unknown excludes nothing either: to
+// lose the machine's battery would be worse than to count a mouse, which is found to be an
+// accessory beside a battery with energy or charge.
 bool BelongsToMachine(DeviceFiles& files) {
-  return !files.Has("scope") || files.OneOf("scope", kScopeWords) == Scope::kMachine;
+  return !files.Has("scope") || files.OneOf("scope", kScopeWords) != Scope::kPeripheral;
 }
 
 std::optional<int32_t> ReadCycleCount(DeviceFiles& files) {
