@@ -197,7 +197,7 @@ std::string Capital(std::string text) {
 }  // namespace
 
 std::string ManualLists() {
-  std::string page = "The commands are:\n.Bl -tag -width Ds\n";
+  std::string page = ".Pp\nThe commands are:\n.Bl -tag -width Ds\n";
   ForEachCommand([&](const Command& command) {
     std::string head = "Ic " + std::string(command.name);
     if (!command.family.empty()) head += " Cm " + std::string(command.family);
