@@ -22,6 +22,7 @@ void PinThisThread(Cpu cpu);
 class WorkersAreMadeHere {
  public:
   WorkersAreMadeHere() { PinThisThread(Cpu::kWorker); }
+  // NOLINTNEXTLINE(bugprone-exception-escape): without it no figure would be right
   ~WorkersAreMadeHere() { PinThisThread(Cpu::kCaller); }
   WorkersAreMadeHere(const WorkersAreMadeHere&) = delete;
   WorkersAreMadeHere& operator=(const WorkersAreMadeHere&) = delete;

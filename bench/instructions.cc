@@ -72,6 +72,7 @@ void Run(int rounds) {
 
 }  // namespace norvik::qel::bench
 
+// NOLINTNEXTLINE(bugprone-exception-escape): a failure ends the program with its message
 int main(int argc, char** argv) {
   const int rounds = argc == 2 ? atoi(argv[1]) : 0;
   if (rounds <= 0) {

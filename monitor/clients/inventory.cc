@@ -114,6 +114,7 @@ bool IsWatchable(const TemperatureReport& temperature) {
 
 std::vector<std::string> KeysOf() {
   std::vector<std::string> keys;
+  keys.reserve(std::size(kBatteryProperties) + std::size(kSensorProperties));
   for (const Property* property : kBatteryProperties) keys.emplace_back(property->key);
   const bool has_sensors = IsFound(kSensorService, LookUpServices());
   for (const SensorProperty* property : kSensorProperties) {

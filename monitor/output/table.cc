@@ -38,7 +38,8 @@ void AddCell(std::string_view cell, size_t used, size_t columns, std::string* li
 }
 
 size_t EndOf(const std::string& text) {
-  return ColumnsOf(std::string_view(text).substr(text.rfind('\n') + 1));
+  const std::string_view whole = text;
+  return ColumnsOf(whole.substr(whole.rfind('\n') + 1));
 }
 
 }  // namespace
