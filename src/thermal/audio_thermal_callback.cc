@@ -60,7 +60,6 @@ void AudioThermalCallback::Deinitialize(const sp<IThermal>& thermal) {
     std::lock_guard<std::mutex> lock(lock_);
     DeregisterCallbackToThermal(thermal);
     clients_.clear();
-    listeners_.reset();
   }
   thermal_changed_callback_->SetAudioThermalCallback(nullptr);
 }
@@ -102,7 +101,6 @@ int AudioThermalCallback::AddClientCallback(int id, const ThermalClientInfo& inf
       return -EINVAL;
     }
     clients_.emplace(id, info);
-    listeners_.reset();
     temperatures_.push_back(*std::move(present));
   }
   callback_thread_->Start();
@@ -112,7 +110,6 @@ int AudioThermalCallback::AddClientCallback(int id, const ThermalClientInfo& inf
 int AudioThermalCallback::RemoveClientCallback(int id) {
   std::lock_guard<std::mutex> lock(lock_);
   if (clients_.erase(id) == 0) return -EINVAL;
-  listeners_.reset();
   return 0;
 }
 
@@ -169,8 +166,19 @@ bool AudioThermalCallback::DispatchToClient() {
   ClientCalls calls;
   {
     std::lock_guard<std::mutex> lock(lock_);
-    if (!listeners_) listeners_.emplace(clients_);
-    listeners_->AddCalls(temperatures_, calls);
+    for (const auto& [id, client] : clients_) {
+      // The oldest on purpose, and at most one call: the later records of a run are dropped.
+      const auto oldest =
+          std::find_if(temperatures_.begin(), temperatures_.end(),
+                       [&name = client.temperature_name](const Temperature& record) {
+                         return NameOf(record) == name;
+                       });
+      if (oldest == temperatures_.end()) continue;
+      calls.Add({.callback = client.callback,
+                 .cookie = client.cookie,
+                 .value = static_cast<int>(oldest->throttlingStatus),
+                 .property = 0});
+    }
     temperatures_.clear();
   }
   calls.Make();

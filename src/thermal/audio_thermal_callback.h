@@ -9,16 +9,24 @@
 
 #include <memory>
 #include <mutex>
-#include <optional>
+#include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "common/dump_writer.h"
 #include "common/repeated_thread.h"
 #include "common/thread_annotations.h"
+#include "quorvel.h"
 #include "thermal/audio_thermal_changed_callback.h"
-#include "thermal/thermal_listeners.h"
 
 namespace norvik::qel::audio {
+
+// One client of one temperature.
+struct ThermalClientInfo {
+  ThermalCallbackFunc callback;  // never null
+  std::string temperature_name;  // compared exactly
+  void* cookie;                  // handed back on every call; not owned
+};
 
 // The clients of one type of temperatures, with one registration at the thermal service.
 //
@@ -81,10 +89,8 @@ class AudioThermalCallback {
  private:
   // Members are released in reverse order.
   std::mutex lock_;
-  ThermalClients clients_ QEL_GUARDED_BY(lock_);
-  // Made from clients_ by the first dispatch after a change.
-  std::optional<ThermalListeners> listeners_ QEL_GUARDED_BY(lock_);
-  std::vector<Temperature> temperatures_ QEL_GUARDED_BY(lock_);  // not dispatched yet
+  std::unordered_map<int, ThermalClientInfo> clients_ QEL_GUARDED_BY(lock_);  // by id
+  std::vector<Temperature> temperatures_ QEL_GUARDED_BY(lock_);               // not dispatched yet
   // Set by Initialize() before any other thread knows this object, then only read.
   ::android::sp<AudioThermalChangedCallback> thermal_changed_callback_;
   const TemperatureType supported_temperature_type_;
