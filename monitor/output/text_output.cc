@@ -18,6 +18,7 @@ namespace {
 constexpr size_t kNameWidth = 26;
 constexpr std::string_view kDim = "\033[2m";
 constexpr std::string_view kBold = "\033[1m";
+constexpr std::string_view kDeviceMark = "** device: ";
 constexpr std::string_view kYellow = "\033[33m";
 
 std::string Padded(const std::string& text) {
@@ -40,7 +41,9 @@ std::string InWords(const DeviceEvent& event) {
       if (is_sensor) return "the library no longer listens to the " + event.detail + " sensor";
       return "unlinked: the library has withdrawn its callback from " + service;
     case DeviceEvent::Kind::kCallRefused:
-      return service + " refused a call: " + event.detail;
+      // A status without a message ends with the colon that would precede it.
+      return service +
+             " refused a call: " + event.detail.substr(0, event.detail.find_last_not_of(": ") + 1);
     case DeviceEvent::Kind::kNotice:
     case DeviceEvent::Kind::kReported:
       return event.detail;
@@ -57,7 +60,7 @@ class TextOutput : public Output {
 
   void Show(const Event& event) override {
     if (const auto* device_event = std::get_if<DeviceEvent>(&event.what)) {
-      ShowDeviceEvent(event.time, "** device: " + Printable(InWords(*device_event)));
+      ShowDeviceEvent(event.time, std::string(kDeviceMark) + Printable(InWords(*device_event)));
       return;
     }
     const auto& change = std::get<ValueChange>(event.what);
@@ -125,7 +128,9 @@ class TextOutput : public Output {
 
   void EndRepetition() {
     const int count = std::exchange(repetitions_, 0);
-    if (count > 0) lines_.Write("    ** the last one " + Counted(count, "more time"));
+    if (count == 0) return;
+    const std::string what = repeated_.substr(kDeviceMark.size());
+    lines_.Write(Fitted("    ** " + Counted(count, "more time") + ": " + what, /*indent=*/4));
   }
 
   // The time, the plain text and the coloured one. Continuation lines are indented.

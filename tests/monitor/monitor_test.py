@@ -382,7 +382,7 @@ class MonitorTest(Case):
             self.assertLessEqual(max(map(len, plain.splitlines())), columns)
             text = " ".join(plain.split())
             self.assertIn("SKIN:skin unknown -> NONE", text)
-            self.assertIn("** the last one 1 more time", text)  # a registration for each
+            self.assertIn("** 1 more time: linked: the library's callback", text)  # a registration for each
 
     def test_the_log_is_what_the_environment_asks_for(self):
         for level, wanted in (("debug", " D audio_hw_battery"), ("error", ""), ("none", ""),
