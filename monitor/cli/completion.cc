@@ -11,7 +11,7 @@
 #include "cli/command_table.h"
 #include "cli/program.h"
 #include "clients/inventory.h"
-#include "clients/thermal_properties.h"
+#include "clients/subjects.h"
 
 namespace norvik::qel::monitor {
 
@@ -70,7 +70,7 @@ class Candidates {
     const std::unique_ptr<Device> device = device_.make([](const DeviceEvent&) {});
     device->Start({});
     for (const TemperatureReport& report : PlatformTemperatures().value_or(Temperatures())) {
-      if (!with_type || IsWatchable(report)) {
+      if (!with_type || IsWatchableType(report.type)) {
         Add((with_type ? report.type + ":" : "") + report.name);
       }
     }

@@ -100,27 +100,29 @@ bool CheckService(const ServiceState& state, Checks& checks) {
 class LibraryChecks {
  public:
   LibraryChecks(Session& session, Checks& checks)
-      : session_(session), checks_(checks), end_(Clock::now() + kReportLimit) {}
+      : session_(session),
+        checks_(checks),
+        end_(Clock::now() + kReportLimit),
+        client_(session.events()) {}
 
   void CheckBattery() {
-    battery_.emplace(session_.events());
-    if (!CheckRegistered(kHealthService, battery_->Register())) return;
+    if (!CheckRegistered(kHealthService, client_.Join(kBatteryFamily))) return;
     checks_.Check(kHealthService, "link made",
-                  battery_->Dump().find("linked to services = T") != std::string::npos, "",
-                  "look at the library's log for the reason (tag audio_hw_battery)");
+                  client_.Dump(kBatteryFamily).find("linked to services = T") != std::string::npos,
+                  "", "look at the library's log for the reason (tag audio_hw_battery)");
     CheckFirstValue(kHealthService, {kBatteryProperties.begin(), kBatteryProperties.end()});
   }
 
   void CheckSensors() {
-    sensors_.emplace(session_.events());
-    const bool registered = sensors_->Register();
-    for (const SensorProperty* sensor : sensors_->absent_sensors()) {
+    const bool registered = client_.Join(kSensorFamily);
+    for (const SensorProperty* sensor : kSensorProperties) {
+      if (!client_.Lacks(*sensor)) continue;
       checks_.Add(kSensorService, std::string(sensor->name), Result::kWarning,
                   "the device has no such sensor",
                   "nothing, if that is true; otherwise let the sensor service list it");
     }
     if (!CheckRegistered(kSensorService, registered)) return;
-    for (const SensorProperty* sensor : sensors_->sensors()) {
+    for (const SensorProperty* sensor : client_.sensors()) {
       CheckFirstValue(kSensorService, {sensor});
     }
   }
@@ -134,16 +136,13 @@ class LibraryChecks {
       return;
     }
     CheckTemperatures(service, *temperatures);
-    const auto first = std::find_if(temperatures->begin(), temperatures->end(), IsWatchable);
+    const auto first =
+        std::find_if(temperatures->begin(), temperatures->end(),
+                     [](const auto& report) { return IsWatchableType(report.type); });
     if (first == temperatures->end()) return;
-    report_ = *first;
-    name_ = report_.type + ":" + report_.name;
-    temperature_ = {
-        {.key = name_, .name = name_, .unit = ""}, report_.type.c_str(), report_.name.c_str()};
-    thermal_.emplace(session_.events());
-    if (CheckRegistered(service, thermal_->Register(temperature_))) {
-      CheckFirstValue(service, {&temperature_});
-    }
+    const std::string key = first->type + ":" + first->name;
+    const Property property = PropertyOf(key);
+    if (CheckRegistered(service, client_.Join(key))) CheckFirstValue(service, {&property});
   }
 
  private:
@@ -157,7 +156,7 @@ class LibraryChecks {
     const auto start = Clock::now();
     const auto heard = [&] {
       return std::any_of(properties.begin(), properties.end(), [&](const Property* property) {
-        return session_.observed().callbacks(*property) > 0;
+        return session_.observed().callbacks(property->key) > 0;
       });
     };
     static_cast<void>(session_.WaitFor(heard, std::max(end_ - start, Clock::duration::zero())));
@@ -178,8 +177,9 @@ class LibraryChecks {
                   Counted(static_cast<int>(unreadable), "temperature") + " without a value",
                   "quorvel list names them; look at their drivers");
     }
-    const auto unknown = std::count_if(temperatures.begin(), temperatures.end(),
-                                       [](const auto& report) { return !IsWatchable(report); });
+    const auto unknown =
+        std::count_if(temperatures.begin(), temperatures.end(),
+                      [](const auto& report) { return !IsWatchableType(report.type); });
     if (unknown > 0) {
       checks_.Add(service, "types", Result::kWarning,
                   Counted(static_cast<int>(unknown), "temperature") +
@@ -191,12 +191,7 @@ class LibraryChecks {
   Session& session_;
   Checks& checks_;
   const Clock::time_point end_;
-  TemperatureReport report_ = {};
-  std::string name_;
-  ThermalProperty temperature_ = {};
-  std::optional<BatteryClient> battery_;
-  std::optional<SensorClient> sensors_;
-  std::optional<ThermalClient> thermal_;
+  Client client_;
 };
 
 // What the device consists of, and what it has said of itself.
@@ -231,12 +226,10 @@ int Doctor(const Options& options, Output& output) {
                "call ABinderProcess_startThreadPool() before the first handle is made");
   const std::vector<ServiceState> services = LookUpServices();
   const ServiceState& thermal = ThermalServiceOf(services);
-  {
-    LibraryChecks library(session, checks);
-    if (CheckService(StateOf(kHealthService, services), checks)) library.CheckBattery();
-    if (CheckService(StateOf(kSensorService, services), checks)) library.CheckSensors();
-    if (CheckService(thermal, checks)) library.CheckThermal(thermal.service);
-  }
+  LibraryChecks library(session, checks);
+  if (CheckService(StateOf(kHealthService, services), checks)) library.CheckBattery();
+  if (CheckService(StateOf(kSensorService, services), checks)) library.CheckSensors();
+  if (CheckService(thermal, checks)) library.CheckThermal(thermal.service);
   session.ShowPending();  // the listener takes the rest of the notices
   CheckDevice(session.device(), notices, checks);
   return checks.Finish();

@@ -2,38 +2,39 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <algorithm>
+#include <array>
 #include <string>
 #include <vector>
 
 #include "cli/commands.h"
 #include "cli/session.h"
-#include "clients/battery_client.h"
-#include "clients/sensor_readings.h"
-#include "clients/thermal_client.h"
+#include "clients/inventory.h"
 
 namespace norvik::qel::monitor {
 
 namespace {
 
+// What every device with a ThermalDriver has.
+constexpr std::array<std::string_view, 2> kTemperatures = {"SKIN:skin",
+                                                           "BCL_CURRENT:AUDIO_current"};
+
 // Gives the client something to show: limits that have been read, and clients where names of
 // temperatures are known. What is wrong is added to `wrong`.
-Session::Wake Fill(ThermalClient& client, Session& session, Session::Clock::time_point until,
+Session::Wake Fill(Client& client, Session& session, Session::Clock::time_point until,
                    std::vector<std::string>& wrong) {
   if (!client.ReadLimits()) {
     wrong.emplace_back("the thermal service cannot be asked");
     return Session::Wake::kTime;
   }
   if (session.device().thermal_driver() == nullptr) return Session::Wake::kEvent;
-  for (const ThermalProperty* property : kThermalProperties) {
-    if (client.Register(*property)) continue;
+  for (const std::string_view key : kTemperatures) {
+    if (client.Join(key)) continue;
     wrong.emplace_back(kRefusal);
     return Session::Wake::kTime;
   }
   const auto all_heard = [&] {
-    return std::all_of(kThermalProperties.begin(), kThermalProperties.end(),
-                       [&](const ThermalProperty* property) {
-                         return session.observed().callbacks(*property) > 0;
-                       });
+    return std::all_of(kTemperatures.begin(), kTemperatures.end(),
+                       [&](std::string_view key) { return session.observed().callbacks(key) > 0; });
   };
   const auto wake = session.WaitFor(all_heard, until - Session::Clock::now());
   if (wake == Session::Wake::kTime) wrong.push_back(SilenceOf(kThermalService));
@@ -44,13 +45,12 @@ Session::Wake Fill(ThermalClient& client, Session& session, Session::Clock::time
 
 int Dump(const Options& options, Output& output) {
   Session session(options, output, {.show_events = false});
-  BatteryClient battery(session.events());
-  SensorClient sensors(session.events());
-  ThermalClient thermal(session.events());
+  Client client(session.events());
   // The dumps are shown also if something is wrong: they may tell why.
   std::vector<std::string> wrong;
-  if (!battery.Register()) wrong.push_back(kRefusal);
-  if (!sensors.Register()) wrong.push_back(kRefusal);
+  for (const std::string_view family : {kBatteryFamily, kSensorFamily}) {
+    if (!client.Join(family)) wrong.emplace_back(kRefusal);
+  }
 
   // All families have the same time.
   const auto until = Session::Clock::now() + kReportLimit;
@@ -59,16 +59,16 @@ int Dump(const Options& options, Output& output) {
     const auto wake = session.WaitFor(heard, until - Session::Clock::now());
     if (wake == Session::Wake::kStop) return kExitInterrupted;
     if (wake == Session::Wake::kTime) wrong.push_back(SilenceOf(kHealthService));
-    const auto sensor_wake = WaitForReadings(session, sensors, until);
+    const auto sensor_wake = WaitForReadings(session, client, until);
     if (sensor_wake == Session::Wake::kStop) return kExitInterrupted;
     if (sensor_wake == Session::Wake::kTime) wrong.push_back(SilenceOf(kSensorService));
-    if (Fill(thermal, session, until, wrong) == Session::Wake::kStop) return kExitInterrupted;
+    if (Fill(client, session, until, wrong) == Session::Wake::kStop) return kExitInterrupted;
   }
 
   session.ShowPending();
-  output.ShowDump("battery", battery.Dump());
-  output.ShowDump("sensors", sensors.Dump());
-  output.ShowDump("thermal", thermal.Dump());
+  for (const std::string_view family : kClientFamilies) {
+    output.ShowDump(family, client.Dump(family));
+  }
   for (const std::string& text : wrong) Complain(text);
   return wrong.empty() ? EXIT_SUCCESS : EXIT_FAILURE;
 }

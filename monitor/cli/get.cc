@@ -7,11 +7,7 @@
 #include "cli/command_table.h"
 #include "cli/commands.h"
 #include "cli/session.h"
-#include "clients/battery_client.h"
 #include "clients/inventory.h"
-#include "clients/sensor_client.h"
-#include "clients/sensor_readings.h"
-#include "clients/thermal_client.h"
 #include "output/output.h"
 
 namespace norvik::qel::monitor {
@@ -70,7 +66,7 @@ int Fail(const std::string& text) {
 
 int GetBattery(const Options& options, Output& output) {
   const AskedDevice device(options, output);
-  BatteryClient client(device.events());
+  Client client(device.events());
   std::vector<Reading> readings;
   for (const BatteryProperty* property : kBatteryProperties) {
     const std::optional<Value> value = client.Read(*property);
@@ -85,26 +81,23 @@ int GetBattery(const Options& options, Output& output) {
 // The library has no function that reads a sensor: only callbacks do.
 int GetSensors(const Options& options, Output& output) {
   Session session(options, output, {.show_events = false});
-  SensorClient client(session.events());
-  if (!client.Register()) return session.Fail(kRefusal);
+  Client client(session.events());
+  if (!client.Join(kSensorFamily)) return session.Fail(kRefusal);
   const auto wake = WaitForReadings(session, client, Session::Clock::now() + kReportLimit);
   if (wake == Session::Wake::kStop) return kExitInterrupted;
   if (wake == Session::Wake::kTime && session.observed().callbacks() == 0) {
     return session.Fail(SilenceOf(kSensorService));
   }
-  const auto absent = client.absent_sensors();
   std::vector<Reading> readings;
   for (const SensorProperty* property : kSensorProperties) {
-    const bool is_absent = std::count(absent.begin(), absent.end(), property) > 0;
-    readings.emplace_back(*property,
-                          is_absent ? Value(Absent()) : session.observed().value(*property));
+    readings.emplace_back(*property, ReadingOf(*property, client, session));
   }
   return ShowReadings(readings, output);
 }
 
 int GetTemperatures(const Options& options, Output& output) {
   const AskedDevice device(options, output);
-  ThermalClient client(device.events());
+  Client client(device.events());
   const auto values = client.ReadTemperatures(options.operands);
   if (!values) return Fail("the thermal service cannot be asked");
   std::vector<Reading> readings;
@@ -120,7 +113,7 @@ int GetTemperatures(const Options& options, Output& output) {
 
 int GetChargeLimits(const Options& options, Output& output) {
   const AskedDevice device(options, output);
-  ThermalClient client(device.events());
+  Client client(device.events());
   const auto limits = client.ReadLimits();
   if (!limits) return Fail("the thermal service cannot be asked");
   std::vector<Reading> readings;

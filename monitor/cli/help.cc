@@ -7,7 +7,7 @@
 #include "cli/command_table.h"
 #include "cli/commands.h"
 #include "cli/program.h"
-#include "clients/thermal_properties.h"
+#include "clients/subjects.h"
 #include "output/output.h"
 #include "output/terminal.h"
 

@@ -6,7 +6,7 @@
 #include "cli/commands.h"
 #include "cli/run_scripts.h"
 #include "cli/session.h"
-#include "clients/all_clients.h"
+#include "clients/client.h"
 #include "recording/recorder.h"
 
 namespace norvik::qel::monitor {
@@ -16,22 +16,22 @@ int Record(const Options& options, Output& output) {
   if (path == kStandardStream) output.Mute();
   Recorder recorder(path, options.existing, options.device->name);
   output.Explain("Recording into " + path + (options.duration ? "." : "; Ctrl-C ends."));
-  AllClients* learner = nullptr;
+  Client* learner = nullptr;
   Session session(options, output, {.listener = [&](const Event& event) {
-                    if (learner != nullptr) learner->Learn(event);
+                    const auto* const told = std::get_if<DeviceEvent>(&event.what);
+                    const auto* const report =
+                        told != nullptr ? std::get_if<TemperatureReport>(&told->report) : nullptr;
+                    if (learner != nullptr && report != nullptr) learner->Learn(*report);
                     return recorder.Note(event);
                   }});
-  AllClients clients(session.events());
-  learner = &clients;
+  Client client(session.events());
+  learner = &client;
   session.ShowPending();  // the device has reported by now what it has
   bool refused = false;
-  const auto join = [&](std::string_view family) {
+  for (const std::string_view family : kClientFamilies) {
     recorder.NoteAct(ClientJoined{.subject = std::string(family)});
-    refused |= !clients.Join(family);
-  };
-  join(kBatteryFamily);
-  join(kSensorFamily);
-  join(kThermalFamily);
+    refused |= !client.Join(family);
+  }
   // The rest is recorded.
   if (refused) Complain(kRefusal);
   AllScripts(session.device()).Run(session, EndOf(options));

@@ -7,11 +7,7 @@
 #include "cli/commands.h"
 #include "cli/run_scripts.h"
 #include "cli/session.h"
-#include "cli/thermal_operands.h"
-#include "clients/battery_client.h"
 #include "clients/inventory.h"
-#include "clients/sensor_client.h"
-#include "clients/thermal_client.h"
 #include "scenario/battery_script.h"
 #include "scenario/sensor_script.h"
 #include "scenario/thermal_script.h"
@@ -23,6 +19,22 @@ namespace {
 void Announce(const std::string& subject, const Options& options, Output& output) {
   output.Explain("Watching the " + subject + (options.duration ? "." : "; Ctrl-C ends."));
   if (options.device->tells) output.Explain(kLegend);
+}
+
+// The key of a TYPE:NAME whose type is in any case. Throws UsageError.
+std::string TemperatureKeyOf(const std::string& operand) {
+  auto parts = SplitTemperatureKey(operand);
+  if (!parts) {
+    throw UsageError("watch thermal: '" + operand + "' is no TYPE:NAME, use one such as SKIN:skin");
+  }
+  for (char& c : parts->type) {
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+  }
+  if (IsWatchableType(parts->type)) return parts->type + ":" + parts->name;
+  std::string types;
+  for (const std::string_view type : kThermalTypes) types.append(type).append(", ");
+  throw UsageError("watch thermal: '" + parts->type + "' is no type of temperature, use " + types +
+                   "or " + std::string(kUnknownThermalType));
 }
 
 using Clock = Session::Clock;
@@ -41,8 +53,8 @@ void ExplainSilence(Session& session, Clock::time_point end) {
 int WatchBattery(const Options& options, Output& output) {
   Announce("battery", options, output);
   Session session(options, output, {});
-  BatteryClient client(session.events());
-  if (!client.Register()) return session.Fail(kRefusal);
+  Client client(session.events());
+  if (!client.Join(kBatteryFamily)) return session.Fail(kRefusal);
   std::optional<BatteryScript> script;
   if (BatteryDriver* driver = session.device().battery_driver()) script.emplace(*driver);
   RunScripts(session, {script ? &*script : nullptr}, EndOf(options));
@@ -52,10 +64,10 @@ int WatchBattery(const Options& options, Output& output) {
 int WatchSensors(const Options& options, Output& output) {
   Announce("sensors", options, output);
   Session session(options, output, {});
-  SensorClient client(session.events());
-  if (!client.Register()) return session.Fail(kRefusal);
-  for (const SensorProperty* sensor : client.absent_sensors()) {
-    output.ShowReading(*sensor, Absent());
+  Client client(session.events());
+  if (!client.Join(kSensorFamily)) return session.Fail(kRefusal);
+  for (const SensorProperty* sensor : kSensorProperties) {
+    if (client.Lacks(*sensor)) output.ShowReading(*sensor, Absent());
   }
   std::optional<SensorScript> script;
   if (SensorDriver* driver = session.device().sensor_driver()) script.emplace(*driver);
@@ -64,15 +76,16 @@ int WatchSensors(const Options& options, Output& output) {
 }
 
 int WatchThermal(const Options& options, Output& output) {
-  const ThermalOperands operands(options.operands);  // before anything is said or started
+  std::vector<std::string> keys;  // before anything is said or started
+  for (const std::string& operand : options.operands) keys.push_back(TemperatureKeyOf(operand));
   Announce("throttling", options, output);
   Session session(options, output, {});
-  ThermalClient client(session.events());
-  for (const ThermalProperty& property : operands.properties()) {
-    if (client.Register(property)) continue;
-    return session.Fail("the thermal service reports no temperature " + std::string(property.name) +
-                            KnownTemperatures(/*with_type=*/true),
-                        kExitUnknown);
+  Client client(session.events());
+  for (const std::string& key : keys) {
+    if (client.Join(key)) continue;
+    return session.Fail(
+        "the thermal service reports no temperature " + key + KnownTemperatures(/*with_type=*/true),
+        kExitUnknown);
   }
   const Clock::time_point end = EndOf(options);
   ExplainSilence(session, end);

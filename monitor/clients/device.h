@@ -45,8 +45,8 @@ class SensorDriver {
   virtual void SetHingeAngle(float degrees) = 0;
 };
 
-// For a device whose temperatures can be told how hot they are. It has those of kThermalProperties
-// and "cpu" and "AUDIO_voltage".
+// For a device whose temperatures can be told how hot they are. It has SKIN:skin,
+// BCL_CURRENT:AUDIO_current, "cpu" and "AUDIO_voltage".
 //
 // Threads: the main thread.
 class ThermalDriver {

@@ -18,7 +18,7 @@ namespace norvik::qel::monitor {
 
 // A client's callback was called.
 struct ValueChange {
-  const Property* property;  // outlives the session
+  const Property* property;  // lives as long as the client
   Value old_value;           // what the callback heard before; unknown at its first call
   Value new_value;
   std::thread::id thread;  // that the callback ran on

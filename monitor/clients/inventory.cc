@@ -8,7 +8,6 @@
 #include <set>
 #include <utility>
 
-#include "clients/sensor_readings.h"
 #include "clients/subjects.h"
 
 namespace norvik::qel::monitor {
@@ -52,7 +51,8 @@ Item ToItem(std::string_view service, const TemperatureReport& report) {
                .unit = UnitOf(report.type),
                .value = report.value ? Value(*report.value) : Value(),
                .severity = report.severity};
-  if (!IsWatchable(report)) item.remark = "cannot be watched, only asked for: unknown type";
+  if (!IsWatchableType(report.type))
+    item.remark = "cannot be watched, only asked for: unknown type";
   return item;
 }
 
@@ -107,11 +107,6 @@ Fields ToFields(const Item& item) {
           {"remark", item.remark}};
 }
 
-bool IsWatchable(const TemperatureReport& temperature) {
-  return temperature.type == "UNKNOWN" || std::find(kThermalTypes.begin(), kThermalTypes.end(),
-                                                    temperature.type) != kThermalTypes.end();
-}
-
 std::vector<std::string> KeysOf() {
   std::vector<std::string> keys;
   keys.reserve(std::size(kBatteryProperties) + std::size(kSensorProperties));
@@ -135,7 +130,7 @@ std::string KnownTemperatures(bool with_type) {
   std::string names;
   size_t count = 0;
   for (const TemperatureReport& report : *reports) {
-    if (with_type && !IsWatchable(report)) continue;
+    if (with_type && !IsWatchableType(report.type)) continue;
     if (++count > kMost) break;
     names +=
         (count == 1 ? "; it reports " : ", ") + (with_type ? report.type + ":" : "") + report.name;
@@ -144,17 +139,39 @@ std::string KnownTemperatures(bool with_type) {
   return count > kMost ? names + ", ... (quorvel list)" : names;
 }
 
-InventoryReader::InventoryReader(Session& session)
-    : session_(session),
-      battery_(session.events()),
-      sensors_(session.events()),
-      thermal_(session.events()) {
-  static_cast<void>(sensors_.Register());  // a sensor that is refused stays unknown
+Session::Wake WaitForReadings(Session& session, const Client& client,
+                              Session::Clock::time_point until) {
+  constexpr std::chrono::seconds kGrace(1);
+  const std::vector<const SensorProperty*> sensors = client.sensors();
+  const Observed& observed = session.observed();
+  const auto all_heard = [&] {
+    return std::all_of(sensors.begin(), sensors.end(), [&](const SensorProperty* sensor) {
+      return observed.callbacks(sensor->key) > 0;
+    });
+  };
+  const auto all_reported = [&] {
+    return std::all_of(sensors.begin(), sensors.end(), [&](const SensorProperty* sensor) {
+      return observed.callbacks(sensor->key) > 1 || observed.value(sensor->key) != Value(0);
+    });
+  };
+  const Session::Wake wake = session.WaitFor(all_heard, until - Session::Clock::now());
+  if (wake != Session::Wake::kEvent) return wake;
+  // A sensor that has nothing to say is no reason to fail.
+  const bool stopped = session.WaitFor(all_reported, kGrace) == Session::Wake::kStop;
+  return stopped ? Session::Wake::kStop : Session::Wake::kEvent;
+}
+
+Value ReadingOf(const SensorProperty& sensor, const Client& client, const Session& session) {
+  return client.Lacks(sensor) ? Absent() : session.observed().value(sensor.key);
+}
+
+InventoryReader::InventoryReader(Session& session) : session_(session), client_(session.events()) {
+  static_cast<void>(client_.Join(kSensorFamily));  // a sensor that is refused stays unknown
 }
 
 Session::Wake InventoryReader::WaitForSensors() {
   if (!IsFound(kSensorService, LookUpServices())) return Session::Wake::kTime;
-  return WaitForReadings(session_, sensors_, Session::Clock::now() + kReportLimit);
+  return WaitForReadings(session_, client_, Session::Clock::now() + kReportLimit);
 }
 
 Inventory InventoryReader::Read() {
@@ -175,17 +192,14 @@ Inventory InventoryReader::Read() {
 void InventoryReader::AddBattery(bool is_there, std::vector<Item>* items) {
   for (const BatteryProperty* property : kBatteryProperties) {
     Item& item = items->emplace_back(ToItem(kHealthService, *property));
-    if (is_there) item.value = battery_.Read(*property).value_or(Value());
+    if (is_there) item.value = client_.Read(*property).value_or(Value());
   }
 }
 
 void InventoryReader::AddSensors(bool is_there, std::vector<Item>* items) const {
-  const std::vector<const SensorProperty*> absent = sensors_.absent_sensors();
   for (const SensorProperty* property : kSensorProperties) {
     Item& item = items->emplace_back(ToItem(kSensorService, *property));
-    if (!is_there) continue;
-    const bool is_absent = std::find(absent.begin(), absent.end(), property) != absent.end();
-    item.value = is_absent ? Value(Absent()) : session_.observed().value(*property);
+    if (is_there) item.value = ReadingOf(*property, client_, session_);
   }
 }
 
@@ -194,7 +208,7 @@ void InventoryReader::AddTemperatures(std::string_view service, std::vector<Item
   if (temperatures) {
     for (const TemperatureReport& report : *temperatures) items->push_back(ToItem(service, report));
   }
-  const auto limits = temperatures ? thermal_.ReadLimits() : std::nullopt;
+  const auto limits = temperatures ? client_.ReadLimits() : std::nullopt;
   for (size_t i = 0; i < kChargeLimitProperties.size(); ++i) {
     Item& item = items->emplace_back(ToItem(kThermalService, *kChargeLimitProperties[i]));
     if (limits) item.value = (*limits)[i];

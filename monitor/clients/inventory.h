@@ -10,11 +10,9 @@
 #include <vector>
 
 #include "cli/session.h"
-#include "clients/battery_client.h"
+#include "clients/client.h"
 #include "clients/device.h"
 #include "clients/platform.h"
-#include "clients/sensor_client.h"
-#include "clients/thermal_client.h"
 #include "output/output.h"
 
 namespace norvik::qel::monitor {
@@ -51,10 +49,15 @@ std::string KnownTemperatures(bool with_type);
 // The one that the library uses. If neither runs: the AIDL one.
 const ServiceState& ThermalServiceOf(const std::vector<ServiceState>& services);
 
-// Whether the library can watch the temperature. It can be asked for in any case.
-bool IsWatchable(const TemperatureReport& temperature);
+// Waits until the client has heard what its sensors read. It is first told what the library has
+// stored, which is 0 until the sensor has reported: a sensor that has only said 0 gets a second
+// more. kTime: not every sensor has been heard until then.
+Session::Wake WaitForReadings(Session& session, const Client& client,
+                              Session::Clock::time_point until);
+// What the session has observed, or Absent().
+Value ReadingOf(const SensorProperty& sensor, const Client& client, const Session& session);
 
-// Reads a device with clients of its own.
+// Reads a device with a client of its own.
 //
 // Threads: the main thread.
 class InventoryReader {
@@ -72,9 +75,7 @@ class InventoryReader {
   void AddTemperatures(std::string_view service, std::vector<Item>* items);
 
   Session& session_;
-  BatteryClient battery_;
-  SensorClient sensors_;
-  ThermalClient thermal_;
+  Client client_;
 };
 
 }  // namespace norvik::qel::monitor

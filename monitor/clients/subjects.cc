@@ -6,8 +6,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "clients/thermal_properties.h"
-#include "recording/recording.h"
+#include "clients/event.h"
 
 namespace norvik::qel::monitor {
 
@@ -20,7 +19,15 @@ auto Find(const Properties& properties, std::string_view key) {
   return found != properties.end() ? *found : nullptr;
 }
 
+bool IsKnownType(std::string_view type) {
+  return std::find(kThermalTypes.begin(), kThermalTypes.end(), type) != kThermalTypes.end();
+}
+
 }  // namespace
+
+bool IsWatchableType(std::string_view type) {
+  return type == kUnknownThermalType || IsKnownType(type);
+}
 
 const BatteryProperty* BatteryPropertyOf(std::string_view key) {
   return Find(kBatteryProperties, key);
@@ -39,9 +46,7 @@ std::optional<TemperatureKey> SplitTemperatureKey(std::string_view key) {
 
 std::optional<TemperatureKey> TemperatureOf(std::string_view key) {
   auto split = SplitTemperatureKey(key);
-  const bool is_known = split && std::find(kThermalTypes.begin(), kThermalTypes.end(),
-                                           split->type) != kThermalTypes.end();
-  return is_known ? std::move(split) : std::nullopt;
+  return split && IsKnownType(split->type) ? std::move(split) : std::nullopt;
 }
 
 std::optional<std::string_view> FamilyOfProperty(std::string_view key) {
@@ -64,6 +69,16 @@ Property PropertyOf(std::string_view key) {
   if (const auto* battery = BatteryPropertyOf(key)) return *battery;
   if (const auto* sensor = SensorPropertyOf(key)) return *sensor;
   return {.key = key, .name = key, .unit = ""};
+}
+
+Value Interpret(std::string_view key, int number) {
+  if (const auto* battery = BatteryPropertyOf(key)) {
+    if (number == QUORVEL_BATTERY_UNKNOWN) return {};
+    if (battery->is_charger) return number == QUORVEL_CHARGER_ONLINE;
+    return number;
+  }
+  if (SensorPropertyOf(key) != nullptr) return number;
+  return static_cast<Severity>(number);
 }
 
 std::string_view FamilyOfService(std::string_view service) {

@@ -1,18 +1,97 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The subjects of recordings: families, their properties and services.
+// What clients join: the families of the library, and their properties as tables.
 #pragma once
 
+#include <array>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
-#include "clients/battery_properties.h"
-#include "clients/sensor_properties.h"
+#include "clients/value.h"
+#include "quorvel.h"
 
 namespace norvik::qel::monitor {
+
+inline constexpr std::string_view kBatteryFamily = "battery";
+inline constexpr std::string_view kSensorFamily = "sensors";
+inline constexpr std::string_view kThermalFamily = "thermal";
+inline constexpr std::array kClientFamilies = {kBatteryFamily, kSensorFamily, kThermalFamily};
+
+struct BatteryProperty : Property {
+  bool is_charger;
+  int (*get)(void* handle, bool use_cached);
+  int (*register_callback)(void* handle, BatteryInfoCallback callback, void* cookie);
+  int (*deregister_callback)(void* handle, BatteryInfoCallback callback);
+};
+
+inline constexpr BatteryProperty kBatteryLevel = {
+    {.key = "battery_level", .name = "battery level", .unit = " %"},
+    /*is_charger=*/false,
+    GetBatteryLevel,
+    RegisterBatteryLevelCallback,
+    DeregisterBatteryLevelCallback};
+inline constexpr BatteryProperty kBatteryCycleCount = {
+    {.key = "battery_cycle_count", .name = "battery cycle count", .unit = ""},
+    /*is_charger=*/false,
+    GetBatteryCycleCount,
+    RegisterBatteryCycleCountCallback,
+    DeregisterBatteryCycleCountCallback};
+inline constexpr BatteryProperty kWirelessCharger = {
+    {.key = "wireless_charger", .name = "wireless charger", .unit = ""},
+    /*is_charger=*/true,
+    GetWirelessChargerIsOnline,
+    RegisterWirelessChargerIsOnlineCallback,
+    DeregisterWirelessChargerIsOnlineCallback};
+inline constexpr BatteryProperty kDockCharger = {
+    {.key = "dock_charger", .name = "dock charger", .unit = ""},
+    /*is_charger=*/true,
+    GetDockChargerIsOnline,
+    RegisterDockChargerIsOnlineCallback,
+    DeregisterDockChargerIsOnlineCallback};
+inline constexpr std::array kBatteryProperties = {&kBatteryLevel, &kBatteryCycleCount,
+                                                  &kWirelessCharger, &kDockCharger};
+
+struct SensorProperty : Property {
+  int (*register_callback)(void* handle, int id, SensorCallbackFunc callback, void* cookie);
+  int (*deregister_callback)(void* handle, int id);
+};
+
+inline constexpr SensorProperty kProximity = {
+    {.key = "proximity", .name = "proximity", .unit = " cm"},
+    RegisterProximitySensorCallback,
+    DeregisterProximitySensorCallback};
+inline constexpr SensorProperty kHingeAngle = {
+    {.key = "hinge_angle", .name = "hinge angle", .unit = " degrees"},
+    RegisterHingeAngleSensorCallback,
+    DeregisterHingeAngleSensorCallback};
+inline constexpr std::array kSensorProperties = {&kProximity, &kHingeAngle};
+
+// The severities of the battery's limits.
+struct ChargeLimitProperty : Property {
+  int (*get)(void* handle, int* values, int* size, bool use_cached);
+};
+
+inline constexpr ChargeLimitProperty kCurrentLimits = {
+    {.key = "bcl_current", .name = "battery current limits", .unit = ""},
+    GetBatteryChargeLimitCurrent};
+inline constexpr ChargeLimitProperty kVoltageLimits = {
+    {.key = "bcl_voltage", .name = "battery voltage limits", .unit = ""},
+    GetBatteryChargeLimitVoltage};
+inline constexpr std::array kChargeLimitProperties = {&kCurrentLimits, &kVoltageLimits};
+
+inline constexpr std::string_view kCelsius = " degrees C";
+
+// The types of temperatures that the library knows. tests/monitor/usage_test.py compares them with
+// quorvel.h.
+inline constexpr auto kThermalTypes =
+    std::to_array<std::string_view>({"CPU", "GPU", "BATTERY", "SKIN", "USB_PORT", "POWER_AMPLIFIER",
+                                     "BCL_VOLTAGE", "BCL_CURRENT", "BCL_PERCENTAGE", "NPU"});
+// A zone that is of none of these. A registration with this type works, too.
+inline constexpr std::string_view kUnknownThermalType = "UNKNOWN";
+// Whether it can be registered for.
+bool IsWatchableType(std::string_view type);
 
 // Null when it has no such key.
 const BatteryProperty* BatteryPropertyOf(std::string_view key);
@@ -38,6 +117,8 @@ bool Covers(std::string_view subject, std::string_view property);
 
 // As which the values of a property that has no table are shown, too: a temperature's throttling.
 Property PropertyOf(std::string_view key);
+// What a number means that the C interface tells of the property.
+Value Interpret(std::string_view key, int number);
 
 std::string_view FamilyOfService(std::string_view service);
 

@@ -9,10 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "clients/battery_properties.h"
-#include "clients/sensor_properties.h"
-#include "clients/thermal_properties.h"
-
+#include "clients/subjects.h"
 #include "host/host.h"
 #include "quorvel/linux_machine/health.h"
 #include "quorvel/linux_machine/sensors.h"

@@ -14,14 +14,14 @@ void Observed::Note(const Event& event) {
   }
   const auto& change = std::get<ValueChange>(event.what);
   ++callbacks_;
-  Heard& heard = heard_[change.property];
+  Heard& heard = heard_[std::string(change.property->key)];
   heard.last = change.new_value;
   ++heard.callbacks;
   threads_.insert(change.thread);
 }
 
-int Observed::callbacks(const Property& property) const {
-  const auto found = heard_.find(&property);
+int Observed::callbacks(std::string_view key) const {
+  const auto found = heard_.find(key);
   return found != heard_.end() ? found->second.callbacks : 0;
 }
 
@@ -34,8 +34,8 @@ int Observed::relinks() const {
   return std::max(0, count(DeviceEvent::Kind::kCallbackRegistered, kHealthService) - 1);
 }
 
-Value Observed::value(const Property& property) const {
-  const auto found = heard_.find(&property);
+Value Observed::value(std::string_view key) const {
+  const auto found = heard_.find(key);
   return found != heard_.end() ? found->second.last : Value();
 }
 

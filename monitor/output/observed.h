@@ -4,6 +4,7 @@
 // What has really been seen: the demo claims nothing else.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <set>
 #include <string>
@@ -22,12 +23,12 @@ class Observed {
 
   // Of all properties, or of one.
   int callbacks() const { return callbacks_; }
-  int callbacks(const Property& property) const;
+  int callbacks(std::string_view key) const;
   int count(DeviceEvent::Kind kind, std::string_view service) const;
   // Links to the health service after the first.
   int relinks() const;
   // As the callbacks heard it last.
-  Value value(const Property& property) const;
+  Value value(std::string_view key) const;
   // The threads that callbacks ran on.
   const std::set<std::thread::id>& threads() const { return threads_; }
 
@@ -39,7 +40,7 @@ class Observed {
 
   int callbacks_ = 0;
   std::map<std::pair<DeviceEvent::Kind, std::string>, int> device_events_;
-  std::map<const Property*, Heard> heard_;
+  std::map<std::string, Heard, std::less<>> heard_;  // by key
   std::set<std::thread::id> threads_;
 };
 
@@ -47,7 +48,7 @@ class Observed {
 template <typename Properties>
 int CallbacksOf(const Properties& properties, const Observed& observed) {
   int callbacks = 0;
-  for (const Property* property : properties) callbacks += observed.callbacks(*property);
+  for (const Property* property : properties) callbacks += observed.callbacks(property->key);
   return callbacks;
 }
 

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "clients/device.h"
+#include "clients/subjects.h"
 
 namespace norvik::qel::monitor {
 
@@ -86,11 +87,6 @@ inline constexpr std::string_view kStandardStream = "-";
 inline constexpr std::string_view kRecordingFormat = "quorvel recording";
 // What is written; all versions from the first on are read.
 inline constexpr int kRecordingVersion = 2;
-
-inline constexpr std::string_view kBatteryFamily = "battery";
-inline constexpr std::string_view kSensorFamily = "sensors";
-inline constexpr std::string_view kThermalFamily = "thermal";
-inline constexpr std::array kClientFamilies = {kBatteryFamily, kSensorFamily, kThermalFamily};
 
 inline constexpr std::string_view kBatteryQuestion = "battery";
 inline constexpr std::string_view kTemperaturesQuestion = "temperatures";

@@ -8,7 +8,6 @@
 #include <string_view>
 #include <utility>
 
-#include "clients/sensor_properties.h"
 #include "clients/subjects.h"
 #include "scenario/plan_check.h"
 

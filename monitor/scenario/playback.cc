@@ -13,8 +13,7 @@
 
 #include "cli/commands.h"
 #include "cli/session.h"
-#include "clients/battery_properties.h"
-#include "clients/sensor_properties.h"
+#include "clients/subjects.h"
 #include "recording/recorder.h"
 #include "scenario/play_plan.h"
 #include "scenario/player.h"

@@ -73,8 +73,8 @@ Player::Player(const Recording& recording, const PlayPlan& plan, Pace pace, Sess
       witness_(witness),
       recorder_(recorder),
       is_scenario_(IsScenario(recording)),
-      clients_(session.events()) {
-  for (const TemperatureReport& report : plan_.equipment.temperatures) clients_.Learn(report);
+      client_(session.events()) {
+  for (const TemperatureReport& report : plan_.equipment.temperatures) client_.Learn(report);
 }
 
 Player::~Player() {
@@ -128,7 +128,7 @@ bool Player::Take(const DeviceEvent& event) {
 
 bool Player::Take(const ClientJoined& joined) {
   if (recorder_ != nullptr) recorder_->NoteAct(joined);
-  if (clients_.Join(joined.subject)) return true;
+  if (client_.Join(joined.subject)) return true;
   refused_ = true;
   // Of a recording all the rest is worth playing.
   return !is_scenario_ || Fail(std::string(kRefusal) + " for " + joined.subject);
@@ -136,7 +136,7 @@ bool Player::Take(const ClientJoined& joined) {
 
 bool Player::Take(const ClientLeft& left) {
   if (recorder_ != nullptr) recorder_->NoteAct(left);
-  if (clients_.Leave(left.subject)) return true;
+  if (client_.Leave(left.subject)) return true;
   // A recording that is played fast may let clients leave who still wait for their service: the
   // library does not know them yet.
   return !is_scenario_ ||
@@ -161,7 +161,7 @@ bool Player::Take(const Narration& narration) {
 }
 
 bool Player::Take(const Question& question) {
-  const Answer answer = Ask(question, clients_);
+  const Answer answer = Ask(question, client_);
   if (!answer.text.empty()) session_.output().Say(answer.text);
   return answer.fault.empty() || Fail(answer.fault);
 }

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "cli/session.h"
-#include "clients/all_clients.h"
+#include "clients/client.h"
 #include "recording/recorder.h"
 #include "scenario/play_plan.h"
 #include "scenario/witness.h"
@@ -80,7 +80,7 @@ class Player {
   Witness& witness_;
   Recorder* const recorder_;
   const bool is_scenario_;
-  AllClients clients_;
+  Client client_;
   Clock::time_point begin_ = Clock::now();  // later by what expectations have waited
   const RecordedEvent* current_ = nullptr;  // what is being played
   int scene_ = 0;

@@ -19,7 +19,7 @@ using Reading = std::pair<Property, Value>;
 // Each of the following: in the order of the question; nothing when the service cannot be asked.
 using Readings = std::optional<std::vector<Reading>>;
 
-Readings ReadBattery(const Question& question, BatteryClient& client) {
+Readings ReadBattery(const Question& question, Client& client) {
   std::vector<Reading> readings;
   for (const auto& [key, expected] : question.answers) {
     const BatteryProperty& property = *BatteryPropertyOf(key);
@@ -31,7 +31,7 @@ Readings ReadBattery(const Question& question, BatteryClient& client) {
 }
 
 // All of them in one question.
-Readings ReadTemperatures(const Question& question, ThermalClient& client) {
+Readings ReadTemperatures(const Question& question, Client& client) {
   std::vector<std::string> names;
   for (const auto& [name, expected] : question.answers) names.push_back(name);
   const auto values = client.ReadTemperatures(names);
@@ -44,7 +44,7 @@ Readings ReadTemperatures(const Question& question, ThermalClient& client) {
   return readings;
 }
 
-Readings ReadLimits(const Question& question, ThermalClient& client) {
+Readings ReadLimits(const Question& question, Client& client) {
   const auto limits = client.ReadLimits();
   if (!limits) return std::nullopt;
   std::vector<Reading> readings;
@@ -57,10 +57,10 @@ Readings ReadLimits(const Question& question, ThermalClient& client) {
   return readings;
 }
 
-Readings Read(const Question& question, AllClients& clients) {
-  if (question.family == kBatteryQuestion) return ReadBattery(question, clients.battery());
-  if (question.family == kLimitsQuestion) return ReadLimits(question, clients.thermal());
-  return ReadTemperatures(question, clients.thermal());
+Readings Read(const Question& question, Client& client) {
+  if (question.family == kBatteryQuestion) return ReadBattery(question, client);
+  if (question.family == kLimitsQuestion) return ReadLimits(question, client);
+  return ReadTemperatures(question, client);
 }
 
 std::string InWords(const std::vector<Reading>& readings) {
@@ -80,8 +80,8 @@ bool Matches(const Value& value, const Value& expected) {
 
 }  // namespace
 
-Answer Ask(const Question& question, AllClients& clients) {
-  const Readings readings = Read(question, clients);
+Answer Ask(const Question& question, Client& client) {
+  const Readings readings = Read(question, client);
   if (!readings) return {.text = "", .fault = "the service cannot be asked: " + question.family};
   Answer answer = {.text = InWords(*readings), .fault = ""};
   for (size_t i = 0; i < readings->size(); ++i) {

@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "clients/all_clients.h"
+#include "clients/client.h"
 #include "recording/recording.h"
 
 namespace norvik::qel::monitor {
@@ -16,6 +16,6 @@ struct Answer {
   std::string fault;  // empty when it is what the question expects
 };
 
-Answer Ask(const Question& question, AllClients& clients);
+Answer Ask(const Question& question, Client& client);
 
 }  // namespace norvik::qel::monitor

@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "clients/subjects.h"
-#include "clients/thermal_properties.h"
 #include "recording/recording_events.h"
 
 namespace norvik::qel::monitor {

@@ -28,7 +28,7 @@ SUPPORT = "tests/support"
 # to compile, so that an include path which is wrong altogether is noticed.
 TARGETS = {
     "quorvel_objects": (["include", "src", PLATFORM], "thermal/thermal_info.h"),
-    "quorvel_monitor_core": (["include", "monitor"], "clients/battery_client.h"),
+    "quorvel_monitor_core": (["include", "monitor"], "clients/client.h"),
     "quorvel_monitor_simulation": (["include", "monitor"], "recording/recording.h"),
     "quorvel_monitor_phone_device": (["include", "monitor", PLATFORM], "android/binder_process.h"),
     "quorvel_monitor_platform": (["include", "monitor", PLATFORM], "android/binder_process.h"),
