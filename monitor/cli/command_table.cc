@@ -4,10 +4,12 @@
 #include "cli/command_table.h"
 
 #include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <utility>
 
 #include "cli/commands.h"
 #include "cli/decimal.h"
-#include "cli/duration.h"
 
 namespace norvik::qel::monitor {
 
@@ -18,9 +20,19 @@ void SetDevice(const std::string& value, Options& options) {
 }
 
 void SetDuration(const std::string& value, Options& options) {
-  options.duration = ParseDuration(value);
-  if (options.duration) return;
-  throw UsageError("--for: '" + value + "' is no duration, use " + std::string(kDurations));
+  constexpr std::pair<std::string_view, double> kUnits[] = {
+      {"ms", 1}, {"s", 1000}, {"m", 60'000}, {"h", 3'600'000}};
+  constexpr double kLongest = 8760 * 3'600'000.0;
+  const size_t size = std::min(value.find_first_not_of("0123456789."), value.size());
+  const double number = ParseDecimal(value.substr(0, size)).value_or(0);
+  for (const auto& [unit, milliseconds] : kUnits) {
+    const double count = number * milliseconds;
+    if (value.substr(size) != unit || count < 1 || count > kLongest) continue;
+    options.duration = std::chrono::milliseconds(std::llround(count));
+    return;
+  }
+  throw UsageError("--for: '" + value +
+                   "' is no duration, use one such as 500ms, 1.5s, 10m or 2h, 1ms to 8760h");
 }
 
 void SetSpeed(const std::string& value, Options& options) {
@@ -211,6 +223,15 @@ std::string UsageOf(const Command& command) {
 bool Takes(const Command& command, const Option& option) {
   const std::string names = " " + std::string(command.options) + " ";
   return option.is_general || names.find(" " + std::string(option.name) + " ") != std::string::npos;
+}
+
+std::vector<std::string> CommandNames(const Option* taken) {
+  std::vector<std::string> names;
+  ForEachCommand([&](const Command& command) {
+    if (taken != nullptr && !Takes(command, *taken)) return;
+    if (names.empty() || names.back() != command.name) names.emplace_back(command.name);
+  });
+  return names;
 }
 
 std::string Enumerated(std::span<const std::string> names, const std::string& last) {

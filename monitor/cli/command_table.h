@@ -8,6 +8,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "cli/options.h"
 
@@ -50,6 +51,14 @@ void ForEachCommand(const Visitor& visit) {
   for (const Command& command : SimulationCommands()) visit(command);
 }
 
+// Prints what may stand in the place of the last word, a candidate a line, each with a tab and its
+// description; ":files" for the names of files. The shells' scripts in packaging/completions/ run
+// `quorvel --complete WORD...` for it.
+void PrintCompletions(std::span<const std::string> words);
+// The commands, options, exit codes and so on in the markup of the manual page, for `quorvel
+// --man`.
+std::string ManualLists();
+
 // Null when there is none.
 const Option* OptionNamed(std::string_view name);
 // Throws UsageError. `source` is the option or variable that names the device.
@@ -57,6 +66,8 @@ const DeviceType& DeviceNamed(std::string_view name, const std::string& source);
 // "watch thermal TYPE:NAME..."
 std::string UsageOf(const Command& command);
 bool Takes(const Command& command, const Option& option);
+// The names of all commands, or of those that take an option, each once.
+std::vector<std::string> CommandNames(const Option* taken = nullptr);
 // "a, b and c" with "and" or "or" as the last separator.
 std::string Enumerated(std::span<const std::string> names, const std::string& last);
 

@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "cli/command_table.h"
-#include "cli/program.h"
 #include "clients/inventory.h"
 #include "clients/subjects.h"
 

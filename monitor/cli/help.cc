@@ -6,7 +6,6 @@
 
 #include "cli/command_table.h"
 #include "cli/commands.h"
-#include "cli/program.h"
 #include "clients/subjects.h"
 #include "output/output.h"
 #include "output/terminal.h"
@@ -125,13 +124,7 @@ std::string TextOf(const Option& option) {
 
 // In the general help the commands that take the option.
 std::string TakersOf(const Option& option) {
-  if (option.is_general) return "";
-  std::vector<std::string> names;
-  ForEachCommand([&](const Command& command) {
-    const std::string name(command.name);
-    if (Takes(command, option) && (names.empty() || names.back() != name)) names.push_back(name);
-  });
-  return " (" + Enumerated(names, "and") + ")";
+  return option.is_general ? "" : " (" + Enumerated(CommandNames(&option), "and") + ")";
 }
 
 std::string GeneralHelp(size_t columns) {
@@ -157,9 +150,7 @@ std::string HelpOf(const std::string& name, size_t columns) {
   std::string usage;
   std::string details;
   std::string options;
-  std::vector<std::string> names;
   ForEachCommand([&](const Command& command) {
-    if (names.empty() || names.back() != command.name) names.emplace_back(command.name);
     if (command.name != name) return;
     usage += TableEntry(UsageOf(command), command.summary, columns);
     if (!command.text.empty()) details += "\n" + Wrapped(command.text, columns);
@@ -170,7 +161,8 @@ std::string HelpOf(const std::string& name, size_t columns) {
     }
   });
   if (usage.empty()) {
-    throw UsageError("help: unknown command '" + name + "', use " + Enumerated(names, "or"));
+    throw UsageError("help: unknown command '" + name + "', use " +
+                     Enumerated(CommandNames(), "or"));
   }
   return "Usage: quorvel " + name + " ... [OPTIONS]\n\n" + usage + details + "\nOptions:\n" +
          options + "\n" +

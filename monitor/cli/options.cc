@@ -76,39 +76,25 @@ void CheckChoice(const Option& entry, const std::string& value) {
                    names);
 }
 
-// A table of names for the message; each once.
-template <typename Name>
-std::string NamesOf(const Name& name) {
-  std::vector<std::string> names;
-  ForEachCommand([&](const Command& command) {
-    const std::string found(name(command));
-    if (!found.empty() && std::count(names.begin(), names.end(), found) == 0) {
-      names.push_back(found);
-    }
-  });
-  return Enumerated(names, "or");
-}
-
 // `words`: the command line without its options. What belongs to the command is removed.
 const Command& TakeCommand(std::vector<std::string>& words) {
-  const auto all_names = [] { return NamesOf([](const Command& entry) { return entry.name; }); };
-  if (words.empty()) throw UsageError("a command is missing, use " + all_names());
+  const std::string all_names = Enumerated(CommandNames(), "or");
+  if (words.empty()) throw UsageError("a command is missing, use " + all_names);
   const std::string name = words.front();
   words.erase(words.begin());
   const std::string family = words.empty() ? "" : words.front();
   const Command* found = nullptr;
-  bool is_known = false;
+  std::vector<std::string> families;
   ForEachCommand([&](const Command& entry) {
     if (entry.name != name) return;
-    is_known = true;
+    families.emplace_back(entry.family);
     if (entry.family.empty() || entry.family == family) found = &entry;
   });
-  if (!is_known) throw UsageError("unknown command '" + name + "', use " + all_names());
+  if (families.empty()) throw UsageError("unknown command '" + name + "', use " + all_names);
   if (found == nullptr) {
-    throw UsageError(
-        name + ": " + (family.empty() ? "a name is missing" : "unknown '" + family + "'") +
-        ", use " +
-        NamesOf([&](const Command& entry) { return entry.name == name ? entry.family : ""; }));
+    throw UsageError(name + ": " +
+                     (family.empty() ? "a name is missing" : "unknown '" + family + "'") +
+                     ", use " + Enumerated(families, "or"));
   }
   if (!found->family.empty()) words.erase(words.begin());
   return *found;

@@ -1,15 +1,24 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
+#include <sstream>
 #include <string>
 
 #include "cli/commands.h"
 #include "cli/options.h"
 #include "output/output.h"
 #include "recording/recording_reader.h"
+#include "scenario/demo_scenario.h"
 #include "scenario/playback.h"
 
 namespace norvik::qel::monitor {
+
+int Demo(const Options& options, Output& output) {
+  std::istringstream text{std::string(kDemoScenario)};
+  return PlayBack(ReadRecording(text, kDemoScenarioName),
+                  {.title = "Demo", .introduction = "Playing the demo on a simulated phone."},
+                  options, output);
+}
 
 int Play(const Options& options, Output& output) {
   if (options.speed && options.step) throw UsageError("--step cannot be combined with --speed");

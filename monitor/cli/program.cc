@@ -2,8 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // quorvel: a client of the library, for people and programs to see what the library reports.
-#include "cli/program.h"
-
 #include <fcntl.h>
 #include <signal.h>
 #include <stdio.h>

@@ -3,10 +3,14 @@
 
 #include "cli/session.h"
 
+#include <errno.h>
 #include <poll.h>
+#include <pthread.h>
+#include <sys/signalfd.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <system_error>
 #include <utility>
 
 #include "cli/commands.h"
@@ -24,6 +28,29 @@ int MillisecondsUntil(Session::Clock::time_point until) {
 }
 
 }  // namespace
+
+StopSignals::StopSignals() {
+  sigset_t stops;
+  sigemptyset(&stops);
+  sigaddset(&stops, SIGINT);
+  sigaddset(&stops, SIGTERM);
+  fd_ = signalfd(-1, &stops, SFD_CLOEXEC | SFD_NONBLOCK);
+  if (fd_ < 0) throw std::system_error(errno, std::generic_category(), "signalfd");
+  pthread_sigmask(SIG_BLOCK, &stops, &before_);
+}
+
+StopSignals::~StopSignals() {
+  Accept();  // one that comes on the way out has been obeyed already
+  close(fd_);
+}
+
+void StopSignals::Accept() {
+  signalfd_siginfo taken;
+  while (read(fd_, &taken, sizeof taken) > 0) {
+    // Several signals are one wish.
+  }
+  pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+}
 
 std::string SilenceOf(std::string_view service) {
   return "the " + std::string(service) + " service has not reported anything within " +

@@ -4,6 +4,7 @@
 // What a command that waits works with.
 #pragma once
 
+#include <signal.h>
 #include <stdlib.h>
 
 #include <chrono>
@@ -15,7 +16,6 @@
 #include <variant>
 
 #include "cli/command_table.h"
-#include "cli/stop_signals.h"
 #include "clients/device.h"
 #include "clients/event_queue.h"
 #include "output/output.h"
@@ -27,6 +27,28 @@ inline constexpr std::chrono::seconds kReportLimit(5);
 
 // What is wrong when that was not long enough.
 std::string SilenceOf(std::string_view service);
+
+// SIGINT and SIGTERM as something to wait for. Made before the program's other threads, which
+// inherit that the signals are blocked.
+//
+// Threads: the main thread.
+class StopSignals {
+ public:
+  StopSignals();
+  // The signals are what they were.
+  ~StopSignals();
+  StopSignals(const StopSignals&) = delete;
+  StopSignals& operator=(const StopSignals&) = delete;
+
+  // Readable once a signal has come.
+  int fd() const { return fd_; }
+  // Takes the signal. From here on a second one ends the program at once.
+  void Accept();
+
+ private:
+  int fd_;
+  sigset_t before_;
+};
 
 // Takes the events while the command waits for them. Clients of the library are made after the
 // session and destroyed before it.

@@ -17,25 +17,16 @@ namespace norvik::qel::monitor {
 
 namespace {
 
-DeviceEvent::Kind ToKind(services::ServiceEvent::Kind kind) {
-  switch (kind) {
-    case services::ServiceEvent::Kind::kStarted:
-      return DeviceEvent::Kind::kServiceStarted;
-    case services::ServiceEvent::Kind::kDied:
-      return DeviceEvent::Kind::kServiceDied;
-    case services::ServiceEvent::Kind::kRegistered:
-      return DeviceEvent::Kind::kCallbackRegistered;
-    case services::ServiceEvent::Kind::kUnregistered:
-      return DeviceEvent::Kind::kCallbackUnregistered;
-    case services::ServiceEvent::Kind::kRefused:
-      return DeviceEvent::Kind::kCallRefused;
-    case services::ServiceEvent::Kind::kNotice:
-      return DeviceEvent::Kind::kNotice;
-    case services::ServiceEvent::Kind::kReported:
-      return DeviceEvent::Kind::kReported;
-  }
-  return DeviceEvent::Kind::kNotice;
-}
+using Kind = DeviceEvent::Kind;
+
+// In the order of services::ServiceEvent::Kind.
+constexpr Kind kKinds[] = {Kind::kServiceStarted,
+                           Kind::kServiceDied,
+                           Kind::kCallbackRegistered,
+                           Kind::kCallbackUnregistered,
+                           Kind::kCallRefused,
+                           Kind::kNotice,
+                           Kind::kReported};
 
 std::optional<int> IfIn(int number, int lowest, int highest) {
   return number >= lowest && number <= highest ? std::optional(number) : std::nullopt;
@@ -97,7 +88,7 @@ void BecomeHostProcess(const DeviceSetup& setup) {
 
 services::ServiceObserver ToServiceObserver(DeviceObserver observer) {
   return [observer = std::move(observer)](const services::ServiceEvent& event) {
-    observer({.kind = ToKind(event.kind),
+    observer({.kind = kKinds[static_cast<size_t>(event.kind)],
               .service = event.service,
               .detail = event.detail,
               .report = ToReport(event.report)});
