@@ -20,11 +20,9 @@ inline constexpr int kExitInterrupted = 130;
 inline constexpr char kLegend[] = "Lines with ** come from the device, others from callbacks.";
 inline constexpr char kRefusal[] = "the library refuses to register a callback";
 
-int WatchBattery(const Options& options, Output& output);
 int GetBattery(const Options& options, Output& output);
-int WatchSensors(const Options& options, Output& output);
 int GetSensors(const Options& options, Output& output);
-int WatchThermal(const Options& options, Output& output);
+int Watch(const Options& options, Output& output);
 int GetTemperatures(const Options& options, Output& output);
 int GetChargeLimits(const Options& options, Output& output);
 int List(const Options& options, Output& output);

@@ -15,9 +15,8 @@ namespace norvik::qel::monitor {
 
 int Demo(const Options& options, Output& output) {
   std::istringstream text{std::string(kDemoScenario)};
-  return PlayBack(ReadRecording(text, kDemoScenarioName),
-                  {.title = "Demo", .introduction = "Playing the demo on a simulated phone."},
-                  options, output);
+  return PlayBack(ReadRecording(text, kDemoScenarioName), "Demo",
+                  "Playing the demo on a simulated phone.", options, output);
 }
 
 int Play(const Options& options, Output& output) {
@@ -27,10 +26,9 @@ int Play(const Options& options, Output& output) {
     throw UsageError("play: --step reads Enter from standard input, so - cannot be the recording");
   }
   const Recording recording = ReadRecording(path);
-  const std::string pace = options.step ? ", an event at each Enter." : ".";
-  return PlayBack(recording,
-                  {.title = "Play",
-                   .introduction = "Playing " + recording.name + " on a simulated phone" + pace},
+  return PlayBack(recording, "Play",
+                  "Playing " + recording.name + " on a simulated phone" +
+                      (options.step ? ", an event at each Enter." : "."),
                   options, output);
 }
 

@@ -2,24 +2,15 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <algorithm>
-#include <optional>
 
 #include "cli/commands.h"
-#include "cli/run_scripts.h"
+#include "cli/device_script.h"
 #include "cli/session.h"
 #include "clients/inventory.h"
-#include "scenario/battery_script.h"
-#include "scenario/sensor_script.h"
-#include "scenario/thermal_script.h"
 
 namespace norvik::qel::monitor {
 
 namespace {
-
-void Announce(const std::string& subject, const Options& options, Output& output) {
-  output.Explain("Watching the " + subject + (options.duration ? "." : "; Ctrl-C ends."));
-  if (options.device->tells) output.Explain(kLegend);
-}
 
 // The key of a TYPE:NAME whose type is in any case. Throws UsageError.
 std::string TemperatureKeyOf(const std::string& operand) {
@@ -50,48 +41,33 @@ void ExplainSilence(Session& session, Clock::time_point end) {
 
 }  // namespace
 
-int WatchBattery(const Options& options, Output& output) {
-  Announce("battery", options, output);
+// A family, or the temperatures that the operands name.
+int Watch(const Options& options, Output& output) {
+  const std::string family(options.command->family);
+  const bool is_thermal = family == kThermalFamily;
+  std::vector<std::string> subjects;  // before anything is said or started
+  for (const std::string& operand : options.operands) {
+    subjects.push_back(TemperatureKeyOf(operand));
+  }
+  if (!is_thermal) subjects = {family};
+  output.Explain("Watching the " + (is_thermal ? "throttling" : family) +
+                 (options.duration ? "." : "; Ctrl-C ends."));
+  if (options.device->tells) output.Explain(kLegend);
   Session session(options, output, {});
   Client client(session.events());
-  if (!client.Join(kBatteryFamily)) return session.Fail(kRefusal);
-  std::optional<BatteryScript> script;
-  if (BatteryDriver* driver = session.device().battery_driver()) script.emplace(*driver);
-  RunScripts(session, {script ? &*script : nullptr}, EndOf(options));
-  return EXIT_SUCCESS;
-}
-
-int WatchSensors(const Options& options, Output& output) {
-  Announce("sensors", options, output);
-  Session session(options, output, {});
-  Client client(session.events());
-  if (!client.Join(kSensorFamily)) return session.Fail(kRefusal);
+  for (const std::string& subject : subjects) {
+    if (client.Join(subject)) continue;
+    if (!is_thermal) return session.Fail(kRefusal);
+    return session.Fail("the thermal service reports no temperature " + subject +
+                            KnownTemperatures(/*with_type=*/true),
+                        kExitUnknown);
+  }
   for (const SensorProperty* sensor : kSensorProperties) {
     if (client.Lacks(*sensor)) output.ShowReading(*sensor, Absent());
   }
-  std::optional<SensorScript> script;
-  if (SensorDriver* driver = session.device().sensor_driver()) script.emplace(*driver);
-  RunScripts(session, {script ? &*script : nullptr}, EndOf(options));
-  return EXIT_SUCCESS;
-}
-
-int WatchThermal(const Options& options, Output& output) {
-  std::vector<std::string> keys;  // before anything is said or started
-  for (const std::string& operand : options.operands) keys.push_back(TemperatureKeyOf(operand));
-  Announce("throttling", options, output);
-  Session session(options, output, {});
-  Client client(session.events());
-  for (const std::string& key : keys) {
-    if (client.Join(key)) continue;
-    return session.Fail(
-        "the thermal service reports no temperature " + key + KnownTemperatures(/*with_type=*/true),
-        kExitUnknown);
-  }
   const Clock::time_point end = EndOf(options);
-  ExplainSilence(session, end);
-  std::optional<ThermalScript> script;
-  if (ThermalDriver* driver = session.device().thermal_driver()) script.emplace(*driver);
-  RunScripts(session, {script ? &*script : nullptr}, end);
+  if (is_thermal) ExplainSilence(session, end);
+  DeviceScript(session.device(), options.command->service).Run(session, end);
   return EXIT_SUCCESS;
 }
 

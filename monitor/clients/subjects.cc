@@ -6,8 +6,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "clients/event.h"
-
 namespace norvik::qel::monitor {
 
 namespace {
@@ -68,6 +66,7 @@ bool Covers(std::string_view subject, std::string_view property) {
 Property PropertyOf(std::string_view key) {
   if (const auto* battery = BatteryPropertyOf(key)) return *battery;
   if (const auto* sensor = SensorPropertyOf(key)) return *sensor;
+  if (const auto* limits = Find(kChargeLimitProperties, key)) return *limits;
   return {.key = key, .name = key, .unit = ""};
 }
 
@@ -79,6 +78,10 @@ Value Interpret(std::string_view key, int number) {
   }
   if (SensorPropertyOf(key) != nullptr) return number;
   return static_cast<Severity>(number);
+}
+
+const SensorProperty& PropertyOf(Sensor sensor) {
+  return sensor == Sensor::kProximity ? kProximity : kHingeAngle;
 }
 
 std::string_view FamilyOfService(std::string_view service) {

@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "clients/event.h"
 #include "clients/value.h"
 #include "quorvel.h"
 
@@ -119,6 +120,7 @@ bool Covers(std::string_view subject, std::string_view property);
 Property PropertyOf(std::string_view key);
 // What a number means that the C interface tells of the property.
 Value Interpret(std::string_view key, int number);
+const SensorProperty& PropertyOf(Sensor sensor);
 
 std::string_view FamilyOfService(std::string_view service);
 

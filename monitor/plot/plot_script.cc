@@ -84,7 +84,7 @@ class Script {
         Seconds(timeline.began->time_since_epoch()).count() + static_cast<double>(clock_.tm_gmtoff);
   }
 
-  std::string Make(const std::string& title, PlotFormat format);
+  std::string Make(const std::string& title, const std::string& terminal);
 
  private:
   void AddCurves(Quantity quantity);
@@ -255,7 +255,7 @@ std::string Script::TimeTics() const {
   return "set xtics time " + Number(step) + "\nF = \"" + format + "\"\n";
 }
 
-std::string Script::Make(const std::string& title, PlotFormat format) {
+std::string Script::Make(const std::string& title, const std::string& terminal) {
   for (int i = 0; i <= static_cast<int>(Quantity::kService); ++i) {
     const Quantity quantity{i};
     const bool is_bars = quantity == Quantity::kCharger || quantity == Quantity::kSeverity ||
@@ -269,13 +269,11 @@ std::string Script::Make(const std::string& title, PlotFormat format) {
   std::array<char, 64> clock;
   strftime(clock.data(), clock.size(),
            timeline_.began ? ", %Y-%m-%d (UTC%z)" : ", time since the beginning", &clock_);
-  return std::string("set terminal ") +
-         (format == PlotFormat::kSvg ? "svg font 'sans-serif,13'" : "pngcairo font 'sans,10'") +
-         " noenhanced background rgb 'white' size " + Number(width) + "," + Number(height_) +
-         "\nset encoding utf8\n" + data_ + "X = 0. + " + Number(width) + "\nY = 0. + " +
-         Number(height_) + "\nset multiplot\nset lmargin at screen " + Number(left_) +
-         "/X\nset rmargin at screen 1 - " + Number(right_) + "/X\nset key at screen 1 - " +
-         Number(right_ - 8) +
+  return "set terminal " + terminal + " noenhanced background rgb 'white' size " + Number(width) +
+         "," + Number(height_) + "\nset encoding utf8\n" + data_ + "X = 0. + " + Number(width) +
+         "\nY = 0. + " + Number(height_) + "\nset multiplot\nset lmargin at screen " +
+         Number(left_) + "/X\nset rmargin at screen 1 - " + Number(right_) +
+         "/X\nset key at screen 1 - " + Number(right_ - 8) +
          "/X, graph 1 left top Left reverse samplen 2 spacing 1.1\n"
          "set grid xtics ytics lt 1 lw .5 lc rgb '#dddddd'\nset border lc rgb '#888888'\n"
          "set style fill solid border\nset tics scale .5 nomirror textcolor rgb 'black'\n" +
@@ -287,8 +285,9 @@ std::string Script::Make(const std::string& title, PlotFormat format) {
 
 }  // namespace
 
-std::string PlotScript(const Timeline& timeline, const std::string& title, PlotFormat format) {
-  return Script(timeline).Make(title, format);
+std::string PlotScript(const Timeline& timeline, const std::string& title,
+                       const std::string& terminal) {
+  return Script(timeline).Make(title, terminal);
 }
 
 }  // namespace norvik::qel::monitor
