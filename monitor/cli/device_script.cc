@@ -4,23 +4,18 @@
 #include "cli/device_script.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace norvik::qel::monitor {
 
 using Clock = Session::Clock;
 
 DeviceScript::DeviceScript(Device& device, std::string_view service) : device_(device) {
-  const auto add = [&](std::string_view its_service, auto* driver) {
-    if (driver == nullptr || !its_service.starts_with(service)) return;
-    loops_.push_back({.steps = StepsOf(*driver)});
-  };
-  add(kHealthService, device.battery_driver());
-  add(kSensorService, device.sensor_driver());
-  add(kThermalService, device.thermal_driver());
-}
-
-DeviceScript::~DeviceScript() {
-  if (BatteryDriver* driver = device_.battery_driver()) driver->StartService();
+  for (const std::string_view its_service : {kHealthService, kSensorService, kThermalService}) {
+    if (!its_service.starts_with(service)) continue;
+    auto steps = device.StepsOf(its_service);
+    if (!steps.empty()) loops_.push_back({.steps = std::move(steps)});
+  }
 }
 
 void DeviceScript::Run(Session& session, Clock::time_point end) {

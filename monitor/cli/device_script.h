@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "cli/session.h"
-#include "scenario/device_steps.h"
 
 namespace norvik::qel::monitor {
 
@@ -17,8 +16,7 @@ class DeviceScript {
  public:
   // The steps of one service, or of all those that the device can be told about.
   explicit DeviceScript(Device& device, std::string_view service = "");
-  // Leaves the health service running: without it the library's farewell would wait for it.
-  ~DeviceScript();
+  ~DeviceScript() { device_.EndSteps(); }
   DeviceScript(const DeviceScript&) = delete;
   DeviceScript& operator=(const DeviceScript&) = delete;
 
@@ -27,7 +25,7 @@ class DeviceScript {
 
  private:
   struct Loop {
-    DeviceSteps steps;
+    std::vector<DeviceStep> steps;
     size_t next = 0;
     Session::Clock::time_point due = Session::Clock::now() + steps[0].pause_before;
   };

@@ -14,7 +14,7 @@ namespace norvik::qel::monitor {
 
 namespace {
 
-// What every device with a ThermalDriver has.
+// What a device has that has steps of the thermal service.
 constexpr std::array<std::string_view, 2> kTemperatures = {"SKIN:skin",
                                                            "BCL_CURRENT:AUDIO_current"};
 
@@ -26,7 +26,7 @@ Session::Wake Fill(Client& client, Session& session, Session::Clock::time_point 
     wrong.emplace_back("the thermal service cannot be asked");
     return Session::Wake::kTime;
   }
-  if (session.device().thermal_driver() == nullptr) return Session::Wake::kEvent;
+  if (session.device().StepsOf(kThermalService).empty()) return Session::Wake::kEvent;
   for (const std::string_view key : kTemperatures) {
     if (client.Join(key)) continue;
     wrong.emplace_back(kRefusal);

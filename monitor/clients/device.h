@@ -5,6 +5,7 @@
 // services up. Everything that knows a device in particular is behind it, in the device files.
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <set>
@@ -16,50 +17,6 @@
 #include "clients/event.h"
 
 namespace norvik::qel::monitor {
-
-// For a device whose battery can be told what to do.
-//
-// Threads: the main thread.
-class BatteryDriver {
- public:
-  virtual ~BatteryDriver() = default;
-
-  virtual void SetLevel(int percent) = 0;
-  virtual void SetCycleCount(int cycles) = 0;
-  virtual void SetWirelessOnline(bool online) = 0;
-  virtual void SetDockOnline(bool online) = 0;
-  // Ends the service as a crash would. The battery lives on.
-  virtual void KillService() = 0;
-  // Nothing happens while it runs.
-  virtual void StartService() = 0;
-};
-
-// For a device whose sensors can be told what to report. It has both.
-//
-// Threads: the main thread.
-class SensorDriver {
- public:
-  virtual ~SensorDriver() = default;
-
-  virtual void SetProximity(float centimetres) = 0;
-  virtual void SetHingeAngle(float degrees) = 0;
-};
-
-// For a device whose temperatures can be told how hot they are. It has SKIN:skin,
-// BCL_CURRENT:AUDIO_current, "cpu" and "AUDIO_voltage".
-//
-// Threads: the main thread.
-class ThermalDriver {
- public:
-  virtual ~ThermalDriver() = default;
-
-  // Of one that the device has, by its name.
-  virtual void SetTemperature(std::string_view name, float celsius, Severity severity) = 0;
-  virtual void SetSeverity(std::string_view name, Severity severity) = 0;
-  // Ends the service as a crash would. The temperatures stay as they are.
-  virtual void KillThermalService() = 0;
-  virtual void StartThermalService() = 0;
-};
 
 // Called with what the device reports, on any thread, also after the device is gone.
 using DeviceObserver = std::function<void(DeviceEvent)>;
@@ -77,6 +34,12 @@ struct DevicePart {
   std::string remark = {};  // its share in the value, or why it does not count; may be empty
 };
 
+// Something that happens to a device, so that there is something to see.
+struct DeviceStep {
+  std::chrono::milliseconds pause_before;
+  std::function<void()> act;
+};
+
 // Threads: the main thread.
 class Device {
  public:
@@ -85,12 +48,12 @@ class Device {
   // Makes the program a host for the library (binder threads, log) and brings the services up.
   // Once, before the library's first handle; the library's last handle goes before the device.
   virtual void Start(const DeviceSetup& setup) = 0;
-  // Null when the battery cannot be told what to do.
-  virtual BatteryDriver* battery_driver() { return nullptr; }
-  // Null when the sensors cannot.
-  virtual SensorDriver* sensor_driver() { return nullptr; }
-  // Null when the temperatures cannot.
-  virtual ThermalDriver* thermal_driver() { return nullptr; }
+  // What it goes through that one of its services reports: a loop that ends as it began. Empty for
+  // a device that lives by itself. One with steps of the thermal service has the temperatures
+  // SKIN:skin and BCL_CURRENT:AUDIO_current.
+  virtual std::vector<DeviceStep> StepsOf(std::string_view /*service*/) { return {}; }
+  // Starts the service that a step has stopped: without it the library's farewell would wait.
+  virtual void EndSteps() {}
   // As of its last reading. Empty where the services tell nothing of what is behind them.
   virtual std::vector<DevicePart> Parts() { return {}; }
 };

@@ -15,12 +15,9 @@ namespace norvik::qel::monitor {
 
 namespace {
 
+using namespace std::chrono_literals;
 using aidl::android::hardware::thermal::ThrottlingSeverity;
 using simulated::ThermalPath;
-
-ThrottlingSeverity ToThrottling(Severity severity) {
-  return static_cast<ThrottlingSeverity>(severity);  // they are numbered alike
-}
 
 // The temperature of that name, which has to be there.
 simulated::Thermal::Temperature& Named(simulated::Thermal::ThermalData& data,
@@ -32,10 +29,7 @@ simulated::Thermal::Temperature& Named(simulated::Thermal::ThermalData& data,
 }
 
 // A folding phone of today, closed and cool, with nothing near it.
-class SimulatedDevice : public Device,
-                        public BatteryDriver,
-                        public SensorDriver,
-                        public ThermalDriver {
+class SimulatedDevice : public Device {
  public:
   explicit SimulatedDevice(DeviceObserver observer)
       : health_(ToServiceObserver(observer)),
@@ -49,53 +43,103 @@ class SimulatedDevice : public Device,
 
   void Start(const DeviceSetup& setup) override {
     BecomeHostProcess(setup);
-    StartService();
+    StartHealth();
     sensors_.Start();
-    StartThermalService();
+    thermal_.Start(ThermalPath::kAidl);
   }
-  BatteryDriver* battery_driver() override { return this; }
-  SensorDriver* sensor_driver() override { return this; }
-  ThermalDriver* thermal_driver() override { return this; }
 
-  void SetLevel(int percent) override { health_.SetLevel(percent); }
-  void SetCycleCount(int cycles) override { health_.SetCycleCount(cycles); }
-  void SetWirelessOnline(bool online) override { health_.SetWirelessOnline(online); }
-  void SetDockOnline(bool online) override { health_.SetDockOnline(online); }
+  std::vector<DeviceStep> StepsOf(std::string_view service) override {
+    if (service == kHealthService) return BatterySteps();
+    return service == kSensorService ? SensorSteps() : ThermalSteps();
+  }
 
-  void KillService() override {
+  void EndSteps() override { StartHealth(); }
+
+ private:
+  // With one more cycle at the end.
+  std::vector<DeviceStep> BatterySteps() {
+    return {
+        {700ms, [&] { health_.SetLevel(49); }},
+        {1000ms, [&] { health_.SetLevel(48); }},
+        {1000ms, [&] { health_.SetWirelessOnline(true); }},
+        {1000ms, [&] { health_.SetLevel(49); }},
+        {1000ms, [&] { health_.SetLevel(50); }},
+        {1000ms, [&] { health_.SetWirelessOnline(false); }},
+        {1000ms, [&] { health_.SetDockOnline(true); }},
+        {1000ms, [&, cycles = 10]() mutable { health_.SetCycleCount(++cycles); }},
+        {1000ms, [&] { health_.SetLevel(51); }},
+        {1000ms, [&] { health_.SetDockOnline(false); }},
+        {1000ms, [&] { KillHealth(); }},
+        {500ms, [&] { health_.SetLevel(50); }},  // not reported yet
+        {500ms, [&] { StartHealth(); }},
+        {2000ms, [] {}},  // time for the library to link again
+    };
+  }
+
+  // A user opens the phone, takes a call and closes it. The service never dies: the library does
+  // not survive that.
+  std::vector<DeviceStep> SensorSteps() {
+    const auto open = [&](float degrees) {
+      return [this, degrees] { sensors_.Report(ASENSOR_TYPE_HINGE_ANGLE, degrees); };
+    };
+    const auto approach = [&](float centimetres) {
+      return [this, centimetres] { sensors_.Report(ASENSOR_TYPE_PROXIMITY, centimetres); };
+    };
+    return {
+        {700ms, open(30)},  {300ms, open(60.5F)},  {300ms, open(90)},     {300ms, open(134.9F)},
+        {300ms, open(180)}, {1000ms, approach(0)}, {1500ms, approach(5)}, {1000ms, open(90)},
+        {300ms, open(0)},   {1000ms, [] {}},
+    };
+  }
+
+  // A game heats the phone and strains its battery, and the thermal service crashes before all is
+  // cool again. A new one is there at once: the library looks for it for a moment only.
+  std::vector<DeviceStep> ThermalSteps() {
+    const auto heat = [&](const char* name, float celsius, ThrottlingSeverity severity) {
+      return [this, name, celsius, severity] {
+        thermal_.Change([&](simulated::Thermal::ThermalData& data) {
+          simulated::Thermal::Temperature& temperature = Named(data, name);
+          temperature.value = celsius;
+          temperature.throttlingStatus = severity;
+        });
+      };
+    };
+    const auto strain = [&](ThrottlingSeverity severity) {
+      return [this, severity] { thermal_.SetSeverity("AUDIO_current", severity); };
+    };
+    return {
+        {700ms, heat("cpu", 86, ThrottlingSeverity::LIGHT)},
+        {500ms, heat("skin", 36.5F, ThrottlingSeverity::LIGHT)},
+        {500ms, heat("cpu", 91.5F, ThrottlingSeverity::MODERATE)},
+        {500ms, heat("skin", 41.2F, ThrottlingSeverity::MODERATE)},
+        {500ms, strain(ThrottlingSeverity::LIGHT)},
+        {500ms, heat("skin", 45.8F, ThrottlingSeverity::SEVERE)},
+        {1000ms,
+         [&] {
+           thermal_.Kill(ThermalPath::kAidl);
+           thermal_.Start(ThermalPath::kAidl);
+         }},
+        {1000ms, heat("cpu", 60, ThrottlingSeverity::NONE)},
+        {500ms, strain(ThrottlingSeverity::NONE)},
+        {500ms, heat("skin", 40.1F, ThrottlingSeverity::MODERATE)},
+        {500ms, heat("skin", 35.3F, ThrottlingSeverity::LIGHT)},
+        {500ms, heat("skin", 30, ThrottlingSeverity::NONE)},
+        {0ms, heat("cpu", 40, ThrottlingSeverity::NONE)},
+        {1000ms, [] {}},
+    };
+  }
+
+  void KillHealth() {
     running_ = false;
     health_.Kill();
   }
 
-  void StartService() override {
-    if (std::exchange(running_, true)) return;
-    health_.Start();
+  void StartHealth() {
+    if (!std::exchange(running_, true)) health_.Start();
   }
 
-  void SetProximity(float centimetres) override {
-    sensors_.Report(ASENSOR_TYPE_PROXIMITY, centimetres);
-  }
-
-  void SetHingeAngle(float degrees) override { sensors_.Report(ASENSOR_TYPE_HINGE_ANGLE, degrees); }
-
-  void SetTemperature(std::string_view name, float celsius, Severity severity) override {
-    thermal_.Change([&](simulated::Thermal::ThermalData& data) {
-      simulated::Thermal::Temperature& temperature = Named(data, name);
-      temperature.value = celsius;
-      temperature.throttlingStatus = ToThrottling(severity);
-    });
-  }
-
-  void SetSeverity(std::string_view name, Severity severity) override {
-    thermal_.SetSeverity(std::string(name), ToThrottling(severity));
-  }
-
-  void KillThermalService() override { thermal_.Kill(ThermalPath::kAidl); }
-  void StartThermalService() override { thermal_.Start(ThermalPath::kAidl); }
-
- private:
   simulated::Health health_;
-  bool running_ = false;
+  bool running_ = false;  // the health service
   simulated::SensorHub sensors_;
   simulated::Thermal thermal_;
 };
