@@ -103,12 +103,14 @@ class Checker {
   std::vector<std::string> KeysOf(const std::string& subject) const {
     if (FamilyOfProperty(subject)) return {subject};
     std::vector<std::string> keys;
-    for (const Property* property : kBatteryProperties) keys.emplace_back(property->key);
-    for (const Property* property : kSensorProperties) keys.emplace_back(property->key);
+    const auto add = [&](const std::string& key) {
+      if (Covers(subject, key)) keys.push_back(key);
+    };
+    for (const Property* property : kBatteryProperties) add(std::string(property->key));
+    for (const Property* property : kSensorProperties) add(std::string(property->key));
     for (const TemperatureReport& temperature : equipment_.temperatures) {
-      keys.push_back(temperature.type + ":" + temperature.name);
+      add(temperature.type + ":" + temperature.name);
     }
-    std::erase_if(keys, [&](const std::string& key) { return !Covers(subject, key); });
     return keys;
   }
 

@@ -98,7 +98,8 @@ class Playback {
         output_(output),
         session_(options, output,
                  {.listener = [this](const Event& event) { return Note(event); },
-                  .make_device = [this](DeviceObserver observer) { return MakePhone(observer); }}),
+                  .make_device =
+                      [this](DeviceObserver observer) { return MakePhone(std::move(observer)); }}),
         client_(session_.events()) {
     if (!options.record.empty()) recorder_.emplace(options.record, options.existing, "simulated");
     for (const TemperatureReport& report : plan_.equipment.temperatures) client_.Learn(report);
