@@ -69,7 +69,7 @@ std::optional<WallTime> ParseIso8601(const std::string& text) {
   if (rest == nullptr) return std::nullopt;
   WallTime time = std::chrono::system_clock::from_time_t(timegm(&utc));
   if (*rest == '.') {
-    std::chrono::nanoseconds unit(100'000'000);
+    WallTime::duration unit = std::chrono::milliseconds(100);
     for (++rest; *rest >= '0' && *rest <= '9'; ++rest, unit /= 10) time += unit * (*rest - '0');
   }
   return std::string_view(rest) == "Z" ? std::optional(time) : std::nullopt;
