@@ -38,6 +38,18 @@ std::string Joined(const std::string& first, const std::string& second) {
   return first.empty() || second.empty() ? first + second : first + "; " + second;
 }
 
+// Three cells each. On a narrow screen the second and the third one stand below the first.
+std::string Listed(const Rows& rows, size_t columns) {
+  constexpr size_t kNarrow = 60;  // below that the last column would stand below the first one
+  if (columns >= kNarrow) return Table(rows, columns);
+  std::string text;
+  for (const auto& row : rows) {
+    text += TableEntry(Printable(row[0]), Printable(Joined(row[1], row[2])), columns);
+  }
+  text.pop_back();
+  return text;
+}
+
 }  // namespace
 
 int List(const Options& options, Output& output) {
@@ -60,8 +72,8 @@ int List(const Options& options, Output& output) {
     output.ShowRecord("supply", ToFields(part));
   }
   const size_t columns = StandardOutput().columns;
-  output.Explain(Table(items, columns));
-  if (!supplies.empty()) output.Explain("\nPower supplies:\n" + Table(supplies, columns));
+  output.Explain(Listed(items, columns));
+  if (!supplies.empty()) output.Explain("\nPower supplies:\n" + Listed(supplies, columns));
   return EXIT_SUCCESS;
 }
 

@@ -105,6 +105,13 @@ void SortByUrgency(std::vector<Item>* items) {
   });
 }
 
+bool IsAlarming(const Item& item) {
+  const auto* const limits = std::get_if<Severities>(&item.value);
+  const auto is_alarming = [](Severity severity) { return severity >= Severity::kModerate; };
+  return is_alarming(item.severity.value_or(Severity::kNone)) ||
+         (limits != nullptr && std::any_of(limits->begin(), limits->end(), is_alarming));
+}
+
 class StatusScreen {
  public:
   StatusScreen(const Options& options, Output& output)
@@ -114,12 +121,14 @@ class StatusScreen {
     if (inventory.items.size() + kHeadingLines >= Height()) SortByUrgency(&inventory.items);
     const Terminal terminal = StandardOutput();
     Rows rows;
+    std::vector<std::string> colours;
     bool has_changed = lines_ == 0;
     for (const Item& item : inventory.items) {
       History& history = histories_[item.key];
       const bool is_new = history.Add(item);
       has_changed |= is_new;
       if (is_new || !follows_ || !has_been_shown_) output_.ShowRecord("item", ToFields(item));
+      colours.emplace_back(is_new ? kBold : "").append(IsAlarming(item) ? kYellow : "");
       rows.push_back({(is_new ? "* " : "  ") + item.name, ShortValueOf(item)});
       if (follows_ && terminal.columns >= kNarrow) rows.back().push_back(history.Bars());
     }
@@ -133,7 +142,7 @@ class StatusScreen {
     // Back to the first line of the last screen.
     if (in_place && lines_ > 0) text = "\033[" + std::to_string(lines_) + "A\033[J";
     if (!in_place) text = lines_ > 0 ? "\n" : "";
-    const std::string screen = ScreenOf(rows, terminal);
+    const std::string screen = ScreenOf(rows, colours, terminal);
     lines_ = LinesOf(screen);
     output_.Explain(text + screen);
   }
@@ -152,21 +161,25 @@ class StatusScreen {
     return item.value == Value() && !item.remark.empty() ? item.remark : ValueOf(shown);
   }
 
-  // No more lines than the terminal has.
-  std::string ScreenOf(Rows rows, const Terminal& terminal) const {
-    const std::string heading = TimeOfDay(std::chrono::system_clock::now()).substr(0, 8) + "\n" +
-                                Wrapped("services: " + services_, terminal.columns, 2);
-    size_t left_out = 0;
-    const size_t height = Height();
-    std::string screen = heading + Table(rows, terminal.columns);
-    while (!rows.empty() && LinesOf(screen) >= height) {
-      const size_t drop = std::max<size_t>(1, (LinesOf(screen) + 1 - height) / 3);
-      left_out += std::min(drop, rows.size());
-      rows.resize(rows.size() - std::min(drop, rows.size()));
-      screen = heading + Table(rows, terminal.columns) + "\n  and " + std::to_string(left_out) +
-               " more: quorvel list";
+  // No more lines than the terminal has. Colours are those of the rows.
+  std::string ScreenOf(const Rows& rows, const std::vector<std::string>& colours,
+                       const Terminal& terminal) const {
+    const std::string clock = TimeOfDay(std::chrono::system_clock::now()).substr(0, 8);
+    std::string services = Wrapped("services: " + services_, terminal.columns, 2);
+    services.pop_back();
+    const bool all_up = services_.find(" down") == std::string::npos;
+    std::string screen = terminal.Coloured(clock, kDim) + "\n" +
+                         terminal.Coloured(services, all_up ? kBold : kYellow);
+    const std::vector<std::string> table = TableRows(rows, terminal.columns);
+    size_t lines = LinesOf(screen);
+    for (const std::string& row : table) lines += LinesOf(row);
+    const size_t height = lines < Height() ? Height() : Height() - 1;  // room for the last line
+    size_t shown = 0;
+    for (; shown < table.size() && LinesOf(screen) + LinesOf(table[shown]) < height; ++shown) {
+      screen += "\n" + terminal.Coloured(table[shown], colours[shown]);
     }
-    return screen;
+    if (shown == table.size()) return screen;
+    return screen + "\n  and " + std::to_string(table.size() - shown) + " more: quorvel list";
   }
 
   const bool follows_;

@@ -69,6 +69,11 @@ Terminal StandardOutput() {
   return terminal;
 }
 
+std::string Terminal::Coloured(std::string_view text, std::string_view colour) const {
+  const bool is_plain = !has_colour || colour.empty();
+  return is_plain ? std::string(text) : std::string(colour).append(text) + "\033[0m";
+}
+
 std::string Wrapped(std::string_view text, size_t columns, size_t indent, size_t used) {
   std::string lines;
   size_t column = used;
@@ -100,7 +105,8 @@ std::string TableEntry(std::string_view name, std::string_view description, size
   return entry + Wrapped(description, columns, second, second);
 }
 
-std::string Table(const std::vector<std::vector<std::string>>& rows, size_t columns) {
+std::vector<std::string> TableRows(const std::vector<std::vector<std::string>>& rows,
+                                   size_t columns) {
   std::vector<size_t> widths;
   for (const auto& row : rows) {
     widths.resize(std::max(widths.size(), row.size()));
@@ -108,9 +114,9 @@ std::string Table(const std::vector<std::vector<std::string>>& rows, size_t colu
       if (ColumnsOf(row[i]) <= kWidest) widths[i] = std::max(widths[i], ColumnsOf(row[i]));
     }
   }
-  std::string table;
+  std::vector<std::string> lines;
   for (const auto& row : rows) {
-    std::string line;
+    std::string& line = lines.emplace_back();
     size_t start = 0;
     for (size_t i = 0; i < row.size(); ++i) {
       if (i > 0) {
@@ -123,7 +129,14 @@ std::string Table(const std::vector<std::vector<std::string>>& rows, size_t colu
       start += widths[i] + kGap;
     }
     DropBlanks(&line);
-    table += (table.empty() ? "" : "\n") + line;
+  }
+  return lines;
+}
+
+std::string Table(const std::vector<std::vector<std::string>>& rows, size_t columns) {
+  std::string table;
+  for (const std::string& row : TableRows(rows, columns)) {
+    table += (table.empty() ? "" : "\n") + row;
   }
   return table;
 }

@@ -12,11 +12,18 @@
 
 namespace norvik::qel::monitor {
 
+inline constexpr std::string_view kDim = "\033[2m";
+inline constexpr std::string_view kBold = "\033[1m";
+inline constexpr std::string_view kYellow = "\033[33m";
+
 struct Terminal {
   bool is_terminal = false;
   bool has_colour = false;  // never with NO_COLOR, or when TERM is "dumb"
   bool is_limited = false;  // to the columns: a terminal, or COLUMNS is set
   size_t columns = 80;      // COLUMNS overrides those of a terminal
+
+  // Plain where there are no colours, or none is given.
+  std::string Coloured(std::string_view text, std::string_view colour) const;
 };
 
 Terminal StandardOutput();
@@ -30,7 +37,10 @@ std::string Wrapped(std::string_view text, size_t columns, size_t indent = 0, si
 std::string TableEntry(std::string_view name, std::string_view description, size_t columns);
 
 // One line per row where the columns fit. In a row that is too wide the last cell continues on
-// lines of its own, or each cell does. Without a newline at the end.
+// lines of its own, or each cell does.
+std::vector<std::string> TableRows(const std::vector<std::vector<std::string>>& rows,
+                                   size_t columns);
+// The same as one text, without a newline at the end.
 std::string Table(const std::vector<std::vector<std::string>>& rows, size_t columns);
 
 }  // namespace norvik::qel::monitor

@@ -16,10 +16,7 @@ namespace norvik::qel::monitor {
 namespace {
 
 constexpr size_t kNameWidth = 26;
-constexpr std::string_view kDim = "\033[2m";
-constexpr std::string_view kBold = "\033[1m";
 constexpr std::string_view kDeviceMark = "** device: ";
-constexpr std::string_view kYellow = "\033[33m";
 
 std::string Padded(const std::string& text) {
   const size_t columns = ColumnsOf(text);
@@ -87,7 +84,7 @@ class TextOutput : public Output {
   void Explain(const std::string& text) override { Write(Fitted(text)); }
   void Heading(const std::string& text) override {
     EndRepetition();
-    Write("\n" + Coloured(Printable(text), kBold));
+    Write("\n" + terminal_.Coloured(Printable(text), kBold));
   }
 
   void Say(const std::string& text) override {
@@ -106,10 +103,6 @@ class TextOutput : public Output {
     std::string lines = Wrapped(text, terminal_.columns, indent);
     lines.pop_back();  // Write() ends the line
     return lines;
-  }
-
-  std::string Coloured(const std::string& text, std::string_view colour) const {
-    return terminal_.has_colour ? std::string(colour) + text + "\033[0m" : text;
   }
 
   // Of lines that differ in their time only and come together, the first is shown at once and the
@@ -143,7 +136,7 @@ class TextOutput : public Output {
     if (terminal_.is_limited && ColumnsOf(clock + plain + coloured) > terminal_.columns) {
       Write(Fitted(clock + plain + coloured, /*indent=*/4));
     } else {
-      Write(Coloured(clock, kDim) + plain + Coloured(coloured, colour));
+      Write(terminal_.Coloured(clock, kDim) + plain + terminal_.Coloured(coloured, colour));
     }
   }
 

@@ -100,8 +100,8 @@ class InventoryTest(Case):
     def test_status_fits_its_terminal(self):
         for columns in (40, 80):
             for command in ("status", "list", "doctor"):
-                code, out = on_terminal(columns, command)
-                self.assertEqual(code, 0)
+                code, out = on_terminal(columns, command, NO_COLOR="1")
+                self.assertEqual((code, out.count("\033")), (0, 0))
                 self.assertLessEqual(max(map(len, out.splitlines())), columns, out)
         code, out = on_terminal(80, "status", rows=12)
         self.assertEqual((code, len(out.splitlines())), (0, 11))
@@ -115,7 +115,9 @@ class InventoryTest(Case):
         first = first.removeprefix("Device: simulated\n")
         self.assertEqual({len(screen.splitlines()) for screen in others}, {len(first.splitlines())})
         self.assertNotIn("* ", first)
-        self.assertRegex("".join(others), r"\n\* [a-zA-Z_: ]+? {2,}\d")
+        # Bold marks what has changed, yellow what is alarming.
+        self.assertRegex("".join(others), r"\n\033\[1m\* [a-zA-Z_: ]+? {2,}\d")
+        self.assertRegex("".join(others), r"\n.*\033\[33m. (CPU|SKIN):.*, (MODERATE|SEVERE)")
 
     def test_status_follows_with_tables_otherwise(self):
         followed = Started("status", "--follow", "--for", "3s", "--json")
