@@ -40,7 +40,6 @@ std::string Joined(const std::string& first, const std::string& second) {
 
 // Three cells each. On a narrow screen the second and the third one stand below the first.
 std::string Listed(const Rows& rows, size_t columns) {
-  constexpr size_t kNarrow = 60;  // below that the last column would stand below the first one
   if (columns >= kNarrow) return Table(rows, columns);
   std::string text;
   for (const auto& row : rows) {

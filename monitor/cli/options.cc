@@ -15,16 +15,19 @@ namespace norvik::qel::monitor {
 
 namespace {
 
-// What getopt_long() returns for an option: its place in the table, above all letters.
-constexpr int kFirst = 256;
+// What getopt_long() returns for an option: its letter, or its place in the table above all
+// letters.
+int ResultOf(const Option& entry) {
+  constexpr int kFirst = 256;
+  return entry.letter != 0 ? entry.letter : kFirst + static_cast<int>(&entry - AllOptions().data());
+}
 
 std::vector<option> LongOptions() {
   std::vector<option> options;
-  int place = kFirst;
   for (const Option& entry : AllOptions()) {
     const int has_arg = entry.value.empty() ? no_argument : required_argument;
     options.push_back(
-        {.name = entry.name.data(), .has_arg = has_arg, .flag = nullptr, .val = place++});
+        {.name = entry.name.data(), .has_arg = has_arg, .flag = nullptr, .val = ResultOf(entry)});
   }
   options.push_back({});
   return options;
@@ -42,8 +45,7 @@ std::string Letters() {
 // Null for what is no option.
 const Option* OptionOf(int result) {
   for (const Option& entry : AllOptions()) {
-    const auto place = &entry - AllOptions().data() + kFirst;
-    if (result == place || (entry.letter != 0 && result == entry.letter)) return &entry;
+    if (ResultOf(entry) == result) return &entry;
   }
   return nullptr;
 }

@@ -25,7 +25,6 @@ namespace {
 
 constexpr std::chrono::seconds kPeriod(1);
 constexpr size_t kHeadingLines = 2;
-constexpr size_t kNarrow = 60;  // columns; below that there is no room for history bars
 
 // Lines of the terminal below the one that names the device; no limit without a terminal.
 size_t Height() {

@@ -18,16 +18,10 @@ bool IsFound(std::string_view service, const std::vector<ServiceState>& services
   return StateOf(service, services).is_found;
 }
 
-Sensor SensorOf(const SensorProperty& property) {
-  return &property == &kProximity ? Sensor::kProximity : Sensor::kHingeAngle;
-}
-
 // Empty for anything else, and for a sensor that the device does not have.
 std::string DescriptionOfSensor(std::string_view key) {
-  for (const SensorProperty* property : kSensorProperties) {
-    if (property->key == key) return DescriptionOf(SensorOf(*property));
-  }
-  return {};
+  const auto* const property = SensorPropertyOf(key);
+  return property != nullptr ? DescriptionOf(property->sensor) : "";
 }
 
 // The platform's types of limits do not measure heat.
@@ -176,43 +170,34 @@ Session::Wake InventoryReader::WaitForSensors() {
 
 Inventory InventoryReader::Read() {
   Inventory inventory = {.services = LookUpServices()};
-  AddBattery(IsFound(kHealthService, inventory.services), &inventory.items);
-  AddSensors(IsFound(kSensorService, inventory.services), &inventory.items);
-  AddTemperatures(ThermalServiceOf(inventory.services).service, &inventory.items);
-  AddParts(session_.device().Parts(), &inventory);
+  std::vector<Item>& items = inventory.items;
+  // A query of a service that does not run would wait for it.
+  const bool has_health = IsFound(kHealthService, inventory.services);
+  for (const BatteryProperty* property : kBatteryProperties) {
+    Item& item = items.emplace_back(ToItem(kHealthService, *property));
+    if (has_health) item.value = client_.Read(*property).value_or(Value());
+  }
   const bool has_sensors = IsFound(kSensorService, inventory.services);
-  for (Item& item : inventory.items) {
+  for (const SensorProperty* property : kSensorProperties) {
+    Item& item = items.emplace_back(ToItem(kSensorService, *property));
+    if (has_sensors) item.value = ReadingOf(*property, client_, session_);
+  }
+  const auto temperatures = PlatformTemperatures();
+  if (temperatures) {
+    const std::string_view service = ThermalServiceOf(inventory.services).service;
+    for (const TemperatureReport& report : *temperatures) items.push_back(ToItem(service, report));
+  }
+  const auto limits = temperatures ? client_.ReadLimits() : std::nullopt;
+  for (size_t i = 0; i < kChargeLimitProperties.size(); ++i) {
+    Item& item = items.emplace_back(ToItem(kThermalService, *kChargeLimitProperties[i]));
+    if (limits) item.value = (*limits)[i];
+  }
+  AddParts(session_.device().Parts(), &inventory);
+  for (Item& item : items) {
     if (has_sensors && item.source.empty()) item.source = DescriptionOfSensor(item.key);
     if (item.source.empty()) item.source = std::string(item.service) + " service";
   }
   return inventory;
-}
-
-// A query of a service that does not run would wait for it.
-void InventoryReader::AddBattery(bool is_there, std::vector<Item>* items) {
-  for (const BatteryProperty* property : kBatteryProperties) {
-    Item& item = items->emplace_back(ToItem(kHealthService, *property));
-    if (is_there) item.value = client_.Read(*property).value_or(Value());
-  }
-}
-
-void InventoryReader::AddSensors(bool is_there, std::vector<Item>* items) const {
-  for (const SensorProperty* property : kSensorProperties) {
-    Item& item = items->emplace_back(ToItem(kSensorService, *property));
-    if (is_there) item.value = ReadingOf(*property, client_, session_);
-  }
-}
-
-void InventoryReader::AddTemperatures(std::string_view service, std::vector<Item>* items) {
-  const auto temperatures = PlatformTemperatures();
-  if (temperatures) {
-    for (const TemperatureReport& report : *temperatures) items->push_back(ToItem(service, report));
-  }
-  const auto limits = temperatures ? client_.ReadLimits() : std::nullopt;
-  for (size_t i = 0; i < kChargeLimitProperties.size(); ++i) {
-    Item& item = items->emplace_back(ToItem(kThermalService, *kChargeLimitProperties[i]));
-    if (limits) item.value = (*limits)[i];
-  }
 }
 
 }  // namespace norvik::qel::monitor

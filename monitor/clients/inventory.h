@@ -70,10 +70,6 @@ class InventoryReader {
   Inventory Read();
 
  private:
-  void AddBattery(bool is_there, std::vector<Item>* items);
-  void AddSensors(bool is_there, std::vector<Item>* items) const;
-  void AddTemperatures(std::string_view service, std::vector<Item>* items);
-
   Session& session_;
   Client client_;
 };

@@ -55,16 +55,19 @@ inline constexpr std::array kBatteryProperties = {&kBatteryLevel, &kBatteryCycle
                                                   &kWirelessCharger, &kDockCharger};
 
 struct SensorProperty : Property {
+  Sensor sensor;
   int (*register_callback)(void* handle, int id, SensorCallbackFunc callback, void* cookie);
   int (*deregister_callback)(void* handle, int id);
 };
 
 inline constexpr SensorProperty kProximity = {
     {.key = "proximity", .name = "proximity", .unit = " cm"},
+    Sensor::kProximity,
     RegisterProximitySensorCallback,
     DeregisterProximitySensorCallback};
 inline constexpr SensorProperty kHingeAngle = {
     {.key = "hinge_angle", .name = "hinge angle", .unit = " degrees"},
+    Sensor::kHingeAngle,
     RegisterHingeAngleSensorCallback,
     DeregisterHingeAngleSensorCallback};
 inline constexpr std::array kSensorProperties = {&kProximity, &kHingeAngle};

@@ -12,35 +12,24 @@ namespace norvik::qel::monitor {
 
 namespace {
 
-struct Instant {
-  time_t seconds;
-  int milliseconds;
-};
-
-Instant Split(WallTime time) {
+// Numbers only: strftime() with names of days or months would follow the locale.
+std::string Text(WallTime time, tm* (*split)(const time_t*, tm*), char separator) {
   const auto seconds = std::chrono::floor<std::chrono::seconds>(time);
   const auto rest = std::chrono::floor<std::chrono::milliseconds>(time - seconds);
-  return {.seconds = std::chrono::system_clock::to_time_t(seconds),
-          .milliseconds = static_cast<int>(rest.count())};
-}
-
-tm Local(const Instant& instant) {
-  tm local = {};
-  localtime_r(&instant.seconds, &local);
-  return local;
+  const time_t whole = std::chrono::system_clock::to_time_t(seconds);
+  tm parts = {};
+  split(&whole, &parts);
+  char text[96];
+  snprintf(text, sizeof text, "%04d-%02d-%02d%c%02d:%02d:%02d.%03d", parts.tm_year + 1900,
+           parts.tm_mon + 1, parts.tm_mday, separator, parts.tm_hour, parts.tm_min, parts.tm_sec,
+           static_cast<int>(rest.count()));
+  return text;
 }
 
 }  // namespace
 
-// Numbers only: strftime() with names of days or months would follow the locale.
 std::string LocalTime(WallTime time) {
-  const Instant instant = Split(time);
-  const tm local = Local(instant);
-  char text[96];
-  snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d.%03d", local.tm_year + 1900,
-           local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec,
-           instant.milliseconds);
-  return text;
+  return Text(time, localtime_r, ' ');
 }
 
 std::string DateOf(WallTime time) {
@@ -54,13 +43,7 @@ std::string TimeOfDay(WallTime time) {
 }
 
 std::string Iso8601(WallTime time) {
-  const Instant instant = Split(time);
-  tm utc = {};
-  gmtime_r(&instant.seconds, &utc);
-  char text[96];
-  snprintf(text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02d.%03dZ", utc.tm_year + 1900,
-           utc.tm_mon + 1, utc.tm_mday, utc.tm_hour, utc.tm_min, utc.tm_sec, instant.milliseconds);
-  return text;
+  return Text(time, gmtime_r, 'T') + "Z";
 }
 
 std::optional<WallTime> ParseIso8601(const std::string& text) {

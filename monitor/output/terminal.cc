@@ -97,7 +97,7 @@ std::string Wrapped(std::string_view text, size_t columns, size_t indent, size_t
 }
 
 std::string TableEntry(std::string_view name, std::string_view description, size_t columns) {
-  const size_t second = columns < 60 ? 6 : 24;
+  const size_t second = columns < kNarrow ? 6 : 24;
   std::string entry = "  " + std::string(name);
   if (entry.size() + 2 > second) entry = "  " + Wrapped(name, columns, /*indent=*/4, /*used=*/2);
   const size_t used = entry.back() == '\n' ? 0 : entry.size();

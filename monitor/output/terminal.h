@@ -16,6 +16,8 @@ inline constexpr std::string_view kDim = "\033[2m";
 inline constexpr std::string_view kBold = "\033[1m";
 inline constexpr std::string_view kYellow = "\033[33m";
 
+inline constexpr size_t kNarrow = 60;  // columns; with fewer there is no room for tables
+
 struct Terminal {
   bool is_terminal = false;
   bool has_colour = false;  // never with NO_COLOR, or when TERM is "dumb"
