@@ -8,7 +8,6 @@
 #include "cli/session.h"
 #include "clients/inventory.h"
 #include "output/printable.h"
-#include "output/table.h"
 #include "output/terminal.h"
 
 namespace norvik::qel::monitor {

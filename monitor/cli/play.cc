@@ -1,15 +1,23 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
+#include <sstream>
 #include <string>
 
 #include "cli/commands.h"
 #include "cli/options.h"
 #include "output/output.h"
 #include "recording/recording_reader.h"
+#include "scenario/demo_scenario.h"
 #include "scenario/playback.h"
 
 namespace norvik::qel::monitor {
+
+int Demo(const Options& options, Output& output) {
+  std::istringstream text{std::string(kDemoScenario)};
+  return PlayBack(ReadRecording(text, kDemoScenarioName), "Demo",
+                  "Playing the demo on a simulated phone.", options, output);
+}
 
 int Play(const Options& options, Output& output) {
   if (options.speed && options.step) throw UsageError("--step cannot be combined with --speed");
@@ -18,10 +26,9 @@ int Play(const Options& options, Output& output) {
     throw UsageError("play: --step reads Enter from standard input, so - cannot be the recording");
   }
   const Recording recording = ReadRecording(path);
-  const std::string pace = options.step ? ", an event at each Enter." : ".";
-  return PlayBack(recording,
-                  {.title = "Play",
-                   .introduction = "Playing " + recording.name + " on a simulated phone" + pace},
+  return PlayBack(recording, "Play",
+                  "Playing " + recording.name + " on a simulated phone" +
+                      (options.step ? ", an event at each Enter." : "."),
                   options, output);
 }
 

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "cli/commands.h"
-#include "cli/run_scripts.h"
+#include "cli/device_script.h"
 #include "cli/session.h"
 #include "clients/all_clients.h"
 #include "recording/recorder.h"
@@ -34,7 +34,7 @@ int Record(const Options& options, Output& output) {
   join(kThermalFamily);
   // The rest is recorded.
   if (refused) Complain(kRefusal);
-  AllScripts(session.device()).Run(session, EndOf(options));
+  DeviceScript(session.device()).Run(session, EndOf(options));
   const int event_count = recorder.event_count();
   // Its time is the recording's length.
   recorder.NoteAct(Narration{.text = "The recording ends."});

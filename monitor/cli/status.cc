@@ -14,10 +14,9 @@
 #include <vector>
 
 #include "cli/commands.h"
-#include "cli/run_scripts.h"
+#include "cli/device_script.h"
 #include "cli/session.h"
 #include "clients/inventory.h"
-#include "output/table.h"
 #include "output/terminal.h"
 
 namespace norvik::qel::monitor {
@@ -185,7 +184,7 @@ int Status(const Options& options, Output& output) {
   Session session(options, output, {.show_events = false, .show_notices = !options.follow});
   InventoryReader reader(session);
   StatusScreen screen(options, output);
-  AllScripts scripts(session.device());
+  DeviceScript script(session.device());
   const auto end = EndOf(options);
   auto wake = reader.WaitForSensors();
   auto next = Session::Clock::now();
@@ -193,7 +192,7 @@ int Status(const Options& options, Output& output) {
     screen.Show(reader.Read());
     if (!options.follow || next >= end) break;
     next = std::min(next + kPeriod, end);
-    scripts.Run(session, next);
+    script.Run(session, next);
     wake = session.WaitUntil(Session::Clock::now());
   }
   return wake == Session::Wake::kStop && !options.follow ? kExitInterrupted : EXIT_SUCCESS;

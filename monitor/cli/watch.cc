@@ -2,19 +2,15 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <algorithm>
-#include <optional>
 
 #include "cli/commands.h"
-#include "cli/run_scripts.h"
+#include "cli/device_script.h"
 #include "cli/session.h"
 #include "cli/thermal_operands.h"
 #include "clients/battery_client.h"
 #include "clients/inventory.h"
 #include "clients/sensor_client.h"
 #include "clients/thermal_client.h"
-#include "scenario/battery_script.h"
-#include "scenario/sensor_script.h"
-#include "scenario/thermal_script.h"
 
 namespace norvik::qel::monitor {
 
@@ -43,9 +39,7 @@ int WatchBattery(const Options& options, Output& output) {
   Session session(options, output, {});
   BatteryClient client(session.events());
   if (!client.Register()) return session.Fail(kRefusal);
-  std::optional<BatteryScript> script;
-  if (BatteryDriver* driver = session.device().battery_driver()) script.emplace(*driver);
-  RunScripts(session, {script ? &*script : nullptr}, EndOf(options));
+  DeviceScript(session.device(), options.command->service).Run(session, EndOf(options));
   return EXIT_SUCCESS;
 }
 
@@ -57,9 +51,7 @@ int WatchSensors(const Options& options, Output& output) {
   for (const SensorProperty* sensor : client.absent_sensors()) {
     output.ShowReading(*sensor, Absent());
   }
-  std::optional<SensorScript> script;
-  if (SensorDriver* driver = session.device().sensor_driver()) script.emplace(*driver);
-  RunScripts(session, {script ? &*script : nullptr}, EndOf(options));
+  DeviceScript(session.device(), options.command->service).Run(session, EndOf(options));
   return EXIT_SUCCESS;
 }
 
@@ -76,9 +68,7 @@ int WatchThermal(const Options& options, Output& output) {
   }
   const Clock::time_point end = EndOf(options);
   ExplainSilence(session, end);
-  std::optional<ThermalScript> script;
-  if (ThermalDriver* driver = session.device().thermal_driver()) script.emplace(*driver);
-  RunScripts(session, {script ? &*script : nullptr}, end);
+  DeviceScript(session.device(), options.command->service).Run(session, end);
   return EXIT_SUCCESS;
 }
 

@@ -63,7 +63,12 @@ bool Covers(std::string_view subject, std::string_view property) {
 Property PropertyOf(std::string_view key) {
   if (const auto* battery = BatteryPropertyOf(key)) return *battery;
   if (const auto* sensor = SensorPropertyOf(key)) return *sensor;
+  if (const auto* limits = Find(kChargeLimitProperties, key)) return *limits;
   return {.key = key, .name = key, .unit = ""};
+}
+
+const SensorProperty& PropertyOf(Sensor sensor) {
+  return sensor == Sensor::kProximity ? kProximity : kHingeAngle;
 }
 
 std::string_view FamilyOfService(std::string_view service) {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "clients/battery_properties.h"
+#include "clients/event.h"
 #include "clients/sensor_properties.h"
 
 namespace norvik::qel::monitor {
@@ -38,6 +39,7 @@ bool Covers(std::string_view subject, std::string_view property);
 
 // As which the values of a property that has no table are shown, too: a temperature's throttling.
 Property PropertyOf(std::string_view key);
+const SensorProperty& PropertyOf(Sensor sensor);
 
 std::string_view FamilyOfService(std::string_view service);
 

@@ -119,6 +119,13 @@ Json::Value JsonNumber(std::optional<float> number) {
   return ParseDecimal(shortest).value_or(*number);
 }
 
+Json::Value JsonOf(const Value& value) {
+  if (const int* number = std::get_if<int>(&value)) return *number;
+  if (const bool* online = std::get_if<bool>(&value)) return *online;
+  if (const float* number = std::get_if<float>(&value)) return JsonNumber(*number);
+  return {};
+}
+
 std::string ToLine(const Json::Value& value) {
   static const Json::StreamWriterBuilder kBuilder = [] {
     Json::StreamWriterBuilder builder;

@@ -11,6 +11,8 @@
 #include <string>
 #include <string_view>
 
+#include "clients/value.h"
+
 namespace norvik::qel::monitor {
 
 inline Json::Value JsonText(std::string_view text) {
@@ -19,6 +21,8 @@ inline Json::Value JsonText(std::string_view text) {
 // The shortest number that is read as the same float again: as a double, 36.6F is 36.59999847.
 // Null when it is unknown or not finite.
 Json::Value JsonNumber(std::optional<float> number);
+// Of a number or a state. Null for what is unknown or absent; how severities look the caller says.
+Json::Value JsonOf(const Value& value);
 
 // On one line, in ASCII. Bytes that are not UTF-8 are replaced.
 std::string ToLine(const Json::Value& value);

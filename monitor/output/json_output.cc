@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
+#include <array>
 #include <chrono>
 #include <string>
 #include <variant>
@@ -21,37 +22,19 @@ Json::Value ToJson(Severity severity) {
 }
 
 Json::Value ToJson(const Value& value) {
-  if (const int* number = std::get_if<int>(&value)) return *number;
-  if (const bool* online = std::get_if<bool>(&value)) return *online;
-  if (const float* number = std::get_if<float>(&value)) return JsonNumber(*number);
   if (const Severity* severity = std::get_if<Severity>(&value)) return ToJson(*severity);
   if (const Severities* several = std::get_if<Severities>(&value)) {
     Json::Value list(Json::arrayValue);
     for (const Severity severity : *several) list.append(ToJson(severity));
     return list;
   }
-  return {};
+  return JsonOf(value);
 }
 
-const char* EventName(DeviceEvent::Kind kind) {
-  switch (kind) {
-    case DeviceEvent::Kind::kServiceStarted:
-      return "service_started";
-    case DeviceEvent::Kind::kServiceDied:
-      return "service_died";
-    case DeviceEvent::Kind::kCallbackRegistered:
-      return "callback_registered";
-    case DeviceEvent::Kind::kCallbackUnregistered:
-      return "callback_unregistered";
-    case DeviceEvent::Kind::kCallRefused:
-      return "call_refused";
-    case DeviceEvent::Kind::kNotice:
-      return "notice";
-    case DeviceEvent::Kind::kReported:
-      return "reported";
-  }
-  return "notice";
-}
+// By kind.
+constexpr auto kEventNames =
+    std::to_array<const char*>({"service_started", "service_died", "callback_registered",
+                                "callback_unregistered", "call_refused", "notice", "reported"});
 
 JsonLine Line(const char* event, WallTime time = std::chrono::system_clock::now()) {
   return JsonLine().Add("time", Iso8601(time)).Add("event", event);
@@ -92,8 +75,7 @@ class JsonOutput : public Output {
               .Add("success", success)
               .Add("callbacks", observed.callbacks())
               .Add("deaths", observed.count(Kind::kServiceDied, kHealthService))
-              .Add("thermal_deaths", observed.count(Kind::kServiceDied, kThermalService) +
-                                         observed.count(Kind::kServiceDied, kHidlThermalService))
+              .Add("thermal_deaths", observed.thermal_deaths())
               .Add("relinks", observed.relinks())
               .Add("refusals", observed.count(Kind::kCallRefused, kHealthService))
               .Add("text", text));
@@ -108,7 +90,8 @@ class JsonOutput : public Output {
   }
 
   static JsonLine Describe(const DeviceEvent& event, WallTime time) {
-    JsonLine line = Line(EventName(event.kind), time).Add("service", event.service);
+    JsonLine line =
+        Line(kEventNames.at(static_cast<size_t>(event.kind)), time).Add("service", event.service);
     if (!event.detail.empty()) line.Add("detail", event.detail);
     return line;
   }

@@ -30,6 +30,11 @@ int Observed::count(DeviceEvent::Kind kind, std::string_view service) const {
   return found != device_events_.end() ? found->second : 0;
 }
 
+int Observed::thermal_deaths() const {
+  return count(DeviceEvent::Kind::kServiceDied, kThermalService) +
+         count(DeviceEvent::Kind::kServiceDied, kHidlThermalService);
+}
+
 int Observed::relinks() const {
   return std::max(0, count(DeviceEvent::Kind::kCallbackRegistered, kHealthService) - 1);
 }

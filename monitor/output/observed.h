@@ -24,6 +24,8 @@ class Observed {
   int callbacks() const { return callbacks_; }
   int callbacks(const Property& property) const;
   int count(DeviceEvent::Kind kind, std::string_view service) const;
+  // Of both kinds of thermal services.
+  int thermal_deaths() const;
   // Links to the health service after the first.
   int relinks() const;
   // As the callbacks heard it last.

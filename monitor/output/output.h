@@ -13,8 +13,8 @@
 
 #include "clients/event.h"
 #include "clients/value.h"
-#include "output/line_writer.h"
 #include "output/observed.h"
+#include "output/write.h"
 
 namespace norvik::qel::monitor {
 

@@ -84,19 +84,176 @@ class Script {
         Seconds(timeline.began->time_since_epoch()).count() + static_cast<double>(clock_.tm_gmtoff);
   }
 
-  std::string Make(const std::string& title, PlotFormat format);
+  std::string Make(const std::string& title, const std::string& terminal) {
+    for (int i = 0; i <= static_cast<int>(Quantity::kService); ++i) {
+      const Quantity quantity{i};
+      const bool is_bars = quantity == Quantity::kCharger || quantity == Quantity::kSeverity ||
+                           quantity == Quantity::kService;
+      is_bars ? AddBars(quantity) : AddCurves(quantity);
+    }
+    if (panels_.empty()) return "";
+    panels_.insert(last_panel_, "set format x F timedate\n");
+    height_ += 62;
+    const double width = left_ + 660 + right_;
+    std::array<char, 64> clock;
+    strftime(clock.data(), clock.size(),
+             timeline_.began ? ", %Y-%m-%d (UTC%z)" : ", time since the beginning", &clock_);
+    return "set terminal " + terminal + " noenhanced background rgb 'white' size " + Number(width) +
+           "," + Number(height_) + "\nset encoding utf8\n" + data_ + "X = 0. + " + Number(width) +
+           "\nY = 0. + " + Number(height_) + "\nset multiplot\nset lmargin at screen " +
+           Number(left_) + "/X\nset rmargin at screen 1 - " + Number(right_) +
+           "/X\nset key at screen 1 - " + Number(right_ - 8) +
+           "/X, graph 1 left top Left reverse samplen 2 spacing 1.1\n"
+           "set grid xtics ytics lt 1 lw .5 lc rgb '#dddddd'\nset border lc rgb '#888888'\n"
+           "set style fill solid border\nset tics scale .5 nomirror textcolor rgb 'black'\n" +
+           TimeTics() + "set format x ''\nset xrange [" + Number(begin_) + ":" +
+           Number(begin_ + length_) + "]\nset label 1 " + Quoted(title + clock.data()) +
+           " at screen " + Number(left_) + "/X, screen 1 - 24/Y font ',14'\n" + panels_ +
+           "unset multiplot\n";
+  }
 
  private:
-  void AddCurves(Quantity quantity);
-  void AddBars(Quantity quantity);
-  void PlotMoments(std::vector<std::string>& lanes);
-  void PlotDeaths(std::string_view family);
+  void AddCurves(Quantity quantity) {
+    double low = NAN;
+    double high = NAN;
+    size_t count = 0;
+    for (const auto& [key, curve] : timeline_.curves) {
+      if (key.first != quantity) continue;
+      for (const auto& point : curve) {
+        low = std::fmin(low, point.value);
+        high = std::fmax(high, point.value);
+      }
+      // Cycles that do not change are in no panel.
+      if (quantity == Quantity::kCycles && low == high) continue;
+      if (count == 0) PlotDeaths(FamilyOfQuantity(quantity));
+      Rows rows;
+      for (const auto& [at, value] : curve) rows.push_back({begin_ + at, value, 0});
+      rows.push_back({begin_ + length_, curve.back().value, 0});
+      Plot(rows, std::string("1:2 with steps lw 2.2 dt ") + kDashes[count / 8 % kDashes.size()],
+           kColours[count % kColours.size()], key.second);
+      ++count;
+    }
+    if (count == 0) return;
+    const double margin = std::max(1.0, (high - low) / 12);
+    const double step = (high - low + 2 * margin) / 6;
+    const double decade = std::pow(10, std::floor(std::log10(step)));
+    const double round = step <= decade ? 1 : step <= 2 * decade ? 2 : step <= 5 * decade ? 5 : 10;
+    Add(quantity, 96, low - margin, high + margin, Number(std::max(1.0, round * decade)));
+  }
+
+  // A lane for each name, the first of them on top.
+  void AddBars(Quantity quantity) {
+    std::vector<std::string> lanes;
+    std::map<int, Rows> bars;
+    for (const auto& [key, curve] : timeline_.curves) {
+      if (key.first != quantity) continue;
+      lanes.push_back(key.second);
+      for (size_t i = 0; i < curve.size(); ++i) {
+        const double to = i + 1 < curve.size() ? curve[i + 1].at : length_;
+        if (!std::isfinite(curve[i].value)) continue;
+        bars[static_cast<int>(curve[i].value)].push_back(
+            {begin_ + curve[i].at, begin_ + to, static_cast<double>(lanes.size())});
+      }
+    }
+    if (quantity != Quantity::kService) PlotDeaths(FamilyOfQuantity(quantity));
+    for (const auto& [value, rows] : bars) {
+      const Look look = LookOf(quantity, value);
+      if (!look.title.empty()) Plot(rows, kBar, look.colour, look.title);
+    }
+    if (quantity == Quantity::kService) PlotMoments(lanes);
+    std::string tics;
+    for (size_t i = 0; i < lanes.size(); ++i) {
+      tics += (i == 0 ? "(" : ", ") + Quoted(lanes[i]) + " " + std::to_string(i + 1);
+      left_ = std::max(left_, 20 + WidthOf(lanes[i]));
+    }
+    const auto count = static_cast<double>(lanes.size());
+    if (titles_ > 0) Add(quantity, kLineHeight * count, count + .6, .4, tics + ")");
+    plots_.clear();
+  }
+
+  void PlotMoments(std::vector<std::string>& lanes) {
+    struct Point {
+      Timeline::Moment::Kind kind;
+      const char* type;
+      const char* colour;
+      const char* title;
+    };
+    using Kind = Timeline::Moment::Kind;
+    constexpr std::array kPoints = {Point{Kind::kDied, "2 lw 2", "#cc0000", "service dies"},
+                                    Point{Kind::kRefused, "5", "#e69f00", "service refuses a call"},
+                                    Point{Kind::kRegistered, "9", "#00563e", "library registers"},
+                                    Point{Kind::kCalled, "7 ps .6", "#0072b2", "client is called"}};
+    for (const auto& [kind, type, colour, title] : kPoints) {
+      Rows rows;
+      for (const auto& moment : timeline_.moments) {
+        if (moment.kind != kind) continue;
+        auto lane = std::find(lanes.begin(), lanes.end(), moment.lane);
+        if (lane == lanes.end()) lane = lanes.insert(lane, moment.lane);
+        rows.push_back({begin_ + moment.at, 0, static_cast<double>(lane - lanes.begin() + 1)});
+      }
+      if (rows.empty()) continue;
+      Plot(rows, std::string("1:3 with points pt ") + type, colour, title);
+    }
+  }
+
+  // In the panels of what the services report.
+  void PlotDeaths(std::string_view family) {
+    Rows rows;
+    for (const auto& [key, life] : timeline_.curves) {
+      if (key.first != Quantity::kService ||
+          FamilyOfService(key.second.substr(0, key.second.rfind(' '))) != family)
+        continue;
+      for (size_t i = 0; i < life.size(); ++i) {
+        const double to = i + 1 < life.size() ? life[i + 1].at : length_;
+        if (life[i].value == 0) rows.push_back({begin_ + life[i].at, begin_ + to, 0});
+      }
+    }
+    if (!rows.empty()) Plot(rows, kDeath, "#cc0000", "");
+  }
+
   // The title of the legend may be empty.
   void Plot(const Rows& rows, const std::string& style, const std::string& colour,
-            const std::string& title);
+            const std::string& title) {
+    const std::string name = "$data" + std::to_string(data_count_++);
+    data_ += name + " << END\n";
+    for (const auto& [x, y, z] : rows) {
+      data_ += Number(x) + " " + Number(y) + " " + Number(z) + "\n";
+    }
+    data_ += "END\n";
+    plots_ += (plots_.empty() ? "plot " : ", ") + name + " using " + style + " lc rgb '" + colour +
+              (title.empty() ? "' notitle" : "' title " + Quoted(title));
+    if (title.empty()) return;
+    right_ = std::max(right_, 60 + WidthOf(title));
+    ++titles_;
+  }
+
   // Ends a panel: all that has been plotted, between two values.
-  void Add(Quantity quantity, double height, double low, double high, const std::string& tics);
-  std::string TimeTics() const;
+  void Add(Quantity quantity, double height, double low, double high, const std::string& tics) {
+    last_panel_ = panels_.size();
+    height_ += 34;  // for the title
+    panels_ += "set tmargin at screen 1 - " + Number(height_) + "/Y\n";
+    height_ += std::max(height, kLineHeight * std::exchange(titles_, 0));
+    panels_ += "set bmargin at screen 1 - " + Number(height_) + "/Y\nL = " + Number(low) +
+               "\nH = " + Number(high) + "\nset yrange [L:H]\nset ytics " + tics +
+               "\nset label 2 " + Quoted(TextOf(quantity)) + " at graph 0, graph 1 offset 0,.6\n" +
+               std::exchange(plots_, "") + "\nunset label 1\n";
+  }
+
+  // At most nine of them, at round times.
+  std::string TimeTics() const {
+    constexpr auto kSteps = std::to_array<double>(
+        {.01, .02, .05, .1,   .2,   .5,   1,     2,     5,     10,    15,     30,     60,     120,
+         300, 600, 900, 1800, 3600, 7200, 10800, 21600, 43200, 86400, 172800, 604800, 2592000});
+    const double step = *std::find_if(kSteps.begin(), kSteps.end() - 1,
+                                      [&](double each) { return length_ / each <= 8; });
+    const bool is_of_days = std::floor(begin_ / 86400) != std::floor((begin_ + length_) / 86400);
+    const char* const format = is_of_days && step >= 60
+                                   ? timeline_.began ? "%H:%M\\n%d %b" : "%H:%M\\nday %j"
+                               : step >= 60 ? "%H:%M"
+                               : step >= 1  ? "%H:%M:%S"
+                                            : "%H:%M:%.2S";
+    return "set xtics time " + Number(step) + "\nF = \"" + format + "\"\n";
+  }
 
   const Timeline& timeline_;
   const double length_;
@@ -114,181 +271,11 @@ class Script {
   double height_ = 36;
 };
 
-void Script::AddCurves(Quantity quantity) {
-  double low = NAN;
-  double high = NAN;
-  size_t count = 0;
-  for (const auto& [key, curve] : timeline_.curves) {
-    if (key.first != quantity) continue;
-    for (const auto& point : curve) {
-      low = std::fmin(low, point.value);
-      high = std::fmax(high, point.value);
-    }
-    // Cycles that do not change are in no panel.
-    if (quantity == Quantity::kCycles && low == high) continue;
-    if (count == 0) PlotDeaths(FamilyOfQuantity(quantity));
-    Rows rows;
-    for (const auto& [at, value] : curve) rows.push_back({begin_ + at, value, 0});
-    rows.push_back({begin_ + length_, curve.back().value, 0});
-    Plot(rows, std::string("1:2 with steps lw 2.2 dt ") + kDashes[count / 8 % kDashes.size()],
-         kColours[count % kColours.size()], key.second);
-    ++count;
-  }
-  if (count == 0) return;
-  const double margin = std::max(1.0, (high - low) / 12);
-  const double step = (high - low + 2 * margin) / 6;
-  const double decade = std::pow(10, std::floor(std::log10(step)));
-  const double round = step <= decade ? 1 : step <= 2 * decade ? 2 : step <= 5 * decade ? 5 : 10;
-  Add(quantity, 96, low - margin, high + margin, Number(std::max(1.0, round * decade)));
-}
-
-// A lane for each name, the first of them on top.
-void Script::AddBars(Quantity quantity) {
-  std::vector<std::string> lanes;
-  std::map<int, Rows> bars;
-  for (const auto& [key, curve] : timeline_.curves) {
-    if (key.first != quantity) continue;
-    lanes.push_back(key.second);
-    for (size_t i = 0; i < curve.size(); ++i) {
-      const double to = i + 1 < curve.size() ? curve[i + 1].at : length_;
-      if (!std::isfinite(curve[i].value)) continue;
-      bars[static_cast<int>(curve[i].value)].push_back(
-          {begin_ + curve[i].at, begin_ + to, static_cast<double>(lanes.size())});
-    }
-  }
-  if (quantity != Quantity::kService) PlotDeaths(FamilyOfQuantity(quantity));
-  for (const auto& [value, rows] : bars) {
-    const Look look = LookOf(quantity, value);
-    if (!look.title.empty()) Plot(rows, kBar, look.colour, look.title);
-  }
-  if (quantity == Quantity::kService) PlotMoments(lanes);
-  std::string tics;
-  for (size_t i = 0; i < lanes.size(); ++i) {
-    tics += (i == 0 ? "(" : ", ") + Quoted(lanes[i]) + " " + std::to_string(i + 1);
-    left_ = std::max(left_, 20 + WidthOf(lanes[i]));
-  }
-  const auto count = static_cast<double>(lanes.size());
-  if (titles_ > 0) Add(quantity, kLineHeight * count, count + .6, .4, tics + ")");
-  plots_.clear();
-}
-
-void Script::PlotMoments(std::vector<std::string>& lanes) {
-  struct Point {
-    Timeline::Moment::Kind kind;
-    const char* type;
-    const char* colour;
-    const char* title;
-  };
-  using Kind = Timeline::Moment::Kind;
-  constexpr std::array kPoints = {Point{Kind::kDied, "2 lw 2", "#cc0000", "service dies"},
-                                  Point{Kind::kRefused, "5", "#e69f00", "service refuses a call"},
-                                  Point{Kind::kRegistered, "9", "#00563e", "library registers"},
-                                  Point{Kind::kCalled, "7 ps .6", "#0072b2", "client is called"}};
-  for (const auto& [kind, type, colour, title] : kPoints) {
-    Rows rows;
-    for (const auto& moment : timeline_.moments) {
-      if (moment.kind != kind) continue;
-      auto lane = std::find(lanes.begin(), lanes.end(), moment.lane);
-      if (lane == lanes.end()) lane = lanes.insert(lane, moment.lane);
-      rows.push_back({begin_ + moment.at, 0, static_cast<double>(lane - lanes.begin() + 1)});
-    }
-    if (rows.empty()) continue;
-    Plot(rows, std::string("1:3 with points pt ") + type, colour, title);
-  }
-}
-
-// In the panels of what the services report.
-void Script::PlotDeaths(std::string_view family) {
-  Rows rows;
-  for (const auto& [key, life] : timeline_.curves) {
-    if (key.first != Quantity::kService ||
-        FamilyOfService(key.second.substr(0, key.second.rfind(' '))) != family)
-      continue;
-    for (size_t i = 0; i < life.size(); ++i) {
-      const double to = i + 1 < life.size() ? life[i + 1].at : length_;
-      if (life[i].value == 0) rows.push_back({begin_ + life[i].at, begin_ + to, 0});
-    }
-  }
-  if (!rows.empty()) Plot(rows, kDeath, "#cc0000", "");
-}
-
-void Script::Plot(const Rows& rows, const std::string& style, const std::string& colour,
-                  const std::string& title) {
-  const std::string name = "$data" + std::to_string(data_count_++);
-  data_ += name + " << END\n";
-  for (const auto& [x, y, z] : rows) {
-    data_ += Number(x) + " " + Number(y) + " " + Number(z) + "\n";
-  }
-  data_ += "END\n";
-  plots_ += (plots_.empty() ? "plot " : ", ") + name + " using " + style + " lc rgb '" + colour +
-            (title.empty() ? "' notitle" : "' title " + Quoted(title));
-  if (title.empty()) return;
-  right_ = std::max(right_, 60 + WidthOf(title));
-  ++titles_;
-}
-
-void Script::Add(Quantity quantity, double height, double low, double high,
-                 const std::string& tics) {
-  last_panel_ = panels_.size();
-  height_ += 34;  // for the title
-  panels_ += "set tmargin at screen 1 - " + Number(height_) + "/Y\n";
-  height_ += std::max(height, kLineHeight * std::exchange(titles_, 0));
-  panels_ += "set bmargin at screen 1 - " + Number(height_) + "/Y\nL = " + Number(low) +
-             "\nH = " + Number(high) + "\nset yrange [L:H]\nset ytics " + tics + "\nset label 2 " +
-             Quoted(TextOf(quantity)) + " at graph 0, graph 1 offset 0,.6\n" +
-             std::exchange(plots_, "") + "\nunset label 1\n";
-}
-
-// At most nine of them, at round times.
-std::string Script::TimeTics() const {
-  constexpr auto kSteps = std::to_array<double>(
-      {.01, .02, .05, .1,   .2,   .5,   1,     2,     5,     10,    15,     30,     60,     120,
-       300, 600, 900, 1800, 3600, 7200, 10800, 21600, 43200, 86400, 172800, 604800, 2592000});
-  const double step = *std::find_if(kSteps.begin(), kSteps.end() - 1,
-                                    [&](double each) { return length_ / each <= 8; });
-  const bool is_of_days = std::floor(begin_ / 86400) != std::floor((begin_ + length_) / 86400);
-  const char* const format = is_of_days && step >= 60
-                                 ? timeline_.began ? "%H:%M\\n%d %b" : "%H:%M\\nday %j"
-                             : step >= 60 ? "%H:%M"
-                             : step >= 1  ? "%H:%M:%S"
-                                          : "%H:%M:%.2S";
-  return "set xtics time " + Number(step) + "\nF = \"" + format + "\"\n";
-}
-
-std::string Script::Make(const std::string& title, PlotFormat format) {
-  for (int i = 0; i <= static_cast<int>(Quantity::kService); ++i) {
-    const Quantity quantity{i};
-    const bool is_bars = quantity == Quantity::kCharger || quantity == Quantity::kSeverity ||
-                         quantity == Quantity::kService;
-    is_bars ? AddBars(quantity) : AddCurves(quantity);
-  }
-  if (panels_.empty()) return "";
-  panels_.insert(last_panel_, "set format x F timedate\n");
-  height_ += 62;
-  const double width = left_ + 660 + right_;
-  std::array<char, 64> clock;
-  strftime(clock.data(), clock.size(),
-           timeline_.began ? ", %Y-%m-%d (UTC%z)" : ", time since the beginning", &clock_);
-  return std::string("set terminal ") +
-         (format == PlotFormat::kSvg ? "svg font 'sans-serif,13'" : "pngcairo font 'sans,10'") +
-         " noenhanced background rgb 'white' size " + Number(width) + "," + Number(height_) +
-         "\nset encoding utf8\n" + data_ + "X = 0. + " + Number(width) + "\nY = 0. + " +
-         Number(height_) + "\nset multiplot\nset lmargin at screen " + Number(left_) +
-         "/X\nset rmargin at screen 1 - " + Number(right_) + "/X\nset key at screen 1 - " +
-         Number(right_ - 8) +
-         "/X, graph 1 left top Left reverse samplen 2 spacing 1.1\n"
-         "set grid xtics ytics lt 1 lw .5 lc rgb '#dddddd'\nset border lc rgb '#888888'\n"
-         "set style fill solid border\nset tics scale .5 nomirror textcolor rgb 'black'\n" +
-         TimeTics() + "set format x ''\nset xrange [" + Number(begin_) + ":" +
-         Number(begin_ + length_) + "]\nset label 1 " + Quoted(title + clock.data()) +
-         " at screen " + Number(left_) + "/X, screen 1 - 24/Y font ',14'\n" + panels_ +
-         "unset multiplot\n";
-}
-
 }  // namespace
 
-std::string PlotScript(const Timeline& timeline, const std::string& title, PlotFormat format) {
-  return Script(timeline).Make(title, format);
+std::string PlotScript(const Timeline& timeline, const std::string& title,
+                       const std::string& terminal) {
+  return Script(timeline).Make(title, terminal);
 }
 
 }  // namespace norvik::qel::monitor

@@ -10,9 +10,9 @@
 
 namespace norvik::qel::monitor {
 
-enum class PlotFormat { kSvg, kPng };
-
-// A panel for each quantity above one axis of time. Empty when there is nothing to draw.
-std::string PlotScript(const Timeline& timeline, const std::string& title, PlotFormat format);
+// A panel for each quantity above one axis of time. `terminal`: gnuplot's, with its font. Empty
+// when there is nothing to draw.
+std::string PlotScript(const Timeline& timeline, const std::string& title,
+                       const std::string& terminal);
 
 }  // namespace norvik::qel::monitor

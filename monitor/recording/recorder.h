@@ -4,11 +4,12 @@
 // Writes a recording while things happen.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "cli/options.h"
-#include "recording/recording_writer.h"
+#include "recording/recording.h"
 
 namespace norvik::qel::monitor {
 
@@ -34,12 +35,12 @@ class Recorder {
   const std::string& failure() const { return failure_; }
 
  private:
-  [[nodiscard]] bool Write(RecordedEvent event, WallTime time);
+  [[nodiscard]] bool Write(const RecordedWhat& what, WallTime time);
   [[nodiscard]] bool WriteLine(std::string line);
 
   const std::string path_;
   const WallTime begin_;
-  RecordingWriter writer_;
+  std::optional<BatteryReport> battery_;  // as it was written last
   Seconds last_{};
   int fd_;
   int line_count_ = 0;

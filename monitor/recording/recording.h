@@ -8,6 +8,7 @@
 #include <array>
 #include <chrono>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -53,13 +54,12 @@ struct Question {
 // No client is called that no expectation speaks of.
 struct Silence {
   std::string subject;
-  Seconds duration;
 };
 
 // Something that comes of itself: clients that are called, what the services see of the library.
 struct Expectation {
   std::variant<ClientCalled, DeviceEvent, Silence> what;
-  Seconds within;  // real time
+  Seconds within;  // real time; all of it for a silence
 };
 
 using RecordedWhat = std::variant<DeviceEvent, ClientJoined, ClientLeft, ClientCalled, Scene,
@@ -99,6 +99,22 @@ inline constexpr std::array kQuestions = {kBatteryQuestion, kTemperaturesQuestio
 
 inline constexpr std::array kServices = {kHealthService, kSensorService, kThermalService,
                                          kHidlThermalService};
+
+// What a service tells of itself, by the key at which a line names the service.
+struct ServiceEventKey {
+  const char* key;
+  DeviceEvent::Kind kind;
+};
+inline constexpr ServiceEventKey kServiceEvents[] = {
+    {"started", DeviceEvent::Kind::kServiceStarted},
+    {"died", DeviceEvent::Kind::kServiceDied},
+    {"registered", DeviceEvent::Kind::kCallbackRegistered},
+    {"unregistered", DeviceEvent::Kind::kCallbackUnregistered},
+    {"refused", DeviceEvent::Kind::kCallRefused}};
+// Those that the library's calls lead to.
+inline constexpr auto kLibraryEvents = std::span(kServiceEvents).subspan<2>();
+
+inline constexpr std::array kSensors = {Sensor::kProximity, Sensor::kHingeAngle};
 
 // "demo.jsonl: the device 'simulated'".
 std::string TitleOf(const Recording& recording);

@@ -8,39 +8,32 @@
 #include <utility>
 
 #include "clients/subjects.h"
-#include "scenario/scenario_events.h"
+#include "clients/thermal_properties.h"
 
 namespace norvik::qel::monitor {
 
 namespace {
 
 using Kind = DeviceEvent::Kind;
-constexpr double kLongest = 366.0 * 24 * 60 * 60;  // seconds
-
-RecordedWhat ReadRegistration(Kind kind, RecordingFields& fields, const std::string& key) {
-  DeviceEvent event = ReadServiceEvent(kind, fields, key);
-  if (fields.Has("sensor")) event.detail = fields.Text("sensor");
-  return event;
-}
-
-RecordedWhat ReadRefused(RecordingFields& fields) {
-  DeviceEvent event = ReadServiceEvent(Kind::kCallRefused, fields, "refused");
-  event.detail = fields.Text("call");
-  if (fields.Has("reason")) event.detail += ": " + fields.Text("reason");
-  return event;
-}
-
-RecordedWhat ReadNotice(RecordingFields& fields) {
-  DeviceEvent event = {.kind = Kind::kNotice, .service = "", .detail = fields.Text("notice")};
-  if (fields.Has("service")) event.service = fields.Choice("service", kServices);
-  return event;
-}
+constexpr int kMostRefusals = 1000;
+constexpr double kLongestWaitSeconds = 3600;
+// The library may wait five seconds for a service in one attempt to link.
+constexpr Seconds kUsualWait(15);
 
 DeviceEvent Reported(std::string_view service, Report report) {
   return {.kind = Kind::kReported, .service = std::string(service), .report = std::move(report)};
 }
 
-RecordedWhat ReadTemperature(RecordingFields fields) {
+DeviceEvent ReadBattery(RecordingFields fields, BatteryReport& battery) {
+  if (fields.Has("level")) battery.level = fields.MaybeInteger("level", 0, 100);
+  if (fields.Has("cycles")) battery.cycle_count = fields.MaybeInteger("cycles", 0, kHighestInt);
+  if (fields.Has("wireless")) battery.wireless_online = fields.Flag("wireless");
+  if (fields.Has("dock")) battery.dock_online = fields.Flag("dock");
+  fields.CheckAllTaken();
+  return Reported(kHealthService, battery);
+}
+
+DeviceEvent ReadTemperature(RecordingFields fields) {
   TemperatureReport report = {.type = fields.Text("type"),
                               .name = fields.Text("name"),
                               .value = std::nullopt,
@@ -52,13 +45,11 @@ RecordedWhat ReadTemperature(RecordingFields fields) {
   return Reported(kThermalService, std::move(report));
 }
 
-RecordedWhat ReadGone(RecordingFields& fields) {
+DeviceEvent ReadGone(RecordingFields& fields) {
   const std::string key = fields.Text("gone");
-  if (key == kProximity.key) {
-    return Reported(kSensorService, SensorReport{.sensor = Sensor::kProximity, .values = {}});
-  }
-  if (key == kHingeAngle.key) {
-    return Reported(kSensorService, SensorReport{.sensor = Sensor::kHingeAngle, .values = {}});
+  for (const Sensor sensor : kSensors) {
+    if (key != PropertyOf(sensor).key) continue;
+    return Reported(kSensorService, SensorReport{.sensor = sensor, .values = {}});
   }
   auto temperature = SplitTemperatureKey(key);
   if (!temperature) {
@@ -69,83 +60,145 @@ RecordedWhat ReadGone(RecordingFields& fields) {
                                                    .name = std::move(temperature->name)});
 }
 
-}  // namespace
-
-DeviceEvent ReadServiceEvent(Kind kind, RecordingFields& fields, const std::string& key) {
-  return {.kind = kind, .service = fields.Choice(key, kServices)};
-}
-
-RecordedEvent EventReader::Read(RecordingFields fields) {
-  RecordedEvent event = {.at = ReadTime(fields), .what = ReadWhat(fields)};
-  fields.CheckAllTaken();
+DeviceEvent ReadNotice(RecordingFields& fields) {
+  DeviceEvent event = {.kind = Kind::kNotice, .service = "", .detail = fields.Text("notice")};
+  if (fields.Has("service")) event.service = fields.Choice("service", kServices);
   return event;
 }
 
-Seconds EventReader::ReadTime(RecordingFields& fields) {
-  const bool has_after = version_ > 1 && fields.Has("after");
-  if (version_ > 1 && !fields.Has("at")) {
-    if (has_after) last_ += Seconds(fields.Number("after", 0, kLongest));
-    if (last_.count() > kLongest) throw LineError("that is more than a year after the beginning");
-    return last_;
+// One of those; nothing for a line of another kind.
+std::optional<DeviceEvent> ReadServiceEvent(RecordingFields& fields,
+                                            std::span<const ServiceEventKey> keys) {
+  for (const auto& [key, kind] : keys) {
+    if (!fields.Has(key)) continue;
+    DeviceEvent event = {.kind = kind, .service = fields.Choice(key, kServices)};
+    if (kind == Kind::kCallRefused) event.detail = fields.Text("call");
+    return event;
   }
-  if (has_after) throw LineError("'at' and 'after' exclude each other");
-  const Seconds at(fields.Number("at", 0, kLongest));
-  if (at < last_) throw LineError("time goes backwards: 'at' is less than in a line before");
-  return last_ = at;
+  return std::nullopt;
 }
 
-RecordedWhat EventReader::ReadWhat(RecordingFields& fields) {
-  const auto sensor = [&](Sensor which, const std::string& key) {
-    SensorReport report = {.sensor = which, .values = fields.Numbers(key)};
-    CheckVersion(report.values.size() == 1, "a list of readings");
-    return Reported(kSensorService, std::move(report));
-  };
-  if (fields.Has("battery")) return ReadBattery(fields.Object("battery"));
-  if (fields.Has("proximity")) return sensor(Sensor::kProximity, "proximity");
-  if (fields.Has("hinge_angle")) return sensor(Sensor::kHingeAngle, "hinge_angle");
+bool IsRegistration(const DeviceEvent& event) {
+  return event.kind == Kind::kCallbackRegistered || event.kind == Kind::kCallbackUnregistered;
+}
+
+// A family or one of its properties.
+std::string ReadSubject(RecordingFields& fields, const std::string& key) {
+  std::string subject = fields.Text(key);
+  if (FamilyOfSubject(subject)) return subject;
+  throw LineError("'" + key + "' is '" + subject +
+                  "', which is no family, no property and no TYPE:NAME of a temperature");
+}
+
+Refusal ReadRefusal(RecordingFields& fields) {
+  Refusal refusal = {.service = fields.Choice("refuse", kServices), .call = fields.Text("call")};
+  if (fields.Has("reason")) refusal.reason = fields.Text("reason");
+  if (fields.Has("times")) refusal.times = fields.Integer("times", 1, kMostRefusals);
+  return refusal;
+}
+
+// Null is not known.
+template <typename Number>
+Value ToValue(std::optional<Number> number) {
+  return number ? Value(*number) : Value();
+}
+
+// What a client of the property is called with.
+Value ReadValueOf(std::string_view property, RecordingFields& fields, const std::string& key) {
+  if (const auto* battery = BatteryPropertyOf(property)) {
+    if (battery->is_charger) return fields.Flag(key);
+    return ToValue(fields.MaybeInteger(key, 0, kHighestInt));
+  }
+  if (SensorPropertyOf(property) != nullptr) return fields.Integer(key, kLowestInt, kHighestInt);
+  return fields.ReadSeverity(key);
+}
+
+Value ReadAnswer(std::string_view family, RecordingFields& answers, const std::string& key) {
+  if (family == kTemperaturesQuestion) return ToValue(answers.MaybeNumber(key));
+  const bool is_limit = key == kCurrentLimits.key || key == kVoltageLimits.key;
+  if (family == kLimitsQuestion && is_limit) return answers.ReadSeverities(key);
+  const bool is_battery = BatteryPropertyOf(key) != nullptr;
+  if (family == kBatteryQuestion && is_battery) return ReadValueOf(key, answers, key);
+  throw LineError("'answer." + key + "' is nothing that '" + std::string(family) +
+                  "' could be asked for");
+}
+
+Question ReadQuestion(RecordingFields& fields) {
+  Question question = {.family = fields.Choice("ask", kQuestions), .answers = {}};
+  RecordingFields answers = fields.Object("answer");
+  for (const std::string& key : answers.Keys()) {
+    question.answers.emplace_back(key, ReadAnswer(question.family, answers, key));
+  }
+  if (question.answers.empty()) throw LineError("'answer' is empty");
+  return question;
+}
+
+ClientCalled ReadExpectedCall(RecordingFields& fields) {
+  std::string property = fields.Text("called");
+  if (!FamilyOfProperty(property)) {
+    throw LineError("'expect.called' is '" + property +
+                    "', which is no property and no TYPE:NAME of a temperature");
+  }
+  const Value value = ReadValueOf(property, fields, "value");
+  return {.property = std::move(property), .value = value};
+}
+
+Expectation ReadExpectation(RecordingFields fields) {
+  Expectation expectation = {.what = Silence(), .within = kUsualWait};
+  const bool is_silence = fields.Has("silence");
+  if (is_silence) {
+    expectation.what = Silence{.subject = ReadSubject(fields, "silence")};
+  } else if (fields.Has("called")) {
+    expectation.what = ReadExpectedCall(fields);
+  } else if (auto event = ReadServiceEvent(fields, kLibraryEvents)) {
+    if (IsRegistration(*event) && fields.Has("sensor")) {
+      // By its key or, as recordings have it, by its name.
+      const std::string sensor =
+          fields.Choice("sensor", std::array{kProximity.key, kHingeAngle.key, kHingeAngle.name});
+      event->detail = sensor == kProximity.key ? kProximity.name : kHingeAngle.name;
+    }
+    expectation.what = *std::move(event);
+  } else {
+    throw LineError(
+        "'expect' has none of the keys called, registered, unregistered, refused, silence");
+  }
+  const char* const within = is_silence ? "for" : "within";
+  if (is_silence || fields.Has(within)) {
+    expectation.within = Seconds(fields.Number(within, 0, kLongestWaitSeconds));
+  }
+  fields.CheckAllTaken();
+  return expectation;
+}
+
+}  // namespace
+
+RecordedWhat ReadWhat(RecordingFields& fields, BatteryReport& battery) {
+  if (fields.Has("battery")) return ReadBattery(fields.Object("battery"), battery);
+  for (const Sensor sensor : kSensors) {
+    const std::string key(PropertyOf(sensor).key);
+    if (!fields.Has(key)) continue;
+    return Reported(kSensorService, SensorReport{.sensor = sensor, .values = fields.Numbers(key)});
+  }
   if (fields.Has("temperature")) return ReadTemperature(fields.Object("temperature"));
-  if (fields.Has("started")) return ReadServiceEvent(Kind::kServiceStarted, fields, "started");
-  if (fields.Has("died")) return ReadServiceEvent(Kind::kServiceDied, fields, "died");
-  if (fields.Has("registered")) {
-    return ReadRegistration(Kind::kCallbackRegistered, fields, "registered");
+  if (auto event = ReadServiceEvent(fields, kServiceEvents)) {
+    if (IsRegistration(*event) && fields.Has("sensor")) event->detail = fields.Text("sensor");
+    const bool has_reason = event->kind == Kind::kCallRefused && fields.Has("reason");
+    if (has_reason) event->detail += ": " + fields.Text("reason");
+    return *std::move(event);
   }
-  if (fields.Has("unregistered")) {
-    return ReadRegistration(Kind::kCallbackUnregistered, fields, "unregistered");
-  }
-  if (fields.Has("refused")) return ReadRefused(fields);
   if (fields.Has("notice")) return ReadNotice(fields);
   if (fields.Has("called")) {
     return ClientCalled{.property = fields.Text("called"), .value = fields.AnyValue("value")};
   }
-  if (fields.Has("join")) {
-    ClientJoined joined = {.subject = ReadSubject(fields, "join")};
-    CheckVersion(joined.subject == FamilyOfSubject(joined.subject), "a client of one property");
-    return joined;
-  }
-  if (fields.Has("gone")) {
-    CheckVersion(false, "'gone'");
-    return ReadGone(fields);
-  }
-  if (auto what = ReadScenarioEvent(fields)) {
-    CheckVersion(false, "a scenario's event");
-    return std::move(*what);
-  }
+  if (fields.Has("join")) return ClientJoined{.subject = ReadSubject(fields, "join")};
+  if (fields.Has("gone")) return ReadGone(fields);
+  if (fields.Has("scene")) return Scene{.title = fields.Text("scene")};
+  if (fields.Has("say")) return Narration{.text = fields.Text("say")};
+  if (fields.Has("leave")) return ClientLeft{.subject = ReadSubject(fields, "leave")};
+  if (fields.Has("refuse")) return ReadRefusal(fields);
+  if (fields.Has("ask")) return ReadQuestion(fields);
+  if (fields.Has("expect")) return ReadExpectation(fields.Object("expect"));
   throw LineError("it does not say what happened: none of its keys is the name of an event");
-}
-
-DeviceEvent EventReader::ReadBattery(RecordingFields fields) {
-  if (fields.Has("level")) battery_.level = fields.MaybeInteger("level", 0, 100);
-  if (fields.Has("cycles")) battery_.cycle_count = fields.MaybeInteger("cycles", 0, kHighestInt);
-  if (fields.Has("wireless")) battery_.wireless_online = fields.Flag("wireless");
-  if (fields.Has("dock")) battery_.dock_online = fields.Flag("dock");
-  fields.CheckAllTaken();
-  return Reported(kHealthService, battery_);
-}
-
-// `is_old`: version 1 knows it as well.
-void EventReader::CheckVersion(bool is_old, const std::string& what) const {
-  if (is_old || version_ > 1) return;
-  throw LineError(what + " needs version 2, and the header says " + std::to_string(version_));
 }
 
 }  // namespace norvik::qel::monitor

@@ -4,22 +4,13 @@
 #include "recording/recording_fields.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
-#include <limits>
 #include <utility>
+
+#include "cli/decimal.h"
 
 namespace norvik::qel::monitor {
 
 namespace {
-
-constexpr double kHighestFloat = std::numeric_limits<float>::max();
-
-// As people write it: 100, not 100.0.
-std::string InWords(double number) {
-  std::array<char, 64> text;
-  return {text.data(), std::to_chars(text.data(), text.data() + text.size(), number).ptr};
-}
 
 // 5.0 is none.
 bool IsInteger(const Json::Value& field) {
@@ -36,10 +27,6 @@ RecordingFields::RecordingFields(const Json::Value& object, std::string where)
                       : "'" + where_.substr(0, where_.size() - 1) + "' is not an object");
 }
 
-bool RecordingFields::Has(const std::string& key) const {
-  return object_.isMember(key);
-}
-
 std::vector<std::string> RecordingFields::Keys() const {
   std::vector<std::string> keys = object_.getMemberNames();
   std::sort(keys.begin(), keys.end(), [&](const std::string& one, const std::string& other) {
@@ -50,7 +37,7 @@ std::vector<std::string> RecordingFields::Keys() const {
 
 std::string RecordingFields::Text(const std::string& key) {
   const Json::Value& field = Take(key);
-  if (!field.isString()) Complain(key, "is not a text");
+  if (!field.isString()) Complain("is not a text");
   return field.asString();
 }
 
@@ -62,31 +49,22 @@ std::string RecordingFields::Choice(const std::string& key,
   for (const std::string_view choice : choices) {
     names += (names.empty() ? "" : ", ") + std::string(choice);
   }
-  Complain(key, "is '" + text + "' and not one of " + names);
+  Complain("is '" + text + "' and not one of " + names);
 }
 
 bool RecordingFields::Flag(const std::string& key) {
   const Json::Value& field = Take(key);
-  if (!field.isBool()) Complain(key, "is neither true nor false");
+  if (!field.isBool()) Complain("is neither true nor false");
   return field.asBool();
 }
 
 int RecordingFields::Integer(const std::string& key, int lowest, int highest) {
-  if (!IsInteger(Take(key))) Complain(key, "is not a whole number");
+  if (!IsInteger(Take(key))) Complain("is not a whole number");
   return static_cast<int>(Number(key, lowest, highest));
 }
 
 double RecordingFields::Number(const std::string& key, double lowest, double highest) {
-  return Number(Take(key), key, lowest, highest);
-}
-
-double RecordingFields::Number(const Json::Value& field, const std::string& key, double lowest,
-                               double highest) const {
-  if (!field.isNumeric()) Complain(key, "is not a number");
-  const auto number = field.asDouble();
-  if (number >= lowest && number <= highest) return number;
-  Complain(key, "is " + ToLine(field) + ", out of the range from " + InWords(lowest) + " to " +
-                    InWords(highest));
+  return ToNumber(Take(key), lowest, highest);
 }
 
 std::optional<int> RecordingFields::MaybeInteger(const std::string& key, int lowest, int highest) {
@@ -95,44 +73,27 @@ std::optional<int> RecordingFields::MaybeInteger(const std::string& key, int low
 }
 
 std::optional<float> RecordingFields::MaybeNumber(const std::string& key) {
-  return MaybeNumber(Take(key), key);
-}
-
-std::optional<float> RecordingFields::MaybeNumber(const Json::Value& field,
-                                                  const std::string& key) const {
-  if (field.isNull()) return std::nullopt;
-  return static_cast<float>(Number(field, key, -kHighestFloat, kHighestFloat));
+  return ToFloat(Take(key));
 }
 
 std::vector<std::optional<float>> RecordingFields::Numbers(const std::string& key) {
   const Json::Value& field = Take(key);
-  if (!field.isArray()) return {MaybeNumber(field, key)};
-  if (field.empty()) Complain(key, "is an empty list");
+  if (!field.isArray()) return {ToFloat(field)};
+  if (field.empty()) Complain("is an empty list");
   std::vector<std::optional<float>> numbers;
-  for (const Json::Value& element : field) numbers.push_back(MaybeNumber(element, key));
+  for (const Json::Value& element : field) numbers.push_back(ToFloat(element));
   return numbers;
 }
 
 Severity RecordingFields::ReadSeverity(const std::string& key) {
-  return ReadSeverity(Take(key), key);
-}
-
-Severity RecordingFields::ReadSeverity(const Json::Value& field, const std::string& key) const {
-  if (IsInteger(field)) {
-    return static_cast<Severity>(static_cast<int>(Number(field, key, kLowestInt, kHighestInt)));
-  }
-  if (!field.isString()) Complain(key, "is neither the name nor the number of a severity");
-  const auto name = field.asString();
-  const auto severity = SeverityNamed(name);
-  if (!severity) Complain(key, "is '" + name + "', which is no severity");
-  return *severity;
+  return ToSeverity(Take(key));
 }
 
 Severities RecordingFields::ReadSeverities(const std::string& key) {
   const Json::Value& field = Take(key);
-  if (!field.isArray()) Complain(key, "is not a list");
+  if (!field.isArray()) Complain("is not a list");
   Severities severities;
-  for (const Json::Value& element : field) severities.push_back(ReadSeverity(element, key));
+  for (const Json::Value& element : field) severities.push_back(ToSeverity(element));
   return severities;
 }
 
@@ -140,7 +101,7 @@ Value RecordingFields::AnyValue(const std::string& key) {
   const Json::Value& field = Take(key);
   if (field.isNull()) return {};
   if (field.isBool()) return field.asBool();
-  if (field.isString()) return ReadSeverity(key);
+  if (field.isString()) return ToSeverity(field);
   return Integer(key, kLowestInt, kHighestInt);
 }
 
@@ -157,11 +118,37 @@ void RecordingFields::CheckAllTaken() const {
 const Json::Value& RecordingFields::Take(const std::string& key) {
   if (!Has(key)) throw LineError("'" + where_ + key + "' is missing");
   taken_.insert(key);
+  last_ = key;
   return object_[key];
 }
 
-void RecordingFields::Complain(const std::string& key, const std::string& what) const {
-  throw LineError("'" + where_ + key + "' " + what);
+double RecordingFields::ToNumber(const Json::Value& field, double lowest, double highest) const {
+  if (!field.isNumeric()) Complain("is not a number");
+  const auto number = field.asDouble();
+  if (number >= lowest && number <= highest) return number;
+  Complain("is " + ToLine(field) + ", out of the range from " + DecimalText(lowest) + " to " +
+           DecimalText(highest));
+}
+
+std::optional<float> RecordingFields::ToFloat(const Json::Value& field) const {
+  constexpr double kHighest = std::numeric_limits<float>::max();
+  if (field.isNull()) return std::nullopt;
+  return static_cast<float>(ToNumber(field, -kHighest, kHighest));
+}
+
+Severity RecordingFields::ToSeverity(const Json::Value& field) const {
+  if (IsInteger(field)) {
+    return static_cast<Severity>(static_cast<int>(ToNumber(field, kLowestInt, kHighestInt)));
+  }
+  if (!field.isString()) Complain("is neither the name nor the number of a severity");
+  const auto name = field.asString();
+  const auto severity = SeverityNamed(name);
+  if (!severity) Complain("is '" + name + "', which is no severity");
+  return *severity;
+}
+
+void RecordingFields::Complain(const std::string& what) const {
+  throw LineError("'" + where_ + last_ + "' " + what);
 }
 
 }  // namespace norvik::qel::monitor

@@ -29,7 +29,7 @@ class RecordingFields {
   // `where` precedes the keys in messages: "battery.", or nothing. The object outlives the fields.
   RecordingFields(const Json::Value& object, std::string where);
 
-  bool Has(const std::string& key) const;
+  bool Has(const std::string& key) const { return object_.isMember(key); }
   // In the order of the file.
   std::vector<std::string> Keys() const;
   // The field has to be there.
@@ -54,16 +54,17 @@ class RecordingFields {
 
  private:
   const Json::Value& Take(const std::string& key);
-  // What has been taken by that key, or an element of it.
-  double Number(const Json::Value& field, const std::string& key, double lowest,
-                double highest) const;
-  std::optional<float> MaybeNumber(const Json::Value& field, const std::string& key) const;
-  Severity ReadSeverity(const Json::Value& field, const std::string& key) const;
-  [[noreturn]] void Complain(const std::string& key, const std::string& what) const;
+  // What has been taken, or an element of it.
+  double ToNumber(const Json::Value& field, double lowest, double highest) const;
+  std::optional<float> ToFloat(const Json::Value& field) const;
+  Severity ToSeverity(const Json::Value& field) const;
+  // About what has been taken last.
+  [[noreturn]] void Complain(const std::string& what) const;
 
   const Json::Value& object_;
   const std::string where_;
   std::set<std::string> taken_;
+  std::string last_;
 };
 
 }  // namespace norvik::qel::monitor

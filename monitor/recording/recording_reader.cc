@@ -9,14 +9,13 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <limits>
 #include <optional>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
 
+#include "clients/subjects.h"
 #include "recording/recording_events.h"
-#include "recording/recording_fields.h"
 
 namespace norvik::qel::monitor {
 
@@ -30,7 +29,7 @@ int ReadHeader(const Json::Value& line, Recording& recording) {
   }
   RecordingFields fields(line, "");
   fields.Choice("format", std::array{kRecordingFormat});
-  const int version = fields.Integer("version", 0, std::numeric_limits<int>::max());
+  const int version = fields.Integer("version", 0, kHighestInt);
   if (version < 1 || version > kRecordingVersion) {
     throw LineError("version " + std::to_string(version) + " is unknown, this program reads 1 to " +
                     std::to_string(kRecordingVersion));
@@ -46,6 +45,53 @@ int ReadHeader(const Json::Value& line, Recording& recording) {
   fields.CheckAllTaken();
   return version;
 }
+
+// What version 1 does not know; empty for all else.
+std::string NewsOf(const RecordedWhat& what) {
+  if (const auto* joined = std::get_if<ClientJoined>(&what)) {
+    return joined->subject == FamilyOfSubject(joined->subject) ? "" : "a client of one property";
+  }
+  if (const auto* event = std::get_if<DeviceEvent>(&what)) {
+    const auto* const sensor = std::get_if<SensorReport>(&event->report);
+    if (sensor != nullptr && sensor->values.size() > 1) return "a list of readings";
+    const bool is_gone = sensor != nullptr && sensor->values.empty();
+    return is_gone || std::holds_alternative<TemperatureGone>(event->report) ? "'gone'" : "";
+  }
+  return std::holds_alternative<ClientCalled>(what) ? "" : "a scenario's event";
+}
+
+// One line after the other: some say what has changed since those before.
+class EventReader {
+ public:
+  explicit EventReader(int version) : version_(version) {}
+
+  RecordedEvent Read(RecordingFields fields) {
+    RecordedEvent event = {.at = ReadTime(fields), .what = ReadWhat(fields, battery_)};
+    const std::string news = version_ == 1 ? NewsOf(event.what) : "";
+    if (!news.empty()) throw LineError(news + " needs version 2, and the header says 1");
+    fields.CheckAllTaken();
+    return event;
+  }
+
+ private:
+  Seconds ReadTime(RecordingFields& fields) {
+    constexpr double kLongest = 366.0 * 24 * 60 * 60;  // seconds
+    const bool has_after = version_ > 1 && fields.Has("after");
+    if (version_ > 1 && !fields.Has("at")) {
+      if (has_after) last_ += Seconds(fields.Number("after", 0, kLongest));
+      if (last_.count() > kLongest) throw LineError("that is more than a year after the beginning");
+      return last_;
+    }
+    if (has_after) throw LineError("'at' and 'after' exclude each other");
+    const Seconds at(fields.Number("at", 0, kLongest));
+    if (at < last_) throw LineError("time goes backwards: 'at' is less than in a line before");
+    return last_ = at;
+  }
+
+  const int version_;  // a file of version 1 knows less
+  Seconds last_{};
+  BatteryReport battery_;
+};
 
 }  // namespace
 

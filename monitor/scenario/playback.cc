@@ -3,117 +3,332 @@
 
 #include "scenario/playback.h"
 
+#include <errno.h>
 #include <stdlib.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <memory>
 #include <optional>
 #include <stdexcept>
+#include <thread>
 #include <utility>
 
 #include "cli/commands.h"
 #include "cli/session.h"
-#include "clients/battery_properties.h"
-#include "clients/sensor_properties.h"
+#include "clients/all_clients.h"
+#include "clients/subjects.h"
+#include "output/printable.h"
 #include "recording/recorder.h"
 #include "scenario/play_plan.h"
-#include "scenario/player.h"
+#include "scenario/questions.h"
+#include "scenario/witness.h"
 
 namespace norvik::qel::monitor {
 
 namespace {
 
+using Clock = Session::Clock;
+using Kind = DeviceEvent::Kind;
+using Wake = Session::Wake;
+
+// How long nothing is heard once all has been heard.
+constexpr std::chrono::milliseconds kQuiet(1000);
+// One wait is no longer, so that no speed brings a clock to its end.
+constexpr Seconds kLongestWait(3600);
+
+template <typename... Kinds>
+bool IsOneOf(const RecordedWhat& what) {
+  return (std::holds_alternative<Kinds>(what) || ...);
+}
+
+bool IsAct(const RecordedWhat& what) {
+  return IsOneOf<DeviceEvent, ClientJoined, ClientLeft, Refusal>(what);
+}
+
+Clock::duration ToClock(Seconds seconds) {
+  return std::chrono::duration_cast<Clock::duration>(seconds);
+}
+
+std::string InWords(Seconds seconds) {
+  std::string text = std::to_string(seconds.count());  // six digits
+  text.erase(text.find_last_not_of('0') + 1);
+  if (text.back() == '.') text.pop_back();
+  return text + " s";
+}
+
+std::string InWords(std::string_view property, const Value& value) {
+  return monitor::InWords(PropertyOf(property), value);
+}
+
+std::string InWords(const DeviceEvent& event) {
+  const std::string service = "the " + event.service + " service";
+  if (event.kind == Kind::kCallRefused) return service + " to refuse " + event.detail;
+  const bool comes = event.kind == Kind::kCallbackRegistered;
+  return "the library to " + std::string(comes ? "register" : "unregister") + " with " + service +
+         (event.detail.empty() ? "" : " for the " + event.detail + " sensor");
+}
+
 std::string Counts(const Observed& observed) {
-  using Kind = DeviceEvent::Kind;
   const int battery = CallbacksOf(kBatteryProperties, observed);
   const int sensors = CallbacksOf(kSensorProperties, observed);
   return Counted(battery, "callback") + " for the battery, " + std::to_string(sensors) +
          " for the sensors and " + std::to_string(observed.callbacks() - battery - sensors) +
          " for the heat, " + Counted(observed.count(Kind::kServiceDied, kHealthService), "death") +
-         " of the health service and " +
-         std::to_string(observed.count(Kind::kServiceDied, kThermalService) +
-                        observed.count(Kind::kServiceDied, kHidlThermalService)) +
+         " of the health service and " + std::to_string(observed.thermal_deaths()) +
          " of the thermal service, " +
          Counted(observed.count(Kind::kCallRefused, kHealthService), "refusal") + " and " +
          Counted(observed.relinks(), "relink");
 }
 
-void SumUp(const std::string& title, const Player& player, Player::End end,
-           std::chrono::steady_clock::duration time, Session& session) {
-  const Observed& observed = session.observed();
-  const auto seconds = std::chrono::round<std::chrono::seconds>(time);
-  const std::string counts =
-      "observed " + Counts(observed) + " in " + std::to_string(seconds.count()) + " s.";
-  Output& output = session.output();
-  switch (end) {
-    case Player::End::kPlayed:
-      output.Summary(true, title + " OK: all went as told; " + counts, observed);
-      break;
-    case Player::End::kStopped:
-      output.Summary(false, title + " interrupted before its end; " + counts, observed);
-      break;
-    case Player::End::kFailed:
-      output.Summary(false, title + " FAILED: " + player.failure() + "; " + counts, observed);
-      break;
+// Lets a phone and its clients go through what a recording tells, and checks what is expected.
+//
+// Threads: the main thread.
+class Playback {
+ public:
+  Playback(const Recording& recording, const Options& options, Output& output)
+      : recording_(recording),
+        speed_(options.speed.value_or(1)),
+        by_hand_(options.step),
+        is_scenario_(std::any_of(
+            recording.events.begin(), recording.events.end(),
+            [](const RecordedEvent& event) { return IsOneOf<Expectation, Question>(event.what); })),
+        plan_(MakePlayPlan(recording)),
+        output_(output),
+        session_(options, output,
+                 {.listener = [this](const Event& event) { return Note(event); },
+                  .make_device =
+                      [this](DeviceObserver observer) { return MakePhone(std::move(observer)); }}),
+        clients_(session_.events()) {
+    if (!options.record.empty()) recorder_.emplace(options.record, options.existing, "simulated");
+    for (const TemperatureReport& report : plan_.equipment.temperatures) clients_.Learn(report);
   }
-}
+  // Leaves the health service running, as DeviceScript does.
+  ~Playback() {
+    if (health_died_)
+      phone_->Play({.kind = Kind::kServiceStarted, .service = std::string(kHealthService)});
+  }
+  Playback(const Playback&) = delete;
+  Playback& operator=(const Playback&) = delete;
 
-// The phone knows its services' calls.
-void CheckRefusals(const Recording& recording, PlayedDevice& phone) {
-  for (const RecordedEvent& event : recording.events) {
-    const auto* const refusal = std::get_if<Refusal>(&event.what);
-    if (refusal == nullptr || phone.CanRefuse(*refusal)) continue;
-    throw std::runtime_error(PlaceOf(recording, event) + ": the " + refusal->service +
-                             " service has no call '" + refusal->call +
-                             "' that it could be told to refuse");
+  int Play(const std::string& title, const std::string& introduction) {
+    const Clock::time_point start = Clock::now();
+    output_.SetDevice("simulated");
+    output_.Explain(introduction);
+    output_.Explain(kLegend);
+    begin_ = Clock::now();
+    const bool whole = std::all_of(plan_.steps.begin(), plan_.steps.end(),
+                                   [&](const RecordedEvent& step) { return TakeStep(step); }) &&
+                       (by_hand_ || WaitUntil(plan_.length));
+    // A scenario says what to wait for; otherwise there may be more to come.
+    while (whole && !is_scenario_ && session_.WaitUntil(Clock::now() + kQuiet) == Wake::kEvent) {
+      // It is heard.
+    }
+    const bool is_stopped = failure_.empty() && !whole && !input_ended_;
+    if (is_scenario_) SumUp(title, is_stopped, Clock::now() - start);
+    const std::string unwritten = recorder_ ? recorder_->failure() : "";
+    if (!unwritten.empty()) Complain(unwritten);
+    if (is_stopped && unwritten.empty()) return kExitInterrupted;
+    if (refused_ && failure_.empty()) Complain(kRefusal);
+    return failure_.empty() && !refused_ && unwritten.empty() ? EXIT_SUCCESS : EXIT_FAILURE;
   }
-}
+
+ private:
+  // The phone knows its services' calls.
+  std::unique_ptr<Device> MakePhone(DeviceObserver observer) {
+    auto phone = MakePlayedDevice(plan_.equipment, std::move(observer));
+    if (phone == nullptr) throw std::runtime_error("this program has no phone to play on");
+    for (const RecordedEvent& event : recording_.events) {
+      const auto* const refusal = std::get_if<Refusal>(&event.what);
+      if (refusal == nullptr || phone->CanRefuse(*refusal)) continue;
+      throw std::runtime_error(PlaceOf(recording_, event) + ": the " + refusal->service +
+                               " service has no call '" + refusal->call +
+                               "' that it could be told to refuse");
+    }
+    phone_ = phone.get();
+    return phone;
+  }
+
+  // False when the recording cannot be written.
+  bool Note(const Event& event) {
+    witness_.Note(event);
+    return !recorder_ || recorder_->Note(event);
+  }
+
+  void SumUp(const std::string& title, bool is_stopped, Clock::duration time) {
+    const auto seconds = std::chrono::round<std::chrono::seconds>(time);
+    const std::string end = !failure_.empty() ? " FAILED: " + failure_
+                            : is_stopped      ? " interrupted before its end"
+                                              : " OK: all went as told";
+    output_.Summary(failure_.empty() && !is_stopped,
+                    title + end + "; observed " + Counts(session_.observed()) + " in " +
+                        std::to_string(seconds.count()) + " s.",
+                    session_.observed());
+  }
+
+  // False when it ends here.
+  [[nodiscard]] bool TakeStep(const RecordedEvent& step) {
+    current_ = &step;
+    const bool needs_enter = by_hand_ && step.line > 0 && IsAct(step.what);
+    if (needs_enter) output_.Explain("Enter plays " + Printable(step.text));
+    // What has happened so far is noted before the next thing happens.
+    const Seconds due = by_hand_ ? Seconds(0) : step.at;
+    if (needs_enter ? !WaitForEnter() : !WaitUntil(due)) return false;
+    if (IsAct(step.what)) {
+      session_.ShowPending();
+      witness_.Act(step.what);
+    }
+    if (!std::visit([&](const auto& what) { return Take(what); }, step.what)) return false;
+    const bool is_misplaced = session_.observed().threads().contains(std::this_thread::get_id());
+    return !is_misplaced || Fail("a callback ran on the client's own thread");
+  }
+
+  // An act each, or what is shown, asked and expected. False: it ends here.
+  [[nodiscard]] bool Take(const DeviceEvent& event) {
+    phone_->Play(event);
+    if (event.service == kHealthService) {
+      if (event.kind == Kind::kServiceStarted) health_died_ = false;
+      if (event.kind == Kind::kServiceDied) health_died_ = true;
+    }
+    return true;
+  }
+  [[nodiscard]] bool Take(const ClientJoined& joined) {
+    if (recorder_) recorder_->NoteAct(joined);
+    if (clients_.Join(joined.subject)) return true;
+    refused_ = true;
+    // Of a recording all the rest is worth playing.
+    return !is_scenario_ || Fail(std::string(kRefusal) + " for " + joined.subject);
+  }
+  [[nodiscard]] bool Take(const ClientLeft& left) {
+    if (recorder_) recorder_->NoteAct(left);
+    if (clients_.Leave(left.subject)) return true;
+    // A recording that is played fast may let clients leave who still wait for their service: the
+    // library does not know them yet.
+    return !is_scenario_ ||
+           Fail("the library refuses to deregister the callback for " + left.subject);
+  }
+  [[nodiscard]] bool Take(const Refusal& refusal) {
+    phone_->Refuse(refusal);
+    return true;
+  }
+  [[nodiscard]] bool Take(const Scene& scene) {
+    if (recorder_) recorder_->NoteAct(scene);
+    output_.Heading(std::to_string(++scene_) + ". " + scene.title);
+    return true;
+  }
+  [[nodiscard]] bool Take(const Narration& narration) {
+    if (recorder_) recorder_->NoteAct(narration);
+    output_.Say(narration.text);
+    return true;
+  }
+  [[nodiscard]] bool Take(const Question& question) {
+    const Answer answer = Ask(question, clients_);
+    if (!answer.text.empty()) output_.Say(answer.text);
+    return answer.fault.empty() || Fail(answer.fault);
+  }
+  [[nodiscard]] bool Take(const Expectation& expectation) {
+    return std::visit([&](const auto& what) { return Await(what, expectation.within); },
+                      expectation.what);
+  }
+  // The library calls it.
+  [[nodiscard]] bool Take(const ClientCalled& /*called*/) { return true; }
+
+  [[nodiscard]] bool Await(const ClientCalled& called, Seconds within) {
+    return AwaitTaken(called, within, [&] {
+      return "the client of " + called.property + " to be called with " +
+             InWords(called.property, called.value) +
+             "; it last heard: " + InWords(called.property, witness_.last(called.property));
+    });
+  }
+  [[nodiscard]] bool Await(const DeviceEvent& event, Seconds within) {
+    return AwaitTaken(event, within, [&] { return InWords(event); });
+  }
+  [[nodiscard]] bool Await(const Silence& silence, Seconds within) {
+    std::optional<ClientCalled> call;
+    const Wake wake = WaitFor(
+        [&] { return (call = witness_.UnexpectedCall(silence.subject)).has_value(); }, within);
+    if (wake != Wake::kEvent) return wake == Wake::kTime;
+    return Fail("the client of " + call->property + " was called with " +
+                InWords(call->property, call->value) + ", where no call was expected");
+  }
+  template <typename What, typename Describe>
+  [[nodiscard]] bool AwaitTaken(const What& what, Seconds within, Describe describe) {
+    const Wake wake = WaitFor([&] { return witness_.Take(what); }, within);
+    if (wake != Wake::kTime) return wake == Wake::kEvent;
+    return Fail("waited " + InWords(within) + " in vain for " + describe());
+  }
+
+  // False when it is interrupted.
+  [[nodiscard]] bool WaitUntil(Seconds at) {
+    while (true) {
+      const Seconds left = at / speed_ - Seconds(Clock::now() - begin_);
+      const Seconds wait = std::clamp(left, Seconds(0), kLongestWait);
+      const Wake wake = session_.WaitUntil(Clock::now() + ToClock(wait));
+      if (wake == Wake::kStop) return false;
+      if (wake == Wake::kTime && left <= kLongestWait) return true;
+    }
+  }
+
+  // False also at the end of the input.
+  [[nodiscard]] bool WaitForEnter() {
+    while (true) {
+      const Wake wake = session_.WaitUntil(Clock::time_point::max(), STDIN_FILENO);
+      if (wake == Wake::kStop) return false;
+      if (wake != Wake::kInput) continue;
+      char key = 0;
+      const ssize_t count = read(STDIN_FILENO, &key, 1);
+      if (count == 0 || (count < 0 && errno != EINTR && errno != EAGAIN)) {
+        input_ended_ = true;
+        // What it expects from here on has not come.
+        return is_scenario_ && Fail("the input ended before this was played");
+      }
+      if (count > 0 && key == '\n') return true;
+    }
+  }
+
+  // Waits while the time of the recording stands still.
+  template <typename Condition>
+  Wake WaitFor(Condition condition, Seconds limit) {
+    const Clock::time_point before = Clock::now();
+    const Wake wake = session_.WaitFor(condition, ToClock(limit));
+    begin_ += Clock::now() - before;
+    return wake;
+  }
+
+  bool Fail(const std::string& what) {
+    failure_ = PlaceOf(recording_, *current_) + ": " + what;
+    return false;
+  }
+
+  const Recording& recording_;
+  const double speed_;
+  const bool by_hand_;      // one act at each Enter
+  const bool is_scenario_;  // it says what is to be expected
+  const PlayPlan plan_;
+  Output& output_;
+  Witness witness_;
+  std::optional<Recorder> recorder_;
+  PlayedDevice* phone_ = nullptr;  // the session's
+  Session session_;
+  AllClients clients_;
+  Clock::time_point begin_;                 // later by what expectations have waited
+  const RecordedEvent* current_ = nullptr;  // what is being played
+  int scene_ = 0;
+  bool health_died_ = false;
+  bool refused_ = false;  // the library refused a client, where nothing is expected
+  bool input_ended_ = false;
+  std::string failure_;  // of the first expectation that was not met, with the line
+};
 
 }  // namespace
 
-int PlayBack(const Recording& recording, const Announcement& announcement, const Options& options,
-             Output& output) {
+int PlayBack(const Recording& recording, const std::string& title, const std::string& introduction,
+             const Options& options, Output& output) {
   if (options.existing == ExistingFile::kOverwrite && options.record.empty()) {
     throw UsageError("--force: nothing to overwrite, --record is missing");
   }
-  const PlayPlan plan = MakePlayPlan(recording);
-  Witness witness;
-  std::optional<Recorder> recorder;
-  PlayedDevice* phone = nullptr;
-  const auto make_device = [&](DeviceObserver observer) -> std::unique_ptr<Device> {
-    auto made = MakePlayedDevice(plan.equipment, std::move(observer));
-    if (made == nullptr) throw std::runtime_error("this program has no phone to play on");
-    CheckRefusals(recording, *made);
-    phone = made.get();
-    return made;
-  };
-  const auto note = [&](const Event& event) {
-    witness.Note(event);
-    return !recorder || recorder->Note(event);
-  };
-  Session session(options, output, {.listener = note, .make_device = make_device});
-  if (!options.record.empty()) recorder.emplace(options.record, options.existing, "simulated");
-  const auto begin = Session::Clock::now();
-  output.SetDevice("simulated");
-  output.Explain(announcement.introduction);
-  output.Explain(kLegend);
-  Player player(recording, plan, {.speed = options.speed.value_or(1), .by_hand = options.step},
-                session, *phone, witness, recorder ? &*recorder : nullptr);
-  const Player::End end = player.Play();
-  if (IsScenario(recording)) {
-    SumUp(announcement.title, player, end, Session::Clock::now() - begin, session);
-  }
-  if (end == Player::End::kStopped) return kExitInterrupted;
-  bool success = end != Player::End::kFailed;
-  if (player.refused() && end != Player::End::kFailed) {
-    Complain(kRefusal);
-    success = false;
-  }
-  if (recorder && !recorder->failure().empty()) {
-    Complain(recorder->failure());
-    success = false;
-  }
-  return success ? EXIT_SUCCESS : EXIT_FAILURE;
+  return Playback(recording, options, output).Play(title, introduction);
 }
 
 }  // namespace norvik::qel::monitor

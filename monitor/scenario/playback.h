@@ -12,14 +12,10 @@
 
 namespace norvik::qel::monitor {
 
-struct Announcement {
-  std::string title;         // what the summary of a scenario calls it
-  std::string introduction;  // printed before the first event
-};
-
+// `title`: what the summary of a scenario calls it. `introduction`: printed before the first event.
 // Returns the program's exit code. Throws std::runtime_error before anything is played when the
 // recording cannot be.
-[[nodiscard]] int PlayBack(const Recording& recording, const Announcement& announcement,
-                           const Options& options, Output& output);
+[[nodiscard]] int PlayBack(const Recording& recording, const std::string& title,
+                           const std::string& introduction, const Options& options, Output& output);
 
 }  // namespace norvik::qel::monitor

@@ -3,7 +3,6 @@
 
 #include "scenario/questions.h"
 
-#include <algorithm>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -14,63 +13,26 @@ namespace norvik::qel::monitor {
 
 namespace {
 
-using Reading = std::pair<Property, Value>;
-
-// Each of the following: in the order of the question; nothing when the service cannot be asked.
-using Readings = std::optional<std::vector<Reading>>;
-
-Readings ReadBattery(const Question& question, BatteryClient& client) {
-  std::vector<Reading> readings;
-  for (const auto& [key, expected] : question.answers) {
-    const BatteryProperty& property = *BatteryPropertyOf(key);
-    std::optional<Value> value = client.Read(property);
-    if (!value) return std::nullopt;
-    readings.emplace_back(property, std::move(*value));
+// In the order of the question; nothing when the service cannot be asked.
+std::optional<std::vector<Value>> Read(const Question& question, AllClients& clients) {
+  if (question.family == kTemperaturesQuestion) {
+    std::vector<std::string> names;
+    for (const auto& [name, expected] : question.answers) names.push_back(name);
+    return clients.thermal().ReadTemperatures(names);  // all of them in one call
   }
-  return readings;
-}
-
-// All of them in one question.
-Readings ReadTemperatures(const Question& question, ThermalClient& client) {
-  std::vector<std::string> names;
-  for (const auto& [name, expected] : question.answers) names.push_back(name);
-  const auto values = client.ReadTemperatures(names);
-  if (!values) return std::nullopt;
-  std::vector<Reading> readings;
-  for (size_t i = 0; i < values->size(); ++i) {
-    const std::string& name = question.answers[i].first;
-    readings.emplace_back(Property{.key = name, .name = name, .unit = kCelsius}, (*values)[i]);
-  }
-  return readings;
-}
-
-Readings ReadLimits(const Question& question, ThermalClient& client) {
-  const auto limits = client.ReadLimits();
-  if (!limits) return std::nullopt;
-  std::vector<Reading> readings;
+  std::optional<std::vector<Severities>> limits;
+  if (question.family == kLimitsQuestion && !(limits = clients.thermal().ReadLimits())) return {};
+  std::vector<Value> values;
   for (const auto& [key, expected] : question.answers) {
-    for (size_t i = 0; i < limits->size(); ++i) {
-      const ChargeLimitProperty& property = *kChargeLimitProperties[i];
-      if (property.key == key) readings.emplace_back(property, (*limits)[i]);
+    if (limits) {
+      values.emplace_back((*limits)[key == kChargeLimitProperties[0]->key ? 0 : 1]);
+      continue;
     }
+    std::optional<Value> value = clients.battery().Read(*BatteryPropertyOf(key));
+    if (!value) return std::nullopt;
+    values.push_back(*std::move(value));
   }
-  return readings;
-}
-
-Readings Read(const Question& question, AllClients& clients) {
-  if (question.family == kBatteryQuestion) return ReadBattery(question, clients.battery());
-  if (question.family == kLimitsQuestion) return ReadLimits(question, clients.thermal());
-  return ReadTemperatures(question, clients.thermal());
-}
-
-std::string InWords(const std::vector<Reading>& readings) {
-  std::string text = "It reads: ";
-  for (const Reading& reading : readings) {
-    const auto& [property, value] = reading;
-    text += (&reading == readings.data() ? "" : ", ") + std::string(property.name) + " " +
-            monitor::InWords(property, value);
-  }
-  return text + ".";
+  return values;
 }
 
 // What is not there is not known, either.
@@ -81,18 +43,21 @@ bool Matches(const Value& value, const Value& expected) {
 }  // namespace
 
 Answer Ask(const Question& question, AllClients& clients) {
-  const Readings readings = Read(question, clients);
-  if (!readings) return {.text = "", .fault = "the service cannot be asked: " + question.family};
-  Answer answer = {.text = InWords(*readings), .fault = ""};
-  for (size_t i = 0; i < readings->size(); ++i) {
-    const auto& [property, value] = (*readings)[i];
-    const Value& expected = question.answers[i].second;
-    if (Matches(value, expected)) continue;
-    answer.fault = "the client reads " + std::string(property.name) + " " +
-                   monitor::InWords(property, value) + ", not " +
-                   monitor::InWords(property, expected);
-    break;
+  const auto values = Read(question, clients);
+  if (!values) return {.text = "", .fault = "the service cannot be asked: " + question.family};
+  Answer answer;
+  for (size_t i = 0; i < values->size(); ++i) {
+    const auto& [key, expected] = question.answers[i];
+    const Property property = question.family == kTemperaturesQuestion
+                                  ? Property{.key = key, .name = key, .unit = kCelsius}
+                                  : PropertyOf(key);
+    const std::string name(property.name);
+    const std::string read = name + " " + InWords(property, (*values)[i]);
+    answer.text += (i == 0 ? "It reads: " : ", ") + read;
+    if (!answer.fault.empty() || Matches((*values)[i], expected)) continue;
+    answer.fault = "the client reads " + read + ", not " + InWords(property, expected);
   }
+  answer.text += ".";
   return answer;
 }
 

@@ -12,8 +12,8 @@
 namespace norvik::qel::monitor {
 
 struct Answer {
-  std::string text;   // for people; empty when there was none
-  std::string fault;  // empty when it is what the question expects
+  std::string text = {};   // for people; empty when there was none
+  std::string fault = {};  // empty when it is what the question expects
 };
 
 Answer Ask(const Question& question, AllClients& clients);

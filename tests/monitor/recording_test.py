@@ -352,17 +352,19 @@ class RecordingTest(Case):
         self.assertNotIn("->", self.output(process.finish()))
 
     def test_a_full_disk_leaves_a_whole_recording_and_is_a_failure(self):
-        path = self.path("full")
-        limit = 4001
+        limit = 1001
 
         def limit_files():
             resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit))
             os.environ["GCOV_PREFIX"] = str(self.folder)  # else its data are cut
 
-        self.failure(run("record", path, "--for", "30s", preexec_fn=limit_files),
-                     "cannot write " + path)
-        self.events(path)
-        self.assertGreater(os.path.getsize(path), limit - 200)
+        path = self.path("full")
+        for args in (("record", path, "--for", "30s", "--force"),
+                     ("play", str(DOCS / "examples" / "crash.jsonl"), "--record", path,
+                      "--force")):
+            self.failure(run(*args, preexec_fn=limit_files), "cannot write " + path)
+            self.events(path)
+            self.assertGreater(os.path.getsize(path), limit - 200)
         self.failure(run("record", "/dev/full", "--force"), "cannot write /dev/full")
         self.failure(run("record", self.path("no/such")), "cannot write")
 

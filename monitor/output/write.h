@@ -1,14 +1,22 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Lines on standard output, whole ones only.
+// Text that is written at once: whole lines, whole files.
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace norvik::qel::monitor {
 
-// Unbuffered: each line is out before the next thing happens.
+// Waits where the descriptor does not. Returns what is left when errno says why; empty: nothing is.
+[[nodiscard]] std::string_view WriteAll(int fd, std::string_view text);
+
+// Replaces a regular file when the content is complete, and otherwise leaves it as it was. Throws
+// std::runtime_error.
+void WriteFile(const std::string& path, std::string_view content);
+
+// Standard output, unbuffered: each line is out before the next thing happens.
 //
 // Threads: the main thread.
 class LineWriter {
