@@ -110,6 +110,15 @@ class Case(unittest.TestCase):
         self.assertEqual(result[0], code, result)
         return result[1]
 
+    def says(self, table, run=run, **kwargs):
+        """Each command line has its exit code and prints these texts; columns count as one space."""
+        for line, (code, *wanted) in table.items():
+            with self.subTest(line):
+                done, out, err = run(*line.split(), **kwargs)
+                self.assertEqual(done, code, out + err)
+                for text in wanted:
+                    self.assertIn(text, " ".join((out + err).split()))
+
     def failure(self, result, *complaints, code=1):
         self.assertEqual(result[0], code, result)
         for complaint in ("quorvel: ", *complaints):
