@@ -6,8 +6,10 @@
 #include <android/binder_process.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
@@ -107,21 +109,12 @@ auto FunctionOf(int id, const Client* client) {
   return client != nullptr ? kFunctions.at(id) : nullptr;
 }
 
-// The text of a dump, read through a pipe.
 std::string DumpText(void (*dump)(void* handle, int fd), void* handle) {
-  int ends[2];
-  if (pipe2(ends, O_CLOEXEC) != 0) return {};
-  std::thread writer([&] {
-    dump(handle, ends[1]);
-    close(ends[1]);
-  });
-  std::string text;
-  char part[256];
-  for (ssize_t size; (size = read(ends[0], part, sizeof part)) > 0;) {
-    text.append(part, static_cast<size_t>(size));
-  }
-  writer.join();
-  close(ends[0]);
+  const int file = memfd_create("dump", MFD_CLOEXEC);
+  dump(handle, file);
+  std::string text(std::max<off_t>(lseek(file, 0, SEEK_END), 0), '\0');
+  EXPECT_EQ(pread(file, text.data(), text.size(), 0), static_cast<ssize_t>(text.size()));
+  close(file);
   return text;
 }
 
