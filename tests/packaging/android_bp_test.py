@@ -86,9 +86,11 @@ class AndroidBpTest(unittest.TestCase):
                 flags = {flag for flag in flags if not OF_ONE_SIDE.match(flag)}
                 self.assertEqual(device_flags(module), flags | {"-Wl,-z,defs"})
 
-    def test_the_library_has_every_source_of_its_folders(self):
+    def test_the_library_has_every_source_of_its_folder_and_sees_no_other(self):
         self.assertEqual(set(self.modules["libquorvel"]["srcs"]),
                          {str(path.relative_to(ROOT)) for path in (ROOT / "src").rglob("*.cc")})
+        for name, folder in (("libquorvel", "src"), ("quorvel", "monitor")):
+            self.assertEqual(self.modules[name]["local_include_dirs"], [folder])
 
     def test_the_tree_runs_the_checks_of_our_lint(self):
         text = re.search(r"^Checks: >\n(.*?)^\w", (ROOT / ".clang-tidy").read_text(),
