@@ -33,25 +33,21 @@ class Started(subprocess.Popen):
         pipes = dict.fromkeys(("stdout", "stderr"), subprocess.PIPE)
         super().__init__((program, *args), env=env,
                          **{"stdin": subprocess.DEVNULL, **pipes, "text": True, **kwargs})
+        self.guard = threading.Timer(LIMIT, self.kill)
+        self.guard.daemon = True
+        self.guard.start()
 
     def finish(self):
-        try:
-            out, err = self.communicate(timeout=LIMIT)
-        except subprocess.TimeoutExpired as late:
-            self.kill()
-            raise AssertionError(f"no end of {self.args} within {LIMIT} s: {late.stdout}") from None
+        out, err = self.communicate()
+        if not self.guard.is_alive():
+            raise AssertionError(f"no end of {self.args} within {LIMIT} s: {out}")
+        self.guard.cancel()
         return self.returncode, out, err
 
     def until(self, text):
         """Reads up to a line with this text."""
-        guard = threading.Timer(LIMIT, self.kill)
-        guard.start()
-        for line in iter(self.stdout.readline, ""):
-            if re.search(text, line):
-                guard.cancel()
-                return
-        guard.cancel()
-        raise AssertionError(f"no line '{text}' of {self.args} within {LIMIT} s")
+        if not any(re.search(text, line) for line in iter(self.stdout.readline, "")):
+            raise AssertionError(f"no line '{text}' of {self.args}")
 
 
 def run(*args, **kwargs):
@@ -80,15 +76,12 @@ def on_terminal(columns, *args, rows=60, **env):
     fcntl.ioctl(program, termios.TIOCSWINSZ, struct.pack("HHHH", rows, columns, 0, 0))
     process = Started(*args, stdout=program, env={"TERM": "xterm", **env})
     os.close(program)
-    guard = threading.Timer(LIMIT, process.kill)
-    guard.start()
     received = b""
     try:
         while data := os.read(terminal, 4096):
             received += data
     except OSError:  # the program has closed it
         pass
-    guard.cancel()
     os.close(terminal)
     return process.finish()[0], received.decode().replace("\r\n", "\n")
 
