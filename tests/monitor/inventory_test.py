@@ -4,15 +4,13 @@
 
 """list, status and doctor, on a simulated phone, on a described machine, and where services lack.
 
-usage: inventory_test.py QUORVEL QUORVEL_BARE
+usage: inventory_test.py QUORVEL QUORVEL_PHONE
 """
 
 import re
 import unittest
 
-from kit import HINGE, OTHERS, Case, Started, on_machine, on_terminal, run
-
-BARE = {"program": OTHERS[0], "env": {"COLUMNS": "500"}}
+from kit import BARE, FLAT, HINGE, Case, Started, on_machine, on_terminal, run
 
 # Two batteries, accessories and chargers of every kind, temperatures with and without a known type,
 # one of them unreadable, and a hinge.
@@ -86,13 +84,14 @@ class InventoryTest(Case):
                 1, "failed health: declared: android.hardware.health.IHealth/default; next: declare ",
                 "avc: denied", "failed sensor: running, look-up allowed: ", " is not found; next: ",
                 " 1 ok, 0 warnings, 3 failed"),
-            "doctor --device flat": (
+            "status": (0, "services: health down, sensor down, thermal down",
+                       "battery level unknown")}, **BARE)
+        self.says({
+            "doctor": (
                 0, "ok thermal (HIDL): death notification possible",
                 "ok thermal (HIDL): first value of ",
                 "warning thermal (HIDL): readings: 1 temperature without a value",
-                "warning sensor: hinge angle: the device has no such sensor"),
-            "status": (0, "services: health down, sensor down, thermal down",
-                       "battery level unknown")}, **BARE)
+                "warning sensor: hinge angle: the device has no such sensor")}, **FLAT)
 
     def test_status_fits_its_terminal(self):
         for columns in (40, 80):

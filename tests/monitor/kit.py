@@ -18,8 +18,11 @@ import termios
 import threading
 import unittest
 
-# The monitor; beside it, as a test needs it, the monitor for devices that lack something.
-QUORVEL, *OTHERS = (os.path.abspath(path) for path in sys.argv[1:])
+# The monitor, and what a test needs beside it.
+QUORVEL, OTHER = (os.path.abspath(path) for path in sys.argv[1:])
+# The phone's monitor on phones of three kinds; two of them lack something.
+PHONE, BARE, FLAT = ({"program": OTHER, "env": {"QUORVEL_PHONE": kind, "COLUMNS": "500"}}
+                     for kind in ("", "bare", "flat"))
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 LIMIT = 60  # seconds; only a broken monitor meets it
 

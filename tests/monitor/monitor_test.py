@@ -4,10 +4,9 @@
 
 """Runs the monitor as its users do.
 
-usage: monitor_test.py QUORVEL QUORVEL_BARE
+usage: monitor_test.py QUORVEL QUORVEL_PHONE
 
-QUORVEL_BARE is the monitor built for devices that lack something: "bare" any service, "flat" a
-hinge, a reading of its other sensor and limits of its battery's voltage.
+QUORVEL_PHONE is the phone's monitor, on a phone that QUORVEL_PHONE in the environment describes.
 """
 
 import collections
@@ -19,12 +18,12 @@ import subprocess
 import time
 import unittest
 
-from kit import HINGE, OTHERS, Case, Started, on_machine, on_terminal, run
+from kit import BARE, FLAT, HINGE, PHONE, Case, Started, on_machine, on_terminal, run
 
 SEVERITIES = ["NONE", "LIGHT", "MODERATE", "SEVERE", "CRITICAL", "EMERGENCY", "SHUTDOWN"]
 
 # What commands print of the simulated phone,
-SIMULATED = {
+ON_SIMULATED = {
     "get battery": (0, "Device: simulated battery level 50 % battery cycle count 10 "
                        "wireless charger offline dock charger offline"),
     "get sensors": (0, "Device: simulated proximity 5 cm hinge angle 0 degrees"),
@@ -34,24 +33,41 @@ SIMULATED = {
     "get temperatures nose cpu --json":
         (3, '"property":"nose","value":null,', '"property":"cpu","value":40.0,',
          "unknown or not present: nose; it reports cpu, skin, ")}
-# of a phone without a hinge, with a thermal service of the older kind,
-FLAT = {
+# of the phone that they run on,
+ON_PHONE = {
+    "get battery": (0, "battery level 61 %", "dock charger online", "wireless charger offline"),
+    "get battery --json": (0, '"property":"battery_level"'),
+    "get sensors": (0, "proximity 5 cm", "hinge angle 120 degrees"),
+    "get temperatures skin cpu": (0, "skin 38.5 degrees C", "cpu 40.0 degrees C"),
+    "get temperatures nowhere": (3, "unknown or not present: nowhere"),
+    "get bcl": (0, "NONE"),
+    "watch --for=1ms sensors": (0, "Device: phone", "Watching the sensors."),
+    "dump": (0, "linked to services = T"),
+    "list": (0, "battery_level 61 % health service",
+             "SKIN:skin 38.5 degrees C, LIGHT thermal service"),
+    "status": (0, "services: health up, sensor up, thermal up", "SKIN:skin 38.5 C, LIGHT"),
+    "doctor": (0, "ok health: link made", "ok thermal: callback registered", " 0 failed"),
+    "help": (0, "watch thermal TYPE:NAME"),
+    "--version": (0, "quorvel "),
+    **dict.fromkeys(("", "demo", "watch fans", "dump --for 2s", "dump --device linux", "-x dump"),
+                    (2, "quorvel: ", "(see quorvel --help)"))}
+# of one without a hinge, with a thermal service of the older kind,
+ON_FLAT = {
     "get bcl": (3, "limits NONE" + 19 * ", LIGHT" + " battery voltage limits none reported"),
     "get bcl --json":
         (3, '"property":"bcl_current","value":[{"level":0,"name":"NONE"}' +
          19 * ',{"level":1,"name":"LIGHT"}' + "]", '"property":"bcl_voltage","value":[]'),
     # A thermistor that is out of order is there all the same. Its name has a colon.
-    "get temperatures back:left": (3, "Device: flat back:left unknown"),
+    "get temperatures back:left": (3, "Device: phone back:left unknown"),
     "get temperatures back:left --json": (3, '"property":"back:left","value":null'),
     "watch thermal SKIN:back:left --json --for 1s":
-        (0, '"service":"thermal (HIDL)"',
-         '"property":"SKIN:back:left","old":null,"new":{"level":0,"name":"NONE"}'),
-    "get sensors": (3, "Device: flat proximity 0 cm hinge angle not present"),
+        (0, '"property":"SKIN:back:left","old":null,"new":{"level":0,"name":"NONE"}'),
+    "get sensors": (3, "Device: phone proximity 0 cm hinge angle not present"),
     "get sensors --json": (3, '"proximity","value":0,', '"hinge_angle","value":null,'),
     "watch sensors --for 100ms": (0, "hinge angle not present"),
     "dump": (0, "HINGE_ANGLE initialized:T active:F")}
 # of a machine with a battery at 77 % on a wireless charger,
-MACHINE = {
+ON_MACHINE = {
     "get temperatures acpitz x86_pkg_temp":
         (3, "Device: linux acpitz not present x86_pkg_temp 81.5 degrees C",
          "unknown or not present: acpitz"),
@@ -73,14 +89,19 @@ DEVICES = [
         "trip_point_0_temp": "80000", "trip_point_0_hyst": "0"}),
     HINGE]
 # and of one without any of that.
-EMPTY = {
+ON_EMPTY_MACHINE = {
     "watch battery --for 1s": (0, "** device: this machine has no battery"),
     "get battery": (3, "battery level unknown ", "quorvel: this machine has no battery",
                     "quorvel: unknown or not present: battery level, battery cycle count"),
     "get battery --json": (3, '"battery_level","value":null,"device":"linux"',
                            '"battery_cycle_count","value":null', '"wireless_charger","value":false',
                            '"dock_charger","value":false')}
-BARE = {"program": OTHERS[0]}
+
+HEARD_ON_PHONE = {
+    "watch battery": "battery level +unknown +-> +61 %",
+    # The library may have heard the sensor before it first calls its client.
+    "watch sensors": r"hinge angle +(unknown|0 degrees) +-> +120 degrees",
+    "watch thermal SKIN:skin": "SKIN:skin +unknown +-> +LIGHT"}
 
 # How the values of the simulated phone begin; the one that arrives when a service is back.
 LIVES = {
@@ -125,10 +146,11 @@ class MonitorTest(Case):
         return [value["level"] for value in values] if ":" in name else values
 
     def test_commands_print_what_the_device_says(self):
-        self.says(SIMULATED)
-        self.says({f"{line} --device flat": wanted for line, wanted in FLAT.items()}, **BARE)
-        self.says(MACHINE, run=functools.partial(on_machine, DEVICES))
-        self.says(EMPTY, run=functools.partial(on_machine, ()))
+        self.says(ON_SIMULATED)
+        self.says(ON_PHONE, **PHONE)
+        self.says(ON_FLAT, **FLAT)
+        self.says(ON_MACHINE, run=functools.partial(on_machine, DEVICES))
+        self.says(ON_EMPTY_MACHINE, run=functools.partial(on_machine, ()))
 
     def test_dump_shows_the_library_after_the_first_report(self):
         text = self.output(run("dump"))
@@ -188,6 +210,17 @@ class MonitorTest(Case):
         self.says({"get temperatures x86_pkg_temp": (0, f"quorvel: {types}:2: "),
                    "get temperatures attic --json": (3, '"event":"notice"', f'"{types}:2: '),
                    "watch thermal CPU:attic": (3, f"** device: {types}:2: ")}, run=told)
+
+    def test_a_phone_is_watched_and_recorded_and_says_nothing_of_itself(self):
+        for command, line in HEARD_ON_PHONE.items():
+            process = Started(*command.split(), **PHONE)
+            process.until(line)
+            process.stdout.close()
+            self.assertEqual(process.finish()[0], 0)
+        path = self.folder / "a.jsonl"
+        self.assertIn("Recorded", self.output(run("record", str(path), "--for", "500ms", **PHONE)))
+        self.assertIn('"join":"thermal"', path.read_text())
+        self.assertNotIn("**", self.output(run("watch", "battery", "--for", "1ms", **PHONE)))
 
     def test_a_signal_ends_watch_and_demo_cleanly(self):
         for command in (["watch", "battery"], ["demo"]):

@@ -4,7 +4,7 @@
 
 """Records and plays with the monitor, as its users do.
 
-usage: recording_test.py QUORVEL
+usage: recording_test.py QUORVEL QUORVEL_PHONE
 """
 
 import json

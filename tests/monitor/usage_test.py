@@ -4,7 +4,7 @@
 
 """The parser, the help, the manual page and the completions of three shells.
 
-usage: usage_test.py QUORVEL
+usage: usage_test.py QUORVEL QUORVEL_PHONE
 """
 
 import os

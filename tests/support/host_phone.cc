@@ -2,9 +2,10 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // The phone of a program that expects to find its services running: it comes up before main() and
-// goes after it. The environment says how, in QUORVEL_PHONE: "hidl" for the other thermal service;
-// "absent", "late" or "refused" for a service, as in "late-battery". The signal SIGUSR1 restarts
-// the health and thermal services with other values, SIGUSR2 changes values.
+// goes after it. The environment says how, in QUORVEL_PHONE: "bare" without services; "hidl" for
+// the other thermal service; "flat" for an old phone, which has that one and lacks a hinge and
+// values; "absent", "late" or "refused" for a service, as in "late-battery". The signal SIGUSR1
+// restarts the health and thermal services with other values, SIGUSR2 changes values.
 #include <android/log.h>
 #include <android/sensor.h>
 #include <signal.h>
@@ -12,6 +13,8 @@
 
 #include <atomic>
 #include <cstdlib>
+#include <limits>
+#include <memory>
 #include <string>
 #include <thread>
 
@@ -25,29 +28,34 @@ namespace norvik::qel {
 
 namespace {
 
+using aidl::android::hardware::thermal::TemperatureType;
+using aidl::android::hardware::thermal::ThrottlingSeverity;
 using fake::BinderFunction;
 using services::HealthOperation;
 using services::ThermalOperation;
 using simulated::ThermalPath;
 
 constexpr int kAlways = 1000;  // more calls than a test makes
+// Beside the one that it has anyway; more than the library has room for in the usual case.
+constexpr int kMoreLimits = 19;
 
 class Phone {
  public:
-  Phone() {
-    __android_log_set_minimum_priority(ANDROID_LOG_FATAL);
-    const char* const environment = std::getenv("QUORVEL_PHONE");
-    const std::string how = environment != nullptr ? environment : "";
-    path_ = how == "hidl" ? ThermalPath::kHidl : ThermalPath::kAidl;
+  explicit Phone(const std::string& how) {
+    path_ = how == "hidl" || how == "flat" ? ThermalPath::kHidl : ThermalPath::kAidl;
     if (path_ == ThermalPath::kHidl) thermal_.Undeclare(ThermalPath::kAidl);
     thermal_.Declare(path_);
     thermal_.SetTemperature("skin", 38.5F);
     health_.SetDockOnline(true);
     Change();
     sensors_.Add(ASENSOR_TYPE_PROXIMITY, "proximity");
-    sensors_.Add(ASENSOR_TYPE_HINGE_ANGLE, "hinge angle");
-    sensors_.Report(ASENSOR_TYPE_PROXIMITY, 5);
-    sensors_.Report(ASENSOR_TYPE_HINGE_ANGLE, 120);
+    if (how == "flat") {
+      WearOut();
+    } else {
+      sensors_.Add(ASENSOR_TYPE_HINGE_ANGLE, "hinge angle");
+      sensors_.Report(ASENSOR_TYPE_PROXIMITY, 5);
+      sensors_.Report(ASENSOR_TYPE_HINGE_ANGLE, 120);
+    }
     Refuse(how);
 
     sigset_t signals = {};
@@ -96,8 +104,25 @@ class Phone {
   void Change() {
     level_ = level_ == 61 ? 62 : 61;
     health_.SetLevel(level_);
-    using Severity = simulated::Thermal::ThrottlingSeverity;
-    thermal_.SetSeverity("skin", level_ == 61 ? Severity::LIGHT : Severity::NONE);
+    thermal_.SetSeverity("skin",
+                         level_ == 61 ? ThrottlingSeverity::LIGHT : ThrottlingSeverity::NONE);
+  }
+
+  // Many limits of the battery's current and none of its voltage; a thermistor out of order.
+  void WearOut() {
+    thermal_.Change([](simulated::Thermal::ThermalData& data) {
+      std::erase_if(data.temperatures, [](const auto& temperature) {
+        return temperature.type == TemperatureType::BCL_VOLTAGE;
+      });
+      for (int i = 0; i < kMoreLimits; ++i) {
+        data.temperatures.push_back({.type = TemperatureType::BCL_CURRENT,
+                                     .name = "AUDIO_current_" + std::to_string(i),
+                                     .throttlingStatus = ThrottlingSeverity::LIGHT});
+      }
+      data.temperatures.push_back({.type = TemperatureType::SKIN,
+                                   .name = "back:left",
+                                   .value = std::numeric_limits<float>::quiet_NaN()});
+    });
   }
 
   // As the access policy does for calls.
@@ -124,8 +149,15 @@ class Phone {
   std::thread commands_, late_;
 };
 
+std::unique_ptr<Phone> MakePhone() {
+  __android_log_set_minimum_priority(ANDROID_LOG_FATAL);
+  const char* const environment = std::getenv("QUORVEL_PHONE");
+  const std::string how = environment != nullptr ? environment : "";
+  return how != "bare" ? std::make_unique<Phone>(how) : nullptr;
+}
+
 // NOLINTNEXTLINE(cert-err58-cpp): without services there is nothing to test
-Phone phone;
+const std::unique_ptr<Phone> kPhone = MakePhone();
 
 }  // namespace
 
