@@ -7,6 +7,7 @@
 usage: inventory_test.py QUORVEL QUORVEL_PHONE
 """
 
+import functools
 import re
 import unittest
 
@@ -63,22 +64,20 @@ class InventoryTest(Case):
             "ups": "ignored: neither a battery nor a charger",
             "ucsi-source-psy-USBC000:001": "neither a wireless nor a dock charger"})
 
-    def test_doctor_of_a_machine_finds_no_failure(self):
-        lines = self.objects(on_machine(MACHINE, "doctor", "--json"))
-        checks = [line for line in lines if line["event"] == "check"]
-        results = {(line["subject"], line["check"]): line["result"] for line in checks}
-        self.assertNotIn("failed", results.values())
-        for service in ("health", "thermal", "sensor"):
-            self.assertEqual(results[service, "running, look-up allowed"], "ok")
-        self.assertEqual(results["health", "link made"], "ok")
-        self.assertEqual(results["sensor", "first value of hinge angle"], "ok")
-        warnings = " ".join(line["detail"] for line in checks if line["result"] == "warning")
-        for text in ("keyboard: ignored as an accessory", "thermal_zone0/temp", "no such sensor"):
-            self.assertIn(text, warnings)
-        self.assertIn("ignored: feeds a peripheral",
-                      " ".join(line["detail"] for line in checks if line["subject"] == "device"))
-
     def test_doctor_and_status_name_what_lacks(self):
+        self.says({"doctor": (
+            0, *(f"ok {service}: running, look-up allowed"
+                 for service in ("health", "sensor", "thermal")),
+            "ok health: link made", "ok sensor: first value of hinge angle", " 0 failed",
+            "warning health: notice: keyboard: ignored as an accessory",
+            "warning thermal: notice: thermal_zone0/temp", "warning sensor: proximity: the device has "
+            "no such sensor", "ok device: hidpp_battery_0: battery, ignored: feeds a peripheral")},
+            run=functools.partial(on_machine, MACHINE), env={"COLUMNS": "500"})
+        self.says({"doctor": (
+            0, "ok thermal (HIDL): death notification possible",
+            "ok thermal (HIDL): first value of ",
+            "warning thermal (HIDL): readings: 1 temperature without a value",
+            "warning sensor: hinge angle: the device has no such sensor")}, **FLAT)
         self.says({
             "doctor": (
                 1, "failed health: declared: android.hardware.health.IHealth/default; next: declare ",
@@ -86,19 +85,20 @@ class InventoryTest(Case):
                 " 1 ok, 0 warnings, 3 failed"),
             "status": (0, "services: health down, sensor down, thermal down",
                        "battery level unknown")}, **BARE)
-        self.says({
-            "doctor": (
-                0, "ok thermal (HIDL): death notification possible",
-                "ok thermal (HIDL): first value of ",
-                "warning thermal (HIDL): readings: 1 temperature without a value",
-                "warning sensor: hinge angle: the device has no such sensor")}, **FLAT)
 
-    def test_status_fits_its_terminal(self):
+    def test_text_fits_its_terminal_and_has_colours_there_only(self):
+        watch = "watch thermal skin:skin bcl_current:AUDIO_current --for 300ms"
+        self.assertIn("\033[1mNONE", on_terminal(80, *watch.split())[1])
         for columns in (40, 80):
-            for command in ("status", "list", "doctor"):
-                code, out = on_terminal(columns, command)
+            for command in ("status", "list", "doctor", watch):
+                code, out = on_terminal(columns, *command.split(), NO_COLOR="1")
                 self.assertEqual(code, 0)
+                self.assertNotIn("\033", out)
                 self.assertLessEqual(max(map(len, out.splitlines())), columns, out)
+            text = " ".join(out.split())
+            self.assertIn("SKIN:skin unknown -> NONE", text)
+            # A registration for each.
+            self.assertIn("** 1 more time: linked: the library's callback", text)
         code, out = on_terminal(80, "status", rows=12)
         self.assertEqual((code, len(out.splitlines())), (0, 11))
         self.assertIn(" more: quorvel list\n", out)

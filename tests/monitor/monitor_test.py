@@ -18,7 +18,7 @@ import subprocess
 import time
 import unittest
 
-from kit import BARE, FLAT, HINGE, PHONE, Case, Started, on_machine, on_terminal, run
+from kit import BARE, FLAT, HINGE, PHONE, Case, Started, on_machine, run
 
 SEVERITIES = ["NONE", "LIGHT", "MODERATE", "SEVERE", "CRITICAL", "EMERGENCY", "SHUTDOWN"]
 
@@ -36,11 +36,8 @@ ON_SIMULATED = {
 # of the phone that they run on,
 ON_PHONE = {
     "get battery": (0, "battery level 61 %", "dock charger online", "wireless charger offline"),
-    "get battery --json": (0, '"property":"battery_level"'),
     "get sensors": (0, "proximity 5 cm", "hinge angle 120 degrees"),
     "get temperatures skin cpu": (0, "skin 38.5 degrees C", "cpu 40.0 degrees C"),
-    "get temperatures nowhere": (3, "unknown or not present: nowhere"),
-    "get bcl": (0, "NONE"),
     "watch --for=1ms sensors": (0, "Device: phone", "Watching the sensors."),
     "dump": (0, "linked to services = T"),
     "list": (0, "battery_level 61 % health service",
@@ -288,18 +285,6 @@ class MonitorTest(Case):
                       env={"QUORVEL_DEVICE": given})
         self.says({"dump": (2, "unknown 'toaster', use linux or simulated"), "play none": (1,)},
                   env={"QUORVEL_DEVICE": "toaster"})
-
-    def test_text_fits_its_terminal_and_has_colours_there_only(self):
-        watch = ("watch", "thermal", "skin:skin", "bcl_current:AUDIO_current", "--for", "300ms")
-        self.assertIn("\033[1mNONE", on_terminal(80, *watch)[1])
-        for columns in (40, 80):
-            code, plain = on_terminal(columns, *watch, NO_COLOR="1")
-            self.assertEqual(code, 0)
-            self.assertNotIn("\033", plain)
-            self.assertLessEqual(max(map(len, plain.splitlines())), columns)
-            text = " ".join(plain.split())
-            self.assertIn("SKIN:skin unknown -> NONE", text)
-            self.assertIn("** 1 more time: linked: the library's callback", text)  # a registration for each
 
     def test_the_log_is_what_is_asked_for(self):
         quiet = without_addresses(self.output(run("dump")))
