@@ -3,6 +3,7 @@
 
 """What the monitor's tests share. Every wait has a deadline and says what it has waited for."""
 
+import concurrent.futures
 import datetime
 import fcntl
 import json
@@ -108,9 +109,10 @@ class Case(unittest.TestCase):
 
     def says(self, table, run=run, **kwargs):
         """Each command line has its exit code and prints these texts; columns count as one space."""
-        for line, (code, *wanted) in table.items():
+        with concurrent.futures.ThreadPoolExecutor(4) as pool:
+            results = pool.map(lambda line: run(*line.split(), **kwargs), table)
+        for (line, (code, *wanted)), (done, out, err) in zip(table.items(), results):
             with self.subTest(line):
-                done, out, err = run(*line.split(), **kwargs)
                 self.assertEqual(done, code, out + err)
                 for text in wanted:
                     self.assertIn(text, " ".join((out + err).split()))
