@@ -11,6 +11,7 @@ import os
 import pathlib
 import pty
 import re
+import signal
 import struct
 import subprocess
 import sys
@@ -43,7 +44,7 @@ class Started(subprocess.Popen):
 
     def finish(self):
         out, err = self.communicate()
-        if not self.guard.is_alive():
+        if self.returncode == -signal.SIGKILL and not self.guard.is_alive():
             raise AssertionError(f"no end of {self.args} within {LIMIT} s: {out}")
         self.guard.cancel()
         return self.returncode, out, err
