@@ -15,7 +15,7 @@ namespace aidl::android::hardware::health {
 
 class BatteryHealthData {
  public:
-  static const char* descriptor;
+  static inline const char* descriptor = "android.hardware.health.BatteryHealthData";
   int64_t batteryManufacturingDateSeconds = 0;
   int64_t batteryFirstUsageSeconds = 0;
   int64_t batteryStateOfHealth = 0;

@@ -12,7 +12,7 @@ namespace aidl::android::hardware::health {
 
 class DiskStats {
  public:
-  static const char* descriptor;
+  static inline const char* descriptor = "android.hardware.health.DiskStats";
   int64_t reads = 0;
   int64_t readMerges = 0;
   int64_t readSectors = 0;

@@ -12,7 +12,7 @@ namespace aidl::android::hardware::health {
 
 class StorageInfo {
  public:
-  static const char* descriptor;
+  static inline const char* descriptor = "android.hardware.health.StorageInfo";
   int32_t eol = 0;
   int32_t lifetimeA = 0;
   int32_t lifetimeB = 0;

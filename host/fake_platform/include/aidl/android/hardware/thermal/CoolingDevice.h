@@ -14,7 +14,7 @@ namespace aidl::android::hardware::thermal {
 
 class CoolingDevice {
  public:
-  static const char* descriptor;
+  static inline const char* descriptor = "android.hardware.thermal.CoolingDevice";
 
   CoolingType type = static_cast<CoolingType>(0);
   std::string name = {};

@@ -15,7 +15,7 @@ namespace aidl::android::hardware::thermal {
 
 class TemperatureThreshold {
  public:
-  static const char* descriptor;
+  static inline const char* descriptor = "android.hardware.thermal.TemperatureThreshold";
 
   TemperatureType type = static_cast<TemperatureType>(0);
   std::string name = {};
