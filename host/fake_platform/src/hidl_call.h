@@ -12,15 +12,13 @@
 #include <tuple>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
+#include "hidl_lookup.h"
 #include "hidl_object.h"
 #include "remote_call.h"
 
 namespace norvik::qel::fake {
-
-// Specialised for each interface. Type is the class of its proxies.
-template <typename I>
-struct RemoteSide;
 
 // The object itself if `binder` is local, otherwise a new proxy. Null if `binder` is empty.
 template <typename I>
@@ -29,7 +27,7 @@ template <typename I>
   if (const LocalBinder* local = binder.get()->AsLocal()) {
     return static_cast<I*>(&HidlObject(*local));
   }
-  return ::android::sp<typename RemoteSide<I>::Type>::make(binder);
+  return ::android::sp<typename I::BpHw>::make(binder);
 }
 
 // A result callback. The service fills storage that the call owns; the caller's callback reads it.
@@ -182,18 +180,55 @@ class HidlProxyOf : public I, public HidlProxy {
   }
 };
 
-// castFrom() of each interface. Null if the object does not implement I.
-template <typename I>
-::android::hardware::Return<::android::sp<I>> CastFrom(const ::android::sp<HidlBase>& parent,
-                                                       bool emitError) {
-  if (parent == nullptr) return ::android::sp<I>();
+}  // namespace norvik::qel::fake
+
+namespace android::hardware::details {
+
+namespace fake = ::norvik::qel::fake;
+
+template <typename I, typename PARENT, typename PROXY>
+Return<void> Generated<I, PARENT, PROXY>::interfaceChain(
+    fake::HidlBase::interfaceChain_cb _hidl_cb) {
+  return PARENT::interfaceChain([&](const auto& extended) {
+    std::vector<hidl_string> chain = {I::descriptor};
+    chain.insert(chain.end(), extended.begin(), extended.end());
+    _hidl_cb(chain);
+  });
+}
+
+template <typename I, typename PARENT, typename PROXY>
+Return<void> Generated<I, PARENT, PROXY>::interfaceDescriptor(
+    fake::HidlBase::interfaceDescriptor_cb _hidl_cb) {
+  _hidl_cb(I::descriptor);
+  return Void();
+}
+
+template <typename I, typename PARENT, typename PROXY>
+Return<sp<I>> Generated<I, PARENT, PROXY>::CastFromBase(const sp<fake::HidlBase>& parent,
+                                                        bool emitError) {
+  if (parent == nullptr) return sp<I>();
   bool implemented = false;
   const auto asked = parent->interfaceChain(
       [&](const auto& descriptors) { implemented = descriptors.contains(I::descriptor); });
   if (!asked.isOk() && emitError) return StatusToCarry(asked);
-  if (!asked.isOk() || !implemented) return ::android::sp<I>();
-  if (!parent->isRemote()) return ::android::sp<I>(static_cast<I*>(parent.get()));
-  return FromHidlBinder<I>(BinderOf(parent));
+  if (!asked.isOk() || !implemented) return sp<I>();
+  if (!parent->isRemote()) return sp<I>(static_cast<I*>(parent.get()));
+  return fake::FromHidlBinder<I>(fake::BinderOf(parent));
 }
 
-}  // namespace norvik::qel::fake
+template <typename I, typename PARENT, typename PROXY>
+sp<I> Generated<I, PARENT, PROXY>::tryGetService(const std::string& serviceName, bool getStub) {
+  return fake::FromHidlBinder<I>(fake::TryGetHidl(I::descriptor, serviceName, getStub));
+}
+
+template <typename I, typename PARENT, typename PROXY>
+sp<I> Generated<I, PARENT, PROXY>::getService(const std::string& serviceName, bool getStub) {
+  return fake::FromHidlBinder<I>(fake::GetHidl(I::descriptor, serviceName, getStub));
+}
+
+template <typename I, typename PARENT, typename PROXY>
+status_t Generated<I, PARENT, PROXY>::registerAsService(const std::string& serviceName) {
+  return fake::AddHidl(this, serviceName);
+}
+
+}  // namespace android::hardware::details

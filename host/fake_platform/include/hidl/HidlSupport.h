@@ -228,4 +228,20 @@ struct hidl_array {
 
 // NOLINTEND(google-explicit-constructor)
 
+// For the namespaces of enums: combines the numbers of two values.
+namespace details {
+template <typename E>
+requires std::is_enum_v<E>
+constexpr std::underlying_type_t<E> operator|(E left, E right) {
+  using Number = std::underlying_type_t<E>;
+  return static_cast<Number>(left) | static_cast<Number>(right);
+}
+template <typename E>
+requires std::is_enum_v<E>
+constexpr std::underlying_type_t<E> operator&(E left, E right) {
+  using Number = std::underlying_type_t<E>;
+  return static_cast<Number>(left) & static_cast<Number>(right);
+}
+}  // namespace details
+
 }  // namespace android::hardware
