@@ -21,6 +21,7 @@
 #include "quorvel/fake/deliveries.h"
 #include "quorvel/fake/log_capture.h"
 #include "quorvel/fake/service_manager.h"
+#include "quorvel/fake/service_process.h"
 #include "quorvel/services/health_service.h"
 #include "quorvel/simulated/health.h"
 #include "waiting.h"
@@ -222,6 +223,22 @@ TEST_F(BinderTest, AServiceHoldsACallbackUntilItIsUnregisteredOrTheServiceDies) 
     }
     EXPECT_TRUE(Eventually([&] { return kept.expired(); })) << "dies: " << dies;
   }
+}
+
+TEST_F(BinderTest, ADeadProcessHoldsNothingThroughObjectsThatLiveOn) {
+  const auto service = ndk::SharedRefBase::make<services::HealthService>(HealthInfo{});
+  const std::string instance = services::HealthService::makeServiceName("other");
+  fake::ServiceProcess process("other");
+  ASSERT_TRUE(process.AddService(service, instance));
+  const ndk::SpAIBinder binder(AServiceManager_checkService(instance.c_str()));
+  auto callback = ndk::SharedRefBase::make<Callback>();
+  const std::weak_ptr<Callback> kept = callback;
+  ASSERT_TRUE(IHealth::fromBinder(binder)->registerCallback(callback).isOk());
+  ASSERT_TRUE(fake::WaitUntilDelivered());
+  callback.reset();
+  EXPECT_FALSE(kept.expired());
+  process.Kill();
+  EXPECT_TRUE(Eventually([&] { return kept.expired(); }));
 }
 
 template <typename T>
