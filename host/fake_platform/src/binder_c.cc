@@ -13,7 +13,6 @@
 #include <vector>
 
 #include "binder.h"
-#include "delivery_tracking.h"
 #include "next_outcome.h"
 
 using norvik::qel::fake::Anchor;

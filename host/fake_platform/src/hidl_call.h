@@ -14,7 +14,6 @@
 #include <utility>
 #include <vector>
 
-#include "hidl_lookup.h"
 #include "hidl_object.h"
 #include "remote_call.h"
 
@@ -34,8 +33,7 @@ template <typename I>
 template <typename... Results>
 struct Parcelled<std::function<void(Results...)>> {
   using Callback = std::function<void(Results...)>;
-  explicit Parcelled(const Callback& callback) : given(callback != nullptr) {}
-  bool ok() const { return given; }
+  explicit Parcelled(const Callback&) {}
   bool Arrive() { return true; }
   Callback Pass() {
     return [this](Results... values) {
@@ -44,7 +42,6 @@ struct Parcelled<std::function<void(Results...)>> {
     };
   }
   void Deliver(const Callback& callback) { std::apply(callback, *results); }
-  bool given;
   std::optional<std::tuple<std::remove_cvref_t<Results>...>> results;
 };
 
@@ -55,7 +52,6 @@ struct Parcelled<::android::sp<I>> {
   explicit Parcelled(const ::android::sp<I>& given) : binder(BinderOf(given)) {
     if (given != nullptr) StartHidlThreads();  // the service may call it
   }
-  bool ok() const { return true; }
   // False if the service's process has died meanwhile: a dead process takes no references.
   bool Arrive() {
     if (binder.get() == nullptr) return true;
@@ -67,6 +63,16 @@ struct Parcelled<::android::sp<I>> {
   ndk::SpAIBinder binder;
   ::android::sp<I> object;
 };
+
+// Whether an argument is a result callback and null.
+template <typename T>
+bool IsNoCallback(const T&) {
+  return false;
+}
+template <typename... Results>
+bool IsNoCallback(const std::function<void(Results...)>& callback) {
+  return callback == nullptr;
+}
 
 // A service that returns success must have called the result callback.
 template <typename T>
@@ -88,13 +94,10 @@ template <typename I, typename... Params>
     std::tuple<ParcelledArg<Params>...> params;
     Status status;
   };
-  auto call = std::make_shared<Call>(args...);
-  const bool complete =
-      std::apply([](const auto&... param) { return (param.ok() && ...); }, call->params);
-  if (!complete) {
+  if ((IsNoCallback(args) || ...)) {
     return Status::fromExceptionCode(Status::EX_ILLEGAL_ARGUMENT, "a result callback is null");
   }
-
+  auto call = std::make_shared<Call>(args...);
   const bool served = binder.get()->AsRemote()->CallAndWait([call, method](LocalBinder& target) {
     I& object = static_cast<I&>(HidlObject(target));
     std::apply(
@@ -218,12 +221,14 @@ Return<sp<I>> Generated<I, PARENT, PROXY>::CastFromBase(const sp<fake::HidlBase>
 
 template <typename I, typename PARENT, typename PROXY>
 sp<I> Generated<I, PARENT, PROXY>::tryGetService(const std::string& serviceName, bool getStub) {
-  return fake::FromHidlBinder<I>(fake::TryGetHidl(I::descriptor, serviceName, getStub));
+  return fake::FromHidlBinder<I>(fake::LookUpHidl(fake::BinderFunction::kTryGetHidlService,
+                                                  I::descriptor, serviceName, getStub));
 }
 
 template <typename I, typename PARENT, typename PROXY>
 sp<I> Generated<I, PARENT, PROXY>::getService(const std::string& serviceName, bool getStub) {
-  return fake::FromHidlBinder<I>(fake::GetHidl(I::descriptor, serviceName, getStub));
+  return fake::FromHidlBinder<I>(
+      fake::LookUpHidl(fake::BinderFunction::kGetHidlService, I::descriptor, serviceName, getStub));
 }
 
 template <typename I, typename PARENT, typename PROXY>

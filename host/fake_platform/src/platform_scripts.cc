@@ -14,28 +14,19 @@ namespace {
 using Tables = PlatformScripts::Tables;
 
 // Never destroyed: threads may call the platform until the process ends.
-struct Current {
-  std::mutex lock;
-  std::weak_ptr<Tables> tables QUORVEL_GUARDED_BY(lock);
-};
-
-Current& TheCurrent() {
-  static Current& current = *new Current;
-  return current;
-}
+std::mutex& g_scripts_lock = *new std::mutex;
+std::weak_ptr<Tables>& g_scripts QUORVEL_GUARDED_BY(g_scripts_lock) = *new std::weak_ptr<Tables>;
 
 std::shared_ptr<Tables> CurrentOrNewTables() {
-  Current& current = TheCurrent();
-  std::lock_guard<std::mutex> lock(current.lock);
-  std::shared_ptr<Tables> tables = current.tables.lock();
-  if (tables == nullptr) current.tables = tables = std::make_shared<Tables>();
+  std::lock_guard<std::mutex> lock(g_scripts_lock);
+  std::shared_ptr<Tables> tables = g_scripts.lock();
+  if (tables == nullptr) g_scripts = tables = std::make_shared<Tables>();
   return tables;
 }
 
 std::shared_ptr<Tables> CurrentTables() {
-  Current& current = TheCurrent();
-  std::lock_guard<std::mutex> lock(current.lock);
-  return current.tables.lock();
+  std::lock_guard<std::mutex> lock(g_scripts_lock);
+  return g_scripts.lock();
 }
 
 }  // namespace

@@ -54,7 +54,6 @@ std::shared_ptr<I> FromBinder(const ndk::SpAIBinder& binder) {
 template <typename T>
 struct Parcelled {
   explicit Parcelled(const T& value) : value(value) {}
-  bool ok() const { return true; }
   bool Arrive() { return true; }
   const T& Pass() { return value; }
   void Deliver(const T&) {}
@@ -65,7 +64,6 @@ struct Parcelled {
 template <typename T>
 struct Parcelled<T*> {
   explicit Parcelled(T*) {}
-  bool ok() const { return true; }
   bool Arrive() { return true; }
   T* Pass() { return &value; }
   void Deliver(T* out) { *out = std::move(value); }
@@ -79,7 +77,6 @@ struct Parcelled<std::shared_ptr<I>> {
   explicit Parcelled(const std::shared_ptr<I>& object) {
     if (object != nullptr) binder = object->asBinder();
   }
-  bool ok() const { return true; }
   // False if the service's process has died meanwhile: a dead process takes no references.
   bool Arrive() {
     if (binder.get() == nullptr) return true;

@@ -24,7 +24,6 @@ class BatteryHealthData {
 
   std::string toString() const;
 
-  bool operator==(const BatteryHealthData& other) const = default;
   // NOLINTNEXTLINE(modernize-use-nullptr): clang-tidy 14 takes the default for a literal 0
   std::partial_ordering operator<=>(const BatteryHealthData& other) const = default;
 };

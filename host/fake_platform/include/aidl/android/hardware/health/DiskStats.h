@@ -27,7 +27,6 @@ class DiskStats {
 
   std::string toString() const;
 
-  bool operator==(const DiskStats& other) const = default;
   // NOLINTNEXTLINE(modernize-use-nullptr): clang-tidy 14 takes the default for a literal 0
   std::partial_ordering operator<=>(const DiskStats& other) const = default;
 };

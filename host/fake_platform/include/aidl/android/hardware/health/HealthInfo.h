@@ -55,7 +55,6 @@ class HealthInfo {
 
   std::string toString() const;
 
-  bool operator==(const HealthInfo& other) const = default;
   // NOLINTNEXTLINE(modernize-use-nullptr): clang-tidy 14 takes the default for a literal 0
   std::partial_ordering operator<=>(const HealthInfo& other) const = default;
 };

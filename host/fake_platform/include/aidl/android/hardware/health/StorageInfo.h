@@ -20,7 +20,6 @@ class StorageInfo {
 
   std::string toString() const;
 
-  bool operator==(const StorageInfo& other) const = default;
   // NOLINTNEXTLINE(modernize-use-nullptr): clang-tidy 14 takes the default for a literal 0
   std::partial_ordering operator<=>(const StorageInfo& other) const = default;
 };

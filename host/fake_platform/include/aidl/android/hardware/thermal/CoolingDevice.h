@@ -26,7 +26,6 @@ class CoolingDevice {
 
   std::string toString() const;
 
-  bool operator==(const CoolingDevice& other) const = default;
   // NOLINTNEXTLINE(modernize-use-nullptr): clang-tidy 14 takes the default for a literal 0
   std::partial_ordering operator<=>(const CoolingDevice& other) const = default;
 };

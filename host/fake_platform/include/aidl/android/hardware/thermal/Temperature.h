@@ -24,7 +24,6 @@ class Temperature {
 
   std::string toString() const;
 
-  bool operator==(const Temperature& other) const = default;
   // NOLINTNEXTLINE(modernize-use-nullptr): clang-tidy 14 takes the default for a literal 0
   std::partial_ordering operator<=>(const Temperature& other) const = default;
 };

@@ -90,7 +90,7 @@ struct Generated : public PARENT {
     return tryGetService(hidl_string(serviceName), getStub);
   }
   static sp<I> tryGetService(const hidl_string& serviceName, bool getStub = false) {
-    return tryGetService(std::string(serviceName), getStub);
+    return tryGetService(std::string(serviceName.c_str(), serviceName.size()), getStub);
   }
   static sp<I> tryGetService(bool getStub) { return tryGetService("default", getStub); }
   static sp<I> getService(const std::string& serviceName = "default", bool getStub = false);
@@ -98,7 +98,7 @@ struct Generated : public PARENT {
     return getService(hidl_string(serviceName), getStub);
   }
   static sp<I> getService(const hidl_string& serviceName, bool getStub = false) {
-    return getService(std::string(serviceName), getStub);
+    return getService(std::string(serviceName.c_str(), serviceName.size()), getStub);
   }
   static sp<I> getService(bool getStub) { return getService("default", getStub); }
 
