@@ -17,29 +17,25 @@ using Tables = PlatformScripts::Tables;
 std::mutex& g_scripts_lock = *new std::mutex;
 std::weak_ptr<Tables>& g_scripts QUORVEL_GUARDED_BY(g_scripts_lock) = *new std::weak_ptr<Tables>;
 
-std::shared_ptr<Tables> CurrentOrNewTables() {
+// The tables of all PlatformScripts that exist. With none: new ones, or null.
+std::shared_ptr<Tables> CurrentTables(bool make) {
   std::lock_guard<std::mutex> lock(g_scripts_lock);
   std::shared_ptr<Tables> tables = g_scripts.lock();
-  if (tables == nullptr) g_scripts = tables = std::make_shared<Tables>();
+  if (tables == nullptr && make) g_scripts = tables = std::make_shared<Tables>();
   return tables;
-}
-
-std::shared_ptr<Tables> CurrentTables() {
-  std::lock_guard<std::mutex> lock(g_scripts_lock);
-  return g_scripts.lock();
 }
 
 }  // namespace
 
-PlatformScripts::PlatformScripts() : tables_(CurrentOrNewTables()) {}
+PlatformScripts::PlatformScripts() : tables_(CurrentTables(/*make=*/true)) {}
 
 Outcome NextOutcome(BinderFunction function) {
-  const auto tables = CurrentTables();
+  const auto tables = CurrentTables(/*make=*/false);
   return tables != nullptr ? tables->binder.on(function).Next() : Outcome{};
 }
 
 Outcome NextOutcome(SensorFunction function) {
-  const auto tables = CurrentTables();
+  const auto tables = CurrentTables(/*make=*/false);
   return tables != nullptr ? tables->sensor.on(function).Next() : Outcome{};
 }
 
