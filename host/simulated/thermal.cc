@@ -12,7 +12,6 @@
 #include <utility>
 #include <vector>
 
-#include "quorvel/fake/hidl_service_manager.h"
 #include "quorvel/fake/service_manager.h"
 #include "quorvel/fake/service_process.h"
 #include "quorvel/fake/thread_annotations.h"
