@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "udev.h"
+#include "device_files.h"
 
 namespace norvik::qel::linux_machine {
 

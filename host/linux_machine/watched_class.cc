@@ -12,8 +12,6 @@
 #include <iterator>
 #include <system_error>
 
-#include "device_files.h"
-
 namespace norvik::qel::linux_machine {
 
 Wake::Wake() : fd_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
@@ -36,19 +34,17 @@ void Wake::Silence() const {
   [[maybe_unused]] const ssize_t result = read(fd_, &rings, sizeof(rings));
 }
 
-services::ServiceObserver WakingObserver(std::shared_ptr<const Wake> wake,
-                                         services::ServiceObserver observer) {
-  return [wake = std::move(wake),
-          observer = std::move(observer)](const services::ServiceEvent& event) {
+WatchedClass::WatchedClass(std::vector<const char*> subsystems, std::string devices,
+                           std::chrono::milliseconds period)
+    : subsystems_(std::move(subsystems)), devices_(std::move(devices)), period_(period) {}
+
+services::ServiceObserver WatchedClass::WakingObserver(services::ServiceObserver observer) const {
+  return [this, observer = std::move(observer)](const services::ServiceEvent& event) {
     using Kind = services::ServiceEvent::Kind;
-    if (event.kind == Kind::kRegistered || event.kind == Kind::kUnregistered) wake->Ring();
+    if (event.kind == Kind::kRegistered || event.kind == Kind::kUnregistered) wake_.Ring();
     if (observer != nullptr) observer(event);
   };
 }
-
-WatchedClass::WatchedClass(std::vector<const char*> subsystems, std::string devices,
-                           std::shared_ptr<const Wake> wake)
-    : subsystems_(std::move(subsystems)), devices_(std::move(devices)), wake_(std::move(wake)) {}
 
 void WatchedClass::Refresh() {
   std::lock_guard<std::mutex> lock(reading_lock_);
@@ -90,13 +86,13 @@ void WatchedClass::NoteEndOfEvents(int error) {
 
 std::vector<std::string> WatchedClass::TakeNotices() {
   std::lock_guard<std::mutex> lock(reading_lock_);
-  wake_->Silence();
+  wake_.Silence();
   return std::exchange(notices_, {});
 }
 
 void WatchedClass::End() {
   ending_ = true;
-  wake_->Ring();
+  wake_.Ring();
 }
 
 void WatchedClass::NoticeFaultsLocked(const std::vector<Fault>& faults) {
@@ -107,7 +103,11 @@ void WatchedClass::NoticeFaultsLocked(const std::vector<Fault>& faults) {
 
 void WatchedClass::AddNoticeLocked(std::string notice) {
   notices_.push_back(std::move(notice));
-  wake_->Ring();
+  wake_.Ring();
+}
+
+void WatchedClass::NoticeLackLocked(bool has_values, const char* notice) {
+  if (std::exchange(had_values_, has_values) && !has_values) AddNoticeLocked(notice);
 }
 
 std::vector<std::string> WatchedClass::OnlyAnnouncedLocked(const std::vector<std::string>& listed) {

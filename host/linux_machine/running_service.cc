@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "watcher.h"
+#include "running_service.h"
 
 #include <errno.h>
 #include <poll.h>
@@ -14,26 +14,32 @@
 
 namespace norvik::qel::linux_machine {
 
-Watcher::Watcher(std::shared_ptr<WatchedClass> watched, Tell tell)
-    : watched_(std::move(watched)), tell_(std::move(tell)), monitor_(watched_->subsystems()) {
+using services::ServiceEvent;
+
+RunningService::RunningService(std::shared_ptr<WatchedClass> watched,
+                               const std::shared_ptr<ndk::ICInterface>& service,
+                               const char* instance, services::EventSender events)
+    : watched_(std::move(watched)),
+      events_(std::move(events)),
+      process_(events_.service()),
+      monitor_(watched_->subsystems()) {
   if (!monitor_.works()) watched_->NoteEndOfEvents(monitor_.error());
   watched_->Refresh();
-  TellNotices();
-}
-
-Watcher::~Watcher() {
-  watched_->End();
-  if (thread_.joinable()) thread_.join();
-}
-
-void Watcher::Run(const char* thread_name) {
-  thread_ = std::thread([this, thread_name] {
-    pthread_setname_np(pthread_self(), thread_name);
+  SendNotices();
+  process_.AddService(service, instance);
+  events_.Send(ServiceEvent::Kind::kStarted);
+  thread_ = std::thread([this] {
+    pthread_setname_np(pthread_self(), watched_->subsystems().front());
     Watch();
   });
 }
 
-void Watcher::Watch() {
+RunningService::~RunningService() {
+  watched_->End();
+  thread_.join();
+}
+
+void RunningService::Watch() {
   while (!watched_->ending()) {
     pollfd fds[] = {{.fd = watched_->wake_fd(), .events = POLLIN, .revents = 0},
                     {.fd = monitor_.fd(), .events = POLLIN, .revents = 0}};  // ignored while -1
@@ -43,12 +49,12 @@ void Watcher::Watch() {
       monitor_.GiveUp(EPIPE);
       watched_->NoteEndOfEvents(monitor_.error());
     }
-    TellNotices();
+    SendNotices();
     ReadWhenDue();
   }
 }
 
-void Watcher::HearEvents() {
+void RunningService::HearEvents() {
   // Empties the socket before waiting for reading_lock_, so that a slow reading does not make the
   // socket overflow.
   std::vector<DeviceChange> changes;
@@ -60,26 +66,27 @@ void Watcher::HearEvents() {
   watched_->Refresh();
 }
 
-void Watcher::ReadWhenDue() {
-  const auto period = watched_->period();
-  if (!period) {
+void RunningService::ReadWhenDue() {
+  if (!watched_->has_listeners()) {
     due_ = std::nullopt;
     return;
   }
   const auto now = Clock::now();
   // A new listener has already received the current values.
   if (due_ && now >= *due_) watched_->ReadForListeners();
-  if (!due_ || now >= *due_) due_ = now + *period;
+  if (!due_ || now >= *due_) due_ = now + watched_->period();
 }
 
-int Watcher::TimeUntilDue() const {
+int RunningService::TimeUntilDue() const {
   if (!due_) return -1;
   const auto time = std::chrono::ceil<std::chrono::milliseconds>(*due_ - Clock::now());
   return static_cast<int>(std::max<decltype(time)>(time, {}).count());
 }
 
-void Watcher::TellNotices() {
-  for (std::string& notice : watched_->TakeNotices()) tell_(std::move(notice));
+void RunningService::SendNotices() {
+  for (std::string& notice : watched_->TakeNotices()) {
+    events_.Send(ServiceEvent::Kind::kNotice, std::move(notice));
+  }
 }
 
 }  // namespace norvik::qel::linux_machine
