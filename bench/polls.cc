@@ -9,7 +9,7 @@
 
 #include <atomic>
 
-#include "latencies.h"
+#include "turns.h"
 
 namespace norvik::qel::bench {
 

@@ -10,7 +10,7 @@
 #include <mutex>
 #include <optional>
 
-#include "latencies.h"
+#include "turns.h"
 
 namespace norvik::qel::bench {
 
