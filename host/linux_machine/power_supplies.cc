@@ -276,14 +276,8 @@ void AddCharger(const SupplyReading& charger, Chargers* chargers) {
 }
 
 std::optional<Content> ContentBy(Weight weight, const Part& part) {
-  switch (weight) {
-    case Weight::kEnergy:
-      return part.energy;
-    case Weight::kCharge:
-      return part.charge_times_volts;
-    default:
-      break;
-  }
+  if (weight == Weight::kEnergy) return part.energy;
+  if (weight == Weight::kCharge) return part.charge_times_volts;
   const std::optional<int32_t> level = part.battery.level_percent;
   if (!level) return std::nullopt;
   return Content{.now = static_cast<double>(*level), .full = 100};

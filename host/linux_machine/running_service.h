@@ -12,7 +12,7 @@
 #include <string>
 #include <thread>
 
-#include "device_monitor.h"
+#include "device_files.h"
 #include "quorvel/fake/service_process.h"
 #include "quorvel/services/service_event.h"
 #include "watched_class.h"
@@ -40,6 +40,11 @@ class RunningService {
  private:
   using Clock = std::chrono::steady_clock;
 
+  // Starts to receive events. Returns 0 or an errno number.
+  [[nodiscard]] int OpenMonitor();
+  // The next event, empty if none waits. Never blocks.
+  [[nodiscard]] std::optional<DeviceChange> NextChange();
+  void EndEvents(int error);
   void Watch();
   void HearEvents();
   void ReadWhenDue();
@@ -51,7 +56,8 @@ class RunningService {
   const services::EventSender events_;
   fake::ServiceProcess process_;
   // Used only by the thread while it runs.
-  DeviceMonitor monitor_;
+  Udev udev_;
+  UdevMonitor monitor_;  // null if no events can be received
   std::optional<Clock::time_point> due_;
   std::thread thread_;
 };

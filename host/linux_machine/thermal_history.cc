@@ -18,18 +18,7 @@ using aidl::android::hardware::thermal::ThrottlingSeverity;
 
 constexpr float kNone = std::numeric_limits<float>::quiet_NaN();
 
-// The severity of a zone that has crossed a trip point:
-//   active    LIGHT     the kernel starts a fan or the like; performance is not reduced
-//   passive   MODERATE  the kernel slows down the heat source
-//             SEVERE    a further, hotter passive trip point: the first was not enough
-//   hot       CRITICAL  slowing down was not enough; the kernel can only warn
-//   critical  SHUTDOWN  the kernel switches the machine off
-// No trip point means EMERGENCY: the kernel does not shut down parts of the machine.
-//
-// The severity of a hwmon sensor that has crossed a limit, on which the kernel does not act:
-//   max        MODERATE   above the maximum that the maker of the chip recommends
-//   crit       CRITICAL   the chip may fail or slow itself down
-//   emergency  EMERGENCY  a further limit of some chips, above crit
+// The severity of a zone that has crossed a trip point. README.md says why, in "Severities".
 ThrottlingSeverity SeverityOf(const TripPoint& trip, const ThermalZone& zone) {
   switch (trip.type) {
     case TripType::kActive:

@@ -34,31 +34,22 @@ struct Row {
   std::initializer_list<const char*> patterns;
 };
 
-// Each group names its source: the document or driver of the kernel that defines the names. Names
-// that do not identify what is measured are left out: "acpitz" may be anywhere on the board, and
-// "nvme" has no type.
+// README.md names the documents and drivers of the kernel that define the names. Names that do not
+// identify what is measured are left out: "acpitz" may be anywhere on the board, and "nvme" has no
+// type.
 constexpr Row<TemperatureType> kZones[] = {
-    // drivers/thermal/intel/x86_pkg_temp_thermal.c
     {TemperatureType::CPU, {"x86_pkg_temp"}},
-    // Documentation/hwmon/coretemp.rst, k10temp.rst, k8temp.rst, via-cputemp in drivers/hwmon
     {TemperatureType::CPU, {"coretemp*", "k10temp*", "k8temp*", "via_cputemp*"}},
-    // Documentation/driver-api/thermal/intel_dptf.rst: the participants' ACPI names
     {TemperatureType::CPU, {"TCPU*", "B0D4"}},
     {TemperatureType::SKIN, {"TSKN*"}},
-    // Documentation/gpu/amdgpu/thermal.rst, drivers/gpu/drm/radeon, nouveau, i915, xe
     {TemperatureType::GPU, {"amdgpu:*", "radeon:*", "nouveau:*", "i915:*", "xe:*"}},
-    // drivers/net/wireless/intel/iwlwifi/mvm/tt.c, ath/ath10k/thermal.c (11k, 12k), mediatek/mt76
     {TemperatureType::WIFI, {"iwlwifi*", "ath1[012]k_hwmon:*", "mt7[0-9]*_phy*"}},
-    // drivers/power/supply/power_supply_core.c and power_supply_hwmon.c: the supply's name
     {TemperatureType::BATTERY,
      {"bat", "bat[-_0-9]*", "battery*", "bq27*", "max170*_battery*", "qcom[-_]battmgr[-_]bat*"}},
-    // temp*_label in Documentation/ABI/testing/sysfs-class-hwmon: what the sensor measures
     {TemperatureType::CPU, {"*:CPU*"}},
     {TemperatureType::GPU, {"*:GPU*"}},
     {TemperatureType::BATTERY, {"*:Battery*"}},
     {TemperatureType::AMBIENT, {"*:Ambient*"}},
-    // Names of zones in arch/arm/boot/dts and arch/arm64/boot/dts, whose form is
-    // Documentation/devicetree/bindings/thermal/thermal-zones.yaml
     {TemperatureType::CPU, {"cpu*"}},
     {TemperatureType::GPU, {"gpu*"}},
     {TemperatureType::NPU, {"npu*"}},
@@ -73,7 +64,6 @@ constexpr Row<TemperatureType> kZones[] = {
     {TemperatureType::FLASHLIGHT, {"flashlight*"}},
     {TemperatureType::SPEAKER, {"speaker*", "spk[-_]*"}},
     {TemperatureType::AMBIENT, {"ambient*"}},
-    // Names of the thermal interface's types
     {TemperatureType::TPU, {"tpu*"}},
     {TemperatureType::POGO, {"pogo*"}},
 };

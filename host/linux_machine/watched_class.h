@@ -13,26 +13,20 @@
 #include <vector>
 
 #include "device_files.h"
-#include "device_monitor.h"
 #include "quorvel/fake/thread_annotations.h"
 #include "quorvel/services/service_event.h"
 
 namespace norvik::qel::linux_machine {
 
-// Wakes the watching thread. Threads: any.
-class Wake {
- public:
-  Wake();
-  ~Wake();
-  Wake(const Wake&) = delete;
-  Wake& operator=(const Wake&) = delete;
-
-  int fd() const { return fd_; }
-  void Ring() const;
-  void Silence() const;
-
- private:
-  const int fd_;
+// An event of a device.
+struct DeviceChange {
+  enum class Kind {
+    kThere,    // added or changed
+    kRemoved,  // removed; its files may still exist for a moment
+    kLost,     // overflow: an unknown number of events was dropped
+  };
+  Kind kind;
+  std::string syspath = {};
 };
 
 // The devices of some subsystems, for the service that derives from this class first.
@@ -51,7 +45,7 @@ class WatchedClass {
   // that the kernel does not announce, while there are listeners.
   WatchedClass(std::vector<const char*> subsystems, std::string devices,
                std::chrono::milliseconds period);
-  virtual ~WatchedClass() = default;
+  virtual ~WatchedClass();
   WatchedClass(const WatchedClass&) = delete;
   WatchedClass& operator=(const WatchedClass&) = delete;
 
@@ -65,7 +59,7 @@ class WatchedClass {
   [[nodiscard]] std::vector<std::string> TakeNotices() QUORVEL_EXCLUDES(reading_lock_);
 
   // Readable if notices wait, a registration has changed, or End() was called.
-  int wake_fd() const { return wake_.fd(); }
+  int wake_fd() const { return wake_fd_; }
   void End();
   bool ending() const { return ending_; }
 
@@ -89,15 +83,15 @@ class WatchedClass {
   mutable std::mutex reading_lock_;
 
  private:
-  std::vector<std::string> OnlyAnnouncedLocked(const std::vector<std::string>& listed)
-      QUORVEL_REQUIRES(reading_lock_);
+  // Wakes the watching thread.
+  void Wake() const;
   void ForgetFaultsOfOthersLocked(const std::vector<std::string>& syspaths)
       QUORVEL_REQUIRES(reading_lock_);
 
   const std::vector<const char*> subsystems_;
   const std::string devices_;
   const std::chrono::milliseconds period_;
-  const Wake wake_;
+  const int wake_fd_;
   std::atomic<bool> ending_ = false;
   // The devices to read: all that are listed at the start or after lost events, then only announced
   // ones. A listed device may not have its files yet, and a removed one may still be listed.
