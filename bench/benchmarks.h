@@ -4,6 +4,7 @@
 // What every file with benchmarks needs.
 #pragma once
 
+#include <cstdint>
 #include <cstdlib>
 #include <stdexcept>
 
@@ -23,6 +24,9 @@ inline int Rounds(int count) {
 struct Registration {
   explicit Registration(void (*function)()) { function(); }
 };
+
+// The number of heap allocations of all threads of the process so far.
+int64_t AllocationCount();
 
 // Checks a step without which the benchmark would measure something else.
 inline void Must(bool done) {

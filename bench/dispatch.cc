@@ -10,15 +10,12 @@
 #include <algorithm>
 #include <array>
 #include <optional>
-#include <thread>
 #include <utility>
 #include <vector>
 
-#include "allocations.h"
 #include "battery/battery_info.h"
 #include "benchmarks.h"
-#include "look_up_thermal.h"
-#include "polls.h"
+#include "platform.h"
 #include "quorvel/fake/gate.h"
 #include "quorvel/fake/sensor_functions.h"
 #include "quorvel/simulated/health.h"
@@ -28,6 +25,7 @@
 #include "thermal/audio_thermal_callback.h"
 #include "threads.h"
 #include "turns.h"
+#include "waiting.h"
 
 namespace norvik::qel::bench {
 
@@ -138,8 +136,7 @@ class SensorDispatch {
 
   // If there is none after ten seconds, the clients are not called either, and the benchmark fails.
   static void WaitForPollAfter(int64_t polls) {
-    const int64_t limit = NowNs() + 10'000'000'000;
-    while (PollsBegun() == polls && NowNs() < limit) std::this_thread::yield();
+    static_cast<void>(Eventually([=] { return PollsBegun() != polls; }));
   }
 
   const std::vector<ASensorEvent> reading_ = Reading(ASENSOR_TYPE_PROXIMITY, 5);

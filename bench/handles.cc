@@ -19,7 +19,6 @@
 #include <vector>
 
 #include "benchmarks.h"
-#include "probe.h"
 #include "process_state.h"
 #include "quorvel.h"
 #include "threads.h"

@@ -20,7 +20,6 @@
 #include <thread>
 #include <vector>
 
-#include "allocations.h"
 #include "benchmarks.h"
 #include "quorvel.h"
 #include "quorvel/fake/call_latency.h"

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "process_state.h"
+#include "waiting.h"
 
 namespace norvik::qel::bench {
 
@@ -79,16 +80,12 @@ ContextSwitches LibraryContextSwitches() {
 }
 
 bool LibraryThreadsSettle(int count) {
-  constexpr std::chrono::milliseconds kBetweenLooks(5);
-  const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-  ContextSwitches earlier = LibraryContextSwitches();
-  while (std::chrono::steady_clock::now() < limit) {
-    std::this_thread::sleep_for(kBetweenLooks);
-    ContextSwitches now = LibraryContextSwitches();
-    if (static_cast<int>(now.size()) == count && now == earlier) return true;
-    earlier = std::move(now);
-  }
-  return false;
+  ContextSwitches earlier;
+  return Eventually([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    const ContextSwitches before = std::exchange(earlier, LibraryContextSwitches());
+    return static_cast<int>(earlier.size()) == count && earlier == before;
+  });
 }
 
 }  // namespace norvik::qel::bench

@@ -13,7 +13,6 @@
 #include <vector>
 
 #include "benchmarks.h"
-#include "probe.h"
 #include "threads.h"
 #include "turns.h"
 #include "workers.h"
