@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // Interposes the C library's allocator in the whole process, shared libraries included.
-#include "allocations.h"
+#include "benchmarks.h"
 
 #include <stddef.h>
 

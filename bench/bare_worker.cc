@@ -1,6 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
+#include <pthread.h>
+
 #include <condition_variable>
 #include <mutex>
 #include <thread>
@@ -34,6 +36,7 @@ class BareWorker : public Worker {
 
  private:
   void Loop() {
+    pthread_setname_np(pthread_self(), kBareThreadName);
     std::unique_lock<std::mutex> lock(lock_);
     fake::AssertHeld(lock_);  // except while the action runs
     while (true) {

@@ -9,26 +9,23 @@
 
 #include <algorithm>
 #include <array>
-#include <thread>
+#include <optional>
 #include <utility>
 #include <vector>
 
-#include "allocations.h"
 #include "battery/battery_info.h"
-#include "cpus.h"
-#include "latencies.h"
-#include "look_up_thermal.h"
-#include "must.h"
-#include "polls.h"
-#include "quick.h"
+#include "benchmarks.h"
+#include "platform.h"
 #include "quorvel/fake/gate.h"
 #include "quorvel/fake/sensor_functions.h"
 #include "quorvel/simulated/health.h"
 #include "quorvel/simulated/sensor_hub.h"
 #include "quorvel/simulated/thermal.h"
-#include "registration.h"
 #include "sensor/sensor_info.h"
 #include "thermal/audio_thermal_callback.h"
+#include "threads.h"
+#include "turns.h"
+#include "waiting.h"
 
 namespace norvik::qel::bench {
 
@@ -62,33 +59,34 @@ constexpr std::array<Callback, sizeof...(kIndices)> BatteryClients(
   return {BatteryClient<kIndices>...};
 }
 
-// Below, the clients of each family. The constructor registers them and leaves no worker that would
-// call them. Owe() makes the family's Dispatch() call all of them. Dispatching after the worker has
-// ended relies on the sources, which keep the clients; otherwise the benchmark would fail, because
-// the clients would not be called.
+// Below, the families. CallbackOf() is the function of a client. The constructor registers clients
+// and leaves no worker that would call them. Owe() makes the family's Dispatch() call all of them.
+// Dispatching after the worker has ended relies on the sources, which keep the clients; otherwise
+// the benchmark would fail, because the clients would not be called.
 
 class BatteryDispatch {
  public:
-  explicit BatteryDispatch(const std::vector<int64_t*>& turns) {
+  static Callback CallbackOf(size_t index) {
     static constexpr auto kCallbacks = BatteryClients(std::make_index_sequence<kMostClients>());
+    return kCallbacks[index];
+  }
+
+  explicit BatteryDispatch(const std::vector<Client>& clients) {
     health_.Start();
     Must(battery_.Initialize());
-    for (size_t i = 0; i < turns.size(); ++i) {
-      clients_.push_back({.callback = kCallbacks[i], .turn = turns[i]});
-      Must(battery_.RegisterInfoCallback(audio::BatteryInfo::kBatteryLevel, kCallbacks[i],
-                                         turns[i]) == 0);
+    for (const Client& client : clients) {
+      Must(battery_.RegisterInfoCallback(audio::BatteryInfo::kBatteryLevel, client.callback,
+                                         client.turn) == 0);
     }
     // Ends only the threads and the reports: the clients stay.
     battery_.Deinitialize();
   }
 
-  const std::vector<Client>& clients() const { return clients_; }
   // Without the lock: no other thread is left.
   void Owe() { battery_.UpdateProperty(audio::BatteryInfo::kBatteryLevel, level_ ^= 1); }
   void Dispatch() { battery_.CallbackToClients(); }
 
  private:
-  std::vector<Client> clients_;
   simulated::Health health_;
   audio::BatteryInfo battery_;
   int level_ = 50;
@@ -98,7 +96,9 @@ class BatteryDispatch {
 // only set a flag.
 class SensorDispatch {
  public:
-  explicit SensorDispatch(const std::vector<int64_t*>& turns) {
+  static Callback CallbackOf(size_t /*index*/) { return TakeTurn; }
+
+  explicit SensorDispatch(const std::vector<Client>& clients) {
     constexpr auto kProximity = audio::SensorInfo::PROXIMITY;
     DrainLooper();
     hub_.Add(ASENSOR_TYPE_PROXIMITY, "proximity");
@@ -109,12 +109,12 @@ class SensorDispatch {
              kProximity,
              {.need_to_update = true, .id = -1, .callback = PassGate, .cookie = &gate_}) == 0);
     Must(gate_.WaitForArrivals());
-    for (int id = 0; id < static_cast<int>(turns.size()); ++id) {
-      clients_.push_back({.callback = TakeTurn, .turn = turns[static_cast<size_t>(id)]});
+    int id = 0;
+    for (const Client& client : clients) {
       Must(sensor_.RegisterCallback(kProximity, {.need_to_update = false,
-                                                 .id = id,
-                                                 .callback = TakeTurn,
-                                                 .cookie = clients_.back().turn}) == 0);
+                                                 .id = id++,
+                                                 .callback = client.callback,
+                                                 .cookie = client.turn}) == 0);
     }
     Must(sensor_.DeregisterCallback(kProximity, -1) == 0);
     WaitForPollAfter(polls);
@@ -124,7 +124,6 @@ class SensorDispatch {
     sensor_.Deinitialize();
   }
 
-  const std::vector<Client>& clients() const { return clients_; }
   void Owe() {
     const int64_t polls = PollsBegun();
     fake::BringSensorEvents(reading_);
@@ -137,11 +136,9 @@ class SensorDispatch {
 
   // If there is none after ten seconds, the clients are not called either, and the benchmark fails.
   static void WaitForPollAfter(int64_t polls) {
-    const int64_t limit = NowNs() + 10'000'000'000;
-    while (PollsBegun() == polls && NowNs() < limit) std::this_thread::yield();
+    static_cast<void>(Eventually([=] { return PollsBegun() != polls; }));
   }
 
-  std::vector<Client> clients_;
   const std::vector<ASensorEvent> reading_ = Reading(ASENSOR_TYPE_PROXIMITY, 5);
   simulated::SensorHub hub_;
   fake::Gate gate_;
@@ -151,29 +148,29 @@ class SensorDispatch {
 // All clients listen to one temperature, the one of the record.
 class ThermalDispatch {
  public:
-  explicit ThermalDispatch(const std::vector<int64_t*>& turns) {
+  static Callback CallbackOf(size_t /*index*/) { return TakeTurn; }
+
+  explicit ThermalDispatch(const std::vector<Client>& clients) {
     phone_.Start(simulated::ThermalPath::kAidl);
     service_ = LookUpThermal();
     Must(thermal_.Initialize(service_));
-    for (int id = 0; id < static_cast<int>(turns.size()); ++id) {
-      clients_.push_back({.callback = TakeTurn, .turn = turns[static_cast<size_t>(id)]});
+    int id = 0;
+    for (const Client& client : clients) {
       Must(thermal_.AddClientCallback(
-               id,
-               {.callback = TakeTurn, .temperature_name = "skin", .cookie = clients_.back().turn},
+               id++,
+               {.callback = client.callback, .temperature_name = "skin", .cookie = client.turn},
                service_) == 0);
     }
     thermal_.StopCallbackThread();  // and the clients stay
   }
   ~ThermalDispatch() { thermal_.Deinitialize(service_); }
 
-  const std::vector<Client>& clients() const { return clients_; }
   void Owe() { thermal_.UpdateTemperature(record_); }
   void Dispatch() { thermal_.DispatchToClient(); }
 
  private:
   using Hidl = audio::AudioThermalCallback::Temperature;
 
-  std::vector<Client> clients_;
   simulated::Thermal phone_;
   android::sp<aidl::android::hardware::thermal::ThermalHidlWrapper> service_;
   audio::AudioThermalCallback thermal_{audio::AudioThermalCallback::TemperatureType::SKIN};
@@ -206,71 +203,69 @@ bool EachTookATurn(const std::vector<Client>& clients, int64_t before) {
 constexpr char kNotEachOnce[] = "a dispatch did not call each client once";
 
 // Alternates between the library's dispatch and the loop, because the time of a call through a
-// pointer varies several-fold over time on some machines. Each comes first in its round, so that
-// both find the same caches: the loop would profit from a dispatch just before it.
+// pointer varies several-fold over time on some machines. Owe() comes before each, so that both
+// find the same caches: the loop would profit from a dispatch just before it.
 template <typename Family>
 void ToClients(benchmark::State& state) {
   const auto count = static_cast<size_t>(state.range(0));
-  std::vector<int64_t> turns(count);
-  std::vector<int64_t*> cookies;
-  for (int64_t& turn : turns) cookies.push_back(&turn);
+  std::vector<int64_t> cookies(count);
+  std::vector<Client> clients;
+  for (size_t i = 0; i < count; ++i) {
+    clients.push_back({.callback = Family::CallbackOf(i), .turn = &cookies[i]});
+  }
   // All on one processor, so that prepared data need not come from another processor's cache.
   const WorkersAreMadeHere here;
-  Family family(cookies);
+  Family family(clients);
   family.Dispatch();  // whatever the registrations have left
 
-  int64_t before = turns_taken;
+  const int64_t before = turns_taken;
   family.Owe();
   family.Dispatch();
-  std::vector<Client> clients = family.clients();
   if (!EachTookATurn(clients, before)) return state.SkipWithError(kNotEachOnce);
   std::sort(clients.begin(), clients.end(),
             [](const Client& left, const Client& right) { return *left.turn < *right.turn; });
 
-  Latencies dispatches(state.max_iterations);
-  Latencies loops(state.max_iterations);
   int64_t allocations = 0;
-  for ([[maybe_unused]] auto round : state) {
+  Turns turns;
+  turns.Add("library", [&]() -> std::optional<int64_t> {
     family.Owe();
-    before = turns_taken;
+    const int64_t taken_before = turns_taken;
     const int64_t allocations_before = AllocationCount();
-    dispatches.Add(TimeOf([&] { family.Dispatch(); }), state);
+    const int64_t took_ns = TimeOf([&] { family.Dispatch(); });
     allocations += AllocationCount() - allocations_before;
-    if (!EachTookATurn(clients, before)) return state.SkipWithError(kNotEachOnce);
+    return EachTookATurn(clients, taken_before) ? std::optional(took_ns) : std::nullopt;
+  });
+  turns.Add("loop", [&] {
     family.Owe();
-    loops.Add(TimeOf([&] {
-                for (const Client& client : clients) client.callback(1, client.turn);
-              }),
-              state);
+    const int64_t took_ns = TimeOf([&] {
+      for (const Client& client : clients) client.callback(1, client.turn);
+    });
     family.Dispatch();
-  }
-  const auto per_client = [&](Latencies& all) {
-    return all.Quantile(0.5) / static_cast<double>(count);
+    return took_ns;
+  });
+  if (!turns.Run(state, kNotEachOnce)) return;
+  const auto per_client = [&](const char* p50) {
+    return state.counters[p50] / static_cast<double>(count);
   };
-  state.counters["per_client_ns"] = per_client(dispatches);
-  state.counters["loop_per_client_ns"] = per_client(loops);
-  state.counters["above_ns"] = per_client(dispatches) - per_client(loops);  // of this same pass
+  state.counters["per_client_ns"] = per_client("library_p50_ns");
+  state.counters["loop_per_client_ns"] = per_client("loop_p50_ns");
+  state.counters["above_ns"] = per_client("library_p50_ns") - per_client("loop_p50_ns");
   state.counters["allocations"] =
       static_cast<double>(allocations) / static_cast<double>(state.iterations());
 }
 
 const Registration kRegistration([] {
-  struct Row {
-    const char* name;
-    void (*run)(benchmark::State& state);
-  };
-  for (const Row& row : {
-           Row{"dispatch/battery", ToClients<BatteryDispatch>},
-           Row{"dispatch/sensor", ToClients<SensorDispatch>},
-           Row{"dispatch/thermal", ToClients<ThermalDispatch>},
-       }) {
-    benchmark::RegisterBenchmark(row.name, row.run)
+  const auto add = [](const char* name, void (*run)(benchmark::State & state)) {
+    benchmark::RegisterBenchmark(name, run)
         ->UseManualTime()
         ->ArgName("clients")
         ->RangeMultiplier(10)
         ->Range(1, kMostClients)
         ->Iterations(Rounds(2'000));
-  }
+  };
+  add("dispatch/battery", ToClients<BatteryDispatch>);
+  add("dispatch/sensor", ToClients<SensorDispatch>);
+  add("dispatch/thermal", ToClients<ThermalDispatch>);
 });
 
 }  // namespace

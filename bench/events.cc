@@ -18,21 +18,16 @@
 
 #include "battery/audio_health_info_callback.h"
 #include "battery/battery_info.h"
-#include "cpus.h"
-#include "latencies.h"
-#include "look_up_thermal.h"
-#include "must.h"
-#include "polls.h"
-#include "probe.h"
-#include "quick.h"
+#include "benchmarks.h"
+#include "platform.h"
 #include "quorvel.h"
 #include "quorvel/fake/sensor_functions.h"
 #include "quorvel/simulated/health.h"
 #include "quorvel/simulated/sensor_hub.h"
 #include "quorvel/simulated/thermal.h"
-#include "registration.h"
 #include "thermal/audio_thermal_callback.h"
 #include "thermal/audio_thermal_changed_callback.h"
+#include "threads.h"
 #include "turns.h"
 #include "workers.h"
 
@@ -197,16 +192,6 @@ struct Row {
   int64_t (*event_ns)() = nullptr;
 };
 
-std::optional<int64_t> FromEventToCall(Worker& worker, Probe& probe, int64_t (*event_ns)()) {
-  std::this_thread::sleep_for(std::chrono::microseconds(100));  // so that all threads sleep
-  const int64_t number = probe.Announce();
-  const int64_t asked_ns = NowNs();
-  worker.Trigger();
-  const std::optional<int64_t> called_ns = probe.WaitFor(number);
-  if (!called_ns) return std::nullopt;
-  return *called_ns - (event_ns != nullptr ? event_ns() : asked_ns);
-}
-
 void FromEventToClient(benchmark::State& state, const Row& row) {
   Probe client(Probe::Asker::kSleeps);
   Probe action(Probe::Asker::kSleeps);
@@ -218,8 +203,15 @@ void FromEventToClient(benchmark::State& state, const Row& row) {
     baseline = row.baseline(action);
   }
   Turns turns;
-  turns.Add("library", [&] { return FromEventToCall(*event, client, row.event_ns); });
-  turns.Add("bare", [&] { return FromEventToCall(*baseline, action, nullptr); });
+  const auto let_all_sleep = [] { std::this_thread::sleep_for(std::chrono::microseconds(100)); };
+  turns.Add("library", [&] {
+    let_all_sleep();
+    return FromRequestToAction(*event, client, row.event_ns);
+  });
+  turns.Add("bare", [&] {
+    let_all_sleep();
+    return FromRequestToAction(*baseline, action);
+  });
   turns.Run(state, kNothingRan);
 }
 

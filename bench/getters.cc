@@ -8,13 +8,13 @@
 #include <optional>
 #include <string>
 
-#include "empty.h"
-#include "latencies.h"
-#include "quick.h"
+#include "benchmarks.h"
 #include "quorvel.h"
 #include "quorvel/simulated/health.h"
-#include "registration.h"
 #include "turns.h"
+
+// Returns its argument.
+extern "C" int EmptyGetter(void* handle, bool use_cached);
 
 namespace norvik::qel::bench {
 

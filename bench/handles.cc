@@ -1,138 +1,161 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Creating and destroying a handle, compared with the same number of threads that only wait to end.
+// What a handle without clients costs: its memory, and the time to create and destroy it, compared
+// with the same number of threads that only wait to end.
 //
 // No service is declared meanwhile. Creating a handle looks up no service. Neither does destroying
 // a sensor or thermal handle that never had a client. Destroying a battery handle asks whether the
 // health service is declared and, if so, looks it up: if the service did not run, that would take
 // five seconds.
 #include <benchmark/benchmark.h>
-#include <pthread.h>
+#include <malloc.h>
 
 #include <array>
-#include <condition_variable>
-#include <mutex>
+#include <cstdint>
+#include <memory>
 #include <optional>
-#include <thread>
+#include <string>
+#include <vector>
 
-#include "cpus.h"
-#include "latencies.h"
-#include "probe.h"
+#include "benchmarks.h"
 #include "process_state.h"
-#include "quick.h"
 #include "quorvel.h"
-#include "quorvel/fake/thread_annotations.h"
-#include "registration.h"
+#include "threads.h"
 #include "turns.h"
 #include "waiting.h"
+#include "workers.h"
 
 namespace norvik::qel::bench {
 
 namespace {
 
-constexpr char kThreadName[] = "bench_waiting";
-
-class WaitingThread {
- public:
-  WaitingThread() : thread_([this] { Run(); }) {}
-
-  void End() {
-    {
-      std::lock_guard<std::mutex> lock(lock_);
-      ends_ = true;
-      cv_.notify_one();
-    }
-    thread_.join();
-  }
-
- private:
-  void Run() {
-    pthread_setname_np(pthread_self(), kThreadName);
-    std::unique_lock<std::mutex> lock(lock_);
-    cv_.wait(lock, [this]() QUORVEL_REQUIRES(lock_) { return ends_; });
-  }
-
-  std::mutex lock_;
-  std::condition_variable cv_;
-  bool ends_ QUORVEL_GUARDED_BY(lock_) = false;
-  std::thread thread_;  // last: it uses all the others
-};
-
-template <size_t kCount>
-using WaitingThreads = std::array<WaitingThread, kCount>;
-
-template <size_t kCount>
-void MakeThreads(void** handle) {
-  *handle = new WaitingThreads<kCount>;
-}
-
-// One after another, as in the library.
-template <size_t kCount>
-void EndThreads(void** handle) {
-  auto* threads = static_cast<WaitingThreads<kCount>*>(*handle);
-  for (WaitingThread& thread : *threads) thread.End();
-  delete threads;
-  *handle = nullptr;
-}
-
-// The two ways to start and end threads.
-struct Way {
+struct Family {
+  const char* name;
+  int threads;
   void (*make)(void** handle);
   void (*destroy)(void** handle);
 };
 
 int Threads() {
-  return LibraryThreadCount() + static_cast<int>(ThreadIdsNamed({kThreadName}).size());
+  return LibraryThreadCount() + static_cast<int>(ThreadIdsNamed({kBareThreadName}).size());
 }
 
-bool HasItsThreads(const Way& way, int threads) {
-  void* handle = nullptr;
-  way.make(&handle);
-  const bool has = handle != nullptr && Eventually([&] { return Threads() == threads; });
-  way.destroy(&handle);
-  return has;
+// A handle of the library.
+class Handle {
+ public:
+  explicit Handle(const Family& family) : family_(family) { family_.make(&handle_); }
+  ~Handle() { family_.destroy(&handle_); }
+  Handle(const Handle&) = delete;
+  Handle& operator=(const Handle&) = delete;
+
+ private:
+  const Family& family_;
+  void* handle_ = nullptr;
+};
+
+// As many threads, ended one after another as in the library.
+class BareThreads {
+ public:
+  explicit BareThreads(const Family& family) {
+    for (int i = 0; i < family.threads; ++i) threads_.push_back(MakeBareWorker(probe_));
+  }
+
+ private:
+  Probe probe_;
+  std::vector<std::unique_ptr<Worker>> threads_;
+};
+
+template <typename Made>
+bool HasItsThreads(const Family& family) {
+  const Made made(family);
+  return Eventually([&] { return Threads() == family.threads; });
 }
 
 // In between, the threads start and fall asleep, as those of a handle in use. Destroying a handle
 // whose threads have not started logs a warning.
-std::optional<int64_t> TimeOf(const Way& way) {
-  void* handle = nullptr;
+template <typename Made>
+int64_t TimeOf(const Family& family) {
+  std::optional<Made> made;
   int64_t made_in_ns = 0;
   {
     const WorkersAreMadeHere here;
     const int64_t began_ns = NowNs();
-    way.make(&handle);
+    made.emplace(family);
     made_in_ns = NowNs() - began_ns;
   }
-  if (handle == nullptr) return std::nullopt;
   LetItFallAsleep();
   const int64_t began_ns = NowNs();
-  way.destroy(&handle);
+  made.reset();
   return made_in_ns + (NowNs() - began_ns);
 }
 
-void MakeAndDestroy(benchmark::State& state, int threads, Way library, Way bare) {
-  if (!HasItsThreads(library, threads) || !HasItsThreads(bare, threads)) {
-    state.SkipWithError("unexpected number of threads");
-    return;
+void MakeAndDestroy(benchmark::State& state, Family family) {
+  if (!HasItsThreads<Handle>(family) || !HasItsThreads<BareThreads>(family)) {
+    return state.SkipWithError("unexpected number of threads");
   }
   Turns turns;
-  turns.Add("library", [&] { return TimeOf(library); });
-  turns.Add("threads", [&] { return TimeOf(bare); });
+  turns.Add("library", [&] { return TimeOf<Handle>(family); });
+  turns.Add("threads", [&] { return TimeOf<BareThreads>(family); });
   turns.Run(state, "a handle could not be made");
   if (!Eventually([] { return Threads() == 0; })) state.SkipWithError("threads were left running");
 }
 
+struct Memory {
+  // Of the C library's allocator, including its headers. It counts a few freed blocks of each size
+  // as used, which is some dozen bytes per handle.
+  int64_t heap_bytes;
+  int64_t resident_bytes;  // 0 when the kernel does not tell
+};
+
+Memory TakenNow() {
+  const struct mallinfo2 heap = mallinfo2();
+  return {.heap_bytes = static_cast<int64_t>(heap.uordblks + heap.hblkhd),
+          .resident_bytes = ResidentBytes()};
+}
+
+// Counters, each for one handle. A thread that has not run yet has not touched its stack, so all
+// threads must be asleep before anything is read.
+void TakeMemory(benchmark::State& state, Family family) {
+  constexpr int kHandles = 64;
+  // Created before and kept, so that they use up the stacks of earlier threads: the C library
+  // caches 40 MB of stacks for new threads, five of the usual size.
+  constexpr int kEarlierHandles = 8;
+  std::array<std::optional<Handle>, kEarlierHandles + kHandles> handles;  // not on the heap
+  int made = 0;
+  const auto make = [&](int count) {
+    for (int i = 0; i < count; ++i) handles.at(static_cast<size_t>(made++)).emplace(family);
+    return LibraryThreadsSettle(made * family.threads);
+  };
+  for ([[maybe_unused]] auto round : state) {
+    if (!make(kEarlierHandles)) return state.SkipWithError("unexpected number of threads");
+    const int threads_before = LibraryThreadCount();
+    malloc_trim(/*pad=*/0);  // or handles would come to lie where memory is resident already
+    const Memory before = TakenNow();
+    if (!make(kHandles)) return state.SkipWithError("unexpected number of threads");
+    const Memory after = TakenNow();
+    if (before.resident_bytes == 0 || after.resident_bytes == 0) {
+      return state.SkipWithError("the kernel does not report the resident memory");
+    }
+    const auto per_handle = [](int64_t sum) { return static_cast<double>(sum) / kHandles; };
+    state.counters["heap_bytes"] = per_handle(after.heap_bytes - before.heap_bytes);
+    state.counters["resident_bytes"] = per_handle(after.resident_bytes - before.resident_bytes);
+    state.counters["threads"] = per_handle(LibraryThreadCount() - threads_before);
+  }
+}
+
 const Registration kRegistration([] {
-  const auto add = [](const char* name, int threads, Way library, Way bare) {
-    benchmark::RegisterBenchmark(name, MakeAndDestroy, threads, library, bare)
+  for (const Family& family : {Family{"battery", 2, InitBatteryInfo, DeinitBatteryInfo},
+                               Family{"sensor", 3, InitSensorInfo, DeinitSensorInfo},
+                               Family{"thermal", 2, InitThermalInfo, DeinitThermalInfo}}) {
+    const std::string name = family.name;
+    benchmark::RegisterBenchmark(("handle/" + name).c_str(), MakeAndDestroy, family)
         ->UseManualTime()
         ->Iterations(Rounds(2'000));
-  };
-  add("handle/battery", 2, {InitBatteryInfo, DeinitBatteryInfo}, {MakeThreads<2>, EndThreads<2>});
-  add("handle/sensor", 3, {InitSensorInfo, DeinitSensorInfo}, {MakeThreads<3>, EndThreads<3>});
-  add("handle/thermal", 2, {InitThermalInfo, DeinitThermalInfo}, {MakeThreads<2>, EndThreads<2>});
+    benchmark::RegisterBenchmark(("memory/" + name).c_str(), TakeMemory, family)
+        ->Iterations(1)
+        ->Repetitions(1);
+  }
 });
 
 }  // namespace

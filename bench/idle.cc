@@ -4,22 +4,20 @@
 // The library's activity while nothing happens.
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <array>
-#include <bitset>
+#include <atomic>
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
 #include <thread>
 
-#include "latencies.h"
-#include "library_threads.h"
-#include "quick.h"
+#include "benchmarks.h"
 #include "quorvel.h"
-#include "quorvel/fake/thread_annotations.h"
 #include "quorvel/simulated/health.h"
 #include "quorvel/simulated/sensor_hub.h"
 #include "quorvel/simulated/thermal.h"
-#include "registration.h"
+#include "threads.h"
+#include "turns.h"
+#include "waiting.h"
 
 namespace norvik::qel::bench {
 
@@ -28,41 +26,15 @@ namespace {
 constexpr size_t kClients = 7;  // four of the battery, two of sensors, one of a temperature
 constexpr int kThreads = 8;     // two, three and two of the handles, and one for the temperature
 
-// Which clients have been called.
-class Calls {
- public:
-  void Add(size_t client) {
-    std::lock_guard<std::mutex> lock(lock_);
-    called_.set(client);
-    cv_.notify_one();
-  }
-
-  bool WaitForAll() {
-    std::unique_lock<std::mutex> lock(lock_);
-    return cv_.wait_for(lock, std::chrono::seconds(10),
-                        [this]() QUORVEL_REQUIRES(lock_) { return called_.all(); });
-  }
-
- private:
-  std::mutex lock_;
-  std::condition_variable cv_;
-  std::bitset<kClients> called_ QUORVEL_GUARDED_BY(lock_);
-};
-
-struct Client {
-  Calls* calls;
-  size_t number;
-  static void Callback(int /*value*/, void* cookie) {
-    const Client& client = *static_cast<const Client*>(cookie);
-    client.calls->Add(client.number);
-  }
-};
+// The cookie tells whether the client has been called.
+void Callback(int /*value*/, void* cookie) {
+  *static_cast<std::atomic<bool>*>(cookie) = true;
+}
 
 // A handle of each family, with clients of everything that it offers.
 class Handles {
  public:
   Handles() {
-    for (size_t i = 0; i < kClients; ++i) clients_[i] = {.calls = &calls_, .number = i};
     InitBatteryInfo(&battery_);
     InitSensorInfo(&sensor_);
     InitThermalInfo(&thermal_);
@@ -77,25 +49,27 @@ class Handles {
 
   // Whether every client was registered and called.
   bool CallAll() {
-    Client* client = clients_.data();
+    std::atomic<bool>* called = called_.data();
     bool registered = true;
     for (const auto add :
          {RegisterBatteryLevelCallback, RegisterBatteryCycleCountCallback,
           RegisterWirelessChargerIsOnlineCallback, RegisterDockChargerIsOnlineCallback}) {
-      registered &= add(battery_, Client::Callback, client++) == 0;
+      registered &= add(battery_, Callback, called++) == 0;
     }
     for (const auto add : {RegisterProximitySensorCallback, RegisterHingeAngleSensorCallback}) {
-      registered &= add(sensor_, /*id=*/1, Client::Callback, client++) == 0;
+      registered &= add(sensor_, /*id=*/1, Callback, called++) == 0;
     }
     const ThermalCallbackParam param = {
-        .id = 1, .type_name = "SKIN", .temperature_name = "skin", .callback = Client::Callback};
-    registered &= RegisterThermalCallback(thermal_, &param, client) == 0;
-    return registered && calls_.WaitForAll();
+        .id = 1, .type_name = "SKIN", .temperature_name = "skin", .callback = Callback};
+    registered &= RegisterThermalCallback(thermal_, &param, called) == 0;
+    return registered &&
+           Eventually([this] { return std::all_of(called_.begin(), called_.end(), IsSet); });
   }
 
  private:
-  Calls calls_;
-  std::array<Client, kClients> clients_;
+  static bool IsSet(const std::atomic<bool>& flag) { return flag; }
+
+  std::array<std::atomic<bool>, kClients> called_ = {};
   void* battery_ = nullptr;
   void* sensor_ = nullptr;
   void* thermal_ = nullptr;
@@ -113,13 +87,9 @@ void Idle(benchmark::State& state) {
   thermal.Start(simulated::ThermalPath::kAidl);
   Handles handles;
   for ([[maybe_unused]] auto round : state) {
-    if (!handles.CallAll()) {
-      state.SkipWithError("a client was not called");
-      return;
-    }
+    if (!handles.CallAll()) return state.SkipWithError("a client was not called");
     if (!LibraryThreadsSettle(kThreads)) {
-      state.SkipWithError("unexpected number of threads, or they do not fall asleep");
-      return;
+      return state.SkipWithError("unexpected number of threads, or they do not fall asleep");
     }
     const ContextSwitches before = LibraryContextSwitches();
     const int64_t began_ns = NowNs();
@@ -130,10 +100,7 @@ void Idle(benchmark::State& state) {
     int64_t sum = 0;
     for (const auto& [thread, switches] : before) {
       const auto found = after.find(thread);
-      if (found == after.end()) {
-        state.SkipWithError("a thread has ended");
-        return;
-      }
+      if (found == after.end()) return state.SkipWithError("a thread has ended");
       sum += found->second - switches;
     }
     state.SetIterationTime(static_cast<double>(took_ns) * 1e-9);

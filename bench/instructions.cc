@@ -13,7 +13,7 @@
 #include <chrono>
 #include <semaphore>
 
-#include "must.h"
+#include "benchmarks.h"
 #include "quorvel.h"
 #include "quorvel/simulated/health.h"
 #include "quorvel/simulated/sensor_hub.h"

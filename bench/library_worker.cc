@@ -8,10 +8,15 @@ namespace norvik::qel::bench {
 
 namespace {
 
-class ProbeThread : public audio::RepeatedThread {
+class LibraryWorker : public Worker, private audio::RepeatedThread {
  public:
-  explicit ProbeThread(Probe& probe)
-      : RepeatedThread("bench_probe", /*pause_ms=*/0, /*repeat_count=*/0), probe_(probe) {}
+  explicit LibraryWorker(Probe& probe)
+      : RepeatedThread("bench_probe", /*pause_ms=*/0, /*repeat_count=*/0), probe_(probe) {
+    Initialize();
+  }
+  ~LibraryWorker() override { Deinitialize(); }
+
+  void Trigger() override { Start(); }
 
  private:
   bool ClientAction() override {
@@ -20,17 +25,6 @@ class ProbeThread : public audio::RepeatedThread {
   }
 
   Probe& probe_;
-};
-
-class LibraryWorker : public Worker {
- public:
-  explicit LibraryWorker(Probe& probe) : thread_(probe) { thread_.Initialize(); }
-  ~LibraryWorker() override { thread_.Deinitialize(); }
-
-  void Trigger() override { thread_.Start(); }
-
- private:
-  ProbeThread thread_;
 };
 
 }  // namespace

@@ -13,15 +13,14 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "allocations.h"
-#include "cpus.h"
-#include "latencies.h"
-#include "quick.h"
+#include "benchmarks.h"
 #include "quorvel.h"
 #include "quorvel/fake/call_latency.h"
 #include "quorvel/fake/gate.h"
@@ -31,7 +30,8 @@
 #include "quorvel/services/thermal_service.h"
 #include "quorvel/simulated/health.h"
 #include "quorvel/simulated/thermal.h"
-#include "registration.h"
+#include "threads.h"
+#include "turns.h"
 
 namespace norvik::qel::bench {
 
@@ -73,71 +73,52 @@ bool MakeServiceThreads(fake::Script& script, const auto& call) {
   return all_came;
 }
 
-// The measurements of one of the two ways to ask.
-template <typename Query>
-class Asked {
- public:
-  Asked(const Query& query, fake::Script& script) : query_(query), script_(script) {}
+int64_t ThreadCpuNs() {
+  timespec used = {};
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &used);
+  return used.tv_sec * 1'000'000'000 + used.tv_nsec;
+}
 
-  // Asks once. Returns whether the answer was right.
-  bool Ask() {
-    const int calls_before = script_.calls();
-    const int64_t allocations_before = AllocationCount();
-    const int64_t cpu_before_ns = ThreadCpuNs();
-    const int64_t began_ns = NowNs();
-    const bool right = query_();
-    times_.Add(NowNs() - began_ns);
-    cpu_ns_.Add(ThreadCpuNs() - cpu_before_ns);
-    allocations_ += AllocationCount() - allocations_before;
-    calls_ += script_.calls() - calls_before;
-    return right;
-  }
-
-  double p50_ns() { return times_.Quantile(0.5); }
-  // The processor time of the asking thread, without the services' wake-up times.
-  double cpu_p50_ns() { return cpu_ns_.Quantile(0.5); }
-  int64_t allocations() const { return allocations_; }
-  int calls() const { return calls_; }
-
- private:
-  static int64_t ThreadCpuNs() {
-    timespec used = {};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &used);
-    return used.tv_sec * 1'000'000'000 + used.tv_nsec;
-  }
-
-  const Query& query_;
-  fake::Script& script_;
-  Latencies times_;
-  Latencies cpu_ns_;
-  int64_t allocations_ = 0;
-  int calls_ = 0;
+// What one of the two ways to ask costs, other than time.
+struct Cost {
+  Latencies cpu_ns = {};  // of the asking thread, without the services' wake-up times
+  int64_t allocations = 0;
+  int calls = 0;
 };
 
 // Alternates between both ways. Each returns whether its answer was right, and makes `calls` calls
 // of the operation that `script` counts.
 void Measure(benchmark::State& state, Price price, fake::Script& script, int calls,
-             const auto& library, const auto& direct) {
+             const std::function<bool()>& library, const std::function<bool()>& direct) {
   const fake::CallLatency latency(price == Price::kPhone ? kPhoneCall : kPhoneCall.zero());
-  bool right = library() && direct();
-  Asked by_library(library, script);
-  Asked by_hand(direct, script);
-  for ([[maybe_unused]] auto round : state) {
-    right &= by_library.Ask();
-    right &= by_hand.Ask();
-  }
-  if (!right) return state.SkipWithError(kWrongAnswer);
+  const auto ask = [&script](const std::function<bool()>& query,
+                             Cost& cost) -> std::optional<int64_t> {
+    const int calls_before = script.calls();
+    const int64_t allocations_before = AllocationCount();
+    const int64_t cpu_before_ns = ThreadCpuNs();
+    const int64_t began_ns = NowNs();
+    const bool right = query();
+    const int64_t took_ns = NowNs() - began_ns;
+    cost.cpu_ns.Add(ThreadCpuNs() - cpu_before_ns);
+    cost.allocations += AllocationCount() - allocations_before;
+    cost.calls += script.calls() - calls_before;
+    return right ? std::optional(took_ns) : std::nullopt;
+  };
+  Cost by_library;
+  Cost by_hand;
+  Turns turns;
+  turns.Add("library", [&] { return ask(library, by_library); });
+  turns.Add("direct", [&] { return ask(direct, by_hand); });
+  if (!library() || !direct()) return state.SkipWithError(kWrongAnswer);
+  if (!turns.Run(state, kWrongAnswer)) return;
   const auto expected = calls * state.iterations();
-  if (by_library.calls() != expected || by_hand.calls() != expected) {
+  if (by_library.calls != expected || by_hand.calls != expected) {
     return state.SkipWithError(kWrongCalls);
   }
-  const auto rounds = static_cast<double>(state.iterations());
-  state.counters["library_ns"] = by_library.p50_ns();
-  state.counters["direct_ns"] = by_hand.p50_ns();
-  state.counters["ratio"] = by_library.p50_ns() / by_hand.p50_ns();  // of this same pass
-  state.counters["own_cpu_ns"] = by_library.cpu_p50_ns() - by_hand.cpu_p50_ns();
+  state.counters["own_cpu_ns"] = by_library.cpu_ns.Quantile(0.5) - by_hand.cpu_ns.Quantile(0.5);
   state.counters["own_allocations"] =
-      static_cast<double>(by_library.allocations() - by_hand.allocations()) / rounds;
+      static_cast<double>(by_library.allocations - by_hand.allocations) /
+      static_cast<double>(state.iterations());
 }
 
 void Getter(benchmark::State& state, Price price) {
@@ -195,7 +176,7 @@ class ThermalPhone {
   // Starts all threads; false if the service cannot be used.
   bool Initialize() {
     if (aidl_ == nullptr && hidl_ == nullptr) return false;
-    if (!MakeServiceThreads(all_script(), [this] { return CountAll(); })) return false;
+    if (!MakeServiceThreads(script(kAll), [this] { return Count(); })) return false;
     const WorkersAreMadeHere here;
     InitThermalInfo(&handle_);
     int size = -1;
@@ -208,42 +189,27 @@ class ThermalPhone {
     return (index / 2 % 2 == 0 ? "AUDIO_limit_" : "limit_") + std::to_string(index);
   }
 
-  // For the operations that return the sensors of one type, and all sensors.
-  fake::Script& type_script() {
+  static constexpr auto kAll = services::ThermalOperation::kGetTemperatures;
+  static constexpr auto kOfType = services::ThermalOperation::kGetTemperaturesWithType;
+  // Of an AIDL operation, or of the only HIDL operation for temperatures.
+  fake::Script& script(services::ThermalOperation operation) {
     return path_ == ThermalPath::kAidl
-               ? thermal_.on(services::ThermalOperation::kGetTemperaturesWithType)
-               : thermal_.on(services::HidlThermalOperation::kGetCurrentTemperatures);
-  }
-  fake::Script& all_script() {
-    return path_ == ThermalPath::kAidl
-               ? thermal_.on(services::ThermalOperation::kGetTemperatures)
+               ? thermal_.on(operation)
                : thermal_.on(services::HidlThermalOperation::kGetCurrentTemperatures);
   }
 
-  // The number of records that the service returns, asked directly; -1 if it fails.
-  int CountOfType(AidlType type) {
-    if (hidl_ != nullptr) {
-      return CountHidl(/*filter=*/true, static_cast<V2_0::TemperatureType>(type));
-    }
-    std::vector<AidlTemperature> temperatures;
-    return aidl_->getTemperaturesWithType(type, &temperatures).isOk()
-               ? static_cast<int>(temperatures.size())
-               : -1;
-  }
-  int CountAll() {
-    if (hidl_ != nullptr) return CountHidl(/*filter=*/false, V2_0::TemperatureType::UNKNOWN);
-    std::vector<AidlTemperature> temperatures;
-    return aidl_->getTemperatures(&temperatures).isOk() ? static_cast<int>(temperatures.size())
-                                                        : -1;
-  }
-
-  void* handle() const { return handle_; }
-
- private:
-  int CountHidl(bool filter, V2_0::TemperatureType type) {
+  // The number of records of one type, or of all, that the service returns, asked directly; -1 if
+  // it fails.
+  int Count(std::optional<AidlType> type = std::nullopt) {
     int count = -1;
+    if (hidl_ == nullptr) {
+      std::vector<AidlTemperature> records;
+      const auto answered =
+          type ? aidl_->getTemperaturesWithType(*type, &records) : aidl_->getTemperatures(&records);
+      return answered.isOk() ? static_cast<int>(records.size()) : -1;
+    }
     const auto answered = hidl_->getCurrentTemperatures(
-        filter, type,
+        type.has_value(), static_cast<V2_0::TemperatureType>(type.value_or(AidlType::UNKNOWN)),
         [&count](const V1_0::ThermalStatus& status, const hidl_vec<V2_0::Temperature>& records) {
           if (status.code == V1_0::ThermalStatusCode::SUCCESS) {
             count = static_cast<int>(records.size());
@@ -252,6 +218,9 @@ class ThermalPhone {
     return answered.isOk() ? count : -1;
   }
 
+  void* handle() const { return handle_; }
+
+ private:
   const ThermalPath path_;
   const int sensors_;
   simulated::Thermal thermal_;
@@ -273,10 +242,10 @@ void Limits(benchmark::State& state, Price price, ThermalPath path) {
            size == sensors / 4;
   };
   const auto direct = [&] {
-    return phone.CountOfType(AidlType::BCL_VOLTAGE) == sensors / 2 &&
-           phone.CountOfType(AidlType::BCL_CURRENT) == sensors / 2;
+    return phone.Count(AidlType::BCL_VOLTAGE) == sensors / 2 &&
+           phone.Count(AidlType::BCL_CURRENT) == sensors / 2;
   };
-  Measure(state, price, phone.type_script(), /*calls=*/2, library, direct);
+  Measure(state, price, phone.script(ThermalPhone::kOfType), /*calls=*/2, library, direct);
 }
 
 // Temperatures by name; a phone with fewer sensors than names lacks the rest. The direct call gets
@@ -302,14 +271,14 @@ void Bulk(benchmark::State& state, Price price, ThermalPath path) {
                                      &count) == 0 &&
            count == known;
   };
-  const auto direct = [&] { return phone.CountAll() == sensors; };
-  Measure(state, price, phone.all_script(), /*calls=*/1, library, direct);
+  const auto direct = [&] { return phone.Count() == sensors; };
+  Measure(state, price, phone.script(ThermalPhone::kAll), /*calls=*/1, library, direct);
 }
 
 const Registration kRegistration([] {
   const auto add = [](const std::string& name, auto function, auto... arguments) {
     return benchmark::RegisterBenchmark(name.c_str(), function, arguments...)
-        ->UseRealTime()
+        ->UseManualTime()
         ->Iterations(Rounds(1'000));
   };
   for (const Price price : {Price::kFree, Price::kPhone}) {

@@ -15,7 +15,7 @@ import subprocess
 import sys
 
 FAMILIES = ["battery", "sensor", "thermal"]
-LOOPS = {"sd-event": "sd-event", "glib": "GLib", "libuv": "libuv"}
+LOOPS = {"sd-event": "sd-event", "glib": "GLib", "libuv": "libuv", "asio": "Boost.Asio"}
 CLIENTS = [1, 10, 100, 1000]
 
 
@@ -46,18 +46,16 @@ class Results:
         elif run["aggregate_name"] == "stddev":
             self.deviations[name] = run
 
-    def of(self, name, metric="real_time"):
-        run = self.medians.get(name)
-        if run is None or metric not in run:
+    def of(self, name, metric):
+        if metric not in self.medians.get(name, {}):
             raise KeyError(f"no {metric} of {name}")
-        return in_ns(run, run[metric]) if metric == "real_time" else run[metric]
+        return self.medians[name][metric]
+
+    def run(self, name):
+        return lambda metric: self.of(name, metric)
 
     def spread(self, name, metric):
         return self.deviations[name][metric]
-
-
-def in_ns(run, time):
-    return time * {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}[run["time_unit"]]
 
 
 def shown(ns):
@@ -71,25 +69,18 @@ class Table:
     def __init__(self):
         self.rows, self.met, self.asked = [], 0, 0
 
-    def ratio(self, what, ours, beside, theirs, most, ratio=None):
+    def ratio(self, what, ours, beside, theirs, most=None, ratio=None):
         ratio = ratio or ours / theirs
         digits = 3 if most and most < 1.1 else 2
-        self._row(what, shown(ours), f"{beside}: {shown(theirs)}", f"{ratio:.{digits}f}", most and
-                  f"at most {most:g}", most and ratio <= most)
+        self.figure(what, shown(ours), f"{beside}: {shown(theirs)}", most and f"at most {most:g}",
+                    most and ratio <= most, f"{ratio:.{digits}f}")
 
-    def above(self, what, ours, beside, theirs, more, most):
-        self._row(what, shown(ours), f"{beside}: {shown(theirs)}", f"{more:+.1f} ns",
-                  most and f"at most +{most:g} ns", most and more <= most)
+    def turns(self, what, run, beside, theirs, most=None, share="p50"):
+        """What Turns has measured: RUN gives its counters."""
+        self.ratio(what, run(f"library_{share}_ns"), beside, run(f"{theirs}_{share}_ns"), most,
+                   run(f"{theirs}_{share}_ratio"))
 
-    def ahead(self, what, ours, beside, theirs, ratio, within):
-        mark = "level, within the spread" if within else "ahead"
-        self._row(what, shown(ours), f"{beside}: {shown(theirs)}", f"{ratio:.2f}", mark,
-                  ratio <= 1 + within)
-
-    def figure(self, what, ours, beside="", mark=None, met=None):
-        self._row(what, ours, beside, "", mark, met)
-
-    def _row(self, what, ours, beside, ratio, mark, met):
+    def figure(self, what, ours, beside="", mark=None, met=None, ratio=""):
         if mark:
             self.asked += 1
             self.met += bool(met)
@@ -109,104 +100,92 @@ class Table:
 
 
 def trigger(table, results):
-    def idle(metric):
-        return results.of("trigger/idle", metric)
-
-    def burst(metric):
-        return results.of("trigger/burst", metric)
-
+    idle, burst = results.run("trigger/idle"), results.run("trigger/burst")
     for share, most in (("p50", 1.15), ("p99", 2)):
-        table.ratio(f"trigger to action, asleep, {share}", idle(f"library_{share}_ns"),
-                    "bare pair", idle(f"bare_{share}_ns"), most, idle(f"bare_{share}_ratio"))
+        table.turns(f"trigger to action, asleep, {share}", idle, "bare pair", "bare", most, share)
     for loop, name in LOOPS.items():
-        table.ahead("trigger to action, asleep, p50", idle("library_p50_ns"), name,
-                    idle(f"{loop}_p50_ns"), idle(f"{loop}_p50_ratio"), within=0)
-    table.ahead("trigger to action, asleep, p50", idle("library_p50_ns"), "Boost.Asio",
-                idle("asio_p50_ns"), idle("asio_p50_ratio"),
-                within=results.spread("trigger/idle", "asio_p50_ratio"))
-    others = {**LOOPS, "asio": "Boost.Asio"}
-    for key, name in others.items():
-        table.ratio("trigger to action, asleep, p99", idle("library_p99_ns"), name,
-                    idle(f"{key}_p99_ns"), None, idle(f"{key}_p99_ratio"))
-    for key, name in {"bare": "bare pair", **others}.items():
+        within = results.spread("trigger/idle", "asio_p50_ratio") if loop == "asio" else 0
+        ratio = idle(f"{loop}_p50_ratio")
+        table.figure("trigger to action, asleep, p50", shown(idle("library_p50_ns")),
+                     f"{name}: {shown(idle(f'{loop}_p50_ns'))}",
+                     "level, within the spread" if within else "ahead", ratio <= 1 + within,
+                     f"{ratio:.2f}")
+    for loop, name in LOOPS.items():
+        table.turns("trigger to action, asleep, p99", idle, name, loop, share="p99")
+    for key, name in {"bare": "bare pair", **LOOPS}.items():
         table.ratio("a trigger in a burst of a million", burst("library_request_ns"), name,
                     burst(f"{key}_request_ns"), {"bare": 1.2, "libuv": 2}.get(key),
                     burst(f"{key}_p50_ratio"))
         table.figure("runs made for that burst", f"{burst('library_runs'):,.0f}",
                      f"{name}: {burst(f'{key}_runs'):,.0f}")
-    debug = results.of("trigger/burst-debug", "library_request_ns")
-    table.figure("a trigger in such a burst, DEBUG loggable", shown(debug),
+    table.figure("a trigger in such a burst, DEBUG loggable",
+                 shown(results.of("trigger/burst-debug", "library_request_ns")),
                  f"not loggable: {shown(burst('library_request_ns'))}")
 
 
 def events(table, results):
-    for name, what in (("battery", "battery report"), ("thermal-hidl", "throttling, HIDL"),
-                       ("thermal-aidl", "throttling, AIDL"), ("sensor", "a sensor poll's return"),
-                       ("sensor-push", "sensor event from its push")):
-        event = f"event/{name}"
-        table.ratio(f"{what} to client, p50", results.of(event, "library_p50_ns"),
-                    "two bare pairs" if name == "sensor-push" else "bare pair",
-                    results.of(event, "bare_p50_ns"), 1.3, results.of(event, "bare_p50_ratio"))
-    for name, pairs in (("battery", "bare pair"), ("sensor", "two bare pairs")):
-        event = f"event/{name}-one-processor"
-        table.ratio(f"{name} event to client on one processor, p50",
-                    results.of(event, "library_p50_ns"), pairs, results.of(event, "bare_p50_ns"),
-                    1.2, results.of(event, "bare_p50_ratio"))
+    for name, what, pairs, most in (
+            ("battery", "battery report to client", "bare pair", 1.3),
+            ("thermal-hidl", "throttling, HIDL to client", "bare pair", 1.3),
+            ("thermal-aidl", "throttling, AIDL to client", "bare pair", 1.3),
+            ("sensor", "a sensor poll's return to client", "bare pair", 1.3),
+            ("sensor-push", "sensor event from its push to client", "two bare pairs", 1.3),
+            ("battery-one-processor", "battery event to client on one processor", "bare pair", 1.2),
+            ("sensor-one-processor", "sensor event to client on one processor", "two bare pairs",
+             1.2)):
+        table.turns(f"{what}, p50", results.run(f"event/{name}"), pairs, "bare", most)
     table.figure("context switches, ten sensor handles, an event for one",
                  f"{results.of('event/ten-sensor-handles', 'context_switches'):.1f}")
 
 
+def above(table, what, beside, run, ours, theirs, most):
+    table.figure(what, shown(run(ours)), f"{beside}: {shown(run(theirs))}",
+                 most and f"at most +{most:g} ns", most and run("above_ns") <= most,
+                 f"{run('above_ns'):+.1f} ns")
+
+
 def getter(table, results):
-    library, empty, above = (results.of("getter/cached", metric) for metric in
-                             ("library_call_ns", "empty_call_ns", "above_ns"))
-    table.above("cached getter", library, "empty function", empty, above, 2)
+    above(table, "cached getter", "empty function", results.run("getter/cached"),
+          "library_call_ns", "empty_call_ns", 2)
 
 
 def queries(table, results):
-    def names(kind):
-        yield "uncached getter", f"query/{kind}/getter", 1
+    def runs(kind):
+        yield "uncached getter", results.run(f"query/{kind}/getter"), 1
         for transport in ("aidl", "hidl"):
             for sensors in (8, 100):
                 yield (f"charge limits, {transport.upper()}, {sensors} sensors",
-                       f"query/{kind}/bcl/{transport}/sensors:{sensors}", sensors)
+                       results.run(f"query/{kind}/bcl/{transport}/sensors:{sensors}"), sensors)
             for sensors in (8, 100):
                 for count in (1, 8, 32):
                     yield (f"{count} name{'s' if count > 1 else ''}, {sensors} sensors, {transport.upper()}",
-                           f"query/{kind}/bulk/{transport}/sensors:{sensors}/names:{count}",
+                           results.run(f"query/{kind}/bulk/{transport}/sensors:{sensors}/names:{count}"),
                            sensors)
 
-    for what, name, sensors in names("latency"):
-        table.ratio(what, results.of(name, "library_ns"), "direct calls",
-                    results.of(name, "direct_ns"), 1.05 if sensors <= 8 else None,
-                    results.of(name, "ratio"))
-    for what, name, sensors in names("free"):
-        nanoseconds, allocations = (results.of(name, metric) / sensors
-                                    for metric in ("own_cpu_ns", "own_allocations"))
+    for what, run, sensors in runs("latency"):
+        table.turns(what, run, "direct calls", "direct", 1.05 if sensors <= 8 else None)
+    for what, run, sensors in runs("free"):
         table.figure(f"{what}: the library's own part, a record",
-                     f"{nanoseconds:.0f} ns, {allocations:.1f} allocations",
-                     "free calls")
+                     f"{run('own_cpu_ns') / sensors:.0f} ns, "
+                     f"{run('own_allocations') / sensors:.1f} allocations", "free calls")
 
 
 def dispatch(table, results):
     for family in FAMILIES:
         for clients in CLIENTS:
-            name = f"dispatch/{family}/clients:{clients}"
-            ours = results.of(name, "per_client_ns")
-            theirs = results.of(name, "loop_per_client_ns")
             # The fixed cost of a dispatch does not count for a client.
             most = 10 if clients >= 100 else 40 if clients == 1 else None
-            table.above(f"{family} dispatch, a client of {clients}", ours, "loop", theirs,
-                        results.of(name, "above_ns"), most)
+            above(table, f"{family} dispatch, a client of {clients}", "loop",
+                  results.run(f"dispatch/{family}/clients:{clients}"), "per_client_ns",
+                  "loop_per_client_ns", most)
         table.figure(f"{family} dispatch to one client, allocations", "{:g}".format(
             results.of(f"dispatch/{family}/clients:1", "allocations")))
 
 
 def handles(table, results):
     for family in FAMILIES:
-        ours, theirs, ratio = (results.of(f"handle/{family}", metric) for metric in
-                               ("library_p50_ns", "threads_p50_ns", "threads_p50_ratio"))
-        table.ratio(f"create and destroy a {family} handle", ours, "as many named threads", theirs,
-                    1.2, ratio)
+        table.turns(f"create and destroy a {family} handle", results.run(f"handle/{family}"),
+                    "as many named threads", "threads", 1.2)
 
 
 def idle(table, results):
@@ -232,14 +211,14 @@ def sizes(table, results):
     table.figure("its relocations", f"{figures['relocations']['total']}",
                  f"{figures['relocations']['symbolic']} by name")
     table.ratio("loading it", figures["load_ns"]["library"],
-                "an empty one, with the platform", figures["load_ns"]["empty"], None)
+                "an empty one, with the platform", figures["load_ns"]["empty"])
 
 
 GROUPS = [trigger, events, getter, queries, dispatch, handles, idle, sizes]
 
 
 def plot(results, path):
-    workers = {"library": "library", "bare": "bare pair", **LOOPS, "asio": "Asio"}
+    workers = {"library": "library", "bare": "bare pair", **LOOPS}
     lines = ["$workers << END"]
     for key, label in workers.items():
         p50, p99 = (results.of("trigger/idle", f"{key}_{share}_ns") / 1e3
@@ -247,11 +226,9 @@ def plot(results, path):
         burst = results.of("trigger/burst", f"{key}_request_ns")
         lines.append(f'"{label}" {p50} {p99} {burst}')
     lines += ["END", "$dispatch << END"]
-    columns = [(family, metric) for family in FAMILIES
-               for metric in ("per_client_ns", "loop_per_client_ns")]
     for clients in CLIENTS:
         cells = [results.of(f"dispatch/{family}/clients:{clients}", metric)
-                 for family, metric in columns]
+                 for family in FAMILIES for metric in ("per_client_ns", "loop_per_client_ns")]
         lines.append(" ".join(map(str, [clients, *cells])))
     lines += [
         "END",

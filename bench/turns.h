@@ -5,6 +5,9 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -12,9 +15,26 @@
 #include <utility>
 #include <vector>
 
-#include "latencies.h"
-
 namespace norvik::qel::bench {
+
+inline int64_t NowNs() {
+  return std::chrono::steady_clock::now().time_since_epoch() / std::chrono::nanoseconds(1);
+}
+
+// The duration of each round of a pass, in nanoseconds.
+class Latencies {
+ public:
+  void Add(int64_t ns) { all_.push_back(ns); }
+  // The duration that this share of the rounds did not exceed. Requires at least one round.
+  double Quantile(double share) {
+    const auto at = all_.begin() + static_cast<ptrdiff_t>(share * static_cast<double>(all_.size()));
+    std::nth_element(all_.begin(), at, all_.end());
+    return static_cast<double>(*at);
+  }
+
+ private:
+  std::vector<int64_t> all_;
+};
 
 // Alternates between several ways to do the same, so that other activity on the machine affects all
 // alike. The first is the library's, the others are its baselines.
@@ -27,15 +47,18 @@ class Turns {
 
   // Runs all rounds of a pass; each begins with another way. For each way it sets the counters
   // NAME_p50_ns and NAME_p99_ns, and NAME_p50_ratio and NAME_p99_ratio: the library's time divided
-  // by that of the way.
-  void Run(benchmark::State& state, const char* error) {
+  // by that of the way. False, with the error, if a turn failed.
+  bool Run(benchmark::State& state, const char* error) {
     for ([[maybe_unused]] auto round : state) {
       int64_t sum_ns = 0;
       ++begun_;
       for (size_t i = 0; i < ways_.size(); ++i) {
         Way& way = ways_[(begun_ + i) % ways_.size()];
         const std::optional<int64_t> ns = way.take();
-        if (!ns) return state.SkipWithError(error);
+        if (!ns) {
+          state.SkipWithError(error);
+          return false;
+        }
         way.times.Add(*ns);
         sum_ns += *ns;
       }
@@ -49,6 +72,7 @@ class Turns {
         state.counters[way.name + suffix + "_ratio"] = library_ns / ns;
       }
     }
+    return true;
   }
 
  private:

@@ -12,11 +12,8 @@
 #include <utility>
 #include <vector>
 
-#include "cpus.h"
-#include "latencies.h"
-#include "probe.h"
-#include "quick.h"
-#include "registration.h"
+#include "benchmarks.h"
+#include "threads.h"
 #include "turns.h"
 #include "workers.h"
 
@@ -55,13 +52,9 @@ void Idle(benchmark::State& state) {
   const auto all = All();
   Turns turns;
   for (const auto& contender : all) {
-    turns.Add(contender->name, [&contender = *contender]() -> std::optional<int64_t> {
+    turns.Add(contender->name, [&contender = *contender] {
       LetItFallAsleep();
-      const int64_t number = contender.probe.Announce();
-      const int64_t asked_ns = NowNs();
-      contender.worker->Trigger();
-      const auto ran_ns = contender.probe.WaitFor(number);
-      return ran_ns ? std::optional(*ran_ns - asked_ns) : std::nullopt;
+      return FromRequestToAction(*contender.worker, contender.probe);
     });
   }
   turns.Run(state, kNothingRan);

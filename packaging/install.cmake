@@ -10,6 +10,11 @@
 #   monitor    the monitor, its manual page and its completions
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
+if(QUORVEL_DEBIAN)
+  # No cache variables: the same build can also be installed elsewhere.
+  set(CMAKE_INSTALL_LIBDIR lib/${CMAKE_LIBRARY_ARCHITECTURE})
+  set(CMAKE_INSTALL_DOCDIR ${CMAKE_INSTALL_DATADIR}/doc/libquorvel-dev)
+endif()
 
 foreach(dir BINDIR LIBDIR INCLUDEDIR DATADIR DOCDIR MANDIR)
   if(IS_ABSOLUTE "${CMAKE_INSTALL_${dir}}")
@@ -22,10 +27,10 @@ set(quorvel_include ${CMAKE_INSTALL_INCLUDEDIR}/quorvel)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/quorvel)
 
 # A relative run path, so that the installed tree can be moved. Packages for the system's folders
-# are built with CMAKE_SKIP_INSTALL_RPATH, without a run path.
-set_target_properties(quorvel PROPERTIES INSTALL_RPATH "$ORIGIN")
-file(RELATIVE_PATH from_bin_to_lib
-     /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
+# have none.
+if(NOT QUORVEL_DEBIAN)
+  set_target_properties(quorvel PROPERTIES INSTALL_RPATH "$ORIGIN")
+endif()
 
 # The libraries. The fake platform's include path has only the platform's headers, so that a program
 # cannot include a header that a phone does not have.
@@ -117,10 +122,12 @@ if(QUORVEL_MONITOR)
             DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quorvel/docs COMPONENT monitor)
     install(FILES host/linux_machine/README.md
             DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quorvel/host/linux_machine COMPONENT monitor)
+  else()
+    file(RELATIVE_PATH from_bin_to_lib /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
+    set_target_properties(quorvel_monitor PROPERTIES INSTALL_RPATH "$ORIGIN/${from_bin_to_lib}")
   endif()
   # The build of the monitor makes both.
   install(FILES ${PROJECT_BINARY_DIR}/man/quorvel.1$<$<BOOL:${QUORVEL_DEBIAN}>:.gz> DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT monitor)
-  set_target_properties(quorvel_monitor PROPERTIES INSTALL_RPATH "$ORIGIN/${from_bin_to_lib}")
   install(TARGETS quorvel_monitor RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT monitor)
   file(GLOB completions RELATIVE ${PROJECT_SOURCE_DIR}/packaging/completions CONFIGURE_DEPENDS
        packaging/completions/*)

@@ -70,13 +70,6 @@ int ListDevices(const std::vector<const char*>& subsystems, std::vector<std::str
   return 0;
 }
 
-bool IsStillThere(const std::string& syspath, std::vector<Fault>* faults) {
-  if (access(syspath.c_str(), F_OK) == 0) return true;
-  faults->push_back(
-      {.device = DeviceName(syspath), .file = "", .what = "vanished while it was read"});
-  return false;
-}
-
 std::string ErrorText(int error) {
   return std::system_category().message(error);
 }
@@ -101,29 +94,8 @@ std::string InLowerCase(std::string text) {
   return text;
 }
 
-std::optional<DeviceFiles> DeviceFiles::Open(const std::string& syspath,
-                                             std::vector<Fault>* faults) {
-  Udev udev(udev_new());
-  UdevDevice device(udev_device_new_from_syspath(udev.get(), syspath.c_str()));
-  if (device == nullptr) {
-    faults->push_back({.device = DeviceName(syspath),
-                       .file = "",
-                       .what = "cannot be opened: " + ErrorText(errno)});
-    return std::nullopt;
-  }
-  return DeviceFiles(syspath, std::move(udev), std::move(device), faults);
-}
-
-DeviceFiles::DeviceFiles(const std::string& syspath, Udev udev, UdevDevice device,
-                         std::vector<Fault>* faults)
-    : syspath_(syspath),
-      name_(DeviceName(syspath)),
-      udev_(std::move(udev)),
-      device_(std::move(device)),
-      faults_(faults) {}
-
 bool DeviceFiles::Has(const std::string& file) {
-  return udev_device_get_sysattr_value(device_.get(), file.c_str()) != nullptr || !IsAbsence(errno);
+  return udev_device_get_sysattr_value(device_, file.c_str()) != nullptr || !IsAbsence(errno);
 }
 
 bool DeviceFiles::Lists(const std::string& file) const {
@@ -133,7 +105,7 @@ bool DeviceFiles::Lists(const std::string& file) const {
 std::vector<std::string> DeviceFiles::List() const {
   std::vector<std::string> files;
   udev_list_entry* entry = nullptr;
-  udev_list_entry_foreach(entry, udev_device_get_sysattr_list_entry(device_.get())) {
+  udev_list_entry_foreach(entry, udev_device_get_sysattr_list_entry(device_)) {
     files.emplace_back(udev_list_entry_get_name(entry));
   }
   std::sort(files.begin(), files.end());
@@ -141,7 +113,7 @@ std::vector<std::string> DeviceFiles::List() const {
 }
 
 std::optional<std::string_view> DeviceFiles::Text(const std::string& file, Absence absence) {
-  const char* text = udev_device_get_sysattr_value(device_.get(), file.c_str());
+  const char* text = udev_device_get_sysattr_value(device_, file.c_str());
   if (text == nullptr) {
     const int error = errno;
     if (!IsAbsence(error)) {
@@ -224,6 +196,29 @@ void DeviceFiles::AmendFault(const std::string& file, const std::string& what) {
     return fault.device == name_ && fault.file == file;
   });
   if (last != faults_->rend()) last->what += what;
+}
+
+bool ReadDevice(const std::string& syspath, std::vector<Fault>* faults,
+                const std::function<void(DeviceFiles& files)>& read) {
+  std::vector<Fault> met;
+  const auto add = [&](const std::string& what) {
+    met.push_back({.device = DeviceName(syspath), .file = "", .what = what});
+  };
+  const Udev udev(udev_new());
+  const UdevDevice device(udev_device_new_from_syspath(udev.get(), syspath.c_str()));
+  if (device == nullptr) {
+    add("cannot be opened: " + ErrorText(errno));
+  } else {
+    DeviceFiles files(syspath, device.get(), &met);
+    read(files);
+  }
+  const bool is_there = access(syspath.c_str(), F_OK) == 0;
+  if (!is_there) {
+    met.clear();
+    add("vanished while it was read");
+  }
+  faults->insert(faults->end(), met.begin(), met.end());
+  return is_there;
 }
 
 }  // namespace norvik::qel::linux_machine

@@ -4,20 +4,46 @@
 // Reading of devices' files in sysfs.
 #pragma once
 
+#include <libudev.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <iterator>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "fault.h"
-#include "udev.h"
-
 namespace norvik::qel::linux_machine {
+
+template <auto kUnref>
+struct Unref {
+  template <typename T>
+  void operator()(T* object) const {
+    kUnref(object);
+  }
+};
+
+// Owning types for libudev's objects. libudev counts references without a lock: no object may be
+// shared between threads, not even the context.
+using Udev = std::unique_ptr<udev, Unref<udev_unref>>;
+using UdevDevice = std::unique_ptr<udev_device, Unref<udev_device_unref>>;
+using UdevEnumerate = std::unique_ptr<udev_enumerate, Unref<udev_enumerate_unref>>;
+using UdevMonitor = std::unique_ptr<udev_monitor, Unref<udev_monitor_unref>>;
+
+// A file or device that is unreadable or invalid, as a message for the user.
+struct Fault {
+  std::string device;  // "BAT0", or the whole class: "thermal zones"
+  std::string file;    // "capacity"; empty: the whole device
+  std::string what;    // "\"250\" is not within 0 to 100"
+};
+
+// "BAT0/capacity: ..."
+std::string NoticeOf(const Fault& fault);
 
 inline constexpr int64_t kMaxInt32 = std::numeric_limits<int32_t>::max();
 inline constexpr int64_t kMinInt32 = std::numeric_limits<int32_t>::min();
@@ -31,10 +57,6 @@ int DeviceNumber(const std::string& name);
 // kernel does not have has no devices. Returns 0 or an errno number.
 [[nodiscard]] int ListDevices(const std::vector<const char*>& subsystems,
                               std::vector<std::string>* syspaths);
-
-// Call it after reading a device. If the device has vanished meanwhile, returns false and adds a
-// fault: the values read may be incomplete.
-[[nodiscard]] bool IsStillThere(const std::string& syspath, std::vector<Fault>* faults);
 
 std::string ErrorText(int error);
 bool IsPrintable(std::string_view text);
@@ -65,9 +87,9 @@ struct Range {
 // libudev caches the files of a device: make a new object for each reading.
 class DeviceFiles {
  public:
-  // Empty if the device cannot be opened; this adds a fault. `faults` must outlive the object.
-  [[nodiscard]] static std::optional<DeviceFiles> Open(const std::string& syspath,
-                                                       std::vector<Fault>* faults);
+  // `device` and `faults` must outlive the object.
+  DeviceFiles(const std::string& syspath, udev_device* device, std::vector<Fault>* faults)
+      : syspath_(syspath), name_(DeviceName(syspath)), device_(device), faults_(faults) {}
 
   const std::string& name() const { return name_; }
 
@@ -109,13 +131,15 @@ class DeviceFiles {
   void AmendFault(const std::string& file, const std::string& what);
 
  private:
-  DeviceFiles(const std::string& syspath, Udev udev, UdevDevice device, std::vector<Fault>* faults);
-
-  std::string syspath_;
-  std::string name_;
-  Udev udev_;  // the context of device_
-  UdevDevice device_;
-  std::vector<Fault>* faults_;
+  const std::string syspath_;
+  const std::string name_;
+  udev_device* const device_;
+  std::vector<Fault>* const faults_;
 };
+
+// Reads a device, unless it cannot be opened. If it has vanished meanwhile, returns false: the
+// values read may be incomplete. That is then its only fault.
+[[nodiscard]] bool ReadDevice(const std::string& syspath, std::vector<Fault>* faults,
+                              const std::function<void(DeviceFiles& files)>& read);
 
 }  // namespace norvik::qel::linux_machine

@@ -11,8 +11,8 @@
 #include "power_supplies.h"
 #include "quorvel/fake/service_manager.h"
 #include "quorvel/fake/thread_annotations.h"
+#include "running_service.h"
 #include "watched_class.h"
-#include "watcher.h"
 
 namespace norvik::qel::linux_machine {
 
@@ -68,13 +68,6 @@ bool HasAnswer(HealthOperation operation, const std::optional<Battery>& battery)
       return battery && battery->current_microamps;
     case HealthOperation::kGetCurrentAverageMicroamps:
       return battery && battery->current_average_microamps;
-    default:
-      return true;
-  }
-}
-
-bool IsSupported(HealthOperation operation) {
-  switch (operation) {
     case HealthOperation::kGetStorageInfo:
     case HealthOperation::kGetDiskStats:
     case HealthOperation::kSetChargingPolicy:
@@ -88,17 +81,13 @@ bool IsSupported(HealthOperation operation) {
 }  // namespace
 
 // Locks: reading_lock_ before the lock of HealthService.
-class Health::Service : public services::HealthService, public WatchedClass {
+class Health::Service : public WatchedClass, public services::HealthService {
  public:
-  Service(std::chrono::milliseconds period, services::ServiceObserver observer,
-          const std::shared_ptr<const Wake>& wake)
-      : HealthService(ToHealthInfo({}), WakingObserver(wake, std::move(observer))),
-        WatchedClass({"power_supply"}, "power supplies", wake),
-        period_(period) {}
+  Service(std::chrono::milliseconds period, services::ServiceObserver observer)
+      : WatchedClass({"power_supply"}, "power supplies", period),
+        HealthService(ToHealthInfo({}), WakingObserver(std::move(observer))) {}
 
-  std::optional<std::chrono::milliseconds> period() const override {
-    return callback_count() != 0 ? std::optional(period_) : std::nullopt;
-  }
+  bool has_listeners() const override { return callback_count() != 0; }
   std::vector<PowerSupply> supplies() const {
     std::lock_guard<std::mutex> lock(reading_lock_);
     return supplies_;
@@ -108,32 +97,26 @@ class Health::Service : public services::HealthService, public WatchedClass {
   ndk::ScopedAStatus Permit(HealthOperation operation) override;
   void ReadLocked(const std::vector<std::string>& syspaths)
       QUORVEL_REQUIRES(reading_lock_) override;
-  void NoticeLackOfBatteryLocked(bool has_battery) QUORVEL_REQUIRES(reading_lock_);
 
-  const std::chrono::milliseconds period_;
   std::optional<Battery> battery_ QUORVEL_GUARDED_BY(reading_lock_);
   std::vector<PowerSupply> supplies_ QUORVEL_GUARDED_BY(reading_lock_);
   std::string parts_of_level_ QUORVEL_GUARDED_BY(reading_lock_);
-  // True at first, so that the first reading notices a missing battery.
-  bool had_battery_ QUORVEL_GUARDED_BY(reading_lock_) = true;
 };
 
 ndk::ScopedAStatus Health::Service::Permit(HealthOperation operation) {
   if (operation == HealthOperation::kUnregisterCallback) return ndk::ScopedAStatus::ok();
-  if (IsSupported(operation)) {
-    // Many drivers announce a change of the level late or never, so the files are read whenever a
-    // client asks.
-    Refresh();
-    std::lock_guard<std::mutex> lock(reading_lock_);
-    if (HasAnswer(operation, battery_)) return ndk::ScopedAStatus::ok();
-  }
-  return ndk::ScopedAStatus::fromExceptionCode(EX_UNSUPPORTED_OPERATION);
+  // Many drivers announce a change of the level late or never, so the files are read whenever a
+  // client asks.
+  Refresh();
+  std::lock_guard<std::mutex> lock(reading_lock_);
+  return ndk::ScopedAStatus::fromExceptionCode(
+      HasAnswer(operation, battery_) ? EX_NONE : EX_UNSUPPORTED_OPERATION);
 }
 
 void Health::Service::ReadLocked(const std::vector<std::string>& syspaths) {
   const PowerReading reading = ReadPowerSupplies(syspaths);
   NoticeFaultsLocked(reading.faults);
-  NoticeLackOfBatteryLocked(reading.battery.has_value());
+  NoticeLackLocked(reading.battery.has_value(), "this machine has no battery");
   // The text changes, and is noticed again, when a share changes by a percent. That is rare.
   const std::string before = std::exchange(parts_of_level_, PartsOfLevel(reading));
   if (!parts_of_level_.empty() && parts_of_level_ != before) AddNoticeLocked(parts_of_level_);
@@ -143,13 +126,8 @@ void Health::Service::ReadLocked(const std::vector<std::string>& syspaths) {
   if (now != info()) Report(now);
 }
 
-void Health::Service::NoticeLackOfBatteryLocked(bool has_battery) {
-  if (had_battery_ && !has_battery) AddNoticeLocked("this machine has no battery");
-  had_battery_ = has_battery;
-}
-
 Health::Health(services::ServiceObserver observer, HealthSettings settings)
-    : observer_(std::move(observer)), settings_(settings) {}
+    : events_("health", std::move(observer)), settings_(settings) {}
 
 Health::~Health() {
   Stop();
@@ -157,27 +135,19 @@ Health::~Health() {
 
 void Health::Start() {
   Stop();
-  service_ =
-      ndk::SharedRefBase::make<Service>(settings_.period, observer_, std::make_shared<Wake>());
-  watcher_ = std::make_unique<Watcher>(service_, [this](std::string notice) {
-    Tell(ServiceEvent::Kind::kNotice, std::move(notice));
-  });
+  service_ = ndk::SharedRefBase::make<Service>(settings_.period, events_.observer());
   fake::Declare(services::kHealthInstance);
-  process_ = std::make_unique<fake::ServiceProcess>("health");
-  process_->AddService(service_, services::kHealthInstance);
-  Tell(ServiceEvent::Kind::kStarted);
-  watcher_->Run("power_supply");
+  running_ =
+      std::make_unique<RunningService>(service_, service_, services::kHealthInstance, events_);
 }
 
 void Health::Stop() {
   if (service_ == nullptr) return;
-  watcher_ = nullptr;
   // First: a client must not wait for a declared service that never comes.
   fake::Undeclare(services::kHealthInstance);
-  if (process_ != nullptr) process_->Kill();
-  process_ = nullptr;
+  running_ = nullptr;
   service_ = nullptr;
-  Tell(ServiceEvent::Kind::kDied);
+  events_.Send(ServiceEvent::Kind::kDied);
 }
 
 Health::HealthInfo Health::info() const {
@@ -190,12 +160,6 @@ std::vector<PowerSupply> Health::supplies() const {
 
 size_t Health::callback_count() const {
   return service_ != nullptr ? service_->callback_count() : 0;
-}
-
-void Health::Tell(ServiceEvent::Kind kind, std::string detail) const {
-  if (observer_ != nullptr) {
-    observer_({.kind = kind, .service = "health", .detail = std::move(detail)});
-  }
 }
 
 }  // namespace norvik::qel::linux_machine

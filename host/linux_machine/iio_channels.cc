@@ -10,8 +10,7 @@
 #include <limits>
 #include <numbers>
 #include <string_view>
-
-#include "device_files.h"
+#include <utility>
 
 namespace norvik::qel::linux_machine {
 
@@ -94,13 +93,11 @@ bool IsForSomethingSpecial(DeviceFiles& files) {
   return !label || label->starts_with(kSpecialProximity);
 }
 
-void FindIn(const std::string& syspath, FoundChannels* found) {
-  auto files = DeviceFiles::Open(syspath, &found->faults);
-  if (!files) return;
-  if (!IsForSomethingSpecial(*files)) {
-    Find(syspath, *files, kProximity, KindOfProximity, &found->proximity);
+void FindIn(const std::string& syspath, DeviceFiles& files, FoundChannels* found) {
+  if (!IsForSomethingSpecial(files)) {
+    Find(syspath, files, kProximity, KindOfProximity, &found->proximity);
   }
-  Find(syspath, *files, kAngle, KindOfAngle, &found->hinge);
+  Find(syspath, files, kAngle, KindOfAngle, &found->hinge);
 }
 
 // The value in the unit that the kernel's documentation defines for the type.
@@ -184,28 +181,20 @@ FoundChannels FindChannels(std::vector<std::string> syspaths) {
   std::stable_sort(syspaths.begin(), syspaths.end(),
                    [](const auto& a, const auto& b) { return DeviceNumber(a) < DeviceNumber(b); });
   FoundChannels found;
+  std::vector<Fault> faults;
   for (const std::string& syspath : syspaths) {
     const FoundChannels before = found;
-    FindIn(syspath, &found);
-    std::vector<Fault> faults = before.faults;
-    if (IsStillThere(syspath, &faults)) continue;
-    found = before;
-    found.faults = std::move(faults);
+    const auto find = [&](DeviceFiles& files) { FindIn(syspath, files, &found); };
+    if (!ReadDevice(syspath, &faults, find)) found = before;
   }
+  found.faults = std::move(faults);
   return found;
 }
 
 std::optional<float> Measure(const IioChannel& channel, std::vector<Fault>* faults) {
-  std::vector<Fault> met;
   std::optional<float> value;
-  if (auto files = DeviceFiles::Open(channel.syspath, &met)) value = MeasureIn(*files, channel);
-  std::vector<Fault> vanished;
-  if (!IsStillThere(channel.syspath, &vanished)) {
-    value = std::nullopt;
-    met = std::move(vanished);
-  }
-  faults->insert(faults->end(), met.begin(), met.end());
-  return value;
+  const auto measure = [&](DeviceFiles& files) { value = MeasureIn(files, channel); };
+  return ReadDevice(channel.syspath, faults, measure) ? value : std::nullopt;
 }
 
 }  // namespace norvik::qel::linux_machine

@@ -9,8 +9,6 @@
 #include <string_view>
 #include <utility>
 
-#include "device_files.h"
-
 namespace norvik::qel::linux_machine {
 
 namespace {
@@ -57,14 +55,8 @@ constexpr Word<BatteryCapacityLevel> kCapacityLevelWords[] = {
     {"High", BatteryCapacityLevel::HIGH},       {"Full", BatteryCapacityLevel::FULL},
 };
 
-enum class Scope { kMachine, kPeripheral };
-
-// A "System" supply powers the machine, a "Device" supply a peripheral.
-constexpr Word<Scope> kScopeWords[] = {
-    {"System", Scope::kMachine},
-    {"Unknown", Scope::kMachine},
-    {"Device", Scope::kPeripheral},
-};
+// Whether the supply powers the machine. A "Device" supply powers a peripheral.
+constexpr Word<bool> kScopeWords[] = {{"System", true}, {"Unknown", true}, {"Device", false}};
 
 using Kind = PowerSupply::Kind;
 using Weight = PowerSupply::Weight;
@@ -92,7 +84,7 @@ constexpr Word<Kind> kTypeWords[] = {
 // lose the machine's battery would be worse than to count a mouse, which is found to be an
 // accessory beside a battery with energy or charge.
 bool BelongsToMachine(DeviceFiles& files) {
-  return !files.Has("scope") || files.OneOf("scope", kScopeWords) != Scope::kPeripheral;
+  return !files.Has("scope") || files.OneOf("scope", kScopeWords) != false;
 }
 
 std::optional<int32_t> ReadCycleCount(DeviceFiles& files) {
@@ -148,6 +140,7 @@ struct Part {
   std::optional<Content> charge_times_volts = {};
   // Whether it has a gauge. Every battery that powers a machine has one.
   bool is_gauged = false;
+  PowerSupply* supply = nullptr;
 };
 
 // The kernel documents 0 to 100 but does not enforce it for most drivers.
@@ -272,37 +265,19 @@ SupplyReading ReadSupply(DeviceFiles& files) {
 
 void AddCharger(const SupplyReading& charger, Chargers* chargers) {
   if (!charger.supply->online.value_or(false)) return;
-  switch (charger.supply->kind) {
-    case Kind::kAc:
-      chargers->ac_online = true;
-      break;
-    case Kind::kUsb:
-      chargers->usb_online = true;
-      break;
-    case Kind::kWireless:
-      chargers->wireless_online = true;
-      break;
-    case Kind::kDock:
-      chargers->dock_online = true;
-      break;
-    case Kind::kBattery:
-    case Kind::kOther:
-      return;  // not chargers
-  }
+  const Kind kind = charger.supply->kind;
+  chargers->ac_online |= kind == Kind::kAc;
+  chargers->usb_online |= kind == Kind::kUsb;
+  chargers->wireless_online |= kind == Kind::kWireless;
+  chargers->dock_online |= kind == Kind::kDock;
   if (chargers->max_current_microamps) return;
   chargers->max_current_microamps = charger.max_current_microamps;
   chargers->max_voltage_microvolts = charger.max_voltage_microvolts;
 }
 
 std::optional<Content> ContentBy(Weight weight, const Part& part) {
-  switch (weight) {
-    case Weight::kEnergy:
-      return part.energy;
-    case Weight::kCharge:
-      return part.charge_times_volts;
-    default:
-      break;
-  }
+  if (weight == Weight::kEnergy) return part.energy;
+  if (weight == Weight::kCharge) return part.charge_times_volts;
   const std::optional<int32_t> level = part.battery.level_percent;
   if (!level) return std::nullopt;
   return Content{.now = static_cast<double>(*level), .full = 100};
@@ -322,8 +297,7 @@ Weight WeightOf(const std::vector<Part>& parts) {
 }
 
 // The combined level of several batteries, and the share of each.
-std::optional<int32_t> CombineLevels(const std::vector<Part>& parts,
-                                     const std::vector<PowerSupply*>& supplies) {
+std::optional<int32_t> CombineLevels(const std::vector<Part>& parts) {
   const Weight weight = WeightOf(parts);
   Content all;
   for (const Part& part : parts) {
@@ -332,9 +306,9 @@ std::optional<int32_t> CombineLevels(const std::vector<Part>& parts,
     all.full += content.full;
   }
   if (all.full == 0) return std::nullopt;
-  for (size_t i = 0; i < parts.size(); ++i) {
-    supplies[i]->weight = weight;
-    supplies[i]->share = ContentBy(weight, parts[i]).value_or(Content{}).full / all.full;
+  for (const Part& part : parts) {
+    part.supply->weight = weight;
+    part.supply->share = ContentBy(weight, part).value_or(Content{}).full / all.full;
   }
   return PercentOf(all);
 }
@@ -350,14 +324,14 @@ std::optional<BatteryStatus> CombineStatus(const std::vector<Part>& parts) {
   return std::nullopt;
 }
 
-Battery Combine(const std::vector<Part>& parts, const std::vector<PowerSupply*>& supplies) {
+Battery Combine(const std::vector<Part>& parts) {
   Battery all = parts.front().battery;
   if (parts.size() == 1) {
     // The driver's level is as good as a computed one.
-    if (all.level_percent) supplies[0]->share = 1;
+    if (all.level_percent) parts[0].supply->share = 1;
     return all;
   }
-  all.level_percent = CombineLevels(parts, supplies);
+  all.level_percent = CombineLevels(parts);
   all.status = CombineStatus(parts);
   for (const Part& part : parts) {
     all.cycle_count = std::max(all.cycle_count, part.battery.cycle_count);
@@ -394,30 +368,22 @@ PowerReading ReadPowerSupplies(const std::vector<std::string>& syspaths) {
   PowerReading all;
   std::vector<SupplyReading> readings;
   for (const std::string& syspath : syspaths) {
-    std::vector<Fault> faults;
     SupplyReading reading;
-    if (auto files = DeviceFiles::Open(syspath, &faults)) reading = ReadSupply(*files);
-    std::vector<Fault> vanished;
-    if (!IsStillThere(syspath, &vanished)) {
-      // The supply was removed during the reading. Drops its incomplete values and their faults.
-      reading = {};
-      faults = std::move(vanished);
-    }
-    all.faults.insert(all.faults.end(), faults.begin(), faults.end());
+    const auto read = [&](DeviceFiles& files) { reading = ReadSupply(files); };
+    if (!ReadDevice(syspath, &all.faults, read)) continue;
     if (reading.supply) readings.push_back(std::move(reading));
   }
   IgnoreAccessories(&readings, &all.faults);
   all.supplies.reserve(readings.size());  // pointers to elements are kept below
   std::vector<Part> parts;
-  std::vector<PowerSupply*> supplies_of_parts;
   for (SupplyReading& reading : readings) {
     all.supplies.push_back(*reading.supply);
     AddCharger(reading, &all.chargers);
     if (!reading.part) continue;
     parts.push_back(*std::move(reading.part));
-    supplies_of_parts.push_back(&all.supplies.back());
+    parts.back().supply = &all.supplies.back();
   }
-  if (!parts.empty()) all.battery = Combine(parts, supplies_of_parts);
+  if (!parts.empty()) all.battery = Combine(parts);
   return all;
 }
 

@@ -16,7 +16,7 @@
 #include <string>
 #include <vector>
 
-#include "fault.h"
+#include "device_files.h"
 #include "quorvel/linux_machine/health.h"
 
 namespace norvik::qel::linux_machine {

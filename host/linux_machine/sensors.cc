@@ -3,6 +3,7 @@
 
 #include "quorvel/linux_machine/sensors.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <optional>
@@ -13,8 +14,8 @@
 #include "iio_channels.h"
 #include "quorvel/fake/deliveries.h"
 #include "quorvel/fake/thread_annotations.h"
+#include "running_service.h"
 #include "watched_class.h"
-#include "watcher.h"
 
 namespace norvik::qel::linux_machine {
 
@@ -49,41 +50,30 @@ const AllSensors kNoSensors = {{
 SensorSource ToSource(int32_t type, const IioChannel& channel) {
   using Reading = SensorSource::Reading;
   SensorSource source = {.type = type, .name = channel.name, .device = DeviceName(channel.syspath)};
-  switch (channel.kind) {
-    case IioChannel::Kind::kDistance:
-      break;
-    case IioChannel::Kind::kNearness:
-      source.reading = Reading::kNearOrFar;
-      source.maximum = kFarCentimetres;
-      break;
-    case IioChannel::Kind::kPresence:
-      source.reading = Reading::kPresentOrAway;
-      source.maximum = kFarCentimetres;
-      break;
-    case IioChannel::Kind::kAngle:
-    case IioChannel::Kind::kDegrees:
-      source.reading = Reading::kDegrees;
-      source.maximum = 360;
-      break;
-  }
+  const auto set = [&](Reading reading, float maximum) {
+    source.reading = reading;
+    source.maximum = maximum;
+  };
+  using enum IioChannel::Kind;
+  if (channel.kind == kNearness) set(Reading::kNearOrFar, kFarCentimetres);
+  if (channel.kind == kPresence) set(Reading::kPresentOrAway, kFarCentimetres);
+  if (channel.kind == kAngle || channel.kind == kDegrees) set(Reading::kDegrees, 360);
   return source;
 }
 
 }  // namespace
 
 // Locks: reading_lock_ before the lock of SensorService.
-class Sensors::Service : public services::SensorService, public WatchedClass {
+class Sensors::Service : public WatchedClass, public services::SensorService {
  public:
-  Service(std::chrono::milliseconds period, services::ServiceObserver observer,
-          const std::shared_ptr<const Wake>& wake)
-      : SensorService({}, WakingObserver(wake, std::move(observer))),
-        WatchedClass({"iio"}, "IIO devices", wake),
-        period_(period) {}
+  Service(std::chrono::milliseconds period, services::ServiceObserver observer)
+      : WatchedClass({"iio"}, "IIO devices", period),
+        SensorService({}, WakingObserver(std::move(observer))) {}
 
   ndk::ScopedAStatus enableSensor(int64_t queue, int32_t handle, int32_t period_us,
                                   int64_t max_latency_us) override;
 
-  std::optional<std::chrono::milliseconds> period() const override;
+  bool has_listeners() const override;
   void ReadForListeners() override;
   int64_t measurement_count() const { return measurements_; }
   std::vector<SensorSource> sources() const;
@@ -95,7 +85,6 @@ class Sensors::Service : public services::SensorService, public WatchedClass {
       QUORVEL_REQUIRES(reading_lock_);
   void MeasureLocked(Sensor& sensor) QUORVEL_REQUIRES(reading_lock_);
 
-  const std::chrono::milliseconds period_;
   AllSensors sensors_ QUORVEL_GUARDED_BY(reading_lock_) = kNoSensors;
   bool has_looked_ QUORVEL_GUARDED_BY(reading_lock_) = false;
   std::atomic<int64_t> measurements_ = 0;
@@ -113,11 +102,9 @@ ndk::ScopedAStatus Sensors::Service::enableSensor(int64_t queue, int32_t handle,
   return SensorService::enableSensor(queue, handle, period_us, max_latency_us);
 }
 
-std::optional<std::chrono::milliseconds> Sensors::Service::period() const {
-  for (const Sensor& sensor : kNoSensors) {
-    if (listeners(sensor.type) != 0) return period_;
-  }
-  return std::nullopt;
+bool Sensors::Service::has_listeners() const {
+  return std::any_of(kNoSensors.begin(), kNoSensors.end(),
+                     [this](const Sensor& sensor) { return listeners(sensor.type) != 0; });
 }
 
 std::vector<SensorSource> Sensors::Service::sources() const {
@@ -179,7 +166,7 @@ void Sensors::Service::MeasureLocked(Sensor& sensor) {
 }
 
 Sensors::Sensors(services::ServiceObserver observer, SensorSettings settings)
-    : observer_(std::move(observer)), settings_(settings) {}
+    : events_("sensor", std::move(observer)), settings_(settings) {}
 
 Sensors::~Sensors() {
   Stop();
@@ -187,25 +174,17 @@ Sensors::~Sensors() {
 
 void Sensors::Start() {
   Stop();
-  service_ =
-      ndk::SharedRefBase::make<Service>(settings_.period, observer_, std::make_shared<Wake>());
-  watcher_ = std::make_unique<Watcher>(service_, [this](std::string notice) {
-    Tell(ServiceEvent::Kind::kNotice, std::move(notice));
-  });
-  process_ = std::make_unique<fake::ServiceProcess>("sensor");
-  process_->AddService(service_, services::kSensorInstance);
-  Tell(ServiceEvent::Kind::kStarted);
-  watcher_->Run("iio");
+  service_ = ndk::SharedRefBase::make<Service>(settings_.period, events_.observer());
+  running_ =
+      std::make_unique<RunningService>(service_, service_, services::kSensorInstance, events_);
 }
 
 void Sensors::Stop() {
   if (service_ == nullptr) return;
-  watcher_ = nullptr;
-  if (process_ != nullptr) process_->Kill();
-  process_ = nullptr;
+  running_ = nullptr;
   service_ = nullptr;
   static_cast<void>(fake::WaitUntilDelivered());
-  Tell(ServiceEvent::Kind::kDied);
+  events_.Send(ServiceEvent::Kind::kDied);
 }
 
 std::vector<SensorSource> Sensors::sources() const {
@@ -218,12 +197,6 @@ int Sensors::listeners(int32_t type) const {
 
 int64_t Sensors::measurement_count() const {
   return service_ != nullptr ? service_->measurement_count() : 0;
-}
-
-void Sensors::Tell(ServiceEvent::Kind kind, std::string detail) const {
-  if (observer_ != nullptr) {
-    observer_({.kind = kind, .service = "sensor", .detail = std::move(detail)});
-  }
 }
 
 }  // namespace norvik::qel::linux_machine

@@ -10,11 +10,11 @@
 
 #include "quorvel/fake/service_manager.h"
 #include "quorvel/fake/thread_annotations.h"
+#include "running_service.h"
 #include "thermal_devices.h"
 #include "thermal_history.h"
 #include "thermal_types.h"
 #include "watched_class.h"
-#include "watcher.h"
 
 namespace norvik::qel::linux_machine {
 
@@ -23,19 +23,14 @@ using services::ThermalData;
 using services::ThermalOperation;
 
 // Locks: reading_lock_ before the lock of ThermalService.
-class Thermal::Service : public services::ThermalService, public WatchedClass {
+class Thermal::Service : public WatchedClass, public services::ThermalService {
  public:
-  Service(ThermalTypes types, std::chrono::milliseconds period, services::ServiceObserver observer,
-          const std::shared_ptr<const Wake>& wake)
-      : ThermalService({}, WakingObserver(wake, std::move(observer))),
-        WatchedClass({"thermal", "hwmon"}, "temperatures", wake),
-        period_(period),
+  Service(ThermalTypes types, std::chrono::milliseconds period, services::ServiceObserver observer)
+      : WatchedClass({"thermal", "hwmon"}, "temperatures", period),
+        ThermalService({}, WakingObserver(std::move(observer))),
         history_(std::move(types)) {}
 
-  std::optional<std::chrono::milliseconds> period() const override {
-    const bool is_heard = callback_count() + cooling_callback_count() != 0;
-    return is_heard ? std::optional(period_) : std::nullopt;
-  }
+  bool has_listeners() const override { return callback_count() + cooling_callback_count() != 0; }
   int64_t reading_count() const { return readings_; }
   std::vector<TemperatureSource> sources() const {
     std::lock_guard<std::mutex> lock(reading_lock_);
@@ -46,12 +41,8 @@ class Thermal::Service : public services::ThermalService, public WatchedClass {
   ndk::ScopedAStatus Permit(ThermalOperation operation) override;
   void ReadLocked(const std::vector<std::string>& syspaths)
       QUORVEL_REQUIRES(reading_lock_) override;
-  void NoticeLackOfTemperaturesLocked(bool has_temperatures) QUORVEL_REQUIRES(reading_lock_);
 
-  const std::chrono::milliseconds period_;
   ThermalHistory history_ QUORVEL_GUARDED_BY(reading_lock_);
-  // True at first, so that the first reading notices missing temperatures.
-  bool had_temperatures_ QUORVEL_GUARDED_BY(reading_lock_) = true;
   std::atomic<int64_t> readings_ = 0;
 };
 
@@ -66,18 +57,12 @@ void Thermal::Service::ReadLocked(const std::vector<std::string>& syspaths) {
   ++readings_;
   const ThermalReading reading = ReadThermalDevices(syspaths);
   NoticeFaultsLocked(reading.faults);
-  NoticeLackOfTemperaturesLocked(!reading.zones.empty());
+  NoticeLackLocked(!reading.zones.empty(), "this machine has no temperature sensor");
   Report(history_.Continue(reading));
 }
 
-void Thermal::Service::NoticeLackOfTemperaturesLocked(bool has_temperatures) {
-  if (had_temperatures_ && !has_temperatures)
-    AddNoticeLocked("this machine has no temperature sensor");
-  had_temperatures_ = has_temperatures;
-}
-
 Thermal::Thermal(services::ServiceObserver observer, ThermalSettings settings)
-    : observer_(std::move(observer)), settings_(std::move(settings)) {}
+    : events_("thermal", std::move(observer)), settings_(std::move(settings)) {}
 
 Thermal::~Thermal() {
   Stop();
@@ -88,30 +73,23 @@ void Thermal::Start() {
   ThermalTypes types;
   if (!settings_.types_file.empty()) {
     for (std::string& error : types.Load(settings_.types_file)) {
-      Tell(ServiceEvent::Kind::kNotice, std::move(error));
+      events_.Send(ServiceEvent::Kind::kNotice, std::move(error));
     }
   }
-  service_ = ndk::SharedRefBase::make<Service>(std::move(types), settings_.period, observer_,
-                                               std::make_shared<Wake>());
-  watcher_ = std::make_unique<Watcher>(service_, [this](std::string notice) {
-    Tell(ServiceEvent::Kind::kNotice, std::move(notice));
-  });
+  service_ =
+      ndk::SharedRefBase::make<Service>(std::move(types), settings_.period, events_.observer());
   fake::Declare(services::kThermalInstance);
-  process_ = std::make_unique<fake::ServiceProcess>("thermal");
-  process_->AddService(service_, services::kThermalInstance);
-  Tell(ServiceEvent::Kind::kStarted);
-  watcher_->Run("thermal");
+  running_ =
+      std::make_unique<RunningService>(service_, service_, services::kThermalInstance, events_);
 }
 
 void Thermal::Stop() {
   if (service_ == nullptr) return;
-  watcher_ = nullptr;
   // First: a client must not wait for a declared service that never comes.
   fake::Undeclare(services::kThermalInstance);
-  if (process_ != nullptr) process_->Kill();
-  process_ = nullptr;
+  running_ = nullptr;
   service_ = nullptr;
-  Tell(ServiceEvent::Kind::kDied);
+  events_.Send(ServiceEvent::Kind::kDied);
 }
 
 ThermalData Thermal::data() const {
@@ -128,12 +106,6 @@ size_t Thermal::callback_count() const {
 
 int64_t Thermal::reading_count() const {
   return service_ != nullptr ? service_->reading_count() : 0;
-}
-
-void Thermal::Tell(ServiceEvent::Kind kind, std::string detail) const {
-  if (observer_ != nullptr) {
-    observer_({.kind = kind, .service = "thermal", .detail = std::move(detail)});
-  }
 }
 
 }  // namespace norvik::qel::linux_machine

@@ -7,8 +7,6 @@
 #include <string_view>
 #include <utility>
 
-#include "device_files.h"
-
 namespace norvik::qel::linux_machine {
 
 namespace {
@@ -175,16 +173,10 @@ ThermalReading ReadThermalDevices(std::vector<std::string> syspaths) {
     if (add == nullptr) continue;
     const size_t zones = all.zones.size();
     const size_t cooling_devices = all.cooling_devices.size();
-    std::vector<Fault> faults;
-    if (auto files = DeviceFiles::Open(syspath, &faults)) add(syspath, *files, &all);
-    std::vector<Fault> vanished;
-    if (!IsStillThere(syspath, &vanished)) {
-      // The device was removed during the reading. Drops its incomplete values and their faults.
-      all.zones.resize(zones);
-      all.cooling_devices.resize(cooling_devices);
-      faults = std::move(vanished);
-    }
-    all.faults.insert(all.faults.end(), faults.begin(), faults.end());
+    const auto read = [&](DeviceFiles& files) { add(syspath, files, &all); };
+    if (ReadDevice(syspath, &all.faults, read)) continue;
+    all.zones.resize(zones);
+    all.cooling_devices.resize(cooling_devices);
   }
   return all;
 }

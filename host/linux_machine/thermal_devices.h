@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-#include "fault.h"
+#include "device_files.h"
 
 namespace norvik::qel::linux_machine {
 

@@ -3,17 +3,82 @@
 
 #include "thermal_history.h"
 
-#include <algorithm>
-#include <limits>
+#include <aidl/android/hardware/thermal/ThrottlingSeverity.h>
 
-#include "device_files.h"
-#include "throttling.h"
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <limits>
 
 namespace norvik::qel::linux_machine {
 
 namespace {
 
+using aidl::android::hardware::thermal::ThrottlingSeverity;
+
 constexpr float kNone = std::numeric_limits<float>::quiet_NaN();
+
+// The severity of a zone that has crossed a trip point. README.md says why, in "Severities".
+ThrottlingSeverity SeverityOf(const TripPoint& trip, const ThermalZone& zone) {
+  switch (trip.type) {
+    case TripType::kActive:
+      return ThrottlingSeverity::LIGHT;
+    case TripType::kPassive: {
+      const bool is_first =
+          std::none_of(zone.trips.begin(), zone.trips.end(), [&](const TripPoint& other) {
+            return other.type == TripType::kPassive && other.millidegrees < trip.millidegrees;
+          });
+      return is_first ? ThrottlingSeverity::MODERATE : ThrottlingSeverity::SEVERE;
+    }
+    case TripType::kHot:
+      return ThrottlingSeverity::CRITICAL;
+    case TripType::kMax:
+      return ThrottlingSeverity::MODERATE;
+    case TripType::kHwmonCritical:
+      return ThrottlingSeverity::CRITICAL;
+    case TripType::kEmergency:
+      return ThrottlingSeverity::EMERGENCY;
+    case TripType::kCritical:
+      break;
+  }
+  return ThrottlingSeverity::SHUTDOWN;
+}
+
+// Updates `crossed`, the numbers of the trip points that the zone had crossed at its last reading.
+// A trip point is crossed at its temperature. It stays crossed until the zone is below that
+// temperature by more than the hysteresis. Without a temperature, nothing changes.
+void UpdateCrossed(const ThermalZone& zone, std::set<int>* crossed) {
+  std::set<int> now;
+  for (const TripPoint& trip : zone.trips) {
+    const bool was_crossed = crossed->contains(trip.number);
+    const int32_t end = trip.millidegrees - (was_crossed ? trip.hysteresis_millidegrees : 0);
+    if (zone.millidegrees ? *zone.millidegrees >= end : was_crossed) now.insert(trip.number);
+  }
+  *crossed = std::move(now);
+}
+
+// The worst severity of the crossed trip points. NONE for a zone that is disabled.
+ThrottlingSeverity SeverityOf(const ThermalZone& zone, const std::set<int>& crossed) {
+  auto worst = ThrottlingSeverity::NONE;
+  if (!zone.acts) return worst;
+  for (const TripPoint& trip : zone.trips) {
+    if (crossed.contains(trip.number)) worst = std::max(worst, SeverityOf(trip, zone));
+  }
+  return worst;
+}
+
+// The temperature, in degrees, at which each severity starts. NaN if no trip point has the
+// severity.
+std::vector<float> HotThresholds(const ThermalZone& zone) {
+  std::vector<float> thresholds(static_cast<size_t>(ThrottlingSeverity::SHUTDOWN) + 1, kNone);
+  if (!zone.acts) return thresholds;
+  for (const TripPoint& trip : zone.trips) {
+    float& threshold = thresholds.at(static_cast<size_t>(SeverityOf(trip, zone)));
+    // Of a number and a NaN, fmin() returns the number.
+    threshold = std::fmin(threshold, static_cast<float>(trip.millidegrees) / 1000);
+  }
+  return thresholds;
+}
 
 }  // namespace
 

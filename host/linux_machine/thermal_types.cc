@@ -11,8 +11,10 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <initializer_list>
+#include <locale>
 #include <optional>
+#include <sstream>
 #include <string_view>
 #include <system_error>
 
@@ -25,104 +27,62 @@ using aidl::android::hardware::thermal::TemperatureType;
 
 namespace {
 
+// The type of names that match one of the patterns.
 template <typename Type>
-struct Pattern {
-  const char* pattern;
+struct Row {
   Type type;
+  std::initializer_list<const char*> patterns;
 };
 
-// Each group names its source: the document or driver of the kernel that defines the names. Names
-// that do not identify what is measured are left out: "acpitz" may be anywhere on the board, and
-// "nvme" has no type.
-constexpr Pattern<TemperatureType> kZones[] = {
-    // drivers/thermal/intel/x86_pkg_temp_thermal.c
-    {"x86_pkg_temp", TemperatureType::CPU},
-    // Documentation/hwmon/coretemp.rst, k10temp.rst, k8temp.rst, via-cputemp in drivers/hwmon
-    {"coretemp*", TemperatureType::CPU},
-    {"k10temp*", TemperatureType::CPU},
-    {"k8temp*", TemperatureType::CPU},
-    {"via_cputemp*", TemperatureType::CPU},
-    // Documentation/driver-api/thermal/intel_dptf.rst: the participants' ACPI names
-    {"TCPU*", TemperatureType::CPU},
-    {"B0D4", TemperatureType::CPU},
-    {"TSKN*", TemperatureType::SKIN},
-    // Documentation/gpu/amdgpu/thermal.rst, drivers/gpu/drm/radeon, nouveau, i915, xe
-    {"amdgpu:*", TemperatureType::GPU},
-    {"radeon:*", TemperatureType::GPU},
-    {"nouveau:*", TemperatureType::GPU},
-    {"i915:*", TemperatureType::GPU},
-    {"xe:*", TemperatureType::GPU},
-    // drivers/net/wireless/intel/iwlwifi/mvm/tt.c, ath/ath10k/thermal.c (11k, 12k), mediatek/mt76
-    {"iwlwifi*", TemperatureType::WIFI},
-    {"ath1[012]k_hwmon:*", TemperatureType::WIFI},
-    {"mt7[0-9]*_phy*", TemperatureType::WIFI},
-    // drivers/power/supply/power_supply_core.c and power_supply_hwmon.c: the supply's name
-    {"bat", TemperatureType::BATTERY},
-    {"bat[-_0-9]*", TemperatureType::BATTERY},
-    {"battery*", TemperatureType::BATTERY},
-    {"bq27*", TemperatureType::BATTERY},
-    {"max170*_battery*", TemperatureType::BATTERY},
-    {"qcom[-_]battmgr[-_]bat*", TemperatureType::BATTERY},
-    // temp*_label in Documentation/ABI/testing/sysfs-class-hwmon: what the sensor measures
-    {"*:CPU*", TemperatureType::CPU},
-    {"*:GPU*", TemperatureType::GPU},
-    {"*:Battery*", TemperatureType::BATTERY},
-    {"*:Ambient*", TemperatureType::AMBIENT},
-    // Names of zones in arch/arm/boot/dts and arch/arm64/boot/dts, whose form is
-    // Documentation/devicetree/bindings/thermal/thermal-zones.yaml
-    {"cpu*", TemperatureType::CPU},
-    {"gpu*", TemperatureType::GPU},
-    {"npu*", TemperatureType::NPU},
-    {"soc", TemperatureType::SOC},
-    {"soc[-_0-9]*", TemperatureType::SOC},
-    {"skin*", TemperatureType::SKIN},
-    {"modem*", TemperatureType::MODEM},
-    {"mdm*", TemperatureType::MODEM},
-    {"pa[-_]therm*", TemperatureType::POWER_AMPLIFIER},
-    {"camera*", TemperatureType::CAMERA},
-    {"cam[-_]therm*", TemperatureType::CAMERA},
-    {"display*", TemperatureType::DISPLAY},
-    {"lcd*", TemperatureType::DISPLAY},
-    {"usb[-_]port*", TemperatureType::USB_PORT},
-    {"usb[-_]therm*", TemperatureType::USB_PORT},
-    {"usb[-_]conn*", TemperatureType::USB_PORT},
-    {"usbc[-_]*", TemperatureType::USB_PORT},
-    {"wifi*", TemperatureType::WIFI},
-    {"wlan*", TemperatureType::WIFI},
-    {"flashlight*", TemperatureType::FLASHLIGHT},
-    {"speaker*", TemperatureType::SPEAKER},
-    {"spk[-_]*", TemperatureType::SPEAKER},
-    {"ambient*", TemperatureType::AMBIENT},
-    // Names of the thermal interface's types
-    {"tpu*", TemperatureType::TPU},
-    {"pogo*", TemperatureType::POGO},
+// README.md names the documents and drivers of the kernel that define the names. Names that do not
+// identify what is measured are left out: "acpitz" may be anywhere on the board, and "nvme" has no
+// type.
+constexpr Row<TemperatureType> kZones[] = {
+    {TemperatureType::CPU, {"x86_pkg_temp"}},
+    {TemperatureType::CPU, {"coretemp*", "k10temp*", "k8temp*", "via_cputemp*"}},
+    {TemperatureType::CPU, {"TCPU*", "B0D4"}},
+    {TemperatureType::SKIN, {"TSKN*"}},
+    {TemperatureType::GPU, {"amdgpu:*", "radeon:*", "nouveau:*", "i915:*", "xe:*"}},
+    {TemperatureType::WIFI, {"iwlwifi*", "ath1[012]k_hwmon:*", "mt7[0-9]*_phy*"}},
+    {TemperatureType::BATTERY,
+     {"bat", "bat[-_0-9]*", "battery*", "bq27*", "max170*_battery*", "qcom[-_]battmgr[-_]bat*"}},
+    {TemperatureType::CPU, {"*:CPU*"}},
+    {TemperatureType::GPU, {"*:GPU*"}},
+    {TemperatureType::BATTERY, {"*:Battery*"}},
+    {TemperatureType::AMBIENT, {"*:Ambient*"}},
+    {TemperatureType::CPU, {"cpu*"}},
+    {TemperatureType::GPU, {"gpu*"}},
+    {TemperatureType::NPU, {"npu*"}},
+    {TemperatureType::SOC, {"soc", "soc[-_0-9]*"}},
+    {TemperatureType::SKIN, {"skin*"}},
+    {TemperatureType::MODEM, {"modem*", "mdm*"}},
+    {TemperatureType::POWER_AMPLIFIER, {"pa[-_]therm*"}},
+    {TemperatureType::CAMERA, {"camera*", "cam[-_]therm*"}},
+    {TemperatureType::DISPLAY, {"display*", "lcd*"}},
+    {TemperatureType::USB_PORT, {"usb[-_]port*", "usb[-_]therm*", "usb[-_]conn*", "usbc[-_]*"}},
+    {TemperatureType::WIFI, {"wifi*", "wlan*"}},
+    {TemperatureType::FLASHLIGHT, {"flashlight*"}},
+    {TemperatureType::SPEAKER, {"speaker*", "spk[-_]*"}},
+    {TemperatureType::AMBIENT, {"ambient*"}},
+    {TemperatureType::TPU, {"tpu*"}},
+    {TemperatureType::POGO, {"pogo*"}},
 };
 
-constexpr Pattern<CoolingType> kCoolingDevices[] = {
-    {"Processor", CoolingType::CPU},
-    {"intel_powerclamp", CoolingType::CPU},
-    {"TCC Offset", CoolingType::CPU},
-    {"cpu*", CoolingType::CPU},
-    {"thermal-cpu*", CoolingType::CPU},
-    {"thermal-idle-*", CoolingType::CPU},
-    {"idle-cpu*", CoolingType::CPU},
-    {"*fan*", CoolingType::FAN},
-    {"gpu*", CoolingType::GPU},
-    {"LCD", CoolingType::DISPLAY},
-    {"*backlight*", CoolingType::DISPLAY},
-    {"battery*", CoolingType::BATTERY},
-    {"bat[-_0-9]*", CoolingType::BATTERY},
-    {"iwlwifi*", CoolingType::WIFI},
-    {"wifi*", CoolingType::WIFI},
-    {"wlan*", CoolingType::WIFI},
-    {"ath1*", CoolingType::WIFI},
-    {"modem*", CoolingType::MODEM},
-    {"mdm*", CoolingType::MODEM},
-    {"npu*", CoolingType::NPU},
-    {"tpu*", CoolingType::TPU},
-    {"camera*", CoolingType::CAMERA},
-    {"flashlight*", CoolingType::FLASHLIGHT},
-    {"speaker*", CoolingType::SPEAKER},
+constexpr Row<CoolingType> kCoolingDevices[] = {
+    {CoolingType::CPU,
+     {"Processor", "intel_powerclamp", "TCC Offset", "cpu*", "thermal-cpu*", "thermal-idle-*",
+      "idle-cpu*"}},
+    {CoolingType::FAN, {"*fan*"}},
+    {CoolingType::GPU, {"gpu*"}},
+    {CoolingType::DISPLAY, {"LCD", "*backlight*"}},
+    {CoolingType::BATTERY, {"battery*", "bat[-_0-9]*"}},
+    {CoolingType::WIFI, {"iwlwifi*", "wifi*", "wlan*", "ath1*"}},
+    {CoolingType::MODEM, {"modem*", "mdm*"}},
+    {CoolingType::NPU, {"npu*"}},
+    {CoolingType::TPU, {"tpu*"}},
+    {CoolingType::CAMERA, {"camera*"}},
+    {CoolingType::FLASHLIGHT, {"flashlight*"}},
+    {CoolingType::SPEAKER, {"speaker*"}},
 };
 
 // Uses the C locale: in Turkish, the lower case of I is not i.
@@ -139,8 +99,10 @@ Type TypeOf(const std::string& name, const Own& own, const Usual& usual, Type no
   for (const auto& [pattern, type] : own) {
     if (Fits(name, pattern.c_str())) return type;
   }
-  for (const auto& [pattern, type] : usual) {
-    if (Fits(name, pattern)) return type;
+  for (const auto& [type, patterns] : usual) {
+    for (const char* const pattern : patterns) {
+      if (Fits(name, pattern)) return type;
+    }
   }
   return none;
 }
@@ -157,21 +119,6 @@ std::optional<Type> ByName(std::string_view name) {
 bool IsTemperature(TemperatureType type) {
   return type != TemperatureType::BCL_VOLTAGE && type != TemperatureType::BCL_CURRENT &&
          type != TemperatureType::BCL_PERCENTAGE;
-}
-
-constexpr std::string_view kSpaces = " \t\r";
-
-std::string_view Trimmed(std::string_view text) {
-  const size_t first = text.find_first_not_of(kSpaces);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(kSpaces) - first + 1);
-}
-
-// Removes the first word from the text and returns it.
-std::string_view TakeWord(std::string_view* text) {
-  const std::string_view word = text->substr(0, text->find_first_of(kSpaces));
-  *text = Trimmed(text->substr(word.size()));
-  return word;
 }
 
 }  // namespace
@@ -205,10 +152,15 @@ ThermalTypes::CoolingType ThermalTypes::TypeOfCoolingDevice(const std::string& t
 }
 
 std::string ThermalTypes::AddLine(const std::string& line) {
-  std::string_view rest = Trimmed(line);
-  if (rest.empty() || rest.front() == '#') return {};
-  const std::string_view kind = TakeWord(&rest);
-  const std::string_view type = TakeWord(&rest);
+  std::istringstream words(line);
+  words.imbue(std::locale::classic());
+  std::string kind;
+  std::string type;
+  std::string rest;
+  words >> kind >> type >> std::ws;
+  std::getline(words, rest);
+  rest.erase(rest.find_last_not_of(" \t\r") + 1);
+  if (kind.empty() || kind.front() == '#') return {};
   if (kind != "temperature" && kind != "cooling") {
     return "unknown keyword " + Quoted(kind) + ", use \"temperature\" or \"cooling\"";
   }

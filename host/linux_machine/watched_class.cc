@@ -7,48 +7,31 @@
 #include <sys/eventfd.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdint>
-#include <iterator>
 #include <system_error>
-
-#include "device_files.h"
 
 namespace norvik::qel::linux_machine {
 
-Wake::Wake() : fd_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
-  if (fd_ < 0) throw std::system_error(errno, std::system_category(), "eventfd");
+WatchedClass::WatchedClass(std::vector<const char*> subsystems, std::string devices,
+                           std::chrono::milliseconds period)
+    : subsystems_(std::move(subsystems)),
+      devices_(std::move(devices)),
+      period_(period),
+      wake_fd_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+  if (wake_fd_ < 0) throw std::system_error(errno, std::system_category(), "eventfd");
 }
 
-Wake::~Wake() {
-  close(fd_);
+WatchedClass::~WatchedClass() {
+  close(wake_fd_);
 }
 
-void Wake::Ring() const {
-  const uint64_t one = 1;
-  // Fails if the counter is full; the descriptor is then readable already.
-  [[maybe_unused]] const ssize_t result = write(fd_, &one, sizeof(one));
-}
-
-void Wake::Silence() const {
-  uint64_t rings = 0;
-  // Fails if the counter is 0.
-  [[maybe_unused]] const ssize_t result = read(fd_, &rings, sizeof(rings));
-}
-
-services::ServiceObserver WakingObserver(std::shared_ptr<const Wake> wake,
-                                         services::ServiceObserver observer) {
-  return [wake = std::move(wake),
-          observer = std::move(observer)](const services::ServiceEvent& event) {
+services::ServiceObserver WatchedClass::WakingObserver(services::ServiceObserver observer) const {
+  return [this, observer = std::move(observer)](const services::ServiceEvent& event) {
     using Kind = services::ServiceEvent::Kind;
-    if (event.kind == Kind::kRegistered || event.kind == Kind::kUnregistered) wake->Ring();
+    if (event.kind == Kind::kRegistered || event.kind == Kind::kUnregistered) Wake();
     if (observer != nullptr) observer(event);
   };
 }
-
-WatchedClass::WatchedClass(std::vector<const char*> subsystems, std::string devices,
-                           std::shared_ptr<const Wake> wake)
-    : subsystems_(std::move(subsystems)), devices_(std::move(devices)), wake_(std::move(wake)) {}
 
 void WatchedClass::Refresh() {
   std::lock_guard<std::mutex> lock(reading_lock_);
@@ -59,9 +42,13 @@ void WatchedClass::Refresh() {
         {{.device = devices_, .file = "", .what = "cannot be listed: " + ErrorText(error)}});
     return;
   }
-  const std::vector<std::string> syspaths = OnlyAnnouncedLocked(listed);
-  ForgetFaultsOfOthersLocked(syspaths);
-  ReadLocked(syspaths);
+  if (all_are_announced_) announced_ = {listed.begin(), listed.end()};
+  all_are_announced_ = !has_events_;
+  std::erase_if(listed, [this](const std::string& syspath) QUORVEL_REQUIRES(reading_lock_) {
+    return !announced_.contains(syspath);
+  });
+  ForgetFaultsOfOthersLocked(listed);
+  ReadLocked(listed);
 }
 
 void WatchedClass::Note(const std::vector<DeviceChange>& changes) {
@@ -90,13 +77,15 @@ void WatchedClass::NoteEndOfEvents(int error) {
 
 std::vector<std::string> WatchedClass::TakeNotices() {
   std::lock_guard<std::mutex> lock(reading_lock_);
-  wake_->Silence();
+  uint64_t wakes = 0;
+  // Fails if the counter is 0.
+  [[maybe_unused]] const ssize_t result = read(wake_fd_, &wakes, sizeof(wakes));
   return std::exchange(notices_, {});
 }
 
 void WatchedClass::End() {
   ending_ = true;
-  wake_->Ring();
+  Wake();
 }
 
 void WatchedClass::NoticeFaultsLocked(const std::vector<Fault>& faults) {
@@ -107,17 +96,17 @@ void WatchedClass::NoticeFaultsLocked(const std::vector<Fault>& faults) {
 
 void WatchedClass::AddNoticeLocked(std::string notice) {
   notices_.push_back(std::move(notice));
-  wake_->Ring();
+  Wake();
 }
 
-std::vector<std::string> WatchedClass::OnlyAnnouncedLocked(const std::vector<std::string>& listed) {
-  if (all_are_announced_) announced_ = {listed.begin(), listed.end()};
-  all_are_announced_ = !has_events_;
-  std::vector<std::string> there;
-  std::copy_if(listed.begin(), listed.end(), std::back_inserter(there),
-               [this](const std::string& syspath)
-                   QUORVEL_REQUIRES(reading_lock_) { return announced_.contains(syspath); });
-  return there;
+void WatchedClass::NoticeLackLocked(bool has_values, const char* notice) {
+  if (std::exchange(had_values_, has_values) && !has_values) AddNoticeLocked(notice);
+}
+
+void WatchedClass::Wake() const {
+  const uint64_t one = 1;
+  // Fails if the counter is full; the descriptor is then readable already.
+  [[maybe_unused]] const ssize_t result = write(wake_fd_, &one, sizeof(one));
 }
 
 void WatchedClass::ForgetFaultsOfOthersLocked(const std::vector<std::string>& syspaths) {

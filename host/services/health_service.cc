@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <iterator>
 #include <utility>
 
@@ -16,7 +17,6 @@ using aidl::android::hardware::health::BatteryChargingPolicy;
 using aidl::android::hardware::health::BatteryHealthData;
 using aidl::android::hardware::health::BatteryStatus;
 using aidl::android::hardware::health::DiskStats;
-using aidl::android::hardware::health::IHealthInfoCallback;
 using aidl::android::hardware::health::StorageInfo;
 
 namespace {
@@ -35,12 +35,16 @@ std::string_view HealthOperationName(HealthOperation operation) {
 }
 
 HealthService::HealthService(HealthInfo info, ServiceObserver observer)
-    : observer_(std::move(observer)), info_(std::move(info)) {}
+    : events_("health", std::move(observer)), info_(std::move(info)) {}
 
 void HealthService::Report(const HealthInfo& info) {
   std::lock_guard<std::mutex> lock(lock_);
   info_ = info;
-  TellReport(info_);
+  ReportLocked();
+}
+
+void HealthService::ReportLocked() {
+  events_.SendReport(info_);
   SendLocked();
 }
 
@@ -61,8 +65,7 @@ size_t HealthService::callback_count() const {
   return callbacks_.size();
 }
 
-ndk::ScopedAStatus HealthService::registerCallback(
-    const std::shared_ptr<IHealthInfoCallback>& callback) {
+ndk::ScopedAStatus HealthService::registerCallback(const Callback& callback) {
   ndk::ScopedAStatus permitted = Ask(HealthOperation::kRegisterCallback);
   if (!permitted.isOk()) return permitted;
   if (callback == nullptr) {
@@ -76,12 +79,11 @@ ndk::ScopedAStatus HealthService::registerCallback(
     callbacks_.push_back(callback);
     static_cast<void>(callback->healthInfoChanged(info_));  // as in SendLocked()
   }
-  Tell(ServiceEvent::Kind::kRegistered);
+  events_.Send(ServiceEvent::Kind::kRegistered);
   return ndk::ScopedAStatus::ok();
 }
 
-ndk::ScopedAStatus HealthService::unregisterCallback(
-    const std::shared_ptr<IHealthInfoCallback>& callback) {
+ndk::ScopedAStatus HealthService::unregisterCallback(const Callback& callback) {
   ndk::ScopedAStatus permitted = Ask(HealthOperation::kUnregisterCallback);
   if (!permitted.isOk()) return permitted;
   if (callback == nullptr) {
@@ -89,7 +91,7 @@ ndk::ScopedAStatus HealthService::unregisterCallback(
         HealthOperation::kUnregisterCallback,
         ndk::ScopedAStatus::fromExceptionCodeWithMessage(EX_ILLEGAL_ARGUMENT, kNullCallback));
   }
-  std::vector<std::shared_ptr<IHealthInfoCallback>> removed;  // released without the lock
+  std::vector<Callback> removed;  // released without the lock
   {
     std::lock_guard<std::mutex> lock(lock_);
     const ndk::SpAIBinder binder = callback->asBinder();
@@ -101,7 +103,7 @@ ndk::ScopedAStatus HealthService::unregisterCallback(
     callbacks_.erase(first_removed, callbacks_.end());
   }
   if (removed.empty()) return ndk::ScopedAStatus::fromExceptionCode(EX_ILLEGAL_ARGUMENT);
-  Tell(ServiceEvent::Kind::kUnregistered);
+  events_.Send(ServiceEvent::Kind::kUnregistered);
   return ndk::ScopedAStatus::ok();
 }
 
@@ -114,23 +116,21 @@ ndk::ScopedAStatus HealthService::update() {
 }
 
 ndk::ScopedAStatus HealthService::getChargeCounterUah(int32_t* out) {
-  return Answer(HealthOperation::kGetChargeCounterUah, out,
-                [](const HealthInfo& info) { return info.batteryChargeCounterUah; });
+  return Answer(HealthOperation::kGetChargeCounterUah, out, &HealthInfo::batteryChargeCounterUah);
 }
 
 ndk::ScopedAStatus HealthService::getCurrentNowMicroamps(int32_t* out) {
   return Answer(HealthOperation::kGetCurrentNowMicroamps, out,
-                [](const HealthInfo& info) { return info.batteryCurrentMicroamps; });
+                &HealthInfo::batteryCurrentMicroamps);
 }
 
 ndk::ScopedAStatus HealthService::getCurrentAverageMicroamps(int32_t* out) {
   return Answer(HealthOperation::kGetCurrentAverageMicroamps, out,
-                [](const HealthInfo& info) { return info.batteryCurrentAverageMicroamps; });
+                &HealthInfo::batteryCurrentAverageMicroamps);
 }
 
 ndk::ScopedAStatus HealthService::getCapacity(int32_t* out) {
-  return Answer(HealthOperation::kGetCapacity, out,
-                [](const HealthInfo& info) { return info.batteryLevel; });
+  return Answer(HealthOperation::kGetCapacity, out, &HealthInfo::batteryLevel);
 }
 
 ndk::ScopedAStatus HealthService::getEnergyCounterNwh(int64_t* /*out*/) {
@@ -140,18 +140,15 @@ ndk::ScopedAStatus HealthService::getEnergyCounterNwh(int64_t* /*out*/) {
 }
 
 ndk::ScopedAStatus HealthService::getChargeStatus(BatteryStatus* out) {
-  return Answer(HealthOperation::kGetChargeStatus, out,
-                [](const HealthInfo& info) { return info.batteryStatus; });
+  return Answer(HealthOperation::kGetChargeStatus, out, &HealthInfo::batteryStatus);
 }
 
 ndk::ScopedAStatus HealthService::getStorageInfo(std::vector<StorageInfo>* out) {
-  return Answer(HealthOperation::kGetStorageInfo, out,
-                [](const HealthInfo& info) { return info.storageInfos; });
+  return Answer(HealthOperation::kGetStorageInfo, out, &HealthInfo::storageInfos);
 }
 
 ndk::ScopedAStatus HealthService::getDiskStats(std::vector<DiskStats>* out) {
-  return Answer(HealthOperation::kGetDiskStats, out,
-                [](const HealthInfo& info) { return info.diskStats; });
+  return Answer(HealthOperation::kGetDiskStats, out, &HealthInfo::diskStats);
 }
 
 ndk::ScopedAStatus HealthService::getHealthInfo(HealthInfo* out) {
@@ -166,8 +163,7 @@ ndk::ScopedAStatus HealthService::setChargingPolicy(BatteryChargingPolicy policy
 }
 
 ndk::ScopedAStatus HealthService::getChargingPolicy(BatteryChargingPolicy* out) {
-  return Answer(HealthOperation::kGetChargingPolicy, out,
-                [](const HealthInfo& info) { return info.chargingPolicy; });
+  return Answer(HealthOperation::kGetChargingPolicy, out, &HealthInfo::chargingPolicy);
 }
 
 ndk::ScopedAStatus HealthService::getBatteryHealthData(BatteryHealthData* out) {
@@ -193,8 +189,7 @@ ndk::ScopedAStatus HealthService::Permit(HealthOperation /*operation*/) {
 void HealthService::ChangeChargingPolicy(BatteryChargingPolicy policy) {
   std::lock_guard<std::mutex> lock(lock_);
   info_.chargingPolicy = policy;
-  TellReport(info_);
-  SendLocked();
+  ReportLocked();
 }
 
 ndk::ScopedAStatus HealthService::Ask(HealthOperation operation) {
@@ -204,27 +199,15 @@ ndk::ScopedAStatus HealthService::Ask(HealthOperation operation) {
 
 ndk::ScopedAStatus HealthService::Refuse(HealthOperation operation,
                                          ndk::ScopedAStatus status) const {
-  Tell(ServiceEvent::Kind::kRefused,
-       std::string(HealthOperationName(operation)) + ": " + status.getDescription());
+  events_.SendRefusal(HealthOperationName(operation), status.getDescription());
   return status;
 }
 
 template <typename T, typename Read>
 ndk::ScopedAStatus HealthService::Answer(HealthOperation operation, T* out, Read read) {
   ndk::ScopedAStatus permitted = Ask(operation);
-  if (permitted.isOk()) *out = read(info());
+  if (permitted.isOk()) *out = std::invoke(read, info());
   return permitted;
-}
-
-void HealthService::Tell(ServiceEvent::Kind kind, std::string detail) const {
-  if (observer_ != nullptr) {
-    observer_({.kind = kind, .service = "health", .detail = std::move(detail)});
-  }
-}
-
-void HealthService::TellReport(const HealthInfo& info) const {
-  if (observer_ == nullptr) return;
-  observer_({.kind = ServiceEvent::Kind::kReported, .service = "health", .report = info});
 }
 
 }  // namespace norvik::qel::services

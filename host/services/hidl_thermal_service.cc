@@ -11,9 +11,9 @@
 
 namespace norvik::qel::services {
 
-namespace aidl_thermal = aidl::android::hardware::thermal;
 namespace V1_0 = android::hardware::thermal::V1_0;
 namespace V2_0 = android::hardware::thermal::V2_0;
+using android::hardware::Return;
 using android::hardware::Void;
 using V1_0::ThermalStatusCode;
 
@@ -87,94 +87,57 @@ std::string_view HidlThermalOperationName(HidlThermalOperation operation) {
   return kNames.at(static_cast<size_t>(operation));
 }
 
-HidlThermalService::HidlThermalService(ThermalData data, ServiceObserver observer)
-    : observer_(std::move(observer)), data_(std::move(data)) {}
-
-void HidlThermalService::Report(const ThermalData& data) {
-  std::lock_guard<std::mutex> lock(lock_);
-  const ThermalChanges changes = Compare(std::exchange(data_, data), data);
-  for (const services::Report& report : changes.reports) TellReport(report);
-  for (const auto& temperature : changes.severities) SendLocked(temperature);
-}
-
-void HidlThermalService::Notify(const aidl_thermal::Temperature& temperature) {
-  std::lock_guard<std::mutex> lock(lock_);
-  TellReport(temperature);
-  SendLocked(temperature);
-}
-
-void HidlThermalService::SendLocked(const aidl_thermal::Temperature& temperature) {
+void HidlThermalService::Send(const aidl::android::hardware::thermal::Temperature& temperature) {
   const V2_0::Temperature hidl = ToHidl(temperature);
   callbacks_.ForEach(hidl.type, [&](V2_0::IThermalChangedCallback& callback) {
-    // One-way: fails only if the receiver's process has died, which needs no action.
-    static_cast<void>(callback.notifyThrottling(hidl).isOk());
+    static_cast<void>(callback.notifyThrottling(hidl).isOk());  // see ThermalReporter
   });
 }
 
-ThermalData HidlThermalService::data() const {
-  std::lock_guard<std::mutex> lock(lock_);
-  return data_;
-}
-
-size_t HidlThermalService::callback_count() const {
-  std::lock_guard<std::mutex> lock(lock_);
-  return callbacks_.size();
-}
-
-HidlThermalService::Return<void> HidlThermalService::getTemperatures(getTemperatures_cb _hidl_cb) {
+Return<void> HidlThermalService::getTemperatures(getTemperatures_cb _hidl_cb) {
   return Answer(HidlThermalOperation::kGetTemperatures, _hidl_cb, TemperaturesOf1_0);
 }
 
-HidlThermalService::Return<void> HidlThermalService::getCpuUsages(getCpuUsages_cb _hidl_cb) {
+Return<void> HidlThermalService::getCpuUsages(getCpuUsages_cb _hidl_cb) {
   return Answer(HidlThermalOperation::kGetCpuUsages, _hidl_cb,
                 [](const ThermalData&) { return std::vector<V1_0::CpuUsage>(); });
 }
 
-HidlThermalService::Return<void> HidlThermalService::getCoolingDevices(
-    getCoolingDevices_cb _hidl_cb) {
+Return<void> HidlThermalService::getCoolingDevices(getCoolingDevices_cb _hidl_cb) {
   return Answer(HidlThermalOperation::kGetCoolingDevices, _hidl_cb, FansOf1_0);
 }
 
-HidlThermalService::Return<void> HidlThermalService::getCurrentTemperatures(
-    bool filterType, TemperatureType type, getCurrentTemperatures_cb _hidl_cb) {
+Return<void> HidlThermalService::getCurrentTemperatures(bool filterType, TemperatureType type,
+                                                        getCurrentTemperatures_cb _hidl_cb) {
   return Answer(
       HidlThermalOperation::kGetCurrentTemperatures, _hidl_cb,
       [=](const ThermalData& data) { return Select(data.temperatures, filterType, type); });
 }
 
-HidlThermalService::Return<void> HidlThermalService::getTemperatureThresholds(
-    bool filterType, TemperatureType type, getTemperatureThresholds_cb _hidl_cb) {
+Return<void> HidlThermalService::getTemperatureThresholds(bool filterType, TemperatureType type,
+                                                          getTemperatureThresholds_cb _hidl_cb) {
   return Answer(HidlThermalOperation::kGetTemperatureThresholds, _hidl_cb,
                 [=](const ThermalData& data) { return Select(data.thresholds, filterType, type); });
 }
 
-HidlThermalService::Return<void> HidlThermalService::registerThermalChangedCallback(
+Return<void> HidlThermalService::registerThermalChangedCallback(
     const Callback& callback, bool filterType, TemperatureType type,
     registerThermalChangedCallback_cb _hidl_cb) {
   return Perform(HidlThermalOperation::kRegisterThermalChangedCallback,
-                 ServiceEvent::Kind::kRegistered, _hidl_cb, [&]() -> const char* {
-                   if (callback == nullptr) return "the callback is null";
-                   std::lock_guard<std::mutex> lock(lock_);
-                   const bool added =
-                       callbacks_.Add(callback, filterType ? std::optional(type) : std::nullopt);
-                   return added ? nullptr : "the callback is registered already";
+                 ServiceEvent::Kind::kRegistered, _hidl_cb, [&] {
+                   return callbacks_.Add(callback, filterType ? std::optional(type) : std::nullopt);
                  });
 }
 
-HidlThermalService::Return<void> HidlThermalService::unregisterThermalChangedCallback(
+Return<void> HidlThermalService::unregisterThermalChangedCallback(
     const Callback& callback, unregisterThermalChangedCallback_cb _hidl_cb) {
   return Perform(HidlThermalOperation::kUnregisterThermalChangedCallback,
-                 ServiceEvent::Kind::kUnregistered, _hidl_cb, [&]() -> const char* {
-                   if (callback == nullptr) return "the callback is null";
-                   Callback removed;  // released without the lock
-                   std::lock_guard<std::mutex> lock(lock_);
-                   removed = callbacks_.Remove(callback);
-                   return removed != nullptr ? nullptr : "the callback is not registered";
-                 });
+                 ServiceEvent::Kind::kUnregistered, _hidl_cb,
+                 [&] { return callbacks_.Remove(callback); });
 }
 
-HidlThermalService::Return<void> HidlThermalService::getCurrentCoolingDevices(
-    bool filterType, CoolingType type, getCurrentCoolingDevices_cb _hidl_cb) {
+Return<void> HidlThermalService::getCurrentCoolingDevices(bool filterType, CoolingType type,
+                                                          getCurrentCoolingDevices_cb _hidl_cb) {
   return Answer(
       HidlThermalOperation::kGetCurrentCoolingDevices, _hidl_cb,
       [=](const ThermalData& data) { return Select(data.cooling_devices, filterType, type); });
@@ -191,21 +154,16 @@ HidlThermalService::Verdict HidlThermalService::Permit(HidlThermalOperation /*op
 HidlThermalService::Verdict HidlThermalService::Ask(HidlThermalOperation operation) {
   Verdict verdict = Permit(operation);
   if (!verdict.works()) {
-    TellRefusal(operation, verdict.transport.isOk() ? verdict.status.debugMessage.c_str()
-                                                    : verdict.transport.description());
+    events_.SendRefusal(HidlThermalOperationName(operation),
+                        verdict.transport.isOk() ? verdict.status.debugMessage.c_str()
+                                                 : verdict.transport.description());
   }
   return verdict;
 }
 
-void HidlThermalService::TellRefusal(HidlThermalOperation operation,
-                                     const std::string& reason) const {
-  Tell(ServiceEvent::Kind::kRefused,
-       std::string(HidlThermalOperationName(operation)) + ": " + reason);
-}
-
 template <typename Handler, typename Read>
-HidlThermalService::Return<void> HidlThermalService::Answer(HidlThermalOperation operation,
-                                                            const Handler& _hidl_cb, Read read) {
+Return<void> HidlThermalService::Answer(HidlThermalOperation operation, const Handler& _hidl_cb,
+                                        Read read) {
   const Verdict verdict = Ask(operation);
   if (!verdict.transport.isOk()) return verdict.transport;
   _hidl_cb(verdict.status, verdict.works() ? read(data()) : decltype(read(data()))());
@@ -213,36 +171,21 @@ HidlThermalService::Return<void> HidlThermalService::Answer(HidlThermalOperation
 }
 
 template <typename Handler, typename Change>
-HidlThermalService::Return<void> HidlThermalService::Perform(HidlThermalOperation operation,
-                                                             ServiceEvent::Kind kind,
-                                                             const Handler& _hidl_cb,
-                                                             Change change) {
+Return<void> HidlThermalService::Perform(HidlThermalOperation operation, ServiceEvent::Kind kind,
+                                         const Handler& _hidl_cb, Change change) {
   Verdict verdict = Ask(operation);
   if (!verdict.transport.isOk()) return verdict.transport;
   if (verdict.works()) {
     const char* reason = change();
     if (reason == nullptr) {
-      Tell(kind);
+      events_.Send(kind);
     } else {
       verdict = Verdict::Failure(reason);
-      TellRefusal(operation, reason);
+      events_.SendRefusal(HidlThermalOperationName(operation), reason);
     }
   }
   _hidl_cb(verdict.status);
   return Void();
-}
-
-void HidlThermalService::Tell(ServiceEvent::Kind kind, std::string detail) const {
-  if (observer_ != nullptr) {
-    observer_({.kind = kind, .service = "thermal (HIDL)", .detail = std::move(detail)});
-  }
-}
-
-void HidlThermalService::TellReport(services::Report report) const {
-  if (observer_ == nullptr) return;
-  observer_({.kind = ServiceEvent::Kind::kReported,
-             .service = "thermal (HIDL)",
-             .report = std::move(report)});
 }
 
 }  // namespace norvik::qel::services

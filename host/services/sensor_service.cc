@@ -43,7 +43,7 @@ ndk::ScopedAStatus Refuse(const char* why) {
 }  // namespace
 
 SensorService::SensorService(std::vector<SensorDescription> sensors, ServiceObserver observer)
-    : observer_(std::move(observer)),
+    : events_("sensor", std::move(observer)),
       sensors_(std::make_move_iterator(sensors.begin()), std::make_move_iterator(sensors.end())) {}
 
 void SensorService::Add(SensorDescription sensor) {
@@ -57,13 +57,13 @@ void SensorService::Report(const std::vector<SensorReading>& readings) {
   std::vector<ASensorEvent> events;
   std::vector<SensorReport> reports;
   for (const SensorReading& reading : readings) {
-    const SensorDescription* sensor = FindDefaultLocked(reading.type);
+    const SensorDescription* sensor = FindLocked(&SensorDescription::type, reading.type);
     if (sensor == nullptr) continue;
     events.push_back(MakeEvent(*sensor, reading.value));
     latest_[sensor->handle] = events.back();
     AddTo(reports, reading);
   }
-  for (SensorReport& report : reports) TellReport(std::move(report));
+  for (SensorReport& report : reports) events_.SendReport(std::move(report));
   for (const auto& entry : queues_) {
     const Queue& queue = entry.second;
     std::vector<ASensorEvent> wanted;
@@ -75,9 +75,9 @@ void SensorService::Report(const std::vector<SensorReading>& readings) {
 
 void SensorService::Forget(int32_t type) {
   std::lock_guard<std::mutex> lock(lock_);
-  const SensorDescription* sensor = FindDefaultLocked(type);
+  const SensorDescription* sensor = FindLocked(&SensorDescription::type, type);
   if (sensor == nullptr || latest_.erase(sensor->handle) == 0) return;
-  TellReport({.type = type, .values = {}});
+  events_.SendReport(SensorReport{.type = type, .values = {}});
 }
 
 void SensorService::SendUnasked(const std::vector<ASensorEvent>& events) {
@@ -92,7 +92,7 @@ size_t SensorService::queue_count() const {
 
 int SensorService::listeners(int32_t type) const {
   std::lock_guard<std::mutex> lock(lock_);
-  const SensorDescription* sensor = FindDefaultLocked(type);
+  const SensorDescription* sensor = FindLocked(&SensorDescription::type, type);
   if (sensor == nullptr) return 0;
   return static_cast<int>(std::count_if(queues_.begin(), queues_.end(), [&](const auto& entry) {
     return entry.second.enabled.contains(sensor->handle);
@@ -101,7 +101,7 @@ int SensorService::listeners(int32_t type) const {
 
 std::optional<SensorRequest> SensorService::last_request(int32_t type) const {
   std::lock_guard<std::mutex> lock(lock_);
-  const SensorDescription* sensor = FindDefaultLocked(type);
+  const SensorDescription* sensor = FindLocked(&SensorDescription::type, type);
   if (sensor == nullptr) return std::nullopt;
   const auto found = last_requests_.find(sensor->handle);
   if (found == last_requests_.end()) return std::nullopt;
@@ -117,7 +117,7 @@ ndk::ScopedAStatus SensorService::getSensorList(std::vector<SensorDescription>* 
 ndk::ScopedAStatus SensorService::getDefaultSensor(int32_t type,
                                                    std::optional<SensorDescription>* out) {
   std::lock_guard<std::mutex> lock(lock_);
-  const SensorDescription* sensor = FindDefaultLocked(type);
+  const SensorDescription* sensor = FindLocked(&SensorDescription::type, type);
   if (sensor != nullptr) *out = *sensor;
   return ndk::ScopedAStatus::ok();
 }
@@ -139,10 +139,11 @@ ndk::ScopedAStatus SensorService::destroyEventQueue(int64_t queue) {
     if (found == queues_.end()) return Refuse("no such queue");
     gone = std::move(found->second);
     queues_.erase(found);
-    for (const auto& [handle, request] : gone.enabled) disabled.push_back(FindLocked(handle));
+    for (const auto& [handle, request] : gone.enabled)
+      disabled.push_back(FindLocked(&SensorDescription::handle, handle));
   }
   for (const SensorDescription* sensor : disabled) {
-    Tell(ServiceEvent::Kind::kUnregistered, *sensor);
+    events_.Send(ServiceEvent::Kind::kUnregistered, sensor->name);
   }
   return ndk::ScopedAStatus::ok();
 }
@@ -153,7 +154,7 @@ ndk::ScopedAStatus SensorService::enableSensor(int64_t queue, int32_t handle, in
   bool newly = false;
   {
     std::lock_guard<std::mutex> lock(lock_);
-    sensor = FindLocked(handle);
+    sensor = FindLocked(&SensorDescription::handle, handle);
     if (sensor == nullptr) return Refuse("no such sensor");
     const auto found = queues_.find(queue);
     if (found == queues_.end()) return Refuse("no such queue");
@@ -165,7 +166,7 @@ ndk::ScopedAStatus SensorService::enableSensor(int64_t queue, int32_t handle, in
       static_cast<void>(found->second.events->onEvents({latest->second}));
     }
   }
-  if (newly) Tell(ServiceEvent::Kind::kRegistered, *sensor);
+  if (newly) events_.Send(ServiceEvent::Kind::kRegistered, sensor->name);
   return ndk::ScopedAStatus::ok();
 }
 
@@ -177,32 +178,17 @@ ndk::ScopedAStatus SensorService::disableSensor(int64_t queue, int32_t handle) {
     if (found == queues_.end() || found->second.enabled.erase(handle) == 0) {
       return Refuse("the sensor is not enabled on this queue");
     }
-    sensor = FindLocked(handle);
+    sensor = FindLocked(&SensorDescription::handle, handle);
   }
-  Tell(ServiceEvent::Kind::kUnregistered, *sensor);
+  events_.Send(ServiceEvent::Kind::kUnregistered, sensor->name);
   return ndk::ScopedAStatus::ok();
 }
 
-const SensorDescription* SensorService::FindLocked(int32_t handle) const {
+const SensorDescription* SensorService::FindLocked(int32_t SensorDescription::*key,
+                                                   int32_t value) const {
   const auto found = std::find_if(sensors_.begin(), sensors_.end(),
-                                  [=](const auto& sensor) { return sensor.handle == handle; });
+                                  [=](const auto& sensor) { return sensor.*key == value; });
   return found != sensors_.end() ? &*found : nullptr;
-}
-
-const SensorDescription* SensorService::FindDefaultLocked(int32_t type) const {
-  const auto found = std::find_if(sensors_.begin(), sensors_.end(),
-                                  [=](const auto& sensor) { return sensor.type == type; });
-  return found != sensors_.end() ? &*found : nullptr;
-}
-
-void SensorService::Tell(ServiceEvent::Kind kind, const SensorDescription& sensor) const {
-  if (observer_) observer_({.kind = kind, .service = "sensor", .detail = sensor.name});
-}
-
-void SensorService::TellReport(SensorReport report) const {
-  if (!observer_) return;
-  observer_(
-      {.kind = ServiceEvent::Kind::kReported, .service = "sensor", .report = std::move(report)});
 }
 
 }  // namespace norvik::qel::services

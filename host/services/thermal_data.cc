@@ -66,6 +66,25 @@ ThermalChanges Compare(const ThermalData& before, const ThermalData& now) {
   return changes;
 }
 
+void ThermalReporter::Report(const ThermalData& data) {
+  std::lock_guard<std::mutex> lock(lock_);
+  const ThermalChanges changes = Compare(std::exchange(data_, data), data);
+  for (const services::Report& report : changes.reports) events_.SendReport(report);
+  for (const Temperature& temperature : changes.severities) Send(temperature);
+  for (const CoolingDevice& device : changes.cooling_devices) Send(device);
+}
+
+void ThermalReporter::Notify(const Temperature& temperature) {
+  std::lock_guard<std::mutex> lock(lock_);
+  events_.SendReport(temperature);
+  Send(temperature);
+}
+
+ThermalData ThermalReporter::data() const {
+  std::lock_guard<std::mutex> lock(lock_);
+  return data_;
+}
+
 V2_0::TemperatureType ToHidl(TemperatureType type) {
   const bool known = type >= TemperatureType::CPU && type <= TemperatureType::NPU;
   return known ? static_cast<V2_0::TemperatureType>(type) : V2_0::TemperatureType::UNKNOWN;

@@ -41,47 +41,17 @@ std::string_view ThermalOperationName(ThermalOperation operation) {
   return kNames.at(static_cast<size_t>(operation));
 }
 
-ThermalService::ThermalService(ThermalData data, ServiceObserver observer)
-    : observer_(std::move(observer)), data_(std::move(data)) {}
-
-void ThermalService::Report(const ThermalData& data) {
-  std::lock_guard<std::mutex> lock(lock_);
-  const ThermalChanges changes = Compare(std::exchange(data_, data), data);
-  for (const services::Report& report : changes.reports) TellReport(report);
-  for (const auto& temperature : changes.severities) SendLocked(temperature);
-  for (const CoolingDevice& device : changes.cooling_devices) {
-    cooling_callbacks_.ForEach(device.type, [&](auto& callback) {
-      static_cast<void>(callback.notifyCoolingDeviceChanged(device));  // as in SendLocked()
-    });
-  }
-}
-
-void ThermalService::Notify(const Temperature& temperature) {
-  std::lock_guard<std::mutex> lock(lock_);
-  TellReport(temperature);
-  SendLocked(temperature);
-}
-
-void ThermalService::SendLocked(const Temperature& temperature) {
+// The results: see ThermalReporter.
+void ThermalService::Send(const Temperature& temperature) {
   callbacks_.ForEach(temperature.type, [&](auto& callback) {
-    // One-way: fails only if the receiver's process has died, which needs no action.
     static_cast<void>(callback.notifyThrottling(temperature));
   });
 }
 
-ThermalData ThermalService::data() const {
-  std::lock_guard<std::mutex> lock(lock_);
-  return data_;
-}
-
-size_t ThermalService::callback_count() const {
-  std::lock_guard<std::mutex> lock(lock_);
-  return callbacks_.size();
-}
-
-size_t ThermalService::cooling_callback_count() const {
-  std::lock_guard<std::mutex> lock(lock_);
-  return cooling_callbacks_.size();
+void ThermalService::Send(const CoolingDevice& device) {
+  cooling_callbacks_.ForEach(device.type, [&](auto& callback) {
+    static_cast<void>(callback.notifyCoolingDeviceChanged(device));
+  });
 }
 
 ndk::ScopedAStatus ThermalService::getCoolingDevices(std::vector<CoolingDevice>* out) {
@@ -116,31 +86,33 @@ ndk::ScopedAStatus ThermalService::getTemperatureThresholdsWithType(
 }
 
 ndk::ScopedAStatus ThermalService::registerThermalChangedCallback(const Callback& callback) {
-  return Register(ThermalOperation::kRegisterThermalChangedCallback, &ThermalService::callbacks_,
-                  callback, std::optional<TemperatureType>());
+  return Perform(ThermalOperation::kRegisterThermalChangedCallback, ServiceEvent::Kind::kRegistered,
+                 [&] { return callbacks_.Add(callback, std::nullopt); });
 }
 
 ndk::ScopedAStatus ThermalService::registerThermalChangedCallbackWithType(const Callback& callback,
                                                                           TemperatureType type) {
-  return Register(ThermalOperation::kRegisterThermalChangedCallbackWithType,
-                  &ThermalService::callbacks_, callback, std::optional(type));
+  return Perform(ThermalOperation::kRegisterThermalChangedCallbackWithType,
+                 ServiceEvent::Kind::kRegistered, [&] { return callbacks_.Add(callback, type); });
 }
 
 ndk::ScopedAStatus ThermalService::unregisterThermalChangedCallback(const Callback& callback) {
-  return Unregister(ThermalOperation::kUnregisterThermalChangedCallback,
-                    &ThermalService::callbacks_, callback);
+  return Perform(ThermalOperation::kUnregisterThermalChangedCallback,
+                 ServiceEvent::Kind::kUnregistered, [&] { return callbacks_.Remove(callback); });
 }
 
 ndk::ScopedAStatus ThermalService::registerCoolingDeviceChangedCallbackWithType(
     const CoolingCallback& callback, CoolingType type) {
-  return Register(ThermalOperation::kRegisterCoolingDeviceChangedCallbackWithType,
-                  &ThermalService::cooling_callbacks_, callback, std::optional(type));
+  return Perform(ThermalOperation::kRegisterCoolingDeviceChangedCallbackWithType,
+                 ServiceEvent::Kind::kRegistered,
+                 [&] { return cooling_callbacks_.Add(callback, type); });
 }
 
 ndk::ScopedAStatus ThermalService::unregisterCoolingDeviceChangedCallback(
     const CoolingCallback& callback) {
-  return Unregister(ThermalOperation::kUnregisterCoolingDeviceChangedCallback,
-                    &ThermalService::cooling_callbacks_, callback);
+  return Perform(ThermalOperation::kUnregisterCoolingDeviceChangedCallback,
+                 ServiceEvent::Kind::kUnregistered,
+                 [&] { return cooling_callbacks_.Remove(callback); });
 }
 
 binder_status_t ThermalService::dump(int fd, const char** /*args*/, uint32_t /*numArgs*/) {
@@ -162,8 +134,7 @@ ndk::ScopedAStatus ThermalService::Permit(ThermalOperation /*operation*/) {
 ndk::ScopedAStatus ThermalService::Ask(ThermalOperation operation) {
   ndk::ScopedAStatus permitted = Permit(operation);
   if (!permitted.isOk()) {
-    Tell(ServiceEvent::Kind::kRefused,
-         std::string(ThermalOperationName(operation)) + ": " + permitted.getDescription());
+    events_.SendRefusal(ThermalOperationName(operation), permitted.getDescription());
   }
   return permitted;
 }
@@ -181,53 +152,17 @@ ndk::ScopedAStatus ThermalService::Answer(ThermalOperation operation,
   return permitted;
 }
 
-template <typename List, typename Pointer, typename Type>
-ndk::ScopedAStatus ThermalService::Register(ThermalOperation operation, List ThermalService::*list,
-                                            const Pointer& callback, Type type) {
+template <typename Change>
+ndk::ScopedAStatus ThermalService::Perform(ThermalOperation operation, ServiceEvent::Kind kind,
+                                           Change change) {
   ndk::ScopedAStatus permitted = Ask(operation);
   if (!permitted.isOk()) return permitted;
-  if (callback == nullptr) return Refuse(operation, "the callback is null");
-  bool added;
-  {
-    std::lock_guard<std::mutex> lock(lock_);
-    added = (this->*list).Add(callback, type);
+  if (const char* const reason = change()) {
+    events_.SendRefusal(ThermalOperationName(operation), reason);
+    return ndk::ScopedAStatus::fromExceptionCodeWithMessage(EX_ILLEGAL_ARGUMENT, reason);
   }
-  if (!added) return Refuse(operation, "the callback is registered already");
-  Tell(ServiceEvent::Kind::kRegistered);
+  events_.Send(kind);
   return permitted;
-}
-
-template <typename List, typename Pointer>
-ndk::ScopedAStatus ThermalService::Unregister(ThermalOperation operation,
-                                              List ThermalService::*list, const Pointer& callback) {
-  ndk::ScopedAStatus permitted = Ask(operation);
-  if (!permitted.isOk()) return permitted;
-  if (callback == nullptr) return Refuse(operation, "the callback is null");
-  Pointer removed;  // released without the lock
-  {
-    std::lock_guard<std::mutex> lock(lock_);
-    removed = (this->*list).Remove(callback);
-  }
-  if (removed == nullptr) return Refuse(operation, "the callback is not registered");
-  Tell(ServiceEvent::Kind::kUnregistered);
-  return permitted;
-}
-
-ndk::ScopedAStatus ThermalService::Refuse(ThermalOperation operation, const char* reason) const {
-  Tell(ServiceEvent::Kind::kRefused, std::string(ThermalOperationName(operation)) + ": " + reason);
-  return ndk::ScopedAStatus::fromExceptionCodeWithMessage(EX_ILLEGAL_ARGUMENT, reason);
-}
-
-void ThermalService::Tell(ServiceEvent::Kind kind, std::string detail) const {
-  if (observer_ != nullptr) {
-    observer_({.kind = kind, .service = "thermal", .detail = std::move(detail)});
-  }
-}
-
-void ThermalService::TellReport(services::Report report) const {
-  if (observer_ == nullptr) return;
-  observer_(
-      {.kind = ServiceEvent::Kind::kReported, .service = "thermal", .report = std::move(report)});
 }
 
 }  // namespace norvik::qel::services

@@ -3,31 +3,37 @@
 
 #include "quorvel/simulated/health.h"
 
-#include <atomic>
+#include <mutex>
 #include <utility>
 
 #include "quorvel/fake/service_manager.h"
+#include "quorvel/fake/thread_annotations.h"
+#include "scripted_service.h"
 
 namespace norvik::qel::simulated {
 
 using services::HealthOperation;
 using services::ServiceEvent;
 
-// Every call follows the phone's script first, then does its normal work.
-class Health::Service : public services::HealthService {
+// Shared with the service, whose threads may still be inside a call when Health is destroyed.
+struct Health::Phone {
+  fake::Scripts<HealthOperation> scripts;
+  std::mutex lock;  // also held while the state is reported, to keep reports in order
+  HealthInfo info QUORVEL_GUARDED_BY(lock);
+  Running<std::shared_ptr<Service>> running QUORVEL_GUARDED_BY(lock);
+};
+
+class Health::Service : public services::HealthService, public ScriptedService<HealthOperation> {
  public:
   // The caller holds the phone's lock.
-  Service(std::shared_ptr<Phone> phone, services::ServiceObserver observer)
-      : HealthService(phone->info, std::move(observer)), phone_(std::move(phone)) {}
-
-  // Called before the process is killed. From now on this service takes no outcomes from the
-  // scripts: they are for its successor.
-  void End() { ended_ = true; }
+  Service(const std::shared_ptr<Phone>& phone, services::ServiceObserver observer)
+      : HealthService(phone->info, std::move(observer)),
+        ScriptedService(phone->scripts),
+        phone_(phone) {}
 
  private:
   ndk::ScopedAStatus Permit(HealthOperation operation) override {
-    const fake::Outcome outcome = phone_->scripts.on(operation).Next(&ended_);
-    return outcome.works() ? ndk::ScopedAStatus::ok() : outcome.ToStatus();
+    return Next(operation).ToStatus();
   }
 
   void ChangeChargingPolicy(
@@ -38,10 +44,10 @@ class Health::Service : public services::HealthService {
   }
 
   const std::shared_ptr<Phone> phone_;
-  std::atomic<bool> ended_{false};
 };
 
-Health::Health(services::ServiceObserver observer) : observer_(std::move(observer)) {
+Health::Health(services::ServiceObserver observer)
+    : events_("health", std::move(observer)), phone_(std::make_shared<Phone>()) {
   using aidl::android::hardware::health::BatteryHealth;
   using aidl::android::hardware::health::BatteryStatus;
   HealthInfo& info = phone_->info;
@@ -71,49 +77,28 @@ void Health::Start() {
   Kill();
   {
     std::lock_guard<std::mutex> lock(phone_->lock);
-    process_ = std::make_unique<fake::ServiceProcess>("health");
-    service_ = ndk::SharedRefBase::make<Service>(phone_, observer_);
-    service_->Report(phone_->info);  // for the observer: no callback is registered yet
-    process_->AddService(service_, services::kHealthInstance);
+    auto service = ndk::SharedRefBase::make<Service>(phone_, events_.observer());
+    service->Report(phone_->info);  // for the observer: no callback is registered yet
+    auto process = std::make_unique<fake::ServiceProcess>("health");
+    process->AddService(service, services::kHealthInstance);
+    phone_->running = {std::move(process), std::move(service)};
   }
-  if (observer_) observer_({.kind = ServiceEvent::Kind::kStarted, .service = "health"});
+  events_.Send(ServiceEvent::Kind::kStarted);
 }
 
 void Health::Kill() {
-  std::unique_ptr<fake::ServiceProcess> process;
-  std::shared_ptr<Service> service;
+  Running<std::shared_ptr<Service>> running;
   {
     std::lock_guard<std::mutex> lock(phone_->lock);
-    process.swap(process_);
-    service.swap(service_);
+    std::swap(running, phone_->running);
   }
-  if (process == nullptr) return;
-  service->End();
-  process->Kill();
-  phone_->scripts.OpenGates();
-  if (observer_) observer_({.kind = ServiceEvent::Kind::kDied, .service = "health"});
+  if (simulated::Kill(running, phone_->scripts)) events_.Send(ServiceEvent::Kind::kDied);
 }
 
 void Health::Change(const std::function<void(HealthInfo&)>& change) {
   std::lock_guard<std::mutex> lock(phone_->lock);
   change(phone_->info);
-  if (service_ != nullptr) service_->Report(phone_->info);
-}
-
-void Health::SetLevel(int percent) {
-  Change([=](HealthInfo& info) { info.batteryLevel = percent; });
-}
-
-void Health::SetCycleCount(int cycles) {
-  Change([=](HealthInfo& info) { info.batteryCycleCount = cycles; });
-}
-
-void Health::SetWirelessOnline(bool online) {
-  Change([=](HealthInfo& info) { info.chargerWirelessOnline = online; });
-}
-
-void Health::SetDockOnline(bool online) {
-  Change([=](HealthInfo& info) { info.chargerDockOnline = online; });
+  if (phone_->running.service != nullptr) phone_->running.service->Report(phone_->info);
 }
 
 Health::HealthInfo Health::info() const {
@@ -123,7 +108,12 @@ Health::HealthInfo Health::info() const {
 
 size_t Health::callback_count() const {
   std::lock_guard<std::mutex> lock(phone_->lock);
-  return service_ != nullptr ? service_->callback_count() : 0;
+  const auto& service = phone_->running.service;
+  return service != nullptr ? service->callback_count() : 0;
+}
+
+fake::Script& Health::on(HealthOperation operation) {
+  return phone_->scripts.on(operation);
 }
 
 }  // namespace norvik::qel::simulated

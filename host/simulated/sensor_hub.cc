@@ -13,7 +13,7 @@ using services::SensorReading;
 using services::SensorService;
 using services::ServiceEvent;
 
-SensorHub::SensorHub(services::ServiceObserver observer) : observer_(std::move(observer)) {
+SensorHub::SensorHub(services::ServiceObserver observer) : events_("sensor", std::move(observer)) {
   fake::DropWake();
 }
 
@@ -37,14 +37,14 @@ void SensorHub::Start() {
   {
     std::lock_guard<std::mutex> lock(lock_);
     if (service_ != nullptr) return;
-    service_ = ndk::SharedRefBase::make<SensorService>(sensors_, observer_);
+    service_ = ndk::SharedRefBase::make<SensorService>(sensors_, events_.observer());
     std::vector<SensorReading> readings;
     for (const auto& [type, value] : latest_) readings.push_back({.type = type, .value = value});
     service_->Report(readings);
     process_ = std::make_unique<fake::ServiceProcess>("sensor");
     process_->AddService(service_, services::kSensorInstance);
   }
-  if (observer_) observer_({.kind = ServiceEvent::Kind::kStarted, .service = "sensor"});
+  events_.Send(ServiceEvent::Kind::kStarted);
 }
 
 void SensorHub::Report(const std::vector<SensorReading>& readings) {
@@ -57,25 +57,6 @@ void SensorHub::Forget(int32_t type) {
   std::lock_guard<std::mutex> lock(lock_);
   latest_.erase(type);
   if (service_ != nullptr) service_->Forget(type);
-}
-
-void SensorHub::SendUnasked(const std::vector<ASensorEvent>& events) {
-  if (const auto running = service()) running->SendUnasked(events);
-}
-
-size_t SensorHub::queue_count() const {
-  const auto running = service();
-  return running != nullptr ? running->queue_count() : 0;
-}
-
-int SensorHub::listeners(int32_t type) const {
-  const auto running = service();
-  return running != nullptr ? running->listeners(type) : 0;
-}
-
-std::optional<services::SensorRequest> SensorHub::last_request(int32_t type) const {
-  const auto running = service();
-  return running != nullptr ? running->last_request(type) : std::nullopt;
 }
 
 std::shared_ptr<SensorService> SensorHub::service() const {

@@ -4,7 +4,6 @@
 #include "quorvel/simulated/thermal.h"
 
 #include <algorithm>
-#include <atomic>
 #include <limits>
 #include <mutex>
 #include <stdexcept>
@@ -12,10 +11,9 @@
 #include <utility>
 #include <vector>
 
-#include "quorvel/fake/hidl_service_manager.h"
 #include "quorvel/fake/service_manager.h"
-#include "quorvel/fake/service_process.h"
 #include "quorvel/fake/thread_annotations.h"
+#include "scripted_service.h"
 
 namespace norvik::qel::simulated {
 
@@ -58,45 +56,40 @@ struct Thermal::Phone {
   // Also held while the state is reported, to keep reports in order.
   std::mutex lock;
   ThermalData data QUORVEL_GUARDED_BY(lock);
-  std::unique_ptr<fake::ServiceProcess> aidl_process QUORVEL_GUARDED_BY(lock);
-  std::shared_ptr<AidlService> aidl QUORVEL_GUARDED_BY(lock);
-  std::unique_ptr<fake::ServiceProcess> hidl_process QUORVEL_GUARDED_BY(lock);
-  android::sp<HidlService> hidl QUORVEL_GUARDED_BY(lock);
+  Running<std::shared_ptr<AidlService>> aidl QUORVEL_GUARDED_BY(lock);
+  Running<android::sp<HidlService>> hidl QUORVEL_GUARDED_BY(lock);
 };
 
-// Every call follows the phone's script first, then does its normal work.
-class Thermal::AidlService : public services::ThermalService {
+class Thermal::AidlService : public services::ThermalService,
+                             public ScriptedService<ThermalOperation> {
  public:
   // The caller holds the phone's lock. If the HIDL service runs, it has already reported the
   // current data to the observer: starting from that data prevents a second report.
   AidlService(const std::shared_ptr<Phone>& phone, services::ServiceObserver observer)
-      : ThermalService(phone->hidl != nullptr ? phone->data : ThermalData(), std::move(observer)),
+      : ThermalService(phone->hidl.service != nullptr ? phone->data : ThermalData(),
+                       std::move(observer)),
+        ScriptedService(phone->aidl_scripts),
         phone_(phone) {
     Report(phone_->data);
   }
 
-  // Called before the process is killed. From now on this service takes no outcomes from the
-  // scripts: they are for its successor.
-  void End() { ended_ = true; }
-
  private:
   ndk::ScopedAStatus Permit(ThermalOperation operation) override {
-    const auto outcome = phone_->aidl_scripts.on(operation).Next(&ended_);
-    return outcome.works() ? ndk::ScopedAStatus::ok() : outcome.ToStatus();
+    return Next(operation).ToStatus();
   }
 
   const std::shared_ptr<Phone> phone_;
-  std::atomic<bool> ended_{false};
 };
 
-class Thermal::HidlService : public services::HidlThermalService {
+class Thermal::HidlService : public services::HidlThermalService,
+                             public ScriptedService<HidlThermalOperation> {
  public:
   HidlService(const std::shared_ptr<Phone>& phone, const services::ServiceObserver& observer)
-      : HidlThermalService({}, WhileAlone(*phone, observer)), phone_(phone) {
+      : HidlThermalService({}, WhileAlone(*phone, observer)),
+        ScriptedService(phone->hidl_scripts),
+        phone_(phone) {
     Report(phone_->data);
   }
-
-  void End() { ended_ = true; }
 
  private:
   // While both services run, only the AIDL service reports to the observer. Reading phone.aidl is
@@ -107,24 +100,25 @@ class Thermal::HidlService : public services::HidlThermalService {
     return [&phone, observer](const ServiceEvent& event) {
       if (event.kind == ServiceEvent::Kind::kReported) {
         fake::AssertHeld(phone.lock);
-        if (phone.aidl != nullptr) return;
+        if (phone.aidl.service != nullptr) return;
       }
       observer(event);
     };
   }
 
   Verdict Permit(HidlThermalOperation operation) override {
-    const auto outcome = phone_->hidl_scripts.on(operation).Next(&ended_);
+    const fake::Outcome outcome = Next(operation);
     if (outcome.status != STATUS_OK) return {.transport = Status::fromStatusT(outcome.status)};
     return outcome.works() ? Verdict{} : Verdict::Failure(outcome.message);
   }
 
   const std::shared_ptr<Phone> phone_;
-  std::atomic<bool> ended_{false};
 };
 
 Thermal::Thermal(services::ServiceObserver observer)
-    : observer_(std::move(observer)), phone_(std::make_shared<Phone>()) {
+    : aidl_events_("thermal", observer),
+      hidl_events_("thermal (HIDL)", std::move(observer)),
+      phone_(std::make_shared<Phone>()) {
   ThermalData& data = phone_->data;
   AddSensor(data, TemperatureType::CPU, "cpu", 40, 95);
   AddSensor(data, TemperatureType::SKIN, "skin", 30, 45);
@@ -150,85 +144,54 @@ Thermal::~Thermal() {
 }
 
 void Thermal::Declare(ThermalPath path) {
-  if (path == ThermalPath::kAidl) {
-    fake::Declare(services::kThermalInstance);
-  } else {
-    fake::DeclareHidl(services::kHidlThermalInstance);
-  }
+  return path == ThermalPath::kAidl ? fake::Declare(services::kThermalInstance)
+                                    : fake::DeclareHidl(services::kHidlThermalInstance);
 }
 
 void Thermal::Undeclare(ThermalPath path) {
-  if (path == ThermalPath::kAidl) {
-    fake::Undeclare(services::kThermalInstance);
-  } else {
-    fake::UndeclareHidl(services::kHidlThermalInstance);
-  }
+  return path == ThermalPath::kAidl ? fake::Undeclare(services::kThermalInstance)
+                                    : fake::UndeclareHidl(services::kHidlThermalInstance);
 }
 
 void Thermal::Start(ThermalPath path) {
   Kill(path);
-  if (path == ThermalPath::kAidl) {
-    StartAidl();
-  } else {
-    StartHidl();
+  {
+    std::lock_guard<std::mutex> lock(phone_->lock);
+    auto process = std::make_unique<fake::ServiceProcess>("thermal");
+    if (path == ThermalPath::kAidl) {
+      auto service = ndk::SharedRefBase::make<AidlService>(phone_, aidl_events_.observer());
+      process->AddService(service, services::kThermalInstance);
+      phone_->aidl = {std::move(process), std::move(service)};
+    } else {
+      auto service = android::sp<HidlService>::make(phone_, aidl_events_.observer());
+      process->AddHidlService(service);
+      phone_->hidl = {std::move(process), std::move(service)};
+    }
   }
-  Tell(ServiceEvent::Kind::kStarted, path);
-}
-
-void Thermal::StartAidl() {
-  std::lock_guard<std::mutex> lock(phone_->lock);
-  phone_->aidl_process = std::make_unique<fake::ServiceProcess>("thermal");
-  phone_->aidl = ndk::SharedRefBase::make<AidlService>(phone_, observer_);
-  phone_->aidl_process->AddService(phone_->aidl, services::kThermalInstance);
-}
-
-void Thermal::StartHidl() {
-  std::lock_guard<std::mutex> lock(phone_->lock);
-  phone_->hidl_process = std::make_unique<fake::ServiceProcess>("thermal");
-  phone_->hidl = android::sp<HidlService>::make(phone_, observer_);
-  phone_->hidl_process->AddHidlService(phone_->hidl);
+  events(path).Send(ServiceEvent::Kind::kStarted);
 }
 
 void Thermal::Kill(ThermalPath path) {
-  const bool ran = path == ThermalPath::kAidl ? KillAidl() : KillHidl();
-  if (ran) Tell(ServiceEvent::Kind::kDied, path);
-}
-
-bool Thermal::KillAidl() {
-  std::unique_ptr<fake::ServiceProcess> process;
-  std::shared_ptr<AidlService> service;
+  Running<std::shared_ptr<AidlService>> aidl;
+  Running<android::sp<HidlService>> hidl;
   {
     std::lock_guard<std::mutex> lock(phone_->lock);
-    process.swap(phone_->aidl_process);
-    service.swap(phone_->aidl);
+    if (path == ThermalPath::kAidl) {
+      std::swap(aidl, phone_->aidl);
+    } else {
+      std::swap(hidl, phone_->hidl);
+    }
   }
-  if (process == nullptr) return false;
-  service->End();
-  process->Kill();
-  phone_->aidl_scripts.OpenGates();
-  return true;
-}
-
-bool Thermal::KillHidl() {
-  std::unique_ptr<fake::ServiceProcess> process;
-  android::sp<HidlService> service;
-  {
-    std::lock_guard<std::mutex> lock(phone_->lock);
-    process.swap(phone_->hidl_process);
-    service = std::move(phone_->hidl);
+  if (simulated::Kill(aidl, phone_->aidl_scripts) || simulated::Kill(hidl, phone_->hidl_scripts)) {
+    events(path).Send(ServiceEvent::Kind::kDied);
   }
-  if (process == nullptr) return false;
-  service->End();
-  process->Kill();
-  phone_->hidl_scripts.OpenGates();
-  return true;
 }
 
 void Thermal::Change(const std::function<void(ThermalData&)>& change) {
   std::lock_guard<std::mutex> lock(phone_->lock);
   change(phone_->data);
-  if (phone_->aidl != nullptr) phone_->aidl->Report(phone_->data);
-  if (phone_->hidl != nullptr) phone_->hidl->Report(phone_->data);
+  if (phone_->aidl.service != nullptr) phone_->aidl.service->Report(phone_->data);
+  if (phone_->hidl.service != nullptr) phone_->hidl.service->Report(phone_->data);
 }
 
 void Thermal::SetTemperature(const std::string& name, float value) {
@@ -249,8 +212,8 @@ void Thermal::SetCooling(const std::string& name, int64_t value) {
 
 void Thermal::Notify(const Temperature& temperature) {
   std::lock_guard<std::mutex> lock(phone_->lock);
-  if (phone_->aidl != nullptr) phone_->aidl->Notify(temperature);
-  if (phone_->hidl != nullptr) phone_->hidl->Notify(temperature);
+  if (phone_->aidl.service != nullptr) phone_->aidl.service->Notify(temperature);
+  if (phone_->hidl.service != nullptr) phone_->hidl.service->Notify(temperature);
 }
 
 Thermal::ThermalData Thermal::data() const {
@@ -260,14 +223,16 @@ Thermal::ThermalData Thermal::data() const {
 
 size_t Thermal::callback_count(ThermalPath path) const {
   std::lock_guard<std::mutex> lock(phone_->lock);
-  if (path == ThermalPath::kAidl)
-    return phone_->aidl != nullptr ? phone_->aidl->callback_count() : 0;
-  return phone_->hidl != nullptr ? phone_->hidl->callback_count() : 0;
+  const auto count = [](const auto& service) {
+    return service != nullptr ? service->callback_count() : 0;
+  };
+  return path == ThermalPath::kAidl ? count(phone_->aidl.service) : count(phone_->hidl.service);
 }
 
 size_t Thermal::cooling_callback_count() const {
   std::lock_guard<std::mutex> lock(phone_->lock);
-  return phone_->aidl != nullptr ? phone_->aidl->cooling_callback_count() : 0;
+  const auto& service = phone_->aidl.service;
+  return service != nullptr ? service->cooling_callback_count() : 0;
 }
 
 fake::Script& Thermal::on(ThermalOperation operation) {
@@ -276,11 +241,6 @@ fake::Script& Thermal::on(ThermalOperation operation) {
 
 fake::Script& Thermal::on(HidlThermalOperation operation) {
   return phone_->hidl_scripts.on(operation);
-}
-
-void Thermal::Tell(ServiceEvent::Kind kind, ThermalPath path) const {
-  if (observer_ == nullptr) return;
-  observer_({.kind = kind, .service = path == ThermalPath::kAidl ? "thermal" : "thermal (HIDL)"});
 }
 
 }  // namespace norvik::qel::simulated

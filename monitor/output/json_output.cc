@@ -31,13 +31,10 @@ Json::Value ToJson(const Value& value) {
   return JsonOf(value);
 }
 
-constexpr std::array kEventNames = {"service_started",
-                                    "service_died",
-                                    "callback_registered",
-                                    "callback_unregistered",
-                                    "call_refused",
-                                    "notice",
-                                    "reported"};
+// By kind.
+constexpr auto kEventNames =
+    std::to_array<const char*>({"service_started", "service_died", "callback_registered",
+                                "callback_unregistered", "call_refused", "notice", "reported"});
 
 JsonLine Line(const char* event, WallTime time = std::chrono::system_clock::now()) {
   return JsonLine().Add("time", Iso8601(time)).Add("event", event);

@@ -6,8 +6,10 @@
 #include <android/binder_process.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
@@ -58,7 +60,7 @@ struct Options {
   seconds listening{20};
   std::vector<std::pair<std::string, std::string>> temperatures;  // types and names
   std::set<std::string> required;
-  std::map<std::string, std::string> restart_commands, change_commands;
+  std::map<std::string, std::string> commands;  // by option and family: "--restart-command battery"
 };
 Options options;
 
@@ -107,21 +109,12 @@ auto FunctionOf(int id, const Client* client) {
   return client != nullptr ? kFunctions.at(id) : nullptr;
 }
 
-// The text of a dump, read through a pipe.
 std::string DumpText(void (*dump)(void* handle, int fd), void* handle) {
-  int ends[2];
-  if (pipe2(ends, O_CLOEXEC) != 0) return {};
-  std::thread writer([&] {
-    dump(handle, ends[1]);
-    close(ends[1]);
-  });
-  std::string text;
-  char part[256];
-  for (ssize_t size; (size = read(ends[0], part, sizeof part)) > 0;) {
-    text.append(part, static_cast<size_t>(size));
-  }
-  writer.join();
-  close(ends[0]);
+  const int file = memfd_create("dump", MFD_CLOEXEC);
+  dump(handle, file);
+  std::string text(std::max<off_t>(lseek(file, 0, SEEK_END), 0), '\0');
+  EXPECT_EQ(pread(file, text.data(), text.size(), 0), static_cast<ssize_t>(text.size()));
+  close(file);
   return text;
 }
 
@@ -217,7 +210,7 @@ class SubjectTest : public testing::Test {
   void SetUp() override {
     static std::map<std::string, std::string> absences;  // kept: to find out takes seconds
     std::string& absence = absences[subject_.name];
-    if (absence.empty()) absence = Absence();
+    if (absence.empty()) Enroll(&absence);
     if (HasFatalFailure() || absence.empty()) return;
     if (options.required.contains(subject_.family)) FAIL() << "required: " << absence;
     GTEST_SKIP() << absence;
@@ -228,21 +221,24 @@ class SubjectTest : public testing::Test {
   Handle handle_;
 
  private:
-  std::string Absence() {
+  void Enroll(std::string* absence) {
     const std::string family = subject_.family;
-    if (family == "thermal" && options.temperatures.empty()) return "no --temperature given";
-    const int enrolled = handle_.Enroll(0, &client_);
-    if (family == "sensor" && enrolled == -ENOSYS) return "the device has no such sensor";
-    if (enrolled == 0 && client_.WaitForCalls(1)) return {};
-    if (enrolled == 0 && !subject_.answers(handle_.get())) {
-      return "the " + std::string(family == "battery" ? "health" : family) + " service" + kNotFound;
+    if (family == "thermal" && options.temperatures.empty()) {
+      *absence = "no --temperature given";
+      return;
     }
-    [&] {
-      ASSERT_EQ(enrolled, 0) << "the registration is refused; the log has the reason";
-      FAIL() << "the service answers, but the client is not called within " << options.limit.count()
-             << " s";
-    }();
-    return {};
+    const int enrolled = handle_.Enroll(0, &client_);
+    if (family == "sensor" && enrolled == -ENOSYS) {
+      *absence = "the device has no such sensor";
+      return;
+    }
+    ASSERT_EQ(enrolled, 0) << "the registration is refused; the log has the reason";
+    if (client_.WaitForCalls(1)) return;
+    ASSERT_FALSE(subject_.answers(handle_.get()))
+        << "the service answers, but the client is not called within " << options.limit.count()
+        << " s";
+    *absence =
+        "the " + std::string(family == "battery" ? "health" : family) + " service" + kNotFound;
   }
 };
 
@@ -251,6 +247,13 @@ class ClientTest : public SubjectTest, public testing::WithParamInterface<const 
   ClientTest() : SubjectTest(*GetParam()) {}
 };
 class HandleTest : public testing::TestWithParam<const Subject*> {};
+template <const Subject& kSubject>
+class QueryTest : public SubjectTest {
+ protected:
+  QueryTest() : SubjectTest(kSubject) {}
+};
+using BatteryQueryTest = QueryTest<kBattery>;
+using ThermalQueryTest = QueryTest<kThrottling>;
 
 const auto kSubjects = testing::Values(&kBattery, &kProximity, &kHingeAngle, &kThrottling);
 const auto kNameOf = [](const auto& info) { return std::string(info.param->name); };
@@ -368,11 +371,11 @@ TEST_P(ClientTest, ListensWithoutGrowth) {
 TEST_P(ClientTest, SurvivesARestartOfTheService) {
   const std::string family = subject_.family;
   if (family == "sensor") GTEST_SKIP() << "the library does not survive the sensor service";
-  const auto restart = options.restart_commands.find(family);
-  if (restart == options.restart_commands.end()) GTEST_SKIP() << "no --restart-command given";
+  const auto restart = options.commands.find("--restart-command " + family);
+  if (restart == options.commands.end()) GTEST_SKIP() << "no --restart-command given";
   ASSERT_EQ(std::system(restart->second.c_str()), 0) << restart->second;
-  const auto change = options.change_commands.find(family);
-  if (change != options.change_commands.end()) {
+  const auto change = options.commands.find("--change-command " + family);
+  if (change != options.commands.end()) {
     // No query here: it would connect. The old service may take a change that precedes its end.
     const auto deadline = Clock::now() + kReturnLimit;
     const int calls = client_.calls();
@@ -389,11 +392,6 @@ TEST_P(ClientTest, SurvivesARestartOfTheService) {
   EXPECT_TRUE(other_.WaitForCalls(1));
   EXPECT_TRUE(Eventually([&] { return client_.value() == other_.value(); }));
 }
-
-class BatteryQueryTest : public SubjectTest {
- protected:
-  BatteryQueryTest() : SubjectTest(kBattery) {}
-};
 
 TEST_F(BatteryQueryTest, CachedAndFreshAgree) {
   const auto agreed = [&](int (*get)(void* handle, bool use_cached)) {
@@ -413,11 +411,6 @@ TEST_F(BatteryQueryTest, CachedAndFreshAgree) {
     EXPECT_TRUE(online == QUORVEL_CHARGER_ONLINE || online == QUORVEL_CHARGER_OFFLINE) << online;
   }
 }
-
-class ThermalQueryTest : public SubjectTest {
- protected:
-  ThermalQueryTest() : SubjectTest(kThrottling) {}
-};
 
 TEST_F(ThermalQueryTest, TemperaturesAreFoundByName) {
   std::vector<const char*> names = {"no such temperature"};
@@ -465,19 +458,16 @@ std::pair<std::string, std::string> Split(const std::string& text, char separato
 }
 
 void Parse(const std::string& name, const std::string& value) {
-  const std::pair<std::string, std::string> command =
-      name.ends_with("-command") ? Split(value, '=') : std::pair(value, "");
-  const std::string& family = command.first;
+  const bool is_command = name == "--restart-command" || name == "--change-command";
+  const auto [family, command] = is_command ? Split(value, '=') : std::pair(value, "");
   const bool restarts = family == "battery" || family == "thermal";
   const seconds time(std::strtol(value.c_str(), nullptr, 10));
   if (name == "--temperature") {
     options.temperatures.push_back(Split(value, ':'));
   } else if (name == "--require" && (restarts || family == "sensor")) {
     options.required.insert(family);
-  } else if (name == "--restart-command" && restarts) {
-    options.restart_commands.insert(command);
-  } else if (name == "--change-command" && restarts) {
-    options.change_commands.insert(command);
+  } else if (is_command && restarts) {
+    options.commands.emplace(name + " " + family, command);
   } else if (name == "--listen" && time.count() > 0) {
     options.listening = time;
   } else if (name == "--limit" && time.count() > 0) {

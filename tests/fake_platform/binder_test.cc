@@ -21,6 +21,7 @@
 #include "quorvel/fake/deliveries.h"
 #include "quorvel/fake/log_capture.h"
 #include "quorvel/fake/service_manager.h"
+#include "quorvel/fake/service_process.h"
 #include "quorvel/services/health_service.h"
 #include "quorvel/simulated/health.h"
 #include "waiting.h"
@@ -76,14 +77,11 @@ TEST_F(BinderTest, AServiceOfAnotherProcessIsARemoteObject) {
   EXPECT_TRUE(AIBinder_isAlive(binder.get()));
   EXPECT_EQ(AIBinder_ping(binder.get()), STATUS_OK);
   EXPECT_EQ(LookUp(), binder) << "one AIBinder per remote object";
-  EXPECT_EQ(AIBinder_getUserData(binder.get()), nullptr);
   EXPECT_EQ(IHealthInfoCallback::fromBinder(binder), nullptr) << "another class";
-  EXPECT_EQ(AIBinder_getClass(binder.get()), nullptr) << "not associated yet";
   const std::shared_ptr<IHealth> proxy = IHealth::fromBinder(binder);
   ASSERT_NE(proxy, nullptr);
   EXPECT_TRUE(proxy->isRemote());
   EXPECT_NE(IHealth::fromBinder(binder), proxy) << "a new proxy each time";
-  EXPECT_STREQ(AIBinder_Class_getDescriptor(AIBinder_getClass(binder.get())), IHealth::descriptor);
 
   health_.Start();
   binder = LookUp();
@@ -227,6 +225,22 @@ TEST_F(BinderTest, AServiceHoldsACallbackUntilItIsUnregisteredOrTheServiceDies) 
   }
 }
 
+TEST_F(BinderTest, ADeadProcessHoldsNothingThroughObjectsThatLiveOn) {
+  const auto service = ndk::SharedRefBase::make<services::HealthService>(HealthInfo{});
+  const std::string instance = services::HealthService::makeServiceName("other");
+  fake::ServiceProcess process("other");
+  ASSERT_TRUE(process.AddService(service, instance));
+  const ndk::SpAIBinder binder(AServiceManager_checkService(instance.c_str()));
+  auto callback = ndk::SharedRefBase::make<Callback>();
+  const std::weak_ptr<Callback> kept = callback;
+  ASSERT_TRUE(IHealth::fromBinder(binder)->registerCallback(callback).isOk());
+  ASSERT_TRUE(fake::WaitUntilDelivered());
+  callback.reset();
+  EXPECT_FALSE(kept.expired());
+  process.Kill();
+  EXPECT_TRUE(Eventually([&] { return kept.expired(); }));
+}
+
 template <typename T>
 concept MadeByNew = requires {
   new T;
@@ -252,7 +266,6 @@ TEST_F(BinderTest, NullsAreRefusedAndANullInterfaceReachesTheService) {
   EXPECT_FALSE(AServiceManager_isDeclared(nullptr));
   EXPECT_EQ(AServiceManager_addService(nullptr, "x"), EX_ILLEGAL_ARGUMENT);
   EXPECT_EQ(IHealth::fromBinder(nullptr), nullptr);
-  EXPECT_EQ(AIBinder_getClass(nullptr), nullptr);
   EXPECT_FALSE(AIBinder_isRemote(nullptr));
   EXPECT_FALSE(AIBinder_isAlive(nullptr));
   EXPECT_EQ(AIBinder_ping(nullptr), STATUS_UNEXPECTED_NULL);

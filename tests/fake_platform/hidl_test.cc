@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "quorvel/fake/deliveries.h"
-#include "quorvel/fake/hidl_service_manager.h"
+#include "quorvel/fake/service_manager.h"
 #include "quorvel/fake/service_process.h"
 #include "quorvel/simulated/thermal.h"
 #include "thermal_doubles.h"

@@ -35,23 +35,6 @@ TEST(LogTest, GoesToTheLoggerWithTagPriorityAndText) {
                                        LogLine{ANDROID_LOG_INFO, "app", "untagged"}));
 }
 
-TEST(LogTest, AMessageIsPassedOnUnlessItsBufferIsNotForPrograms) {
-  const LogCapture log;
-  __android_log_message message = {};
-  message.struct_size = sizeof message;
-  message.priority = ANDROID_LOG_VERBOSE;  // below the minimum, which is not asked for
-  message.tag = "tag";
-  message.message = "ready";
-  errno = ENOENT;
-  for (const log_id buffer : {LOG_ID_SYSTEM, LOG_ID_DEFAULT, LOG_ID_EVENTS}) {
-    message.buffer_id = buffer;
-    __android_log_write_log_message(&message);
-  }
-  EXPECT_EQ(errno, ENOENT);
-  const LogLine line{ANDROID_LOG_VERBOSE, "tag", "ready"};
-  EXPECT_THAT(log.Lines(), ElementsAre(line, line));
-}
-
 TEST(LogTest, DropsLinesBelowTheMinimumPriorityAndIsQuietUnlessAskedForMore) {
   const int32_t before = __android_log_set_minimum_priority(ANDROID_LOG_DEFAULT);
   testing::internal::CaptureStderr();

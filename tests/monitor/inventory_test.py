@@ -4,15 +4,14 @@
 
 """list, status and doctor, on a simulated phone, on a described machine, and where services lack.
 
-usage: inventory_test.py QUORVEL QUORVEL_BARE
+usage: inventory_test.py QUORVEL QUORVEL_PHONE
 """
 
+import functools
 import re
 import unittest
 
-from kit import HINGE, OTHERS, Case, Started, on_machine, on_terminal, run
-
-BARE = {"program": OTHERS[0], "env": {"COLUMNS": "500"}}
+from kit import BARE, FLAT, HINGE, Case, Started, on_machine, on_terminal, run
 
 # Two batteries, accessories and chargers of every kind, temperatures with and without a known type,
 # one of them unreadable, and a hinge.
@@ -65,44 +64,41 @@ class InventoryTest(Case):
             "ups": "ignored: neither a battery nor a charger",
             "ucsi-source-psy-USBC000:001": "neither a wireless nor a dock charger"})
 
-    def test_doctor_of_a_machine_finds_no_failure(self):
-        lines = self.objects(on_machine(MACHINE, "doctor", "--json"))
-        checks = [line for line in lines if line["event"] == "check"]
-        results = {(line["subject"], line["check"]): line["result"] for line in checks}
-        self.assertNotIn("failed", results.values())
-        for service in ("health", "thermal", "sensor"):
-            self.assertEqual(results[service, "running, look-up allowed"], "ok")
-        self.assertEqual(results["health", "link made"], "ok")
-        self.assertEqual(results["sensor", "first value of hinge angle"], "ok")
-        warnings = " ".join(line["detail"] for line in checks if line["result"] == "warning")
-        for text in ("keyboard: ignored as an accessory", "thermal_zone0/temp", "no such sensor"):
-            self.assertIn(text, warnings)
-        self.assertIn("ignored: feeds a peripheral",
-                      " ".join(line["detail"] for line in checks if line["subject"] == "device"))
+    def test_doctor_and_status_name_what_lacks(self):
+        self.says({"doctor": (
+            0, *(f"ok {service}: running, look-up allowed"
+                 for service in ("health", "sensor", "thermal")),
+            "ok health: link made", "ok sensor: first value of hinge angle", " 0 failed",
+            "warning health: notice: keyboard: ignored as an accessory",
+            "warning thermal: notice: thermal_zone0/temp", "warning sensor: proximity: the device has "
+            "no such sensor", "ok device: hidpp_battery_0: battery, ignored: feeds a peripheral")},
+            run=functools.partial(on_machine, MACHINE), env={"COLUMNS": "500"})
+        self.says({"doctor": (
+            0, "ok thermal (HIDL): death notification possible",
+            "ok thermal (HIDL): first value of ",
+            "warning thermal (HIDL): readings: 1 temperature without a value",
+            "warning sensor: hinge angle: the device has no such sensor")}, **FLAT)
+        self.says({
+            "doctor": (
+                1, "failed health: declared: android.hardware.health.IHealth/default; next: declare ",
+                "avc: denied", "failed sensor: running, look-up allowed: ", " is not found; next: ",
+                " 1 ok, 0 warnings, 3 failed"),
+            "status": (0, "services: health down, sensor down, thermal down",
+                       "battery level unknown")}, **BARE)
 
-    def test_doctor_names_what_lacks_and_the_next_step(self):
-        out = self.output(run("doctor", **BARE), 1)
-        self.assertRegex(out, r"failed +health: declared: android\.hardware\.health\.IHealth/"
-                              r"default; next: declare .*avc: denied")
-        self.assertRegex(out, r"failed +sensor: running, look-up allowed: .* is not found; next: ")
-        self.assertRegex(out, r"\n\n1 ok, 0 warnings, 3 failed\n$")
-        out = self.output(run("doctor", "--device", "flat", **BARE))
-        self.assertRegex(out, r"ok +thermal \(HIDL\): death notification possible\n")
-        self.assertRegex(out, r"ok +thermal \(HIDL\): first value of ")
-        self.assertRegex(out, r"warning +thermal \(HIDL\): readings: 1 temperature without a value")
-        self.assertRegex(out, r"warning +sensor: hinge angle: the device has no such sensor")
-
-    def test_list_and_status_without_services_are_unknown_and_quick(self):
-        out = self.output(run("status", "--device", "bare", **BARE))
-        self.assertIn("services: health down, sensor down, thermal down\n", out)
-        self.assertRegex(out, r"(?m)^  battery level +unknown$")
-
-    def test_status_fits_its_terminal(self):
+    def test_text_fits_its_terminal_and_has_colours_there_only(self):
+        watch = "watch thermal skin:skin bcl_current:AUDIO_current --for 300ms"
+        self.assertIn("\033[1mNONE", on_terminal(80, *watch.split())[1])
         for columns in (40, 80):
-            for command in ("status", "list", "doctor"):
-                code, out = on_terminal(columns, command, NO_COLOR="1")
-                self.assertEqual((code, out.count("\033")), (0, 0))
+            for command in ("status", "list", "doctor", watch):
+                code, out = on_terminal(columns, *command.split(), NO_COLOR="1")
+                self.assertEqual(code, 0)
+                self.assertNotIn("\033", out)
                 self.assertLessEqual(max(map(len, out.splitlines())), columns, out)
+            text = " ".join(out.split())
+            self.assertIn("SKIN:skin unknown -> NONE", text)
+            # A registration for each.
+            self.assertIn("** 1 more time: linked: the library's callback", text)
         code, out = on_terminal(80, "status", rows=12)
         self.assertEqual((code, len(out.splitlines())), (0, 11))
         self.assertIn(" more: quorvel list\n", out)

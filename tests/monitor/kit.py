@@ -3,6 +3,7 @@
 
 """What the monitor's tests share. Every wait has a deadline and says what it has waited for."""
 
+import concurrent.futures
 import datetime
 import fcntl
 import json
@@ -10,6 +11,7 @@ import os
 import pathlib
 import pty
 import re
+import signal
 import struct
 import subprocess
 import sys
@@ -18,8 +20,11 @@ import termios
 import threading
 import unittest
 
-# The monitor; beside it, as a test needs it, the monitor for devices that lack something.
-QUORVEL, *OTHERS = (os.path.abspath(path) for path in sys.argv[1:])
+# The monitor, and what a test needs beside it.
+QUORVEL, OTHER = (os.path.abspath(path) for path in sys.argv[1:])
+# The phone's monitor on phones of three kinds; two of them lack something.
+PHONE, BARE, FLAT = ({"program": OTHER, "env": {"QUORVEL_PHONE": kind, "COLUMNS": "500"}}
+                     for kind in ("", "bare", "flat"))
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 LIMIT = 60  # seconds; only a broken monitor meets it
 
@@ -33,25 +38,21 @@ class Started(subprocess.Popen):
         pipes = dict.fromkeys(("stdout", "stderr"), subprocess.PIPE)
         super().__init__((program, *args), env=env,
                          **{"stdin": subprocess.DEVNULL, **pipes, "text": True, **kwargs})
+        self.guard = threading.Timer(LIMIT, self.kill)
+        self.guard.daemon = True
+        self.guard.start()
 
     def finish(self):
-        try:
-            out, err = self.communicate(timeout=LIMIT)
-        except subprocess.TimeoutExpired as late:
-            self.kill()
-            raise AssertionError(f"no end of {self.args} within {LIMIT} s: {late.stdout}") from None
+        out, err = self.communicate()
+        if self.returncode == -signal.SIGKILL and not self.guard.is_alive():
+            raise AssertionError(f"no end of {self.args} within {LIMIT} s: {out}")
+        self.guard.cancel()
         return self.returncode, out, err
 
     def until(self, text):
         """Reads up to a line with this text."""
-        guard = threading.Timer(LIMIT, self.kill)
-        guard.start()
-        for line in iter(self.stdout.readline, ""):
-            if re.search(text, line):
-                guard.cancel()
-                return
-        guard.cancel()
-        raise AssertionError(f"no line '{text}' of {self.args} within {LIMIT} s")
+        if not any(re.search(text, line) for line in iter(self.stdout.readline, "")):
+            raise AssertionError(f"no line '{text}' of {self.args}")
 
 
 def run(*args, **kwargs):
@@ -80,15 +81,12 @@ def on_terminal(columns, *args, rows=60, **env):
     fcntl.ioctl(program, termios.TIOCSWINSZ, struct.pack("HHHH", rows, columns, 0, 0))
     process = Started(*args, stdout=program, env={"TERM": "xterm", **env})
     os.close(program)
-    guard = threading.Timer(LIMIT, process.kill)
-    guard.start()
     received = b""
     try:
         while data := os.read(terminal, 4096):
             received += data
     except OSError:  # the program has closed it
         pass
-    guard.cancel()
     os.close(terminal)
     return process.finish()[0], received.decode().replace("\r\n", "\n")
 
@@ -109,6 +107,16 @@ class Case(unittest.TestCase):
     def output(self, result, code=0):
         self.assertEqual(result[0], code, result)
         return result[1]
+
+    def says(self, table, run=run, **kwargs):
+        """Each command line has its exit code and prints these texts; columns count as one space."""
+        with concurrent.futures.ThreadPoolExecutor(4) as pool:
+            results = pool.map(lambda line: run(*line.split(), **kwargs), table)
+        for (line, (code, *wanted)), (done, out, err) in zip(table.items(), results):
+            with self.subTest(line):
+                self.assertEqual(done, code, out + err)
+                for text in wanted:
+                    self.assertIn(text, " ".join((out + err).split()))
 
     def failure(self, result, *complaints, code=1):
         self.assertEqual(result[0], code, result)

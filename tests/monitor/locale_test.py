@@ -14,10 +14,10 @@ import os
 import re
 import unittest
 
-from kit import HINGE, OTHERS, Case, on_machine, run
+from kit import HINGE, OTHER, Case, on_machine, run
 
 ELSEWHERE = {"LC_ALL": os.environ["QUORVEL_TEST_LOCALE"]}
-ENTERED = ELSEWHERE | {"LD_PRELOAD": OTHERS[0]}
+ENTERED = ELSEWHERE | {"LD_PRELOAD": OTHER}
 RECORDING = """\
 {"format": "quorvel recording", "version": 1}
 {"at": 0, "battery": {"level": 50, "cycles": 12345}}

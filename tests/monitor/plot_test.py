@@ -4,7 +4,7 @@
 
 """Plots and exports recordings with the monitor.
 
-usage: plot_test.py QUORVEL
+usage: plot_test.py QUORVEL QUORVEL_PHONE
 """
 
 import csv

@@ -4,7 +4,7 @@
 
 """The parser, the help, the manual page and the completions of three shells.
 
-usage: usage_test.py QUORVEL
+usage: usage_test.py QUORVEL QUORVEL_PHONE
 """
 
 import os
@@ -108,11 +108,14 @@ class UsageTest(Case):
                 self.assertEqual([line for line in text.splitlines() if len(line) > columns and
                                   (" " in line.strip())], [])
 
-    def test_the_help_lists_the_types_of_the_header(self):
+    def test_the_types_of_the_header_are_listed_and_known(self):
         types = re.findall(r"^  QUORVEL_THERMAL_TYPE_(\w+) = \d+",
                            (ROOT / "include/quorvel.h").read_text(), re.MULTILINE)
         listed = HELP.split("\nTYPE is one of ")[1].split(". ")[0]
         self.assertEqual(re.split(r",\s", listed), types)
+        self.says({f"watch thermal {name}:nose --for 1s": (
+            3, f"quorvel: the thermal service reports no temperature {name}:nose; it reports CPU:")
+                   for name in types})
         self.assertLessEqual({f"{name}:" for name in types},
                              self.offered("bash", "quorvel watch thermal "))
 

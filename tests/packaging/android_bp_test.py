@@ -23,23 +23,17 @@ OF_ONE_SIDE = re.compile(r"-Werror$|-D|-ffile-prefix-map|-Wthread-safety$")
 def read_modules():
     """The modules by name, with the properties of their defaults. The file is formatted by bpfmt."""
     text = re.sub(r"^ *//.*\n", "", (ROOT / "Android.bp").read_text(), flags=re.MULTILINE)
-    variables = {name: ast.literal_eval(value) for name, value in
-                 re.findall(r"^(\w+) = (\[.*?^\])$", text, re.MULTILINE | re.DOTALL)}
+    names = {"true": True, "false": False}
+    for name, value in re.findall(r"^(\w+) = (\[.*?^\])$", text, re.MULTILINE | re.DOTALL):
+        names[name] = ast.literal_eval(value)
     modules = {}
     for body in re.findall(r"^\w+ ({\n.*?^})", text, re.MULTILINE | re.DOTALL):
-        body = re.sub(r"^( +)(\w+): (\w+,)?", lambda m: f'{m[1]}"{m[2]}": ' + {
-            None: "", "true,": "True,", "false,": "False,"}.get(m[3], f'"{(m[3] or "")[:-1]}",'),
-            body, flags=re.MULTILINE)
-        module = ast.literal_eval(body)
+        module = eval(re.sub(r"^( +)(\w+):", r'\1"\2":', body, flags=re.MULTILINE), names)
         for name in module.get("defaults", []):
             for key, value in modules[name].items():
                 if key != "name":
                     module[key] = value + module.get(key, []) if isinstance(value, list) else value
         modules[module.get("name")] = module
-    for module in modules.values():
-        for key, value in module.items():
-            if isinstance(value, str) and value in variables:
-                module[key] = variables[value]
     return modules
 
 
@@ -86,9 +80,11 @@ class AndroidBpTest(unittest.TestCase):
                 flags = {flag for flag in flags if not OF_ONE_SIDE.match(flag)}
                 self.assertEqual(device_flags(module), flags | {"-Wl,-z,defs"})
 
-    def test_the_library_has_every_source_of_its_folders(self):
+    def test_the_library_has_every_source_of_its_folder_and_sees_no_other(self):
         self.assertEqual(set(self.modules["libquorvel"]["srcs"]),
                          {str(path.relative_to(ROOT)) for path in (ROOT / "src").rglob("*.cc")})
+        for name, folder in (("libquorvel", "src"), ("quorvel", "monitor")):
+            self.assertEqual(self.modules[name]["local_include_dirs"], [folder])
 
     def test_the_tree_runs_the_checks_of_our_lint(self):
         text = re.search(r"^Checks: >\n(.*?)^\w", (ROOT / ".clang-tidy").read_text(),

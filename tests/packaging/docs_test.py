@@ -14,6 +14,7 @@ block of c or cpp is a whole program or a part of one. Its first line is a comme
 the name of its file; the document's commands find it under that name.
 """
 
+import functools
 import os
 import pathlib
 import re
@@ -116,65 +117,47 @@ class DocsTest(unittest.TestCase):
                               stderr=subprocess.STDOUT)
         return done.returncode, LOG_LINE.sub("", done.stdout)
 
-    def test_commands_do_what_is_shown(self):
-        count = 0
+    def test_commands_and_programs_work_as_shown(self):
+        used, count = set(), 0
         for document in DOCUMENTS:
+            commands = "".join(text for language, text in blocks(document) if language == "console")
             for name, text in programs(document):
-                (self.folder / name).write_text(text)
+                with self.subTest(document=document.name, program=text):
+                    self.assertIsNotNone(name, "it has no file name")
+                    self.assertRegex(commands, rf"(?m)^\$ (cc|c\+\+) .*\b{re.escape(name)} ")
+                    (self.folder / name).write_text(text)
+            for command, shown in transcript(commands):
+                with self.subTest(document=document.name, command=command):
+                    count += 1
+                    code, output = self.run_here("bash", "-c", command)
+                    self.assertEqual(code, 0, output)
+                    if (shown or COMPILER.match(command)) and not matches(output, shown):
+                        self.assertEqual(output, "\n".join(shown) + "\n")
             for language, text in blocks(document):
                 if language != "console":
                     self.assertNotRegex(text, re.compile(r"^\$ ", re.MULTILINE))
-                    continue
-                for command, shown in transcript(text):
-                    with self.subTest(document=document.name, command=command):
-                        count += 1
-                        code, output = self.run_here("bash", "-c", command)
-                        self.assertEqual(code, 0, output)
-                        checked = shown or COMPILER.match(command)
-                        if checked and not matches(output, shown):
-                            self.assertEqual(output, "\n".join(shown) + "\n")
-        self.assertGreater(count, 0)
-
-    def test_commands_that_are_not_run_are_few_and_known(self):
-        used = set()
-        for document in DOCUMENTS:
-            for language, text in blocks(document):
                 for line in text.splitlines() if language == "sh" else []:
                     fitting = {pattern for pattern in NOT_RUN if re.match(pattern, line)}
                     self.assertTrue(fitting, f"{document.name}: {line}: mark its block as console")
                     used |= fitting
         self.assertEqual(used, set(NOT_RUN))
+        self.assertGreater(count, 10)
 
     def test_commands_in_the_text_exist(self):
         known = subprocess.run([ROOT / "dev", "help"], capture_output=True, text=True).stdout
         known = set(re.findall(r"^  ([\w-]+)", known, re.MULTILINE))
-        helps = {}
+        help_of = functools.cache(lambda command: self.run_here(QUORVEL, command, "--help"))
         for document in DOCUMENTS:
             for code in re.findall(r"`([^`\n]+)`", prose(document)):
                 words = code.split()
                 with self.subTest(document=document.name, command=code):
                     if words[0] == "./dev":
                         self.assertLessEqual(set(words[1:2]), known)
-                    if words[0] != "quorvel" or len(words) < 2 or words[1].startswith("-"):
-                        continue
-                    if words[1] not in helps:
-                        helps[words[1]] = self.run_here(QUORVEL, words[1], "--help")
-                    exit_code, text = helps[words[1]]
-                    self.assertEqual(exit_code, 0, text)
-                    self.assertLessEqual({word for word in words if word.startswith("--")},
-                                         set(re.findall(r"--[a-z]+", text)))
-
-    def test_programs_are_built_by_the_commands_that_follow(self):
-        count = 0
-        for document in DOCUMENTS:
-            commands = "\n".join(text for language, text in blocks(document)
-                                 if language == "console")
-            for name, text in programs(document):
-                with self.subTest(document=document.name, program=text):
-                    count += 1
-                    self.assertIsNotNone(name, "it has no file name")
-                    self.assertRegex(commands, rf"(?m)^\$ (cc|c\+\+) .*\b{re.escape(name)} ")
-        self.assertGreater(count, 3)
+                    if words[0] == "quorvel" and words[1:] and not words[1].startswith("-"):
+                        exit_code, text = help_of(words[1])
+                        self.assertEqual(exit_code, 0, text)
+                        self.assertLessEqual({word for word in words if word.startswith("--")},
+                                             set(re.findall(r"--[a-z]+", text)))
 
     def test_links_lead_somewhere(self):
         for document in DOCUMENTS:

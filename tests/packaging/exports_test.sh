@@ -2,19 +2,18 @@
 # SPDX-FileCopyrightText: 2026 The quorvel developers
 # SPDX-License-Identifier: Apache-2.0
 
-# exports_test.sh LIBRARY ROOT: the list of exports, the header's functions and the library's symbols,
-# each compared with the others; and whatever else has to name every function.
+# exports_test.sh LIBRARY ROOT VERSION: the list of exports, the header's functions and the library's
+# symbols, each compared with the others; whatever else has to name every function; and whatever has
+# to tell the version.
 set -euo pipefail
 export LC_ALL=C
-library=$1 root=$2
+library=$1 root=$2 version=$3
 map=$root/src/libquorvel.map.txt header=$root/include/quorvel.h
 
+fail() { printf '%s\n' "$*"; failed=1; }
 compare() {  # compare NAME-OF-FIRST FIRST NAME-OF-SECOND SECOND
-  local only
-  only=$(comm -23 <(sort -u <<<"$2") <(sort -u <<<"$4"))
-  [ -z "$only" ] || { printf 'in %s, not in %s:\n%s\n' "$1" "$3" "$only"; failed=1; }
-  only=$(comm -13 <(sort -u <<<"$2") <(sort -u <<<"$4"))
-  [ -z "$only" ] || { printf 'in %s, not in %s:\n%s\n' "$3" "$1" "$only"; failed=1; }
+  if [ -z "$2" ] || [ -z "$4" ]; then fail "nothing to compare in $1 or $3"; fi
+  diff <(sort -u <<<"$2") <(sort -u <<<"$4") || fail "above: < only in $1, > only in $3"
 }
 
 failed=0
@@ -22,30 +21,30 @@ listed=$(sed -n 's/^ *\([A-Z][A-Za-z0-9]*\);$/\1/p' "$map")
 declared=$(sed -n 's/^[a-z][a-z0-9 ]*[ *]\([A-Z][A-Za-z0-9]*\)(.*/\1/p' "$header")
 symbols=$(nm --dynamic --defined-only --demangle "$library" | cut -d' ' -f3-)
 exported=$(grep -vE '[:(]| for ' <<<"$symbols")
-for list in "$listed" "$declared" "$exported"; do
-  [ -n "$list" ] || { echo "no functions to compare"; exit 1; }
-done
 compare "the list" "$listed" "the header" "$declared"
 compare "the list" "$listed" "the library" "$exported"
 for place in tests/library/c_api_test.c tests/packaging/libquorvel.abi.xml; do
   missing=$(comm -23 <(sort -u <<<"$declared") <(grep -oE '[A-Za-z0-9_]+' "$root/$place" | sort -u))
-  [ -z "$missing" ] || { printf 'in the header, not in %s:\n%s\n' "$place" "$missing"; failed=1; }
+  [ -z "$missing" ] || fail "in the header, not in $place:" "$missing"
 done
 
 # Classes: each listed one has exported members, and nothing else of C++ is exported.
 listed=$(sed -n 's/^ *\(_ZN\)K\?\(.*\)\*;$/\1\2E/p' "$map" | c++filt)
 exported=$(grep '::' <<<"$symbols" | sed -e 's/^vtable for //' -e 's/\([a-z:]*::[A-Za-z]*\).*/\1/')
-for list in "$listed" "$exported"; do
-  [ -n "$list" ] || { echo "no classes to compare"; exit 1; }
-done
 compare "the list" "$listed" "the library" "$exported"
 # What is listed by its whole mangled name, such as a table of virtual functions.
 while read -r name; do
-  nm --dynamic --defined-only "$library" | grep -q " $name$" ||
-    { echo "listed, not in the library: $name"; failed=1; }
+  nm --dynamic --defined-only "$library" | grep -q " $name$" || fail "not in the library: $name"
 done < <(sed -n 's/^ *\(_Z[A-Za-z0-9_]*\);$/\1/p' "$map")
 # The platform may hold callbacks of the library after the last handle is gone.
-readelf --dynamic --wide "$library" | grep -q NODELETE ||
-  { echo "the library can be unmapped: linked without -z nodelete"; failed=1; }
+dynamic=$(readelf --dynamic --wide "$library")
+grep -q NODELETE <<<"$dynamic" || fail "the library can be unmapped: linked without -z nodelete"
+
+grep -qF "[libquorvel.so.${version%%.*}]" <<<"$dynamic" || fail "the SONAME is not of $version"
+printf '#include "quorvel.h"\nQUORVEL_VERSION_MAJOR.QUORVEL_VERSION_MINOR.QUORVEL_VERSION_PATCH\n' |
+  cc -E -P -I "$root/include" -x c - | tail -1 | tr -d ' ' | grep -qxF "$version" ||
+  fail "the header's version is not $version"
+newest=$(sed -n 's/^## \[\([0-9.]*\)\].*/\1/p' "$root/CHANGELOG.md" | head -1)
+[ "$newest" = "$version" ] || fail "CHANGELOG.md tells of '$newest', not of $version"
 [ "$failed" = 0 ] || exit 1
-echo "exports agree: $(wc -l <<<"$declared") functions, $(sort -u <<<"$listed" | wc -l) classes"
+echo "$version exports $(wc -l <<<"$declared") functions, $(sort -u <<<"$listed" | wc -l) classes"

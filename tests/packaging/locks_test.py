@@ -18,12 +18,13 @@ import unittest
 ROOT = pathlib.Path(sys.argv[1]).resolve()
 FOLDERS = ("src", "host", "monitor", "tests", "bench")
 
-# A variable, a reference to one included; neither a parameter nor a template argument.
-MUTEX = re.compile(r"^[ \t]*(?:(?:static|mutable|inline|constinit|const|thread_local)\s+)*"
+# What opens and closes scopes; a variable, a reference to one included, but neither a parameter nor a
+# template argument; an annotation.
+TOKEN = re.compile(r"[{}]|^[ \t]*(?:(?:static|mutable|inline|constinit|const|thread_local)\s+)*"
                    r"(?:std::(?:recursive_|timed_|recursive_timed_|shared_|shared_timed_)?mutex"
-                   r"|pthread_(?:mutex|rwlock|spinlock)_t)\s*&?\s+?&?(\w+)\s*(?:[;={]|\[)",
+                   r"|pthread_(?:mutex|rwlock|spinlock)_t)\s*&?\s+?&?(?P<mutex>\w+)\s*(?=[;={[])"
+                   r"|(?:\w*GUARDED_BY|guarded_by)\s*\((?P<lock>[^()]*(?:\(\))?[^()]*)\)",
                    re.MULTILINE)
-GUARDED = re.compile(r"(?:\w*GUARDED_BY|guarded_by)\s*\(([^()]*(?:\(\))?[^()]*)\)")
 REASON = re.compile(r"//.*\bGuards no member: \S+")
 
 
@@ -33,55 +34,33 @@ def without_comments(text):
     return re.sub(r'//[^\n]*|/\*.*?\*/|"(?:\\.|[^"\\\n])*"', blank, text, flags=re.DOTALL)
 
 
-def scope_of(code, position):
-    """What stands directly in the innermost braces around the position, or in the file: not what
-    is in a class inside them, whose own lock may have the same name."""
-    depth = 0
-    begin = position
-    while begin > 0 and depth >= 0:
-        begin -= 1
-        depth += {"}": 1, "{": -1}.get(code[begin], 0)
-    if depth < 0:
-        begin += 1
-    scope = []
-    depth = 0
-    for character in code[begin:]:
-        if character == "}":
-            depth -= 1
-            if depth < 0:
-                break
-        if depth == 0:
-            scope.append(character)
-        if character == "{":
-            depth += 1
-    return "".join(scope)
-
-
 def is_explained(lines, number):
     """Whether the line, or the comment above it, has the reason."""
-    if REASON.search(lines[number]):
-        return True
-    while number > 0 and lines[number - 1].lstrip().startswith("//"):
+    while not REASON.search(lines[number]):
         number -= 1
-        if REASON.search(lines[number]):
-            return True
-    return False
+        if number < 0 or not lines[number].lstrip().startswith("//"):
+            return False
+    return True
 
 
 def unguarded(text):
-    """Name and line of each mutex that guards nothing; how many mutexes there are."""
-    code = without_comments(text)
+    """Name and line of each mutex that guards nothing; how many mutexes there are. What a mutex
+    guards stands beside it: not in a class inside or around, whose lock may have the same name."""
+    code = without_comments(text) + "}"  # ends the file
     lines = text.splitlines()
-    found = []
-    count = 0
-    for match in MUTEX.finditer(code):
-        count += 1
-        name = match.group(1)
-        number = code.count("\n", 0, match.start(1))
-        names = {re.split(r"->|\.", guard)[-1].strip()
-                 for guard in GUARDED.findall(scope_of(code, match.start()))}
-        if name not in names and not is_explained(lines, number):
-            found.append((name, number + 1))
+    found, count, scopes = [], 0, [({}, set())]
+    for token in TOKEN.finditer(code):
+        if token[0] == "{":
+            scopes.append(({}, set()))
+        elif token[0] == "}":
+            mutexes, guarding = scopes.pop()
+            found += [(name, number + 1) for name, number in mutexes.items()
+                      if name not in guarding and not is_explained(lines, number)]
+        elif token["mutex"]:
+            count += 1
+            scopes[-1][0][token["mutex"]] = code.count("\n", 0, token.start("mutex"))
+        else:
+            scopes[-1][1].add(re.split(r"->|\.", token["lock"])[-1].strip())
     return found, count
 
 

@@ -206,9 +206,12 @@ void RemoteBinder::NoteDead() {
 }
 
 bool RemoteBinder::IsOfClass(const AIBinder_Class* clazz) {
+  const auto same = [clazz](const AIBinder_Class* known) {
+    return strcmp(clazz->descriptor, known->descriptor) == 0;
+  };
   {
     std::lock_guard<std::mutex> lock(lock_);
-    if (class_ != nullptr) return AssociateLocked(clazz);
+    if (class_ != nullptr) return same(class_);
   }
   const ndk::SpAIBinder target = Target();
   if (target.get() == nullptr) return false;
@@ -219,18 +222,7 @@ bool RemoteBinder::IsOfClass(const AIBinder_Class* clazz) {
   if (!IsHost(target_process_) && !CallAndWait([](LocalBinder&) {})) return false;
   std::lock_guard<std::mutex> lock(lock_);
   class_ = asked;
-  return AssociateLocked(clazz);
-}
-
-bool RemoteBinder::AssociateLocked(const AIBinder_Class* clazz) {
-  const bool matches = strcmp(clazz->descriptor, class_->descriptor) == 0;
-  associated_ = associated_ || matches;
-  return matches;
-}
-
-const AIBinder_Class* RemoteBinder::associated_class() const {
-  std::lock_guard<std::mutex> lock(lock_);
-  return associated_ ? class_ : nullptr;
+  return same(asked);
 }
 
 binder_status_t RemoteBinder::Link(const std::shared_ptr<RecipientState>& recipient,

@@ -155,8 +155,6 @@ class RemoteBinder final : public AIBinder {
   void NoteDead() QUORVEL_EXCLUDES(lock_);
   // Whether the object is of that class. Asks the object once; false if it cannot be asked.
   [[nodiscard]] bool IsOfClass(const AIBinder_Class* clazz);
-  // Null until IsOfClass() has been true.
-  const AIBinder_Class* associated_class() const;
 
   [[nodiscard]] binder_status_t Link(const std::shared_ptr<RecipientState>& recipient,
                                      std::shared_ptr<fake::Link> link);
@@ -169,7 +167,6 @@ class RemoteBinder final : public AIBinder {
   void HolderDied();
 
  private:
-  bool AssociateLocked(const AIBinder_Class* clazz) QUORVEL_REQUIRES(lock_);
   void PostDeathNotificationLocked(std::shared_ptr<PendingDeathNotifications> notifications)
       QUORVEL_REQUIRES(lock_);
   void TellRecipients() QUORVEL_EXCLUDES(lock_);
@@ -182,7 +179,6 @@ class RemoteBinder final : public AIBinder {
   mutable std::mutex lock_;                           // nothing is called or released under it
   ndk::SpAIBinder target_ QUORVEL_GUARDED_BY(lock_);  // empty after the death of either process
   const AIBinder_Class* class_ QUORVEL_GUARDED_BY(lock_) = nullptr;  // once known
-  bool associated_ QUORVEL_GUARDED_BY(lock_) = false;                // IsOfClass() has been true
   bool alive_ QUORVEL_GUARDED_BY(lock_) = true;                      // last known state
   bool obituary_posted_ QUORVEL_GUARDED_BY(lock_) = false;
   std::vector<std::shared_ptr<fake::Link>> links_ QUORVEL_GUARDED_BY(lock_);

@@ -13,7 +13,6 @@
 #include <vector>
 
 #include "binder.h"
-#include "delivery_tracking.h"
 #include "next_outcome.h"
 
 using norvik::qel::fake::Anchor;
@@ -160,21 +159,6 @@ bool AIBinder_associateClass(AIBinder* binder, const AIBinder_Class* clazz) {
     return std::string_view(local->clazz()->descriptor) == clazz->descriptor;
   }
   return binder->AsRemote()->IsOfClass(clazz);
-}
-
-const AIBinder_Class* AIBinder_getClass(AIBinder* binder) {
-  if (binder == nullptr) return nullptr;
-  if (const LocalBinder* local = binder->AsLocal()) return local->clazz();
-  return binder->AsRemote()->associated_class();
-}
-
-const char* AIBinder_Class_getDescriptor(const AIBinder_Class* clazz) {
-  return clazz->descriptor;
-}
-
-void* AIBinder_getUserData(AIBinder* binder) {
-  if (binder == nullptr || binder->AsLocal() == nullptr) return nullptr;
-  return binder->AsLocal()->args();
 }
 
 AIBinder_Weak* AIBinder_Weak_new(AIBinder* binder) {

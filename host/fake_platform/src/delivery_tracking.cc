@@ -13,7 +13,6 @@ namespace norvik::qel::fake {
 
 namespace {
 
-// Never destroyed: binder threads run to the end of the program.
 struct Account {
   std::mutex lock;
   std::condition_variable changed;
@@ -21,56 +20,48 @@ struct Account {
   std::array<std::shared_ptr<Gate>, 2> gates QUORVEL_GUARDED_BY(lock);
 };
 
-Account& TheAccount() {
-  static Account& account = *new Account;
-  return account;
-}
+// Never destroyed: binder threads run to the end of the program.
+Account& g_account = *new Account;
 
 }  // namespace
 
 void NoteSent() {
-  Account& account = TheAccount();
-  std::lock_guard<std::mutex> lock(account.lock);
-  ++account.under_way;
+  std::lock_guard<std::mutex> lock(g_account.lock);
+  ++g_account.under_way;
 }
 
 void NoteHandled() {
-  Account& account = TheAccount();
-  std::lock_guard<std::mutex> lock(account.lock);
-  if (--account.under_way == 0) account.changed.notify_all();
+  std::lock_guard<std::mutex> lock(g_account.lock);
+  if (--g_account.under_way == 0) g_account.changed.notify_all();
 }
 
 void PassDeliveryGate(Delivery kind) {
   std::shared_ptr<Gate> gate;
   {
-    Account& account = TheAccount();
-    std::lock_guard<std::mutex> lock(account.lock);
-    gate = account.gates.at(static_cast<size_t>(kind));
+    std::lock_guard<std::mutex> lock(g_account.lock);
+    gate = g_account.gates.at(static_cast<size_t>(kind));
   }
   if (gate != nullptr) gate->Pass();
 }
 
 HoldDeliveries::HoldDeliveries(Delivery kind) : kind_(kind) {
-  Account& account = TheAccount();
-  std::lock_guard<std::mutex> lock(account.lock);
-  account.gates.at(static_cast<size_t>(kind_)) = gate_;
+  std::lock_guard<std::mutex> lock(g_account.lock);
+  g_account.gates.at(static_cast<size_t>(kind_)) = gate_;
 }
 
 void HoldDeliveries::Release() {
   {
-    Account& account = TheAccount();
-    std::lock_guard<std::mutex> lock(account.lock);
-    std::shared_ptr<Gate>& gate = account.gates.at(static_cast<size_t>(kind_));
+    std::lock_guard<std::mutex> lock(g_account.lock);
+    std::shared_ptr<Gate>& gate = g_account.gates.at(static_cast<size_t>(kind_));
     if (gate == gate_) gate = nullptr;
   }
   gate_->Open();
 }
 
 bool WaitUntilDelivered(std::chrono::milliseconds limit) {
-  Account& account = TheAccount();
-  std::unique_lock<std::mutex> lock(account.lock);
-  return account.changed.wait_for(
-      lock, limit, [&]() QUORVEL_REQUIRES(account.lock) { return account.under_way == 0; });
+  std::unique_lock<std::mutex> lock(g_account.lock);
+  return g_account.changed.wait_for(
+      lock, limit, [&]() QUORVEL_REQUIRES(g_account.lock) { return g_account.under_way == 0; });
 }
 
 }  // namespace norvik::qel::fake

@@ -4,23 +4,10 @@
 // IBase, the base of every HIDL interface: the local side.
 #include <android/hidl/base/1.0/IBase.h>
 
-#include "hidl_call.h"
-
-namespace norvik::qel::fake {
-
-template <>
-struct RemoteSide<HidlBase> {
-  using Type = HidlProxyOf<HidlBase>;
-};
-
-}  // namespace norvik::qel::fake
-
 namespace android::hidl::base::V1_0 {
 
 using hardware::Return;
 using hardware::Void;
-
-const char* IBase::descriptor = "android.hidl.base@1.0::IBase";
 
 bool IBase::isRemote() const {
   return false;

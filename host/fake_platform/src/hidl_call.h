@@ -12,15 +12,12 @@
 #include <tuple>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 #include "hidl_object.h"
 #include "remote_call.h"
 
 namespace norvik::qel::fake {
-
-// Specialised for each interface. Type is the class of its proxies.
-template <typename I>
-struct RemoteSide;
 
 // The object itself if `binder` is local, otherwise a new proxy. Null if `binder` is empty.
 template <typename I>
@@ -29,15 +26,14 @@ template <typename I>
   if (const LocalBinder* local = binder.get()->AsLocal()) {
     return static_cast<I*>(&HidlObject(*local));
   }
-  return ::android::sp<typename RemoteSide<I>::Type>::make(binder);
+  return ::android::sp<typename I::BpHw>::make(binder);
 }
 
 // A result callback. The service fills storage that the call owns; the caller's callback reads it.
 template <typename... Results>
 struct Parcelled<std::function<void(Results...)>> {
   using Callback = std::function<void(Results...)>;
-  explicit Parcelled(const Callback& callback) : given(callback != nullptr) {}
-  bool ok() const { return given; }
+  explicit Parcelled(const Callback&) {}
   bool Arrive() { return true; }
   Callback Pass() {
     return [this](Results... values) {
@@ -46,7 +42,6 @@ struct Parcelled<std::function<void(Results...)>> {
     };
   }
   void Deliver(const Callback& callback) { std::apply(callback, *results); }
-  bool given;
   std::optional<std::tuple<std::remove_cvref_t<Results>...>> results;
 };
 
@@ -57,7 +52,6 @@ struct Parcelled<::android::sp<I>> {
   explicit Parcelled(const ::android::sp<I>& given) : binder(BinderOf(given)) {
     if (given != nullptr) StartHidlThreads();  // the service may call it
   }
-  bool ok() const { return true; }
   // False if the service's process has died meanwhile: a dead process takes no references.
   bool Arrive() {
     if (binder.get() == nullptr) return true;
@@ -69,6 +63,16 @@ struct Parcelled<::android::sp<I>> {
   ndk::SpAIBinder binder;
   ::android::sp<I> object;
 };
+
+// Whether an argument is a result callback and null.
+template <typename T>
+bool IsNoCallback(const T&) {
+  return false;
+}
+template <typename... Results>
+bool IsNoCallback(const std::function<void(Results...)>& callback) {
+  return callback == nullptr;
+}
 
 // A service that returns success must have called the result callback.
 template <typename T>
@@ -90,13 +94,10 @@ template <typename I, typename... Params>
     std::tuple<ParcelledArg<Params>...> params;
     Status status;
   };
-  auto call = std::make_shared<Call>(args...);
-  const bool complete =
-      std::apply([](const auto&... param) { return (param.ok() && ...); }, call->params);
-  if (!complete) {
+  if ((IsNoCallback(args) || ...)) {
     return Status::fromExceptionCode(Status::EX_ILLEGAL_ARGUMENT, "a result callback is null");
   }
-
+  auto call = std::make_shared<Call>(args...);
   const bool served = binder.get()->AsRemote()->CallAndWait([call, method](LocalBinder& target) {
     I& object = static_cast<I&>(HidlObject(target));
     std::apply(
@@ -182,18 +183,57 @@ class HidlProxyOf : public I, public HidlProxy {
   }
 };
 
-// castFrom() of each interface. Null if the object does not implement I.
-template <typename I>
-::android::hardware::Return<::android::sp<I>> CastFrom(const ::android::sp<HidlBase>& parent,
-                                                       bool emitError) {
-  if (parent == nullptr) return ::android::sp<I>();
+}  // namespace norvik::qel::fake
+
+namespace android::hardware::details {
+
+namespace fake = ::norvik::qel::fake;
+
+template <typename I, typename PARENT, typename PROXY>
+Return<void> Generated<I, PARENT, PROXY>::interfaceChain(
+    fake::HidlBase::interfaceChain_cb _hidl_cb) {
+  return PARENT::interfaceChain([&](const auto& extended) {
+    std::vector<hidl_string> chain = {I::descriptor};
+    chain.insert(chain.end(), extended.begin(), extended.end());
+    _hidl_cb(chain);
+  });
+}
+
+template <typename I, typename PARENT, typename PROXY>
+Return<void> Generated<I, PARENT, PROXY>::interfaceDescriptor(
+    fake::HidlBase::interfaceDescriptor_cb _hidl_cb) {
+  _hidl_cb(I::descriptor);
+  return Void();
+}
+
+template <typename I, typename PARENT, typename PROXY>
+Return<sp<I>> Generated<I, PARENT, PROXY>::CastFromBase(const sp<fake::HidlBase>& parent,
+                                                        bool emitError) {
+  if (parent == nullptr) return sp<I>();
   bool implemented = false;
   const auto asked = parent->interfaceChain(
       [&](const auto& descriptors) { implemented = descriptors.contains(I::descriptor); });
   if (!asked.isOk() && emitError) return StatusToCarry(asked);
-  if (!asked.isOk() || !implemented) return ::android::sp<I>();
-  if (!parent->isRemote()) return ::android::sp<I>(static_cast<I*>(parent.get()));
-  return FromHidlBinder<I>(BinderOf(parent));
+  if (!asked.isOk() || !implemented) return sp<I>();
+  if (!parent->isRemote()) return sp<I>(static_cast<I*>(parent.get()));
+  return fake::FromHidlBinder<I>(fake::BinderOf(parent));
 }
 
-}  // namespace norvik::qel::fake
+template <typename I, typename PARENT, typename PROXY>
+sp<I> Generated<I, PARENT, PROXY>::tryGetService(const std::string& serviceName, bool getStub) {
+  return fake::FromHidlBinder<I>(fake::LookUpHidl(fake::BinderFunction::kTryGetHidlService,
+                                                  I::descriptor, serviceName, getStub));
+}
+
+template <typename I, typename PARENT, typename PROXY>
+sp<I> Generated<I, PARENT, PROXY>::getService(const std::string& serviceName, bool getStub) {
+  return fake::FromHidlBinder<I>(
+      fake::LookUpHidl(fake::BinderFunction::kGetHidlService, I::descriptor, serviceName, getStub));
+}
+
+template <typename I, typename PARENT, typename PROXY>
+status_t Generated<I, PARENT, PROXY>::registerAsService(const std::string& serviceName) {
+  return fake::AddHidl(this, serviceName);
+}
+
+}  // namespace android::hardware::details

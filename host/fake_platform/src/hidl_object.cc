@@ -5,12 +5,16 @@
 
 #include <hidl/HidlTransportSupport.h>
 
+#include <atomic>
 #include <map>
 #include <mutex>
+#include <string>
 #include <utility>
 
 #include "next_outcome.h"
+#include "quorvel/fake/service_manager.h"
 #include "quorvel/fake/thread_annotations.h"
+#include "service_registry.h"
 
 namespace norvik::qel::fake {
 
@@ -32,19 +36,16 @@ struct NodeTable {
   std::map<const HidlBase*, std::shared_ptr<Anchor>> binders QUORVEL_GUARDED_BY(lock);
 };
 
-NodeTable& Nodes() {
-  static NodeTable& nodes = *new NodeTable;
-  return nodes;
-}
+NodeTable& g_nodes = *new NodeTable;
 
 void DestroyNode(void* args) {
   auto* node = static_cast<Node*>(args);
   {
-    std::lock_guard<std::mutex> lock(Nodes().lock);
+    std::lock_guard<std::mutex> lock(g_nodes.lock);
     // A new binder may have been made since the count of this one fell to zero.
-    const auto found = Nodes().binders.find(node->object.get());
-    if (found != Nodes().binders.end() && found->second == node->binder) {
-      Nodes().binders.erase(found);
+    const auto found = g_nodes.binders.find(node->object.get());
+    if (found != g_nodes.binders.end() && found->second == node->binder) {
+      g_nodes.binders.erase(found);
     }
   }
   delete node;
@@ -56,8 +57,8 @@ constexpr AIBinder_Class kHidlClass = {.descriptor = "android.hidl.base@1.0::IBa
                                        .transport = Transport::kHwBinder};
 
 ndk::SpAIBinder NodeOf(const sp<HidlBase>& object) {
-  std::lock_guard<std::mutex> lock(Nodes().lock);
-  std::shared_ptr<Anchor>& known = Nodes().binders[object.get()];
+  std::lock_guard<std::mutex> lock(g_nodes.lock);
+  std::shared_ptr<Anchor>& known = g_nodes.binders[object.get()];
   if (known != nullptr) {
     ndk::SpAIBinder binder = known->Promote();
     if (binder.get() != nullptr) return binder;
@@ -67,6 +68,13 @@ ndk::SpAIBinder NodeOf(const sp<HidlBase>& object) {
   node->binder = binder.get()->anchor;
   known = node->binder;
   return binder;
+}
+
+std::atomic<bool> g_present{true};  // the HIDL service manager
+
+// The name in the manifest and in the registry.
+std::string InstanceOf(const std::string& descriptor, const std::string& name) {
+  return descriptor + "/" + name;
 }
 
 // Identifies a recipient as long as a weak reference to it is held.
@@ -90,6 +98,49 @@ HidlBase& HidlObject(const LocalBinder& binder) {
 
 void StartHidlThreads() {
   Process::Current()->pool(Transport::kHwBinder).Start();
+}
+
+ndk::SpAIBinder LookUpHidl(BinderFunction function, const std::string& descriptor,
+                           const std::string& name, bool get_stub) {
+  const std::string instance = InstanceOf(descriptor, name);
+  ServiceRegistry& registry = ServiceRegistry::Hidl();
+  if (!NextOutcome(function).works() || !g_present || get_stub || !registry.IsDeclared(instance))
+    return {};
+  return function == BinderFunction::kGetHidlService ? registry.Wait(instance)
+                                                     : registry.Check(instance);
+}
+
+::android::status_t AddHidl(const ::android::sp<HidlBase>& service, const std::string& name) {
+  if (!g_present) return ::android::UNKNOWN_ERROR;
+  const std::shared_ptr<Process> process = Process::Current();
+  if (process->dead()) return ::android::DEAD_OBJECT;
+  const ndk::SpAIBinder binder = BinderOf(service);
+  const auto offered = service->interfaceChain([&](const auto& descriptors) {
+    for (const auto& descriptor : descriptors) {
+      if (descriptor == HidlBase::descriptor) continue;
+      ServiceRegistry::Hidl().Add(InstanceOf(descriptor.c_str(), name), binder.get());
+    }
+  });
+  if (!offered.isOk()) return ::android::UNKNOWN_ERROR;
+  if (!process->dead()) return ::android::OK;
+  ServiceRegistry::Hidl().Forget(*process);  // killed while it was being added
+  return ::android::DEAD_OBJECT;
+}
+
+void DeclareHidl(const std::string& instance) {
+  ServiceRegistry::Hidl().SetDeclared(instance, true);
+}
+
+void UndeclareHidl(const std::string& instance) {
+  ServiceRegistry::Hidl().SetDeclared(instance, false);
+}
+
+NoHidlServiceManager::NoHidlServiceManager() {
+  g_present = false;
+}
+
+NoHidlServiceManager::~NoHidlServiceManager() {
+  g_present = true;
 }
 
 HidlProxy::~HidlProxy() {

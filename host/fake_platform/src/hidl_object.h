@@ -1,14 +1,17 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Access to HIDL objects of other processes: a binder per object, and proxies.
+// Access to HIDL objects of other processes: a binder per object, proxies, and look-ups.
 #pragma once
 
 #include <android/hidl/base/1.0/IBase.h>
+#include <utils/Errors.h>
 
 #include <memory>
+#include <string>
 
 #include "binder.h"
+#include "quorvel/fake/platform_scripts.h"
 
 namespace norvik::qel::fake {
 
@@ -24,6 +27,13 @@ HidlBase& HidlObject(const LocalBinder& binder);
 // Starts the HIDL threads of the calling process. The platform starts them on its own, as soon as a
 // call or a death notification can arrive.
 void StartHidlThreads();
+
+// The calling process's reference to a service. Empty if there is none. `function` is
+// kTryGetHidlService, or kGetHidlService, which waits for a declared service.
+ndk::SpAIBinder LookUpHidl(BinderFunction function, const std::string& descriptor,
+                           const std::string& name, bool get_stub);
+// Registers a service under each of its interfaces.
+::android::status_t AddHidl(const ::android::sp<HidlBase>& service, const std::string& name);
 
 // Base of every proxy: the reference, and the links to death made through it.
 class HidlProxy {

@@ -27,23 +27,6 @@ const native_handle_t* CloneOf(const native_handle_t* handle) {
 hidl_handle::hidl_handle(const hidl_handle& other)
     : handle_(CloneOf(other.handle_)), owned_(other.handle_ != nullptr) {}
 
-hidl_handle& hidl_handle::operator=(const hidl_handle& other) {
-  if (this != &other) *this = hidl_handle(other);
-  return *this;
-}
-
-hidl_handle& hidl_handle::operator=(hidl_handle&& other) noexcept {
-  if (this == &other) return *this;
-  Free();
-  handle_ = std::exchange(other.handle_, nullptr);
-  owned_ = std::exchange(other.owned_, false);
-  return *this;
-}
-
-hidl_handle& hidl_handle::operator=(const native_handle_t* handle) {
-  return *this = hidl_handle(handle);
-}
-
 void hidl_handle::setTo(native_handle_t* handle, bool shouldOwn) {
   Free();
   handle_ = handle;
@@ -68,20 +51,6 @@ hidl_string::hidl_string(const char* text, size_t size) {
   text_ = copy;
   size_ = static_cast<uint32_t>(size);
   owned_ = true;
-}
-
-hidl_string& hidl_string::operator=(const hidl_string& other) {
-  if (this != &other) *this = hidl_string(other);
-  return *this;
-}
-
-hidl_string& hidl_string::operator=(hidl_string&& other) noexcept {
-  if (this == &other) return *this;
-  clear();
-  text_ = std::exchange(other.text_, "");
-  size_ = std::exchange(other.size_, 0);
-  owned_ = std::exchange(other.owned_, false);
-  return *this;
 }
 
 void hidl_string::clear() {

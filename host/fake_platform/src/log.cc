@@ -70,16 +70,22 @@ char PriorityLetter(int32_t priority) {
 }
 
 int Emit(int prio, const char* tag, const char* text) {
-  __android_log_message message = {
+  char default_tag[64];
+  if (tag == nullptr) {
+    std::lock_guard<std::mutex> lock(g_tag_lock);
+    snprintf(default_tag, sizeof default_tag, "%s", g_default_tag.c_str());
+    tag = default_tag;
+  }
+  const __android_log_message message = {
       .struct_size = sizeof(__android_log_message),
-      .buffer_id = LOG_ID_MAIN,
+      .buffer_id = 0,
       .priority = prio,
       .tag = tag,
       .file = nullptr,
       .line = 0,
       .message = text,
   };
-  __android_log_write_log_message(&message);
+  g_logger.load()(&message);
   return 1;
 }
 
@@ -114,28 +120,6 @@ int __android_log_write(int prio, const char* tag, const char* text) {
   const ErrnoKeeper keep_errno;
   if (!__android_log_is_loggable(prio, tag, ANDROID_LOG_VERBOSE)) return -EPERM;
   return Emit(prio, tag, text);
-}
-
-void __android_log_write_log_message(__android_log_message* log_message) {
-  const ErrnoKeeper keep_errno;
-  switch (log_message->buffer_id) {
-    case LOG_ID_MAIN:
-    case LOG_ID_RADIO:
-    case LOG_ID_SYSTEM:
-    case LOG_ID_CRASH:
-    case LOG_ID_DEFAULT:
-      break;
-    default:
-      return;
-  }
-  __android_log_message message = *log_message;
-  char default_tag[64];
-  if (message.tag == nullptr) {
-    std::lock_guard<std::mutex> lock(g_tag_lock);
-    snprintf(default_tag, sizeof default_tag, "%s", g_default_tag.c_str());
-    message.tag = default_tag;
-  }
-  g_logger.load()(&message);
 }
 
 void __android_log_assert(const char* cond, const char* tag, const char* fmt, ...) {

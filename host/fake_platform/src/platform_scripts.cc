@@ -14,41 +14,28 @@ namespace {
 using Tables = PlatformScripts::Tables;
 
 // Never destroyed: threads may call the platform until the process ends.
-struct Current {
-  std::mutex lock;
-  std::weak_ptr<Tables> tables QUORVEL_GUARDED_BY(lock);
-};
+std::mutex& g_scripts_lock = *new std::mutex;
+std::weak_ptr<Tables>& g_scripts QUORVEL_GUARDED_BY(g_scripts_lock) = *new std::weak_ptr<Tables>;
 
-Current& TheCurrent() {
-  static Current& current = *new Current;
-  return current;
-}
-
-std::shared_ptr<Tables> CurrentOrNewTables() {
-  Current& current = TheCurrent();
-  std::lock_guard<std::mutex> lock(current.lock);
-  std::shared_ptr<Tables> tables = current.tables.lock();
-  if (tables == nullptr) current.tables = tables = std::make_shared<Tables>();
+// The tables of all PlatformScripts that exist. With none: new ones, or null.
+std::shared_ptr<Tables> CurrentTables(bool make) {
+  std::lock_guard<std::mutex> lock(g_scripts_lock);
+  std::shared_ptr<Tables> tables = g_scripts.lock();
+  if (tables == nullptr && make) g_scripts = tables = std::make_shared<Tables>();
   return tables;
-}
-
-std::shared_ptr<Tables> CurrentTables() {
-  Current& current = TheCurrent();
-  std::lock_guard<std::mutex> lock(current.lock);
-  return current.tables.lock();
 }
 
 }  // namespace
 
-PlatformScripts::PlatformScripts() : tables_(CurrentOrNewTables()) {}
+PlatformScripts::PlatformScripts() : tables_(CurrentTables(/*make=*/true)) {}
 
 Outcome NextOutcome(BinderFunction function) {
-  const auto tables = CurrentTables();
+  const auto tables = CurrentTables(/*make=*/false);
   return tables != nullptr ? tables->binder.on(function).Next() : Outcome{};
 }
 
 Outcome NextOutcome(SensorFunction function) {
-  const auto tables = CurrentTables();
+  const auto tables = CurrentTables(/*make=*/false);
   return tables != nullptr ? tables->sensor.on(function).Next() : Outcome{};
 }
 

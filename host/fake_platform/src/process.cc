@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "binder.h"
-#include "hidl_lookup.h"
+#include "hidl_object.h"
 #include "quorvel/fake/service_process.h"
 #include "service_registry.h"
 

@@ -1,18 +1,19 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Builds the text of a record for its toString(): "Name{field: value, ...}".
+// The text of a record for its toString().
 #pragma once
 
-#include <android/binder_enums.h>
+#include <hidl/HidlSupport.h>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstddef>
-#include <cstdint>
 #include <limits>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <vector>
 
@@ -53,30 +54,47 @@ std::string ValueText(const std::vector<T>& values) {
   return text + "]";
 }
 
-// The name of a value, or its number if it has no name. The names are in the order of the enum.
-template <typename Enum, size_t kSize>
-std::string EnumText(Enum value, const char* const (&names)[kSize]) {
-  constexpr auto kValues = ndk::internal::enum_values<Enum>;
-  static_assert(kValues.size() == kSize);
-  for (size_t i = 0; i < kSize; ++i) {
-    if (kValues[i] == value) return names[i];
-  }
-  return std::to_string(static_cast<int32_t>(value));
+inline std::string ValueText(const ::android::hardware::hidl_string& value) {
+  return std::string("\"") + value.c_str() + "\"";
 }
 
-class RecordText {
- public:
-  explicit RecordText(const char* name) : text_(std::string(name) + "{") {}
-  template <typename T>
-  RecordText& Add(const char* field, const T& value) {
-    if (text_.back() != '{') text_ += ", ";
-    text_ += std::string(field) + ": " + ValueText(value);
-    return *this;
-  }
-  std::string End() const { return text_ + "}"; }
+template <size_t kSize>
+std::string ValueText(const ::android::hardware::hidl_array<float, kSize>& values) {
+  std::string text;
+  for (size_t i = 0; i < kSize; ++i) text += (i > 0 ? ", " : "") + ValueText(values[i]);
+  return "[" + std::to_string(kSize) + "]{" + text + "}";
+}
 
- private:
-  std::string text_;
-};
+// The arguments that describe fields, here variables or members `record.name`.
+#define QUORVEL_FAKE_FIELDS(...) #__VA_ARGS__, __VA_ARGS__
+
+// The texts of all fields: `before`, the name, `after` and the value of each.
+template <typename... Fields>
+std::string FieldsText(const char* before, const char* after, std::string_view names,
+                       const Fields&... fields) {
+  std::string text;
+  const auto add = [&](const auto& value) {
+    const size_t end = std::min(names.find(", "), names.size());
+    const std::string_view member = names.substr(0, end);
+    if (!text.empty()) text += ", ";
+    text.append(before).append(member.substr(member.rfind('.') + 1)).append(after);
+    text += ValueText(value);
+    names.remove_prefix(std::min(end + 2, names.size()));
+  };
+  (add(fields), ...);
+  return text;
+}
+
+// "Name{field: value, ...}", as AIDL writes a record.
+template <typename... Fields>
+std::string RecordText(const char* name, const Fields&... fields) {
+  return name + ("{" + FieldsText("", ": ", fields...) + "}");
+}
+
+// "{.field = value, ...}", as HIDL does.
+template <typename... Fields>
+std::string HidlRecordText(const Fields&... fields) {
+  return "{" + FieldsText(".", " = ", fields...) + "}";
+}
 
 }  // namespace norvik::qel::fake

@@ -98,20 +98,15 @@ struct Singleton {
   std::mutex lock;
   // Its address is the cookie of its link.
   std::unique_ptr<ASensorManager> manager QUORVEL_GUARDED_BY(lock);
-
-  static Singleton& Get() {
-    static Singleton& singleton = *new Singleton;
-    return singleton;
-  }
 };
+Singleton& g_singleton = *new Singleton;
 
 void ServiceDied(void* cookie) {
   std::unique_ptr<ASensorManager> gone;
-  Singleton& singleton = Singleton::Get();
   {
-    std::lock_guard<std::mutex> lock(singleton.lock);
-    if (cookie != singleton.manager.get()) return;
-    gone = std::move(singleton.manager);
+    std::lock_guard<std::mutex> lock(g_singleton.lock);
+    if (cookie != g_singleton.manager.get()) return;
+    gone = std::move(g_singleton.manager);
   }
   if (gone != nullptr) gone->DropQueues();
 }
@@ -130,19 +125,17 @@ AIBinder_DeathRecipient* Recipient() {
 namespace norvik::qel::fake {
 
 void BringSensorEvents(const std::vector<ASensorEvent>& events) {
-  Singleton& singleton = Singleton::Get();
-  std::lock_guard<std::mutex> lock(singleton.lock);
-  if (singleton.manager != nullptr) singleton.manager->BringToAll(events);
+  std::lock_guard<std::mutex> lock(g_singleton.lock);
+  if (g_singleton.manager != nullptr) g_singleton.manager->BringToAll(events);
 }
 
 }  // namespace norvik::qel::fake
 
 ASensorManager* ASensorManager::Get() {
-  Singleton& singleton = Singleton::Get();
-  std::lock_guard<std::mutex> one_at_a_time(singleton.making);
+  std::lock_guard<std::mutex> one_at_a_time(g_singleton.making);
   {
-    std::lock_guard<std::mutex> lock(singleton.lock);
-    if (singleton.manager != nullptr) return singleton.manager.get();
+    std::lock_guard<std::mutex> lock(g_singleton.lock);
+    if (g_singleton.manager != nullptr) return g_singleton.manager.get();
   }
   const std::string name = std::string(ISensorManager::descriptor) + "/default";
   const ndk::SpAIBinder binder(AServiceManager_waitForService(name.c_str()));
@@ -153,8 +146,8 @@ ASensorManager* ASensorManager::Get() {
   ASensorManager* const manager = made.get();
   if (!ABinderProcess_isThreadPoolStarted()) std::thread(ABinderProcess_joinThreadPool).detach();
   {
-    std::lock_guard<std::mutex> lock(singleton.lock);
-    singleton.manager = std::move(made);
+    std::lock_guard<std::mutex> lock(g_singleton.lock);
+    g_singleton.manager = std::move(made);
   }
   // Last: the death notification may arrive at once and must find the manager.
   if (AIBinder_linkToDeath(binder.get(), Recipient(), manager) != STATUS_OK) {
@@ -163,8 +156,8 @@ ASensorManager* ASensorManager::Get() {
     ServiceDied(manager);
     return nullptr;
   }
-  std::lock_guard<std::mutex> lock(singleton.lock);
-  return singleton.manager.get();
+  std::lock_guard<std::mutex> lock(g_singleton.lock);
+  return g_singleton.manager.get();
 }
 
 int ASensorManager::GetSensorList(ASensorList* list) {

@@ -8,6 +8,7 @@
 #include <android/binder_status.h>
 #include <unistd.h>
 
+#include <compare>
 #include <cstddef>
 #include <ostream>
 #include <string>
@@ -23,18 +24,12 @@ class SpAIBinder {
   SpAIBinder(std::nullptr_t) {}
   // Takes over a reference that the caller owns, without an increment.
   explicit SpAIBinder(AIBinder* binder) : binder_(binder) {}
-  SpAIBinder(const SpAIBinder& other) { *this = other; }
+  SpAIBinder(const SpAIBinder& other) : binder_(other.binder_) { AIBinder_incStrong(binder_); }
   SpAIBinder(SpAIBinder&& other) noexcept : binder_(std::exchange(other.binder_, nullptr)) {}
   ~SpAIBinder() { set(nullptr); }
 
-  SpAIBinder& operator=(const SpAIBinder& other) {
-    if (this == &other) return *this;
-    AIBinder_incStrong(other.binder_);
-    set(other.binder_);
-    return *this;
-  }
-  SpAIBinder& operator=(SpAIBinder&& other) noexcept {
-    if (this != &other) set(std::exchange(other.binder_, nullptr));
+  SpAIBinder& operator=(SpAIBinder other) noexcept {
+    std::swap(binder_, other.binder_);
     return *this;
   }
 
@@ -50,23 +45,18 @@ class SpAIBinder {
   AIBinder* binder_ = nullptr;
 };
 
-#define NDK_FAKE_COMPARE(op)                                          \
-  inline bool operator op(const SpAIBinder& l, const SpAIBinder& r) { \
-    return l.get() op r.get();                                        \
-  }                                                                   \
-  inline bool operator op(const SpAIBinder& l, AIBinder* r) {         \
-    return l.get() op r;                                              \
-  }                                                                   \
-  inline bool operator op(AIBinder* l, const SpAIBinder& r) {         \
-    return l op r.get();                                              \
-  }
-NDK_FAKE_COMPARE(!=)
-NDK_FAKE_COMPARE(<)
-NDK_FAKE_COMPARE(<=)
-NDK_FAKE_COMPARE(==)
-NDK_FAKE_COMPARE(>)
-NDK_FAKE_COMPARE(>=)
-#undef NDK_FAKE_COMPARE
+inline bool operator==(const SpAIBinder& left, const SpAIBinder& right) {
+  return left.get() == right.get();
+}
+inline bool operator==(const SpAIBinder& left, AIBinder* right) {
+  return left.get() == right;
+}
+inline std::strong_ordering operator<=>(const SpAIBinder& left, const SpAIBinder& right) {
+  return left.get() <=> right.get();
+}
+inline std::strong_ordering operator<=>(const SpAIBinder& left, AIBinder* right) {
+  return left.get() <=> right;
+}
 
 namespace impl {
 

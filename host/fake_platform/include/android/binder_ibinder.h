@@ -71,12 +71,6 @@ binder_status_t AIBinder_unlinkToDeath(AIBinder* binder, AIBinder_DeathRecipient
 __attribute__((warn_unused_result)) AIBinder* AIBinder_new(const AIBinder_Class* clazz, void* args);
 // True if `binder` is of that class. May ask a remote object for its descriptor.
 bool AIBinder_associateClass(AIBinder* binder, const AIBinder_Class* clazz);
-// The class of a local binder, or the class that a remote binder was associated with, or null.
-const AIBinder_Class* AIBinder_getClass(AIBinder* binder);
-// Valid as long as the class. `clazz` must not be null.
-const char* AIBinder_Class_getDescriptor(const AIBinder_Class* clazz);
-// The `args` given to AIBinder_new(); null for a remote binder.
-void* AIBinder_getUserData(AIBinder* binder);
 
 __attribute__((warn_unused_result)) AIBinder_Weak* AIBinder_Weak_new(AIBinder* binder);
 void AIBinder_Weak_delete(AIBinder_Weak* weakBinder);

@@ -112,6 +112,44 @@ class BpCInterface : public INTERFACE {
   SpAIBinder binder_;
 };
 
+// What the classes of every generated interface share. A real generated header spells it out.
+namespace internal {
+
+// The base of interface I, which defines its descriptor, version and hash. PROXY is the class of
+// its proxies.
+template <typename I, typename PROXY>
+class Generated : public ICInterface {
+ public:
+  // The object itself if it is local, otherwise a new proxy. Null if the object is of another class
+  // or cannot be asked.
+  static std::shared_ptr<I> fromBinder(const SpAIBinder& binder);
+  // Sets the implementation that answers calls which a service does not implement
+  // (STATUS_UNKNOWN_TRANSACTION). Set it once, before the first call. False for null.
+  static bool setDefaultImpl(const std::shared_ptr<I>& impl);
+  static const std::shared_ptr<I>& getDefaultImpl();
+
+  virtual ScopedAStatus getInterfaceVersion(int32_t* out) = 0;
+  virtual ScopedAStatus getInterfaceHash(std::string* out) = 0;
+};
+
+// The local side of I.
+template <typename I>
+class GeneratedLocal : public BnCInterface<I> {
+ public:
+  ScopedAStatus getInterfaceVersion(int32_t* out) final {
+    *out = I::version;
+    return ScopedAStatus::ok();
+  }
+  ScopedAStatus getInterfaceHash(std::string* out) final {
+    *out = I::hash;
+    return ScopedAStatus::ok();
+  }
+
+ protected:
+  SpAIBinder createBinder() override;
+};
+
+}  // namespace internal
 }  // namespace ndk
 
 // Objects of these types are made with SharedRefBase::make() only. As on the platform, a second

@@ -29,20 +29,6 @@ typedef enum android_LogPriority {
   ANDROID_LOG_SILENT,
 } android_LogPriority;
 
-typedef enum log_id {
-  LOG_ID_MIN = 0,
-  LOG_ID_MAIN = 0,
-  LOG_ID_RADIO = 1,
-  LOG_ID_EVENTS = 2,
-  LOG_ID_SYSTEM = 3,
-  LOG_ID_CRASH = 4,
-  LOG_ID_STATS = 5,
-  LOG_ID_SECURITY = 6,
-  LOG_ID_KERNEL = 7,
-  LOG_ID_MAX,
-  LOG_ID_DEFAULT = 0x7FFFFFFF,
-} log_id_t;
-
 // 1 if the message was written, -EPERM if it is below the loggable level. Preserves errno. A null
 // tag means the process's default tag.
 int __android_log_print(int prio, const char* tag, const char* fmt, ...)
@@ -57,7 +43,7 @@ void __android_log_assert(const char* cond, const char* tag, const char* fmt, ..
 
 struct __android_log_message {
   size_t struct_size;
-  int32_t buffer_id;  // a log_id_t
+  int32_t buffer_id;  // 0: the main buffer
   int32_t priority;
   const char* tag;
   const char* file;  // null if from __android_log_print()
@@ -67,11 +53,6 @@ struct __android_log_message {
 
 typedef void (*__android_logger_function)(const struct __android_log_message* log_message);
 typedef void (*__android_aborter_function)(const char* abort_message);
-
-// Passes a complete message to the logger. The priority is not checked: the caller calls
-// __android_log_is_loggable() first. A null tag means the default tag. A message for a buffer other
-// than main, system, radio, crash and default is dropped.
-void __android_log_write_log_message(struct __android_log_message* log_message);
 
 // Process-wide. The logger gets every message that passed the level test.
 void __android_log_set_logger(__android_logger_function logger);

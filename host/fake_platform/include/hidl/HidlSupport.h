@@ -47,9 +47,11 @@ struct hidl_handle {
         owned_(std::exchange(other.owned_, false)) {}
   ~hidl_handle() { Free(); }
 
-  hidl_handle& operator=(const hidl_handle& other);
-  hidl_handle& operator=(hidl_handle&& other) noexcept;
-  hidl_handle& operator=(const native_handle_t* handle);
+  hidl_handle& operator=(hidl_handle other) noexcept {
+    std::swap(handle_, other.handle_);
+    std::swap(owned_, other.owned_);
+    return *this;
+  }
 
   void setTo(native_handle_t* handle, bool shouldOwn = false);
   const native_handle_t* getNativeHandle() const { return handle_; }
@@ -70,13 +72,18 @@ struct hidl_string {
   hidl_string(const char* text, size_t size);
   hidl_string(const std::string& text) : hidl_string(text.c_str(), text.size()) {}
   hidl_string(const hidl_string& other) : hidl_string(other.text_, other.size_) {}
-  hidl_string(hidl_string&& other) noexcept { *this = std::move(other); }
+  hidl_string(hidl_string&& other) noexcept
+      : text_(std::exchange(other.text_, "")),
+        size_(std::exchange(other.size_, 0)),
+        owned_(std::exchange(other.owned_, false)) {}
   ~hidl_string() { clear(); }
 
-  hidl_string& operator=(const hidl_string& other);
-  hidl_string& operator=(hidl_string&& other) noexcept;
-  hidl_string& operator=(const char* text) { return *this = hidl_string(text); }
-  hidl_string& operator=(const std::string& text) { return *this = hidl_string(text); }
+  hidl_string& operator=(hidl_string other) noexcept {
+    std::swap(text_, other.text_);
+    std::swap(size_, other.size_);
+    std::swap(owned_, other.owned_);
+    return *this;
+  }
 
   operator std::string() const { return {text_, size_}; }
   const char* c_str() const { return text_; }
@@ -227,5 +234,21 @@ struct hidl_array {
 };
 
 // NOLINTEND(google-explicit-constructor)
+
+// For the namespaces of enums: combines the numbers of two values.
+namespace details {
+template <typename E>
+requires std::is_enum_v<E>
+constexpr std::underlying_type_t<E> operator|(E left, E right) {
+  using Number = std::underlying_type_t<E>;
+  return static_cast<Number>(left) | static_cast<Number>(right);
+}
+template <typename E>
+requires std::is_enum_v<E>
+constexpr std::underlying_type_t<E> operator&(E left, E right) {
+  using Number = std::underlying_type_t<E>;
+  return static_cast<Number>(left) & static_cast<Number>(right);
+}
+}  // namespace details
 
 }  // namespace android::hardware

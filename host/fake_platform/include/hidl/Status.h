@@ -95,8 +95,6 @@ class Return : public details::return_status {
  public:
   Return(T value) : value_(std::move(value)) {}
   Return(Status status) : return_status(std::move(status)) {}
-  Return(Return&&) noexcept = default;
-  Return& operator=(Return&&) noexcept = default;
 
   operator T() const {
     assertOk();
@@ -117,8 +115,6 @@ class Return<sp<T>> : public details::return_status {
   template <typename U>
   requires std::is_convertible_v<U*, T*> Return(U* value) : value_(value) {}
   Return(Status status) : return_status(std::move(status)) {}
-  Return(Return&&) noexcept = default;
-  Return& operator=(Return&&) noexcept = default;
 
   operator sp<T>() const {
     assertOk();
@@ -135,8 +131,6 @@ class Return<void> : public details::return_status {
  public:
   Return() = default;
   Return(Status status) : return_status(std::move(status)) {}
-  Return(Return&&) noexcept = default;
-  Return& operator=(Return&&) noexcept = default;
 };
 // NOLINTEND(google-explicit-constructor)
 

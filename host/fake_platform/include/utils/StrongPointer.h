@@ -43,31 +43,8 @@ class sp {
     return sp(static_cast<T*>(other.get()));
   }
 
-  sp& operator=(const sp& other) {
-    if (this != &other) sp(other).Swap(*this);
-    return *this;
-  }
-  sp& operator=(sp&& other) noexcept {
-    sp(std::move(other)).Swap(*this);
-    return *this;
-  }
-  sp& operator=(T* object) {
-    sp(object).Swap(*this);
-    return *this;
-  }
-  template <typename U>
-  sp& operator=(U* object) {
-    sp(object).Swap(*this);
-    return *this;
-  }
-  template <typename U>
-  sp& operator=(const sp<U>& other) {
-    sp(other).Swap(*this);
-    return *this;
-  }
-  template <typename U>
-  sp& operator=(sp<U>&& other) {
-    sp(std::move(other)).Swap(*this);
+  sp& operator=(sp other) noexcept {
+    std::swap(object_, other.object_);
     return *this;
   }
 
@@ -90,7 +67,6 @@ class sp {
   void Hold() {
     if (object_ != nullptr) object_->incStrong(this);
   }
-  void Swap(sp& other) { std::swap(object_, other.object_); }
   // Takes over a reference from a weak one, without an increment.
   void Adopt(T* object) { object_ = object; }
 

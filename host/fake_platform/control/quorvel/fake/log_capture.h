@@ -7,7 +7,6 @@
 #include <android/log.h>
 
 #include <chrono>
-#include <functional>
 #include <string>
 #include <vector>
 

@@ -32,7 +32,7 @@ struct SensorDescription {
 // Receives the events of one queue. An object of the client's process.
 class ISensorEvents : public ndk::ICInterface {
  public:
-  static const char* descriptor;
+  static inline const char* descriptor = "norvik.qel.fake.ISensorEvents";
   static std::shared_ptr<ISensorEvents> fromBinder(const ndk::SpAIBinder& binder);
   virtual ndk::ScopedAStatus onEvents(const std::vector<ASensorEvent>& events) = 0;  // one-way
 };

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Control of the service manager: the device's manifest.
+// Control of the service managers of AIDL and of HIDL.
 #pragma once
 
 #include <chrono>
@@ -12,6 +12,9 @@ namespace norvik::qel::fake {
 // The manifest. An instance stays declared when its process dies.
 void Declare(const std::string& instance);
 void Undeclare(const std::string& instance);
+// An instance is "android.hardware.thermal@2.0::IThermal/default". Undeclared, it cannot be found.
+void DeclareHidl(const std::string& instance);
+void UndeclareHidl(const std::string& instance);
 
 // Sets how AServiceManager_getService() waits for an absent service: after the first attempt it
 // makes up to `attempts` more, each after `pause`. The platform's values are one second and five.
@@ -24,6 +27,16 @@ class ShortGetServiceWait {
   ~ShortGetServiceWait() { SetGetServiceWait(std::chrono::seconds(1), 5); }
   ShortGetServiceWait(const ShortGetServiceWait&) = delete;
   ShortGetServiceWait& operator=(const ShortGetServiceWait&) = delete;
+};
+
+// Removes the HIDL service manager for its own lifetime. Many devices have none. There, look-ups
+// return null and registration fails.
+class NoHidlServiceManager {
+ public:
+  NoHidlServiceManager();
+  ~NoHidlServiceManager();
+  NoHidlServiceManager(const NoHidlServiceManager&) = delete;
+  NoHidlServiceManager& operator=(const NoHidlServiceManager&) = delete;
 };
 
 }  // namespace norvik::qel::fake

@@ -12,13 +12,12 @@
 #include <string>
 #include <vector>
 
-#include "quorvel/fake/service_process.h"
 #include "quorvel/services/health_service.h"
 #include "quorvel/services/service_event.h"
 
 namespace norvik::qel::linux_machine {
 
-class Watcher;
+class RunningService;
 
 // A power supply of this machine and its contribution to the report.
 struct PowerSupply {
@@ -80,14 +79,11 @@ class Health {
  private:
   class Service;
 
-  void Tell(services::ServiceEvent::Kind kind, std::string detail = {}) const;
-
-  const services::ServiceObserver observer_;
+  const services::EventSender events_;
   const HealthSettings settings_;
   // The members below change only in Start() and Stop().
   std::shared_ptr<Service> service_;
-  std::unique_ptr<fake::ServiceProcess> process_;
-  std::unique_ptr<Watcher> watcher_;
+  std::unique_ptr<RunningService> running_;
 };
 
 }  // namespace norvik::qel::linux_machine

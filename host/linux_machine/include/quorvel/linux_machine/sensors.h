@@ -12,13 +12,12 @@
 #include <string>
 #include <vector>
 
-#include "quorvel/fake/service_process.h"
 #include "quorvel/services/sensor_service.h"
 #include "quorvel/services/service_event.h"
 
 namespace norvik::qel::linux_machine {
 
-class Watcher;
+class RunningService;
 
 struct SensorSettings {
   // The time between two measurements of an enabled sensor.
@@ -76,14 +75,11 @@ class Sensors {
  private:
   class Service;
 
-  void Tell(services::ServiceEvent::Kind kind, std::string detail = {}) const;
-
-  const services::ServiceObserver observer_;
+  const services::EventSender events_;
   const SensorSettings settings_;
   // The members below change only in Start() and Stop().
   std::shared_ptr<Service> service_;
-  std::unique_ptr<fake::ServiceProcess> process_;
-  std::unique_ptr<Watcher> watcher_;
+  std::unique_ptr<RunningService> running_;
 };
 
 }  // namespace norvik::qel::linux_machine

@@ -13,13 +13,12 @@
 #include <string>
 #include <vector>
 
-#include "quorvel/fake/service_process.h"
 #include "quorvel/services/service_event.h"
 #include "quorvel/services/thermal_service.h"
 
 namespace norvik::qel::linux_machine {
 
-class Watcher;
+class RunningService;
 
 struct ThermalSettings {
   // A file with patterns for types of zones and cooling devices, see ThermalTypes. Empty: none.
@@ -75,14 +74,11 @@ class Thermal {
  private:
   class Service;
 
-  void Tell(services::ServiceEvent::Kind kind, std::string detail = {}) const;
-
-  const services::ServiceObserver observer_;
+  const services::EventSender events_;
   const ThermalSettings settings_;
   // The members below change only in Start() and Stop().
   std::shared_ptr<Service> service_;
-  std::unique_ptr<fake::ServiceProcess> process_;
-  std::unique_ptr<Watcher> watcher_;
+  std::unique_ptr<RunningService> running_;
 };
 
 }  // namespace norvik::qel::linux_machine

@@ -10,9 +10,12 @@
 #include <algorithm>
 #include <cstddef>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <utility>
 #include <vector>
+
+#include "quorvel/fake/thread_annotations.h"
 
 namespace norvik::qel::services {
 
@@ -28,48 +31,60 @@ bool SameCallback(const android::sp<I>& left, const android::sp<I>& right) {
 
 // Pointer is a shared_ptr to an AIDL interface or an sp to a HIDL one.
 //
-// Threads: not synchronized; the owner's lock guards it.
+// Threads: any.
 template <typename Pointer, typename Type>
 class CallbackList {
  public:
-  // Without a type the callback receives all types. False if it is already in the list.
-  [[nodiscard]] bool Add(const Pointer& callback, std::optional<Type> type) {
-    if (Find(callback) != entries_.end()) return false;
+  // Without a type the callback receives all types. Returns why it was not added, or null.
+  [[nodiscard]] const char* Add(const Pointer& callback, std::optional<Type> type) {
+    if (callback == nullptr) return kNull;
+    std::lock_guard<std::mutex> lock(lock_);
+    if (FindLocked(callback) != entries_.end()) return "the callback is registered already";
     entries_.push_back({callback, type});
-    return true;
+    return nullptr;
   }
 
-  // Returns the removed reference, so that the caller can release it after its lock. Null if
-  // `callback` is not in the list.
-  [[nodiscard]] Pointer Remove(const Pointer& callback) {
-    const auto found = Find(callback);
-    if (found == entries_.end()) return nullptr;
-    Pointer removed = std::move(found->callback);
+  // Returns why it was not removed, or null.
+  [[nodiscard]] const char* Remove(const Pointer& callback) {
+    if (callback == nullptr) return kNull;
+    Pointer removed;  // released without the lock
+    std::lock_guard<std::mutex> lock(lock_);
+    const auto found = FindLocked(callback);
+    if (found == entries_.end()) return "the callback is not registered";
+    removed = std::move(found->callback);
     entries_.erase(found);
-    return removed;
+    return nullptr;
   }
 
+  // Sends to all callbacks for the type, in the order in which they were added.
   template <typename Send>
   void ForEach(Type type, Send send) const {
+    std::lock_guard<std::mutex> lock(lock_);
     for (const Entry& entry : entries_) {
       if (!entry.type || *entry.type == type) send(*entry.callback);
     }
   }
 
-  size_t size() const { return entries_.size(); }
+  size_t size() const {
+    std::lock_guard<std::mutex> lock(lock_);
+    return entries_.size();
+  }
 
  private:
+  static constexpr char kNull[] = "the callback is null";
+
   struct Entry {
     Pointer callback;
     std::optional<Type> type;
   };
 
-  auto Find(const Pointer& callback) {
+  auto FindLocked(const Pointer& callback) QUORVEL_REQUIRES(lock_) {
     return std::find_if(entries_.begin(), entries_.end(),
                         [&](const Entry& entry) { return SameCallback(entry.callback, callback); });
   }
 
-  std::vector<Entry> entries_;
+  mutable std::mutex lock_;
+  std::vector<Entry> entries_ QUORVEL_GUARDED_BY(lock_);
 };
 
 }  // namespace norvik::qel::services

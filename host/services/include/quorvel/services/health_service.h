@@ -10,7 +10,6 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -54,6 +53,7 @@ inline constexpr char kHealthInstance[] = "android.hardware.health.IHealth/defau
 class HealthService : public aidl::android::hardware::health::BnHealth {
  public:
   using HealthInfo = aidl::android::hardware::health::HealthInfo;
+  using Callback = std::shared_ptr<aidl::android::hardware::health::IHealthInfoCallback>;
 
   explicit HealthService(HealthInfo info, ServiceObserver observer = nullptr);
 
@@ -62,12 +62,8 @@ class HealthService : public aidl::android::hardware::health::BnHealth {
   HealthInfo info() const QUORVEL_EXCLUDES(lock_);
   size_t callback_count() const QUORVEL_EXCLUDES(lock_);
 
-  ndk::ScopedAStatus registerCallback(
-      const std::shared_ptr<aidl::android::hardware::health::IHealthInfoCallback>& callback)
-      override;
-  ndk::ScopedAStatus unregisterCallback(
-      const std::shared_ptr<aidl::android::hardware::health::IHealthInfoCallback>& callback)
-      override;
+  ndk::ScopedAStatus registerCallback(const Callback& callback) override;
+  ndk::ScopedAStatus unregisterCallback(const Callback& callback) override;
   ndk::ScopedAStatus update() override;
   ndk::ScopedAStatus getChargeCounterUah(int32_t* out) override;
   ndk::ScopedAStatus getCurrentNowMicroamps(int32_t* out) override;
@@ -100,17 +96,16 @@ class HealthService : public aidl::android::hardware::health::BnHealth {
   ndk::ScopedAStatus Ask(HealthOperation operation);
   // Reports a refusal to the observer and returns `status`.
   ndk::ScopedAStatus Refuse(HealthOperation operation, ndk::ScopedAStatus status) const;
+  // `read` is a field of HealthInfo, or a function of it.
   template <typename T, typename Read>
   ndk::ScopedAStatus Answer(HealthOperation operation, T* out, Read read);
+  void ReportLocked() QUORVEL_REQUIRES(lock_);
   void SendLocked() QUORVEL_REQUIRES(lock_);
-  void Tell(ServiceEvent::Kind kind, std::string detail = {}) const;
-  void TellReport(const HealthInfo& info) const;
 
-  const ServiceObserver observer_;
+  const EventSender events_;
   mutable std::mutex lock_;
   HealthInfo info_ QUORVEL_GUARDED_BY(lock_);
-  std::vector<std::shared_ptr<aidl::android::hardware::health::IHealthInfoCallback>> callbacks_
-      QUORVEL_GUARDED_BY(lock_);
+  std::vector<Callback> callbacks_ QUORVEL_GUARDED_BY(lock_);
 };
 
 }  // namespace norvik::qel::services

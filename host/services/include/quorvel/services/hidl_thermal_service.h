@@ -7,11 +7,10 @@
 #include <android/hardware/thermal/2.0/IThermal.h>
 
 #include <cstddef>
-#include <mutex>
 #include <string>
 #include <string_view>
+#include <utility>
 
-#include "quorvel/fake/thread_annotations.h"
 #include "quorvel/services/callback_list.h"
 #include "quorvel/services/service_event.h"
 #include "quorvel/services/thermal_data.h"
@@ -36,8 +35,9 @@ inline constexpr char kHidlThermalInstance[] = "android.hardware.thermal@2.0::IT
 
 // Like ThermalService, but a refusal is a status FAILURE with a message.
 //
-// Threads, locks: see ThermalService.
-class HidlThermalService : public android::hardware::thermal::V2_0::IThermal {
+// Threads, locks: see ThermalReporter.
+class HidlThermalService : public android::hardware::thermal::V2_0::IThermal,
+                           public ThermalReporter {
  public:
   template <typename T>
   using Return = android::hardware::Return<T>;
@@ -46,16 +46,10 @@ class HidlThermalService : public android::hardware::thermal::V2_0::IThermal {
   using CoolingType = android::hardware::thermal::V2_0::CoolingType;
   using Callback = android::sp<android::hardware::thermal::V2_0::IThermalChangedCallback>;
 
-  explicit HidlThermalService(ThermalData data, ServiceObserver observer = nullptr);
+  explicit HidlThermalService(ThermalData data, ServiceObserver observer = nullptr)
+      : ThermalReporter("thermal (HIDL)", std::move(data), std::move(observer)) {}
 
-  // Replaces the data. Notifies the callbacks of changed severities, and of throttling temperatures
-  // that have been removed.
-  void Report(const ThermalData& data) QUORVEL_EXCLUDES(lock_);
-  // Notifies the callbacks without changing the data.
-  void Notify(const aidl::android::hardware::thermal::Temperature& temperature)
-      QUORVEL_EXCLUDES(lock_);
-  ThermalData data() const QUORVEL_EXCLUDES(lock_);
-  size_t callback_count() const QUORVEL_EXCLUDES(lock_);
+  size_t callback_count() const { return callbacks_.size(); }
 
   Return<void> getTemperatures(getTemperatures_cb _hidl_cb) override;
   Return<void> getCpuUsages(getCpuUsages_cb _hidl_cb) override;
@@ -90,7 +84,6 @@ class HidlThermalService : public android::hardware::thermal::V2_0::IThermal {
  private:
   // Calls Permit() and reports a refusal to the observer.
   Verdict Ask(HidlThermalOperation operation);
-  void TellRefusal(HidlThermalOperation operation, const std::string& reason) const;
   // `read` returns the elements of the answer.
   template <typename Handler, typename Read>
   Return<void> Answer(HidlThermalOperation operation, const Handler& _hidl_cb, Read read);
@@ -98,15 +91,11 @@ class HidlThermalService : public android::hardware::thermal::V2_0::IThermal {
   template <typename Handler, typename Change>
   Return<void> Perform(HidlThermalOperation operation, ServiceEvent::Kind kind,
                        const Handler& _hidl_cb, Change change);
-  void SendLocked(const aidl::android::hardware::thermal::Temperature& temperature)
-      QUORVEL_REQUIRES(lock_);
-  void Tell(ServiceEvent::Kind kind, std::string detail = {}) const;
-  void TellReport(services::Report report) const;
+  void Send(const aidl::android::hardware::thermal::Temperature& temperature) override;
+  // The interface has no callbacks for cooling devices.
+  void Send(const aidl::android::hardware::thermal::CoolingDevice& /*device*/) override {}
 
-  const ServiceObserver observer_;
-  mutable std::mutex lock_;
-  ThermalData data_ QUORVEL_GUARDED_BY(lock_);
-  CallbackList<Callback, TemperatureType> callbacks_ QUORVEL_GUARDED_BY(lock_);
+  CallbackList<Callback, TemperatureType> callbacks_;
 };
 
 }  // namespace norvik::qel::services

@@ -74,14 +74,11 @@ class SensorService : public fake::BnSensorService {
     std::map<int32_t, SensorRequest> enabled;  // by handle
   };
 
-  // Null if there is none. Stays valid.
-  const fake::SensorDescription* FindLocked(int32_t handle) const QUORVEL_REQUIRES(lock_);
-  // The first sensor of the type.
-  const fake::SensorDescription* FindDefaultLocked(int32_t type) const QUORVEL_REQUIRES(lock_);
-  void Tell(ServiceEvent::Kind kind, const fake::SensorDescription& sensor) const;
-  void TellReport(SensorReport report) const;
+  // The first sensor with that handle or type. Null if there is none. Stays valid.
+  const fake::SensorDescription* FindLocked(int32_t fake::SensorDescription::*key,
+                                            int32_t value) const QUORVEL_REQUIRES(lock_);
 
-  const ServiceObserver observer_;
+  const EventSender events_;
   mutable std::mutex lock_;
   // Only grows: pointers to elements stay valid.
   std::deque<fake::SensorDescription> sensors_ QUORVEL_GUARDED_BY(lock_);

@@ -10,6 +10,8 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -51,5 +53,31 @@ struct ServiceEvent {
 // Called on threads of the services, without locks of the service. Exception: kReported is sent
 // under the locks that keep reports in order. The observer must not call the service then.
 using ServiceObserver = std::function<void(const ServiceEvent&)>;
+
+// Sends the events of one service to its observer, if it has one.
+class EventSender {
+ public:
+  EventSender(std::string service, ServiceObserver observer)
+      : service_(std::move(service)), observer_(std::move(observer)) {}
+
+  const std::string& service() const { return service_; }
+  const ServiceObserver& observer() const { return observer_; }
+
+  void Send(ServiceEvent::Kind kind, std::string detail = {}) const {
+    if (observer_) observer_({.kind = kind, .service = service_, .detail = std::move(detail)});
+  }
+  void SendRefusal(std::string_view operation, std::string_view reason) const {
+    Send(ServiceEvent::Kind::kRefused, std::string(operation).append(": ").append(reason));
+  }
+  void SendReport(Report report) const {
+    if (!observer_) return;
+    observer_(
+        {.kind = ServiceEvent::Kind::kReported, .service = service_, .report = std::move(report)});
+  }
+
+ private:
+  const std::string service_;
+  const ServiceObserver observer_;
+};
 
 }  // namespace norvik::qel::services

@@ -9,8 +9,12 @@
 #include <aidl/android/hardware/thermal/TemperatureThreshold.h>
 #include <android/hardware/thermal/2.0/types.h>
 
+#include <mutex>
+#include <string>
+#include <utility>
 #include <vector>
 
+#include "quorvel/fake/thread_annotations.h"
 #include "quorvel/services/service_event.h"
 
 namespace norvik::qel::services {
@@ -32,6 +36,38 @@ struct ThermalChanges {
   std::vector<aidl::android::hardware::thermal::CoolingDevice> cooling_devices = {};
 };
 ThermalChanges Compare(const ThermalData& before, const ThermalData& now);
+
+// The data of a thermal service, which the derived class sends to its callbacks.
+//
+// Threads: any. Locks: lock_ is held while a report is sent, so that every callback receives the
+// reports in order. This cannot deadlock: callbacks belong to other processes, so sending does not
+// wait for the receiver, and no last reference is released under lock_. (A callback of the same
+// process is called directly and must not call the service.)
+class ThermalReporter {
+ public:
+  // Replaces the data. Notifies the callbacks of changed severities and cooling devices, and of
+  // throttling temperatures that have been removed.
+  void Report(const ThermalData& data) QUORVEL_EXCLUDES(lock_);
+  // Notifies the callbacks without changing the data.
+  void Notify(const aidl::android::hardware::thermal::Temperature& temperature)
+      QUORVEL_EXCLUDES(lock_);
+  ThermalData data() const QUORVEL_EXCLUDES(lock_);
+
+ protected:
+  ThermalReporter(std::string service, ThermalData data, ServiceObserver observer)
+      : events_(std::move(service), std::move(observer)), data_(std::move(data)) {}
+  ~ThermalReporter() = default;
+
+  // One-way calls: they fail only if the receiver's process has died, which needs no action.
+  virtual void Send(const aidl::android::hardware::thermal::Temperature& temperature) = 0;
+  virtual void Send(const aidl::android::hardware::thermal::CoolingDevice& device) = 0;
+
+  const EventSender events_;
+
+ private:
+  mutable std::mutex lock_;
+  ThermalData data_ QUORVEL_GUARDED_BY(lock_);
+};
 
 // Conversions to HIDL 2.0. A type that HIDL does not have becomes UNKNOWN, or COMPONENT for a
 // cooling device. A missing threshold becomes NaN.

@@ -9,12 +9,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <mutex>
-#include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
-#include "quorvel/fake/thread_annotations.h"
 #include "quorvel/services/callback_list.h"
 #include "quorvel/services/service_event.h"
 #include "quorvel/services/thermal_data.h"
@@ -43,11 +41,8 @@ inline constexpr char kThermalInstance[] = "android.hardware.thermal.IThermal/de
 // Callbacks are notified of changed severities and of changed cooling devices, not at registration.
 // Callbacks are compared by binder identity. Each can be registered only once.
 //
-// Threads: any. Locks: lock_ is held while a report is sent, so that every callback receives the
-// reports in order. This cannot deadlock: callbacks belong to other processes, so sending does not
-// wait for the receiver, and no last reference is released under lock_. (A callback of the same
-// process is called directly and must not call the service.)
-class ThermalService : public aidl::android::hardware::thermal::BnThermal {
+// Threads, locks: see ThermalReporter.
+class ThermalService : public aidl::android::hardware::thermal::BnThermal, public ThermalReporter {
  public:
   using Temperature = aidl::android::hardware::thermal::Temperature;
   using TemperatureThreshold = aidl::android::hardware::thermal::TemperatureThreshold;
@@ -58,17 +53,12 @@ class ThermalService : public aidl::android::hardware::thermal::BnThermal {
   using CoolingCallback =
       std::shared_ptr<aidl::android::hardware::thermal::ICoolingDeviceChangedCallback>;
 
-  explicit ThermalService(ThermalData data, ServiceObserver observer = nullptr);
+  explicit ThermalService(ThermalData data, ServiceObserver observer = nullptr)
+      : ThermalReporter("thermal", std::move(data), std::move(observer)) {}
 
-  // Replaces the data. Notifies the callbacks of changed severities and cooling devices, and of
-  // throttling temperatures that have been removed.
-  void Report(const ThermalData& data) QUORVEL_EXCLUDES(lock_);
-  // Notifies the callbacks without changing the data.
-  void Notify(const Temperature& temperature) QUORVEL_EXCLUDES(lock_);
-  ThermalData data() const QUORVEL_EXCLUDES(lock_);
   // The numbers of callbacks for temperatures and for cooling devices.
-  size_t callback_count() const QUORVEL_EXCLUDES(lock_);
-  size_t cooling_callback_count() const QUORVEL_EXCLUDES(lock_);
+  size_t callback_count() const { return callbacks_.size(); }
+  size_t cooling_callback_count() const { return cooling_callbacks_.size(); }
 
   ndk::ScopedAStatus getCoolingDevices(std::vector<CoolingDevice>* out) override;
   ndk::ScopedAStatus getCoolingDevicesWithType(CoolingType type,
@@ -100,22 +90,14 @@ class ThermalService : public aidl::android::hardware::thermal::BnThermal {
   template <typename Record, typename Filter>
   ndk::ScopedAStatus Answer(ThermalOperation operation, std::vector<Record> ThermalData::*records,
                             Filter filter, std::vector<Record>* out);
-  template <typename List, typename Pointer, typename Type>
-  ndk::ScopedAStatus Register(ThermalOperation operation, List ThermalService::*list,
-                              const Pointer& callback, Type type);
-  template <typename List, typename Pointer>
-  ndk::ScopedAStatus Unregister(ThermalOperation operation, List ThermalService::*list,
-                                const Pointer& callback);
-  ndk::ScopedAStatus Refuse(ThermalOperation operation, const char* reason) const;
-  void SendLocked(const Temperature& temperature) QUORVEL_REQUIRES(lock_);
-  void Tell(ServiceEvent::Kind kind, std::string detail = {}) const;
-  void TellReport(services::Report report) const;
+  // `change` returns the reason of a refusal, or null if it succeeds.
+  template <typename Change>
+  ndk::ScopedAStatus Perform(ThermalOperation operation, ServiceEvent::Kind kind, Change change);
+  void Send(const Temperature& temperature) override;
+  void Send(const CoolingDevice& device) override;
 
-  const ServiceObserver observer_;
-  mutable std::mutex lock_;
-  ThermalData data_ QUORVEL_GUARDED_BY(lock_);
-  CallbackList<Callback, TemperatureType> callbacks_ QUORVEL_GUARDED_BY(lock_);
-  CallbackList<CoolingCallback, CoolingType> cooling_callbacks_ QUORVEL_GUARDED_BY(lock_);
+  CallbackList<Callback, TemperatureType> callbacks_;
+  CallbackList<CoolingCallback, CoolingType> cooling_callbacks_;
 };
 
 }  // namespace norvik::qel::services

@@ -6,11 +6,8 @@
 
 #include <functional>
 #include <memory>
-#include <mutex>
 
 #include "quorvel/fake/platform_scripts.h"
-#include "quorvel/fake/service_process.h"
-#include "quorvel/fake/thread_annotations.h"
 #include "quorvel/services/health_service.h"
 #include "quorvel/services/service_event.h"
 
@@ -41,35 +38,32 @@ class Health {
 
   // Changes the state. A running service reports it.
   void Change(const std::function<void(HealthInfo&)>& change);
-  void SetLevel(int percent);
-  void SetCycleCount(int cycles);
-  void SetWirelessOnline(bool online);
-  void SetDockOnline(bool online);
+  void SetLevel(int percent) { Set(&HealthInfo::batteryLevel, percent); }
+  void SetCycleCount(int cycles) { Set(&HealthInfo::batteryCycleCount, cycles); }
+  void SetWirelessOnline(bool online) { Set(&HealthInfo::chargerWirelessOnline, online); }
+  void SetDockOnline(bool online) { Set(&HealthInfo::chargerDockOnline, online); }
   HealthInfo info() const;
 
   // The number of callbacks registered with the running service. 0 if it is not running.
   size_t callback_count() const;
 
   // The script of an operation: outcomes of the next calls, count of calls.
-  fake::Script& on(services::HealthOperation operation) { return phone_->scripts.on(operation); }
+  fake::Script& on(services::HealthOperation operation);
   // The same for a function of the platform. The whole phone shares these scripts.
   fake::Script& on(fake::BinderFunction function) { return platform_scripts_.on(function); }
 
  private:
   class Service;
-  // Shared with the service, whose threads may still be inside a call when this object is
-  // destroyed.
-  struct Phone {
-    fake::Scripts<services::HealthOperation> scripts;
-    std::mutex lock;  // also held while the state is reported, to keep reports in order
-    HealthInfo info QUORVEL_GUARDED_BY(lock);
-  };
+  struct Phone;
 
-  const services::ServiceObserver observer_;
+  template <typename Value>
+  void Set(Value HealthInfo::*field, Value value) {
+    Change([=](HealthInfo& info) { info.*field = value; });
+  }
+
+  const services::EventSender events_;
   const fake::PlatformScripts platform_scripts_;
-  const std::shared_ptr<Phone> phone_ = std::make_shared<Phone>();
-  std::unique_ptr<fake::ServiceProcess> process_ QUORVEL_GUARDED_BY(phone_->lock);
-  std::shared_ptr<Service> service_ QUORVEL_GUARDED_BY(phone_->lock);
+  const std::shared_ptr<Phone> phone_;
 };
 
 }  // namespace norvik::qel::simulated

@@ -49,21 +49,26 @@ class SensorHub {
   // See services::SensorService.
   void Forget(int32_t type);
   // Sends arbitrary events to every queue. Has no effect before Start().
-  void SendUnasked(const std::vector<ASensorEvent>& events);
+  void SendUnasked(const std::vector<ASensorEvent>& events) {
+    if (service()) service()->SendUnasked(events);
+  }
 
   // See services::SensorService. 0 or empty before Start().
-  size_t queue_count() const;
-  int listeners(int32_t type) const;
-  std::optional<services::SensorRequest> last_request(int32_t type) const;
+  size_t queue_count() const { return service() ? service()->queue_count() : 0; }
+  int listeners(int32_t type) const { return service() ? service()->listeners(type) : 0; }
+  std::optional<services::SensorRequest> last_request(int32_t type) const {
+    return service() ? service()->last_request(type) : std::nullopt;
+  }
 
   // The script of a function: outcomes of the next calls, count of calls.
   fake::Script& on(fake::SensorFunction function) { return platform_scripts_.on(function); }
   fake::Script& on(fake::BinderFunction function) { return platform_scripts_.on(function); }
 
  private:
+  // Null before Start().
   std::shared_ptr<services::SensorService> service() const QUORVEL_EXCLUDES(lock_);
 
-  const services::ServiceObserver observer_;
+  const services::EventSender events_;
   const fake::PlatformScripts platform_scripts_;
   mutable std::mutex lock_;
   std::vector<fake::SensorDescription> sensors_ QUORVEL_GUARDED_BY(lock_);

@@ -85,14 +85,12 @@ class Thermal {
   class HidlService;
   struct Phone;
 
-  void StartAidl();
-  void StartHidl();
-  // True if the service was running.
-  [[nodiscard]] bool KillAidl();
-  [[nodiscard]] bool KillHidl();
-  void Tell(services::ServiceEvent::Kind kind, ThermalPath path) const;
+  const services::EventSender& events(ThermalPath path) const {
+    return path == ThermalPath::kAidl ? aidl_events_ : hidl_events_;
+  }
 
-  const services::ServiceObserver observer_;
+  const services::EventSender aidl_events_;
+  const services::EventSender hidl_events_;
   const fake::PlatformScripts platform_scripts_;
   const std::shared_ptr<Phone> phone_;
 };

@@ -15,7 +15,7 @@ namespace aidl::android::frameworks::sensorservice {
 
 class ISensorManager : public ndk::ICInterface {
  public:
-  static const char* descriptor;
+  static inline const char* descriptor = "android.frameworks.sensorservice.ISensorManager";
   static inline const int32_t version = 1;
 
   static std::shared_ptr<ISensorManager> fromBinder(const ndk::SpAIBinder& binder);

@@ -6,9 +6,7 @@
 
 #include <android/binder_enums.h>
 
-#include <array>
 #include <cstdint>
-#include <string>
 
 namespace aidl::android::hardware::health {
 
@@ -21,16 +19,6 @@ enum class BatteryCapacityLevel : int32_t {
   HIGH = 4,
   FULL = 5,
 };
-
-// The name of the value, or its number if it has no name.
-std::string toString(BatteryCapacityLevel value);
+using ndk::internal::toString;
 
 }  // namespace aidl::android::hardware::health
-
-namespace ndk::internal {
-template <>
-constexpr inline auto enum_values<aidl::android::hardware::health::BatteryCapacityLevel> = [] {
-  using enum aidl::android::hardware::health::BatteryCapacityLevel;
-  return std::array{UNSUPPORTED, UNKNOWN, CRITICAL, LOW, NORMAL, HIGH, FULL};
-}();
-}  // namespace ndk::internal

@@ -6,9 +6,7 @@
 
 #include <android/binder_enums.h>
 
-#include <array>
 #include <cstdint>
-#include <string>
 
 namespace aidl::android::hardware::health {
 
@@ -18,16 +16,6 @@ enum class BatteryChargingPolicy : int32_t {
   LONG_LIFE = 2,
   ADAPTIVE = 3,
 };
-
-// The name of the value, or its number if it has no name.
-std::string toString(BatteryChargingPolicy value);
+using ndk::internal::toString;
 
 }  // namespace aidl::android::hardware::health
-
-namespace ndk::internal {
-template <>
-constexpr inline auto enum_values<aidl::android::hardware::health::BatteryChargingPolicy> = [] {
-  using enum aidl::android::hardware::health::BatteryChargingPolicy;
-  return std::array{INVALID, DEFAULT, LONG_LIFE, ADAPTIVE};
-}();
-}  // namespace ndk::internal

@@ -6,9 +6,7 @@
 
 #include <android/binder_enums.h>
 
-#include <array>
 #include <cstdint>
-#include <string>
 
 namespace aidl::android::hardware::health {
 
@@ -20,16 +18,6 @@ enum class BatteryChargingState : int32_t {
   LONG_LIFE = 4,
   ADAPTIVE = 5,
 };
-
-// The name of the value, or its number if it has no name.
-std::string toString(BatteryChargingState value);
+using ndk::internal::toString;
 
 }  // namespace aidl::android::hardware::health
-
-namespace ndk::internal {
-template <>
-constexpr inline auto enum_values<aidl::android::hardware::health::BatteryChargingState> = [] {
-  using enum aidl::android::hardware::health::BatteryChargingState;
-  return std::array{INVALID, NORMAL, TOO_COLD, TOO_HOT, LONG_LIFE, ADAPTIVE};
-}();
-}  // namespace ndk::internal

@@ -6,9 +6,7 @@
 
 #include <android/binder_enums.h>
 
-#include <array>
 #include <cstdint>
-#include <string>
 
 namespace aidl::android::hardware::health {
 
@@ -24,17 +22,6 @@ enum class BatteryHealth : int32_t {
   NOT_AVAILABLE = 11,
   INCONSISTENT = 12,
 };
-
-// The name of the value, or its number if it has no name.
-std::string toString(BatteryHealth value);
+using ndk::internal::toString;
 
 }  // namespace aidl::android::hardware::health
-
-namespace ndk::internal {
-template <>
-constexpr inline auto enum_values<aidl::android::hardware::health::BatteryHealth> = [] {
-  using enum aidl::android::hardware::health::BatteryHealth;
-  return std::array{UNKNOWN, GOOD, OVERHEAT,      DEAD,        OVER_VOLTAGE, UNSPECIFIED_FAILURE,
-                    COLD,    FAIR, NOT_AVAILABLE, INCONSISTENT};
-}();
-}  // namespace ndk::internal

@@ -15,7 +15,7 @@ namespace aidl::android::hardware::health {
 
 class BatteryHealthData {
  public:
-  static const char* descriptor;
+  static inline const char* descriptor = "android.hardware.health.BatteryHealthData";
   int64_t batteryManufacturingDateSeconds = 0;
   int64_t batteryFirstUsageSeconds = 0;
   int64_t batteryStateOfHealth = 0;
@@ -24,7 +24,6 @@ class BatteryHealthData {
 
   std::string toString() const;
 
-  bool operator==(const BatteryHealthData& other) const = default;
   // NOLINTNEXTLINE(modernize-use-nullptr): clang-tidy 14 takes the default for a literal 0
   std::partial_ordering operator<=>(const BatteryHealthData& other) const = default;
 };

@@ -6,9 +6,7 @@
 
 #include <android/binder_enums.h>
 
-#include <array>
 #include <cstdint>
-#include <string>
 
 namespace aidl::android::hardware::health {
 
@@ -17,16 +15,6 @@ enum class BatteryPartStatus : int32_t {
   ORIGINAL = 1,
   REPLACED = 2,
 };
-
-// The name of the value, or its number if it has no name.
-std::string toString(BatteryPartStatus value);
+using ndk::internal::toString;
 
 }  // namespace aidl::android::hardware::health
-
-namespace ndk::internal {
-template <>
-constexpr inline auto enum_values<aidl::android::hardware::health::BatteryPartStatus> = [] {
-  using enum aidl::android::hardware::health::BatteryPartStatus;
-  return std::array{UNSUPPORTED, ORIGINAL, REPLACED};
-}();
-}  // namespace ndk::internal

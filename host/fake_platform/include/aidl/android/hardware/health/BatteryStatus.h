@@ -6,9 +6,7 @@
 
 #include <android/binder_enums.h>
 
-#include <array>
 #include <cstdint>
-#include <string>
 
 namespace aidl::android::hardware::health {
 
@@ -19,16 +17,6 @@ enum class BatteryStatus : int32_t {
   NOT_CHARGING = 4,
   FULL = 5,
 };
-
-// The name of the value, or its number if it has no name.
-std::string toString(BatteryStatus value);
+using ndk::internal::toString;
 
 }  // namespace aidl::android::hardware::health
-
-namespace ndk::internal {
-template <>
-constexpr inline auto enum_values<aidl::android::hardware::health::BatteryStatus> = [] {
-  using enum aidl::android::hardware::health::BatteryStatus;
-  return std::array{UNKNOWN, CHARGING, DISCHARGING, NOT_CHARGING, FULL};
-}();
-}  // namespace ndk::internal

@@ -5,22 +5,9 @@
 #pragma once
 
 #include <aidl/android/hardware/health/IHealth.h>
-#include <android/binder_interface_utils.h>
-
-#include <cstdint>
-#include <string>
 
 namespace aidl::android::hardware::health {
 
-class BnHealth : public ndk::BnCInterface<IHealth> {
- public:
-  BnHealth();
-  ~BnHealth() override;
-  ndk::ScopedAStatus getInterfaceVersion(int32_t* out) final;
-  ndk::ScopedAStatus getInterfaceHash(std::string* out) final;
-
- protected:
-  ndk::SpAIBinder createBinder() override;
-};
+class BnHealth : public ndk::internal::GeneratedLocal<IHealth> {};
 
 }  // namespace aidl::android::hardware::health

@@ -5,22 +5,9 @@
 #pragma once
 
 #include <aidl/android/hardware/health/IHealthInfoCallback.h>
-#include <android/binder_interface_utils.h>
-
-#include <cstdint>
-#include <string>
 
 namespace aidl::android::hardware::health {
 
-class BnHealthInfoCallback : public ndk::BnCInterface<IHealthInfoCallback> {
- public:
-  BnHealthInfoCallback();
-  ~BnHealthInfoCallback() override;
-  ndk::ScopedAStatus getInterfaceVersion(int32_t* out) final;
-  ndk::ScopedAStatus getInterfaceHash(std::string* out) final;
-
- protected:
-  ndk::SpAIBinder createBinder() override;
-};
+class BnHealthInfoCallback : public ndk::internal::GeneratedLocal<IHealthInfoCallback> {};
 
 }  // namespace aidl::android::hardware::health

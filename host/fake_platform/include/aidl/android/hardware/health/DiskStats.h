@@ -12,7 +12,7 @@ namespace aidl::android::hardware::health {
 
 class DiskStats {
  public:
-  static const char* descriptor;
+  static inline const char* descriptor = "android.hardware.health.DiskStats";
   int64_t reads = 0;
   int64_t readMerges = 0;
   int64_t readSectors = 0;
@@ -27,7 +27,6 @@ class DiskStats {
 
   std::string toString() const;
 
-  bool operator==(const DiskStats& other) const = default;
   // NOLINTNEXTLINE(modernize-use-nullptr): clang-tidy 14 takes the default for a literal 0
   std::partial_ordering operator<=>(const DiskStats& other) const = default;
 };

@@ -23,7 +23,7 @@ namespace aidl::android::hardware::health {
 
 class HealthInfo {
  public:
-  static const char* descriptor;
+  static inline const char* descriptor = "android.hardware.health.HealthInfo";
   static constexpr int32_t BATTERY_CHARGE_TIME_TO_FULL_NOW_SECONDS_UNSUPPORTED = -1;
 
   bool chargerAcOnline = false;
@@ -55,7 +55,6 @@ class HealthInfo {
 
   std::string toString() const;
 
-  bool operator==(const HealthInfo& other) const = default;
   // NOLINTNEXTLINE(modernize-use-nullptr): clang-tidy 14 takes the default for a literal 0
   std::partial_ordering operator<=>(const HealthInfo& other) const = default;
 };

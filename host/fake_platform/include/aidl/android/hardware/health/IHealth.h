@@ -20,21 +20,17 @@
 
 namespace aidl::android::hardware::health {
 
-class IHealth : public ndk::ICInterface {
+class BpHealth;
+
+class IHealth : public ndk::internal::Generated<IHealth, BpHealth> {
  public:
-  static const char* descriptor;
+  static inline const char* descriptor = "android.hardware.health.IHealth";
   static inline const int32_t version = 3;
   static inline const std::string hash = "3bab6273a5491102b29c9d7a1f0efa749533f46d";
 
   // Service-specific error codes.
   static constexpr int32_t STATUS_UNKNOWN = 2;
   static constexpr int32_t STATUS_CALLBACK_DIED = 4;
-
-  static std::shared_ptr<IHealth> fromBinder(const ndk::SpAIBinder& binder);
-  // Sets the implementation that answers calls which a service does not implement
-  // (STATUS_UNKNOWN_TRANSACTION). Set it once, before the first call. False for null.
-  static bool setDefaultImpl(const std::shared_ptr<IHealth>& impl);
-  static const std::shared_ptr<IHealth>& getDefaultImpl();
 
   // Sends the current data to `callback` before it returns.
   virtual ndk::ScopedAStatus registerCallback(
@@ -55,8 +51,6 @@ class IHealth : public ndk::ICInterface {
   virtual ndk::ScopedAStatus setChargingPolicy(BatteryChargingPolicy policy) = 0;
   virtual ndk::ScopedAStatus getChargingPolicy(BatteryChargingPolicy* out) = 0;
   virtual ndk::ScopedAStatus getBatteryHealthData(BatteryHealthData* out) = 0;
-  virtual ndk::ScopedAStatus getInterfaceVersion(int32_t* out) = 0;
-  virtual ndk::ScopedAStatus getInterfaceHash(std::string* out) = 0;
 };
 
 }  // namespace aidl::android::hardware::health

@@ -12,7 +12,7 @@ namespace aidl::android::hardware::health {
 
 class StorageInfo {
  public:
-  static const char* descriptor;
+  static inline const char* descriptor = "android.hardware.health.StorageInfo";
   int32_t eol = 0;
   int32_t lifetimeA = 0;
   int32_t lifetimeB = 0;
@@ -20,7 +20,6 @@ class StorageInfo {
 
   std::string toString() const;
 
-  bool operator==(const StorageInfo& other) const = default;
   // NOLINTNEXTLINE(modernize-use-nullptr): clang-tidy 14 takes the default for a literal 0
   std::partial_ordering operator<=>(const StorageInfo& other) const = default;
 };

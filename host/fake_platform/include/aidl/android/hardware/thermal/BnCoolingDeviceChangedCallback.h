@@ -6,22 +6,10 @@
 #pragma once
 
 #include <aidl/android/hardware/thermal/ICoolingDeviceChangedCallback.h>
-#include <android/binder_interface_utils.h>
-
-#include <cstdint>
-#include <string>
 
 namespace aidl::android::hardware::thermal {
 
-class BnCoolingDeviceChangedCallback : public ndk::BnCInterface<ICoolingDeviceChangedCallback> {
- public:
-  BnCoolingDeviceChangedCallback();
-  ~BnCoolingDeviceChangedCallback() override;
-  ndk::ScopedAStatus getInterfaceVersion(int32_t* out) final;
-  ndk::ScopedAStatus getInterfaceHash(std::string* out) final;
-
- protected:
-  ndk::SpAIBinder createBinder() override;
-};
+class BnCoolingDeviceChangedCallback
+    : public ndk::internal::GeneratedLocal<ICoolingDeviceChangedCallback> {};
 
 }  // namespace aidl::android::hardware::thermal

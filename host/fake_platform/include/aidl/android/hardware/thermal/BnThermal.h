@@ -5,22 +5,9 @@
 #pragma once
 
 #include <aidl/android/hardware/thermal/IThermal.h>
-#include <android/binder_interface_utils.h>
-
-#include <cstdint>
-#include <string>
 
 namespace aidl::android::hardware::thermal {
 
-class BnThermal : public ndk::BnCInterface<IThermal> {
- public:
-  BnThermal();
-  ~BnThermal() override;
-  ndk::ScopedAStatus getInterfaceVersion(int32_t* out) final;
-  ndk::ScopedAStatus getInterfaceHash(std::string* out) final;
-
- protected:
-  ndk::SpAIBinder createBinder() override;
-};
+class BnThermal : public ndk::internal::GeneratedLocal<IThermal> {};
 
 }  // namespace aidl::android::hardware::thermal

@@ -5,22 +5,9 @@
 #pragma once
 
 #include <aidl/android/hardware/thermal/IThermalChangedCallback.h>
-#include <android/binder_interface_utils.h>
-
-#include <cstdint>
-#include <string>
 
 namespace aidl::android::hardware::thermal {
 
-class BnThermalChangedCallback : public ndk::BnCInterface<IThermalChangedCallback> {
- public:
-  BnThermalChangedCallback();
-  ~BnThermalChangedCallback() override;
-  ndk::ScopedAStatus getInterfaceVersion(int32_t* out) final;
-  ndk::ScopedAStatus getInterfaceHash(std::string* out) final;
-
- protected:
-  ndk::SpAIBinder createBinder() override;
-};
+class BnThermalChangedCallback : public ndk::internal::GeneratedLocal<IThermalChangedCallback> {};
 
 }  // namespace aidl::android::hardware::thermal

@@ -14,7 +14,7 @@ namespace aidl::android::hardware::thermal {
 
 class CoolingDevice {
  public:
-  static const char* descriptor;
+  static inline const char* descriptor = "android.hardware.thermal.CoolingDevice";
 
   CoolingType type = static_cast<CoolingType>(0);
   std::string name = {};
@@ -26,7 +26,6 @@ class CoolingDevice {
 
   std::string toString() const;
 
-  bool operator==(const CoolingDevice& other) const = default;
   // NOLINTNEXTLINE(modernize-use-nullptr): clang-tidy 14 takes the default for a literal 0
   std::partial_ordering operator<=>(const CoolingDevice& other) const = default;
 };

@@ -6,9 +6,7 @@
 
 #include <android/binder_enums.h>
 
-#include <array>
 #include <cstdint>
-#include <string>
 
 namespace aidl::android::hardware::thermal {
 
@@ -30,18 +28,6 @@ enum class CoolingType : int32_t {
   FLASHLIGHT = 13,
   USB_PORT = 14,
 };
-
-// The name of the value, or its number if it has no name.
-std::string toString(CoolingType value);
+using ndk::internal::toString;
 
 }  // namespace aidl::android::hardware::thermal
-
-namespace ndk::internal {
-template <>
-constexpr inline auto enum_values<aidl::android::hardware::thermal::CoolingType> = [] {
-  using enum aidl::android::hardware::thermal::CoolingType;
-  return std::array{FAN,     BATTERY,         CPU,     GPU,     MODEM, NPU,    COMPONENT,
-                    TPU,     POWER_AMPLIFIER, DISPLAY, SPEAKER, WIFI,  CAMERA, FLASHLIGHT,
-                    USB_PORT};
-}();
-}  // namespace ndk::internal

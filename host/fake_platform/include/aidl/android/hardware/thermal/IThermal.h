@@ -20,17 +20,13 @@
 
 namespace aidl::android::hardware::thermal {
 
-class IThermal : public ndk::ICInterface {
+class BpThermal;
+
+class IThermal : public ndk::internal::Generated<IThermal, BpThermal> {
  public:
-  static const char* descriptor;
+  static inline const char* descriptor = "android.hardware.thermal.IThermal";
   static inline const int32_t version = 2;
   static inline const std::string hash = "2f49c78011338b42b43d5d0e250d9b520850cc1f";
-
-  static std::shared_ptr<IThermal> fromBinder(const ndk::SpAIBinder& binder);
-  // Sets the implementation that answers calls which a service does not implement
-  // (STATUS_UNKNOWN_TRANSACTION). Set it once, before the first call. False for null.
-  static bool setDefaultImpl(const std::shared_ptr<IThermal>& impl);
-  static const std::shared_ptr<IThermal>& getDefaultImpl();
 
   // While the service is not ready, calls fail with EX_ILLEGAL_STATE and a message. The order of
   // entries is the same in every reply.
@@ -57,8 +53,6 @@ class IThermal : public ndk::ICInterface {
       const std::shared_ptr<ICoolingDeviceChangedCallback>& callback, CoolingType type) = 0;
   virtual ndk::ScopedAStatus unregisterCoolingDeviceChangedCallback(
       const std::shared_ptr<ICoolingDeviceChangedCallback>& callback) = 0;
-  virtual ndk::ScopedAStatus getInterfaceVersion(int32_t* out) = 0;
-  virtual ndk::ScopedAStatus getInterfaceHash(std::string* out) = 0;
 };
 
 }  // namespace aidl::android::hardware::thermal

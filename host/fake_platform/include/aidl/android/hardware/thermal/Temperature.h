@@ -15,7 +15,7 @@ namespace aidl::android::hardware::thermal {
 
 class Temperature {
  public:
-  static const char* descriptor;
+  static inline const char* descriptor = "android.hardware.thermal.Temperature";
 
   TemperatureType type = static_cast<TemperatureType>(0);
   std::string name = {};
@@ -24,7 +24,6 @@ class Temperature {
 
   std::string toString() const;
 
-  bool operator==(const Temperature& other) const = default;
   // NOLINTNEXTLINE(modernize-use-nullptr): clang-tidy 14 takes the default for a literal 0
   std::partial_ordering operator<=>(const Temperature& other) const = default;
 };

@@ -15,7 +15,7 @@ namespace aidl::android::hardware::thermal {
 
 class TemperatureThreshold {
  public:
-  static const char* descriptor;
+  static inline const char* descriptor = "android.hardware.thermal.TemperatureThreshold";
 
   TemperatureType type = static_cast<TemperatureType>(0);
   std::string name = {};
@@ -25,7 +25,6 @@ class TemperatureThreshold {
 
   std::string toString() const;
 
-  bool operator==(const TemperatureThreshold& other) const = default;
   // NOLINTNEXTLINE(modernize-use-nullptr): clang-tidy 14 takes the default for a literal 0
   std::partial_ordering operator<=>(const TemperatureThreshold& other) const = default;
 };

@@ -6,9 +6,7 @@
 
 #include <android/binder_enums.h>
 
-#include <array>
 #include <cstdint>
-#include <string>
 
 namespace aidl::android::hardware::thermal {
 
@@ -36,19 +34,6 @@ enum class TemperatureType : int32_t {
   AMBIENT = 18,
   POGO = 19,
 };
-
-// The name of the value, or its number if it has no name.
-std::string toString(TemperatureType value);
+using ndk::internal::toString;
 
 }  // namespace aidl::android::hardware::thermal
-
-namespace ndk::internal {
-template <>
-constexpr inline auto enum_values<aidl::android::hardware::thermal::TemperatureType> = [] {
-  using enum aidl::android::hardware::thermal::TemperatureType;
-  return std::array{UNKNOWN,         CPU,         GPU,         BATTERY,        SKIN,   USB_PORT,
-                    POWER_AMPLIFIER, BCL_VOLTAGE, BCL_CURRENT, BCL_PERCENTAGE, NPU,    TPU,
-                    DISPLAY,         MODEM,       SOC,         WIFI,           CAMERA, FLASHLIGHT,
-                    SPEAKER,         AMBIENT,     POGO};
-}();
-}  // namespace ndk::internal

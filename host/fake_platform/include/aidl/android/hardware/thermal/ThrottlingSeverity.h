@@ -6,9 +6,7 @@
 
 #include <android/binder_enums.h>
 
-#include <array>
 #include <cstdint>
-#include <string>
 
 namespace aidl::android::hardware::thermal {
 
@@ -21,16 +19,6 @@ enum class ThrottlingSeverity : int32_t {
   EMERGENCY = 5,
   SHUTDOWN = 6,
 };
-
-// The name of the value, or its number if it has no name.
-std::string toString(ThrottlingSeverity value);
+using ndk::internal::toString;
 
 }  // namespace aidl::android::hardware::thermal
-
-namespace ndk::internal {
-template <>
-constexpr inline auto enum_values<aidl::android::hardware::thermal::ThrottlingSeverity> = [] {
-  using enum aidl::android::hardware::thermal::ThrottlingSeverity;
-  return std::array{NONE, LIGHT, MODERATE, SEVERE, CRITICAL, EMERGENCY, SHUTDOWN};
-}();
-}  // namespace ndk::internal

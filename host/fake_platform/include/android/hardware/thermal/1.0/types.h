@@ -10,7 +10,6 @@
 
 #include <cstdint>
 #include <string>
-#include <type_traits>
 
 namespace android::hardware::thermal::V1_0 {
 
@@ -75,18 +74,7 @@ std::string toString(const Temperature& record);
 std::string toString(const CoolingDevice& record);
 std::string toString(const CpuUsage& record);
 
-// For the enums above: combines the numbers of two values.
-template <typename E>
-requires std::is_enum_v<E>
-constexpr std::underlying_type_t<E> operator|(E left, E right) {
-  using Number = std::underlying_type_t<E>;
-  return static_cast<Number>(left) | static_cast<Number>(right);
-}
-template <typename E>
-requires std::is_enum_v<E>
-constexpr std::underlying_type_t<E> operator&(E left, E right) {
-  using Number = std::underlying_type_t<E>;
-  return static_cast<Number>(left) & static_cast<Number>(right);
-}
+using details::operator|;
+using details::operator&;
 
 }  // namespace android::hardware::thermal::V1_0

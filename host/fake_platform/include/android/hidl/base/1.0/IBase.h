@@ -9,10 +9,13 @@
 
 #include <hidl/HidlSupport.h>
 #include <hidl/Status.h>
+#include <utils/Errors.h>
 #include <utils/RefBase.h>
 
 #include <cstdint>
 #include <functional>
+#include <string>
+#include <type_traits>
 
 namespace android::hidl::base::V1_0 {
 
@@ -24,7 +27,7 @@ struct DebugInfo final {
 };
 
 struct IBase : virtual public RefBase {
-  static const char* descriptor;
+  static inline const char* descriptor = "android.hidl.base@1.0::IBase";
 
   using interfaceChain_cb =
       std::function<void(const hardware::hidl_vec<hardware::hidl_string>& descriptors)>;
@@ -56,3 +59,55 @@ struct IBase : virtual public RefBase {
 };
 
 }  // namespace android::hidl::base::V1_0
+
+namespace android::hardware::details {
+
+// What every generated interface I shares. A real generated header spells it out. I defines its
+// descriptor and extends PARENT. PROXY is the class of its proxies.
+template <typename I, typename PARENT, typename PROXY>
+struct Generated : public PARENT {
+  using BpHw = PROXY;  // for the transport
+
+  Return<void> interfaceChain(
+      ::android::hidl::base::V1_0::IBase::interfaceChain_cb _hidl_cb) override;
+  Return<void> interfaceDescriptor(
+      ::android::hidl::base::V1_0::IBase::interfaceDescriptor_cb _hidl_cb) override;
+
+  // `parent` is an I or what I extends. For any other interface, pass its IBase. Null if the object
+  // does not implement I.
+  template <typename FROM>
+  requires std::is_base_of_v<FROM, I>
+  static Return<sp<I>> castFrom(const sp<FROM>& parent, bool emitError = false) {
+    if constexpr (std::is_same_v<FROM, I>) return parent;
+    return CastFromBase(parent, emitError);
+  }
+
+  // Each call returns a new proxy of a remote service. tryGetService() does not wait: it returns
+  // null if the service is not declared or not running. getService() waits for a declared service.
+  // Both return null with getStub.
+  static sp<I> tryGetService(const std::string& serviceName = "default", bool getStub = false);
+  static sp<I> tryGetService(const char* serviceName, bool getStub = false) {
+    return tryGetService(hidl_string(serviceName), getStub);
+  }
+  static sp<I> tryGetService(const hidl_string& serviceName, bool getStub = false) {
+    return tryGetService(std::string(serviceName.c_str(), serviceName.size()), getStub);
+  }
+  static sp<I> tryGetService(bool getStub) { return tryGetService("default", getStub); }
+  static sp<I> getService(const std::string& serviceName = "default", bool getStub = false);
+  static sp<I> getService(const char* serviceName, bool getStub = false) {
+    return getService(hidl_string(serviceName), getStub);
+  }
+  static sp<I> getService(const hidl_string& serviceName, bool getStub = false) {
+    return getService(std::string(serviceName.c_str(), serviceName.size()), getStub);
+  }
+  static sp<I> getService(bool getStub) { return getService("default", getStub); }
+
+  __attribute__((warn_unused_result)) status_t registerAsService(
+      const std::string& serviceName = "default");
+
+ private:
+  static Return<sp<I>> CastFromBase(const sp<::android::hidl::base::V1_0::IBase>& parent,
+                                    bool emitError);
+};
+
+}  // namespace android::hardware::details

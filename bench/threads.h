@@ -1,9 +1,14 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Pins threads to processors, so that figures do not depend on the scheduler.
+// Pins threads to processors, so that figures do not depend on the scheduler, and shows the
+// library's threads as the kernel reports them.
 #pragma once
 
+#include <sys/types.h>
+
+#include <cstdint>
+#include <map>
 #include <string_view>
 
 namespace norvik::qel::bench {
@@ -27,5 +32,14 @@ class WorkersAreMadeHere {
   WorkersAreMadeHere(const WorkersAreMadeHere&) = delete;
   WorkersAreMadeHere& operator=(const WorkersAreMadeHere&) = delete;
 };
+
+// The context switches of each of the library's threads so far, by thread id.
+using ContextSwitches = std::map<pid_t, int64_t>;
+ContextSwitches LibraryContextSwitches();
+
+// Polls until there are `count` threads and none has run between two polls some milliseconds apart:
+// all have started and fallen asleep. The kernel sends no notification of that. False after ten
+// seconds.
+bool LibraryThreadsSettle(int count);
 
 }  // namespace norvik::qel::bench

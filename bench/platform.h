@@ -1,13 +1,17 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Observes the library's waits at the platform's looper, and ends them.
+// What benchmarks of parts of the library need of the platform: observes and ends the library's
+// waits at the looper.
 #pragma once
 
 #include <android/sensor.h>
+#include <utils/StrongPointer.h>
 
 #include <cstdint>
 #include <vector>
+
+#include "thermal_hidl_wrapper/thermal_hidl_wrapper.h"
 
 namespace norvik::qel::bench {
 
@@ -23,5 +27,8 @@ void DrainLooper();
 
 // One reading, as the platform delivers it.
 std::vector<ASensorEvent> Reading(int32_t type, float value);
+
+// The simulated phone's running thermal service, in the form that the library's classes take.
+android::sp<aidl::android::hardware::thermal::ThermalHidlWrapper> LookUpThermal();
 
 }  // namespace norvik::qel::bench

@@ -2,14 +2,17 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // Interposes the platform's function for the library's object files in this program.
-#include "polls.h"
+#include "platform.h"
 
+#include <aidl/android/hardware/thermal/IThermal.h>
+#include <android/binder_manager.h>
 #include <android/looper.h>
 #include <dlfcn.h>
 
 #include <atomic>
 
-#include "latencies.h"
+#include "quorvel/services/thermal_service.h"
+#include "turns.h"
 
 namespace norvik::qel::bench {
 
@@ -37,6 +40,13 @@ std::vector<ASensorEvent> Reading(int32_t type, float value) {
   event.type = type;
   event.data[0] = value;
   return {event};
+}
+
+android::sp<aidl::android::hardware::thermal::ThermalHidlWrapper> LookUpThermal() {
+  using aidl::android::hardware::thermal::IThermal;
+  using aidl::android::hardware::thermal::ThermalHidlWrapper;
+  return android::sp<ThermalHidlWrapper>::make(IThermal::fromBinder(
+      ndk::SpAIBinder(AServiceManager_checkService(services::kThermalInstance))));
 }
 
 }  // namespace norvik::qel::bench

@@ -1,15 +1,21 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "cpus.h"
+#include "threads.h"
 
 #include <errno.h>
 #include <sched.h>
 
+#include <chrono>
+#include <sstream>
+#include <string>
 #include <system_error>
+#include <thread>
+#include <utility>
 #include <vector>
 
 #include "process_state.h"
+#include "waiting.h"
 
 namespace norvik::qel::bench {
 
@@ -38,6 +44,20 @@ void Pin(pid_t thread, Cpu cpu) {
   }
 }
 
+// Voluntary and involuntary ones.
+int64_t ContextSwitchesOf(pid_t id) {
+  int64_t sum = 0;
+  std::istringstream status(ReadThreadFile(id, "status"));
+  std::string field;
+  while (status >> field) {
+    if (!field.ends_with("voluntary_ctxt_switches:")) continue;
+    int64_t count = 0;
+    status >> count;
+    sum += count;
+  }
+  return sum;
+}
+
 }  // namespace
 
 void PinThisThread(Cpu cpu) {
@@ -51,6 +71,21 @@ bool PinThread(std::string_view name, Cpu cpu) {
     return true;
   }
   return false;
+}
+
+ContextSwitches LibraryContextSwitches() {
+  ContextSwitches switches;
+  for (const pid_t id : LibraryThreadIds()) switches[id] = ContextSwitchesOf(id);
+  return switches;
+}
+
+bool LibraryThreadsSettle(int count) {
+  ContextSwitches earlier;
+  return Eventually([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    const ContextSwitches before = std::exchange(earlier, LibraryContextSwitches());
+    return static_cast<int>(earlier.size()) == count && earlier == before;
+  });
 }
 
 }  // namespace norvik::qel::bench
