@@ -108,8 +108,13 @@ TEST_F(BatteryLinkTest, ALateDeathNotificationLeavesTheNextLinkAlone) {
     EXPECT_EQ(log_.Count(kAttempt), 0);
   }
   EXPECT_EQ(health_.callback_count(), 1u) << "registered once, not twice";
-  Restart(29);  // and the link has a notification of its own
+  log_.Clear();
+  {
+    const HoldDeliveries hold(Delivery::kDeathNotification);
+    Restart(29);  // and the link has a notification of its own
+  }
   EXPECT_EQ(seen_.Take(), (Call{0, 29}));
+  EXPECT_THAT(Warnings(), IsEmpty()) << "the first attempt finds the service";
 }
 
 TEST_F(BatteryLinkTest, ALinkRefusedByADeathLooksTheServiceUpAgain) {

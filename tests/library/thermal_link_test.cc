@@ -182,6 +182,14 @@ TEST_P(ThermalDeathTest, RegistrationsWaitForALateService) {
   ASSERT_TRUE(log_.WaitFor(kDropped));
   EXPECT_EQ(registered(), 1u);
   EXPECT_EQ(DeregisterThermalCallback(handle_, 1), 0);
+
+  // What has failed is dropped for good.
+  thermal_.Kill(GetParam());
+  ASSERT_TRUE(fake::WaitUntilDelivered());
+  ASSERT_EQ(Register<1>("SKIN", "skin"), 0);
+  thermal_.Start(GetParam());
+  ASSERT_TRUE(log_.WaitFor(kFound, 2));
+  EXPECT_EQ(log_.Count(kDropped), 1);
 }
 
 TEST_P(ThermalDeathSlowTest, WaitingRegistrationsOutliveTenAttempts) {
