@@ -41,41 +41,31 @@ TEST_F(BatteryLinkTest, AnUndeclaredServiceIsNoErrorAndIsFoundLater) {
   EXPECT_THAT(Warnings(), ElementsAre(kStartsToRestore));
 }
 
-TEST_F(BatteryLinkTest, ADeclaredServiceThatDoesNotRunIsFoundLater) {
-  health_.Kill();
-  RegisterFirst();
-  EXPECT_EQ(Warnings().at(0), "IsHealthServiceReady: Unable to AIDL health service");
-  EXPECT_EQ(Warnings().at(1), kStartsToRestore);
-  health_.Start();
-  EXPECT_EQ(seen_.Take(), (Call{0, 50}));
-}
-
-TEST_F(BatteryLinkTest, ARefusedRegistrationIsRetried) {
-  health_.on(HealthOperation::kRegisterCallback).Then(Outcome::ServiceSpecific(2));
-  RegisterFirst();
-  EXPECT_EQ(seen_.Take(), (Call{0, 50}));
-  EXPECT_THAT(Log(), testing::IsSupersetOf({kRefused, kStartsToRestore, kAttempt}));
-  EXPECT_EQ(Calls(HealthOperation::kRegisterCallback), 2);
-  EXPECT_EQ(health_.callback_count(), 1u);
-}
-
-TEST_F(BatteryLinkTest, ARefusedDeathLinkUndoesTheRegistrationAndIsRetried) {
-  // The second try is kept waiting, so that the state in between can be seen.
-  auto gate = std::make_shared<Gate>();
-  health_.on(BinderFunction::kLinkToDeath).Then({STATUS_NO_MEMORY});
-  health_.on(HealthOperation::kRegisterCallback).Then(Outcome{});
-  health_.on(HealthOperation::kRegisterCallback).Then(Outcome::After(gate));
-  RegisterFirst();
-  EXPECT_THAT(Warnings(),
-              ElementsAre("LinkToHealthService:Failed to link to health death", kStartsToRestore));
-  ASSERT_TRUE(gate->WaitForArrivals());
-  EXPECT_EQ(Calls(HealthOperation::kUnregisterCallback), 1);
-  EXPECT_EQ(health_.callback_count(), 0u);
-  EXPECT_FALSE(IsLinked());
-  gate->Open();
-  EXPECT_TRUE(Eventually([this] { return IsLinked(); }));
-  EXPECT_EQ(health_.callback_count(), 1u);
-  EXPECT_EQ(seen_.Take(), (Call{0, 50}));
+TEST_F(BatteryLinkTest, AFailureToLinkIsLoggedUndoneAndRetried) {
+  const struct {
+    fake::Script& operation;
+    Outcome outcome;
+    const char* warning;
+  } kCases[] = {
+      {health_.on(BinderFunction::kGetService),
+       {STATUS_NAME_NOT_FOUND},
+       "IsHealthServiceReady: Unable to AIDL health service"},
+      {health_.on(HealthOperation::kRegisterCallback), Outcome::ServiceSpecific(2), kRefused},
+      {health_.on(BinderFunction::kLinkToDeath),
+       {STATUS_NO_MEMORY},
+       "LinkToHealthService:Failed to link to health death"},
+  };
+  for (const auto& row : kCases) {
+    log_.Clear();
+    row.operation.Then(row.outcome);
+    RegisterFirst();
+    EXPECT_THAT(Warnings(), ElementsAre(row.warning, kStartsToRestore));
+    EXPECT_TRUE(Eventually([this] { return IsLinked(); }));
+    EXPECT_EQ(log_.Count(kAttempt), 1);
+    EXPECT_EQ(health_.callback_count(), 1u);
+    DeregisterLast();
+  }
+  EXPECT_EQ(Calls(HealthOperation::kUnregisterCallback), 4) << "one for each link, made or refused";
 }
 
 TEST_F(BatteryLinkTest, UnlinkingCompletesWhateverTheServiceAnswers) {
@@ -99,53 +89,32 @@ TEST_F(BatteryLinkTest, UnlinkingCompletesWhateverTheServiceAnswers) {
   EXPECT_THAT(unlink_and_link_again(), IsEmpty());
 }
 
-TEST_F(BatteryLinkTest, AfterADeathTheClientsOfChangedValuesAreCalled) {
-  RegisterLevel();
-  ASSERT_EQ(RegisterBatteryCycleCountCallback(handle_, Client<1>, &seen_), 0);
-  ASSERT_EQ(seen_.Take(), (Call{1, 10}));
-  log_.Clear();
-  {
-    const HoldDeliveries hold(Delivery::kDeathNotification);
-    Restart(42);
-  }
-  EXPECT_EQ(seen_.Take(), (Call{0, 42}));
-  EXPECT_TRUE(IsLinked());
-  EXPECT_EQ(log_.Count(kAttempt), 1) << "the first attempt finds the service";
-  EXPECT_TRUE(seen_.empty()) << "the cycle count is what it was";
-  EXPECT_THAT(Warnings(), IsEmpty()) << "a death is not an error";
-}
-
-TEST_F(BatteryLinkTest, ADeathWithoutClientsStartsNoReconnection) {
-  RegisterLevel();
-  {
-    // The link goes while the death notification is already on its way.
+// The link goes while the death notification is already on its way.
+TEST_F(BatteryLinkTest, ALateDeathNotificationLeavesTheNextLinkAlone) {
+  for (const bool links_again : {false, true}) {
+    RegisterLevel();
     HoldDeliveries hold(Delivery::kDeathNotification);
     health_.Kill();
     ASSERT_TRUE(hold.WaitForHeld());
     log_.Clear();
     DeregisterLast();
-    EXPECT_THAT(Warnings(), ElementsAre(kUnregisterFailed));
+    health_.SetLevel(links_again ? 30 : 31);
+    health_.Start();
+    if (links_again) RegisterLevel();
+    EXPECT_THAT(Warnings(), ElementsAre(kUnregisterFailed)) << "unlinking released the dead one";
+    hold.Release();
+    ASSERT_TRUE(fake::WaitUntilDelivered());
+    EXPECT_EQ(IsLinked(), links_again);
+    EXPECT_EQ(log_.Count(kAttempt), 0);
   }
-  ASSERT_TRUE(fake::WaitUntilDelivered());
-  EXPECT_EQ(log_.Count(kAttempt), 0);
-  health_.SetLevel(31);
-  health_.Start();
-  RegisterLevel();
-  EXPECT_THAT(Warnings(), Not(Contains(kStartsToRestore))) << "linked at once";
-}
-
-// Without a link there is no death notification: the first call that fails reveals the death.
-TEST_F(BatteryLinkTest, AServiceThatDiedUnlinkedIsLookedUpAgainByTheNextAttempt) {
-  ASSERT_EQ(GetBatteryLevel(handle_, false), 50);
-  Restart(20);
-  EXPECT_EQ(GetBatteryLevel(handle_, false), -EAGAIN);
-  EXPECT_EQ(GetBatteryLevel(handle_, false), 20);
-
-  Restart(19);
-  RegisterFirst();
-  EXPECT_EQ(seen_.Take(), (Call{0, 19})) << "the reconnection looks the service up again";
-  EXPECT_THAT(Warnings(), ElementsAre("GetInfoFromHealthService: Unable to get healthInfo",
-                                      kRefused, kStartsToRestore));
+  EXPECT_EQ(health_.callback_count(), 1u) << "registered once, not twice";
+  log_.Clear();
+  {
+    const HoldDeliveries hold(Delivery::kDeathNotification);
+    Restart(29);  // and the link has a notification of its own
+  }
+  EXPECT_EQ(seen_.Take(), (Call{0, 29}));
+  EXPECT_THAT(Warnings(), IsEmpty()) << "the first attempt finds the service";
 }
 
 TEST_F(BatteryLinkTest, ALinkRefusedByADeathLooksTheServiceUpAgain) {
@@ -172,6 +141,7 @@ TEST_F(BatteryLinkTest, AFailedQueryKeepsTheDeathNotification) {
   health_.Kill();
   ASSERT_TRUE(hold.WaitForHeld());
   EXPECT_EQ(GetBatteryLevel(handle_, false), -EAGAIN);
+  EXPECT_THAT(Warnings(), ElementsAre("GetInfoFromHealthService: Unable to get healthInfo"));
   EXPECT_TRUE(IsLinked());
   health_.SetLevel(12);
   health_.Start();
@@ -183,26 +153,6 @@ TEST_F(BatteryLinkTest, AFailedQueryKeepsTheDeathNotification) {
   EXPECT_EQ(GetBatteryLevel(handle_, false), -EAGAIN);
   Restart(11);
   EXPECT_EQ(seen_.Take(), (Call{0, 11}));
-}
-
-TEST_F(BatteryLinkTest, ALateDeathNotificationLeavesTheNextLinkAlone) {
-  RegisterLevel();
-  HoldDeliveries hold(Delivery::kDeathNotification);
-  health_.Kill();
-  ASSERT_TRUE(hold.WaitForHeld());
-  DeregisterLast();
-  health_.Start();
-  health_.SetLevel(30);
-  RegisterLevel();
-  EXPECT_THAT(Warnings(), Not(Contains(kStartsToRestore))) << "unlinking released the dead one";
-  log_.Clear();
-  hold.Release();
-  ASSERT_TRUE(fake::WaitUntilDelivered());
-  EXPECT_TRUE(IsLinked());
-  EXPECT_EQ(log_.Count(kAttempt), 0);
-  EXPECT_EQ(health_.callback_count(), 1u) << "registered once, not twice";
-  Restart(29);  // and the link has a notification of its own
-  EXPECT_EQ(seen_.Take(), (Call{0, 29}));
 }
 
 // The recipient of another part of the process is notified of the same death first.
@@ -235,9 +185,9 @@ TEST_F(BatteryLinkSlowTest, AfterTenFailedAttemptsOnlyAFirstClientLinks) {
   health_.Declare();
   health_.Start();
   ASSERT_EQ(RegisterBatteryCycleCountCallback(handle_, Client<1>, &seen_), 0);
-  DeregisterLast();
   EXPECT_FALSE(IsLinked());
   ASSERT_EQ(DeregisterBatteryCycleCountCallback(handle_, Client<1>), 0);
+  DeregisterLast();
   RegisterLevel();
   EXPECT_EQ(log_.Count(kAttempt), 10);
 }

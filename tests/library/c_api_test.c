@@ -56,8 +56,8 @@ static void TestBattery(void) {
     CHECK(kProperties[i].get(handle, false) == -EAGAIN);
     CHECK(kProperties[i].enlist(NULL, OnValue, &value) == -EINVAL);
     CHECK(kProperties[i].enlist(handle, NULL, &value) == -EINVAL);
-    CHECK(kProperties[i].enlist(handle, OnValue, &value) == 0);
-    CHECK(kProperties[i].enlist(handle, OnValue, NULL) == -EINVAL);
+    CHECK(kProperties[i].enlist(handle, OnValue, NULL) == 0);
+    CHECK(kProperties[i].enlist(handle, OnValue, &value) == -EINVAL);
   }
   DumpBatteryInfo(handle, STDERR_FILENO);
   for (size_t i = 0; i < sizeof kProperties / sizeof kProperties[0]; ++i) {

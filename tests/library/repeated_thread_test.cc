@@ -12,19 +12,14 @@ namespace {
 std::atomic<int> g_allocations{0};
 }  // namespace
 
-// Counts what is allocated anywhere in the process. The sanitizers bring operators of their own.
+// Counts what is allocated anywhere in the process; the standard operators free it. The sanitizers
+// bring operators of their own.
 #if !defined(QUORVEL_SANITIZED)
 [[gnu::noinline]] void* operator new(size_t size) {
   g_allocations.fetch_add(1, std::memory_order_relaxed);
   void* memory = std::malloc(size);
   if (memory == nullptr) std::abort();
   return memory;
-}
-[[gnu::noinline]] void operator delete(void* memory) noexcept {
-  std::free(memory);
-}
-[[gnu::noinline]] void operator delete(void* memory, size_t /*size*/) noexcept {
-  std::free(memory);
 }
 #endif
 
@@ -36,13 +31,24 @@ using fake::LogCapture;
 using fake::LogLine;
 using std::chrono::steady_clock;
 
-// An action that tells the test when it is inside and stays there until the test gives its result.
-class GatedThread : public RepeatedThread {
+// An action that is a function.
+class FunctionThread : public RepeatedThread {
  public:
+  FunctionThread(uint32_t pause_ms, uint32_t repeat_count, std::function<bool()> action)
+      : RepeatedThread("worker", pause_ms, repeat_count), action_(std::move(action)) {}
+
+ private:
+  bool ClientAction() override { return action_(); }
+  const std::function<bool()> action_;
+};
+
+// An action that tells the test when it is inside and stays there until the test gives its result.
+struct GatedThread : FunctionThread {
   explicit GatedThread(uint32_t pause_ms = 0, uint32_t repeat_count = 0)
-      : RepeatedThread("gated", pause_ms, repeat_count) {}
-  std::counting_semaphore<> entered{0};
-  Seen<bool> results;
+      : FunctionThread(pause_ms, repeat_count, [this] {
+          entered.release();
+          return results.Take().value_or(true);
+        }) {}
 
   // Initializes the thread and begins its first run.
   [[nodiscard]] bool Begin() {
@@ -51,34 +57,13 @@ class GatedThread : public RepeatedThread {
     return WaitEntered();
   }
   [[nodiscard]] bool WaitEntered() { return entered.try_acquire_for(kHangGuard); }
-  // Ends the run under way with this result, and waits for the next one.
-  [[nodiscard]] bool NextRunAfter(bool result) {
-    results.Put(result);
-    return WaitEntered();
-  }
-  // Ends the run under way with this result. True when no other follows: can miss one, never invent
-  // one.
-  [[nodiscard]] bool LastRunEnds(bool result) {
-    results.Put(result);
-    return !entered.try_acquire_for(std::chrono::milliseconds(20));
+  // Can miss a run, never invent one.
+  [[nodiscard]] bool StaysIdle(std::chrono::milliseconds limit = std::chrono::milliseconds(20)) {
+    return !entered.try_acquire_for(limit);
   }
 
- private:
-  bool ClientAction() override {
-    entered.release();
-    return results.Take().value_or(true);
-  }
-};
-
-// An action that is a function.
-class FunctionThread : public RepeatedThread {
- public:
-  FunctionThread(uint32_t pause_ms, uint32_t repeat_count, std::function<bool()> action)
-      : RepeatedThread("function", pause_ms, repeat_count), action_(std::move(action)) {}
-
- private:
-  bool ClientAction() override { return action_(); }
-  const std::function<bool()> action_;
+  std::counting_semaphore<> entered{0};
+  Seen<bool> results;
 };
 
 class RepeatedThreadTest : public testing::Test {
@@ -95,17 +80,49 @@ class RepeatedThreadTest : public testing::Test {
   LogCapture log_;
 };
 
-TEST_F(RepeatedThreadTest, StartsDuringARunFoldIntoOneFurtherRun) {
-  GatedThread thread;
-  ASSERT_TRUE(thread.Begin());
-  for (int i = 0; i < 3; ++i) thread.Start();
-  ASSERT_TRUE(thread.NextRunAfter(true));
-  EXPECT_TRUE(thread.LastRunEnds(true));
-  thread.Deinitialize();
-  EXPECT_THAT(Log(), ElementsAre("Start[gated]: trigger run again.",
-                                 "Start[gated]: run again is already ready.",
-                                 "Start[gated]: run again is already ready.",
-                                 "ThreadLoop[gated]: action run again!"));
+TEST_F(RepeatedThreadTest, StartsDuringARunAddOneRunAtMost) {
+  constexpr char kReady[] = "Start[worker]: trigger run again.";
+  struct Run {
+    int starts;  // inside the run
+    bool result;
+  };
+  const struct {
+    uint32_t repeat_count;
+    std::vector<Run> runs;
+    std::vector<std::string> log;
+  } kRows[] = {
+      {0,
+       {{3, true}, {0, true}},
+       {kReady, "Start[worker]: run again is already ready.",
+        "Start[worker]: run again is already ready.", "ThreadLoop[worker]: action run again!"}},
+      // After a success the further run has all its retries.
+      {2,
+       {{0, false}, {1, true}, {0, false}, {0, true}},
+       {kReady, "ThreadLoop[worker]: action run again!"}},
+      // During the retries none is added.
+      {3,
+       {{1, false}, {0, false}, {0, false}},
+       {kReady, "ThreadLoop[worker]: action run again at repeated 1 !"}},
+      // During the last one the further run has no retries, nor has another one.
+      {2,
+       {{0, false}, {1, false}, {1, false}, {0, false}},
+       {kReady, "ThreadLoop[worker]: action run again at last count(2:2)!", kReady,
+        "ThreadLoop[worker]: action run again at last count(3:2)!"}},
+  };
+  for (const auto& row : kRows) {
+    log_.Clear();
+    GatedThread thread(/*pause_ms=*/1, row.repeat_count);
+    thread.Initialize();
+    thread.Start();
+    for (const Run& run : row.runs) {
+      ASSERT_TRUE(thread.WaitEntered());
+      for (int i = 0; i < run.starts; ++i) thread.Start();
+      thread.results.Put(run.result);
+    }
+    EXPECT_TRUE(thread.StaysIdle());
+    EXPECT_EQ(Log(), row.log);
+    thread.Deinitialize();
+  }
 }
 
 TEST_F(RepeatedThreadTest, AFailingActionIsRunTheGivenNumberOfTimesWithPauses) {
@@ -129,87 +146,27 @@ TEST_F(RepeatedThreadTest, AFailingActionIsRunTheGivenNumberOfTimesWithPauses) {
   }
 }
 
-TEST_F(RepeatedThreadTest, AStartDuringTheRetriesAddsNoRun) {
-  GatedThread thread(/*pause_ms=*/1, /*repeat_count=*/3);
-  ASSERT_TRUE(thread.Begin());
-  thread.Start();
-  ASSERT_TRUE(thread.NextRunAfter(false));
-  ASSERT_TRUE(thread.NextRunAfter(false));
-  EXPECT_TRUE(thread.LastRunEnds(false));
-  EXPECT_THAT(Log(), ElementsAre("Start[gated]: trigger run again.",
-                                 "ThreadLoop[gated]: action run again at repeated 1 !"));
-  thread.Deinitialize();
-}
-
-TEST_F(RepeatedThreadTest, AStartDuringTheLastRetryGivesOneRunWithoutRetries) {
-  GatedThread thread(/*pause_ms=*/1, /*repeat_count=*/2);
-  ASSERT_TRUE(thread.Begin());
-  ASSERT_TRUE(thread.NextRunAfter(false));
-  thread.Start();  // inside the last run
-  ASSERT_TRUE(thread.NextRunAfter(false));
-  thread.Start();  // inside the extra run: yet another one
-  ASSERT_TRUE(thread.NextRunAfter(false));
-  EXPECT_TRUE(thread.LastRunEnds(false));
-  EXPECT_THAT(Log(), ElementsAre("Start[gated]: trigger run again.",
-                                 "ThreadLoop[gated]: action run again at last count(2:2)!",
-                                 "Start[gated]: trigger run again.",
-                                 "ThreadLoop[gated]: action run again at last count(3:2)!"));
-  thread.Deinitialize();
-}
-
 TEST_F(RepeatedThreadTest, ARequestAfterGivingUpHasAllItsRetries) {
   // A request that meets the last pause gives one run (above): tried until one met an idle worker.
   for (int attempt = 0; attempt < 1000; ++attempt) {
     log_.Clear();
     GatedThread thread(/*pause_ms=*/1, /*repeat_count=*/2);
-    ASSERT_TRUE(thread.Begin());
-    ASSERT_TRUE(thread.NextRunAfter(false));
-    thread.results.Put(false);
-    EXPECT_FALSE(thread.entered.try_acquire_for(std::chrono::milliseconds(2 + attempt)));
+    for (int run = 0; run < 2; ++run) thread.results.Put(false);
+    ASSERT_TRUE(thread.Begin() && thread.WaitEntered());
+    EXPECT_TRUE(thread.StaysIdle(std::chrono::milliseconds(2 + attempt)));
     EXPECT_THAT(Log(), IsEmpty()) << "giving up is silent";
     thread.Start();
     const bool met_idle = Log().empty();
+    thread.results.Put(!met_idle);
+    thread.results.Put(true);
     ASSERT_TRUE(thread.WaitEntered());
     if (met_idle) {
-      ASSERT_TRUE(thread.NextRunAfter(false));
+      ASSERT_TRUE(thread.WaitEntered());
     }
-    thread.results.Put(true);
     thread.Deinitialize();
     if (met_idle) return;
   }
   FAIL() << "no request ever met an idle worker";
-}
-
-TEST_F(RepeatedThreadTest, ARequestAfterSuccessHasAllItsRetries) {
-  GatedThread thread(/*pause_ms=*/1, /*repeat_count=*/2);
-  ASSERT_TRUE(thread.Begin());
-  ASSERT_TRUE(thread.NextRunAfter(false));
-  thread.results.Put(true);
-  thread.Start();
-  ASSERT_TRUE(thread.WaitEntered());
-  ASSERT_TRUE(thread.NextRunAfter(false));
-  EXPECT_TRUE(thread.LastRunEnds(true));
-  thread.Deinitialize();
-}
-
-TEST_F(RepeatedThreadTest, AnActionMayStartItsOwnThread) {
-  std::atomic<int> runs{0};
-  Seen<int> last;
-  FunctionThread* self = nullptr;
-  FunctionThread thread(0, 0, [&] {
-    if (++runs < 100) {
-      self->Start();
-    } else {
-      last.Put(runs);
-    }
-    return true;
-  });
-  self = &thread;
-  thread.Initialize();
-  thread.Start();
-  EXPECT_EQ(last.Take(), 100);
-  thread.Deinitialize();
-  EXPECT_EQ(runs, 100);
 }
 
 TEST_F(RepeatedThreadTest, DeinitializeCutsAPauseShort) {
@@ -219,10 +176,10 @@ TEST_F(RepeatedThreadTest, DeinitializeCutsAPauseShort) {
     GatedThread thread(/*pause_ms=*/3'600'000, /*repeat_count=*/10);
     thread.results.Put(false);
     ASSERT_TRUE(thread.Begin());
-    EXPECT_FALSE(thread.entered.try_acquire_for(std::chrono::milliseconds(attempt)));
+    EXPECT_TRUE(thread.StaysIdle(std::chrono::milliseconds(attempt)));
     EndsInTime([&] { thread.Deinitialize(); });
   }
-  EXPECT_THAT(Log(), ElementsAre("ThreadLoop[gated]: thread existed after sleep!"));
+  EXPECT_THAT(Log(), ElementsAre("ThreadLoop[worker]: thread existed after sleep!"));
 }
 
 TEST_F(RepeatedThreadTest, DeinitializeWaitsForARunAndEndsSilently) {
@@ -237,7 +194,7 @@ TEST_F(RepeatedThreadTest, DeinitializeWaitsForARunAndEndsSilently) {
   thread.results.Put(true);
   stopper.Join();
   thread.Start();  // ignored, silently
-  EXPECT_FALSE(thread.entered.try_acquire_for(std::chrono::milliseconds(20)));
+  EXPECT_TRUE(thread.StaysIdle());
   EXPECT_THAT(Log(), IsEmpty());
 }
 
@@ -267,11 +224,12 @@ TEST_F(RepeatedThreadTest, DeinitializeBeforeTheThreadHasBegunEndsIt) {
   GatedThread thread;
   thread.Start();
   thread.Deinitialize();
-  EXPECT_THAT(log_.Lines(),
-              ElementsAre(LogLine{
-                  .priority = ANDROID_LOG_WARN,
-                  .tag = "audio_hw_repeated_thread",
-                  .text = "Deinitialize[gated]: Thread wasn't started, force to end the thread."}));
+  EXPECT_THAT(
+      log_.Lines(),
+      ElementsAre(LogLine{
+          .priority = ANDROID_LOG_WARN,
+          .tag = "audio_hw_repeated_thread",
+          .text = "Deinitialize[worker]: Thread wasn't started, force to end the thread."}));
   EndsInTime([&] { thread.ThreadLoop(); });  // what the thread does when it begins at last
   EXPECT_FALSE(thread.entered.try_acquire());
 }

@@ -144,35 +144,6 @@ TEST(SensorExitDeathTest, TheProcessMayExitWithHandlesLeft) {
   EXPECT_EXIT(ExitWithHandles(), testing::ExitedWithCode(0), "");
 }
 
-TEST(SensorLateServiceTest, AHandleMayEndWhileItsWorkerFindsTheService) {
-  const fake::LogCapture log;
-  int enabled = 0;
-  for (int round = 0; round < 20; ++round) {
-    simulated::SensorHub hub;
-    hub.Add(kProximity, "proximity");
-    Seen<Call> seen;
-    void* handle = nullptr;
-    InitSensorInfo(&handle);
-    // The worker's first attempt waits until the service is there, and Deinit for the attempt.
-    fake::Script& look_ups = hub.on(BinderFunction::kCheckService);
-    const auto gate = std::make_shared<Gate>();
-    look_ups.Then({.status = STATUS_NAME_NOT_FOUND});
-    look_ups.Then(Outcome::After(gate));
-    EXPECT_EQ(RegisterProximitySensorCallback(handle, 0, Client<0>, &seen), 0);
-    ASSERT_TRUE(look_ups.WaitForCalls(2));
-    hub.Start();
-    Background opener("an opened gate", [&] {
-      if (round % 2 == 0) std::this_thread::yield();
-      gate->Open();
-    });
-    EndsInTime([&] { DeinitSensorInfo(&handle); });
-    EXPECT_EQ(hub.queue_count(), 0u);
-    enabled += hub.on(SensorFunction::kRegisterSensor).calls();
-    ASSERT_TRUE(fake::WaitUntilDelivered());
-  }
-  EXPECT_GT(enabled, 0);
-}
-
 // The worker enables a sensor that waited for the service. Its second attempt comes a second after
 // the first.
 using SensorEndSlowTest = SensorFixture;

@@ -102,16 +102,6 @@ TEST_P(ThermalShortRecoveryTest, AfterGivingUpAnyOperationBringsTheClientsBack) 
   EXPECT_EQ(log_.Count(kNotReady), 4 * kSlowAttempts);
 }
 
-TEST_P(ThermalShortRecoveryTest, ADeregistrationWhileTheServiceIsAwayDoesNotRemoveAClient) {
-  RegisterBoth();
-  ASSERT_NO_FATAL_FAILURE(StayAway(kQuickAttempts + 1));
-  EXPECT_EQ(DeregisterThermalCallback(handle_, 1), 0);
-  EXPECT_EQ(log_.Count("DeregisterThermalCallback: double remove for id 1"), 1);
-  thermal_.Start(GetParam());
-  ASSERT_NO_FATAL_FAILURE(EndPausesUntil(AreIdle));
-  ASSERT_NO_FATAL_FAILURE(ExpectBothReceive());
-}
-
 // The service comes back for one query in the middle of a series of attempts, and dies again: the
 // quick worker makes what is left of its series, the slow one all of its own.
 TEST_P(ThermalShortRecoveryTest, ASecondDeathDuringARecoveryIsRecoveredFrom) {

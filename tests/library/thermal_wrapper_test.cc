@@ -8,9 +8,8 @@
 #include <android/binder_manager.h>
 #include <cutils/native_handle.h>
 
-#include <bit>
+#include <cmath>
 #include <cstdio>
-#include <limits>
 
 #include "quorvel/fake/service_process.h"
 #include "thermal_doubles.h"
@@ -129,10 +128,12 @@ class ThermalWrapperFixture : public testing::Test {
   const std::string* failure_ = nullptr;  // the expected message, if any
 };
 
-constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
-
-uint32_t Bits(float value) {
-  return std::bit_cast<uint32_t>(value);
+// A record as text, in which all NaN are equal.
+template <typename Record>
+std::vector<std::string> Texts(const std::vector<Record>& records) {
+  std::vector<std::string> texts;
+  for (const Record& record : records) texts.push_back(toString(record));
+  return texts;
 }
 
 using ThermalQueryTest = ThermalWrapperFixture;
@@ -151,50 +152,48 @@ TEST_F(ThermalQueryTest, TheQueriesOfHidl1AreRefusedWithoutACallToTheService) {
 }
 
 TEST_F(ThermalQueryTest, TemperaturesAreUnchangedExceptUnknownTypes) {
+  // Severities as they are, known or not.
   const struct {
-    int32_t aidl;
-    int32_t hidl;
-  } kTypes[] = {{INT32_MIN, -1}, {-2, -1}, {-1, -1}, {0, 0},   {3, 3},         {8, 8},
-                {9, 9},          {10, -1}, {12, -1}, {19, -1}, {INT32_MAX, -1}};
-  // Severities as they are, known or not; values bit for bit, a NaN of its own kind among them.
-  const int32_t kSeverities[] = {0, 1, 6, 7, -1, INT32_MIN};
-  const uint32_t kValues[] = {Bits(36.5F), Bits(-0.0F), 0x7fa12345, 0xffc00001, 0xff800000, 1};
-  const auto name = [](size_t i) {
-    return i == 0 ? "" : "sensor " + std::to_string(i) + " \xc2\xb0";
-  };
+    int32_t aidl, hidl;
+    float value;
+    int32_t severity;
+  } kRows[] = {
+      {INT32_MIN, -1, 36.5F, 0}, {-2, -1, -0.0F, 1},   {-1, -1, NAN, 6}, {0, 0, -INFINITY, 7},
+      {3, 3, 1e-45F, -1},        {8, 8, 1, INT32_MIN}, {9, 9, 2, 0},     {10, -1, 3, 0},
+      {INT32_MAX, -1, 4, 0}};
+  std::vector<V2_0::Temperature> expected;
   thermal_.Change([&](auto& data) {
     data.temperatures.clear();
-    for (size_t i = 0; i < std::size(kTypes); ++i) {
-      data.temperatures.push_back({.type = static_cast<TemperatureType>(kTypes[i].aidl),
-                                   .name = name(i),
-                                   .value = std::bit_cast<float>(kValues[i % std::size(kValues)]),
-                                   .throttlingStatus = static_cast<ThrottlingSeverity>(
-                                       kSeverities[i % std::size(kSeverities)])});
+    for (const auto& row : kRows) {
+      const std::string name(expected.size(), '\xb0');
+      data.temperatures.push_back(
+          {.type = static_cast<TemperatureType>(row.aidl),
+           .name = name,
+           .value = row.value,
+           .throttlingStatus = static_cast<ThrottlingSeverity>(row.severity)});
+      expected.push_back({.type = static_cast<HidlType>(row.hidl),
+                          .name = name,
+                          .value = row.value,
+                          .throttlingStatus = static_cast<V2_0::ThrottlingSeverity>(row.severity)});
     }
   });
-  const std::vector<V2_0::Temperature> reply = Temperatures();
-  ASSERT_EQ(reply.size(), std::size(kTypes));
-  for (size_t i = 0; i < reply.size(); ++i) {
-    EXPECT_EQ(static_cast<int32_t>(reply[i].type), kTypes[i].hidl) << kTypes[i].aidl;
-    EXPECT_EQ(reply[i].name, name(i));
-    EXPECT_EQ(Bits(reply[i].value), kValues[i % std::size(kValues)]);
-    EXPECT_EQ(static_cast<int32_t>(reply[i].throttlingStatus),
-              kSeverities[i % std::size(kSeverities)]);
-  }
+  EXPECT_EQ(Texts(Temperatures()), Texts(expected));
 }
 
 TEST_F(ThermalQueryTest, ThresholdsAreCutOrFilledToSeven) {
   const std::vector<float> full = {1, 2, 3, 4, 5, 6, 7};
-  const std::vector<float> cold = {-1, kNan, -3, -4, -5, -6, -7};
+  const std::vector<float> cold = {-1, NAN, -3, -4, -5, -6, -7};
+  const std::vector<float> none(7, NAN);
   const struct {
     TemperatureType type;
     HidlType hidl_type;
     std::vector<float> hot, cold, hidl_hot, hidl_cold;
   } kRows[] = {
       {TemperatureType::SKIN, HidlType::SKIN, full, cold, full, cold},
-      {TemperatureType::TPU, HidlType::UNKNOWN, {1, 2, 3}, {}, {1, 2, 3}, {}},
+      {TemperatureType::TPU, HidlType::UNKNOWN, {1, 2}, {}, {1, 2, NAN, NAN, NAN, NAN, NAN}, none},
       {TemperatureType::NPU, HidlType::NPU, {1, 2, 3, 4, 5, 6, 7, 8, 9}, full, full, full},
   };
+  std::vector<V2_0::TemperatureThreshold> expected;
   thermal_.Change([&](auto& data) {
     data.thresholds.clear();
     for (const auto& row : kRows) {
@@ -202,46 +201,37 @@ TEST_F(ThermalQueryTest, ThresholdsAreCutOrFilledToSeven) {
                                  .name = "of a type",
                                  .hotThrottlingThresholds = row.hot,
                                  .coldThrottlingThresholds = row.cold});
+      expected.push_back({.type = row.hidl_type,
+                          .name = "of a type",
+                          .hotThrottlingThresholds = row.hidl_hot.data(),
+                          .coldThrottlingThresholds = row.hidl_cold.data(),
+                          .vrThrottlingThreshold = NAN});
     }
   });
-  const std::vector<V2_0::TemperatureThreshold> reply = Thresholds();
-  ASSERT_EQ(reply.size(), std::size(kRows));
-  const auto expect = [](const auto& array, const std::vector<float>& values) {
-    ASSERT_EQ(array.size(), 7u);
-    for (size_t i = 0; i < 7; ++i) {
-      EXPECT_EQ(Bits(array[i]), Bits(i < values.size() ? values[i] : kNan)) << i;
-    }
-  };
-  for (size_t i = 0; i < reply.size(); ++i) {
-    expect(reply[i].hotThrottlingThresholds, kRows[i].hidl_hot);
-    expect(reply[i].coldThrottlingThresholds, kRows[i].hidl_cold);
-    EXPECT_EQ(reply[i].type, kRows[i].hidl_type);
-    EXPECT_EQ(reply[i].name, "of a type");
-    EXPECT_EQ(Bits(reply[i].vrThrottlingThreshold), 0x7fc00000u);
-  }
+  EXPECT_EQ(Texts(Thresholds()), Texts(expected));
 }
 
 TEST_F(ThermalQueryTest, CoolingDevicesOfUnknownTypesAreComponents) {
-  const int32_t kTypes[] = {-1, 0, 5, 6, 7, 10, 14, INT32_MIN};
-  const int64_t kValues[] = {0, 1, -1, INT64_MIN, INT64_MAX, 7, 8, 9};
+  const struct {
+    int32_t aidl;
+    uint32_t hidl;
+    int64_t value;
+  } kRows[] = {{-1, 6, 0},        {0, 0, 1},         {5, 5, -1},
+               {6, 6, INT64_MIN}, {7, 6, INT64_MAX}, {INT32_MIN, 6, 9}};
+  std::vector<V2_0::CoolingDevice> expected;
   thermal_.Change([&](auto& data) {
     data.cooling_devices.clear();
-    for (size_t i = 0; i < std::size(kTypes); ++i) {
-      CoolingDevice device;
-      device.type = static_cast<CoolingType>(kTypes[i]);
-      device.name = std::to_string(i);
-      device.value = kValues[i];
-      data.cooling_devices.push_back(device);
+    for (const auto& row : kRows) {
+      CoolingDevice& device = data.cooling_devices.emplace_back();
+      device.type = static_cast<CoolingType>(row.aidl);
+      device.name = std::to_string(row.aidl);
+      device.value = row.value;
+      expected.push_back({.type = static_cast<V2_0::CoolingType>(row.hidl),
+                          .name = device.name,
+                          .value = static_cast<uint64_t>(row.value)});
     }
   });
-  const std::vector<V2_0::CoolingDevice> reply = Coolers();
-  std::vector<uint32_t> types;
-  for (const auto& device : reply) types.push_back(static_cast<uint32_t>(device.type));
-  EXPECT_THAT(types, ElementsAre(6, 0, 5, 6, 6, 6, 6, 6));
-  for (size_t i = 0; i < reply.size(); ++i) {
-    EXPECT_EQ(reply[i].name, std::to_string(i));
-    EXPECT_EQ(reply[i].value, static_cast<uint64_t>(kValues[i]));
-  }
+  EXPECT_EQ(Coolers(), expected);
 }
 
 TEST_F(ThermalQueryTest, TheServiceFilters) {
