@@ -3,7 +3,6 @@
 
 #include "quorvel/linux_machine/thermal.h"
 
-#include <atomic>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -36,7 +35,6 @@ class Thermal::Service : public services::ThermalService, public WatchedClass {
     const bool is_heard = callback_count() + cooling_callback_count() != 0;
     return is_heard ? std::optional(period_) : std::nullopt;
   }
-  int64_t reading_count() const { return readings_; }
   std::vector<TemperatureSource> sources() const {
     std::lock_guard<std::mutex> lock(reading_lock_);
     return history_.sources();
@@ -52,7 +50,6 @@ class Thermal::Service : public services::ThermalService, public WatchedClass {
   ThermalHistory history_ QUORVEL_GUARDED_BY(reading_lock_);
   // True at first, so that the first reading notices missing temperatures.
   bool had_temperatures_ QUORVEL_GUARDED_BY(reading_lock_) = true;
-  std::atomic<int64_t> readings_ = 0;
 };
 
 ndk::ScopedAStatus Thermal::Service::Permit(ThermalOperation operation) {
@@ -63,7 +60,6 @@ ndk::ScopedAStatus Thermal::Service::Permit(ThermalOperation operation) {
 }
 
 void Thermal::Service::ReadLocked(const std::vector<std::string>& syspaths) {
-  ++readings_;
   const ThermalReading reading = ReadThermalDevices(syspaths);
   NoticeFaultsLocked(reading.faults);
   NoticeLackOfTemperaturesLocked(!reading.zones.empty());
@@ -120,14 +116,6 @@ ThermalData Thermal::data() const {
 
 std::vector<TemperatureSource> Thermal::sources() const {
   return service_ != nullptr ? service_->sources() : std::vector<TemperatureSource>{};
-}
-
-size_t Thermal::callback_count() const {
-  return service_ != nullptr ? service_->callback_count() : 0;
-}
-
-int64_t Thermal::reading_count() const {
-  return service_ != nullptr ? service_->reading_count() : 0;
 }
 
 void Thermal::Tell(ServiceEvent::Kind kind, std::string detail) const {

@@ -4,17 +4,15 @@
 // The Linux machine's battery and chargers, on a fake sysfs made for each test.
 #include "quorvel/linux_machine/health.h"
 
-#include <aidl/android/hardware/health/BnHealthInfoCallback.h>
 #include <android/binder_manager.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/types.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
-#include <filesystem>
-#include <fstream>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,14 +28,12 @@
 namespace norvik::qel {
 namespace {
 
-using aidl::android::hardware::health::BatteryCapacityLevel;
-using aidl::android::hardware::health::BatteryHealth;
 using aidl::android::hardware::health::BatteryStatus;
-using aidl::android::hardware::health::BnHealthInfoCallback;
 using aidl::android::hardware::health::HealthInfo;
 using aidl::android::hardware::health::IHealth;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::SizeIs;
 
 const Files kGoodBattery = {
     {"type", "Battery\n"}, {"status", "Discharging\n"}, {"present", "1\n"},
@@ -62,48 +58,11 @@ class LinuxHealthTest : public LinuxFixture {
   }
   int AskLevel() { return GetBatteryLevel(handle_, /*use_cached=*/false); }
   int CachedLevel() { return GetBatteryLevel(handle_, /*use_cached=*/true); }
-  static std::shared_ptr<IHealth> Service() {
-    return IHealth::fromBinder(
-        ndk::SpAIBinder(AServiceManager_checkService(services::kHealthInstance)));
-  }
 
   Seen<int> levels_, cycles_, wireless_, dock_;
   linux_machine::Health health_{notices_.observer()};
   void* handle_ = nullptr;
 };
-
-TEST_F(LinuxHealthTest, TheMachineIsServedInTheUnitsOfTheService) {
-  machine_.Load(QUORVEL_TEST_MACHINES "/reference.umockdev");
-  health_.Start();
-  RegisterAll();
-  EXPECT_EQ(levels_.Take(), 73);
-  EXPECT_EQ(cycles_.Take(), 312);
-  EXPECT_EQ(wireless_.Take(), 0);  // 0: online
-  EXPECT_EQ(dock_.Take(), 1);      // 1: not online
-
-  HealthInfo expected;
-  expected.chargerAcOnline = true;
-  expected.chargerWirelessOnline = true;
-  expected.maxChargingCurrentMicroamps = 1100000;
-  expected.maxChargingVoltageMicrovolts = 9000000;
-  expected.batteryPresent = true;
-  expected.batteryLevel = 73;
-  expected.batteryCycleCount = 312;
-  expected.batteryStatus = BatteryStatus::CHARGING;
-  expected.batteryHealth = BatteryHealth::GOOD;
-  expected.batteryCapacityLevel = BatteryCapacityLevel::NORMAL;
-  expected.batteryTechnology = "Li-ion";
-  expected.batteryVoltageMillivolts = 12345;
-  expected.batteryTemperatureTenthsCelsius = -52;
-  expected.batteryCurrentMicroamps = -1500000;
-  expected.batteryCurrentAverageMicroamps = -1400000;
-  expected.batteryFullChargeUah = 4500000;
-  expected.batteryFullChargeDesignCapacityUah = 5000000;
-  expected.batteryChargeCounterUah = 3240000;
-  expected.batteryChargeTimeToFullNowSeconds = 5400;
-  EXPECT_EQ(health_.info(), expected) << health_.info().toString();
-  EXPECT_THAT(Notices(), IsEmpty());
-}
 
 TEST_F(LinuxHealthTest, AnnouncedChangesReachClients) {
   machine_.Add("BAT0", kGoodBattery);
@@ -131,29 +90,20 @@ TEST_F(LinuxHealthTest, AnnouncedChangesReachClients) {
   EXPECT_EQ(dock_.Take(), 0);
 }
 
-class ReportListener : public BnHealthInfoCallback {
- public:
-  ndk::ScopedAStatus healthInfoChanged(const HealthInfo& info) override {
-    levels.Put(info.batteryLevel);
-    return ndk::ScopedAStatus::ok();
-  }
-  Seen<int> levels;
-};
-
 TEST_F(LinuxHealthTest, AnEventWithoutAChangeIsNotReported) {
+  std::atomic<int> reports = 0;
+  linux_machine::Health health([&](const services::ServiceEvent& event) {
+    if (event.kind == services::ServiceEvent::Kind::kReported) ++reports;
+    notices_.observer()(event);
+  });
   machine_.Add("BAT0", kGoodBattery);
-  health_.Start();
-  const auto listener = ndk::SharedRefBase::make<ReportListener>();
-  const auto service = Service();
-  ASSERT_NE(service, nullptr);
-  ASSERT_TRUE(service->registerCallback(listener).isOk());
-  ASSERT_EQ(listener->levels.Take(), 73);
+  health.Start();
   machine_.Announce("BAT0");
   EXPECT_THAT(Notices(), IsEmpty());  // the event has been handled by now
-  ASSERT_TRUE(fake::WaitUntilDelivered());
-  EXPECT_TRUE(listener->levels.empty());
+  EXPECT_EQ(reports, 1);
   machine_.Change("BAT0", "capacity", "72\n");
-  EXPECT_EQ(listener->levels.Take(), 72);
+  EXPECT_THAT(Notices(), IsEmpty());
+  EXPECT_EQ(reports, 2);
 }
 
 TEST_F(LinuxHealthTest, AQuestionReadsWhatTheDriverHasNotAnnounced) {
@@ -169,33 +119,17 @@ TEST_F(LinuxHealthTest, AQuestionReadsWhatTheDriverHasNotAnnounced) {
   EXPECT_EQ(notices_.Next(), "BAT0/capacity: empty") << "without an event";
 }
 
-TEST_F(LinuxHealthTest, UnannouncedChangesAreFoundWhileAClientListens) {
-  machine_.Add("BAT0", kGoodBattery);
-  linux_machine::Health health(nullptr, {.period = std::chrono::milliseconds(2)});
-  health.Start();
-  ASSERT_EQ(RegisterBatteryLevelCallback(handle_, PutValue, &levels_), 0);
-  ASSERT_EQ(levels_.Take(), 73);
-  machine_.Set("BAT0", "capacity", "64\n");
-  EXPECT_EQ(levels_.Take(), 64);
-  health.Stop();
-}
-
-// How often the threads of that name have gone to sleep so far. Empty if there is no such thread.
-std::optional<int64_t> SleepsOf(const std::string& name) {
-  std::optional<int64_t> sleeps;
-  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
-    std::string word;
-    std::ifstream(task.path() / "comm") >> word;
-    if (word != name) continue;
-    std::ifstream status(task.path() / "status");
-    while (status >> word && word != "voluntary_ctxt_switches:") continue;
-    int64_t count = 0;
-    if (status >> count) sleeps = sleeps.value_or(0) + count;
+// How often the services' threads have gone to sleep and been interrupted so far, a text for each.
+std::vector<std::string> SwitchesOfServices() {
+  std::vector<std::string> switches;
+  for (const pid_t id : ThreadIdsNamed({"power_supply", "thermal", "iio"})) {
+    const std::string status = ReadThreadFile(id, "status");
+    switches.push_back(status.substr(status.find("voluntary_ctxt_switches:")));
   }
-  return sleeps;
+  return switches;
 }
 
-TEST_F(LinuxHealthTest, NoThreadOfAServiceWakesUpWhileNoClientListens) {
+TEST_F(LinuxHealthTest, UnannouncedChangesAreFoundAndThreadsWakeUpOnlyWhileAClientListens) {
   static constexpr auto kPeriod = std::chrono::milliseconds(2);
   machine_.Add("BAT0", kGoodBattery);
   machine_.AddTo("thermal", "thermal_zone0", {{"type", "cpu\n"}, {"temp", "30000\n"}});
@@ -208,9 +142,11 @@ TEST_F(LinuxHealthTest, NoThreadOfAServiceWakesUpWhileNoClientListens) {
   health.Start();
   thermal.Start();
   sensors.Start();
-  // A client that has come and gone leaves no timer behind.
   ASSERT_EQ(RegisterBatteryLevelCallback(handle_, PutValue, &levels_), 0);
   ASSERT_EQ(levels_.Take(), 73);
+  machine_.Set("BAT0", "capacity", "64\n");
+  EXPECT_EQ(levels_.Take(), 64);
+  // A client that has come and gone leaves no timer behind.
   DeinitBatteryInfo(&handle_);
   ASSERT_EQ(health.callback_count(), 0u);
 
@@ -219,17 +155,10 @@ TEST_F(LinuxHealthTest, NoThreadOfAServiceWakesUpWhileNoClientListens) {
     return Eventually([&] { return std::chrono::steady_clock::now() >= end; });
   };
   ASSERT_TRUE(many_periods());  // in which the service notices that the client has left
-  const std::vector<std::string> threads = {"power_supply", "thermal", "iio"};
-  std::vector<std::optional<int64_t>> before;
-  for (const std::string& thread : threads) {
-    before.push_back(SleepsOf(thread));
-    EXPECT_TRUE(before.back()) << thread;
-  }
+  const std::vector<std::string> before = SwitchesOfServices();
+  EXPECT_THAT(before, SizeIs(3));
   ASSERT_TRUE(many_periods());
-  for (size_t i = 0; i < threads.size(); ++i) EXPECT_EQ(SleepsOf(threads[i]), before[i]);
-  sensors.Stop();
-  thermal.Stop();
-  health.Stop();
+  EXPECT_EQ(SwitchesOfServices(), before);
 }
 
 TEST_F(LinuxHealthTest, ABatteryComesAndGoes) {
@@ -279,7 +208,8 @@ TEST_F(LinuxHealthTest, ASupplyIsNotReadBeforeItIsAnnounced) {
 TEST_F(LinuxHealthTest, UnknownValuesAreRefused) {
   machine_.Add("BAT0", With(kGoodBattery, {{"capacity", "\n"}, {"current_now", "-250\n"}}));
   health_.Start();
-  const auto service = Service();
+  const auto service =
+      IHealth::fromBinder(ndk::SpAIBinder(AServiceManager_checkService(services::kHealthInstance)));
   ASSERT_NE(service, nullptr);
   int32_t value = 0;
   EXPECT_EQ(service->getCapacity(&value).getExceptionCode(), EX_UNSUPPORTED_OPERATION);
@@ -302,22 +232,6 @@ TEST_F(LinuxHealthTest, ClientsOutliveAStopAndAreCalledAfterTheNextStart) {
 
   health_.Start();
   EXPECT_EQ(levels_.Take(), 60);
-}
-
-TEST_F(LinuxHealthTest, StoppingLeavesNothingOpen) {
-  constexpr int kRounds = 20;
-  machine_.Add("BAT0", kGoodBattery);
-  const int before = Descriptors();
-  for (int i = 0; i < kRounds; ++i) {
-    health_.Start();
-    void* handle = nullptr;
-    InitBatteryInfo(&handle);
-    EXPECT_EQ(GetBatteryLevel(handle, /*use_cached=*/false), 73);
-    DeinitBatteryInfo(&handle);
-    health_.Stop();
-  }
-  // umockdev may have opened a few of its own meanwhile.
-  EXPECT_LT(Descriptors(), before + kRounds);
 }
 
 TEST_F(LinuxHealthTest, TheLastStateWinsWhileSuppliesComeAndGoAndManyThreadsAsk) {
