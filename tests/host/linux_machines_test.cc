@@ -11,13 +11,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
 #include <locale>
 #include <optional>
+#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
@@ -59,26 +59,15 @@ using Lines = std::vector<std::string>;
 const std::string kMachines = QUORVEL_TEST_MACHINES "/";
 const std::string kReference = kMachines + "reference.umockdev";
 
-Lines Split(const std::string& text, const std::string& separator) {
-  Lines parts;
-  size_t start = 0;
-  for (size_t end; (end = text.find(separator, start)) != std::string::npos;) {
-    parts.push_back(text.substr(start, end - start));
-    start = end + separator.size();
-  }
-  parts.push_back(text.substr(start));
-  return parts;
+Lines Split(const std::string& text, const char* separator) {
+  g_auto(GStrv) parts = g_strsplit(text.c_str(), separator, /*max_tokens=*/0);
+  return {parts, parts + g_strv_length(parts)};
 }
 
-Lines LinesOf(std::istream& in) {
-  Lines lines;
-  for (std::string line; std::getline(in, line);) lines.push_back(line);
-  return lines;
-}
-
-Lines LinesOfFile(const std::string& name) {
-  std::ifstream in(kMachines + name);
-  return LinesOf(in);
+Lines LinesOf(const std::string& file) {
+  std::ostringstream text;
+  text << std::ifstream(kMachines + file).rdbuf();
+  return Split(text.str(), "\n");
 }
 
 Lines FieldsOf(const HealthInfo& info) {
@@ -103,7 +92,7 @@ class Report {
     report.AddPower();
     report.AddTemperatures(types_file);
     report.AddSensors();
-    return LinesOf(report.text_);
+    return Split(report.text_.str(), "\n");
   }
 
  private:
@@ -174,7 +163,7 @@ class Report {
     }
   }
 
-  std::stringstream text_;
+  std::ostringstream text_;
 };
 
 class LinuxMachinesTest : public testing::TestWithParam<std::string> {};
@@ -184,7 +173,7 @@ TEST_P(LinuxMachinesTest, IsReadAsItsFilesSay) {
   machine.Load(kMachines + GetParam() + ".umockdev");
   const std::string types_file = kMachines + GetParam() + ".types";
   const Lines report = Report::Make(std::filesystem::exists(types_file) ? types_file : "");
-  EXPECT_EQ(report, LinesOfFile(GetParam() + ".expected"));
+  EXPECT_EQ(report, LinesOf(GetParam() + ".expected"));
 }
 
 std::vector<std::string> Machines() {
@@ -236,23 +225,23 @@ constexpr std::pair<int, const char*> kErrors[] = {
 // "DEVICE/FILE=CONTENT", "DEVICE/FILE!" for a file that is absent, or "DEVICE/FILE<error>" for one
 // that fails with each of the errors. A difference with '?' is not caused by the error "no data".
 TEST_F(LinuxReferenceTest, AChangedFileHasTheseEffectsAndNoOther) {
-  for (const std::string& line : LinesOfFile("changes.txt")) {
+  for (const std::string& line : LinesOf("changes.txt")) {
     if (line.empty()) continue;
     SCOPED_TRACE(line);
     Lines parts = Split(line, " | ");
     std::vector<std::function<void()>> restore;
     std::string failing;
     for (const std::string& change : Split(parts[0], "; ")) {
-      const size_t end = change.find_first_of("=!<");
-      const size_t slash = change.find('/');
-      ASSERT_LT(slash, end);
-      const std::string device = change.substr(0, slash);
-      const std::string file = change.substr(slash + 1, end - slash - 1);
+      static const std::regex kChange("([^/]+)/([^=!<]+)([=!<])(.*)");
+      std::smatch words;
+      ASSERT_TRUE(std::regex_match(change, words, kChange)) << change;
+      const std::string device = words[1];
+      const std::string file = words[2];
       const auto original = machine_.Get(device, file);
       restore.push_back([=, this] { machine_.Put(device, file, original); });
-      if (change[end] == '=') machine_.Put(device, file, Unescaped(change.substr(end + 1)) + "\n");
-      if (change[end] == '!') machine_.Put(device, file, std::nullopt);
-      if (change[end] == '<') failing = device + "/" + file;
+      if (words[3] == "=") machine_.Put(device, file, Unescaped(words[4]) + "\n");
+      if (words[3] == "!") machine_.Put(device, file, std::nullopt);
+      if (words[3] == "<") failing = device + "/" + file;
     }
     parts.erase(parts.begin());
     for (const auto& [error, text] : kErrors) {
@@ -261,12 +250,11 @@ TEST_F(LinuxReferenceTest, AChangedFileHasTheseEffectsAndNoOther) {
         return file == failing ? code : 0;
       };
       Lines expected;
-      for (std::string part : parts) {
+      for (const std::string& part : parts) {
         const bool is_optional = part.starts_with('?');
         if (is_optional && error == ENODATA) continue;
-        const size_t place = part.find("<error>");
-        if (place != std::string::npos) part.replace(place, std::strlen("<error>"), text);
-        expected.push_back(part.substr(is_optional ? 1 : 0));
+        expected.push_back(
+            std::regex_replace(part.substr(is_optional ? 1 : 0), std::regex("<error>"), text));
       }
       EXPECT_THAT(Difference(whole_), UnorderedElementsAreArray(expected));
       before_reading = nullptr;

@@ -120,19 +120,12 @@ TEST_F(LinuxThermalTest, UnannouncedTripPointsReachClients) {
   EXPECT_EQ(NextSeverity(), 3);
 }
 
-TEST_F(LinuxThermalTest, AnAnnouncedChangeIsReadAtOnce) {
-  machine_.Add("thermal_zone0", kProcessorZone);
-  Start();
-  // As the governor for user space announces a trip point.
-  machine_.Change("thermal_zone0", "temp", "99000\n");
-  EXPECT_TRUE(Eventually([&] { return SeverityOf("x86_pkg_temp") == ThrottlingSeverity::SEVERE; }));
-}
-
 TEST_F(LinuxThermalTest, ASeverityEndsWithItsZone) {
   Start();
   EXPECT_THAT(Notices(), ElementsAre("this machine has no temperature sensor"));
   machine_.Add("thermal_zone0", With(kProcessorZone, {{"type", "skin\n"}}));
-  ASSERT_TRUE(Eventually([&] { return Read("skin") == 41.5f; }));
+  ASSERT_TRUE(Eventually([&] { return !Names().empty(); })) << "found without a question";
+  EXPECT_EQ(Read("skin"), 41.5f);
   ASSERT_EQ(Register("SKIN", "skin"), 0);
   ASSERT_EQ(NextSeverity(), 0);
   machine_.Set("thermal_zone0", "temp", "92000\n");
