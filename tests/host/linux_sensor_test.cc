@@ -31,19 +31,6 @@ const Files kRangefinder = {{"name", "tof\n"},
                             {"in_proximity_raw", "62\n"},
                             {"in_proximity_offset", "-10\n"},
                             {"in_proximity_scale", "0.001000000\n"}};
-// In degrees. The other two angles are not those of a hinge.
-const Files kHingeSensor = {
-    {"name", "hinge\n"},
-    {"in_angl0_raw", "90\n"},
-    {"in_angl0_label", "hinge\n"},
-    {"in_angl1_raw", "33\n"},
-    {"in_angl1_label", "screen\n"},
-    {"in_angl2_raw", "44\n"},
-    {"in_angl2_label", "keyboard"},
-    {"in_angl_scale", "0.017453293\n"},
-    {"in_angl_offset", "0\n"},
-};
-
 class LinuxSensorTest : public LinuxFixture {
  protected:
   LinuxSensorTest() : LinuxFixture("iio", "iio:device900", "label") { InitSensorInfo(&handle_); }
@@ -75,13 +62,13 @@ class LinuxSensorTest : public LinuxFixture {
 };
 
 TEST_F(LinuxSensorTest, AHingeIsReportedInWholeDegrees) {
-  machine_.Add("iio:device0", kHingeSensor);
+  machine_.LoadDevice(QUORVEL_TEST_MACHINES "/reference.umockdev", "iio:device1");
   sensors_.Start();
   ASSERT_EQ(RegisterHinge(), 0);
   Until(hinge_, 90);
   // The kernel truncates the scale; whole degrees arrive unchanged all the same.
   for (const int degrees : {0, 1, 57, 179, 180, 359, 360}) {
-    machine_.Set("iio:device0", "in_angl0_raw", std::to_string(degrees) + "\n");
+    machine_.Set("iio:device1", "in_angl0_raw", std::to_string(degrees) + "\n");
     Until(hinge_, degrees);
   }
   EXPECT_EQ(RegisterProximity(), -ENOSYS);
@@ -89,8 +76,8 @@ TEST_F(LinuxSensorTest, AHingeIsReportedInWholeDegrees) {
 }
 
 TEST_F(LinuxSensorTest, OnlyEnabledSensorsAreMeasuredAndAFaultIsReportedOnce) {
-  machine_.Add("iio:device0", kRangefinder);
-  machine_.Add("iio:device1", With(kHingeSensor, {{"in_angl0_raw", "wide\n"}}));
+  machine_.Load(QUORVEL_TEST_MACHINES "/reference.umockdev");
+  machine_.Set("iio:device1", "in_angl0_raw", "wide\n");
   sensors_.Start();
   EXPECT_THAT(Notices(), IsEmpty());
   EXPECT_EQ(sensors_.measurement_count(), 0) << "found without measuring";
