@@ -4,7 +4,6 @@
 // The Linux machine's sensors, on a fake sysfs made for each test.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <algorithm>
 
 #include <chrono>
 #include <optional>
@@ -44,17 +43,6 @@ class LinuxSensorTest : public LinuxFixture {
   }
   int RegisterHinge() { return RegisterHingeAngleSensorCallback(handle_, 1, Client<1>, &hinge_); }
 
-  // The values up to this one. The first is often 0, from before any reading.
-  static std::vector<int> Until(Seen<Call>& seen, int value) {
-    std::vector<int> values;
-    while (const std::optional<Call> call = seen.Take()) {
-      values.push_back(call->value);
-      if (call->value == value) return values;
-    }
-    ADD_FAILURE() << "no " << value;
-    return values;
-  }
-
   Seen<Call> proximity_, hinge_;
   linux_machine::Sensors sensors_{
       notices_.observer(), linux_machine::SensorSettings{.period = std::chrono::milliseconds(2)}};
@@ -65,11 +53,11 @@ TEST_F(LinuxSensorTest, AHingeIsReportedInWholeDegrees) {
   machine_.LoadDevice(QUORVEL_TEST_MACHINES "/reference.umockdev", "iio:device1");
   sensors_.Start();
   ASSERT_EQ(RegisterHinge(), 0);
-  Until(hinge_, 90);
+  EXPECT_TRUE(hinge_.TakeUntil({1, 90}));
   // The kernel truncates the scale; whole degrees arrive unchanged all the same.
   for (const int degrees : {0, 1, 57, 179, 180, 359, 360}) {
     machine_.Set("iio:device1", "in_angl0_raw", std::to_string(degrees) + "\n");
-    Until(hinge_, degrees);
+    EXPECT_TRUE(hinge_.TakeUntil({1, degrees}));
   }
   EXPECT_EQ(RegisterProximity(), -ENOSYS);
   EXPECT_THAT(Notices(), ElementsAre("this machine has no proximity sensor"));
@@ -96,7 +84,7 @@ TEST_F(LinuxSensorTest, OnlyEnabledSensorsAreMeasuredAndAFaultIsReportedOnce) {
   EXPECT_TRUE(Eventually([&] { return sensors_.measurement_count() > idle + 3; }));
   EXPECT_THAT(Notices(), ElementsAre("iio:device1/in_angl0_raw: \"wide\" is not a number"));
   machine_.Set("iio:device1", "in_angl0_raw", "120\n");
-  Until(hinge_, 120);
+  EXPECT_TRUE(hinge_.TakeUntil({1, 120}));
 }
 
 TEST_F(LinuxSensorTest, SourcesDescribeTheSensors) {
@@ -118,7 +106,7 @@ TEST_F(LinuxSensorTest, ASensorThatIsEnabledAgainForgetsItsOldReading) {
   machine_.Add("iio:device0", kRangefinder);
   sensors_.Start();
   ASSERT_EQ(RegisterProximity(), 0);
-  Until(proximity_, 5);
+  EXPECT_TRUE(proximity_.TakeUntil({0, 5}));
   ASSERT_EQ(DeregisterProximitySensorCallback(handle_, 1), 0);
   machine_.Set("iio:device0", "in_proximity_raw", "\n");
 
@@ -128,7 +116,9 @@ TEST_F(LinuxSensorTest, ASensorThatIsEnabledAgainForgetsItsOldReading) {
   EXPECT_EQ(RegisterProximitySensorCallback(late, 1, Client<0>, &seen), 0);
   EXPECT_THAT(Notices(), IsSupersetOf({"iio:device0/in_proximity_raw: empty"}));
   machine_.Set("iio:device0", "in_proximity_raw", "90\n");
-  for (const int value : Until(seen, 8)) EXPECT_NE(value, 5);
+  std::optional<Call> call;
+  while ((call = seen.Take()) && call->value != 8) EXPECT_NE(call->value, 5);
+  EXPECT_TRUE(call);
   DeinitSensorInfo(&late);
 }
 
@@ -140,20 +130,17 @@ TEST_F(LinuxSensorTest, SensorsComeAndGo) {
   machine_.Add("iio:device3", kRangefinder);
   Notices();  // the event has been handled by now
   ASSERT_EQ(RegisterProximity(), 0);
-  Until(proximity_, 5);
+  EXPECT_TRUE(proximity_.TakeUntil({0, 5}));
 
   machine_.Remove("iio:device3");
   // A reading that has begun before may come first.
-  EXPECT_TRUE(Eventually([this] {
-    const auto notices = Notices();
-    return std::count(notices.begin(), notices.end(), "this machine has no proximity sensor") > 0;
-  }));
+  static_cast<void>(notices_.Until("this machine has no proximity sensor"));
   // Another device serves the registered client.
   machine_.Add("iio:device4", With(kRangefinder, {{"in_proximity_raw", "110\n"}}));
-  Until(proximity_, 10);
+  EXPECT_TRUE(proximity_.TakeUntil({0, 10}));
   // The first by number counts.
   machine_.Add("iio:device2", With(kRangefinder, {{"in_proximity_raw", "210\n"}}));
-  Until(proximity_, 20);
+  EXPECT_TRUE(proximity_.TakeUntil({0, 20}));
 }
 
 }  // namespace

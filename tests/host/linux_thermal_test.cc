@@ -21,6 +21,7 @@
 #include "clients.h"
 #include "linux_machine.h"
 #include "process_state.h"
+#include "quiet.h"
 #include "quorvel.h"
 #include "quorvel/fake/deliveries.h"
 #include "waiting.h"
@@ -62,10 +63,12 @@ class LinuxThermalTest : public LinuxFixture {
     EXPECT_TRUE(fake::WaitUntilDelivered());
   }
 
+  static constexpr std::chrono::milliseconds kPeriod{2};
+
   void Start(const std::string& types_file = "") {
     thermal_ = std::make_unique<linux_machine::Thermal>(
-        notices_.observer(), linux_machine::ThermalSettings{
-                                 .types_file = types_file, .period = std::chrono::milliseconds(2)});
+        notices_.observer(),
+        linux_machine::ThermalSettings{.types_file = types_file, .period = kPeriod});
     thermal_->Start();
   }
 
@@ -86,13 +89,6 @@ class LinuxThermalTest : public LinuxFixture {
     EXPECT_EQ(GetBulkTemperatureByNames(handle_, &name, 1, &out, &count), 0);
     return count == 1 ? std::optional(out.value) : std::nullopt;
   }
-  ThrottlingSeverity SeverityOf(const std::string& name) const {
-    for (const auto& temperature : thermal_->data().temperatures) {
-      if (temperature.name == name) return temperature.throttlingStatus;
-    }
-    ADD_FAILURE() << "no " << name;
-    return ThrottlingSeverity::NONE;
-  }
   std::vector<std::string> Names() const {
     std::vector<std::string> names;
     for (const auto& temperature : thermal_->data().temperatures) names.push_back(temperature.name);
@@ -104,7 +100,7 @@ class LinuxThermalTest : public LinuxFixture {
   void* handle_ = nullptr;
 };
 
-TEST_F(LinuxThermalTest, UnannouncedTripPointsReachClients) {
+TEST_F(LinuxThermalTest, UnannouncedTripPointsAreReadForClientsAlone) {
   machine_.Add("thermal_zone0", kProcessorZone);
   Start();
   ASSERT_EQ(Register("CPU", "x86_pkg_temp"), 0);
@@ -118,6 +114,13 @@ TEST_F(LinuxThermalTest, UnannouncedTripPointsReachClients) {
   machine_.Set("thermal_zone0", "temp", "89000\n");
   machine_.Set("thermal_zone0", "temp", "97000\n");
   EXPECT_EQ(NextSeverity(), 3);
+
+  ASSERT_EQ(DeregisterThermalCallback(handle_, 1), 0);
+  ASSERT_TRUE(WaitUntilQuiet());  // the service has noticed
+  machine_.Set("thermal_zone0", "temp", "50000\n");
+  EXPECT_EQ(seen_.Take(25 * kPeriod), std::nullopt);
+  EXPECT_EQ(thermal_->data().temperatures.at(0).value, 97.0f) << "no client listens";
+  EXPECT_EQ(Read("x86_pkg_temp"), 50.0f) << "a question reads";
 }
 
 TEST_F(LinuxThermalTest, ASeverityEndsWithItsZone) {
@@ -192,10 +195,10 @@ TEST_F(LinuxThermalTest, AZoneHasNoSeverityBeforeItsFirstReadingAndKeepsItWhenAR
   machine_.Vanish("thermal_zone0");
   machine_.Add("thermal_zone0", With(kProcessorZone, {{"temp", "91000\n"}}));
   ASSERT_TRUE(Eventually([&] { return Read("x86_pkg_temp") == 91.0f; }));
-  EXPECT_EQ(SeverityOf("x86_pkg_temp"), ThrottlingSeverity::MODERATE);
+  EXPECT_EQ(thermal_->data().temperatures.at(0).throttlingStatus, ThrottlingSeverity::MODERATE);
   machine_.MakeUnreadable("thermal_zone0", "temp");
   EXPECT_TRUE(std::isnan(Read("x86_pkg_temp").value_or(0)));
-  EXPECT_EQ(SeverityOf("x86_pkg_temp"), ThrottlingSeverity::MODERATE);
+  EXPECT_EQ(thermal_->data().temperatures.at(0).throttlingStatus, ThrottlingSeverity::MODERATE);
 }
 
 TEST_F(LinuxThermalTest, AServiceThatWasStoppedServesAgainAndLeavesNothingOpen) {
