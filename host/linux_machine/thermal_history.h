@@ -29,7 +29,6 @@ class ThermalHistory {
 
   // Updates the state with a reading and returns the data to report. A temperature that has never
   // been read successfully is left out.
-  // Updates the state with a reading and returns the data to report.
   services::ThermalData Continue(const ThermalReading& reading);
   // All temperatures of the last reading.
   const std::vector<TemperatureSource>& sources() const { return sources_; }
