@@ -3,7 +3,6 @@
 
 #include "quorvel/linux_machine/thermal.h"
 
-#include <atomic>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -31,7 +30,6 @@ class Thermal::Service : public WatchedClass, public services::ThermalService {
         history_(std::move(types)) {}
 
   bool has_listeners() const override { return callback_count() + cooling_callback_count() != 0; }
-  int64_t reading_count() const { return readings_; }
   std::vector<TemperatureSource> sources() const {
     std::lock_guard<std::mutex> lock(reading_lock_);
     return history_.sources();
@@ -43,7 +41,6 @@ class Thermal::Service : public WatchedClass, public services::ThermalService {
       QUORVEL_REQUIRES(reading_lock_) override;
 
   ThermalHistory history_ QUORVEL_GUARDED_BY(reading_lock_);
-  std::atomic<int64_t> readings_ = 0;
 };
 
 ndk::ScopedAStatus Thermal::Service::Permit(ThermalOperation operation) {
@@ -54,7 +51,6 @@ ndk::ScopedAStatus Thermal::Service::Permit(ThermalOperation operation) {
 }
 
 void Thermal::Service::ReadLocked(const std::vector<std::string>& syspaths) {
-  ++readings_;
   const ThermalReading reading = ReadThermalDevices(syspaths);
   NoticeFaultsLocked(reading.faults);
   NoticeLackLocked(!reading.zones.empty(), "this machine has no temperature sensor");
@@ -100,12 +96,3 @@ std::vector<TemperatureSource> Thermal::sources() const {
   return service_ != nullptr ? service_->sources() : std::vector<TemperatureSource>{};
 }
 
-size_t Thermal::callback_count() const {
-  return service_ != nullptr ? service_->callback_count() : 0;
-}
-
-int64_t Thermal::reading_count() const {
-  return service_ != nullptr ? service_->reading_count() : 0;
-}
-
-}  // namespace norvik::qel::linux_machine

@@ -94,19 +94,17 @@ TEST_F(ThermalTest, CallbacksReceiveChangedSeveritiesOfTheirType) {
   thermal_.SetSeverity("cpu", ThrottlingSeverity::LIGHT);
   thermal_.SetTemperature("skin", 41);  // no change of severity: not notified
   thermal_.SetSeverity("skin", ThrottlingSeverity::SEVERE);
-  EXPECT_EQ(all->heard.Take()->temperature.name, "cpu");
-  for (const auto& callback : {all, skin}) {
-    const auto heard = callback->heard.Take();
-    EXPECT_EQ(heard->temperature.value, 41);
-    EXPECT_EQ(heard->temperature.throttlingStatus, ThrottlingSeverity::SEVERE);
-    EXPECT_EQ(heard->thread, "binder:host");
-  }
-  EXPECT_EQ(hidl_all->heard.Take()->temperature.name, "cpu");
-  for (const auto& callback : {hidl_all, hidl_skin}) {
-    const auto heard = callback->heard.Take();
-    EXPECT_EQ(heard->temperature.throttlingStatus, V2_0::ThrottlingSeverity::SEVERE);
-    EXPECT_EQ(heard->thread, "hwbinder:host");
-  }
+  const auto expect_heard = [](auto& on_all, auto& on_skin, const char* thread) {
+    EXPECT_EQ(on_all.heard.Take()->temperature.name, "cpu");
+    for (auto* const callback : {&on_all, &on_skin}) {
+      const auto heard = callback->heard.Take();
+      EXPECT_EQ(heard->temperature.value, 41);
+      EXPECT_EQ(static_cast<int>(heard->temperature.throttlingStatus), 3);
+      EXPECT_EQ(heard->thread, thread);
+    }
+  };
+  expect_heard(*all, *skin, "binder:host");
+  expect_heard(*hidl_all, *hidl_skin, "hwbinder:host");
 
   EXPECT_TRUE(aidl_->unregisterThermalChangedCallback(skin).isOk());
   // Of what is removed, callbacks hear if it throttled.
@@ -148,12 +146,6 @@ TEST_F(ThermalTest, ServicesRefuseNullKnownAndUnknownCallbacks) {
   EXPECT_EQ(thermal_.callback_count(ThermalPath::kHidl), 1u);
 }
 
-TEST_F(ThermalTest, AnUnknownNameThrowsTheKnownOnes) {
-  EXPECT_THAT([&] { thermal_.SetTemperature("skni", 1); },
-              testing::ThrowsMessage<std::invalid_argument>(
-                  testing::StartsWith("no temperature \"skni\"; known are \"cpu\" \"skin\" ")));
-}
-
 TEST_F(ThermalTest, TheObserverReceivesEachEventOnceAndTheStateAtTheStart) {
   const size_t count = thermal_.data().temperatures.size();
   const std::vector<std::string> start = events_.TakeMany(count + 2);
@@ -171,6 +163,9 @@ TEST_F(ThermalTest, TheObserverReceivesEachEventOnceAndTheStateAtTheStart) {
   EXPECT_FALSE(aidl_->getTemperatures(&out).isOk());
   thermal_.SetTemperature("skin", 36);
   thermal_.SetTemperature("skin", 36);  // no change
+  EXPECT_THAT([&] { thermal_.SetTemperature("skni", 1); },
+              testing::ThrowsMessage<std::invalid_argument>(
+                  testing::StartsWith("no temperature \"skni\"; known are \"cpu\" \"skin\" ")));
   thermal_.Notify({.name = "nose"});
   thermal_.Kill(ThermalPath::kAidl);
   thermal_.SetSeverity("skin", ThrottlingSeverity::LIGHT);

@@ -11,12 +11,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <iterator>
 #include <locale>
 #include <optional>
+#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
@@ -26,10 +27,8 @@
 #include "device_files.h"
 #include "iio_channels.h"
 #include "linux_machine.h"
-#include "power_supplies.h"
-#include "thermal_devices.h"
-#include "thermal_history.h"
-#include "thermal_types.h"
+#include "quorvel/linux_machine/health.h"
+#include "quorvel/linux_machine/thermal.h"
 
 namespace {
 
@@ -52,156 +51,134 @@ extern "C" const char* udev_device_get_sysattr_value(udev_device* device, const 
 namespace norvik::qel {
 namespace {
 
-using linux_machine::IioChannel;
+using aidl::android::hardware::health::HealthInfo;
+using testing::ElementsAre;
+using testing::UnorderedElementsAreArray;
 using Lines = std::vector<std::string>;
 
-Lines Split(const std::string& text, const std::string& separator) {
-  Lines parts;
-  size_t start = 0;
-  for (size_t end; (end = text.find(separator, start)) != std::string::npos;) {
-    parts.push_back(text.substr(start, end - start));
-    start = end + separator.size();
-  }
-  parts.push_back(text.substr(start));
-  return parts;
+const std::string kMachines = QUORVEL_TEST_MACHINES "/";
+const std::string kReference = kMachines + "reference.umockdev";
+
+Lines Split(const std::string& text, const char* separator) {
+  g_auto(GStrv) parts = g_strsplit(text.c_str(), separator, /*max_tokens=*/0);
+  return {parts, parts + g_strv_length(parts)};
 }
 
 Lines LinesOf(const std::string& file) {
-  std::ifstream in(std::string(QUORVEL_TEST_MACHINES) + "/" + file);
-  Lines lines;
-  for (std::string line; std::getline(in, line);) lines.push_back(line);
-  return lines;
+  std::ostringstream text;
+  text << std::ifstream(kMachines + file).rdbuf();
+  return Split(text.str(), "\n");
 }
 
-// All values of the machine as text, a line each.
+Lines FieldsOf(const HealthInfo& info) {
+  const std::string text = info.toString();
+  return Split(text.substr(text.find('{') + 1), ", ");
+}
+
+// The lines of `from` that are not in `in`.
+Lines Missing(const Lines& from, const Lines& in) {
+  Lines missing;
+  std::copy_if(from.begin(), from.end(), std::back_inserter(missing),
+               [&](const auto& line) { return std::find(in.begin(), in.end(), line) == in.end(); });
+  return missing;
+}
+
+// All values of the machine as text, a line each: what its services report, and their notices.
 class Report {
  public:
-  static Lines Make() {
+  static Lines Make(const std::string& types_file = "") {
     Report report;
+    report.text_.imbue(std::locale::classic());
     report.AddPower();
-    report.AddTemperatures();
+    report.AddTemperatures(types_file);
     report.AddSensors();
-    return std::move(report.lines_);
+    return Split(report.text_.str(), "\n");
   }
 
  private:
-  template <typename... Words>
-  void Add(const Words&... words) {
-    std::ostringstream line;
-    line.imbue(std::locale::classic());
-    (line << ... << words);
-    lines_.push_back(line.str());
+  void AddNotice(std::string notice) {
+    if (notice.starts_with(kMachines)) notice.erase(0, kMachines.size());
+    text_ << "! " << notice << '\n';
   }
-  template <typename T>
-  void AddIf(const char* what, const std::optional<T>& value) {
-    if (!value) return;
-    if constexpr (std::is_enum_v<T>) {
-      Add(what, toString(*value));
-    } else {
-      Add(what, *value);
-    }
-  }
-  void AddFaults(const std::vector<linux_machine::Fault>& faults) {
-    for (const auto& fault : faults) {
-      Add("! ", NoticeOf(fault));
-      // A sensor is read once to find it and once to measure.
-      if (std::count(lines_.begin(), lines_.end(), lines_.back()) > 1) lines_.pop_back();
-    }
-  }
-
-  static Lines List(const std::vector<const char*>& subsystems) {
-    Lines listed;
-    EXPECT_EQ(linux_machine::ListDevices(subsystems, &listed), 0);
-    return listed;
+  services::ServiceObserver observer() {
+    return [this](const services::ServiceEvent& event) {
+      if (event.kind == services::ServiceEvent::Kind::kNotice) AddNotice(event.detail);
+    };
   }
 
   void AddPower() {
-    const auto reading = linux_machine::ReadPowerSupplies(List({"power_supply"}));
-    if (const auto& battery = reading.battery) {
-      if (battery->level_percent) {
-        Add("battery ", *battery->level_percent, " %");
-      } else {
-        Add("battery unknown");
-      }
-      AddIf("cycles ", battery->cycle_count);
-      AddIf("status ", battery->status);
-      AddIf("health ", battery->health);
-      AddIf("capacity level ", battery->capacity_level);
-      AddIf("technology ", battery->technology);
-      AddIf("mV ", battery->voltage_millivolts);
-      AddIf("tenths of a degree ", battery->temperature_tenths_celsius);
-      AddIf("uA ", battery->current_microamps);
-      AddIf("average uA ", battery->current_average_microamps);
-      AddIf("full uAh ", battery->full_charge_uah);
-      AddIf("design uAh ", battery->full_charge_design_uah);
-      AddIf("uAh ", battery->charge_counter_uah);
-      AddIf("seconds to full ", battery->seconds_to_full);
+    linux_machine::Health health(observer());
+    const Lines unknown = FieldsOf(health.info());
+    health.Start();
+    for (const std::string& field : Missing(FieldsOf(health.info()), unknown)) {
+      text_ << field << '\n';
     }
-    if (const std::string parts = PartsOfLevel(reading); !parts.empty()) Add(parts);
-    if (reading.chargers.ac_online) Add("online AC");
-    if (reading.chargers.usb_online) Add("online USB");
-    if (reading.chargers.wireless_online) Add("online wireless");
-    if (reading.chargers.dock_online) Add("online dock");
-    AddIf("max uA ", reading.chargers.max_current_microamps);
-    AddIf("max uV ", reading.chargers.max_voltage_microvolts);
-    for (const auto& supply : reading.supplies) {
-      if (!supply.ignored_because.empty()) Add(supply.name, ": ", supply.ignored_because);
+    for (const auto& supply : health.supplies()) {
+      const std::string& reason = supply.ignored_because;
+      if (!reason.empty()) text_ << supply.name << ": " << reason << '\n';
     }
-    AddFaults(reading.faults);
   }
 
-  void AddTemperatures() {
-    const auto reading = linux_machine::ReadThermalDevices(List({"thermal", "hwmon"}));
-    linux_machine::ThermalHistory history{linux_machine::ThermalTypes()};
-    const services::ThermalData data = history.Continue(reading);
+  void AddTemperatures(const std::string& types_file) {
+    linux_machine::Thermal thermal(observer(), {.types_file = types_file});
+    thermal.Start();
+    const services::ThermalData data = thermal.data();
     for (size_t i = 0; i < data.temperatures.size(); ++i) {
-      const auto& temperature = data.temperatures[i];
-      std::ostringstream thresholds;
-      thresholds.imbue(std::locale::classic());
-      for (const float threshold : data.thresholds[i].hotThrottlingThresholds) {
-        if (!std::isnan(threshold)) thresholds << " >" << threshold;
+      const auto& [type, name, value, severity] = data.temperatures[i];
+      const auto& [limits_type, limits_name, hot, cold] = data.thresholds.at(i);
+      EXPECT_EQ(limits_type, type);
+      EXPECT_EQ(limits_name, name);
+      EXPECT_THAT(cold, testing::Each(testing::IsNan()));
+      text_ << toString(type) << ' ' << name << ' ' << value << ' ' << toString(severity);
+      for (size_t level = 0; level < hot.size(); ++level) {
+        if (!std::isnan(hot[level])) text_ << ' ' << level << '>' << hot[level];
       }
-      using enum aidl::android::hardware::thermal::ThrottlingSeverity;
-      const bool throttles = temperature.throttlingStatus != NONE;
-      Add(toString(temperature.type), ' ', temperature.name, ' ', temperature.value,
-          throttles ? " " + toString(temperature.throttlingStatus) : "", thresholds.str());
+      text_ << '\n';
     }
-    for (const auto& source : history.sources()) {
-      if (!source.is_readable) Add("unreadable ", source.name);
+    for (const auto& source : thermal.sources()) {
+      if (!source.is_readable) text_ << "unreadable " << source.name << '\n';
     }
     for (const auto& device : data.cooling_devices) {
-      Add("cooling ", toString(device.type), ' ', device.name, ' ', device.value);
+      text_ << "cooling " << toString(device.type) << ' ' << device.name << ' ' << device.value
+            << '\n';
     }
-    AddFaults(reading.faults);
   }
 
+  // Directly: the service measures only for a client.
   void AddSensors() {
-    linux_machine::FoundChannels found = linux_machine::FindChannels(List({"iio"}));
-    const auto add = [&](const char* what, const std::optional<IioChannel>& channel) {
-      if (!channel) return;
-      if (const auto value = Measure(*channel, &found.faults)) {
-        Add(what, channel->name, ' ', *value);
-      }
+    Lines listed;
+    EXPECT_EQ(linux_machine::ListDevices({"iio"}, &listed), 0);
+    linux_machine::FoundChannels found = linux_machine::FindChannels(listed);
+    const auto add = [&](const char* what,
+                         const std::optional<linux_machine::IioChannel>& channel) {
+      const auto value = channel ? Measure(*channel, &found.faults) : std::nullopt;
+      if (value) text_ << what << channel->name << ' ' << *value << '\n';
     };
     add("proximity ", found.proximity);
     add("hinge ", found.hinge);
-    AddFaults(found.faults);
+    // A sensor is read once to find it and once to measure.
+    std::set<std::string> notices;
+    for (const auto& fault : found.faults) {
+      if (notices.insert(NoticeOf(fault)).second) AddNotice(NoticeOf(fault));
+    }
   }
 
-  Lines lines_;
+  std::ostringstream text_;
 };
 
 class LinuxMachinesTest : public testing::TestWithParam<std::string> {};
 
 TEST_P(LinuxMachinesTest, IsReadAsItsFilesSay) {
   Machine machine("power_supply");
-  machine.Load(QUORVEL_TEST_MACHINES "/" + GetParam() + ".umockdev");
-  EXPECT_EQ(Report::Make(), LinesOf(GetParam() + ".expected"));
+  machine.Load(kMachines + GetParam() + ".umockdev");
+  const std::string types_file = kMachines + GetParam() + ".types";
+  const Lines report = Report::Make(std::filesystem::exists(types_file) ? types_file : "");
+  EXPECT_EQ(report, LinesOf(GetParam() + ".expected"));
 }
 
 std::vector<std::string> Machines() {
   std::set<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(QUORVEL_TEST_MACHINES)) {
+  for (const auto& entry : std::filesystem::directory_iterator(kMachines)) {
     if (entry.path().extension() == ".umockdev") names.insert(entry.path().stem());
   }
   return {names.begin(), names.end()};
@@ -213,32 +190,22 @@ INSTANTIATE_TEST_SUITE_P(, LinuxMachinesTest, testing::ValuesIn(Machines()), [](
   return name;
 });
 
-TEST(LinuxMachineTest, WithoutDevicesIsEmpty) {
-  const Machine machine("power_supply");
-  EXPECT_THAT(Report::Make(), testing::IsEmpty());
-}
-
 // The machine that has every file, and changes of it.
 class LinuxReferenceTest : public testing::Test {
  protected:
   LinuxReferenceTest() {
-    machine_.Load(QUORVEL_TEST_MACHINES "/reference.umockdev");
+    machine_.Load(kReference);
     whole_ = Report::Make();
   }
   ~LinuxReferenceTest() override { before_reading = nullptr; }
 
-  // The lines that the machine reports no longer, and those that it reports now: "-battery 73 %",
-  // "+battery unknown".
+  // The lines that the machine reports no longer, and those that it reports now:
+  // "-batteryLevel: 73", "+unreadable skin".
   Lines Difference(const Lines& before) const {
     const Lines now = Report::Make();
     Lines difference;
-    const auto add_missing = [&](char sign, const Lines& from, const Lines& in) {
-      for (const std::string& line : from) {
-        if (std::find(in.begin(), in.end(), line) == in.end()) difference.push_back(sign + line);
-      }
-    };
-    add_missing('-', before, now);
-    add_missing('+', now, before);
+    for (const std::string& line : Missing(before, now)) difference.push_back('-' + line);
+    for (const std::string& line : Missing(now, before)) difference.push_back('+' + line);
     return difference;
   }
 
@@ -246,14 +213,13 @@ class LinuxReferenceTest : public testing::Test {
   Lines whole_;
 };
 
-struct FileError {
-  int error;
-  const char* text;
-};
-constexpr FileError kErrors[] = {{ENODATA, "has no data"},
-                                 {EIO, "cannot be read: Input/output error"},
-                                 {ENODEV, "cannot be read: No such device"},
-                                 {EAGAIN, "cannot be read: Resource temporarily unavailable"}};
+// And none, for changes without an error.
+constexpr std::pair<int, const char*> kErrors[] = {
+    {0, ""},
+    {ENODATA, "has no data"},
+    {EIO, "cannot be read: Input/output error"},
+    {ENODEV, "cannot be read: No such device"},
+    {EAGAIN, "cannot be read: Resource temporarily unavailable"}};
 
 // changes.txt, a case per line: "CHANGE; CHANGE | DIFFERENCE | DIFFERENCE". A change is
 // "DEVICE/FILE=CONTENT", "DEVICE/FILE!" for a file that is absent, or "DEVICE/FILE<error>" for one
@@ -266,36 +232,32 @@ TEST_F(LinuxReferenceTest, AChangedFileHasTheseEffectsAndNoOther) {
     std::vector<std::function<void()>> restore;
     std::string failing;
     for (const std::string& change : Split(parts[0], "; ")) {
-      const size_t end = change.find_first_of("=!<");
-      const size_t slash = change.find('/');
-      ASSERT_LT(slash, end);
-      const std::string device = change.substr(0, slash);
-      const std::string file = change.substr(slash + 1, end - slash - 1);
+      static const std::regex kChange("([^/]+)/([^=!<]+)([=!<])(.*)");
+      std::smatch words;
+      ASSERT_TRUE(std::regex_match(change, words, kChange)) << change;
+      const std::string device = words[1];
+      const std::string file = words[2];
       const auto original = machine_.Get(device, file);
       restore.push_back([=, this] { machine_.Put(device, file, original); });
-      if (change[end] == '=') machine_.Put(device, file, Unescaped(change.substr(end + 1)) + "\n");
-      if (change[end] == '!') machine_.Put(device, file, std::nullopt);
-      if (change[end] == '<') failing = device + "/" + file;
+      if (words[3] == "=") machine_.Put(device, file, Unescaped(words[4]) + "\n");
+      if (words[3] == "!") machine_.Put(device, file, std::nullopt);
+      if (words[3] == "<") failing = device + "/" + file;
     }
     parts.erase(parts.begin());
-    if (failing.empty()) {
-      EXPECT_EQ(Difference(whole_), parts);
-    } else {
-      for (const auto& [error, text] : kErrors) {
-        before_reading = [&failing, code = error](const std::string& file) {
-          return file == failing ? code : 0;
-        };
-        Lines expected;
-        for (std::string part : parts) {
-          const bool is_optional = part.starts_with('?');
-          if (is_optional && error == ENODATA) continue;
-          const size_t place = part.find("<error>");
-          if (place != std::string::npos) part.replace(place, std::strlen("<error>"), text);
-          expected.push_back(part.substr(is_optional ? 1 : 0));
-        }
-        EXPECT_EQ(Difference(whole_), expected);
-        before_reading = nullptr;
+    for (const auto& [error, text] : kErrors) {
+      if ((error == 0) != failing.empty()) continue;
+      before_reading = [&failing, code = error](const std::string& file) {
+        return file == failing ? code : 0;
+      };
+      Lines expected;
+      for (const std::string& part : parts) {
+        const bool is_optional = part.starts_with('?');
+        if (is_optional && error == ENODATA) continue;
+        expected.push_back(
+            std::regex_replace(part.substr(is_optional ? 1 : 0), std::regex("<error>"), text));
       }
+      EXPECT_THAT(Difference(whole_), UnorderedElementsAreArray(expected));
+      before_reading = nullptr;
     }
     for (auto undo = restore.rbegin(); undo != restore.rend(); ++undo) (*undo)();
     ASSERT_EQ(Report::Make(), whole_);
@@ -305,25 +267,18 @@ TEST_F(LinuxReferenceTest, AChangedFileHasTheseEffectsAndNoOther) {
 // Each device vanishes before each of its files that is read, and some between the listing and
 // that.
 TEST_F(LinuxReferenceTest, HalfOfADeviceIsNone) {
-  struct Moment {
-    std::string file;  // about to be read
-    std::string device;
-    bool operator==(const Moment&) const = default;
-  };
-  std::vector<Moment> moments = {
+  // Files that are about to be read, and devices.
+  std::set<std::pair<std::string, std::string>> moments = {
       {"AC/type", "BAT0"}, {"thermal_zone0/type", "hwmon0"}, {"iio:device0/label", "iio:device1"}};
   before_reading = [&](const std::string& file) {
-    const Moment moment = {file, file.substr(0, file.find('/'))};
-    if (std::find(moments.begin(), moments.end(), moment) == moments.end()) {
-      moments.push_back(moment);
-    }
+    moments.emplace(file, file.substr(0, file.find('/')));
     return 0;
   };
   Report::Make();
   ASSERT_GT(moments.size(), 50u);
-  for (const Moment& moment : moments) {
-    const auto& file = moment.file;
-    const auto& device = moment.device;
+  for (const auto& moment : moments) {
+    const auto& file = moment.first;
+    const auto& device = moment.second;
     SCOPED_TRACE(file);
     bool gone = false;
     before_reading = [&](const std::string& name) {
@@ -336,8 +291,8 @@ TEST_F(LinuxReferenceTest, HalfOfADeviceIsNone) {
     before_reading = nullptr;
     ASSERT_TRUE(gone);
     EXPECT_THAT(Difference(while_vanishing),
-                testing::ElementsAre("-! " + device + ": vanished while it was read"));
-    machine_.LoadDevice(QUORVEL_TEST_MACHINES "/reference.umockdev", device);
+                ElementsAre("-! " + device + ": vanished while it was read"));
+    machine_.LoadDevice(kReference, device);
     ASSERT_EQ(Report::Make(), whole_);
   }
 }

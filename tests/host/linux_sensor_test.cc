@@ -4,7 +4,6 @@
 // The Linux machine's sensors, on a fake sysfs made for each test.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <algorithm>
 
 #include <chrono>
 #include <optional>
@@ -31,19 +30,6 @@ const Files kRangefinder = {{"name", "tof\n"},
                             {"in_proximity_raw", "62\n"},
                             {"in_proximity_offset", "-10\n"},
                             {"in_proximity_scale", "0.001000000\n"}};
-// In degrees. The other two angles are not those of a hinge.
-const Files kHingeSensor = {
-    {"name", "hinge\n"},
-    {"in_angl0_raw", "90\n"},
-    {"in_angl0_label", "hinge\n"},
-    {"in_angl1_raw", "33\n"},
-    {"in_angl1_label", "screen\n"},
-    {"in_angl2_raw", "44\n"},
-    {"in_angl2_label", "keyboard"},
-    {"in_angl_scale", "0.017453293\n"},
-    {"in_angl_offset", "0\n"},
-};
-
 class LinuxSensorTest : public LinuxFixture {
  protected:
   LinuxSensorTest() : LinuxFixture("iio", "iio:device900", "label") { InitSensorInfo(&handle_); }
@@ -57,17 +43,6 @@ class LinuxSensorTest : public LinuxFixture {
   }
   int RegisterHinge() { return RegisterHingeAngleSensorCallback(handle_, 1, Client<1>, &hinge_); }
 
-  // The values up to this one. The first is often 0, from before any reading.
-  static std::vector<int> Until(Seen<Call>& seen, int value) {
-    std::vector<int> values;
-    while (const std::optional<Call> call = seen.Take()) {
-      values.push_back(call->value);
-      if (call->value == value) return values;
-    }
-    ADD_FAILURE() << "no " << value;
-    return values;
-  }
-
   Seen<Call> proximity_, hinge_;
   linux_machine::Sensors sensors_{
       notices_.observer(), linux_machine::SensorSettings{.period = std::chrono::milliseconds(2)}};
@@ -75,23 +50,22 @@ class LinuxSensorTest : public LinuxFixture {
 };
 
 TEST_F(LinuxSensorTest, AHingeIsReportedInWholeDegrees) {
-  machine_.Add("iio:device0", kHingeSensor);
+  machine_.LoadDevice(QUORVEL_TEST_MACHINES "/reference.umockdev", "iio:device1");
   sensors_.Start();
   ASSERT_EQ(RegisterHinge(), 0);
-  Until(hinge_, 90);
+  EXPECT_TRUE(hinge_.TakeUntil({1, 90}));
   // The kernel truncates the scale; whole degrees arrive unchanged all the same.
   for (const int degrees : {0, 1, 57, 179, 180, 359, 360}) {
-    machine_.Set("iio:device0", "in_angl0_raw", std::to_string(degrees) + "\n");
-    Until(hinge_, degrees);
+    machine_.Set("iio:device1", "in_angl0_raw", std::to_string(degrees) + "\n");
+    EXPECT_TRUE(hinge_.TakeUntil({1, degrees}));
   }
   EXPECT_EQ(RegisterProximity(), -ENOSYS);
   EXPECT_THAT(Notices(), ElementsAre("this machine has no proximity sensor"));
 }
 
-TEST_F(LinuxSensorTest, NothingIsMeasuredWhileNoSensorIsEnabled) {
-  machine_.Add("iio:device0", kRangefinder);
-  // Measuring it causes a notice.
-  machine_.Add("iio:device1", With(kHingeSensor, {{"in_angl0_raw", "wide\n"}}));
+TEST_F(LinuxSensorTest, OnlyEnabledSensorsAreMeasuredAndAFaultIsReportedOnce) {
+  machine_.Load(QUORVEL_TEST_MACHINES "/reference.umockdev");
+  machine_.Set("iio:device1", "in_angl0_raw", "wide\n");
   sensors_.Start();
   EXPECT_THAT(Notices(), IsEmpty());
   EXPECT_EQ(sensors_.measurement_count(), 0) << "found without measuring";
@@ -105,6 +79,12 @@ TEST_F(LinuxSensorTest, NothingIsMeasuredWhileNoSensorIsEnabled) {
   const int64_t idle = sensors_.measurement_count();
   for (int i = 0; i < 20; ++i) Notices();
   EXPECT_EQ(sensors_.measurement_count(), idle);
+
+  ASSERT_EQ(RegisterHinge(), 0);
+  EXPECT_TRUE(Eventually([&] { return sensors_.measurement_count() > idle + 3; }));
+  EXPECT_THAT(Notices(), ElementsAre("iio:device1/in_angl0_raw: \"wide\" is not a number"));
+  machine_.Set("iio:device1", "in_angl0_raw", "120\n");
+  EXPECT_TRUE(hinge_.TakeUntil({1, 120}));
 }
 
 TEST_F(LinuxSensorTest, SourcesDescribeTheSensors) {
@@ -112,11 +92,6 @@ TEST_F(LinuxSensorTest, SourcesDescribeTheSensors) {
   machine_.Add("iio:device1",
                {{"name", "prox\n"}, {"in_proximity_raw", "1\n"}, {"in_proximity_scale", "1\n"}});
   sensors_.Start();
-  ASSERT_EQ(RegisterHinge(), 0);
-  Until(hinge_, 118);
-  ASSERT_EQ(RegisterProximity(), 0);
-  machine_.Set("iio:device1", "in_proximity_raw", "0\n");
-  Until(proximity_, 5);
   EXPECT_THAT(Notices(), ElementsAre("iio:device1: tells whether a person is there, no distance: "
                                      "near or far"));
   const auto sources = sensors_.sources();
@@ -131,7 +106,7 @@ TEST_F(LinuxSensorTest, ASensorThatIsEnabledAgainForgetsItsOldReading) {
   machine_.Add("iio:device0", kRangefinder);
   sensors_.Start();
   ASSERT_EQ(RegisterProximity(), 0);
-  Until(proximity_, 5);
+  EXPECT_TRUE(proximity_.TakeUntil({0, 5}));
   ASSERT_EQ(DeregisterProximitySensorCallback(handle_, 1), 0);
   machine_.Set("iio:device0", "in_proximity_raw", "\n");
 
@@ -141,7 +116,9 @@ TEST_F(LinuxSensorTest, ASensorThatIsEnabledAgainForgetsItsOldReading) {
   EXPECT_EQ(RegisterProximitySensorCallback(late, 1, Client<0>, &seen), 0);
   EXPECT_THAT(Notices(), IsSupersetOf({"iio:device0/in_proximity_raw: empty"}));
   machine_.Set("iio:device0", "in_proximity_raw", "90\n");
-  for (const int value : Until(seen, 8)) EXPECT_NE(value, 5);
+  std::optional<Call> call;
+  while ((call = seen.Take()) && call->value != 8) EXPECT_NE(call->value, 5);
+  EXPECT_TRUE(call);
   DeinitSensorInfo(&late);
 }
 
@@ -153,32 +130,17 @@ TEST_F(LinuxSensorTest, SensorsComeAndGo) {
   machine_.Add("iio:device3", kRangefinder);
   Notices();  // the event has been handled by now
   ASSERT_EQ(RegisterProximity(), 0);
-  Until(proximity_, 5);
+  EXPECT_TRUE(proximity_.TakeUntil({0, 5}));
 
   machine_.Remove("iio:device3");
   // A reading that has begun before may come first.
-  EXPECT_TRUE(Eventually([this] {
-    const auto notices = Notices();
-    return std::count(notices.begin(), notices.end(), "this machine has no proximity sensor") > 0;
-  }));
+  static_cast<void>(notices_.Until("this machine has no proximity sensor"));
   // Another device serves the registered client.
   machine_.Add("iio:device4", With(kRangefinder, {{"in_proximity_raw", "110\n"}}));
-  Until(proximity_, 10);
+  EXPECT_TRUE(proximity_.TakeUntil({0, 10}));
   // The first by number counts.
   machine_.Add("iio:device2", With(kRangefinder, {{"in_proximity_raw", "210\n"}}));
-  Until(proximity_, 20);
-}
-
-TEST_F(LinuxSensorTest, AFaultIsReportedOnceAndEndsWhenTheFileIsGood) {
-  machine_.Add("iio:device0", With(kHingeSensor, {{"in_angl0_raw", "wide\n"}}));
-  sensors_.Start();
-  ASSERT_EQ(RegisterHinge(), 0);
-  const int64_t before = sensors_.measurement_count();
-  ASSERT_TRUE(Eventually([&] { return sensors_.measurement_count() > before + 3; }));
-  EXPECT_THAT(Notices(), ElementsAre("this machine has no proximity sensor",
-                                     "iio:device0/in_angl0_raw: \"wide\" is not a number"));
-  machine_.Set("iio:device0", "in_angl0_raw", "120\n");
-  Until(hinge_, 120);
+  EXPECT_TRUE(proximity_.TakeUntil({0, 20}));
 }
 
 }  // namespace

@@ -80,17 +80,6 @@ class Machine {
     g_free(umockdev_testbed_add_devicev(testbed_, subsystem.c_str(), name.c_str(),
                                         /*parent=*/nullptr, attributes.data(), no_properties));
   }
-  // As one that was there before the program: nothing is announced, which takes umockdev long.
-  void AddUnannounced(const std::string& name, const Files& files) {
-    namespace fs = std::filesystem;
-    const fs::path device = Root() + DevPath(name);
-    fs::create_directories(device);
-    fs::create_directories(fs::path(ListEntry(name)).parent_path());
-    fs::create_directory_symlink("../../class/" + subsystem_, device / "subsystem");
-    List(name);
-    std::ofstream(device / "uevent").flush();
-    for (const auto& [file, content] : files) std::ofstream(device / file) << content;
-  }
   // Announced before the files have gone, as the kernel does.
   void Remove(const std::string& name) {
     Announce(name, "remove");

@@ -7,8 +7,6 @@
 #include <aidl/android/hardware/thermal/TemperatureType.h>
 
 #include <chrono>
-#include <cstddef>
-#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -66,10 +64,6 @@ class Thermal {
   // All temperatures of the last reading, including unreadable ones. Empty if the service is not
   // running.
   std::vector<TemperatureSource> sources() const;
-  // The number of temperature callbacks registered with the running service, and the number of its
-  // readings. 0 if it is not running.
-  size_t callback_count() const;
-  int64_t reading_count() const;
 
  private:
   class Service;
