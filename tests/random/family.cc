@@ -11,7 +11,6 @@
 #include <regex>
 #include <thread>
 
-#include "hang_guard.h"
 #include "pauses.h"
 #include "process_state.h"
 #include "quiet.h"
@@ -29,16 +28,6 @@ using Lock = std::lock_guard<std::mutex>;
 Shared& TheShared() {
   static Shared& shared = *new Shared;
   return shared;
-}
-
-void Fail(const std::string& what) {
-  fprintf(stderr, "FAILED at %s: %s\n", UnderWayNow(), what.c_str());
-  fflush(stderr);
-  abort();
-}
-
-void ExpectTrue(bool is_so, const std::string& what) {
-  if (!is_so) Fail(what);
 }
 
 void Worker::Hold() {

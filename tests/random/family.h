@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // What the random tests of the three families share: the clients and what they are promised, the
-// steps that all families have, and the end of the program when a promise is broken.
+// steps that all families have, and the checks of promises that all have.
 #pragma once
 
 #include <chrono>
@@ -17,21 +17,13 @@
 #include <utility>
 #include <vector>
 
+#include "hang_guard.h"
 #include "quorvel/fake/deliveries.h"
 #include "quorvel/fake/script.h"
 #include "quorvel/fake/thread_annotations.h"
 #include "steps.h"
 
 namespace norvik::qel::random_test {
-
-// Prints the step under way and what is wrong, and ends the program.
-[[noreturn]] void Fail(const std::string& what);
-void ExpectTrue(bool is_so, const std::string& what);
-template <typename T>
-void ExpectEqual(T seen, T expected, const std::string& of) {
-  if (seen == expected) return;
-  Fail(of + " is " + std::to_string(seen) + ", expected " + std::to_string(expected));
-}
 
 // What the library's threads and the driver share.
 struct Shared {
