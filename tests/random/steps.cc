@@ -8,22 +8,6 @@
 
 namespace norvik::qel::random_test {
 
-namespace {
-
-// `pick` returns a number below its argument.
-Step MakeStep(const Grammar& grammar, const std::function<size_t(size_t)>& pick) {
-  size_t total = 0;
-  for (const Verb& verb : grammar) total += verb.weight;
-  size_t chosen = pick(total);
-  auto verb = grammar.begin();
-  for (; chosen >= verb->weight; ++verb) chosen -= verb->weight;
-  Step step = {verb->name};
-  for (const Words& words : verb->arguments) step.push_back(words[pick(words.size())]);
-  return step;
-}
-
-}  // namespace
-
 const Verb* VerbOf(const Grammar& grammar, const Step& step) {
   const auto fits = [&](const Verb& verb) {
     return verb.name == step[0] &&
@@ -37,21 +21,27 @@ const Verb* VerbOf(const Grammar& grammar, const Step& step) {
 }
 
 Steps StepsFromBytes(const Grammar& grammar, std::span<const uint8_t> bytes) {
+  size_t total = 0;
+  for (const Verb& verb : grammar) total += verb.weight;
   Steps steps;
   size_t next = 0;
+  const auto pick = [&](size_t count) { return next < bytes.size() ? bytes[next++] % count : 0; };
   while (next < bytes.size()) {
-    steps.push_back(MakeStep(
-        grammar, [&](size_t count) { return next < bytes.size() ? bytes[next++] % count : 0; }));
+    size_t chosen = pick(total);
+    auto verb = grammar.begin();
+    for (; chosen >= verb->weight; ++verb) chosen -= verb->weight;
+    Step& step = steps.emplace_back(Step{verb->name});
+    for (const Words& words : verb->arguments) step.push_back(words[pick(words.size())]);
   }
   return steps;
 }
 
 Steps StepsFromSeed(const Grammar& grammar, uint64_t seed, size_t count) {
   std::mt19937_64 random(seed);
-  Steps steps;
-  while (steps.size() < count) {
-    steps.push_back(MakeStep(grammar, [&](size_t limit) { return random() % limit; }));
-  }
+  std::vector<uint8_t> bytes(count * 8);  // more than the arguments of any verb
+  std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<uint8_t>(random() >> 56); });
+  Steps steps = StepsFromBytes(grammar, bytes);
+  steps.resize(count);
   return steps;
 }
 

@@ -33,7 +33,7 @@ const Verb* VerbOf(const Grammar& grammar, const Step& step);
 // A byte decides on a verb, and one more on each of its arguments; a last step that lacks bytes
 // gets zeros.
 Steps StepsFromBytes(const Grammar& grammar, std::span<const uint8_t> bytes);
-// The same steps on every machine.
+// Of random bytes, the same on every machine.
 Steps StepsFromSeed(const Grammar& grammar, uint64_t seed, size_t count);
 std::string StepText(const Step& step);
 

@@ -113,15 +113,11 @@ class Thermals : public Family {
     }
     return std::nullopt;
   }
-  size_t CountOf(int type) const {
-    return static_cast<size_t>(
-        std::count_if(registered_.begin(), registered_.end(),
-                      [=](const auto& entry) { return TypeOf(entry.first) == type; }));
-  }
-  size_t TypeCount() const {
-    std::set<int> types;
-    for (const auto& [id, name] : registered_) types.insert(TypeOf(id));
-    return types.size();
+  // How many clients the types have.
+  std::map<int, int> Types() const {
+    std::map<int, int> types;
+    for (const auto& [id, name] : registered_) ++types[TypeOf(id)];
+    return types;
   }
 
   Client& ClientOf(int id, const std::string& name) {
@@ -186,7 +182,7 @@ class Thermals : public Family {
     const int id = IdOf(step[1], step[2]);
     // The last one of a type waits until no callback of the type is under way.
     Worker& called_by = worker(step[1]);
-    if (CountOf(TypeOf(id)) == 1 && called_by.state().busy) {
+    if (Types()[TypeOf(id)] == 1 && called_by.state().busy) {
       called_by.Release();
       Settle();
       CheckClients();
@@ -214,12 +210,10 @@ class Thermals : public Family {
     }
   }
 
-  // Whether the services have exactly the types that have clients.
-  bool AreAllRegistered() const { return Callbacks() == types_before_ && stray_ == 0; }
-
   void ReportEvent(int type, const std::string& name, int severity) {
-    reported_.insert(severity);
-    if (alive() && Callbacks() > 0) Event(type, name, severity, AreAllRegistered());
+    const size_t callbacks = Callbacks();
+    // Certain when the services have exactly the types that have clients.
+    if (callbacks > 0) Event(type, name, severity, callbacks == types_before_ && stray_ == 0);
   }
 
   void SetSeverity(const Step& step) {
@@ -316,7 +310,7 @@ class Thermals : public Family {
     if (ticked() && !certain()) waiting_cleanly_ = false;
     CheckRegistrations();
     CheckCallbacks();
-    types_before_ = TypeCount();
+    types_before_ = Types().size();
   }
 
   void CheckRegistrations() {
@@ -346,7 +340,7 @@ class Thermals : public Family {
   void CheckCallbacks() {
     const size_t pausing = PausingWorkers();
     const size_t callbacks = Callbacks();
-    const size_t types = TypeCount();
+    const size_t types = Types().size();
     if (ticked() && pausing == 0) waiting_cleanly_ = false;
     ExpectTrue(pausing <= 2, "more workers pause than there are");
     if (faulty()) {
