@@ -2,12 +2,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // The battery family.
-#include <stdio.h>
-
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdlib>
 
 #include "dump_text.h"
 #include "family.h"
@@ -22,8 +19,8 @@ namespace {
 using services::HealthOperation;
 
 constexpr size_t kProperties = 4;
-constexpr std::array kNames = {"level", "cycles", "wireless", "dock"};
-constexpr size_t kClients = 3;
+const Words kNames = {"level", "cycles", "wireless", "dock"};
+const Words kClients = {"0", "1", "2"};
 constexpr size_t kAttempts = 10;
 constexpr int kUnknown = -1;
 const Words kWorkers = {"clients"};
@@ -33,8 +30,7 @@ template <int kClient>
 void OnValue(int value, void* cookie) {
   Client::Hear(value, cookie);
 }
-constexpr std::array<BatteryInfoCallback, kClients> kCallbacks = {OnValue<0>, OnValue<1>,
-                                                                  OnValue<2>};
+constexpr std::array kCallbacks = {OnValue<0>, OnValue<1>, OnValue<2>};
 
 constexpr std::array kRegister = {RegisterBatteryLevelCallback, RegisterBatteryCycleCountCallback,
                                   RegisterWirelessChargerIsOnlineCallback,
@@ -45,29 +41,32 @@ constexpr std::array kDeregister = {
 constexpr std::array kGet = {GetBatteryLevel, GetBatteryCycleCount, GetWirelessChargerIsOnline,
                              GetDockChargerIsOnline};
 
-size_t PropertyOf(const std::string& name) {
-  return static_cast<size_t>(std::find(kNames.begin(), kNames.end(), name) - kNames.begin());
+size_t PropertyOf(const Step& step) {
+  return IndexOf(kNames, step[1]);
 }
 
 class Battery : public Family {
  public:
-  Battery() : Family(Fold::kLatest) {
+  Battery() : Family(Fold::kLatest, kWorkers) {
     for (size_t p = 0; p < kProperties; ++p) reported_[p].insert(OnPhone(p));
     for (int i = 1; i <= 5; ++i) reported_[0].insert(1000 + i);
-    AddFault("find", {&health_.on(fake::BinderFunction::kGetService)});
-    AddFault("link", {&health_.on(fake::BinderFunction::kLinkToDeath)});
-    AddFault("register", {&health_.on(HealthOperation::kRegisterCallback)});
-    AddFault("unregister", {&health_.on(HealthOperation::kUnregisterCallback)});
-    AddFault("ask", {&health_.on(HealthOperation::kGetHealthInfo)});
-    Begin();
-  }
-
-  void Finish() override {
-    End();
-    DeliverDeaths();
-    health_.Kill();
-    Settle();
-    CheckClients();
+    Add("register", 10, {kNames, kClients}, &Battery::Register);
+    Add("deregister", 5, {kNames, kClients}, &Battery::Deregister);
+    Add("deregister", 2, {{"all"}}, &Battery::DeregisterAll);
+    Add("get", 5, {kNames, {"cached", "fresh"}}, &Battery::Get);
+    Add("set", 14, {kNames, {"0", "1", "50", "99", "100", "-1", "-7", "2147483647"}},
+        &Battery::Set);
+    Add("start", 5, {}, &Battery::Service);
+    Add("kill", 3, {}, &Battery::Service);
+    Add("restart", 3, {}, &Battery::Service);
+    Add("deaths", 2, {{"held", "delivered"}}, &Battery::Deaths);
+    Add("renew", 2, {}, &Battery::Renew);
+    const Words outcomes = {"refused", "dead"};
+    AddFault("find", outcomes, {&health_.on(fake::BinderFunction::kGetService)});
+    AddFault("link", outcomes, {&health_.on(fake::BinderFunction::kLinkToDeath)});
+    AddFault("register", outcomes, {&health_.on(HealthOperation::kRegisterCallback)});
+    AddFault("unregister", outcomes, {&health_.on(HealthOperation::kUnregisterCallback)});
+    AddFault("ask", outcomes, {&health_.on(HealthOperation::kGetHealthInfo)});
   }
 
  private:
@@ -77,21 +76,15 @@ class Battery : public Family {
     std::array<int, kProperties> values = {kUnknown, kUnknown, kUnknown, kUnknown};
   };
 
-  void Begin() {
+  void Begin() override {
     before_ = {};
     gave_up_ = may_link_without_clients_ = false;
     owed_ = {};
     registered_ = {};
     Init(InitBatteryInfo, &handle_, kWorkers);
-    for (size_t p = 0; p < kProperties; ++p) {
-      for (size_t c = 0; c < kClients; ++c) {
-        clients_[p][c] = &AddClient("client " + std::to_string(c) + " of " + kNames[p], kWorkers[0],
-                                    reported_[p]);
-      }
-    }
   }
 
-  void End() {
+  void End() override {
     Deinit(DeinitBatteryInfo, &handle_, kWorkers, [this](int i) { health_.SetLevel(1000 + i); });
     // Which of the deaths that are held the old handle would have heard of no longer matters.
     ExpectTrue(faulty() || health_.callback_count() <= stray_, "the service keeps a callback");
@@ -116,31 +109,30 @@ class Battery : public Family {
     for (const auto& clients : registered_) count += clients.size();
     return count;
   }
-
-  void Act(const Step& step) override {
-    const std::string& verb = step[0];
-    if (verb == "register") return Register(PropertyOf(step[1]), step[2][0] - '0');
-    if (verb == "deregister") return Deregister(step);
-    if (verb == "get") return Get(PropertyOf(step[1]), step[2] == "cached");
-    if (verb == "set") return Set(PropertyOf(step[1]), atoi(step[2].c_str()));
-    if (verb == "renew") {
-      End();
-      return Begin();
-    }
-    if (verb == "start" && alive_) return;
-    if (verb != "start") stray_ = 0;
-    if (verb != "start") misses_ = 0;
-    if (before_.linked && verb != "start") ++joins_;
-    alive_ = verb != "kill";
-    if (verb == "restart") return Restart([this] { health_.Start(); });
-    alive_ ? health_.Start() : health_.Kill();
+  Client& ClientOf(size_t p, size_t c) {
+    return Family::ClientOf(kWorkers[0], "client " + kClients[c] + " of " + kNames[p],
+                            reported_[p]);
   }
 
-  void Register(size_t p, size_t c) {
+  void Service(const Step& step) {
+    const bool lived = std::exchange(alive_, step[0] != "kill");
+    if (step[0] == "start") {
+      if (!lived) health_.Start();
+      return;
+    }
+    stray_ = misses_ = 0;
+    if (before_.linked) ++joins_;
+    if (step[0] == "kill") return health_.Kill();
+    Restart([this] { health_.Start(); });
+  }
+
+  void Register(const Step& step) {
+    const size_t p = PropertyOf(step);
+    const size_t c = IndexOf(kClients, step[2]);
     const bool is_new = !registered_[p].contains(c);
     first_ = ClientCount() == 0;
-    if (is_new) clients_[p][c]->Join();
-    ExpectEqual(kRegister[p](handle_, kCallbacks[c], clients_[p][c]), is_new ? 0 : -EINVAL,
+    if (is_new) ClientOf(p, c).Join();
+    ExpectEqual(kRegister[p](handle_, kCallbacks[c], &ClientOf(p, c)), is_new ? 0 : -EINVAL,
                 "the result");
     if (!is_new) return;
     registered_[p].insert(c);
@@ -151,20 +143,26 @@ class Battery : public Family {
   }
 
   void Deregister(const Step& step) {
-    for (size_t p = 0; p < kProperties; ++p) {
-      for (size_t c = 0; c < kClients; ++c) {
-        if (step[1] != "all" && (step[1] != kNames[p] || step[2] != std::to_string(c))) continue;
-        const bool is_known = registered_[p].erase(c) != 0;
-        if (is_known) clients_[p][c]->Leave();
-        ExpectEqual(kDeregister[p](handle_, kCallbacks[c]), is_known ? 0 : -EINVAL, "the result");
-      }
+    const size_t p = PropertyOf(step);
+    const size_t c = IndexOf(kClients, step[2]);
+    const bool is_known = registered_[p].erase(c) != 0;
+    if (is_known) ClientOf(p, c).Leave();
+    ExpectEqual(kDeregister[p](handle_, kCallbacks[c]), is_known ? 0 : -EINVAL, "the result");
+  }
+
+  void DeregisterAll(const Step& step) {
+    for (const std::string& property : kNames) {
+      for (const std::string& client : kClients) Deregister({step[0], property, client});
     }
   }
 
-  void Get(size_t p, bool cached) {
-    if (cached) return ExpectEqual(kGet[p](handle_, true), before_.values[p], "the value");
-    if (worker(kWorkers[0]).state().holding)
-      return;  // whether clients hear of a change is not promised
+  void Get(const Step& step) {
+    const size_t p = PropertyOf(step);
+    if (step[2] == "cached") {
+      return ExpectEqual(kGet[p](handle_, true), before_.values[p], "the value");
+    }
+    // Whether clients hear of a change is not promised.
+    if (worker(kWorkers[0]).state().holding) return;
     int value = kGet[p](handle_, false);
     // A service that died without a link is only found out by asking it.
     if (value == -EAGAIN && alive_ && !faulty()) value = kGet[p](handle_, false);
@@ -176,8 +174,9 @@ class Battery : public Family {
     asked_ = true;
   }
 
-  void Set(size_t p, int value) {
-    if (p >= 2) value = value > 0 ? 1 : 0;
+  void Set(const Step& step) {
+    const size_t p = PropertyOf(step);
+    const int value = p < 2 ? std::stoi(step[2]) : std::stoi(step[2]) > 0 ? 1 : 0;
     reported_[p].insert(value);
     if (p == 0) health_.SetLevel(value);
     if (p == 1) health_.SetCycleCount(value);
@@ -186,24 +185,19 @@ class Battery : public Family {
   }
 
   State Dump() const {
-    const std::string text = TextOf(DumpBatteryInfo, handle_);
+    std::string text = TextOf(DumpBatteryInfo, handle_);
     State state;
-    char linked = 0;
-    std::array<int, kProperties> counts = {};
-    const int found =
-        sscanf(text.c_str(),
-               "BatteryInfo: linked to services = %c Battery Level = %d (clients:%d) "
-               "Battery Cycle Count = %d (clients:%d) Wireless Charger Is Online = %d (clients:%d) "
-               "Dock Charger Is Online = %d (clients:%d)",
-               &linked, &state.values[0], &counts[0], &state.values[1], &counts[1],
-               &state.values[2], &counts[2], &state.values[3], &counts[3]);
-    ExpectTrue(found == 9 && (linked == 'T' || linked == 'F'), "the dump is\n" + text);
+    state.linked = Take(text, "BatteryInfo:\n  linked to services = ([TF])\n")[0] == "T";
+    const Words titles = {"Battery Level", "Battery Cycle Count", "Wireless Charger Is Online",
+                          "Dock Charger Is Online"};
     for (size_t p = 0; p < kProperties; ++p) {
-      ExpectEqual(static_cast<size_t>(counts[p]), registered_[p].size(),
-                  std::string("the dump's number of clients of ") + kNames[p]);
-      ExpectEqual(kGet[p](handle_, true), state.values[p], std::string("cached ") + kNames[p]);
+      const Words found = Take(text, "  " + titles[p] + " = (-?\\d+) \\(clients:(\\d+)\\)\n");
+      state.values[p] = std::stoi(found[0]);
+      ExpectEqual(std::stoul(found[1]), registered_[p].size(),
+                  "the dump's number of clients of " + kNames[p]);
+      ExpectEqual(kGet[p](handle_, true), state.values[p], "cached " + kNames[p]);
     }
-    state.linked = linked == 'T';
+    ExpectTrue(text.empty(), "the rest of the dump is\n" + text);
     return state;
   }
 
@@ -220,11 +214,11 @@ class Battery : public Family {
       owed_[p] |= changed || greets;
       told |= (changed && !asked) || greets;
       ExpectTrue(!changed || reported_[p].contains(now.values[p]),
-                 std::string(kNames[p]) + " was never reported");
+                 kNames[p] + " was never reported");
     }
     for (size_t p = 0; told && p < kProperties; ++p) {
       if (!std::exchange(owed_[p], false)) continue;
-      for (const size_t c : registered_[p]) clients_[p][c]->Expect(now.values[p]);
+      for (const size_t c : registered_[p]) ClientOf(p, c).Expect(now.values[p]);
     }
     before_ = now;
   }
@@ -236,7 +230,7 @@ class Battery : public Family {
     if (faulty()) stray_ = std::max(stray_, callbacks - (callbacks > 0 && now.linked ? 1 : 0));
     if (certain && now.linked) {
       for (size_t p = 0; p < kProperties; ++p) {
-        ExpectEqual(now.values[p], OnPhone(p), std::string("while linked, cached ") + kNames[p]);
+        ExpectEqual(now.values[p], OnPhone(p), "while linked, cached " + kNames[p]);
       }
       ExpectTrue(callbacks >= 1, "linked, but the service keeps no callback");
     }
@@ -282,7 +276,6 @@ class Battery : public Family {
   int ended_links_ = Links();
 
   void* handle_ = nullptr;
-  std::array<std::array<Client*, kClients>, kProperties> clients_;
   std::array<std::set<size_t>, kProperties> registered_;
   State before_;
   // Has changed without a call to its clients: the next one that is called for brings it.
@@ -297,25 +290,6 @@ class Battery : public Family {
 };
 
 }  // namespace
-
-Grammar BatteryGrammar() {
-  const Words properties(kNames.begin(), kNames.end());
-  const Words clients = {"0", "1", "2"};
-  return {
-      {"register", 6, {properties, clients}},
-      {"deregister", 3, {properties, clients}},
-      {"deregister", 1, {{"all"}}},
-      {"get", 3, {properties, {"cached", "fresh"}}},
-      {"set", 8, {properties, {"0", "1", "50", "99", "100", "-1", "-7", "2147483647"}}},
-      {"start", 3},
-      {"kill", 2},
-      {"restart", 2},
-      {"hold", 2, {kWorkers}},
-      {"release", 3, {kWorkers}},
-      {"fault", 3, {{"find", "link", "register", "unregister", "ask"}, {"refused", "dead"}}},
-      {"renew", 1},
-  };
-}
 
 std::unique_ptr<Family> MakeBattery() {
   return std::make_unique<Battery>();

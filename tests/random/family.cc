@@ -7,9 +7,10 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
+#include <regex>
 #include <thread>
 
-#include "hang_guard.h"
 #include "pauses.h"
 #include "process_state.h"
 #include "quiet.h"
@@ -27,16 +28,6 @@ using Lock = std::lock_guard<std::mutex>;
 Shared& TheShared() {
   static Shared& shared = *new Shared;
   return shared;
-}
-
-void Fail(const std::string& what) {
-  fprintf(stderr, "FAILED at %s: %s\n", UnderWayNow(), what.c_str());
-  fflush(stderr);
-  abort();
-}
-
-void ExpectTrue(bool is_so, const std::string& what) {
-  if (!is_so) Fail(what);
 }
 
 void Worker::Hold() {
@@ -130,9 +121,38 @@ void Client::Check() {
   folded_ = loose_ = false;
 }
 
+Family::Family(Fold fold, const Words& workers) : fold_(fold) {
+  // The pauses end; 12 of them are as many as it takes to see a worker give up.
+  Add("tick", 3, {{"1", "1", "1", "12"}}, &Family::Tick);
+  Add("hold", 3, {workers}, &Family::Hold);
+  Add("release", 3, {workers}, &Family::Release);
+}
+
+Family::~Family() {
+  Settle();  // the services have gone
+}
+
+void Family::Run(const Steps& steps, std::chrono::seconds patience) {
+  SetUpSilentProcess();
+  static char current[200];  // for ever: a signal handler prints it
+  const auto begin = [&](size_t number, const std::string& text) {
+    snprintf(current, sizeof current, "step %zu, %s", number, text.c_str());
+    RestartHangGuard(current, patience);
+  };
+  begin(0, "init");
+  Begin();
+  for (size_t i = 0; i < steps.size(); ++i) {
+    begin(i + 1, StepText(steps[i]));
+    Do(steps[i]);
+  }
+  begin(steps.size() + 1, "deinit");
+  End();
+  CheckClients();
+  deaths_.reset();
+}
+
 void Family::Do(const Step& step) {
-  const bool several = step[0] == "tick" && step[1] == "12";
-  for (int i = 0; i < (several ? 12 : 1); ++i) {
+  for (int left = step[0] == "tick" ? std::stoi(step[1]) : 1; left > 0; --left) {
     {
       const Lock lock(TheShared().lock);
       ++TheShared().moment;
@@ -140,36 +160,37 @@ void Family::Do(const Step& step) {
     pausing_before_ = PausingWorkers();
     ticked_ = step[0] == "tick" && pausing_before_ > 0;
     ticks_ = pausing_before_ > 0 ? ticks_ + (ticked_ ? 1 : 0) : 0;
-    if (step[0] == "tick") {
-      EndPauses();
-    } else if (step[0] == "deaths") {
-      deaths_.reset();
-      if (step[1] == "held") {
-        deaths_ = std::make_unique<fake::HoldDeliveries>(fake::Delivery::kDeathNotification);
-      }
-    } else if (step[0] == "fault") {
-      const fake::Outcome outcome =
-          step[2] == "failed" ? fake::Outcome::Exception(EX_ILLEGAL_STATE, "not now")
-                              : fake::Outcome{.status = step[2] == "dead" ? STATUS_DEAD_OBJECT
-                                                                          : STATUS_UNKNOWN_ERROR};
-      for (fake::Script* script : faults_.at(step[1])) script->Then(outcome);
-    } else if (step[0] == "hold") {
-      worker(step[1]).Hold();
-    } else if (step[0] == "release") {
-      worker(step[1]).Release();
-    } else {
-      Act(step);
-    }
+    VerbOf(grammar_, step)->act(step);
     Settle();
     Check(step);
     CheckClients();
     faulty_ = step[0] == "fault";
-    for (const auto& [name, scripts] : faults_) {
-      for (fake::Script* script : scripts) {
-        if (!faulty_) script->Clear();
-      }
-    }
+    if (faulty_) continue;
+    for (fake::Script* script : scripts_) script->Clear();
   }
+}
+
+void Family::Tick(const Step& /*step*/) {
+  EndPauses();
+}
+
+void Family::Deaths(const Step& step) {
+  deaths_.reset();
+  if (step[1] == "delivered") return;
+  deaths_ = std::make_unique<fake::HoldDeliveries>(fake::Delivery::kDeathNotification);
+}
+
+void Family::AddFault(const std::string& name, const Words& outcomes,
+                      const std::vector<fake::Script*>& scripts) {
+  scripts_.insert(scripts_.end(), scripts.begin(), scripts.end());
+  grammar_.push_back({"fault", 1, {{name}, outcomes}, [scripts](const Step& step) {
+                        const fake::Outcome outcome =
+                            step[2] == "failed"
+                                ? fake::Outcome::Exception(EX_ILLEGAL_STATE, "not now")
+                                : fake::Outcome{.status = step[2] == "dead" ? STATUS_DEAD_OBJECT
+                                                                            : STATUS_UNKNOWN_ERROR};
+                        for (fake::Script* script : scripts) script->Then(outcome);
+                      }});
 }
 
 void Family::Init(void (*init)(void**), void** handle, const Words& workers) {
@@ -195,13 +216,14 @@ void Family::Deinit(void (*deinit)(void**), void** handle, const Words& workers,
   ExpectEqual(PausingWorkers(), size_t{0}, "the number of workers that pause");
 }
 
-Client& Family::AddClient(const std::string& name, const std::string& worker,
-                          const std::set<int>& reported) {
-  return clients_.emplace_back(name, *workers_.at(worker), reported);
+Client& Family::ClientOf(const std::string& worker, const std::string& name,
+                         const std::set<int>& reported) {
+  Worker* const called_by = workers_.at(worker);
+  return clients_.try_emplace({called_by, name}, name, *called_by, reported).first->second;
 }
 
 void Family::CheckClients() {
-  for (Client& client : clients_) client.Check();
+  for (auto& [key, client] : clients_) client.Check();
 }
 
 void Family::Settle() {
@@ -215,34 +237,26 @@ void Family::Restart(const std::function<void()>& start) {
   Settle();
 }
 
-Grammar GrammarOf(const std::string& family) {
-  Grammar grammar = family == "battery"  ? BatteryGrammar()
-                    : family == "sensor" ? SensorGrammar()
-                                         : ThermalGrammar();
-  // The pauses end; 12 of them are as many as it takes to see a worker give up.
-  grammar.push_back({"tick", 3, {{"1", "1", "1", "12"}}});
-  if (family != "sensor") grammar.push_back({"deaths", 1, {{"held", "delivered"}}});
-  return grammar;
+std::vector<Words> TakeAll(std::string& text, const std::string& pattern) {
+  const std::regex regex(pattern);
+  std::vector<Words> found;
+  std::smatch match;
+  while (std::regex_search(text, match, regex, std::regex_constants::match_continuous)) {
+    found.emplace_back(std::next(match.begin()), match.end());
+    text = match.suffix();
+  }
+  return found;
 }
 
-void RunSteps(const std::string& family, const Steps& steps, std::chrono::seconds patience) {
-  SetUpSilentProcess();
-  static char current[200];  // for ever: a signal handler prints it
-  const auto begin = [&](size_t number, const std::string& text) {
-    snprintf(current, sizeof current, "step %zu, %s", number, text.c_str());
-    RestartHangGuard(current, patience);
-  };
-  begin(0, "init");
-  const std::unique_ptr<Family> subject = family == "battery"  ? MakeBattery()
-                                          : family == "sensor" ? MakeSensor()
-                                                               : MakeThermal();
-  for (size_t i = 0; i < steps.size(); ++i) {
-    begin(i + 1, StepText(steps[i]));
-    subject->Do(steps[i]);
-  }
-  begin(steps.size() + 1, "deinit");
-  subject->Finish();
-  RestartHangGuard("nothing", std::chrono::seconds(0));
+Words Take(std::string& text, const std::string& pattern) {
+  const std::string before = text;
+  const std::vector<Words> found = TakeAll(text, pattern);
+  if (found.size() != 1) Fail("the rest of the dump is\n" + before);
+  return found[0];
+}
+
+std::unique_ptr<Family> MakeFamily(const std::string& name) {
+  return name == "battery" ? MakeBattery() : name == "sensor" ? MakeSensor() : MakeThermal();
 }
 
 }  // namespace norvik::qel::random_test

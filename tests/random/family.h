@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // What the random tests of the three families share: the clients and what they are promised, the
-// steps that all families have, and the end of the program when a promise is broken.
+// steps that all families have, and the checks of promises that all have.
 #pragma once
 
 #include <chrono>
@@ -17,21 +17,13 @@
 #include <utility>
 #include <vector>
 
+#include "hang_guard.h"
 #include "quorvel/fake/deliveries.h"
 #include "quorvel/fake/script.h"
 #include "quorvel/fake/thread_annotations.h"
 #include "steps.h"
 
 namespace norvik::qel::random_test {
-
-// Prints the step under way and what is wrong, and ends the program.
-[[noreturn]] void Fail(const std::string& what);
-void ExpectTrue(bool is_so, const std::string& what);
-template <typename T>
-void ExpectEqual(T seen, T expected, const std::string& of) {
-  if (seen == expected) return;
-  Fail(of + " is " + std::to_string(seen) + ", expected " + std::to_string(expected));
-}
 
 // What the library's threads and the driver share.
 struct Shared {
@@ -118,46 +110,61 @@ class Client {
   bool member_ QUORVEL_GUARDED_BY(TheShared().lock) = false;
 };
 
+// A phone, its handles and clients, and the steps that can be done with them.
 class Family {
  public:
-  explicit Family(Fold fold) : fold_(fold) {}
-  virtual ~Family() = default;
+  virtual ~Family();
   Family(const Family&) = delete;
   Family& operator=(const Family&) = delete;
 
-  // Does a step, waits until all that comes of it is over, and checks.
-  void Do(const Step& step);
-  // Deinit...() of all handles, and what is left then.
-  virtual void Finish() = 0;
+  const Grammar& grammar() const { return grammar_; }
+  // A whole run, once. Starts the first threads. Ends the program when a promise is broken, or when
+  // a step takes longer than `patience`.
+  void Run(const Steps& steps, std::chrono::seconds patience);
 
  protected:
-  // What only the family knows to do. Settle() and Check() follow.
-  virtual void Act(const Step& step) = 0;
+  // Steps can hold and release these workers.
+  Family(Fold fold, const Words& workers);
+
+  // All handles. A run has several rows of them when a step is Renew().
+  virtual void Begin() = 0;
+  virtual void End() = 0;
   // Holds the present state against the promises, and keeps it as the state before the next step.
   virtual void Check(const Step& step) = 0;
+
+  template <typename Derived>
+  void Add(const std::string& verb, size_t weight, std::vector<Words> arguments,
+           void (Derived::*act)(const Step&)) {
+    grammar_.push_back({verb, weight, std::move(arguments), [this, act](const Step& step) {
+                          (static_cast<Derived*>(this)->*act)(step);
+                        }});
+  }
+  // "fault NAME OUTCOME": of the next call of each of these functions.
+  void AddFault(const std::string& name, const Words& outcomes,
+                const std::vector<fake::Script*>& scripts);
+  void Renew(const Step& /*step*/) {
+    End();
+    Begin();
+  }
+  // "deaths held" keeps death notifications back, "deaths delivered" no longer.
+  void Deaths(const Step& step);
 
   // A new handle, whose workers have these names.
   void Init(void (*init)(void**), void** handle, const Words& workers);
   // The end of one, which may begin inside a call, and 5 times `change` meanwhile.
   void Deinit(void (*deinit)(void**), void** handle, const Words& workers,
               const std::function<void(int)>& change);
-  // By the name that "hold" and "release" use.
   Worker& worker(const std::string& name) const { return *workers_.at(name); }
-  // Lives as long as the program, to hear what it must not.
-  Client& AddClient(const std::string& name, const std::string& worker,
-                    const std::set<int>& reported);
+  // The one of that name. Lives as long as the program, to hear what it must not.
+  Client& ClientOf(const std::string& worker, const std::string& name,
+                   const std::set<int>& reported);
   void CheckClients();
 
   // Waits until no thread can continue by itself.
   static void Settle();
-  // What "fault NAME" is about.
-  void AddFault(const std::string& name, std::vector<fake::Script*> scripts) {
-    faults_[name] = std::move(scripts);
-  }
   // Whether a step before this one has scripted faults, which this one's calls meet.
   bool faulty() const { return faulty_; }
   bool deaths_held() const { return deaths_ != nullptr; }
-  void DeliverDeaths() { deaths_.reset(); }
   // `start` of a service that may run; the library hears of its death only when both are over.
   void Restart(const std::function<void()>& start);
 
@@ -168,12 +175,18 @@ class Family {
   size_t ticks() const { return ticks_; }
 
  private:
+  void Do(const Step& step);
+  void Tick(const Step& step);
+  void Hold(const Step& step) { worker(step[1]).Hold(); }
+  void Release(const Step& step) { worker(step[1]).Release(); }
+
   const Fold fold_;
+  Grammar grammar_;
   int handles_ = 0;
   std::deque<Worker> all_workers_;
   std::map<std::string, Worker*> workers_;
-  std::deque<Client> clients_;
-  std::map<std::string, std::vector<fake::Script*>> faults_;
+  std::map<std::pair<Worker*, std::string>, Client> clients_;
+  std::vector<fake::Script*> scripts_;
   std::unique_ptr<fake::HoldDeliveries> deaths_;
   bool faulty_ = false;
   size_t pausing_before_ = 0;
@@ -181,17 +194,16 @@ class Family {
   size_t ticks_ = 0;
 };
 
-Grammar BatteryGrammar();
-Grammar SensorGrammar();
-Grammar ThermalGrammar();
+// Takes everything from the beginning of `text` that matches the regular expression, time and
+// again: the groups of each time.
+std::vector<Words> TakeAll(std::string& text, const std::string& pattern);
+// Takes what has to be there, once.
+Words Take(std::string& text, const std::string& pattern);
+
 std::unique_ptr<Family> MakeBattery();
 std::unique_ptr<Family> MakeSensor();
 std::unique_ptr<Family> MakeThermal();
-
 // By the name of a family: "battery", "sensor" or "thermal".
-Grammar GrammarOf(const std::string& family);
-// A whole run. Ends the program when a promise is broken, or when a step takes longer than
-// `patience`.
-void RunSteps(const std::string& family, const Steps& steps, std::chrono::seconds patience);
+std::unique_ptr<Family> MakeFamily(const std::string& name);
 
 }  // namespace norvik::qel::random_test

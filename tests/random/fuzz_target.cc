@@ -9,7 +9,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace norvik::qel::random_test;
-  static const Grammar grammar = GrammarOf(QUORVEL_FUZZ_FAMILY);
-  RunSteps(QUORVEL_FUZZ_FAMILY, StepsFromBytes(grammar, {data, size}), std::chrono::seconds(100));
+  const std::unique_ptr<Family> family = MakeFamily(QUORVEL_FUZZ_FAMILY);
+  family->Run(StepsFromBytes(family->grammar(), {data, size}), std::chrono::seconds(100));
   return 0;
 }

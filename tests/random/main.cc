@@ -15,6 +15,8 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -35,14 +37,22 @@ constexpr std::chrono::seconds kShrinkingPatience(15);
   exit(1);
 }
 
+// The steps as text, a line each.
+std::string TextOf(const Steps& steps) {
+  std::string text;
+  for (const Step& step : steps) text += StepText(step) + "\n";
+  return text;
+}
+
 // Runs the steps in a child process. Whether it ends well.
-bool Passes(const std::string& family, const Steps& steps, std::chrono::seconds patience,
+bool Passes(std::unique_ptr<Family>& family, const Steps& steps, std::chrono::seconds patience,
             bool silent) {
   fflush(nullptr);
   const pid_t child = fork();
   if (child == 0) {
     if (silent && freopen("/dev/null", "w", stderr) == nullptr) abort();
-    RunSteps(family, steps, patience);
+    family->Run(steps, patience);
+    family.reset();
     exit(0);  // the leak checker looks now
   }
   int status = 0;
@@ -51,47 +61,41 @@ bool Passes(const std::string& family, const Steps& steps, std::chrono::seconds 
 }
 
 // Delta debugging: drops ever smaller pieces as long as what is left fails.
-Steps Shrink(const std::string& family, Steps steps) {
+Steps Shrink(std::unique_ptr<Family>& family, Steps steps) {
   for (size_t piece = steps.size(); piece > 0; piece /= 2) {
     for (size_t begin = 0; begin < steps.size();) {
-      Steps fewer(steps.begin(), steps.begin() + static_cast<ptrdiff_t>(begin));
-      const size_t end = std::min(begin + piece, steps.size());
-      fewer.insert(fewer.end(), steps.begin() + static_cast<ptrdiff_t>(end), steps.end());
-      if (fewer.size() < steps.size() &&
-          !Passes(family, fewer, kShrinkingPatience, /*silent=*/true)) {
-        steps = std::move(fewer);
+      Steps fewer = steps;
+      const auto first = fewer.begin() + static_cast<ptrdiff_t>(begin);
+      fewer.erase(first, first + static_cast<ptrdiff_t>(std::min(piece, steps.size() - begin)));
+      if (Passes(family, fewer, kShrinkingPatience, /*silent=*/true)) {
+        begin += piece;
       } else {
-        begin = end;
+        steps = std::move(fewer);
       }
     }
   }
   return steps;
 }
 
-// Shrinks, and leaves the steps in a file beside this program.
-void Report(const std::string& family, Steps steps, const std::string& name) {
-  fprintf(stderr, "\n%s fails with %zu steps, shrinking\n", family.c_str(), steps.size());
-  if (!Passes(family, steps, kShrinkingPatience, /*silent=*/true)) steps = Shrink(family, steps);
-  const std::filesystem::path path = std::filesystem::read_symlink("/proc/self/exe").parent_path() /
-                                     ("failure-" + family + "-" + name + ".txt");
-  std::ofstream(path) << StepsText(steps);
-  fprintf(stderr, "steps that fail:\n%s", StepsText(steps).c_str());
-  static_cast<void>(Passes(family, steps, kPatience, /*silent=*/false));
-  fprintf(stderr, "again with: quorvel_random_test --family %s --replay %s\n", family.c_str(),
-          path.c_str());
-}
-
+// Steps as text, one a line; "#" begins a comment. Or as bytes that a fuzzer has made.
 Steps Read(const Grammar& grammar, const std::string& path, bool bytes) {
   std::ifstream stream(path, std::ios::binary);
-  const std::string text{std::istreambuf_iterator<char>(stream), {}};
-  std::string error = stream ? "" : "cannot be read";
-  Steps steps;
   if (bytes) {
-    steps = StepsFromBytes(grammar, {reinterpret_cast<const uint8_t*>(text.data()), text.size()});
-  } else if (error.empty()) {
-    steps = StepsFromText(grammar, text, error);
+    const std::vector<uint8_t> input{std::istreambuf_iterator<char>(stream), {}};
+    return StepsFromBytes(grammar, input);
   }
-  if (!error.empty()) Refuse(path + ": " + error);
+  Steps steps;
+  int number = 0;
+  for (std::string line; std::getline(stream, line);) {
+    ++number;
+    std::istringstream words(line.substr(0, line.find('#')));
+    const Step step{std::istream_iterator<std::string>(words), {}};
+    if (step.empty()) continue;
+    if (VerbOf(grammar, step) == nullptr) {
+      Refuse(path + ": line " + std::to_string(number) + ": not a step: " + line);
+    }
+    steps.push_back(step);
+  }
   return steps;
 }
 
@@ -99,7 +103,7 @@ Steps Read(const Grammar& grammar, const std::string& path, bool bytes) {
 
 // NOLINTNEXTLINE(bugprone-exception-escape): an exception may end the program
 int main(int argc, char** argv) {
-  std::vector<std::string> families = {"battery", "sensor", "thermal"};
+  std::vector<std::string> names = {"battery", "sensor", "thermal"};
   std::string only;
   uint64_t seed = 1;
   size_t runs = 10;
@@ -109,7 +113,7 @@ int main(int argc, char** argv) {
   CLI::App app("Tries random steps, C calls and changes of the phone, against the promises.");
   app.footer("A run that fails is shrunk to few steps, which can be replayed.");
   app.add_option("--family", only, "this family alone: battery, sensor or thermal")
-      ->check(CLI::IsMember(families));
+      ->check(CLI::IsMember(names));
   app.add_option("--seed", seed, "of the first run (1); the next runs have the next seeds");
   app.add_option("--runs", runs, "how many runs of each family (10)")->check(CLI::PositiveNumber);
   app.add_option("--steps", count, "how many steps a run has (250)")->check(CLI::PositiveNumber);
@@ -118,24 +122,34 @@ int main(int argc, char** argv) {
       ->needs("--family");
   app.add_flag("--bytes", bytes, "the files are inputs of a fuzz target");
   CLI11_PARSE(app, argc, argv);
-  if (!only.empty()) families = {only};
+  if (!only.empty()) names = {only};
   if (!replays.empty()) runs = replays.size();
-  for (const std::string& family : families) {
-    const Grammar grammar = GrammarOf(family);
+  for (const std::string& name : names) {
+    std::unique_ptr<Family> family = MakeFamily(name);
     const auto begin = std::chrono::steady_clock::now();
     size_t steps_done = 0;
     for (size_t i = 0; i < runs; ++i) {
-      const Steps steps = replays.empty() ? StepsFromSeed(grammar, seed + i, count)
-                                          : Read(grammar, replays[i], bytes);
+      Steps steps = replays.empty() ? StepsFromSeed(family->grammar(), seed + i, count)
+                                    : Read(family->grammar(), replays[i], bytes);
       steps_done += steps.size();
       if (Passes(family, steps, kPatience, /*silent=*/false)) continue;
-      Report(family, steps,
-             replays.empty() ? std::to_string(seed + i)
-                             : std::filesystem::path(replays[i]).stem().string());
+      fprintf(stderr, "\n%s fails with %zu steps, shrinking\n", name.c_str(), steps.size());
+      if (!Passes(family, steps, kShrinkingPatience, /*silent=*/true))
+        steps = Shrink(family, steps);
+      const std::string run = replays.empty() ? std::to_string(seed + i)
+                                              : std::filesystem::path(replays[i]).stem().string();
+      const std::filesystem::path path =
+          std::filesystem::read_symlink("/proc/self/exe").parent_path() /
+          ("failure-" + name + "-" + run + ".txt");
+      std::ofstream(path) << TextOf(steps);
+      fprintf(stderr, "steps that fail:\n%s", TextOf(steps).c_str());
+      static_cast<void>(Passes(family, steps, kPatience, /*silent=*/false));
+      fprintf(stderr, "again with: quorvel_random_test --family %s --replay %s\n", name.c_str(),
+              path.c_str());
       return 1;
     }
     const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begin;
-    printf("%s: %zu runs, %zu steps, %.1f s\n", family.c_str(), runs, steps_done, took.count());
+    printf("%s: %zu runs, %zu steps, %.1f s\n", name.c_str(), runs, steps_done, took.count());
   }
   return 0;
 }

@@ -2,16 +2,12 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // The sensor family: two handles, which share the process's looper.
-#include <stdio.h>
-
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cmath>
-#include <cstdlib>
 #include <limits>
 #include <optional>
-#include <sstream>
 
 #include "dump_text.h"
 #include "family.h"
@@ -27,9 +23,10 @@ using fake::SensorFunction;
 
 constexpr size_t kHandles = 2;
 constexpr size_t kSensors = 2;
-constexpr std::array kNames = {"proximity", "hinge"};
+const Words kHandleNames = {"A", "B"};
+const Words kNames = {"proximity", "hinge"};
 constexpr std::array<int32_t, kSensors> kTypes = {ASENSOR_TYPE_PROXIMITY, ASENSOR_TYPE_HINGE_ANGLE};
-constexpr int kIds = 3;
+const Words kIds = {"0", "1", "2"};
 constexpr std::array kRegister = {RegisterProximitySensorCallback,
                                   RegisterHingeAngleSensorCallback};
 constexpr std::array kDeregister = {DeregisterProximitySensorCallback,
@@ -43,10 +40,6 @@ int Truncated(float value) {
   return static_cast<int>(value);
 }
 
-size_t SensorOf(const std::string& name) {
-  return name == kNames[0] ? 0 : 1;
-}
-
 // What the dump says of a sensor.
 struct State {
   bool known = false;
@@ -57,7 +50,6 @@ struct State {
 struct Handle {
   std::string name;
   void* handle = nullptr;
-  std::array<std::array<Client*, kIds>, kSensors> clients = {};
   std::array<std::set<int>, kSensors> registered;
   std::array<State, kSensors> before;
   // By sensor. Its clients have to leave before it is tried again: it was found absent, or refused.
@@ -68,63 +60,70 @@ struct Handle {
 
 class Sensors : public Family {
  public:
-  Sensors() : Family(Fold::kLatest) {
-    AddFault("manager", {&hub_.on(SensorFunction::kGetInstance)});
-    AddFault("queue", {&hub_.on(SensorFunction::kCreateEventQueue)});
-    AddFault("find", {&hub_.on(SensorFunction::kGetDefaultSensor)});
-    AddFault("enable", {&hub_.on(SensorFunction::kRegisterSensor)});
-    AddFault("disable", {&hub_.on(SensorFunction::kDisableSensor)});
-    for (size_t i = 0; i < kHandles; ++i) Begin(handles_[i], i == 0 ? "A" : "B");
+  Sensors() : Family(Fold::kLatest, kHandleNames) {
+    const Words values = {"0", "4.9", "-0.5", "7.99", "179.6", "-3", "3e10", "-3e10", "nan"};
+    Add("register", 12, {kHandleNames, kNames, kIds}, &Sensors::Register);
+    Add("deregister", 5, {kHandleNames, kNames, kIds}, &Sensors::Deregister);
+    Add("deregister", 2, {kHandleNames, kNames, {"all"}}, &Sensors::DeregisterAll);
+    Add("report", 9, {kNames, values}, &Sensors::Report);
+    Add("batch", 5, {kNames, values, kNames, values}, &Sensors::Report);
+    Add("start", 2, {{"both", "both", "both", "proximity", "hinge"}}, &Sensors::Start);
+    Add("renew", 2, {kHandleNames}, &Sensors::RenewOne);
+    const Words outcomes = {"refused"};
+    AddFault("manager", outcomes, {&hub_.on(SensorFunction::kGetInstance)});
+    AddFault("queue", outcomes, {&hub_.on(SensorFunction::kCreateEventQueue)});
+    AddFault("find", outcomes, {&hub_.on(SensorFunction::kGetDefaultSensor)});
+    AddFault("enable", outcomes, {&hub_.on(SensorFunction::kRegisterSensor)});
+    AddFault("disable", outcomes, {&hub_.on(SensorFunction::kDisableSensor)});
   }
 
-  void Finish() override {
-    for (Handle& handle : handles_) End(handle);
+ private:
+  void Begin() override {
+    for (size_t i = 0; i < kHandles; ++i) BeginOne(handles_[i], kHandleNames[i]);
+  }
+
+  void End() override {
+    for (Handle& handle : handles_) EndOne(handle);
     ExpectTrue(!running_ || hub_.queue_count() == 0, "event queues are left");
     for (const int32_t type : kTypes) {
       ExpectTrue(!running_ || hub_.listeners(type) == 0, "sensors are left enabled");
     }
-    CheckClients();
   }
 
- private:
-  void Begin(Handle& handle, const std::string& name) {
+  void BeginOne(Handle& handle, const std::string& name) {
     handle = {};
     handle.name = name;
     Init(InitSensorInfo, &handle.handle, {name});
-    for (size_t s = 0; s < kSensors; ++s) {
-      for (int id = 0; id < kIds; ++id) {
-        handle.clients[s][static_cast<size_t>(id)] = &AddClient(
-            name + "'s client " + std::to_string(id) + " of " + kNames[s], name, reported_[s]);
-      }
-    }
   }
 
-  void End(Handle& handle) {
+  void EndOne(Handle& handle) {
     for (int i = 1; i <= 5; ++i) AddReading(0, static_cast<float>(1000 + i));
-    for (Handle& each : handles_) {
-      for (Client* client : each.clients[0]) client->Loosen();
+    for (const Handle& each : handles_) {
+      for (const std::string& id : kIds) ClientOf(each, 0, std::stoi(id)).Loosen();
     }
     Deinit(DeinitSensorInfo, &handle.handle, {handle.name},
            [this](int i) { hub_.Report(kTypes[0], static_cast<float>(1000 + i)); });
   }
 
-  void Act(const Step& step) override {
-    const std::string& verb = step[0];
-    if (verb == "start") return Start(step[1]);
-    if (verb == "report" || verb == "batch") return Report({step.begin() + 1, step.end()});
-    Handle& handle = handles_[step[1] == "A" ? 0 : 1];
-    if (verb == "register") Register(handle, SensorOf(step[2]), atoi(step[3].c_str()));
-    if (verb == "deregister") Deregister(handle, SensorOf(step[2]), step[3]);
-    if (verb == "renew") {
-      End(handle);
-      Begin(handle, step[1]);
-    }
+  void RenewOne(const Step& step) {
+    EndOne(HandleOf(step));
+    BeginOne(HandleOf(step), step[1]);
   }
 
-  void Register(Handle& handle, size_t s, int id) {
+  Handle& HandleOf(const Step& step) { return handles_[IndexOf(kHandleNames, step[1])]; }
+  Client& ClientOf(const Handle& handle, size_t s, int id) {
+    return Family::ClientOf(handle.name,
+                            handle.name + "'s client " + std::to_string(id) + " of " + kNames[s],
+                            reported_[s]);
+  }
+
+  void Register(const Step& step) {
+    Handle& handle = HandleOf(step);
+    const size_t s = IndexOf(kNames, step[2]);
+    const int id = std::stoi(step[3]);
     auto& registered = handle.registered[s];
     const State& before = handle.before[s];
-    Client* const client = handle.clients[s][static_cast<size_t>(id)];
+    Client* const client = &ClientOf(handle, s, id);
     const int result = kRegister[s](handle.handle, id, Client::Hear, client);
     if (registered.contains(id)) return ExpectEqual(result, -EINVAL, "the result the second time");
     const bool asks = registered.empty() && running_;
@@ -140,34 +139,35 @@ class Sensors : public Family {
     new_ = client;
   }
 
-  void Deregister(Handle& handle, size_t s, const std::string& which) {
+  void Deregister(const Step& step) {
+    Handle& handle = HandleOf(step);
+    const size_t s = IndexOf(kNames, step[2]);
+    const int id = std::stoi(step[3]);
     auto& registered = handle.registered[s];
-    for (int id = 0; id < kIds; ++id) {
-      if (which != "all" && which != std::to_string(id)) continue;
-      const int result = kDeregister[s](handle.handle, id);
-      if (registered.erase(id) == 0) {
-        ExpectEqual(result, -EINVAL, "the result for an unknown client");
-        continue;
-      }
-      handle.clients[s][static_cast<size_t>(id)]->Leave();
-      if (!registered.empty()) {
-        ExpectEqual(result, 0, "the result for one of several");
-      } else if (handle.before[s].active) {
-        ExpectTrue(result == 0 || (faulty() && result == kRefused), "the sensor is not disabled");
-      } else {
-        // Of a sensor that was given up, the reason.
-        const bool reason = handle.given_up[s] && (result == -ENOSYS || result == -EINVAL);
-        ExpectTrue(result == 0 || reason, "the result is " + std::to_string(result));
-      }
-      if (registered.empty()) handle.given_up[s] = false;
+    const int result = kDeregister[s](handle.handle, id);
+    if (registered.erase(id) == 0) {
+      return ExpectEqual(result, -EINVAL, "the result for an unknown client");
+    }
+    ClientOf(handle, s, id).Leave();
+    if (!registered.empty()) return ExpectEqual(result, 0, "the result for one of several");
+    const bool given_up = std::exchange(handle.given_up[s], false);
+    if (handle.before[s].active) {
+      ExpectTrue(result == 0 || (faulty() && result == kRefused), "the sensor is not disabled");
+    } else {
+      // Of a sensor that was given up, the reason.
+      const bool reason = given_up && (result == -ENOSYS || result == -EINVAL);
+      ExpectTrue(result == 0 || reason, "the result is " + std::to_string(result));
     }
   }
 
-  void Start(const std::string& which) {
-    if (running_) return;
-    running_ = true;
+  void DeregisterAll(const Step& step) {
+    for (const std::string& id : kIds) Deregister({step[0], step[1], step[2], id});
+  }
+
+  void Start(const Step& step) {
+    if (std::exchange(running_, true)) return;
     for (size_t s = 0; s < kSensors; ++s) {
-      exists_[s] = which == "both" || which == kNames[s];
+      exists_[s] = step[1] == "both" || step[1] == kNames[s];
       if (exists_[s]) hub_.Add(kTypes[s], kNames[s], 20'000);
     }
     hub_.Start();
@@ -182,11 +182,11 @@ class Sensors : public Family {
   }
 
   // Pairs of a sensor and a reading, which arrive together.
-  void Report(const Words& words) {
+  void Report(const Step& step) {
     std::vector<services::SensorReading> readings;
-    for (size_t i = 0; i < words.size(); i += 2) {
-      const size_t s = SensorOf(words[i]);
-      const float value = strtof(words[i + 1].c_str(), nullptr);
+    for (size_t i = 1; i < step.size(); i += 2) {
+      const size_t s = IndexOf(kNames, step[i]);
+      const float value = std::stof(step[i + 1]);
       readings.push_back({.type = kTypes[s], .value = value});
       AddReading(s, value);
     }
@@ -194,37 +194,25 @@ class Sensors : public Family {
   }
 
   std::array<State, kSensors> Dump(const Handle& handle) const {
-    const std::string text = TextOf(DumpSensorInfo, handle.handle);
+    std::string text = TextOf(DumpSensorInfo, handle.handle);
     std::array<State, kSensors> states;
-    std::array<std::set<int>, kSensors> ids;
-    char poll = 0;
-    size_t s = kSensors;
-    std::istringstream lines(text);
-    for (std::string line; std::getline(lines, line);) {
-      char known = 0;
-      char active = 0;
-      char owed = 0;
-      int number = 0;
-      if (line == "SensorInfo:" || sscanf(line.c_str(), "  Poll :%c", &poll) == 1) continue;
-      if (line == "  Sensor: PROXIMITY" || line == "  Sensor: HINGE_ANGLE") {
-        s = line == "  Sensor: PROXIMITY" ? 0 : 1;
-      } else if (s < kSensors && sscanf(line.c_str(), "    initialized:%c active:%c, data:%d",
-                                        &known, &active, &number) == 3) {
-        states[s] = {.known = known == 'T', .active = active == 'T', .data = number};
-      } else if (s < kSensors &&
-                 sscanf(line.c_str(), "    client id:%d need_to_update:%c", &number, &owed) == 2) {
-        ids[s].insert(number);
-        ExpectTrue(owed == 'F' || worker(handle.name).state().holding,
+    const Words polls = Take(text, "SensorInfo:\n  Poll :([TF])\n");
+    for (size_t s = 0; s < kSensors; ++s) {
+      Take(text, s == 0 ? "  Sensor: PROXIMITY\n" : "  Sensor: HINGE_ANGLE\n");
+      const Words found = Take(text, "    initialized:([TF]) active:([TF]), data:(-?\\d+)\n");
+      states[s] = {
+          .known = found[0] == "T", .active = found[1] == "T", .data = std::stoi(found[2])};
+      std::set<int> ids;
+      for (const Words& client : TakeAll(text, "    client id:(\\d+) need_to_update:([TF])\n")) {
+        ids.insert(std::stoi(client[0]));
+        ExpectTrue(client[1] == "F" || worker(handle.name).state().holding,
                    "a client is still owed a call");
-      } else {
-        Fail("the dump is\n" + text);
       }
+      ExpectTrue(ids == handle.registered[s],
+                 "not all clients of " + kNames[s] + ", or others, are in the dump");
     }
-    for (size_t i = 0; i < kSensors; ++i) {
-      ExpectTrue(ids[i] == handle.registered[i],
-                 "not all clients, or others, are in the dump\n" + text);
-    }
-    ExpectEqual(poll == 'T', states[0].active || states[1].active, "whether the dump polls");
+    ExpectTrue(text.empty(), "the rest of the dump is\n" + text);
+    ExpectEqual(polls[0] == "T", states[0].active || states[1].active, "whether the dump polls");
     return states;
   }
 
@@ -247,7 +235,7 @@ class Sensors : public Family {
     ExpectTrue(PausingWorkers() <= kHandles, "more workers pause than there are handles");
     for (size_t s = 0; running_ && s < kSensors; ++s) {
       ExpectEqual(hub_.listeners(kTypes[s]), enabled[s],
-                  std::string("the service's number of users of ") + kNames[s]);
+                  "the service's number of users of " + kNames[s]);
     }
     if (running_) {
       const size_t queues = hub_.queue_count();
@@ -265,10 +253,9 @@ class Sensors : public Family {
     const bool was_enabled = now.active && !before.active;
     // Its first event is the reading that it has.
     const bool event = now.active && (arrived_[s] || (was_enabled && latest_[s]));
-    ExpectEqual(now.data, event ? *latest_[s] : before.data,
-                std::string("the data of ") + kNames[s]);
+    ExpectEqual(now.data, event ? *latest_[s] : before.data, "the data of " + kNames[s]);
     for (const int id : registered) {
-      Client* const client = handle.clients[s][static_cast<size_t>(id)];
+      Client* const client = &ClientOf(handle, s, id);
       if (new_ == client && (event || worker(handle.name).state().folding)) client->Loosen();
       // The first events of two sensors come one after the other.
       if (was_enabled && worker(handle.name).state().holding) client->Loosen();
@@ -305,24 +292,6 @@ class Sensors : public Family {
 };
 
 }  // namespace
-
-Grammar SensorGrammar() {
-  const Words handles = {"A", "B"};
-  const Words sensors(kNames.begin(), kNames.end());
-  const Words ids = {"0", "1", "2"};
-  const Words values = {"0", "4.9", "-0.5", "7.99", "179.6", "-3", "3e10", "-3e10", "nan"};
-  return {
-      {"register", 8, {handles, sensors, ids}},
-      {"deregister", 4, {handles, sensors, {"0", "1", "2", "all"}}},
-      {"report", 6, {sensors, values}},
-      {"batch", 3, {sensors, values, sensors, values}},
-      {"start", 1, {{"both", "both", "both", "proximity", "hinge"}}},
-      {"hold", 2, {handles}},
-      {"release", 3, {handles}},
-      {"fault", 2, {{"manager", "queue", "find", "enable", "disable"}, {"refused"}}},
-      {"renew", 1, {handles}},
-  };
-}
 
 std::unique_ptr<Family> MakeSensor() {
   return std::make_unique<Sensors>();

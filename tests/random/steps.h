@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <string>
 #include <vector>
@@ -16,23 +17,27 @@ using Words = std::vector<std::string>;
 using Step = Words;  // the verb, then its arguments
 using Steps = std::vector<Step>;
 
-// A kind of step: its share among the random ones, and the words that each argument can be.
+// A kind of step: its share among the random ones, the words that each argument can be, and what is
+// done.
 struct Verb {
   std::string name;
-  int weight;
-  std::vector<Words> arguments = {};
+  size_t weight;
+  std::vector<Words> arguments;
+  std::function<void(const Step&)> act;
 };
 using Grammar = std::vector<Verb>;
+
+// Null when it is no step.
+const Verb* VerbOf(const Grammar& grammar, const Step& step);
 
 // A byte decides on a verb, and one more on each of its arguments; a last step that lacks bytes
 // gets zeros.
 Steps StepsFromBytes(const Grammar& grammar, std::span<const uint8_t> bytes);
-// The same steps on every machine.
+// Of random bytes, the same on every machine.
 Steps StepsFromSeed(const Grammar& grammar, uint64_t seed, size_t count);
-// One step a line; "#" begins a comment. On a mistake `error` says which, and no step is returned.
-Steps StepsFromText(const Grammar& grammar, const std::string& text, std::string& error);
-
 std::string StepText(const Step& step);
-std::string StepsText(const Steps& steps);
+
+// The size of the list when the word is not in it.
+size_t IndexOf(const Words& words, const std::string& word);
 
 }  // namespace norvik::qel::random_test

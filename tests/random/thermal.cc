@@ -2,14 +2,10 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // The thermal family, with an AIDL service, a HIDL service, or both.
-#include <stdio.h>
-
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdlib>
 #include <optional>
-#include <sstream>
 
 #include "dump_text.h"
 #include "family.h"
@@ -30,48 +26,63 @@ using simulated::ThermalPath;
 constexpr std::array kPaths = {ThermalPath::kAidl, ThermalPath::kHidl};
 const Words kTypes = {"CPU", "SKIN", "BCL_CURRENT", "skin"};  // the last one is no type
 constexpr std::array kTypeNumbers = {0, 3, 7, -1};
-constexpr int kCpu = 0;
-constexpr int kSkin = 1;
-const Words kHeld = {"CPU", "SKIN", "BCL_CURRENT"};
-constexpr int kIds = 3;  // of each type: ten times its index, and 0 to 2
+const Words kIds = {"0", "1", "2"};  // of each type
 // Ticks after which the attempts may have ended: five, and ten from the last of these on.
 constexpr size_t kReconnectTicks = 13;
 constexpr size_t kRestoreTicks = 9;
 
-// The index of a type.
-int TypeOf(const std::string& name) {
-  return static_cast<int>(std::find(kTypes.begin(), kTypes.end(), name) - kTypes.begin());
+// A type stands for its index, which makes the tens of the library's ids.
+int IdOf(const std::string& type, const std::string& id) {
+  return static_cast<int>(10 * IndexOf(kTypes, type)) + std::stoi(id);
 }
 int TypeOf(int id) {
   return id / 10;
 }
+int TypeOf(const std::string& name) {
+  return static_cast<int>(IndexOf(kTypes, name));
+}
 
 class Thermals : public Family {
  public:
-  Thermals() : Family(Fold::kOldest) {
-    for (int i = 1; i <= 5; ++i) reported_.insert(100 + i);
-    AddFault("register", {&phone_.on(ThermalOperation::kRegisterThermalChangedCallbackWithType),
-                          &phone_.on(HidlThermalOperation::kRegisterThermalChangedCallback)});
-    AddFault("unregister", {&phone_.on(ThermalOperation::kUnregisterThermalChangedCallback),
-                            &phone_.on(HidlThermalOperation::kUnregisterThermalChangedCallback)});
-    AddFault("query", {&phone_.on(ThermalOperation::kGetTemperaturesWithType),
-                       &phone_.on(HidlThermalOperation::kGetCurrentTemperatures)});
-    AddFault("link", {&phone_.on(fake::BinderFunction::kLinkToDeath)});
+  Thermals() : Family(Fold::kOldest, kTypes) {
     phone_.Declare(ThermalPath::kHidl);
-    Begin();
-  }
-
-  void Finish() override {
-    End();
-    DeliverDeaths();
-    for (const ThermalPath path : kPaths) phone_.Kill(path);
-    Settle();
-    CheckClients();
+    for (int i = 1; i <= 5; ++i) reported_.insert(100 + i);
+    const Words paths = {"aidl", "hidl"};
+    const Words severities = {"0", "1", "2", "6", "99", "-1"};
+    const Words known = {"cpu", "skin", "battery_current", "AUDIO_current", "AUDIO_voltage"};
+    const Words limits = {"battery_current", "AUDIO_current"};
+    Words names = known;
+    names.emplace_back("nothing");
+    Add("register", 2, {{"CPU"}, {"cpu", "cpu", "skin"}, kIds}, &Thermals::Register);
+    Add("register", 4, {{"SKIN"}, {"skin", "skin", "skin", "nothing"}, kIds}, &Thermals::Register);
+    Add("register", 4, {{"BCL_CURRENT"}, limits, kIds}, &Thermals::Register);
+    Add("register", 1, {{"skin"}, {"skin"}, kIds}, &Thermals::Register);
+    Add("deregister", 4, {kTypes, kIds}, &Thermals::Deregister);
+    Add("deregister", 1, {{"all"}}, &Thermals::DeregisterAll);
+    Add("severity", 6, {known, severities}, &Thermals::SetSeverity);
+    Add("notify", 3, {{"SKIN"}, {"skin", "nothing"}, severities}, &Thermals::Notify);
+    Add("notify", 2, {{"BCL_CURRENT"}, limits, severities}, &Thermals::Notify);
+    Add("limits", 2, {{"cached", "fresh"}}, &Thermals::Limits);
+    Add("bulk", 2, {names, names, names}, &Thermals::Bulk);
+    Add("start", 4, {paths}, &Thermals::Service);
+    Add("kill", 3, {paths}, &Thermals::Service);
+    Add("restart", 2, {paths}, &Thermals::Service);
+    Add("deaths", 1, {{"held", "delivered"}}, &Thermals::Deaths);
+    Add("renew", 1, {}, &Thermals::Renew);
+    AddFault("register", {"failed"},
+             {&phone_.on(ThermalOperation::kRegisterThermalChangedCallbackWithType),
+              &phone_.on(HidlThermalOperation::kRegisterThermalChangedCallback)});
+    AddFault("unregister", {"failed"},
+             {&phone_.on(ThermalOperation::kUnregisterThermalChangedCallback),
+              &phone_.on(HidlThermalOperation::kUnregisterThermalChangedCallback)});
+    AddFault("query", {"failed"},
+             {&phone_.on(ThermalOperation::kGetTemperaturesWithType),
+              &phone_.on(HidlThermalOperation::kGetCurrentTemperatures)});
+    AddFault("link", {"dead"}, {&phone_.on(fake::BinderFunction::kLinkToDeath)});
   }
 
  private:
-  void Begin() {
-    clients_.clear();
+  void Begin() override {
     registered_.clear();
     waiting_.clear();
     limits_.clear();
@@ -80,7 +91,7 @@ class Thermals : public Family {
     Init(InitThermalInfo, &handle_, kTypes);
   }
 
-  void End() {
+  void End() override {
     Deinit(DeinitThermalInfo, &handle_, kTypes,
            [this](int i) { phone_.SetSeverity("skin", static_cast<ThrottlingSeverity>(100 + i)); });
     ExpectTrue(faulty() || Callbacks() <= stray_, "a service keeps a callback");
@@ -102,59 +113,39 @@ class Thermals : public Family {
     }
     return std::nullopt;
   }
-  size_t CountOf(int type) const {
-    return static_cast<size_t>(
-        std::count_if(registered_.begin(), registered_.end(),
-                      [=](const auto& entry) { return TypeOf(entry.first) == type; }));
-  }
-  size_t TypeCount() const {
-    std::set<int> types;
-    for (const auto& [id, name] : registered_) types.insert(TypeOf(id));
-    return types.size();
+  // How many clients the types have.
+  std::map<int, int> Types() const {
+    std::map<int, int> types;
+    for (const auto& [id, name] : registered_) ++types[TypeOf(id)];
+    return types;
   }
 
   Client& ClientOf(int id, const std::string& name) {
-    Client*& client = clients_[{id, name}];
-    if (client == nullptr) {
-      client =
-          &AddClient("client " + std::to_string(id) + " of " + name, kTypes[TypeOf(id)], reported_);
-    }
-    return *client;
+    return Family::ClientOf(kTypes[TypeOf(id)], "client " + std::to_string(id) + " of " + name,
+                            reported_);
   }
 
-  void Act(const Step& step) override {
-    const std::string& verb = step[0];
-    if (verb == "register") return Register(10 * TypeOf(step[1]) + atoi(step[3].c_str()), step[2]);
-    if (verb == "deregister") return Deregister(step);
-    if (verb == "severity") return SetSeverity(step[1], atoi(step[2].c_str()));
-    if (verb == "notify") return Notify(TypeOf(step[1]), step[2], atoi(step[3].c_str()));
-    if (verb == "limits") return Limits(step[1] == "cached");
-    if (verb == "bulk") return Bulk({step.begin() + 1, step.end()});
-    if (verb == "renew") {
-      End();
-      return Begin();
-    }
+  void Service(const Step& step) {
     const size_t path = step[1] == "aidl" ? 0 : 1;
-    if (verb == "start" && alive_[path]) return;
-    if (verb != "start") {
-      stray_ = std::min(stray_, phone_.callback_count(kPaths[1 - path]));
-      clean_ = pausing_before() == 0 && !deaths_held();
+    const bool lived = std::exchange(alive_[path], step[0] != "kill");
+    if (step[0] == "start") {
+      if (!lived) phone_.Start(kPaths[path]);
+      return;
     }
-    alive_[path] = verb != "kill";
-    if (verb == "restart") return Restart([&] { phone_.Start(kPaths[path]); });
-    alive_[path] ? phone_.Start(kPaths[path]) : phone_.Kill(kPaths[path]);
+    stray_ = std::min(stray_, phone_.callback_count(kPaths[1 - path]));
+    clean_ = pausing_before() == 0 && !deaths_held();
+    if (step[0] == "kill") return phone_.Kill(kPaths[path]);
+    Restart([&] { phone_.Start(kPaths[path]); });
   }
 
-  int Call(int id, const std::string& name) {
+  void Register(const Step& step) {
+    const int id = IdOf(step[1], step[3]);
+    const std::string& name = step[2];
     const ThermalCallbackParam param = {.id = id,
-                                        .type_name = kTypes[TypeOf(id)].c_str(),
+                                        .type_name = step[1].c_str(),
                                         .temperature_name = name.c_str(),
                                         .callback = Client::Hear};
-    return RegisterThermalCallback(handle_, &param, &ClientOf(id, name));
-  }
-
-  void Register(int id, const std::string& name) {
-    const int result = Call(id, name);
+    const int result = RegisterThermalCallback(handle_, &param, &ClientOf(id, name));
     ExpectTrue(result == 0 || result == -EINVAL, "the result is " + std::to_string(result));
     if (alive()) {
       const bool fits = !registered_.contains(id) && Find(TypeOf(id), name);
@@ -181,17 +172,17 @@ class Thermals : public Family {
     if (severity) Event(TypeOf(id), name, *severity, true);
   }
 
-  void Deregister(const Step& step) {
-    for (int id = 0; id < 10 * static_cast<int>(kTypes.size()); ++id) {
-      const bool named = step[1] == kTypes[TypeOf(id)] && step[2] == std::to_string(id % 10);
-      if (id % 10 < kIds && (step[1] == "all" || named)) Deregister(id);
+  void DeregisterAll(const Step& step) {
+    for (const std::string& type : kTypes) {
+      for (const std::string& id : kIds) Deregister({step[0], type, id});
     }
   }
 
-  void Deregister(int id) {
+  void Deregister(const Step& step) {
+    const int id = IdOf(step[1], step[2]);
     // The last one of a type waits until no callback of the type is under way.
-    Worker& called_by = worker(kTypes[TypeOf(id)]);
-    if (CountOf(TypeOf(id)) == 1 && called_by.state().busy) {
+    Worker& called_by = worker(step[1]);
+    if (Types()[TypeOf(id)] == 1 && called_by.state().busy) {
       called_by.Release();
       Settle();
       CheckClients();
@@ -219,16 +210,16 @@ class Thermals : public Family {
     }
   }
 
-  // Whether the services have exactly the types that have clients.
-  bool AreAllRegistered() const { return Callbacks() == types_before_ && stray_ == 0; }
-
   void ReportEvent(int type, const std::string& name, int severity) {
-    reported_.insert(severity);
-    if (alive() && Callbacks() > 0) Event(type, name, severity, AreAllRegistered());
+    const size_t callbacks = Callbacks();
+    // Certain when the services have exactly the types that have clients.
+    if (callbacks > 0) Event(type, name, severity, callbacks == types_before_ && stray_ == 0);
   }
 
-  void SetSeverity(const std::string& name, int severity) {
-    for (const int type : {kCpu, kSkin, 2}) {
+  void SetSeverity(const Step& step) {
+    const std::string& name = step[1];
+    const int severity = std::stoi(step[2]);
+    for (int type = 0; type < 3; ++type) {
       const std::optional<int> before = Find(type, name);
       if (before && before != severity) ReportEvent(type, name, severity);
     }
@@ -238,15 +229,18 @@ class Thermals : public Family {
   }
 
   // Whatever the temperatures are.
-  void Notify(int type, const std::string& name, int severity) {
-    ReportEvent(type, name, severity);
+  void Notify(const Step& step) {
+    const int type = TypeOf(step[1]);
+    const int severity = std::stoi(step[3]);
+    ReportEvent(type, step[2], severity);
     phone_.Notify({.type = static_cast<TemperatureType>(kTypeNumbers[type]),
-                   .name = name,
+                   .name = step[2],
                    .value = 0,
                    .throttlingStatus = static_cast<ThrottlingSeverity>(severity)});
   }
 
-  void Limits(bool cached) {
+  void Limits(const Step& step) {
+    const bool cached = step[1] == "cached";
     // The first one asks the service, whose answer has both.
     std::map<int, int> limits;
     for (const int type : {6, 7}) {
@@ -269,19 +263,16 @@ class Thermals : public Family {
     ExpectTrue(limits == limits_, "other limits than expected");
   }
 
-  void Bulk(const Words& words) {
-    std::vector<const char*> names;
-    for (const std::string& name : words) names.push_back(name.c_str());
+  void Bulk(const Step& step) {
+    std::array names = {step[1].c_str(), step[2].c_str(), step[3].c_str()};
     std::array<thermistor, 3> out = {};
     int size = 3;
-    const int result = GetBulkTemperatureByNames(handle_, names.data(),
-                                                 static_cast<int>(names.size()), out.data(), &size);
+    const int result = GetBulkTemperatureByNames(handle_, names.data(), 3, out.data(), &size);
     if (alive()) gave_up_ = false;
     if (!certain()) return ExpectTrue(result == 0 || result == -EINVAL, "the result");
     std::map<std::string, float> expected;
     for (const auto& each : phone_.data().temperatures) {
-      const bool wanted = std::find(words.begin(), words.end(), each.name) != words.end();
-      if (alive() && wanted) expected[each.name] = each.value;
+      if (alive() && IndexOf(step, each.name) < step.size()) expected[each.name] = each.value;
     }
     std::map<std::string, float> found;
     for (int i = 0; i < std::min(size, 3); ++i) found[out[i].name] = out[i].value;
@@ -290,31 +281,27 @@ class Thermals : public Family {
 
   // The clients in the dump, by id.
   std::map<int, std::string> Dump() const {
-    const std::string text = TextOf(DumpThermalInfo, handle_);
+    std::string text = TextOf(DumpThermalInfo, handle_);
     std::map<int, std::string> clients;
     std::map<int, int> limits;
-    int type = 0;
-    int limit_type = 0;
-    std::istringstream lines(text);
-    for (std::string line; std::getline(lines, line);) {
-      int number = 0;
-      char name[64] = "";
-      if (sscanf(line.c_str(), "      id: %d, temperature_name:%63s", &number, name) >= 1) {
-        ExpectTrue(kTypeNumbers[TypeOf(number)] == type && clients.emplace(number, name).second,
-                   "a client is in the wrong place\n" + text);
-      } else if (sscanf(line.c_str(), "    supported_temperature_type_: %d", &number) == 1) {
-        type = number;
-      } else if (sscanf(line.c_str(), "  bcl type = %d", &number) == 1) {
-        limit_type = number;
-      } else if (sscanf(line.c_str(), "  bcl status = %d", &number) == 1) {
-        limits[limit_type] = number;
-      } else if (!line.empty() && line != "ThermalInfo:" && line != "    clients: " &&
-                 !line.starts_with("  audio thermal callback: ") &&
-                 !line.starts_with("  bcl name = AUDIO_")) {
-        Fail("the dump is\n" + text);
+    Take(text, "ThermalInfo:\n");
+    for (const Words& limit : TakeAll(text,
+                                      "  bcl type = (\\d+)\n  bcl name = AUDIO_.*\n"
+                                      "  bcl status = (-?\\d+)\n\n")) {
+      limits[std::stoi(limit[0])] = std::stoi(limit[1]);
+    }
+    ExpectTrue(limits == limits_, "the dump has other limits");
+    while (!text.empty()) {
+      const Words type = Take(text,
+                              "  audio thermal callback: .*\n"
+                              "    supported_temperature_type_: (-?\\d+)\n    clients: \n");
+      for (const Words& client : TakeAll(text, "      id: (\\d+), temperature_name:(.*)\n")) {
+        const int id = std::stoi(client[0]);
+        ExpectTrue(
+            kTypeNumbers[TypeOf(id)] == std::stoi(type[0]) && clients.emplace(id, client[1]).second,
+            "client " + client[0] + " is in the wrong place in the dump");
       }
     }
-    ExpectTrue(limits == limits_, "the dump has other limits\n" + text);
     return clients;
   }
 
@@ -323,7 +310,7 @@ class Thermals : public Family {
     if (ticked() && !certain()) waiting_cleanly_ = false;
     CheckRegistrations();
     CheckCallbacks();
-    types_before_ = TypeCount();
+    types_before_ = Types().size();
   }
 
   void CheckRegistrations() {
@@ -353,7 +340,7 @@ class Thermals : public Family {
   void CheckCallbacks() {
     const size_t pausing = PausingWorkers();
     const size_t callbacks = Callbacks();
-    const size_t types = TypeCount();
+    const size_t types = Types().size();
     if (ticked() && pausing == 0) waiting_cleanly_ = false;
     ExpectTrue(pausing <= 2, "more workers pause than there are");
     if (faulty()) {
@@ -380,7 +367,6 @@ class Thermals : public Family {
   size_t stray_ = 0;  // callbacks that services may keep because they have failed to drop them
 
   void* handle_ = nullptr;
-  std::map<std::pair<int, std::string>, Client*> clients_;  // by id and name
   std::map<int, std::string> registered_;
   std::map<int, std::set<std::string>> waiting_;  // several names: the first, or a later one
   std::map<int, int> limits_;                     // as of the last question, by type
@@ -392,37 +378,6 @@ class Thermals : public Family {
 };
 
 }  // namespace
-
-Grammar ThermalGrammar() {
-  const Words types = {"CPU", "SKIN", "SKIN", "BCL_CURRENT", "skin"};
-  const Words ids = {"0", "1", "2"};
-  const Words paths = {"aidl", "hidl"};
-  const Words severities = {"0", "1", "2", "6", "99", "-1"};
-  const Words known = {"cpu", "skin", "battery_current", "AUDIO_current", "AUDIO_voltage"};
-  Words names = known;
-  names.emplace_back("nothing");
-  return {
-      {"register", 2, {{"CPU"}, {"cpu", "cpu", "skin"}, ids}},
-      {"register", 4, {{"SKIN"}, {"skin", "skin", "skin", "nothing"}, ids}},
-      {"register", 4, {{"BCL_CURRENT"}, {"battery_current", "AUDIO_current"}, ids}},
-      {"register", 1, {{"skin"}, {"skin"}, ids}},
-      {"deregister", 4, {types, ids}},
-      {"deregister", 1, {{"all"}}},
-      {"severity", 6, {known, severities}},
-      {"notify", 3, {{"SKIN"}, {"skin", "nothing"}, severities}},
-      {"notify", 2, {{"BCL_CURRENT"}, {"battery_current", "AUDIO_current"}, severities}},
-      {"limits", 2, {{"cached", "fresh"}}},
-      {"bulk", 2, {names, names, names}},
-      {"start", 4, {paths}},
-      {"kill", 3, {paths}},
-      {"restart", 2, {paths}},
-      {"hold", 3, {kHeld}},
-      {"release", 3, {kHeld}},
-      {"fault", 2, {{"register", "unregister", "query"}, {"failed"}}},
-      {"fault", 1, {{"link"}, {"dead"}}},
-      {"renew", 1},
-  };
-}
 
 std::unique_ptr<Family> MakeThermal() {
   return std::make_unique<Thermals>();

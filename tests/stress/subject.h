@@ -6,18 +6,16 @@
 #pragma once
 
 #include <atomic>
+#include <cerrno>
 #include <climits>
-#include <cstddef>
 #include <deque>
 #include <functional>
 #include <memory>
 #include <string>
 
-namespace norvik::qel::stress {
+#include "hang_guard.h"
 
-// Prints what is wrong, and in which test, and ends the program.
-[[noreturn]] void Fail(const std::string& what);
-void ExpectEqual(long seen, long expected, const char* what);
+namespace norvik::qel::stress {
 
 // What a client has heard: the cookie of its registration.
 struct Client {
@@ -27,7 +25,12 @@ struct Client {
   // What it does when it is called. Set before it is registered.
   std::function<void()> then = nullptr;
 
-  static void Hear(int value, void* cookie);
+  static void Hear(int value, void* cookie) {
+    auto* const self = static_cast<Client*>(cookie);
+    if (self->closed) Fail("a client is called after the end of its handle");
+    self->last = value;
+    if (self->then) self->then();
+  }
   // The same, for an interface that tells clients apart by their functions.
   static void HearToo(int value, void* cookie) { Hear(value, cookie); }
 };
@@ -36,11 +39,15 @@ struct Client {
 class Subject {
  public:
   virtual ~Subject() = default;
+  Subject(const Subject&) = delete;
+  Subject& operator=(const Subject&) = delete;
 
-  virtual void Init(void** handle) const = 0;
-  virtual void Deinit(void** handle) const = 0;
-  // How many clients a handle can have; they have the numbers from 0.
-  virtual int clients() const = 0;
+  void (*const init)(void** handle);
+  void (*const deinit)(void** handle);
+  const int clients;  // that a handle can have; they have the numbers from 0
+  // How many callbacks the service holds of a handle that has all its clients.
+  const long held_by_handle;
+
   [[nodiscard]] virtual int Register(void* handle, int client, Client& cookie) const = 0;
   [[nodiscard]] virtual int Deregister(void* handle, int client) const = 0;
   // What else can be called at any time. `round` makes it vary.
@@ -54,11 +61,12 @@ class Subject {
   virtual void Start() = 0;
   // For sensors only while no handle has used the service.
   virtual void Kill() = 0;
-  virtual bool survives_deaths() const { return true; }
-  // How many callbacks the running service holds (sensors: how often they are enabled), and how
-  // many of these come from a handle that has all its clients.
-  virtual size_t held() const = 0;
-  virtual size_t held_by_handle() const = 0;
+  // How many callbacks the running service holds (sensors: how often they are enabled).
+  virtual long held() const = 0;
+
+ protected:
+  Subject(void (*init_handle)(void**), void (*deinit_handle)(void**), int client_count, long held)
+      : init(init_handle), deinit(deinit_handle), clients(client_count), held_by_handle(held) {}
 };
 
 std::unique_ptr<Subject> MakeBattery();
@@ -69,8 +77,8 @@ std::unique_ptr<Subject> MakeSensors();
 // A handle with its clients' cookies.
 class Handle {
  public:
-  explicit Handle(const Subject& subject) : subject_(subject), clients_(subject.clients()) {
-    subject_.Init(&handle_);
+  explicit Handle(const Subject& subject) : subject_(subject), clients_(subject.clients) {
+    subject_.init(&handle_);
   }
   ~Handle() { Deinit(); }
   Handle(const Handle&) = delete;
@@ -80,12 +88,25 @@ class Handle {
   Client& client(int number) { return clients_.at(static_cast<size_t>(number)); }
   // Ends the program when one is refused. `strict`: also for the reasons that a death gives, or a
   // registration of the same client on another thread.
-  void Register(int number, bool strict);
-  void Deregister(int number, bool strict);
+  void Register(int number, bool strict) {
+    Expect(subject_.Register(handle_, number, client(number)), strict, "of a registration");
+  }
+  void Deregister(int number, bool strict) {
+    Expect(subject_.Deregister(handle_, number), strict, "of a deregistration");
+  }
   // From now on no client may be called.
-  void Deinit();
+  void Deinit() {
+    if (handle_ == nullptr) return;
+    subject_.deinit(&handle_);
+    ExpectTrue(handle_ == nullptr, "a handle is still there");
+    for (Client& client : clients_) client.closed = true;
+  }
 
  private:
+  static void Expect(int result, bool strict, const char* of) {
+    if (strict || result != -EINVAL) ExpectEqual(result, 0, std::string("the result ") + of);
+  }
+
   const Subject& subject_;
   std::deque<Client> clients_;  // a deque does not move them
   void* handle_ = nullptr;

@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <optional>
 
+#include "hang_guard.h"
 #include "quorvel.h"
 #include "quorvel/simulated/health.h"
 #include "quorvel/simulated/sensor_hub.h"
@@ -55,9 +56,7 @@ BatteryInfoCallback FunctionOf(int client) {
 
 class Battery : public Subject {
  public:
-  void Init(void** handle) const override { InitBatteryInfo(handle); }
-  void Deinit(void** handle) const override { DeinitBatteryInfo(handle); }
-  int clients() const override { return 2 * kPropertyCount; }
+  Battery() : Subject(InitBatteryInfo, DeinitBatteryInfo, 2 * kPropertyCount, 1) {}
   int Register(void* handle, int client, Client& cookie) const override {
     return PropertyOf(client).add(handle, FunctionOf(client), &cookie);
   }
@@ -82,8 +81,7 @@ class Battery : public Subject {
   }
   void Start() override { health_.Start(); }
   void Kill() override { health_.Kill(); }
-  size_t held() const override { return health_.callback_count(); }
-  size_t held_by_handle() const override { return 1; }
+  long held() const override { return static_cast<long>(health_.callback_count()); }
 
  private:
   simulated::Health health_;
@@ -96,10 +94,7 @@ constexpr int kHinge = ASENSOR_TYPE_HINGE_ANGLE;
 // start that follows a Kill() is of a new hub, whose predecessor no handle uses any more.
 class Sensors : public Subject {
  public:
-  Sensors() { Kill(); }
-  void Init(void** handle) const override { InitSensorInfo(handle); }
-  void Deinit(void** handle) const override { DeinitSensorInfo(handle); }
-  int clients() const override { return 4; }
+  Sensors() : Subject(InitSensorInfo, DeinitSensorInfo, 4, 2) { Sensors::Kill(); }
   int Register(void* handle, int client, Client& cookie) const override {
     const auto add =
         client % 2 == 0 ? RegisterProximitySensorCallback : RegisterHingeAngleSensorCallback;
@@ -126,12 +121,7 @@ class Sensors : public Subject {
     hub_->Add(kProximity, "proximity", 20'000);
     hub_->Add(kHinge, "hinge angle");
   }
-  bool survives_deaths() const override { return false; }
-  size_t held() const override {
-    return static_cast<size_t>(hub_->listeners(kProximity)) +
-           static_cast<size_t>(hub_->listeners(kHinge));
-  }
-  size_t held_by_handle() const override { return 2; }
+  long held() const override { return hub_->listeners(kProximity) + hub_->listeners(kHinge); }
 
  private:
   std::optional<simulated::SensorHub> hub_;
@@ -151,14 +141,12 @@ constexpr int kTypes = static_cast<int>(kListened.size());
 
 class ThermalOver : public Subject {
  public:
-  explicit ThermalOver(ThermalPath path) : path_(path) {
+  explicit ThermalOver(ThermalPath path)
+      : Subject(InitThermalInfo, DeinitThermalInfo, 2 * kTypes, kTypes), path_(path) {
     if (path == ThermalPath::kAidl) return;
     thermal_.Undeclare(ThermalPath::kAidl);
     thermal_.Declare(path);
   }
-  void Init(void** handle) const override { InitThermalInfo(handle); }
-  void Deinit(void** handle) const override { DeinitThermalInfo(handle); }
-  int clients() const override { return 2 * kTypes; }
   int Register(void* handle, int client, Client& cookie) const override {
     const Listened& listened = kListened.at(static_cast<size_t>(client % kTypes));
     const ThermalCallbackParam param = {.id = client,
@@ -194,8 +182,7 @@ class ThermalOver : public Subject {
   }
   void Start() override { thermal_.Start(path_); }
   void Kill() override { thermal_.Kill(path_); }
-  size_t held() const override { return thermal_.callback_count(path_); }
-  size_t held_by_handle() const override { return kTypes; }
+  long held() const override { return static_cast<long>(thermal_.callback_count(path_)); }
 
  private:
   simulated::Thermal thermal_;

@@ -5,6 +5,7 @@
 
 #include <errno.h>
 #include <signal.h>
+#include <stdio.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -44,12 +45,14 @@ void RestartHangGuard(const char* what, std::chrono::seconds limit) {
   alarm(static_cast<unsigned>(limit.count()));
 }
 
-const char* UnderWayNow() {
-  return under_way;
-}
-
 void SetAwaited(const char* what) {
   awaited = what;
+}
+
+void Fail(const std::string& what) {
+  fprintf(stderr, "%s: FAILED: %s: %s\n", program_invocation_short_name, under_way.load(),
+          what.c_str());
+  abort();
 }
 
 }  // namespace norvik::qel

@@ -13,7 +13,6 @@
 #include <fstream>
 #include <functional>
 #include <map>
-#include <memory>
 #include <optional>
 #include <string>
 #include <thread>
@@ -34,8 +33,8 @@ inline Files With(Files files, const Files& others) {
 
 // A text with the escapes of C.
 inline std::string Unescaped(const std::string& text) {
-  const std::unique_ptr<gchar, decltype(&g_free)> plain(g_strcompress(text.c_str()), g_free);
-  return plain.get();
+  const g_autofree gchar* plain = g_strcompress(text.c_str());
+  return plain;
 }
 
 // A machine of whose devices only those exist that a test adds, of one subsystem unless it says so.
@@ -122,9 +121,8 @@ class Machine {
  private:
   static std::string DevPath(const std::string& name) { return "/sys/devices/" + name; }
   std::string Root() {
-    const std::unique_ptr<gchar, decltype(&g_free)> root(umockdev_testbed_get_root_dir(testbed_),
-                                                         g_free);
-    return root.get();
+    const g_autofree gchar* root = umockdev_testbed_get_root_dir(testbed_);
+    return root;
   }
   std::string RealPath(const std::string& name, const std::string& file) {
     return Root() + DevPath(name) + "/" + file;
@@ -161,28 +159,15 @@ class Machine {
 class NoticeListener {
  public:
   services::ServiceObserver observer() {
-    return [this](const services::ServiceEvent& event) { events_.Put(event); };
+    return [this](const services::ServiceEvent& event) {
+      if (event.kind == services::ServiceEvent::Kind::kNotice) notices_.Put(event.detail);
+    };
   }
   // The oldest one, waited for.
-  [[nodiscard]] std::optional<std::string> Next() {
-    while (const std::optional<services::ServiceEvent> event = events_.Take()) {
-      if (event->kind == services::ServiceEvent::Kind::kNotice) return event->detail;
-    }
-    return std::nullopt;
-  }
-  // All before the one that the test has caused in order to know the end.
-  [[nodiscard]] std::vector<std::string> Until(const std::string& marker) {
-    std::vector<std::string> notices;
-    while (std::optional<std::string> notice = Next()) {
-      if (*notice == marker) return notices;
-      notices.push_back(std::move(*notice));
-    }
-    ADD_FAILURE() << "no notice of the marker";
-    return notices;
-  }
+  [[nodiscard]] std::optional<std::string> Next() { return notices_.Take(); }
 
  private:
-  Seen<services::ServiceEvent> events_;
+  Seen<std::string> notices_;
 };
 
 // A machine, and the notices of a service that reads one of its subsystems.
@@ -196,7 +181,13 @@ class LinuxFixture : public testing::Test {
   std::vector<std::string> Notices() {
     const std::string marker = marker_ + std::to_string(++markers_);
     machine_.Add(marker, {{marker_file_, "\n"}});
-    return notices_.Until(marker + "/" + marker_file_ + ": empty");
+    std::vector<std::string> notices;
+    while (std::optional<std::string> notice = notices_.Next()) {
+      if (*notice == marker + "/" + marker_file_ + ": empty") return notices;
+      notices.push_back(*std::move(notice));
+    }
+    ADD_FAILURE() << "no notice of the marker";
+    return notices;
   }
 
   Machine machine_;

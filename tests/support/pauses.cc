@@ -44,23 +44,8 @@ struct Pause {
   bool ending QUORVEL_GUARDED_BY(ThePauses().lock) = false;  // `over` is about to be set
 };
 
-// How far the calling thread's clock has been moved on.
-thread_local timespec ahead = {};
-
-constexpr long kSecond = 1'000'000'000;
-
-timespec Sum(const timespec& a, const timespec& b) {
-  const long nanoseconds = a.tv_nsec + b.tv_nsec;
-  return {.tv_sec = a.tv_sec + b.tv_sec + nanoseconds / kSecond, .tv_nsec = nanoseconds % kSecond};
-}
-
-// Moves the thread's clock to `time`, or a little further.
-void MoveClockTo(const timespec& time) {
-  timespec now;
-  clock_gettime(CLOCK_MONOTONIC, &now);
-  if (time.tv_sec < now.tv_sec) return;
-  ahead = Sum(ahead, {.tv_sec = time.tv_sec - now.tv_sec + 1, .tv_nsec = 0});
-}
+// By how many seconds the calling thread's clock has been moved on.
+thread_local time_t ahead = 0;
 
 // Whether this is where a function of the library returns to.
 bool IsLibrary(const void* address) {
@@ -115,7 +100,7 @@ __attribute__((weak)) int __interceptor_pthread_cond_clockwait(pthread_cond_t* c
 // NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
 __attribute__((visibility("default"))) int clock_gettime(clockid_t clock, timespec* time) noexcept {
   const int result = static_cast<int>(syscall(SYS_clock_gettime, clock, time));
-  if (result == 0 && clock == CLOCK_MONOTONIC) *time = Sum(*time, ahead);
+  if (result == 0 && clock == CLOCK_MONOTONIC) time->tv_sec += ahead;
   return result;
 }
 
@@ -146,7 +131,10 @@ __attribute__((visibility("default"))) int pthread_cond_clockwait(pthread_cond_t
     }
   }
   if (!pause.over) return result;
-  MoveClockTo(*deadline);
+  timespec now;
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  // Up to a second too far.
+  if (deadline->tv_sec >= now.tv_sec) ahead += deadline->tv_sec - now.tv_sec + 1;
   return ETIMEDOUT;
 }
 

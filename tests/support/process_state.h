@@ -4,14 +4,11 @@
 // What this process holds, as the kernel tells it.
 #pragma once
 
-#include <dirent.h>
-#include <fcntl.h>
 #include <sys/types.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <initializer_list>
@@ -26,25 +23,18 @@ namespace norvik::qel {
 // with Eventually().
 inline std::vector<pid_t> ThreadIds() {
   std::vector<pid_t> ids;
-  DIR* const tasks = opendir("/proc/self/task");
-  if (tasks == nullptr) abort();
-  while (const dirent* entry = readdir(tasks)) {
-    if (entry->d_name[0] != '.')
-      ids.push_back(static_cast<pid_t>(strtol(entry->d_name, nullptr, 10)));
+  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+    ids.push_back(std::stoi(task.path().filename()));
   }
-  closedir(tasks);
   return ids;
 }
 
-// /proc/self/task/ID/FILE, of a few lines. Empty when the thread has just ended.
+// /proc/self/task/ID/FILE. Empty when the thread has just ended.
 inline std::string ReadThreadFile(pid_t id, const char* file) {
-  const std::string path = "/proc/self/task/" + std::to_string(id) + "/" + file;
-  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd < 0) return {};
-  char text[4096];
-  const ssize_t size = read(fd, text, sizeof text);
-  close(fd);
-  return size > 0 ? std::string(text, static_cast<size_t>(size)) : std::string();
+  std::ifstream in("/proc/self/task/" + std::to_string(id) + "/" + file);
+  std::string text;
+  std::getline(in, text, '\0');  // an iterator would throw when the thread ends meanwhile
+  return text;
 }
 
 // The kernel keeps 15 characters of it.

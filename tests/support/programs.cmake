@@ -7,6 +7,9 @@
 add_library(quorvel_test_support INTERFACE)
 target_include_directories(quorvel_test_support INTERFACE ${CMAKE_CURRENT_LIST_DIR})
 target_link_libraries(quorvel_test_support INTERFACE quorvel_classes quorvel_simulated)
+if(QUORVEL_SANITIZE)
+  target_compile_definitions(quorvel_test_support INTERFACE QUORVEL_SANITIZED)
+endif()
 
 # Ends a program that hangs.
 add_library(quorvel_test_hang_guard STATIC ${CMAKE_CURRENT_LIST_DIR}/hang_guard.cc)
