@@ -166,18 +166,17 @@ TEST_F(ThermalQueryTest, TemperaturesAreUnchangedExceptUnknownTypes) {
     data.temperatures.clear();
     for (const auto& row : kRows) {
       const std::string name(expected.size(), '\xb0');
-      data.temperatures.push_back(
-          {.type = static_cast<TemperatureType>(row.aidl),
-           .name = name,
-           .value = row.value,
-           .throttlingStatus = static_cast<ThrottlingSeverity>(row.severity)});
-      expected.push_back({.type = static_cast<HidlType>(row.hidl),
-                          .name = name,
-                          .value = row.value,
-                          .throttlingStatus = static_cast<V2_0::ThrottlingSeverity>(row.severity)});
+      data.temperatures.push_back({static_cast<TemperatureType>(row.aidl), name, row.value,
+                                   static_cast<ThrottlingSeverity>(row.severity)});
+      expected.push_back({static_cast<HidlType>(row.hidl), name, row.value,
+                          static_cast<V2_0::ThrottlingSeverity>(row.severity)});
     }
   });
   EXPECT_EQ(Texts(Temperatures()), Texts(expected));
+  // The service filters. A type that HIDL has no name for travels as the number it is.
+  EXPECT_THAT(Texts(Temperatures(true, static_cast<HidlType>(10))),
+              ElementsAre(toString(expected[7])));
+  EXPECT_EQ(Calls(ThermalOperation::kGetTemperatures), 1);
 }
 
 TEST_F(ThermalQueryTest, ThresholdsAreCutOrFilledToSeven) {
@@ -197,18 +196,14 @@ TEST_F(ThermalQueryTest, ThresholdsAreCutOrFilledToSeven) {
   thermal_.Change([&](auto& data) {
     data.thresholds.clear();
     for (const auto& row : kRows) {
-      data.thresholds.push_back({.type = row.type,
-                                 .name = "of a type",
-                                 .hotThrottlingThresholds = row.hot,
-                                 .coldThrottlingThresholds = row.cold});
-      expected.push_back({.type = row.hidl_type,
-                          .name = "of a type",
-                          .hotThrottlingThresholds = row.hidl_hot.data(),
-                          .coldThrottlingThresholds = row.hidl_cold.data(),
-                          .vrThrottlingThreshold = NAN});
+      data.thresholds.push_back({row.type, "of a type", row.hot, row.cold});
+      expected.push_back(
+          {row.hidl_type, "of a type", row.hidl_hot.data(), row.hidl_cold.data(), NAN});
     }
   });
   EXPECT_EQ(Texts(Thresholds()), Texts(expected));
+  EXPECT_THAT(Texts(Thresholds(true, static_cast<HidlType>(TemperatureType::TPU))),
+              ElementsAre(toString(expected[1])));
 }
 
 TEST_F(ThermalQueryTest, CoolingDevicesOfUnknownTypesAreComponents) {
@@ -226,38 +221,15 @@ TEST_F(ThermalQueryTest, CoolingDevicesOfUnknownTypesAreComponents) {
       device.type = static_cast<CoolingType>(row.aidl);
       device.name = std::to_string(row.aidl);
       device.value = row.value;
-      expected.push_back({.type = static_cast<V2_0::CoolingType>(row.hidl),
-                          .name = device.name,
-                          .value = static_cast<uint64_t>(row.value)});
+      expected.push_back({static_cast<V2_0::CoolingType>(row.hidl), device.name,
+                          static_cast<uint64_t>(row.value)});
     }
   });
   EXPECT_EQ(Coolers(), expected);
+  EXPECT_THAT(Coolers(true, static_cast<V2_0::CoolingType>(7)), ElementsAre(expected[4]));
 }
 
-TEST_F(ThermalQueryTest, TheServiceFilters) {
-  const auto names = [](const auto& records) {
-    std::vector<std::string> names;
-    for (const auto& record : records) names.push_back(record.name);
-    return names;
-  };
-  // A type that HIDL has no name for travels as the number it is.
-  const auto speaker = static_cast<HidlType>(TemperatureType::SPEAKER);
-  EXPECT_THAT(names(Temperatures(true, speaker)), ElementsAre("speaker"));
-  EXPECT_EQ(Temperatures().size(), thermal_.data().temperatures.size());
-  EXPECT_EQ(Calls(ThermalOperation::kGetTemperatures), 1);
-  EXPECT_EQ(Calls(ThermalOperation::kGetTemperaturesWithType), 1);
-  thermal_.Change([](auto& data) {
-    data.thresholds = {{.type = TemperatureType::CPU, .name = "cpu"},
-                       {.type = TemperatureType::SPEAKER, .name = "speaker"}};
-  });
-  EXPECT_THAT(names(Thresholds(true, speaker)), ElementsAre("speaker"));
-  EXPECT_THAT(names(Thresholds()), ElementsAre("cpu", "speaker"));
-  EXPECT_THAT(names(Coolers(true, static_cast<V2_0::CoolingType>(CoolingType::SPEAKER))),
-              ElementsAre("speaker"));
-  EXPECT_EQ(Coolers().size(), thermal_.data().cooling_devices.size());
-}
-
-TEST_F(ThermalQueryTest, AFailureOfTheServiceIsAStatusWithItsMessage) {
+TEST_F(ThermalQueryTest, AFailureOfTheServiceIsAStatusWithItsMessageAndNoRecords) {
   for (int operation = 0; operation < static_cast<int>(ThermalOperation::kCount); ++operation) {
     thermal_.on(static_cast<ThermalOperation>(operation))
         .Then(Outcome::Exception(EX_ILLEGAL_STATE, "not yet"));
@@ -265,24 +237,17 @@ TEST_F(ThermalQueryTest, AFailureOfTheServiceIsAStatusWithItsMessage) {
   for (const bool filter : {false, true}) ExpectAllFail(filter, "not yet");
   thermal_.Kill(ThermalPath::kAidl);
   ExpectAllFail(/*filter=*/false, "");
-}
 
-// A service may have written half an answer when it fails, or give no status at all.
-TEST_F(ThermalQueryTest, TheRecordsOfAFailedAnswerAreDropped) {
+  // A service may have written half an answer when it fails.
   const auto local = ndk::SharedRefBase::make<LocalThermal>(thermal_.data());
   wrapper_ = sp<ThermalHidlWrapper>::make(local);
   EXPECT_EQ(Temperatures().size(), 2u);
-  const auto expect_dropped = [&](const std::string& message) {
-    failure_ = &message;
-    EXPECT_THAT(Temperatures(), IsEmpty());
-    failure_ = nullptr;
-  };
   local->status = [] {
     return ndk::ScopedAStatus::fromExceptionCodeWithMessage(EX_ILLEGAL_STATE, "half");
   };
-  expect_dropped("half");
-  local->status = [] { return ndk::ScopedAStatus(nullptr); };
-  expect_dropped("");
+  const std::string message = "half";
+  failure_ = &message;
+  EXPECT_THAT(Temperatures(), IsEmpty());
 }
 
 TEST_F(ThermalQueryTest, DebugLeavesDescriptorAndOptionsToTheService) {
@@ -321,16 +286,13 @@ TEST(ThermalWrapperDeathTest, WithoutAServiceEachOperationReportsAndContinues) {
   };
   const auto callback = sp<HidlThermalCallback>::make();
   const auto type = HidlType::SKIN;
-  const std::function<bool()> operations[] = {
-      [&] { return wrapper->getCurrentTemperatures(false, type, print).isOk(); },
-      [&] { return wrapper->getTemperatureThresholds(true, type, print).isOk(); },
-      [&] {
-        return wrapper->getCurrentCoolingDevices(false, V2_0::CoolingType::CPU, print).isOk();
-      },
-      [&] { return wrapper->registerThermalChangedCallback(callback, false, type, print).isOk(); }};
-  for (const auto& operation : operations) {
-    EXPECT_DEATH(operation(), std::string("status: ") + kMessage + "\\.");
-  }
+  const auto cpu = V2_0::CoolingType::CPU;
+  const std::string report = std::string("status: ") + kMessage + "\\.";
+  EXPECT_DEATH(wrapper->getCurrentTemperatures(false, type, print).isOk(), report);
+  EXPECT_DEATH(wrapper->getTemperatureThresholds(true, type, print).isOk(), report);
+  EXPECT_DEATH(wrapper->getCurrentCoolingDevices(false, cpu, print).isOk(), report);
+  EXPECT_DEATH(wrapper->registerThermalChangedCallback(callback, false, type, print).isOk(),
+               report);
 
   // Calls that end before they need the service.
   std::vector<std::string> messages;
@@ -383,23 +345,7 @@ class ThermalCallbackTest : public ThermalWrapperFixture {
   const sp<HidlThermalCallback> callback_ = sp<HidlThermalCallback>::make();
 };
 
-TEST_F(ThermalCallbackTest, NotificationsAreConvertedOnABinderThread) {
-  RegisterOk(callback_);
-  thermal_.Notify(Hot("display", TemperatureType::DISPLAY));
-  const auto heard = callback_->heard.Take();
-  ASSERT_TRUE(heard);
-  EXPECT_EQ(heard->temperature.type, HidlType::UNKNOWN);
-  EXPECT_EQ(heard->temperature.name, "display");
-  EXPECT_EQ(heard->temperature.value, 45.5F);
-  EXPECT_EQ(heard->temperature.throttlingStatus, V2_0::ThrottlingSeverity::SEVERE);
-  EXPECT_EQ(heard->thread, "binder:host");
-  EXPECT_TRUE(Succeeded(Unregister(callback_)));
-  EXPECT_EQ(registered(), 0u);
-  EXPECT_TRUE(FailedWith(Unregister(callback_), kNotRegistered));
-  EXPECT_EQ(Calls(ThermalOperation::kUnregisterThermalChangedCallback), 1);
-}
-
-TEST_F(ThermalCallbackTest, AFilteredCallbackReceivesItsTypeAlone) {
+TEST_F(ThermalCallbackTest, CallbacksReceiveWhatTheyAskedForAlsoWithoutTheWrapper) {
   const auto batteries = sp<HidlThermalCallback>::make();
   const auto speakers = sp<HidlThermalCallback>::make();
   ASSERT_TRUE(Succeeded(Register(callback_, false, HidlType::BATTERY)));
@@ -408,13 +354,21 @@ TEST_F(ThermalCallbackTest, AFilteredCallbackReceivesItsTypeAlone) {
   // A type that HIDL has no name for travels as the number it is.
   ASSERT_TRUE(Succeeded(Register(speakers, true, static_cast<HidlType>(TemperatureType::SPEAKER))));
   EXPECT_EQ(Calls(ThermalOperation::kRegisterThermalChangedCallbackWithType), 2);
+  wrapper_.clear();
+  EXPECT_EQ(Calls(ThermalOperation::kUnregisterThermalChangedCallback), 0);
   thermal_.Notify(Hot("skin"));
   thermal_.Notify(Hot("battery", TemperatureType::BATTERY));
   thermal_.Notify(Hot("speaker", TemperatureType::SPEAKER));
   EXPECT_EQ(Take(*callback_), "skin");
   EXPECT_EQ(Take(*callback_), "battery");
   EXPECT_EQ(Take(*batteries), "battery");
-  EXPECT_EQ(Take(*speakers), "speaker");
+  const auto heard = speakers->heard.Take();
+  ASSERT_TRUE(heard);
+  EXPECT_EQ(heard->temperature.type, HidlType::UNKNOWN);
+  EXPECT_EQ(heard->temperature.name, "speaker");
+  EXPECT_EQ(heard->temperature.value, 45.5F);
+  EXPECT_EQ(heard->temperature.throttlingStatus, V2_0::ThrottlingSeverity::SEVERE);
+  EXPECT_EQ(heard->thread, "binder:host");
 }
 
 // Two proxies of one callback of another process are the same callback.
@@ -446,6 +400,8 @@ TEST_F(ThermalCallbackTest, ARefusedCallMayBeTriedAgain) {
   EXPECT_TRUE(FailedWith(Unregister(callback_), "busy"));
   EXPECT_TRUE(FailedWith(Register(callback_), kRegistered));
   EXPECT_TRUE(Succeeded(Unregister(callback_)));
+  EXPECT_TRUE(FailedWith(Unregister(callback_), kNotRegistered));
+  EXPECT_EQ(Calls(ThermalOperation::kUnregisterThermalChangedCallback), 2);
   thermal_.Kill(ThermalPath::kAidl);
   EXPECT_TRUE(FailedWith(Register(callback_), ""));
 }
@@ -524,13 +480,6 @@ TEST_F(ThermalCallbackTest, CallbacksStayInOrderAndTheLatestIsReleasedFirst) {
   EXPECT_THAT(ends.TakeMany(3), ElementsAre("fourth", "third", "first"));
 }
 
-TEST_F(ThermalCallbackTest, NotificationsContinueAfterTheWrapperHasEnded) {
-  RegisterOk(callback_);
-  wrapper_.clear();
-  EXPECT_EQ(Calls(ThermalOperation::kUnregisterThermalChangedCallback), 0);
-  ExpectNotified(*callback_);
-}
-
 class Failing : public HidlThermalCallback {
  public:
   android::hardware::Return<void> notifyThrottling(const Temperature& temperature) override {
@@ -548,10 +497,13 @@ TEST_F(ThermalCallbackTest, TheServiceIsAnsweredOkWhenACallbackFails) {
   EXPECT_TRUE(Succeeded(Register(failing)));
   EXPECT_TRUE(local->notification_was_ok);
   EXPECT_EQ(Take(*failing), "early");
-  // A registration that is refused without a status.
+  // Refusals without a status.
   local->status = [] { return ndk::ScopedAStatus(nullptr); };
   EXPECT_TRUE(FailedWith(Register(callback_), ""));
   EXPECT_TRUE(FailedWith(Unregister(failing), ""));
+  const std::string no_message;
+  failure_ = &no_message;
+  EXPECT_THAT(Temperatures(), IsEmpty());
 }
 
 }  // namespace
