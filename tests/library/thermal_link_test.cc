@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // The link to the thermal service: which service, when, its deaths, and what waits for it.
-#include "pipe.h"
 #include "thermal_fixture.h"
 
 namespace norvik::qel {
@@ -101,62 +100,6 @@ TEST_P(ThermalDeathTest, ADeathDuringARegistrationRefusesItAndKeepsTheOtherClien
   thermal_.Start(GetParam());
   ASSERT_TRUE(IsRegistered(1)) << "the clients that were there before";
   RegisterAndTake<2>("SKIN", "skin");
-}
-
-TEST_P(ThermalDeathTest, ADeathWhileAWaitingClientIsRegisteredDropsIt) {
-  thermal_.Kill(GetParam());
-  ASSERT_EQ(Register<1>("SKIN", "skin"), 0);
-  const auto gate = std::make_shared<Gate>();
-  on(ThermalCall::kQuery).Then(Outcome::After(gate));
-  thermal_.Start(GetParam());
-  ASSERT_TRUE(gate->WaitForArrivals());
-  thermal_.Kill(GetParam());
-  ASSERT_TRUE(
-      log_.WaitFor("RestorePendingThermalCallback: unable  to register client 1 "
-                   "callback(type:SKIN name:skin)"))
-      << "tried once only";
-  ASSERT_TRUE(fake::WaitUntilDelivered());
-  thermal_.Start(GetParam());
-  EXPECT_EQ(DeregisterThermalCallback(handle_, 1), -EINVAL);
-  RegisterSkin();
-}
-
-TEST_P(ThermalDeathTest, DeinitReturnsWhenTheServiceDiesDuringIt) {
-  RegisterSkin();
-  RegisterCpu();
-  const auto gate = std::make_shared<Gate>();
-  on(ThermalCall::kUnregister).Then(Outcome::After(gate));
-  Background owner("Deinit...()", [this] { DeinitThermalInfo(&handle_); });
-  ASSERT_TRUE(gate->WaitForArrivals());
-  thermal_.Kill(GetParam());
-  owner.Join();
-  EXPECT_EQ(handle_, nullptr);
-}
-
-TEST_P(ThermalDeathTest, ADumpWithoutAReaderHoldsUpNoRecovery) {
-  Pipe pipe;
-  const size_t capacity = pipe.Shrink();
-  thermal_.Change([capacity](services::ThermalData& data) {
-    data.temperatures.push_back(
-        {.type = TemperatureType::BCL_CURRENT, .name = "AUDIO" + std::string(2 * capacity, 'x')});
-  });
-  int limits[4] = {};
-  int size = 4;
-  ASSERT_EQ(GetBatteryChargeLimitCurrent(handle_, limits, &size, false), 0);
-  RegisterSkin();
-  const std::string text = Dump();
-  Seen<bool> dumped;
-  Background dumper("a dump", [&] {
-    DumpThermalInfo(handle_, pipe.writer());
-    dumped.Put(true);
-  });
-  EXPECT_TRUE(Eventually([&] { return pipe.unread() > capacity / 2; }));
-  Restart();
-  EXPECT_TRUE(IsRegistered(1));
-  SetSkin(1);
-  EXPECT_EQ(seen_.Take(), (Call{1, 1}));
-  EXPECT_TRUE(dumped.empty()) << "all of that while the dump waits";
-  EXPECT_TRUE(pipe.Read(text.size()) == text);
 }
 
 TEST_P(ThermalDeathTest, RegistrationsWaitForALateService) {

@@ -139,9 +139,16 @@ TEST_P(ThermalQueriesTest, TheDumpPrintsNamesUnchanged) {
   };
   EXPECT_TRUE(text == "ThermalInfo:\n" + entry("%s%n AUDIO\n\t\xff") + entry(large)) << text.size();
 
-  // The first error ends it: what a full pipe has taken stays in order and nothing follows.
+  // A dump that waits for its reader holds up no other call.
   Pipe pipe;
   const size_t capacity = pipe.Shrink();
+  {
+    Background dumper("a dump", [&] { DumpThermalInfo(handle_, pipe.writer()); });
+    EXPECT_TRUE(Eventually([&] { return pipe.unread() == capacity; }));
+    EndsInTime([&] { EXPECT_THAT(Currents(), ElementsAre(1, 1)); });
+    EXPECT_TRUE(pipe.Read(text.size()) == text);
+  }
+  // The first error ends it: what a full pipe has taken stays in order and nothing follows.
   ASSERT_EQ(fcntl(pipe.writer(), F_SETFL, O_NONBLOCK), 0);
   DumpThermalInfo(handle_, pipe.writer());
   EXPECT_EQ(pipe.unread(), capacity);
@@ -174,18 +181,13 @@ TEST_P(ThermalQueriesTest, LimitsNeedRoom) {
   }
 }
 
-TEST_P(ThermalQueriesTest, ARefusedQueryContributesNoLimits) {
+TEST_P(ThermalQueriesTest, ARefusedQueryContributesNoLimitsAndADeadServiceKeepsThem) {
   thermal_.SetSeverity("AUDIO_current", ThrottlingSeverity::LIGHT);
   ASSERT_THAT(Voltages(), ElementsAre(0));
   on(ThermalCall::kQuery).Then(Outcome::Exception(EX_ILLEGAL_STATE, "no voltage today"));
   EXPECT_THAT(Voltages(), IsEmpty());
   EXPECT_THAT(Currents(/*use_cached=*/true), ElementsAre(1));
   EXPECT_EQ(log_.Count("GetCurrentBCLFromThermalService: Transaction failed."), 0);
-}
-
-TEST_P(ThermalQueriesTest, LimitsStayWhileTheServiceIsAway) {
-  thermal_.SetSeverity("AUDIO_current", ThrottlingSeverity::LIGHT);
-  ASSERT_THAT(Currents(), ElementsAre(1));
   thermal_.Kill(GetParam());
   ASSERT_TRUE(fake::WaitUntilDelivered());
   EXPECT_THAT(Currents(), ElementsAre(1));
@@ -254,18 +256,17 @@ TEST_F(ThermalHidlQueriesTest, AFailedTransactionLeavesNoLimitsAndNoReadings) {
   EXPECT_THAT(Log(), ElementsAre(kNotDeclared));
   Bring(ThermalPath::kHidl);
   const Outcome failure = {.status = STATUS_FAILED_TRANSACTION};
-  const char* const failed = "GetCurrentBCLFromThermalService: Transaction failed.";
   auto& script = thermal_.on(HidlThermalOperation::kGetCurrentTemperatures);
-  ASSERT_THAT(Limits(GetBatteryChargeLimitCurrent, handle_, false), ElementsAre(0));
-  script.Then(failure);
-  EXPECT_THAT(Limits(GetBatteryChargeLimitCurrent, handle_, false), IsEmpty());
-  EXPECT_EQ(script.calls(), 3) << "no query of the current follows";
-  EXPECT_EQ(log_.Count(failed), 1);
-  ASSERT_THAT(Limits(GetBatteryChargeLimitVoltage, handle_, false), ElementsAre(0));
-  script.Then({});
-  script.Then(failure);
-  EXPECT_THAT(Limits(GetBatteryChargeLimitVoltage, handle_, false), IsEmpty());
-  EXPECT_EQ(log_.Count(failed), 2);
+  for (const int answered : {0, 1}) {
+    const Getter get = answered == 0 ? GetBatteryChargeLimitCurrent : GetBatteryChargeLimitVoltage;
+    ASSERT_THAT(Limits(get, handle_, false), ElementsAre(0));
+    const int calls = script.calls();
+    script.Then({}, answered);
+    script.Then(failure);
+    EXPECT_THAT(Limits(get, handle_, false), IsEmpty());
+    EXPECT_EQ(script.calls(), calls + answered + 1) << "no query follows the one that failed";
+    EXPECT_EQ(log_.Count("GetCurrentBCLFromThermalService: Transaction failed."), answered + 1);
+  }
 
   // Only a failed transaction is logged; an answer that says FAILURE is not.
   for (const Outcome& outcome : {failure, Outcome::Exception(EX_ILLEGAL_STATE, "not today")}) {
@@ -281,15 +282,14 @@ TEST(ThermalInfoTest, NoNamesHaveNoAnswer) {
   EXPECT_EQ(thermal_info.GetBulkTemperatureByNames({}), std::nullopt);
 }
 
-TEST(ThermalQueriesDeathTest, ANegativeCountEndsTheProcess) {
-  void* handle = nullptr;
-  InitThermalInfo(&handle);
+using ThermalQueriesDeathTest = ThermalFixture;
+
+TEST_F(ThermalQueriesDeathTest, ANegativeCountEndsTheProcess) {
   const char* name = "skin";
   thermistor out = {};
   int room = 1;
-  EXPECT_EXIT(static_cast<void>(GetBulkTemperatureByNames(handle, &name, -1, &out, &room)),
+  EXPECT_EXIT(static_cast<void>(GetBulkTemperatureByNames(handle_, &name, -1, &out, &room)),
               testing::KilledBySignal(SIGABRT), "");
-  DeinitThermalInfo(&handle);
 }
 
 }  // namespace
