@@ -146,29 +146,6 @@ TEST_F(RepeatedThreadTest, AFailingActionIsRunTheGivenNumberOfTimesWithPauses) {
   }
 }
 
-TEST_F(RepeatedThreadTest, ARequestAfterGivingUpHasAllItsRetries) {
-  // A request that meets the last pause gives one run (above): tried until one met an idle worker.
-  for (int attempt = 0; attempt < 1000; ++attempt) {
-    log_.Clear();
-    GatedThread thread(/*pause_ms=*/1, /*repeat_count=*/2);
-    for (int run = 0; run < 2; ++run) thread.results.Put(false);
-    ASSERT_TRUE(thread.Begin() && thread.WaitEntered());
-    EXPECT_TRUE(thread.StaysIdle(std::chrono::milliseconds(2 + attempt)));
-    EXPECT_THAT(Log(), IsEmpty()) << "giving up is silent";
-    thread.Start();
-    const bool met_idle = Log().empty();
-    thread.results.Put(!met_idle);
-    thread.results.Put(true);
-    ASSERT_TRUE(thread.WaitEntered());
-    if (met_idle) {
-      ASSERT_TRUE(thread.WaitEntered());
-    }
-    thread.Deinitialize();
-    if (met_idle) return;
-  }
-  FAIL() << "no request ever met an idle worker";
-}
-
 TEST_F(RepeatedThreadTest, DeinitializeCutsAPauseShort) {
   // Nothing outside shows that the pause has begun: a Deinitialize() that comes just before it ends
   // the thread silently. So it is tried until one has met the pause.
