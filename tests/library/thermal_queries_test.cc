@@ -207,9 +207,8 @@ TEST_P(ThermalQueriesTest, BulkReadingsAreSortedAndEachOnce) {
                               : on(ThermalCall::kQuery).calls();
   EXPECT_EQ(calls, 4) << "one call answers all";
   EXPECT_THAT(Log(ANDROID_LOG_ERROR), IsEmpty());
-}
 
-TEST_P(ThermalQueriesTest, LongNamesAreCutOff) {
+  // Long names are cut off.
   const std::string fits(63, 'a');
   const std::string too_long(64, 'b');
   AddTemperature(TemperatureType::SKIN, fits);
