@@ -7,9 +7,9 @@
 add_library(quorvel_test_support INTERFACE)
 target_include_directories(quorvel_test_support INTERFACE ${CMAKE_CURRENT_LIST_DIR})
 target_link_libraries(quorvel_test_support INTERFACE quorvel_classes quorvel_simulated)
-if(QUORVEL_SANITIZE)
-  target_compile_definitions(quorvel_test_support INTERFACE QUORVEL_SANITIZED)
-endif()
+string(COMPARE NOTEQUAL "${QUORVEL_SANITIZE}" "" sanitized)
+target_compile_definitions(quorvel_test_support INTERFACE
+  QUORVEL_SANITIZED=${sanitized} QUORVEL_EMULATED=$<BOOL:${CMAKE_CROSSCOMPILING}>)
 
 # Ends a program that hangs.
 add_library(quorvel_test_hang_guard STATIC ${CMAKE_CURRENT_LIST_DIR}/hang_guard.cc)
@@ -35,9 +35,6 @@ target_link_libraries(quorvel_test_main PUBLIC quorvel_test_support quorvel_test
 # What nearly every test includes costs more to read than most tests to compile; and optimizing them
 # makes nothing that is tested any faster.
 target_compile_options(quorvel_test_main PUBLIC -O0)
-if(CMAKE_CROSSCOMPILING)
-  target_compile_definitions(quorvel_test_main PUBLIC QUORVEL_EMULATED)
-endif()
 target_precompile_headers(quorvel_test_main PRIVATE <gmock/gmock.h> <gtest/gtest.h> <functional>
                           <future> <string> <thread> <vector>)
 

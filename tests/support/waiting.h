@@ -89,28 +89,21 @@ class Seen {
 // end can only be ended with the process: `what` says which it was.
 class Background {
  public:
-  Background(const char* what, std::function<void()> action) : what_(what) {
-    std::packaged_task<void()> task(std::move(action));
-    done_ = task.get_future();
-    thread_ = std::thread(std::move(task));
-  }
+  Background(const char* what, std::function<void()> action)
+      : what_(what), done_(std::async(std::launch::async, std::move(action))) {}
   ~Background() { Join(); }
   Background(const Background&) = delete;
   Background& operator=(const Background&) = delete;
 
   void Join(std::chrono::seconds limit = kHangGuard) {
-    if (!thread_.joinable()) return;
-    if (done_.wait_for(limit) != std::future_status::ready) {
-      std::cerr << "hangs: " << what_ << "\n";
-      std::abort();
-    }
-    thread_.join();
+    if (done_.wait_for(limit) == std::future_status::ready) return;
+    std::cerr << "hangs: " << what_ << "\n";
+    std::abort();
   }
 
  private:
   const char* const what_;
-  std::future<void> done_;
-  std::thread thread_;
+  const std::future<void> done_;  // its destructor joins
 };
 
 // Runs what must come to an end.
