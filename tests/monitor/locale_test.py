@@ -15,7 +15,7 @@ import os
 import re
 import unittest
 
-from kit import HINGE, OTHER, Case, on_machine, run
+from kit import MACHINE, OTHER, Case, on_machine, run
 
 ENTERED = {"LC_ALL": os.environ["QUORVEL_TEST_LOCALE"], "LD_PRELOAD": OTHER}
 RECORDING = """\
@@ -37,7 +37,7 @@ class LocaleTest(Case):
         self.says({"get temperatures cpu": (0, "40.0 degrees C"),
                    "get temperatures AUDIO_voltage --json": (0, '"value":3900.0,')}, env=ENTERED)
         self.says({"get sensors": (3, "hinge angle 90 degrees")},
-                  run=functools.partial(on_machine, [HINGE]), env=ENTERED)
+                  run=functools.partial(on_machine, MACHINE), env=ENTERED)
 
     def test_recordings_are_read_written_and_drawn(self):
         path = self.write("a.jsonl", RECORDING)

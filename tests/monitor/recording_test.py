@@ -232,9 +232,7 @@ class RecordingTest(Case):
 
     def test_expectations_hold_at_every_pace(self):
         for pace in (("--speed", "1e6"), ("--speed", "9"), ("--step",)):
-            process = Started("play", DOCS / "examples/demo.jsonl", *pace, stdin=subprocess.PIPE)
-            process.stdin.write("\n" * 100)
-            out = self.output(process.finish())
+            out = self.output(run("play", DOCS / "examples/demo.jsonl", *pace, written="\n" * 100))
             self.assertRegex(out.splitlines()[-1], "^Play OK: ")
             self.assertRegex(out, r"(?s)\n1\. A client registers\n.*\n5\. .*refused a call.*\n6\. ")
             self.assertEqual("Enter plays" in out, pace == ("--step",))
@@ -325,8 +323,7 @@ class RecordingTest(Case):
 
         path = self.path("full")
         for args in (("record", path, "--for", "30s", "--force"),
-                     ("play", DOCS / "examples/crash.jsonl", "--record", path,
-                      "--force")):
+                     ("play", DOCS / "examples/crash.jsonl", "--record", path, "--force")):
             self.failure(run(*args, preexec_fn=limit_files), "cannot write " + path)
             self.events(path)
             self.assertGreater(os.path.getsize(path), limit - 200)
