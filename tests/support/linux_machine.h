@@ -163,8 +163,16 @@ class NoticeListener {
       if (event.kind == services::ServiceEvent::Kind::kNotice) notices_.Put(event.detail);
     };
   }
-  // The oldest one, waited for.
-  [[nodiscard]] std::optional<std::string> Next() { return notices_.Take(); }
+  // The notices before this one, which is waited for.
+  std::vector<std::string> Until(const std::string& last) {
+    std::vector<std::string> notices;
+    while (std::optional<std::string> notice = notices_.Take()) {
+      if (*notice == last) return notices;
+      notices.push_back(*std::move(notice));
+    }
+    ADD_FAILURE() << "no notice: " << last;
+    return notices;
+  }
 
  private:
   Seen<std::string> notices_;
@@ -181,13 +189,7 @@ class LinuxFixture : public testing::Test {
   std::vector<std::string> Notices() {
     const std::string marker = marker_ + std::to_string(++markers_);
     machine_.Add(marker, {{marker_file_, "\n"}});
-    std::vector<std::string> notices;
-    while (std::optional<std::string> notice = notices_.Next()) {
-      if (*notice == marker + "/" + marker_file_ + ": empty") return notices;
-      notices.push_back(*std::move(notice));
-    }
-    ADD_FAILURE() << "no notice of the marker";
-    return notices;
+    return notices_.Until(marker + "/" + marker_file_ + ": empty");
   }
 
   Machine machine_;
