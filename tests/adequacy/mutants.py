@@ -34,7 +34,7 @@ TESTS = ["tests/library/all", "tests/random/all"]
 # The tests of a folder of src/, by parts of their names.
 WORDS = {"battery": ["Battery", "c_api"], "sensor": ["Sensor", "c_api"],
          "thermal": ["Thermal", "c_api"], "thermal_hidl_wrapper": ["Thermal"],
-         "common": ["RepeatedThread", "LiveObjects", "HandleTest", "Dump"]}
+         "common": ["RepeatedThread", "LiveObjects", "Dump"]}
 
 # What is replaced in a line: all other places stay. The style of the sources puts spaces round
 # operators, which template brackets do not have.
