@@ -96,3 +96,4 @@ std::vector<TemperatureSource> Thermal::sources() const {
   return service_ != nullptr ? service_->sources() : std::vector<TemperatureSource>{};
 }
 
+}  // namespace norvik::qel::linux_machine

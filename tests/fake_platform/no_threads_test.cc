@@ -10,7 +10,6 @@
 
 #include "battery_fixture.h"
 #include "quorvel/simulated/sensor_hub.h"
-#include "quorvel/simulated/thermal.h"
 
 namespace norvik::qel {
 namespace {
@@ -33,26 +32,6 @@ namespace {
 TEST(NoBinderThreadsDeathTest, TheSensorManagerBringsABinderThread) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(HearASensor(), testing::ExitedWithCode(0), "");
-}
-
-// Before the other test, which starts the binder threads.
-TEST(NoBinderThreadsTest, HidlThreadsComeWithTheFirstThingThatCanArrive) {
-  struct Recipient : android::hardware::hidl_death_recipient {
-    void serviceDied(uint64_t cookie,
-                     const android::wp<android::hidl::base::V1_0::IBase>& /*who*/) override {
-      told.Put(cookie);
-    }
-    Seen<uint64_t> told;
-  };
-  simulated::Thermal thermal;
-  thermal.Declare(simulated::ThermalPath::kHidl);
-  thermal.Start(simulated::ThermalPath::kHidl);
-  const auto service = android::hardware::thermal::V2_0::IThermal::tryGetService();
-  const auto recipient = android::sp<Recipient>::make();
-  ASSERT_TRUE(service->linkToDeath(recipient, 7));
-  thermal.Kill(simulated::ThermalPath::kHidl);
-  EXPECT_EQ(recipient->told.Take(), 7u);
-  EXPECT_FALSE(ABinderProcess_isThreadPoolStarted());
 }
 
 TEST(NoBinderThreadsTest, NothingArrivesBeforeTheThreadPoolIsStarted) {

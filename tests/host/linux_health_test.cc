@@ -55,7 +55,7 @@ class LinuxHealthTest : public LinuxFixture {
   int CachedLevel() { return GetBatteryLevel(handle_, /*use_cached=*/true); }
 
   Seen<int> levels_, cycles_, wireless_, dock_;
-  linux_machine::Health health_{notices_.observer()};
+  linux_machine::Health health_{observer()};
   void* handle_ = nullptr;
 };
 
@@ -89,7 +89,7 @@ TEST_F(LinuxHealthTest, AnEventWithoutAChangeIsNotReported) {
   std::atomic<int> reports = 0;
   linux_machine::Health health([&](const services::ServiceEvent& event) {
     if (event.kind == services::ServiceEvent::Kind::kReported) ++reports;
-    notices_.observer()(event);
+    observer()(event);
   });
   machine_.Add("BAT0", kGoodBattery);
   health.Start();
@@ -111,7 +111,7 @@ TEST_F(LinuxHealthTest, AQuestionReadsWhatTheDriverHasNotAnnounced) {
   // So do its faults.
   machine_.Set("BAT0", "capacity", "\n");
   EXPECT_EQ(AskLevel(), -1);
-  EXPECT_EQ(notices_.Next(), "BAT0/capacity: empty") << "without an event";
+  EXPECT_EQ(notices_.Take(), "BAT0/capacity: empty") << "without an event";
 }
 
 TEST_F(LinuxHealthTest, UnannouncedChangesAreFoundAndTheThreadWakesUpOnlyWhileAClientListens) {

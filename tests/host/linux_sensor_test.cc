@@ -45,7 +45,7 @@ class LinuxSensorTest : public LinuxFixture {
 
   Seen<Call> proximity_, hinge_;
   linux_machine::Sensors sensors_{
-      notices_.observer(), linux_machine::SensorSettings{.period = std::chrono::milliseconds(2)}};
+      observer(), linux_machine::SensorSettings{.period = std::chrono::milliseconds(2)}};
   void* handle_ = nullptr;
 };
 
@@ -133,8 +133,7 @@ TEST_F(LinuxSensorTest, SensorsComeAndGo) {
   EXPECT_TRUE(proximity_.TakeUntil({0, 5}));
 
   machine_.Remove("iio:device3");
-  // A reading that has begun before may come first.
-  static_cast<void>(notices_.Until("this machine has no proximity sensor"));
+  Notices();  // the event has been handled by now
   // Another device serves the registered client.
   machine_.Add("iio:device4", With(kRangefinder, {{"in_proximity_raw", "110\n"}}));
   EXPECT_TRUE(proximity_.TakeUntil({0, 10}));

@@ -67,8 +67,7 @@ class LinuxThermalTest : public LinuxFixture {
 
   void Start(const std::string& types_file = "") {
     thermal_ = std::make_unique<linux_machine::Thermal>(
-        notices_.observer(),
-        linux_machine::ThermalSettings{.types_file = types_file, .period = kPeriod});
+        observer(), linux_machine::ThermalSettings{.types_file = types_file, .period = kPeriod});
     thermal_->Start();
   }
 
@@ -226,7 +225,7 @@ TEST_F(LinuxThermalTest, AServiceThatWasStoppedServesAgainAndLeavesNothingOpen) 
 
 TEST_F(LinuxThermalTest, AFileOfTypesThatCannotBeReadIsReported) {
   Start("/nowhere/types");
-  EXPECT_EQ(notices_.Next(), "/nowhere/types: No such file or directory");
+  EXPECT_EQ(notices_.Take(), "/nowhere/types: No such file or directory");
   Start("/");
   EXPECT_THAT(Notices(), Contains("/: Is a directory"));
 }

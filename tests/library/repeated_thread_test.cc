@@ -14,7 +14,7 @@ std::atomic<int> g_allocations{0};
 
 // Counts what is allocated anywhere in the process; the standard operators free it. The sanitizers
 // bring operators of their own.
-#if !defined(QUORVEL_SANITIZED)
+#if !QUORVEL_SANITIZED
 [[gnu::noinline]] void* operator new(size_t size) {
   g_allocations.fetch_add(1, std::memory_order_relaxed);
   void* memory = std::malloc(size);

@@ -114,11 +114,12 @@ TEST_P(ThermalLifetimeTest, DeinitWaitsForACallbackAndRefusesItsRegistrations) {
   Gate called;
   ActingClient self = {.action = [&](int) {
     called.Pass();
-    EXPECT_TRUE(Eventually([this] {
-      if (Register<9>("CPU", "cpu") != 0) return true;
-      EXPECT_EQ(DeregisterThermalCallback(handle_, 9), 0);
-      return false;
+    int result = 0;
+    EXPECT_TRUE(Eventually([&] {
+      result = Register<9>("CPU", "cpu");
+      return result != 0 || DeregisterThermalCallback(handle_, 9) != 0;
     }));
+    EXPECT_EQ(result, -EINVAL);
     results_.Put(DeregisterThermalCallback(handle_, 1));
   }};
   ASSERT_EQ(RegisterActing(1, self), 0);

@@ -11,25 +11,7 @@ import functools
 import re
 import unittest
 
-from kit import BARE, FLAT, HINGE, Case, Started, on_machine, on_terminal, run
-
-# Two batteries, accessories and chargers of every kind, temperatures with and without a known type,
-# one of them unreadable, and a hinge.
-MACHINE = [
-    ("power_supply", "BAT0", {"type": "Battery", "capacity": "80", "energy_now": "40000000",
-                              "energy_full": "50000000", "cycle_count": "5"}),
-    ("power_supply", "BAT1", {"type": "Battery", "capacity": "20", "energy_now": "10000000",
-                              "energy_full": "50000000", "cycle_count": "7"}),
-    ("power_supply", "hidpp_battery_0", {"type": "Battery", "scope": "Device",
-                                         "capacity": "12"}),
-    ("power_supply", "keyboard", {"type": "Battery", "capacity": "12"}),
-    ("power_supply", "ups", {"type": "UPS", "capacity": "99"}),
-    ("power_supply", "ucsi-source-psy-USBC000:001", {"type": "USB", "online": "1"}),
-    ("power_supply", "pad", {"type": "Wireless", "online": "1"}),
-    ("thermal", "thermal_zone0", {"type": "acpitz", "temp": "warm"}),
-    ("thermal", "thermal_zone1", {"type": "x86_pkg_temp", "temp": "81500"}),
-    ("hwmon", "hwmon0", {"name": "nvme", "temp1_input": "40900", "temp1_label": "Composite"}),
-    HINGE]
+from kit import BARE, FLAT, MACHINE, Case, Started, on_machine, on_terminal, run
 
 
 class InventoryTest(Case):

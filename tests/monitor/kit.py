@@ -42,8 +42,8 @@ class Started(subprocess.Popen):
         self.guard.daemon = True
         self.guard.start()
 
-    def finish(self):
-        out, err = self.communicate()
+    def finish(self, written=None):
+        out, err = self.communicate(written)
         if self.returncode == -signal.SIGKILL and not self.guard.is_alive():
             raise AssertionError(f"no end of {self.args} within {LIMIT} s: {out}")
         self.guard.cancel()
@@ -55,8 +55,10 @@ class Started(subprocess.Popen):
             raise AssertionError(f"no line '{text}' of {self.args}")
 
 
-def run(*args, **kwargs):
-    return Started(*args, **kwargs).finish()
+def run(*args, written=None, **kwargs):
+    """The exit code and both outputs; `written` is what the program finds in its standard input."""
+    stdin = {} if written is None else {"stdin": subprocess.PIPE}
+    return Started(*args, **stdin, **kwargs).finish(written)
 
 
 def on_machine(devices, *args, **kwargs):
@@ -71,8 +73,26 @@ def on_machine(devices, *args, **kwargs):
                    **kwargs)
 
 
-HINGE = ("iio", "iio:device0", {"name": "hinge", "label": "hinge", "in_angl_raw": "90",
-                                "in_angl_scale": "0.017453293"})
+# Two batteries, accessories and chargers of every kind, temperatures with and without a known type,
+# one of them unreadable, and a hinge.
+MACHINE = [
+    ("power_supply", "BAT0", {"type": "Battery", "capacity": "80", "energy_now": "40000000",
+                              "energy_full": "50000000", "cycle_count": "5"}),
+    ("power_supply", "BAT1", {"type": "Battery", "capacity": "20", "energy_now": "10000000",
+                              "energy_full": "50000000", "cycle_count": "7"}),
+    ("power_supply", "hidpp_battery_0", {"type": "Battery", "scope": "Device",
+                                         "capacity": "12"}),
+    ("power_supply", "keyboard", {"type": "Battery", "capacity": "12"}),
+    ("power_supply", "ups", {"type": "UPS", "capacity": "99"}),
+    ("power_supply", "ucsi-source-psy-USBC000:001", {"type": "USB", "online": "1"}),
+    ("power_supply", "pad", {"type": "Wireless", "online": "1"}),
+    ("thermal", "thermal_zone0", {"type": "acpitz", "temp": "warm"}),
+    ("thermal", "thermal_zone1", {
+        "type": "x86_pkg_temp", "temp": "81500", "mode": "enabled", "trip_point_0_type": "passive",
+        "trip_point_0_temp": "80000", "trip_point_0_hyst": "0"}),
+    ("hwmon", "hwmon0", {"name": "nvme", "temp1_input": "40900", "temp1_label": "Composite"}),
+    ("iio", "iio:device0", {"name": "hinge", "label": "hinge", "in_angl_raw": "90",
+                            "in_angl_scale": "0.017453293"})]
 
 
 def on_terminal(columns, *args, rows=60, **env):

@@ -41,8 +41,6 @@ WRONG_EVENTS = [
     ("needs version 2", '{"at": 1, "hinge_angle": [1, 2]}'),
     ("not JSON", "{"),
     ("not JSON", ""),
-    ("not JSON", '{"at": 1, "notice": "a",}'),
-    ("not JSON", '{"at": 1, // ho'),
     ("not an object", "7"),
     ("not UTF-8", '{"at": 1, "notice": "\udcff"}'),
     ("twice", '{"at": 1, "at": 2, "proximity": 5}'),
@@ -173,13 +171,13 @@ class RecordingTest(Case):
         for example in examples:
             self.events(example)
         crash = self.path("crash")
-        self.output(run("play", str(DOCS / "examples" / "crash.jsonl"), "--record", crash))
+        self.output(run("play", DOCS / "examples/crash.jsonl", "--record", crash))
         for name, values in {"battery_level": [50, 47], "wireless_charger": [False, True],
                              "SKIN:skin": ["NONE", "SEVERE"]}.items():
             self.assertEqual([event["value"] for event in self.events(crash)
                               if event.get("called") == name], values)
         late = self.path("late")
-        self.output(run("play", str(DOCS / "examples" / "late_sensors.jsonl"), "--record", late))
+        self.output(run("play", DOCS / "examples/late_sensors.jsonl", "--record", late))
         kinds = [next(key for key in event if key != "at") for event in self.events(late)]
         self.assertEqual(kinds[:2], ["notice", "join"])
         self.assertLess(kinds.index("started"), kinds.index("called"))
@@ -233,31 +231,11 @@ class RecordingTest(Case):
         self.assertEqual((summary["event"], summary["success"]), ("summary", False))
 
     def test_expectations_hold_at_every_pace(self):
-        path = self.scenario(
-            {"scene": "One"}, {"battery": {"level": 50, "cycles": 3}}, {"proximity": 5},
-            {"join": "battery_level"}, {"join": "proximity"},
-            {"expect": {"registered": "health"}},
-            {"expect": {"registered": "sensor", "sensor": "proximity"}},
-            {"expect": {"called": "battery_level", "value": 50}},
-            {"expect": {"called": "proximity", "value": 5}},
-            {"after": 1, "scene": "Two"}, {"refuse": "health", "call": "registerCallback"},
-            {"died": "health"}, {"battery": {"level": 49}}, {"started": "health"},
-            {"expect": {"refused": "health", "call": "registerCallback"}},
-            {"expect": {"registered": "health"}},
-            {"expect": {"called": "battery_level", "value": 49}},
-            {"ask": "battery", "answer": {"battery_cycle_count": 3, "wireless_charger": False}},
-            {"after": 1, "leave": "battery_level"}, {"expect": {"unregistered": "health"}},
-            {"battery": {"level": 48}}, {"expect": {"silence": "battery_level", "for": 0.1}},
-            {"join": "battery_level"}, {"expect": {"called": "battery_level", "value": 48}},
-            {"leave": "proximity"}, {"leave": "battery"})
-        for pace in (("--speed", "1e6"), ("--speed", "0.9"), ("--step",)):
-            process = Started("play", path, *pace, stdin=subprocess.PIPE)
-            process.stdin.write("\n" * 50)
-            out = self.output(process.finish())
+        for pace in (("--speed", "1e6"), ("--speed", "9"), ("--step",)):
+            out = self.output(run("play", DOCS / "examples/demo.jsonl", *pace, written="\n" * 100))
             self.assertRegex(out.splitlines()[-1], "^Play OK: ")
-            self.assertIn("\n1. One\n", out)
-            self.assertLess(out.index("refused a call"), out.index("2. Two") + 500)
-            self.assertEqual(out.count("Enter plays"), 13 if pace == ("--step",) else 0)
+            self.assertRegex(out, r"(?s)\n1\. A client registers\n.*\n5\. .*refused a call.*\n6\. ")
+            self.assertEqual("Enter plays" in out, pace == ("--step",))
 
     def test_what_goes_and_what_comes_in_one_delivery_is_recorded_so(self):
         path = self.scenario(
@@ -266,6 +244,7 @@ class RecordingTest(Case):
             {"battery": {"level": 50}},
             {"expect": {"called": "SKIN:s", "value": "SEVERE"}},
             {"expect": {"called": "hinge_angle", "value": 10}},
+            {"ask": "battery", "answer": {"battery_level": 50, "wireless_charger": False}},
             {"started": "thermal (HIDL)"},  # beside the other one
             {"hinge_angle": [20, None, 30.5]}, {"expect": {"called": "hinge_angle", "value": 30}},
             {"battery": {}},
@@ -308,10 +287,8 @@ class RecordingTest(Case):
 
     def test_a_recording_that_exists_is_kept_unless_it_is_to_be_overwritten(self):
         path = self.write("precious", "all my work")
-        for args in (("record", path), ("play", self.demo_file, "--record", path),
+        for args in (("record", path), ("play", self.write("short", HEADER), "--record", path),
                      ("demo", "--record", path)):
-            if args[0] == "play":
-                args = ("play", self.write("short", HEADER), *args[2:])
             self.failure(run(*args), "exists already")
             self.assertEqual(pathlib.Path(path).read_text(encoding="ascii"), "all my work")
         self.output(run("record", path, "--force", "--for", "100ms"))
@@ -346,8 +323,7 @@ class RecordingTest(Case):
 
         path = self.path("full")
         for args in (("record", path, "--for", "30s", "--force"),
-                     ("play", str(DOCS / "examples" / "crash.jsonl"), "--record", path,
-                      "--force")):
+                     ("play", DOCS / "examples/crash.jsonl", "--record", path, "--force")):
             self.failure(run(*args, preexec_fn=limit_files), "cannot write " + path)
             self.events(path)
             self.assertGreater(os.path.getsize(path), limit - 200)

@@ -5,7 +5,7 @@
 """Android.bp builds each module from the sources and with the flags of the host build, and lets the
 tree run the checks of our own lint.
 
-usage: android_bp_test.py ROOT (MODULE:srcs SOURCE...|MODULE:flags FLAG...)...
+usage: android_bp_test.py ROOT "MODULE:srcs:SOURCE..." "MODULE:flags:FLAG..."...
 """
 
 import ast
@@ -39,13 +39,10 @@ def read_modules():
 
 def host_build():
     """By module and property."""
-    values, key = {}, None
+    values = {}
     for word in sys.argv[2:]:
-        if re.fullmatch(r"\w+:(srcs|flags)", word):
-            key = tuple(word.split(":"))
-            values[key] = set()
-        elif word:
-            values[key].add(word)
+        name, what, items = word.split(":", 2)
+        values.setdefault((name, what), set()).update(items.split())
     return values
 
 
@@ -61,9 +58,7 @@ def device_flags(module):
 
 class AndroidBpTest(unittest.TestCase):
     maxDiff = None
-
-    def setUp(self):
-        self.modules = read_modules()
+    modules = read_modules()
 
     def test_sources_and_flags_are_those_of_the_host_build(self):
         host = host_build()

@@ -80,13 +80,11 @@ class LocksTest(unittest.TestCase):
 
     def test_a_mutex_that_guards_nothing_is_found(self):
         for text, names in (
-                ("class A {\n  std::mutex lock_;\n  int i_ GUARDED_BY(lock_);\n};", []),
                 ("class A {\n  mutable std::mutex lock_;\n  int i_;\n};", ["lock_"]),
                 ("class A {\n  std::mutex lock_;\n  int i_;  // GUARDED_BY(lock_)\n};", ["lock_"]),
-                ("class A {\n  std::mutex lock_;\n  int* i_ PT_GUARDED_BY(lock_);\n};", []),
-                ("class A {\n  std::mutex lock_;\n  int i_ GUARDED_BY(other->lock_);\n};", []),
-                ("class A {\n  std::mutex a_;\n  std::mutex b_;\n  int i_ GUARDED_BY(a_);\n};",
-                 ["b_"]),
+                ("class A {\n  std::mutex a_;\n  std::mutex b_;\n  std::mutex c_;\n  std::mutex d_;\n"
+                 "  int i_ GUARDED_BY(a_);\n  int* j_ PT_GUARDED_BY(b_);\n"
+                 "  int k_ GUARDED_BY(other->c_);\n};", ["d_"]),
                 ("class A {\n  std::mutex lock_;\n};\n"
                  "class B {\n  std::mutex lock_;\n  int i_ GUARDED_BY(lock_);\n};", ["lock_"]),
                 ("class A {\n  struct B {\n    std::mutex lock_;\n    int i_ GUARDED_BY(lock_){};\n  };\n"

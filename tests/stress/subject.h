@@ -10,6 +10,7 @@
 #include <climits>
 #include <deque>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 
@@ -69,10 +70,11 @@ class Subject {
       : init(init_handle), deinit(deinit_handle), clients(client_count), held_by_handle(held) {}
 };
 
-std::unique_ptr<Subject> MakeBattery();
-std::unique_ptr<Subject> MakeThermal();
-std::unique_ptr<Subject> MakeHidlThermal();
-std::unique_ptr<Subject> MakeSensors();
+struct Family {
+  std::unique_ptr<Subject> (*make)();
+  bool survives_deaths = true;
+};
+extern const std::map<std::string, Family> kFamilies;
 
 // A handle with its clients' cookies.
 class Handle {

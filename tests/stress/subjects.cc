@@ -189,22 +189,18 @@ class ThermalOver : public Subject {
   const ThermalPath path_;
 };
 
+template <typename Kind, auto... arguments>
+std::unique_ptr<Subject> Make() {
+  return std::make_unique<Kind>(arguments...);
+}
+
 }  // namespace
 
-std::unique_ptr<Subject> MakeBattery() {
-  return std::make_unique<Battery>();
-}
-
-std::unique_ptr<Subject> MakeSensors() {
-  return std::make_unique<Sensors>();
-}
-
-std::unique_ptr<Subject> MakeThermal() {
-  return std::make_unique<ThermalOver>(ThermalPath::kAidl);
-}
-
-std::unique_ptr<Subject> MakeHidlThermal() {
-  return std::make_unique<ThermalOver>(ThermalPath::kHidl);
-}
+const std::map<std::string, Family> kFamilies = {
+    {"battery", {Make<Battery>}},
+    {"thermal", {Make<ThermalOver, ThermalPath::kAidl>}},
+    {"thermal-hidl", {Make<ThermalOver, ThermalPath::kHidl>}},
+    {"sensor", {Make<Sensors>, /*survives_deaths=*/false}},
+};
 
 }  // namespace norvik::qel::stress

@@ -6,16 +6,7 @@
 
 namespace norvik::qel {
 
-#if defined(QUORVEL_SANITIZED)
-inline constexpr bool kSanitized = true;
-#else
-inline constexpr bool kSanitized = false;
-#endif
-
-#if defined(QUORVEL_EMULATED)
-inline constexpr bool kEmulated = true;
-#else
-inline constexpr bool kEmulated = false;
-#endif
+inline constexpr bool kSanitized = QUORVEL_SANITIZED;
+inline constexpr bool kEmulated = QUORVEL_EMULATED;
 
 }  // namespace norvik::qel

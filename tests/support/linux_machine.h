@@ -153,23 +153,6 @@ class Machine {
   return was_so;
 }
 
-// The notices of a service.
-//
-// Threads: any for the observer, one for the rest.
-class NoticeListener {
- public:
-  services::ServiceObserver observer() {
-    return [this](const services::ServiceEvent& event) {
-      if (event.kind == services::ServiceEvent::Kind::kNotice) notices_.Put(event.detail);
-    };
-  }
-  // The oldest one, waited for.
-  [[nodiscard]] std::optional<std::string> Next() { return notices_.Take(); }
-
- private:
-  Seen<std::string> notices_;
-};
-
 // A machine, and the notices of a service that reads one of its subsystems.
 class LinuxFixture : public testing::Test {
  protected:
@@ -177,12 +160,18 @@ class LinuxFixture : public testing::Test {
   LinuxFixture(const char* subsystem, std::string marker, std::string marker_file)
       : machine_(subsystem), marker_(std::move(marker)), marker_file_(std::move(marker_file)) {}
 
+  // Keeps the notices of the service. Threads: any.
+  services::ServiceObserver observer() {
+    return [this](const services::ServiceEvent& event) {
+      if (event.kind == services::ServiceEvent::Kind::kNotice) notices_.Put(event.detail);
+    };
+  }
   // The notices since the last call.
   std::vector<std::string> Notices() {
     const std::string marker = marker_ + std::to_string(++markers_);
     machine_.Add(marker, {{marker_file_, "\n"}});
     std::vector<std::string> notices;
-    while (std::optional<std::string> notice = notices_.Next()) {
+    while (std::optional<std::string> notice = notices_.Take()) {
       if (*notice == marker + "/" + marker_file_ + ": empty") return notices;
       notices.push_back(*std::move(notice));
     }
@@ -191,7 +180,7 @@ class LinuxFixture : public testing::Test {
   }
 
   Machine machine_;
-  NoticeListener notices_;
+  Seen<std::string> notices_;
 
  private:
   const std::string marker_;

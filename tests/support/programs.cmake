@@ -6,19 +6,18 @@
 # Fixtures, clients and waits: headers, and what they need of the rest of the tree.
 add_library(quorvel_test_support INTERFACE)
 target_include_directories(quorvel_test_support INTERFACE ${CMAKE_CURRENT_LIST_DIR})
-target_link_libraries(quorvel_test_support INTERFACE quorvel_classes quorvel_simulated)
-if(QUORVEL_SANITIZE)
-  target_compile_definitions(quorvel_test_support INTERFACE QUORVEL_SANITIZED)
-endif()
+target_link_libraries(quorvel_test_support INTERFACE
+  quorvel_classes quorvel_simulated quorvel_test_hang_guard)
+string(COMPARE NOTEQUAL "${QUORVEL_SANITIZE}" "" sanitized)
+target_compile_definitions(quorvel_test_support INTERFACE
+  QUORVEL_SANITIZED=${sanitized} QUORVEL_EMULATED=$<BOOL:${CMAKE_CROSSCOMPILING}>)
 
 # Ends a program that hangs.
 add_library(quorvel_test_hang_guard STATIC ${CMAKE_CURRENT_LIST_DIR}/hang_guard.cc)
 
-# The library's pauses under the test's control, and how to see that all threads are idle.
-add_library(quorvel_test_pauses OBJECT
-  ${CMAKE_CURRENT_LIST_DIR}/pauses.cc ${CMAKE_CURRENT_LIST_DIR}/quiet.cc)
-target_link_libraries(quorvel_test_pauses PUBLIC quorvel_test_support quorvel_test_hang_guard
-                      ${CMAKE_DL_LIBS})
+# The library's pauses under the test's control.
+add_library(quorvel_test_pauses OBJECT ${CMAKE_CURRENT_LIST_DIR}/pauses.cc)
+target_link_libraries(quorvel_test_pauses PUBLIC quorvel_test_support ${CMAKE_DL_LIBS})
 
 if(NOT QUORVEL_TESTS)
   return()
@@ -31,13 +30,10 @@ endif()
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
 
 add_library(quorvel_test_main OBJECT ${CMAKE_CURRENT_LIST_DIR}/main.cc)
-target_link_libraries(quorvel_test_main PUBLIC quorvel_test_support quorvel_test_hang_guard GTest::gmock GTest::gtest)
+target_link_libraries(quorvel_test_main PUBLIC quorvel_test_support GTest::gmock GTest::gtest)
 # What nearly every test includes costs more to read than most tests to compile; and optimizing them
 # makes nothing that is tested any faster.
 target_compile_options(quorvel_test_main PUBLIC -O0)
-if(CMAKE_CROSSCOMPILING)
-  target_compile_definitions(quorvel_test_main PUBLIC QUORVEL_EMULATED)
-endif()
 target_precompile_headers(quorvel_test_main PRIVATE <gmock/gmock.h> <gtest/gtest.h> <functional>
                           <future> <string> <thread> <vector>)
 

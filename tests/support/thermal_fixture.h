@@ -5,7 +5,6 @@
 #pragma once
 
 #include "fixture.h"
-#include "quorvel/fake/service_manager.h"
 #include "quorvel/simulated/thermal.h"
 
 namespace norvik::qel {

@@ -6,22 +6,33 @@
 
 #include <chrono>
 #include <condition_variable>
-#include <cstdlib>
 #include <deque>
 #include <functional>
 #include <future>
-#include <iostream>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <thread>
 #include <utility>
 #include <vector>
 
+#include "hang_guard.h"
 #include "quorvel/fake/thread_annotations.h"
 
 namespace norvik::qel {
 
 inline constexpr std::chrono::seconds kHangGuard(10);
+
+// For a state without an event, such as the number of threads: asks until it is so. False after the
+// hang guard.
+[[nodiscard]] inline bool Eventually(const std::function<bool()>& is_so) {
+  const auto deadline = std::chrono::steady_clock::now() + kHangGuard;
+  while (!is_so()) {
+    if (std::chrono::steady_clock::now() > deadline) return false;
+    std::this_thread::yield();
+  }
+  return true;
+}
 
 // What happened on another thread, in order; the test takes it out one by one.
 //
@@ -56,12 +67,7 @@ class Seen {
   }
   // Takes values up to `last`; false when it does not come in time.
   [[nodiscard]] bool TakeUntil(const T& last) {
-    const auto deadline = std::chrono::steady_clock::now() + kHangGuard;
-    while (const std::optional<T> value = Take()) {
-      if (*value == last) return true;
-      if (std::chrono::steady_clock::now() > deadline) break;
-    }
-    return false;
+    return Eventually([&] { return Take() == last; });
   }
   bool empty() const {
     std::lock_guard<std::mutex> lock(lock_);
@@ -74,43 +80,24 @@ class Seen {
   std::deque<T> values_ QUORVEL_GUARDED_BY(lock_);
 };
 
-// For a state without an event, such as the number of threads: asks until it is so. False after the
-// hang guard.
-[[nodiscard]] inline bool Eventually(const std::function<bool()>& is_so) {
-  const auto deadline = std::chrono::steady_clock::now() + kHangGuard;
-  while (!is_so()) {
-    if (std::chrono::steady_clock::now() > deadline) return false;
-    std::this_thread::yield();
-  }
-  return true;
-}
-
 // An action on a thread of its own. Join() and the destructor wait for its end. One that does not
 // end can only be ended with the process: `what` says which it was.
 class Background {
  public:
-  Background(const char* what, std::function<void()> action) : what_(what) {
-    std::packaged_task<void()> task(std::move(action));
-    done_ = task.get_future();
-    thread_ = std::thread(std::move(task));
-  }
+  Background(const char* what, std::function<void()> action)
+      : what_(what), done_(std::async(std::launch::async, std::move(action))) {}
   ~Background() { Join(); }
   Background(const Background&) = delete;
   Background& operator=(const Background&) = delete;
 
-  void Join(std::chrono::seconds limit = kHangGuard) {
-    if (!thread_.joinable()) return;
-    if (done_.wait_for(limit) != std::future_status::ready) {
-      std::cerr << "hangs: " << what_ << "\n";
-      std::abort();
-    }
-    thread_.join();
+  void Join() {
+    if (done_.wait_for(kHangGuard) == std::future_status::ready) return;
+    Fail(std::string("hangs: ") + what_);
   }
 
  private:
   const char* const what_;
-  std::future<void> done_;
-  std::thread thread_;
+  const std::future<void> done_;  // its destructor joins
 };
 
 // Runs what must come to an end.
