@@ -26,6 +26,18 @@ TEST_F(SensorInfoTest, ProximityIsDispatchedBeforeTheHingeAngle) {
   EXPECT_THAT(seen_.TakeMany(2), ElementsAre(Call{0, 0}, Call{1, 0}));
 }
 
+TEST_F(SensorInfoTest, OneDispatchCallsAnyNumberOfClients) {
+  ASSERT_EQ(RegisterProximitySensorCallback(handle_, 9, SlowClient::OnValue, &slow_), 0);
+  ASSERT_EQ(slow_.seen.Take(), 0);
+  std::vector<Call> calls;
+  for (int id = 100; id < 140; ++id) {
+    ASSERT_EQ(RegisterProximitySensorCallback(handle_, id, Client<0>, &seen_), 0);
+    calls.push_back({0, 0});
+  }
+  slow_.gate.Open();
+  EXPECT_EQ(seen_.TakeMany(calls.size()), calls);
+}
+
 TEST_F(SensorInfoTest, ClientsAreKnownByIdAndThePollLastsAsLongAsTheyDo) {
   RegisterHinge(1);
   RegisterProximity(1);
