@@ -117,6 +117,17 @@ TEST_F(BatteryLinkTest, ALateDeathNotificationLeavesTheNextLinkAlone) {
   EXPECT_THAT(Warnings(), IsEmpty()) << "the first attempt finds the service";
 }
 
+// Without a link there is no death notification: the first call that fails reveals the death.
+TEST_F(BatteryLinkTest, AServiceThatDiedUnlinkedIsLookedUpAgainByTheNextAttempt) {
+  ASSERT_EQ(GetBatteryLevel(handle_, false), 50);
+  Restart(20);
+  EXPECT_EQ(GetBatteryLevel(handle_, false), -EAGAIN);
+  EXPECT_EQ(GetBatteryLevel(handle_, false), 20);
+  Restart(19);
+  RegisterFirst();
+  EXPECT_EQ(seen_.Take(), (Call{0, 19})) << "the reconnection looks the service up again";
+}
+
 TEST_F(BatteryLinkTest, ALinkRefusedByADeathLooksTheServiceUpAgain) {
   const auto lookups_until_linked = [this] {
     const int before = health_.on(BinderFunction::kGetService).calls();

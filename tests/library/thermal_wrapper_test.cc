@@ -263,6 +263,7 @@ TEST_F(ThermalQueryTest, DebugLeavesDescriptorAndOptionsToTheService) {
   EXPECT_EQ(local->dump_descriptor, 11);
   EXPECT_THAT(local->dump_arguments, ElementsAre(testing::StrEq("--all"), testing::StrEq(""),
                                                  testing::StrEq("two words")));
+  native->numFds = 1;
   EXPECT_TRUE(wrapper_->debug(hidl_handle(native), {}).isOk());
   EXPECT_THAT(local->dump_arguments, IsEmpty());
   EXPECT_EQ(local->dumps, 2);
