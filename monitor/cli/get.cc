@@ -89,6 +89,7 @@ int GetSensors(const Options& options, Output& output) {
     return session.Fail(SilenceOf(kSensorService));
   }
   std::vector<Reading> readings;
+  readings.reserve(kSensorProperties.size());
   for (const SensorProperty* property : kSensorProperties) {
     readings.emplace_back(*property, ReadingOf(*property, client, session));
   }

@@ -92,7 +92,11 @@ Steps Read(const Grammar& grammar, const std::string& path, bool bytes) {
     const Step step{std::istream_iterator<std::string>(words), {}};
     if (step.empty()) continue;
     if (VerbOf(grammar, step) == nullptr) {
-      Refuse(path + ": line " + std::to_string(number) + ": not a step: " + line);
+      Refuse(std::string(path)
+                 .append(": line ")
+                 .append(std::to_string(number))
+                 .append(": not a step: ")
+                 .append(line));
     }
     steps.push_back(step);
   }
@@ -138,9 +142,8 @@ int main(int argc, char** argv) {
         steps = Shrink(family, steps);
       const std::string run = replays.empty() ? std::to_string(seed + i)
                                               : std::filesystem::path(replays[i]).stem().string();
-      const std::filesystem::path path =
-          std::filesystem::read_symlink("/proc/self/exe").parent_path() /
-          ("failure-" + name + "-" + run + ".txt");
+      std::filesystem::path path = std::filesystem::read_symlink("/proc/self/exe");
+      path.replace_filename("failure-").concat(name).concat("-").concat(run).concat(".txt");
       std::ofstream(path) << TextOf(steps);
       fprintf(stderr, "steps that fail:\n%s", TextOf(steps).c_str());
       static_cast<void>(Passes(family, steps, kPatience, /*silent=*/false));

@@ -26,7 +26,7 @@ namespace {
 // The name, or the number if the value has no name.
 template <typename Enum>
 std::string HidlEnumText(Enum value) {
-  const std::string name = ndk::internal::NameOf(value);
+  std::string name = ndk::internal::NameOf(value);
   if (!name.empty()) return name;
   char text[11];
   snprintf(text, sizeof(text), "0x%x", static_cast<uint32_t>(value));
