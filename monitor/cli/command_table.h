@@ -19,12 +19,12 @@ class Output;
 struct Command {
   std::string_view name;
   std::string_view family = {};  // the second word, for a command that needs one
-  // What follows: "FILE", "[COMMAND]" for an optional one, "NAME..." for one or more. Shells
+  // The operands: "FILE", "[COMMAND]" for an optional one, "NAME..." for one or more. Shells
   // complete COMMAND, FILE, NAME, RECORDING, TYPE:NAME and choices such as "csv|perfetto".
   std::string_view operands = {};
   std::string_view summary;
   std::string_view text = {};     // the rest of the help
-  std::string_view options = {};  // names of what it takes beside the general ones: "device for"
+  std::string_view options = {};  // names of those that are not general: "device for"
   int (*run)(const Options& options, Output& output);  // returns the program's exit code
   std::string_view service = {};  // a session shows the events of this service only
 };
@@ -38,9 +38,9 @@ struct Option {
   bool is_general = false;                                  // every command takes it
 };
 
-// Those of every build.
+// The commands of every build.
 std::span<const Command> GeneralCommands();
-// Those that need a simulated phone. Empty in a build for a phone.
+// The commands that need a simulated phone. Empty in a build for a phone.
 std::span<const Command> SimulationCommands();
 std::span<const Option> AllOptions();
 
@@ -51,15 +51,15 @@ void ForEachCommand(const Visitor& visit) {
   for (const Command& command : SimulationCommands()) visit(command);
 }
 
-// Prints what may stand in the place of the last word, a candidate a line, each with a tab and its
-// description; ":files" for the names of files. The shells' scripts in packaging/completions/ run
-// `quorvel --complete WORD...` for it.
+// Prints the completions of the last word, one per line, each followed by a tab and its
+// description. ":files" stands for file names. The shell scripts in packaging/completions/ run
+// `quorvel --complete WORD...`.
 void PrintCompletions(std::span<const std::string> words);
 // The commands, options, exit codes and so on in the markup of the manual page, for `quorvel
 // --man`.
 std::string ManualLists();
 
-// Null when there is none.
+// Null if there is none.
 const Option* OptionNamed(std::string_view name);
 // Throws UsageError. `source` is the option or variable that names the device.
 const DeviceType& DeviceNamed(std::string_view name, const std::string& source);

@@ -21,8 +21,8 @@ using Temperatures = std::vector<TemperatureReport>;
 // Prints candidates for the word that is being typed.
 class Candidates {
  public:
-  // `typed`: of a word such as --device=li that is completed as a whole, what precedes the value is
-  // in `stem`.
+  // `stem`: the part of the word that precedes `typed` and that each candidate repeats, such as
+  // "--device=" of --device=li.
   Candidates(const DeviceType& device, std::string_view typed, std::string_view stem)
       : device_(device), typed_(typed), stem_(stem) {}
 
@@ -42,7 +42,7 @@ class Candidates {
     });
   }
 
-  // `value` is what the table says of an operand or of an option's value.
+  // `value`: Command::operands or Option::value.
   void AddValues(std::string_view value) const {
     if (value.find("FILE") != value.npos || value.find("RECORDING") != value.npos) {
       puts(":files");
@@ -64,7 +64,7 @@ class Candidates {
   }
 
  private:
-  // Those that the device reports now.
+  // Adds the temperatures that the device reports now.
   void AddTemperatures(bool with_type) const {
     const std::unique_ptr<Device> device = device_.make([](const DeviceEvent&) {});
     device->Start({});
@@ -92,16 +92,16 @@ const DeviceType& DeviceOf(std::span<const std::string> words) {
   return DefaultDevice();
 }
 
-// Null when there is none.
+// Null if there is none.
 const Option* FindOption(std::string_view word) {
   return word.starts_with("--") ? OptionNamed(word.substr(2)) : nullptr;
 }
 
-// What stands before the word that is being typed.
+// The words before the one that is being typed.
 struct Line {
   std::string command = {};
-  std::vector<std::string> operands = {};  // its family included
-  const Option* open = nullptr;            // an option without its value
+  std::vector<std::string> operands = {};  // including the family
+  const Option* open = nullptr;            // the option whose value is being typed
 };
 
 Line Read(std::span<const std::string> words) {

@@ -10,10 +10,10 @@
 
 namespace norvik::qel::monitor {
 
-// The whole text is a number such as 12, 0.5 or 1e6, in every locale. Nothing for anything else,
-// including infinity and what no double can hold.
+// Parses a number such as 12, 0.5 or 1e6, with a point in every locale. nullopt for any other text,
+// including infinity and numbers outside the range of a double.
 std::optional<double> ParseDecimal(std::string_view text);
-// The shortest text for a finite number, with a point in every locale.
+// The shortest text that reads back as the same finite number, with a point in every locale.
 std::string DecimalText(double number);
 
 }  // namespace norvik::qel::monitor

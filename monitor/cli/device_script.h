@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Takes the steps of a device while its events are shown.
+// Runs the scripted steps of a device while a session shows its events.
 #pragma once
 
 #include <string_view>
@@ -14,13 +14,13 @@ namespace norvik::qel::monitor {
 // Threads: the main thread.
 class DeviceScript {
  public:
-  // The steps of one service, or of all those that the device can be told about.
+  // Runs the steps of `service`, or of all services if it is empty.
   explicit DeviceScript(Device& device, std::string_view service = "");
   ~DeviceScript() { device_.EndSteps(); }
   DeviceScript(const DeviceScript&) = delete;
   DeviceScript& operator=(const DeviceScript&) = delete;
 
-  // Until the user stops it or the time is over, if there is an end.
+  // Returns when the session is stopped or at `end`; time_point::max() means no end.
   void Run(Session& session, Session::Clock::time_point end);
 
  private:
@@ -34,7 +34,7 @@ class DeviceScript {
   std::vector<Loop> loops_;
 };
 
-// The time after which a command ends by itself, if there is one.
+// When a command ends by itself (--for); time_point::max() without that option.
 Session::Clock::time_point EndOf(const Options& options);
 
 }  // namespace norvik::qel::monitor

@@ -22,7 +22,7 @@ namespace {
 using Clock = Session::Clock;
 using namespace std::string_literals;
 
-// What a refusal by the access policy looks like: as if the service were not there.
+// A look-up that the access policy refuses looks like a missing service.
 constexpr char kRefusedLookUp[] =
     "look for 'avc: denied { find }' in the phone's log: the access policy may refuse the look-up "
     "to this process; docs/porting.md lists the lines that a policy needs";
@@ -30,7 +30,7 @@ constexpr char kRefusedLookUp[] =
 enum class Result { kOk, kWarning, kFailed };
 constexpr std::array<std::string_view, 3> kResultNames = {"ok", "warning", "failed"};
 
-// Shows each check when it is done, and counts.
+// Prints each check when it is done, and counts the results.
 class Checks {
  public:
   explicit Checks(Output& output) : output_(output) {}
@@ -52,7 +52,7 @@ class Checks {
     text.pop_back();
     output_.Explain(text);
   }
-  // Ok, or failed with the next step.
+  // Adds a check that is ok, or failed with the next step. Returns `is_ok`.
   bool Check(std::string_view subject, const std::string& check, bool is_ok,
              const std::string& detail, const std::string& next_step) {
     Add(subject, check, is_ok ? Result::kOk : Result::kFailed, detail, is_ok ? "" : next_step);
@@ -96,7 +96,7 @@ bool CheckService(const ServiceState& state, Checks& checks) {
   return answers;
 }
 
-// Waits for what the library tells its clients. The families have one deadline.
+// Checks that the library's clients receive values. All families share one deadline.
 class LibraryChecks {
  public:
   LibraryChecks(Session& session, Checks& checks)
@@ -127,7 +127,7 @@ class LibraryChecks {
     }
   }
 
-  // Registers for one temperature of all.
+  // Registers for the first temperature that can be watched.
   void CheckThermal(std::string_view service) {
     const auto temperatures = PlatformTemperatures();
     if (!checks_.Check(service, "temperatures listed", temperatures.has_value(),
@@ -151,7 +151,7 @@ class LibraryChecks {
                          "look at the library's log: its tags begin with audio_hw");
   }
 
-  // One of the properties has to be heard.
+  // Waits for a callback of any of the properties.
   void CheckFirstValue(std::string_view service, const std::vector<const Property*>& properties) {
     const auto start = Clock::now();
     const auto heard = [&] {
@@ -194,7 +194,7 @@ class LibraryChecks {
   Client client_;
 };
 
-// What the device consists of, and what it has said of itself.
+// Lists the device's parts, and its notices as warnings.
 void CheckDevice(Device& device, const std::vector<DeviceEvent>& notices, Checks& checks) {
   for (const DevicePart& part : device.Parts()) {
     std::string detail = part.kind;
@@ -230,7 +230,7 @@ int Doctor(const Options& options, Output& output) {
   if (CheckService(StateOf(kHealthService, services), checks)) library.CheckBattery();
   if (CheckService(StateOf(kSensorService, services), checks)) library.CheckSensors();
   if (CheckService(thermal, checks)) library.CheckThermal(thermal.service);
-  session.ShowPending();  // the listener takes the rest of the notices
+  session.ShowPending();  // passes the remaining notices to the listener
   CheckDevice(session.device(), notices, checks);
   return checks.Finish();
 }

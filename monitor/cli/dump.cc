@@ -14,12 +14,12 @@ namespace norvik::qel::monitor {
 
 namespace {
 
-// What a device has that has steps of the thermal service.
+// The temperatures of every device with thermal steps: see Device::StepsOf().
 constexpr std::array<std::string_view, 2> kTemperatures = {"SKIN:skin",
                                                            "BCL_CURRENT:AUDIO_current"};
 
-// Gives the client something to show: limits that have been read, and clients where names of
-// temperatures are known. What is wrong is added to `wrong`.
+// Fills the thermal dump: reads the limits, and registers for kTemperatures if the device has them.
+// Adds error messages to `wrong`.
 Session::Wake Fill(Client& client, Session& session, Session::Clock::time_point until,
                    std::vector<std::string>& wrong) {
   if (!client.ReadLimits()) {
@@ -46,13 +46,13 @@ Session::Wake Fill(Client& client, Session& session, Session::Clock::time_point 
 int Dump(const Options& options, Output& output) {
   Session session(options, output, {.show_events = false});
   Client client(session.events());
-  // The dumps are shown also if something is wrong: they may tell why.
+  // The dumps are shown even after an error: they may show the cause.
   std::vector<std::string> wrong;
   for (const std::string_view family : {kBatteryFamily, kSensorFamily}) {
     if (!client.Join(family)) wrong.emplace_back(kRefusal);
   }
 
-  // All families have the same time.
+  // All families share one deadline.
   const auto until = Session::Clock::now() + kReportLimit;
   if (wrong.empty()) {
     const auto heard = [&] { return CallbacksOf(kBatteryProperties, session.observed()) > 0; };

@@ -24,7 +24,7 @@ namespace {
 using Quantity = Timeline::Quantity;
 using Key = decltype(Timeline::curves)::key_type;
 
-// "battery level, %", "SKIN:skin temperature, degrees C". Spreadsheets guess the encoding.
+// "battery level, %", "SKIN:skin temperature, degrees C". ASCII units suit every spreadsheet.
 std::string TitleOf(const Key& key) {
   if (key.first == Quantity::kService) return key.second;
   if (key.first == Quantity::kTemperature) return key.second + " temperature, degrees C";
@@ -38,7 +38,7 @@ std::string Field(const std::string& text) {
   return quoted + "\"";
 }
 
-// "2026-11-22 10:00:03.120", which spreadsheets take for a time.
+// "2026-11-22 10:00:03.120", which spreadsheets recognise as a time.
 std::string ClockAt(const Timeline& timeline, double at) {
   if (!timeline.began) return "";
   return LocalTime(*timeline.began + std::chrono::round<WallTime::duration>(Seconds(at)));
@@ -48,10 +48,10 @@ double Microseconds(double seconds) {
   return std::round(seconds * 1e6);
 }
 
-// For spreadsheets (RFC 4180): a row for each time at which something happened, a column for each
-// curve with the value that holds, and what happened.
+// CSV for spreadsheets (RFC 4180): a row for each time with an event or a new value, a column for
+// each curve with its current value, and a last column with the events.
 std::string ToCsv(const Timeline& timeline) {
-  std::map<double, std::string> times = {{0, ""}, {timeline.end, ""}};  // and what happened
+  std::map<double, std::string> times = {{0, ""}, {timeline.end, ""}};  // with the events
   for (const auto& moment : timeline.moments) {
     auto& text = times[moment.at];
     text += (text.empty() ? "" : "; ") + moment.lane + " " + moment.text;
@@ -62,7 +62,7 @@ std::string ToCsv(const Timeline& timeline) {
     csv += "," + Field(TitleOf(key));
   }
   csv += ",events\r\n";
-  std::vector<size_t> passed(timeline.curves.size());  // points of each curve
+  std::vector<size_t> passed(timeline.curves.size());  // points of each curve up to this row
   for (const auto& [at, text] : times) {
     csv += ClockAt(timeline, at) + "," + DecimalText(Microseconds(at) / 1e6);
     auto count = passed.begin();
@@ -118,7 +118,7 @@ class TraceEvents {
   void Name(const char* what, const std::string& name, int thread) {
     AddWith("name", JsonText(name), Event("M", what, 0, thread));
   }
-  // Of the lane.
+  // The thread that stands for the lane.
   int Thread(const std::string& lane) {
     const auto [found, is_new] = threads_.emplace(lane, static_cast<int>(threads_.size()) + 1);
     if (is_new) Name("thread_name", lane, found->second);

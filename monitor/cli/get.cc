@@ -16,11 +16,11 @@ namespace {
 
 using Reading = std::pair<Property, Value>;
 
-// A device that is asked once. There is no session: a signal ends the program at once, also while a
+// A device for one query. It has no session: a signal ends the program at once, even while a
 // service does not answer.
 class AskedDevice {
  public:
-  // Shows what the device notices about the command's service.
+  // Starts the device, and prints its notices about the command's service.
   AskedDevice(const Options& options, Output& output)
       : device_(options.device->make(
             [events = events_](DeviceEvent event) { events->Post(std::move(event)); })) {
@@ -44,7 +44,7 @@ bool IsKnown(const Value& value) {
   return value != Value() && value != Value(Absent()) && (several == nullptr || !several->empty());
 }
 
-// `hint` follows the names of what is missing.
+// `hint`: appended to the message that names the missing values.
 int ShowReadings(const std::vector<Reading>& readings, Output& output,
                  const std::string& hint = {}) {
   std::string missing;
@@ -78,7 +78,7 @@ int GetBattery(const Options& options, Output& output) {
   return ShowReadings(readings, output);
 }
 
-// The library has no function that reads a sensor: only callbacks do.
+// The library has no getters for sensors, only callbacks.
 int GetSensors(const Options& options, Output& output) {
   Session session(options, output, {.show_events = false});
   Client client(session.events());

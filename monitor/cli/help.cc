@@ -111,7 +111,7 @@ std::string NameOf(const Option& option) {
   return option.letter == 0 ? name : name + ", -" + option.letter;
 }
 
-// What the option says of its value that only the build knows.
+// The option's text. That of --device lists the device types of this build.
 std::string TextOf(const Option& option) {
   std::string text(option.text);
   if (option.value != "DEVICE") return text;
@@ -122,7 +122,7 @@ std::string TextOf(const Option& option) {
   return text;
 }
 
-// In the general help the commands that take the option.
+// The commands that take the option, for the general help.
 std::string TakersOf(const Option& option) {
   return option.is_general ? "" : " (" + Enumerated(CommandNames(&option), "and") + ")";
 }
@@ -155,7 +155,7 @@ std::string HelpOf(const std::string& name, size_t columns) {
     usage += TableEntry(UsageOf(command), command.summary, columns);
     if (!command.text.empty()) details += "\n" + Wrapped(command.text, columns);
     if (command.operands.starts_with("TYPE")) details += "\n" + Wrapped(Types(), columns);
-    if (!options.empty()) return;  // rows of a name take the same options
+    if (!options.empty()) return;  // all rows of a command take the same options
     for (const Option& option : AllOptions()) {
       if (Takes(command, option)) options += TableEntry(NameOf(option), TextOf(option), columns);
     }
@@ -175,7 +175,7 @@ std::string Argument(std::string_view words) {
   return words.empty() ? "" : " Ar " + std::string(words);
 }
 
-// Every sentence begins a line.
+// Starts each sentence on a new line, as manual pages do.
 std::string ManualItem(const std::string& head, std::string text) {
   for (size_t at = 0; (at = text.find(". ", at)) != std::string::npos;) text[++at] = '\n';
   return ".It " + head + "\n" + text + ".\n";
@@ -222,7 +222,7 @@ int Help(const Options& options, Output& output) {
   const size_t columns = StandardOutput().columns;
   std::string text =
       options.operands.empty() ? GeneralHelp(columns) : HelpOf(options.operands.front(), columns);
-  text.pop_back();  // the output ends the line
+  text.pop_back();  // Explain() ends the line
   output.Explain(text);
   return EXIT_SUCCESS;
 }

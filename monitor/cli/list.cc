@@ -17,7 +17,7 @@ namespace {
 using Rows = std::vector<std::vector<std::string>>;
 
 void ListNames(const Options& options, Output& output) {
-  output.SetDevice("");  // a program reads the lines
+  output.SetDevice("");  // no first line with the device: programs read the names
   const std::unique_ptr<Device> device = options.device->make([](const DeviceEvent&) {});
   device->Start({.verbose = options.verbose});
   for (const std::string& key : KeysOf()) {

@@ -15,8 +15,7 @@ namespace norvik::qel::monitor {
 
 namespace {
 
-// What getopt_long() returns for an option: its letter, or its place in the table above all
-// letters.
+// What getopt_long() returns for an option: its letter, or kFirst plus its index in the table.
 int ResultOf(const Option& entry) {
   constexpr int kFirst = 256;
   return entry.letter != 0 ? entry.letter : kFirst + static_cast<int>(&entry - AllOptions().data());
@@ -33,7 +32,7 @@ std::vector<option> LongOptions() {
   return options;
 }
 
-// A ":" in front reports a missing value as ":".
+// The leading ":" makes getopt_long() return ':' for a missing value.
 std::string Letters() {
   std::string letters = ":";
   for (const Option& entry : AllOptions()) {
@@ -42,7 +41,7 @@ std::string Letters() {
   return letters;
 }
 
-// Null for what is no option.
+// Null if the result is not an option's.
 const Option* OptionOf(int result) {
   for (const Option& entry : AllOptions()) {
     if (ResultOf(entry) == result) return &entry;
@@ -63,7 +62,7 @@ const Option* OptionOf(int result) {
     throw UsageError("--" + std::string(entry->name) + " takes no value, remove '" +
                      word.substr(word.find('=')) + "'");
   }
-  // Of several letters in a word only the wrong one is known.
+  // A word may have several letters: the message names the wrong one only.
   if (optopt != 0 && !word.starts_with("--")) word = {'-', static_cast<char>(optopt)};
   throw UsageError("unknown option '" + word + "'");
 }
@@ -78,7 +77,7 @@ void CheckChoice(const Option& entry, const std::string& value) {
                    names);
 }
 
-// `words`: the command line without its options. What belongs to the command is removed.
+// `words`: the command line without its options. Removes the command and its family from it.
 const Command& TakeCommand(std::vector<std::string>& words) {
   const std::string all_names = Enumerated(CommandNames(), "or");
   if (words.empty()) throw UsageError("a command is missing, use " + all_names);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What the user asks for.
+// The command line, parsed.
 #pragma once
 
 #include <chrono>
@@ -16,7 +16,7 @@ namespace norvik::qel::monitor {
 
 struct Command;
 
-// What happens to an existing file that is to be written.
+// What to do if the file to write exists already.
 enum class ExistingFile { kRefuse, kOverwrite };
 
 struct Options {
@@ -44,7 +44,7 @@ class UsageError : public std::runtime_error {
   using runtime_error::runtime_error;
 };
 
-// That of QUORVEL_DEVICE, or else the first. Throws UsageError.
+// The device that QUORVEL_DEVICE names, or the first one. Throws UsageError.
 const DeviceType& DefaultDevice();
 
 // Throws UsageError. With --help or --version no command is needed.

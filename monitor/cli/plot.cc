@@ -22,18 +22,18 @@ namespace norvik::qel::monitor {
 
 namespace {
 
-// The picture that the script draws.
+// Runs the script and returns the picture that it draws.
 std::string RunGnuplot(const std::string& script) {
   const auto fail = [] {
     throw std::runtime_error("cannot run gnuplot: " + std::generic_category().message(errno));
   };
-  // In memory: a pipe would have to be filled while gnuplot writes. gnuplot inherits it.
+  // A memory file, which gnuplot inherits: a pipe would have to be filled while gnuplot writes.
   const std::unique_ptr<FILE, int (*)(FILE*)> input(fdopen(memfd_create("script", 0), "w"), fclose);
   if (!input) fail();
   const bool is_filled = fwrite(script.data(), 1, script.size(), input.get()) == script.size();
   if (!is_filled || fflush(input.get()) != 0) fail();
-  // The plot looks the same everywhere: without a user's settings, and in a locale that every
-  // system has and that knows the degree sign. The command has no text of others.
+  // The plot looks the same everywhere: without the user's settings, and in a locale that every
+  // system has and that includes the degree sign. No external text enters the command.
   const std::string command =
       "command -v gnuplot >/dev/null || exit 127;"
       "LC_ALL=C.UTF-8 exec gnuplot --default-settings /dev/fd/" +

@@ -37,7 +37,7 @@ bool IsOpen(int fd) {
 // A descriptor that is opened later must not take the place of a standard one: the library's log
 // would go into a recording.
 void FillStandardDescriptors() {
-  // In their order: an open takes the lowest place that is free.
+  // In ascending order: open() returns the lowest free descriptor.
   for (const int fd : {STDIN_FILENO, STDERR_FILENO}) {
     if (!IsOpen(fd)) static_cast<void>(open("/dev/null", O_RDWR));
   }
@@ -49,9 +49,9 @@ int Run(int argc, char** argv) {
     return EXIT_FAILURE;
   }
   FillStandardDescriptors();
-  // A reader that leaves is noticed at the next line.
+  // A reader that has closed the output is found by the next write.
   signal(SIGPIPE, SIG_IGN);
-  signal(SIGXFSZ, SIG_IGN);  // a file that must not grow is an error to report
+  signal(SIGXFSZ, SIG_IGN);  // exceeding the file size limit becomes a write error
   const std::vector<std::string> words(argv + 1, argv + argc);
   if (!words.empty() && words.front() == "--complete") {
     PrintCompletions(std::span(words).subspan(1));

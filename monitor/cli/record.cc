@@ -26,17 +26,17 @@ int Record(const Options& options, Output& output) {
                   }});
   Client client(session.events());
   learner = &client;
-  session.ShowPending();  // the device has reported by now what it has
+  session.ShowPending();  // the device has already reported its temperatures
   bool refused = false;
   for (const std::string_view family : kClientFamilies) {
     recorder.NoteAct(ClientJoined{.subject = std::string(family)});
     refused |= !client.Join(family);
   }
-  // The rest is recorded.
+  // The other clients are recorded.
   if (refused) Complain(kRefusal);
   DeviceScript(session.device()).Run(session, EndOf(options));
   const int event_count = recorder.event_count();
-  // Its time is the recording's length.
+  // The time of this line is the recording's length.
   recorder.NoteAct(Narration{.text = "The recording ends."});
   if (!recorder.failure().empty()) return session.Fail(recorder.failure());
   output.Explain("Recorded " + Counted(event_count, "event") + " in " + path + ".");

@@ -21,7 +21,7 @@ namespace {
 
 int MillisecondsUntil(Session::Clock::time_point until) {
   using std::chrono::milliseconds;
-  // The caller waits again.
+  // The limit of one poll(): the caller waits again.
   constexpr milliseconds kLongest = std::chrono::hours(1);
   const auto left = std::chrono::ceil<milliseconds>(until - Session::Clock::now());
   return static_cast<int>(std::clamp(left, milliseconds(0), kLongest).count());
@@ -40,14 +40,14 @@ StopSignals::StopSignals() {
 }
 
 StopSignals::~StopSignals() {
-  Accept();  // one that comes on the way out has been obeyed already
+  Accept();  // drops a signal that came after the end of the last wait
   close(fd_);
 }
 
 void StopSignals::Accept() {
   signalfd_siginfo taken;
   while (read(fd_, &taken, sizeof taken) > 0) {
-    // Several signals are one wish.
+    // Several signals count as one.
   }
   pthread_sigmask(SIG_SETMASK, &before_, nullptr);
 }
@@ -87,7 +87,7 @@ Session::Wake Session::Wait(Clock::time_point until, int input) {
   if (stopped_ || !output_.lines().open()) return Wake::kStop;
   pollfd fds[] = {
       {.fd = signals_.fd(), .events = POLLIN, .revents = 0},
-      {.fd = STDOUT_FILENO, .events = 0, .revents = 0},  // tells when its reader has left
+      {.fd = STDOUT_FILENO, .events = 0, .revents = 0},  // reports a closed reader
       {.fd = events_->fd(), .events = POLLIN, .revents = 0},
       {.fd = input, .events = POLLIN, .revents = 0},
   };
@@ -112,7 +112,7 @@ int Session::Fail(const std::string& text, int exit_code) {
 void Session::ShowEvent(const Event& event) {
   if (const auto* const device_event = std::get_if<DeviceEvent>(&event.what)) {
     if (device_event->kind == DeviceEvent::Kind::kReported) return;
-    // A service may say which of several kinds it is behind its name.
+    // By prefix: "thermal" includes "thermal (HIDL)".
     if (!device_event->service.starts_with(service_)) return;
     if (!show_events_ && show_notices_ && device_event->kind == DeviceEvent::Kind::kNotice)
       output_.Note(event);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What a command that waits works with.
+// The session of a command that waits for events: the device, its events, signals and output.
 #pragma once
 
 #include <signal.h>
@@ -22,27 +22,27 @@
 
 namespace norvik::qel::monitor {
 
-// How long to wait for the first report; only a device without a working service needs it.
+// The time limit for the first report. Reached only if a service does not work.
 inline constexpr std::chrono::seconds kReportLimit(5);
 
-// What is wrong when that was not long enough.
+// The error message at the end of that time.
 std::string SilenceOf(std::string_view service);
 
-// SIGINT and SIGTERM as something to wait for. Made before the program's other threads, which
-// inherit that the signals are blocked.
+// Receives SIGINT and SIGTERM through a descriptor. Made before the program's other threads, which
+// inherit the blocked signals.
 //
 // Threads: the main thread.
 class StopSignals {
  public:
   StopSignals();
-  // The signals are what they were.
+  // Restores the signal mask.
   ~StopSignals();
   StopSignals(const StopSignals&) = delete;
   StopSignals& operator=(const StopSignals&) = delete;
 
   // Readable once a signal has come.
   int fd() const { return fd_; }
-  // Takes the signal. From here on a second one ends the program at once.
+  // Consumes the signal and restores the mask: a second signal ends the program at once.
   void Accept();
 
  private:
@@ -50,8 +50,8 @@ class StopSignals {
   sigset_t before_;
 };
 
-// Takes the events while the command waits for them. Clients of the library are made after the
-// session and destroyed before it.
+// Owns the device and processes its events while the command waits. Clients of the library are made
+// after the session and destroyed before it.
 //
 // Threads: the main thread.
 class Session {
@@ -59,27 +59,27 @@ class Session {
   using Clock = std::chrono::steady_clock;
 
   struct Setup {
-    bool show_events = true;   // those of the command's service, or all
-    bool show_notices = true;  // beside values; where events are shown, notices are too
+    bool show_events = true;   // of the command's service, or of all services
+    bool show_notices = true;  // if events, which include notices, are not shown
     // Called with every event, shown or not. False stops the session.
     std::function<bool(const Event&)> listener = nullptr;
-    // Instead of the device in the options.
+    // Replaces the device of the options.
     std::function<std::unique_ptr<Device>(DeviceObserver)> make_device = nullptr;
   };
 
   Session(const Options& options, Output& output, const Setup& setup);
 
   enum class Wake {
-    kEvent,  // one was noted
-    kTime,   // none came until then
-    kInput,  // there is something to read
-    kStop,   // a signal came, or the reader of the output has left
+    kEvent,  // an event was processed
+    kTime,   // no event before the deadline
+    kInput,  // the input is readable
+    kStop,   // a signal, a closed output, or a false from the listener
   };
   static constexpr int kNoInput = -1;
-  // `input`: a descriptor that may have something to read.
+  // Processes at most one event. `input`: a descriptor that also ends the wait when readable.
   Wake WaitUntil(Clock::time_point until, int input = kNoInput);
 
-  // Waits until what has been observed fulfils `condition`.
+  // Processes events until `condition` holds.
   template <typename Condition>
   Wake WaitFor(Condition condition, Clock::duration limit) {
     const Clock::time_point until = Clock::now() + limit;
@@ -89,9 +89,9 @@ class Session {
     return Wake::kEvent;
   }
 
-  // Shows what has happened so far.
+  // Processes all pending events.
   void ShowPending();
-  // The same, then the text on standard error. Returns EXIT_FAILURE.
+  // The same, then prints the text on standard error. Returns `exit_code`.
   int Fail(const std::string& text, int exit_code = EXIT_FAILURE);
 
   Output& output() { return output_; }
@@ -100,7 +100,7 @@ class Session {
   const Observed& observed() const { return observed_; }
 
  private:
-  // kTime also when an event waits.
+  // Returns kTime also if an event is pending.
   Wake Wait(Clock::time_point until, int input);
   void ShowEvent(const Event& event);
 

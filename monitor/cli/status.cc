@@ -26,7 +26,7 @@ namespace {
 constexpr std::chrono::seconds kPeriod(1);
 constexpr size_t kHeadingLines = 2;
 
-// Lines of the terminal below the one that names the device; no limit without a terminal.
+// Lines of the terminal below the line that names the device; no limit without a terminal.
 size_t Height() {
   winsize size = {};
   const bool is_known = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_row > 0;
@@ -54,7 +54,7 @@ std::optional<double> NumberOf(const Value& value) {
 // The recent values of one item.
 class History {
  public:
-  // Whether the value differs from the last one.
+  // Adds the item's value. True if it differs from the previous one.
   bool Add(const Item& item) {
     constexpr size_t kMost = 16;
     const bool has_changed = !text_.empty() && text_ != ValueOf(item);
@@ -63,7 +63,8 @@ class History {
     if (numbers_.size() > kMost) numbers_.pop_front();
     return has_changed;
   }
-  // A bar for each value, from the lowest to the highest one. Empty if they are all alike.
+  // One bar per value, scaled from the lowest to the highest. Empty if all are equal or one is
+  // unknown.
   std::string Bars() const {
     static constexpr std::string_view kBlocks[] = {"▁", "▂", "▃", "▄", "▅", "▆", "▇", "█"};
     static constexpr std::string_view kAscii[] = {"_", ".", "-", "=", "+", "*", "%", "#"};
@@ -95,7 +96,7 @@ std::string StateOfServices(const std::vector<ServiceState>& services) {
   return text;
 }
 
-// The hottest temperatures come first among their kind, where the screen does not have all.
+// Puts the temperatures last, the most severe and hottest first: the screen may not show all.
 void SortByUrgency(std::vector<Item>* items) {
   const auto is_temperature = [](const Item& item) { return item.severity.has_value(); };
   std::stable_sort(items->begin(), items->end(), [&](const Item& a, const Item& b) {
@@ -138,7 +139,7 @@ class StatusScreen {
     const bool in_place = follows_ && terminal.is_terminal;
     if (!in_place && !has_changed) return;
     std::string text;
-    // Back to the first line of the last screen.
+    // Moves the cursor to the first line of the last screen, and clears it.
     if (in_place && lines_ > 0) text = "\033[" + std::to_string(lines_) + "A\033[J";
     if (!in_place) text = lines_ > 0 ? "\n" : "";
     const std::string screen = ScreenOf(rows, colours, terminal);
@@ -160,7 +161,7 @@ class StatusScreen {
     return item.value == Value() && !item.remark.empty() ? item.remark : ValueOf(shown);
   }
 
-  // No more lines than the terminal has. Colours are those of the rows.
+  // Has no more lines than the terminal. `colours`: one for each row.
   std::string ScreenOf(const Rows& rows, const std::vector<std::string>& colours,
                        const Terminal& terminal) const {
     const std::string clock = TimeOfDay(std::chrono::system_clock::now()).substr(0, 8);

@@ -12,7 +12,7 @@ namespace norvik::qel::monitor {
 
 namespace {
 
-// The key of a TYPE:NAME whose type is in any case. Throws UsageError.
+// The key of a TYPE:NAME, whose type may be in lower case. Throws UsageError.
 std::string TemperatureKeyOf(const std::string& operand) {
   auto parts = SplitTemperatureKey(operand);
   if (!parts) {
@@ -30,7 +30,7 @@ std::string TemperatureKeyOf(const std::string& operand) {
 
 using Clock = Session::Clock;
 
-// A service that is up answers a registration at once.
+// Prints a hint if no callback comes within 1 s: a running service answers at once.
 void ExplainSilence(Session& session, Clock::time_point end) {
   const auto heard = [&] { return session.observed().callbacks() > 0; };
   const auto wait = std::min<Clock::duration>(std::chrono::seconds(1), end - Clock::now());
@@ -41,11 +41,11 @@ void ExplainSilence(Session& session, Clock::time_point end) {
 
 }  // namespace
 
-// A family, or the temperatures that the operands name.
+// Watches a family, or the temperatures that the operands name.
 int Watch(const Options& options, Output& output) {
   const std::string family(options.command->family);
   const bool is_thermal = family == kThermalFamily;
-  std::vector<std::string> subjects;  // before anything is said or started
+  std::vector<std::string> subjects;  // checked before anything is printed or started
   for (const std::string& operand : options.operands) {
     subjects.push_back(TemperatureKeyOf(operand));
   }

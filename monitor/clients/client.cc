@@ -33,7 +33,7 @@ size_t PlaceOf(std::string_view family) {
                              kClientFamilies.begin());
 }
 
-// Severities are the library's numbers.
+// Severity has the library's numbers.
 static_assert(static_cast<int>(Severity::kNone) == QUORVEL_THROTTLING_NONE);
 static_assert(static_cast<int>(Severity::kShutdown) == QUORVEL_THROTTLING_SHUTDOWN);
 
@@ -141,9 +141,10 @@ std::optional<Value> Client::Read(const BatteryProperty& property) {
   return Interpret(property.key, number);
 }
 
-// A service refuses a temperature without a name. Where there is none the registration waits.
+// Registers for a temperature with an empty name. A running service refuses that; without one, the
+// library accepts the registration and keeps it for later.
 bool Client::HasThermalService() {
-  // Registrations are counted from 1.
+  // The ids of other registrations begin at 1.
   const ThermalCallbackParam param = {
       .id = 0, .type_name = "SKIN", .temperature_name = "", .callback = OnValue};
   void* const handle = HandleOf(kThermalFamily);
@@ -154,7 +155,7 @@ bool Client::HasThermalService() {
 
 std::optional<Severities> Client::Read(const ChargeLimitProperty& property) {
   void* const handle = HandleOf(kThermalFamily);
-  // The library tells neither how many there are nor whether the room is what it complains of.
+  // The library reports neither the number of limits nor whether it failed for lack of room.
   constexpr int kEnoughForAll = 1 << 16;
   for (int room = GetBatteryChargeLimitCapacity(handle); room <= kEnoughForAll; room *= 2) {
     if (room <= 0) return std::nullopt;
@@ -196,21 +197,21 @@ std::optional<std::vector<Value>> Client::ReadTemperatures(const std::vector<std
   readings.resize(static_cast<size_t>(count));
   std::vector<Value> values;
   for (const std::string_view name : names) {
-    // The library cuts long names off.
+    // The library truncates long names.
     const std::string_view told = name.substr(0, QUORVEL_THERMISTOR_NAME_SIZE - 1);
     const auto found =
         std::find_if(readings.begin(), readings.end(),
                      [&](const thermistor& reading) { return reading.name == told; });
     values.emplace_back(Absent());
     if (found == readings.end()) continue;
-    // A service may not know what a sensor reads.
+    // Not finite: the service has no reading of this temperature.
     values.back() = std::isfinite(found->value) ? Value(found->value) : Value();
   }
   return values;
 }
 
 std::string Client::Dump(std::string_view family) {
-  // A file in memory takes a dump of any length; a pipe that is not read would fill up.
+  // A memory file holds a dump of any length; a pipe without a concurrent reader could fill up.
   const int fd = memfd_create("dump", MFD_CLOEXEC);
   if (fd < 0) throw std::system_error(errno, std::generic_category(), "memfd_create");
   kFamilies[PlaceOf(family)].dump(HandleOf(family), fd);

@@ -19,50 +19,50 @@
 
 namespace norvik::qel::monitor {
 
-// Owns a handle of each family that is needed. What its callbacks hear goes to the queue.
+// Owns one handle per family, made on first use. Its callbacks post each value to the queue.
 //
-// Threads: the main thread; the callbacks come on the library's, side by side for several families
-// and types of temperatures.
+// Threads: the main thread. The callbacks run on the library's threads, concurrently for several
+// families and types of temperatures.
 class Client {
  public:
   explicit Client(std::shared_ptr<EventQueue> events) : events_(std::move(events)) {}
-  // No callback comes afterwards.
+  // No callback runs after the destructor has returned.
   ~Client();
   Client(const Client&) = delete;
   Client& operator=(const Client&) = delete;
 
-  // A temperature that the thermal family joins with: no function of the library lists them. Those
-  // of types that the library does not know are left out.
+  // Adds a temperature to those that the thermal family registers for: no function of the library
+  // lists them. Temperatures of types that the library does not know are ignored.
   void Learn(const TemperatureReport& report);
-  // `subject`: a family, or the key of one of its properties. A family joins with the temperatures
-  // that are known by then, and with the sensors that the device has. False when the library
-  // refuses; a temperature also when the service reports none of that name.
+  // Registers callbacks for `subject`: a family, or the key of one property. The thermal family
+  // registers for the temperatures learned so far. Sensors that the device lacks are skipped. False
+  // if the library refuses a registration, also because the service has no such temperature.
   [[nodiscard]] bool Join(std::string_view subject);
-  // Whatever of the subject has joined.
+  // Deregisters all callbacks of `subject`. False if the library refuses to.
   [[nodiscard]] bool Leave(std::string_view subject);
-  // Those that have joined: while the service is late that is both, whether they exist or not.
+  // The registered sensors. Until the sensor service is up, these are both, even absent ones.
   std::vector<const SensorProperty*> sensors() const;
   // Whether the device is known not to have it.
   bool Lacks(const SensorProperty& sensor) const { return absent_sensors_.contains(&sensor); }
 
-  // They ask the service; nothing when it cannot be asked.
+  // The following three query the service; nullopt if it cannot be queried.
   std::optional<Value> Read(const BatteryProperty& property);
-  // Of each of kChargeLimitProperties.
+  // One list for each of kChargeLimitProperties.
   std::optional<std::vector<Severities>> ReadLimits();
-  // Of each name; Absent() for what the service does not report.
+  // One value for each name; Absent() if the service does not report that temperature.
   std::optional<std::vector<Value>> ReadTemperatures(const std::vector<std::string>& names);
 
   std::string Dump(std::string_view family);
 
  private:
-  // What a callback is handed back. Lives until the handles are gone.
+  // The cookie of one registration. Outlives the handles.
   struct Cookie {
     std::string key;
-    int id;  // of this registration alone
+    int id;  // unique among the registrations
     EventQueue* events;
-    Property property = {};      // which may point to the key
-    Value last = {};             // touched by its own callback only, which comes one at a time
-    bool is_registered = false;  // touched by the main thread only
+    Property property = {};      // may point into `key`
+    Value last = {};             // used by this registration's callback only, never concurrently
+    bool is_registered = false;  // used by the main thread only
   };
 
   static void OnValue(int number, void* cookie);
@@ -71,13 +71,13 @@ class Client {
   [[nodiscard]] bool Register(std::string_view key);
   [[nodiscard]] bool Deregister(Cookie& cookie);
   std::optional<Severities> Read(const ChargeLimitProperty& property);
-  // Whether there is a service: without one the library answers as if it had nothing to report.
+  // Whether a thermal service runs. Without one, the library's getters return empty results.
   bool HasThermalService();
 
   const std::shared_ptr<EventQueue> events_;
-  std::array<void*, kClientFamilies.size()> handles_ = {};  // null until they are needed
-  std::deque<Cookie> cookies_;                              // which stay where they are
-  Cookie probe_ = {};  // of HasThermalService(): never called with
+  std::array<void*, kClientFamilies.size()> handles_ = {};  // null until first used
+  std::deque<Cookie> cookies_;                              // a deque: addresses are stable
+  Cookie probe_ = {};  // for HasThermalService(); no callback receives it
   std::vector<std::string> temperatures_;
   std::set<const SensorProperty*> absent_sensors_;
 };

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The device that the monitor looks at: the seam between the monitor and whatever brings the
-// services up. Everything that knows a device in particular is behind it, in the device files.
+// The device that the monitor observes: the interface between the monitor and the code that starts
+// the services. All device-specific code is behind it, in monitor/host/ and monitor/phone/.
 #pragma once
 
 #include <chrono>
@@ -18,23 +18,23 @@
 
 namespace norvik::qel::monitor {
 
-// Called with what the device reports, on any thread, also after the device is gone.
+// Receives the events of a device, on any thread, perhaps after the device is destroyed.
 using DeviceObserver = std::function<void(DeviceEvent)>;
 
 struct DeviceSetup {
   bool verbose = false;
 };
 
-// A part of the device: what a value comes from, or what counts for none.
+// A part of the device: the source of a value, or a part that contributes to none.
 struct DevicePart {
   std::string name;         // the kernel's: "BAT0", "thermal_zone3"
   std::string kind;         // "battery", "AC charger"
   std::string value = {};   // as text for people; may be empty
-  std::string item = {};    // the key of the value, such as "battery_level"; empty: of none
-  std::string remark = {};  // its share in the value, or why it does not count; may be empty
+  std::string item = {};    // the value that it is a source of: "battery_level"; empty: none
+  std::string remark = {};  // its share of the value, or why it is ignored; may be empty
 };
 
-// Something that happens to a device, so that there is something to see.
+// One scripted change of a device, for a demonstration.
 struct DeviceStep {
   std::chrono::milliseconds pause_before;
   std::function<void()> act;
@@ -45,20 +45,20 @@ class Device {
  public:
   virtual ~Device() = default;
 
-  // Makes the program a host for the library (binder threads, log) and brings the services up.
-  // Once, before the library's first handle; the library's last handle goes before the device.
+  // Prepares the process for the library (binder threads, log) and starts the services. Call it
+  // once, before the library's first handle is made. The device outlives the library's last handle.
   virtual void Start(const DeviceSetup& setup) = 0;
-  // What it goes through that one of its services reports: a loop that ends as it began. Empty for
-  // a device that lives by itself. One with steps of the thermal service has the temperatures
-  // SKIN:skin and BCL_CURRENT:AUDIO_current.
+  // The scripted changes that `service` reports, as a loop that ends in its initial state. Empty
+  // for a device without a script. A device with thermal steps has the temperatures SKIN:skin and
+  // BCL_CURRENT:AUDIO_current.
   virtual std::vector<DeviceStep> StepsOf(std::string_view /*service*/) { return {}; }
-  // Starts the service that a step has stopped: without it the library's farewell would wait.
+  // Restarts a service that a step has stopped: the library's teardown would wait for it.
   virtual void EndSteps() {}
-  // As of its last reading. Empty where the services tell nothing of what is behind them.
+  // The parts as last read. Empty if the services do not describe their hardware.
   virtual std::vector<DevicePart> Parts() { return {}; }
 };
 
-// What a service is told in advance: to turn down a call, so many times.
+// A scripted fault: the service refuses the next `times` calls of this kind.
 struct Refusal {
   std::string service;
   std::string call;
@@ -66,26 +66,28 @@ struct Refusal {
   int times = 1;
 };
 
-// What a phone has that goes through what a recording tells.
+// The services, sensors and temperatures of a phone that plays a recording.
 struct Equipment {
   std::set<std::string> services;
   std::set<Sensor> sensors;
-  std::vector<TemperatureReport> temperatures;  // with the values that they begin with
+  std::vector<TemperatureReport> temperatures;  // with their initial values
 };
 
-// No service runs on it before Play() starts one. The values of its battery are unknown until then.
+// A phone that plays device events. No service runs until Play() starts it. The battery level and
+// the cycle count are unknown until Play() reports them.
 class PlayedDevice : public Device {
  public:
-  // What a device does, not what is done to it: a service starts or dies, something is reported or
-  // noticed. Reports need no running service; one that starts later makes up for them.
+  // Applies an event that originates in the device: a service starts or dies, a report, a notice.
+  // Ignores those that the library's calls cause. A report needs no running service: a service that
+  // starts later has its values.
   virtual void Play(const DeviceEvent& event) = 0;
-  // Whether the service has such a call and can turn it down.
+  // Whether the service has this call and can refuse it.
   virtual bool CanRefuse(const Refusal& refusal) = 0;
-  // The service will do so.
+  // Scripts the refusals.
   virtual void Refuse(const Refusal& refusal) = 0;
 };
 
-// Null in a build that has no such phone.
+// Null in a build without a simulated phone.
 std::unique_ptr<PlayedDevice> MakePlayedDevice(const Equipment& equipment, DeviceObserver observer);
 
 struct DeviceType {
@@ -95,7 +97,7 @@ struct DeviceType {
   bool tells = true;  // it reports events to its observer
 };
 
-// What there is to choose from in this build. The first is the default.
+// The device types of this build. The first is the default.
 std::span<const DeviceType> DeviceTypes();
 
 }  // namespace norvik::qel::monitor

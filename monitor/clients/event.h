@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What happens while the monitor runs.
+// The events that the monitor shows and records.
 #pragma once
 
 #include <optional>
@@ -19,19 +19,19 @@ namespace norvik::qel::monitor {
 // A client's callback was called.
 struct ValueChange {
   const Property* property;  // lives as long as the client
-  Value old_value;           // what the callback heard before; unknown at its first call
+  Value old_value;           // of the previous call; unknown at the first call
   Value new_value;
-  std::thread::id thread;  // that the callback ran on
+  std::thread::id thread;  // on which the callback ran
 };
 
-// The services that tell of themselves.
+// The services whose events are shown.
 inline constexpr std::string_view kHealthService = "health";
 inline constexpr std::string_view kSensorService = "sensor";
-// The AIDL one, and the older one.
+// The AIDL interface, and the older HIDL one.
 inline constexpr std::string_view kThermalService = "thermal";
 inline constexpr std::string_view kHidlThermalService = "thermal (HIDL)";
 
-// What the device reports to the library. Nothing stands for what it does not know.
+// A report of the health service. nullopt: the device does not know the value.
 struct BatteryReport {
   std::optional<int> level;  // percent
   std::optional<int> cycle_count;
@@ -41,15 +41,15 @@ struct BatteryReport {
 
 enum class Sensor { kProximity, kHingeAngle };
 
-// Without values: what the sensor has read is known no more.
+// Without values: the sensor's last reading is no longer known.
 struct SensorReport {
   Sensor sensor;
-  std::vector<std::optional<float>> values;  // of one delivery; centimetres, degrees
+  std::vector<std::optional<float>> values;  // of one delivery, in centimetres or degrees
 };
 
 struct TemperatureReport {
   std::string type;  // "SKIN"
-  std::string name;  // the device maker's
+  std::string name;  // chosen by the device maker
   std::optional<float> value;
   Severity severity;
 };
@@ -62,22 +62,22 @@ struct TemperatureGone {
 using Report =
     std::variant<std::monostate, BatteryReport, SensorReport, TemperatureReport, TemperatureGone>;
 
-// Something that the device tells of itself; no client sees it. It comes from a recording, or from
-// the services of a host, whose own events monitor/host/ translates. No type of the platform occurs
-// here: a phone's monitor and the recordings do without them.
+// An event of the device, which no client receives. Its source is a recording, or the services of a
+// host, whose events monitor/host/ converts. It contains no platform types: recordings and the
+// phone's monitor do not need them.
 struct DeviceEvent {
   enum class Kind {
     kServiceStarted,
     kServiceDied,
-    kCallbackRegistered,    // the library has linked, or enabled a sensor
-    kCallbackUnregistered,  // the library has left, or disabled a sensor
+    kCallbackRegistered,    // the library registered, or enabled a sensor
+    kCallbackUnregistered,  // the library unregistered, or disabled a sensor
     kCallRefused,
     kNotice,
-    kReported,  // only recordings are interested
+    kReported,  // used by recordings only
   };
   Kind kind;
   std::string service;
-  // The call refused and the reason; the notice; the sensor, by its name for people.
+  // The refused call and the reason, the text of the notice, or the sensor's name for people.
   std::string detail = {};
   Report report = {};
 };

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Brings events from all threads to the one that shows them.
+// Passes events from any thread to the main thread.
 #pragma once
 
 #include <deque>
@@ -13,7 +13,7 @@
 
 namespace norvik::qel::monitor {
 
-// Shared by its posters: threads of a device may outlive the command that started them.
+// Shared with the threads that post: a device's threads may outlive the command that started them.
 //
 // Threads: any.
 class EventQueue {
@@ -23,11 +23,11 @@ class EventQueue {
   EventQueue(const EventQueue&) = delete;
   EventQueue& operator=(const EventQueue&) = delete;
 
-  // Stamps the event with the present time. Never blocks for long: callbacks of the library post.
+  // Stamps the event with the current time. Never blocks for long: the library's callbacks call it.
   void Post(std::variant<ValueChange, DeviceEvent> what);
-  // The oldest, if there is one.
+  // Removes the oldest event and returns it; nullopt if there is none.
   [[nodiscard]] std::optional<Event> Take();
-  // Readable while an event waits.
+  // Readable while the queue is not empty.
   int fd() const { return fd_; }
 
  private:

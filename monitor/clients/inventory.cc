@@ -18,13 +18,13 @@ bool IsFound(std::string_view service, const std::vector<ServiceState>& services
   return StateOf(service, services).is_found;
 }
 
-// Empty for anything else, and for a sensor that the device does not have.
+// Empty if `key` is not a sensor's, or if the device lacks the sensor.
 std::string DescriptionOfSensor(std::string_view key) {
   const auto* const property = SensorPropertyOf(key);
   return property != nullptr ? DescriptionOf(property->sensor) : "";
 }
 
-// The platform's types of limits do not measure heat.
+// The BCL types measure the battery, not heat.
 std::string_view UnitOf(std::string_view type) {
   if (type == "BCL_VOLTAGE") return " mV";
   if (type == "BCL_CURRENT") return " mA";
@@ -50,8 +50,8 @@ Item ToItem(std::string_view service, const TemperatureReport& report) {
   return item;
 }
 
-// Names the parts that the items' values come from, and keeps the other ones. A temperature that
-// the service does not report has a part only.
+// Adds each part to the source of its item, and collects the power supplies to list. A temperature
+// that has a part, but that the service does not report, becomes an item without a value.
 void AddParts(std::vector<DevicePart> parts, Inventory* inventory) {
   std::map<std::string, Item*> items;
   std::vector<Item> unreported;
@@ -150,7 +150,7 @@ Session::Wake WaitForReadings(Session& session, const Client& client,
   };
   const Session::Wake wake = session.WaitFor(all_heard, until - Session::Clock::now());
   if (wake != Session::Wake::kEvent) return wake;
-  // A sensor that has nothing to say is no reason to fail.
+  // Not an error: 0 may be the reading of a sensor that has sent no event.
   const bool stopped = session.WaitFor(all_reported, kGrace) == Session::Wake::kStop;
   return stopped ? Session::Wake::kStop : Session::Wake::kEvent;
 }

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What a device has: every value that a command can name, with its source.
+// The inventory of a device: every value that a command can name, with its source.
 #pragma once
 
 #include <optional>
@@ -35,26 +35,26 @@ Fields ToFields(const Item& item);
 struct Inventory {
   std::vector<ServiceState> services;
   std::vector<Item> items = {};
-  // Power supplies that are no value's source, or that have a remark.
+  // Power supplies that are the source of no value, or that have a remark.
   std::vector<DevicePart> supplies = {};
 };
 
 // The keys of all items, without asking for values.
 std::vector<std::string> KeysOf();
 
-// For a message about a name that is not among them: "; it reports CPU:cpu, SKIN:skin". With or
-// without the type. Empty if the service cannot be asked.
+// The end of a message about an unknown temperature: "; it reports CPU:cpu, SKIN:skin", or names
+// without types. Empty if the service cannot be queried.
 std::string KnownTemperatures(bool with_type);
 
-// The one that the library uses. If neither runs: the AIDL one.
+// The thermal service that the library uses; the AIDL one if neither runs.
 const ServiceState& ThermalServiceOf(const std::vector<ServiceState>& services);
 
-// Waits until the client has heard what its sensors read. It is first told what the library has
-// stored, which is 0 until the sensor has reported: a sensor that has only said 0 gets a second
-// more. kTime: not every sensor has been heard until then.
+// Waits until the client has a reading of each of its sensors. The first callback carries the
+// library's stored value, which is 0 before the first event: for a sensor with only that 0, the
+// wait is up to 1 s longer. kTime: a sensor's callback was not called before `until`.
 Session::Wake WaitForReadings(Session& session, const Client& client,
                               Session::Clock::time_point until);
-// What the session has observed, or Absent().
+// The last value that the session observed; Absent() if the device lacks the sensor.
 Value ReadingOf(const SensorProperty& sensor, const Client& client, const Session& session);
 
 // Reads a device with a client of its own.
@@ -64,9 +64,9 @@ class InventoryReader {
  public:
   explicit InventoryReader(Session& session);
 
-  // Waits for the sensors' readings if their service runs. kTime: not all have been heard.
+  // Waits for the sensors' readings. kTime: the service does not run, or a reading is missing.
   Session::Wake WaitForSensors();
-  // Asks the services that run. The sensors' values are those that the session has observed.
+  // Queries the running services. The sensors' values are those that the session has observed.
   Inventory Read();
 
  private:

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The services as the platform itself shows them. The library's functions list no temperatures, and
-// do not tell why a registration waits.
+// Queries the platform's services directly: the library's functions neither list temperatures nor
+// say why a registration is pending.
 //
 // Threads: the main thread, after the device has been started.
 #pragma once
@@ -17,8 +17,8 @@
 
 namespace norvik::qel::monitor {
 
-// The sensor service has no declaration that the library asks for, the HIDL one none that can be
-// asked for.
+// `is_declared` is empty for the sensor service, whose declaration the library does not check, and
+// for the HIDL thermal service, whose declaration cannot be queried.
 struct ServiceState {
   std::string_view service;  // kHealthService and the like
   std::string instance;      // "android.hardware.health.IHealth/default"
@@ -29,7 +29,7 @@ struct ServiceState {
   std::string error = {};   // of the call or the request that failed
 };
 
-// Looks all of them up, without waiting for one: health, sensor, thermal, thermal (HIDL).
+// Looks up all services without waiting for one: health, sensor, thermal, thermal (HIDL).
 std::vector<ServiceState> LookUpServices();
 inline const ServiceState& StateOf(std::string_view service,
                                    const std::vector<ServiceState>& states) {
@@ -44,7 +44,7 @@ bool HasBinderThreads();
 // service must have been found.
 std::string DescriptionOf(Sensor sensor);
 
-// All temperatures, with any type. Empty if no thermal service can be asked.
+// All temperatures, of any type. nullopt if no thermal service can be queried.
 std::optional<std::vector<TemperatureReport>> PlatformTemperatures();
 
 }  // namespace norvik::qel::monitor

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What clients join: the families of the library, and their properties as tables.
+// The subjects that clients register for: the library's families, and tables of their properties.
 #pragma once
 
 #include <array>
@@ -72,7 +72,7 @@ inline constexpr SensorProperty kHingeAngle = {
     DeregisterHingeAngleSensorCallback};
 inline constexpr std::array kSensorProperties = {&kProximity, &kHingeAngle};
 
-// The severities of the battery's limits.
+// The throttling severities of the battery's limits.
 struct ChargeLimitProperty : Property {
   int (*get)(void* handle, int* values, int* size, bool use_cached);
 };
@@ -92,36 +92,37 @@ inline constexpr std::string_view kCelsius = " degrees C";
 inline constexpr auto kThermalTypes =
     std::to_array<std::string_view>({"CPU", "GPU", "BATTERY", "SKIN", "USB_PORT", "POWER_AMPLIFIER",
                                      "BCL_VOLTAGE", "BCL_CURRENT", "BCL_PERCENTAGE", "NPU"});
-// A zone that is of none of these. A registration with this type works, too.
+// The type of a zone that has none of these types. Registrations accept it, too.
 inline constexpr std::string_view kUnknownThermalType = "UNKNOWN";
-// Whether it can be registered for.
+// Whether a callback can be registered for temperatures of this type.
 bool IsWatchableType(std::string_view type);
 
-// Null when it has no such key.
+// Null if there is no property with this key.
 const BatteryProperty* BatteryPropertyOf(std::string_view key);
 const SensorProperty* SensorPropertyOf(std::string_view key);
 
-// A TYPE:NAME in its parts, whatever the type; nothing when it is none. The device maker's name may
-// hold further colons.
+// The parts of TYPE:NAME, for any type; nullopt if one is missing. The device maker's name may
+// contain further colons.
 struct TemperatureKey {
   std::string type;
   std::string name;
 };
 std::optional<TemperatureKey> SplitTemperatureKey(std::string_view key);
-// The same, but nothing when the library does not know the type.
+// The same, but nullopt if the library does not know the type.
 std::optional<TemperatureKey> TemperatureOf(std::string_view key);
 
-// The family of a property; nothing when there is none of that key.
+// The family of a property; nullopt if there is no property with this key.
 std::optional<std::string_view> FamilyOfProperty(std::string_view key);
-// The same of a family or a property.
+// The same for a property, and the family itself for a family.
 std::optional<std::string_view> FamilyOfSubject(std::string_view subject);
 
-// Whether the property is the subject, or one of its family.
+// Whether the subject is this property or its family.
 bool Covers(std::string_view subject, std::string_view property);
 
-// As which the values of a property that has no table are shown, too: a temperature's throttling.
+// The key, name and unit of a property. For a property that is in no table, such as a temperature's
+// throttling, the result refers to `key`.
 Property PropertyOf(std::string_view key);
-// What a number means that the C interface tells of the property.
+// Converts a number from the C interface to the property's value.
 Value Interpret(std::string_view key, int number);
 const SensorProperty& PropertyOf(Sensor sensor);
 

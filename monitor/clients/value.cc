@@ -26,7 +26,7 @@ std::string InWords(const Severities& severities) {
   return text.empty() ? "none reported" : text;
 }
 
-// A tenth is what thermistors are good for. The point is a point in every locale.
+// One decimal: thermistors are no more precise. std::to_chars() ignores the locale.
 std::string InWords(float number) {
   std::array<char, std::numeric_limits<float>::max_exponent10 + 8> text;
   const auto end = std::to_chars(text.data(), text.data() + text.size(), number,

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The values that the monitor shows, whatever family they are of.
+// The values that the monitor shows, for all families.
 #pragma once
 
 #include <optional>
@@ -12,17 +12,17 @@
 
 namespace norvik::qel::monitor {
 
-// The device has nothing of the kind.
+// The device does not have the property.
 struct Absent {
   bool operator==(const Absent&) const = default;
 };
 
-// How much the device throttles; other numbers than these may come as well.
+// How strongly the device throttles. A service may report other numbers, too.
 enum class Severity : int { kNone, kLight, kModerate, kSevere, kCritical, kEmergency, kShutdown };
 using Severities = std::vector<Severity>;
 
-// Not known; a number; whether something is online; not there; a measurement; how much something
-// throttles, and the same of several.
+// In this order: unknown; a number; online or offline; not present; a measurement; a severity;
+// several severities.
 using Value = std::variant<std::monostate, int, bool, Absent, float, Severity, Severities>;
 
 struct Property {
@@ -31,9 +31,9 @@ struct Property {
   std::string_view unit;  // follows a number: " %"
 };
 
-// "SEVERE"; nothing for a number that has no name.
+// "SEVERE"; nullopt for a number without a name.
 std::optional<std::string_view> NameOf(Severity severity);
-// The severity of that name; nothing when there is none.
+// The severity with this name; nullopt if there is none.
 std::optional<Severity> SeverityNamed(std::string_view name);
 
 // "50 %", "online", "unknown", "not present", "36.5 degrees C", "SEVERE", "NONE, LIGHT".

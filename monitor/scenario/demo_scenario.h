@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The story of the demo, docs/examples/demo.jsonl, as it was when the program was built.
+// The scenario of the demo: docs/examples/demo.jsonl, embedded at build time.
 #pragma once
 
 #include <string_view>

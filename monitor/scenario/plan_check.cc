@@ -19,7 +19,7 @@ namespace {
 
 using Kind = DeviceEvent::Kind;
 
-// Goes through the steps without taking them. Whatever cannot work is thrown as a LineError.
+// Checks the steps in order without taking them. Throws LineError for a step that cannot work.
 class Checker {
  public:
   explicit Checker(const Equipment& equipment) : equipment_(equipment) {}
@@ -38,7 +38,7 @@ class Checker {
   }
 
   void operator()(const ClientJoined& joined) {
-    // All others may join and wait.
+    // Clients of the other families may wait for a service that never starts.
     const bool is_battery = FamilyOfSubject(joined.subject) == kBatteryFamily;
     if (is_battery && !equipment_.services.contains(std::string(kHealthService))) {
       throw LineError("there is no health service that a client of " + joined.subject +
@@ -72,7 +72,7 @@ class Checker {
     std::visit([&](const auto& what) { CheckExpected(what); }, expectation.what);
   }
 
-  // Always right.
+  // Valid in every state.
   void operator()(const ClientCalled& /*called*/) {}
   void operator()(const Scene& /*scene*/) {}
   void operator()(const Narration& /*narration*/) {}
@@ -99,7 +99,7 @@ class Checker {
       throw LineError("no client of " + silence.subject + " has joined that could be silent");
   }
 
-  // The properties that a subject joins with.
+  // The properties that a client of `subject` registers for.
   std::vector<std::string> KeysOf(const std::string& subject) const {
     if (FamilyOfProperty(subject)) return {subject};
     std::vector<std::string> keys;
@@ -118,7 +118,7 @@ class Checker {
   void CheckIsUp(std::string_view service) const {
     if (!IsUp(service)) throw LineError("the " + std::string(service) + " service is down");
   }
-  // One of its services.
+  // Throws LineError unless a service of the family is up.
   void CheckHasService(std::string_view family) const {
     if (family == kBatteryFamily) CheckIsUp(kHealthService);
     if (family == kSensorFamily) CheckIsUp(kSensorService);
@@ -129,7 +129,7 @@ class Checker {
   std::set<std::string> up_;                                     // services
   std::set<std::string> joined_;                                 // properties
   std::set<std::string> ever_joined_;                            // properties
-  std::map<std::pair<std::string, std::string>, int> refusals_;  // to come, by service and call
+  std::map<std::pair<std::string, std::string>, int> refusals_;  // pending, by service and call
 };
 
 }  // namespace

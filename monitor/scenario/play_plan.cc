@@ -33,19 +33,19 @@ void Equip(const TemperatureReport& report, Equipment& equipment) {
                                     .severity = Severity::kNone});
 }
 
-// The phone has what the recording speaks of.
+// The services, sensors and temperatures that occur in the recording.
 Equipment EquipmentOf(const Recording& recording) {
   Equipment equipment;
   bool has_aidl = false;
   for (const RecordedEvent& event : recording.events) {
     const auto* const device_event = std::get_if<DeviceEvent>(&event.what);
-    // A notice may be of a service that does not run.
+    // A notice may be about a service that does not exist.
     if (device_event == nullptr || device_event->kind == Kind::kNotice) continue;
     equipment.services.insert(device_event->service);
     has_aidl |= IsKind(event, Kind::kServiceStarted, kThermalService) ||
                 IsKind(event, Kind::kServiceDied, kThermalService);
     for (const Sensor sensor : kSensors) {
-      // It may never have reported.
+      // A sensor may be registered and never report.
       const bool is_registered = device_event->kind == Kind::kCallbackRegistered &&
                                  device_event->detail == PropertyOf(sensor).name;
       if (is_registered) equipment.sensors.insert(sensor);
@@ -57,13 +57,13 @@ Equipment EquipmentOf(const Recording& recording) {
       Equip(*heat, equipment);
     }
   }
-  // Reports of temperatures do not say which of the two services made them.
+  // Reports of temperatures do not distinguish the two thermal services.
   const bool has_hidl = equipment.services.contains(std::string(kHidlThermalService));
   if (has_hidl && !has_aidl) equipment.services.erase(std::string(kThermalService));
   return equipment;
 }
 
-// What has to wait for the services that run from the beginning.
+// Whether the services that run from the beginning must be up before this event.
 bool NeedsServices(const RecordedEvent& event) {
   const auto* const device_event = std::get_if<DeviceEvent>(&event.what);
   return event.at > Seconds(0) || std::holds_alternative<Expectation>(event.what) ||
@@ -97,7 +97,7 @@ class Planner {
   void Add(size_t index) {
     const RecordedEvent& event = events_[index];
     if (const auto* joined = std::get_if<ClientJoined>(&event.what)) {
-      // Its registration waits for the service, which cannot be started meanwhile.
+      // The registration would block until the service runs, and playback could not start it.
       const bool waits = FamilyOfSubject(joined->subject) == kBatteryFamily &&
                          plan_.equipment.services.contains(std::string(kHealthService)) &&
                          !started_.contains(std::string(kHealthService));
@@ -109,7 +109,7 @@ class Planner {
       } else if (kind == Kind::kServiceDied || kind == Kind::kNotice || kind == Kind::kReported) {
         plan_.steps.push_back(event);
       }
-      // All else is a matter of the library's.
+      // All other device events result from the library's calls.
     } else if (!std::holds_alternative<ClientCalled>(event.what)) {
       plan_.steps.push_back(event);
     }
@@ -137,7 +137,7 @@ class Planner {
     plan_.steps.push_back({.at = at, .what = std::move(what)});
   }
 
-  // Services that are up at the time 0.
+  // Starts the services that are up at time 0.
   void StartTheOthers() {
     for (const std::string& service : plan_.equipment.services) {
       const auto first =
@@ -153,7 +153,7 @@ class Planner {
     }
   }
 
-  // How often the health service refuses a registration between there and its death.
+  // The number of registrations that the health service refuses between `index` and its death.
   int RefusalsAfter(size_t index) const {
     int refusals = 0;
     for (size_t i = index; i < events_.size(); ++i) {
@@ -167,9 +167,9 @@ class Planner {
 
   const std::vector<RecordedEvent>& events_;
   PlayPlan plan_;
-  std::set<std::string> joins_;         // families whose clients join by themselves
-  std::set<std::string> started_;       // services
-  std::vector<RecordedEvent> waiting_;  // joins of the battery's clients
+  std::set<std::string> joins_;         // families that need no implied join
+  std::set<std::string> started_;       // services that have been started before
+  std::vector<RecordedEvent> waiting_;  // joins of battery clients, until the health service starts
 };
 
 }  // namespace

@@ -33,9 +33,9 @@ using Clock = Session::Clock;
 using Kind = DeviceEvent::Kind;
 using Wake = Session::Wake;
 
-// How long nothing is heard once all has been heard.
+// After the last step, a recording ends when no event has arrived for this time.
 constexpr std::chrono::milliseconds kQuiet(1000);
-// One wait is no longer, so that no speed brings a clock to its end.
+// The limit of a single wait: at a low speed, a longer one could overflow the clock.
 constexpr Seconds kLongestWait(3600);
 
 template <typename... Kinds>
@@ -52,7 +52,7 @@ Clock::duration ToClock(Seconds seconds) {
 }
 
 std::string InWords(Seconds seconds) {
-  std::string text = std::to_string(seconds.count());  // six digits
+  std::string text = std::to_string(seconds.count());  // six decimals
   text.erase(text.find_last_not_of('0') + 1);
   if (text.back() == '.') text.pop_back();
   return text + " s";
@@ -82,7 +82,7 @@ std::string Counts(const Observed& observed) {
          Counted(observed.relinks(), "relink");
 }
 
-// Lets a phone and its clients go through what a recording tells, and checks what is expected.
+// Plays a recording on a simulated phone with a client, and checks the expectations.
 //
 // Threads: the main thread.
 class Playback {
@@ -104,7 +104,7 @@ class Playback {
     if (!options.record.empty()) recorder_.emplace(options.record, options.existing, "simulated");
     for (const TemperatureReport& report : plan_.equipment.temperatures) client_.Learn(report);
   }
-  // Leaves the health service running, as DeviceScript does.
+  // Restarts a dead health service, as DeviceScript does: the client's teardown would wait for it.
   ~Playback() {
     if (health_died_)
       phone_->Play({.kind = Kind::kServiceStarted, .service = std::string(kHealthService)});
@@ -121,9 +121,9 @@ class Playback {
     const bool whole = std::all_of(plan_.steps.begin(), plan_.steps.end(),
                                    [&](const RecordedEvent& step) { return TakeStep(step); }) &&
                        (by_hand_ || WaitUntil(plan_.length));
-    // A scenario says what to wait for; otherwise there may be more to come.
+    // A scenario says what to wait for. After another recording, callbacks may still be pending.
     while (whole && !is_scenario_ && session_.WaitUntil(Clock::now() + kQuiet) == Wake::kEvent) {
-      // It is heard.
+      // WaitUntil() has noted the event.
     }
     const bool is_stopped = failure_.empty() && !whole && !input_ended_;
     if (is_scenario_) SumUp(title, is_stopped, Clock::now() - start);
@@ -135,7 +135,7 @@ class Playback {
   }
 
  private:
-  // The phone knows its services' calls.
+  // Throws std::runtime_error if the recording refuses a call that the service does not have.
   std::unique_ptr<Device> MakePhone(DeviceObserver observer) {
     auto phone = MakePlayedDevice(plan_.equipment, std::move(observer));
     if (phone == nullptr) throw std::runtime_error("this program has no phone to play on");
@@ -150,7 +150,7 @@ class Playback {
     return phone;
   }
 
-  // False when the recording cannot be written.
+  // False if the recording cannot be written.
   bool Note(const Event& event) {
     witness_.Note(event);
     return !recorder_ || recorder_->Note(event);
@@ -167,12 +167,12 @@ class Playback {
                     session_.observed());
   }
 
-  // False when it ends here.
+  // False: playback ends here.
   [[nodiscard]] bool TakeStep(const RecordedEvent& step) {
     current_ = &step;
     const bool needs_enter = by_hand_ && step.line > 0 && IsAct(step.what);
     if (needs_enter) output_.Explain("Enter plays " + Printable(step.text));
-    // What has happened so far is noted before the next thing happens.
+    // WaitUntil() processes the pending events even if the step is already due.
     const Seconds due = by_hand_ ? Seconds(0) : step.at;
     if (needs_enter ? !WaitForEnter() : !WaitUntil(due)) return false;
     if (IsAct(step.what)) {
@@ -184,7 +184,7 @@ class Playback {
     return !is_misplaced || Fail("a callback ran on the client's own thread");
   }
 
-  // An act each, or what is shown, asked and expected. False: it ends here.
+  // One overload for each kind of step. False: playback ends here.
   [[nodiscard]] bool Take(const DeviceEvent& event) {
     phone_->Play(event);
     if (event.service == kHealthService) {
@@ -197,14 +197,14 @@ class Playback {
     if (recorder_) recorder_->NoteAct(joined);
     if (client_.Join(joined.subject)) return true;
     refused_ = true;
-    // Of a recording all the rest is worth playing.
+    // A refusal fails a scenario; another recording is played to its end.
     return !is_scenario_ || Fail(std::string(kRefusal) + " for " + joined.subject);
   }
   [[nodiscard]] bool Take(const ClientLeft& left) {
     if (recorder_) recorder_->NoteAct(left);
     if (client_.Leave(left.subject)) return true;
-    // A recording that is played fast may let clients leave who still wait for their service: the
-    // library does not know them yet.
+    // If a recording is played fast, a client may leave before the library has made its pending
+    // registration, which the library then does not find.
     return !is_scenario_ ||
            Fail("the library refuses to deregister the callback for " + left.subject);
   }
@@ -231,7 +231,7 @@ class Playback {
     return std::visit([&](const auto& what) { return Await(what, expectation.within); },
                       expectation.what);
   }
-  // The library calls it.
+  // Nothing to do: the library calls the clients.
   [[nodiscard]] bool Take(const ClientCalled& /*called*/) { return true; }
 
   [[nodiscard]] bool Await(const ClientCalled& called, Seconds within) {
@@ -259,7 +259,7 @@ class Playback {
     return Fail("waited " + InWords(within) + " in vain for " + describe());
   }
 
-  // False when it is interrupted.
+  // False if the session is stopped.
   [[nodiscard]] bool WaitUntil(Seconds at) {
     while (true) {
       const Seconds left = at / speed_ - Seconds(Clock::now() - begin_);
@@ -270,7 +270,7 @@ class Playback {
     }
   }
 
-  // False also at the end of the input.
+  // False if the session is stopped, or at the end of the input.
   [[nodiscard]] bool WaitForEnter() {
     while (true) {
       const Wake wake = session_.WaitUntil(Clock::time_point::max(), STDIN_FILENO);
@@ -280,14 +280,14 @@ class Playback {
       const ssize_t count = read(STDIN_FILENO, &key, 1);
       if (count == 0 || (count < 0 && errno != EINTR && errno != EAGAIN)) {
         input_ended_ = true;
-        // What it expects from here on has not come.
+        // Fails a scenario: its remaining expectations have not been met.
         return is_scenario_ && Fail("the input ended before this was played");
       }
       if (count > 0 && key == '\n') return true;
     }
   }
 
-  // Waits while the time of the recording stands still.
+  // Waits for `condition` while the recording's time stands still.
   template <typename Condition>
   Wake WaitFor(Condition condition, Seconds limit) {
     const Clock::time_point before = Clock::now();
@@ -304,21 +304,21 @@ class Playback {
   const Recording& recording_;
   const double speed_;
   const bool by_hand_;      // one act at each Enter
-  const bool is_scenario_;  // it says what is to be expected
+  const bool is_scenario_;  // it has expectations or questions
   const PlayPlan plan_;
   Output& output_;
   Witness witness_;
   std::optional<Recorder> recorder_;
-  PlayedDevice* phone_ = nullptr;  // the session's
+  PlayedDevice* phone_ = nullptr;  // owned by session_
   Session session_;
   Client client_;
-  Clock::time_point begin_;                 // later by what expectations have waited
-  const RecordedEvent* current_ = nullptr;  // what is being played
+  Clock::time_point begin_;                 // moved later by the time that expectations waited
+  const RecordedEvent* current_ = nullptr;  // the step being played
   int scene_ = 0;
   bool health_died_ = false;
-  bool refused_ = false;  // the library refused a client, where nothing is expected
+  bool refused_ = false;  // the library refused a client
   bool input_ended_ = false;
-  std::string failure_;  // of the first expectation that was not met, with the line
+  std::string failure_;  // the first failure, with its line; empty: none
 };
 
 }  // namespace

@@ -12,9 +12,9 @@
 
 namespace norvik::qel::monitor {
 
-// `title`: what the summary of a scenario calls it. `introduction`: printed before the first event.
-// Returns the program's exit code. Throws std::runtime_error before anything is played when the
-// recording cannot be.
+// `title`: the scenario's name in its summary. `introduction`: printed before the first event.
+// Returns the program's exit code. Throws std::runtime_error before the first step if the recording
+// cannot be played.
 [[nodiscard]] int PlayBack(const Recording& recording, const std::string& title,
                            const std::string& introduction, const Options& options, Output& output);
 

@@ -13,7 +13,7 @@ namespace norvik::qel::monitor {
 
 namespace {
 
-// In the order of the question; nothing when the service cannot be asked.
+// The values in the order of the question; nullopt if the service cannot be queried.
 std::optional<std::vector<Value>> Read(const Question& question, Client& client) {
   if (question.family == kTemperaturesQuestion) {
     std::vector<std::string> names;
@@ -35,7 +35,7 @@ std::optional<std::vector<Value>> Read(const Question& question, Client& client)
   return values;
 }
 
-// What is not there is not known, either.
+// An absent value also matches an expected "unknown".
 bool Matches(const Value& value, const Value& expected) {
   return value == expected || (expected == Value() && value == Value(Absent()));
 }

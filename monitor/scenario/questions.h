@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Asks the library's getters what a scenario wants to know.
+// Answers a scenario's questions with the library's getters.
 #pragma once
 
 #include <string>
@@ -12,8 +12,8 @@
 namespace norvik::qel::monitor {
 
 struct Answer {
-  std::string text = {};   // for people; empty when there was none
-  std::string fault = {};  // empty when it is what the question expects
+  std::string text = {};   // for people; empty if the service cannot be queried
+  std::string fault = {};  // empty if the answer is the expected one
 };
 
 Answer Ask(const Question& question, Client& client);

@@ -13,7 +13,7 @@ namespace {
 
 using Kind = DeviceEvent::Kind;
 
-// What follows the call in the detail of a refusal is the reason.
+// The detail of a seen refusal is the call, a colon and the reason.
 bool IsLike(const DeviceEvent& event, const DeviceEvent& expected) {
   if (event.kind != expected.kind || event.service != expected.service) return false;
   if (expected.kind == Kind::kCallRefused) return event.detail.starts_with(expected.detail + ":");
@@ -32,7 +32,7 @@ void Witness::Note(const Event& event) {
   const auto& device_event = std::get<DeviceEvent>(event.what);
   switch (device_event.kind) {
     case Kind::kServiceDied:
-      // What it has seen dies with it.
+      // Earlier events of a dead service no longer fulfil an expectation.
       seen_.remove_if([&](const DeviceEvent& old) { return old.service == device_event.service; });
       break;
     case Kind::kCallbackRegistered:
@@ -41,7 +41,7 @@ void Witness::Note(const Event& event) {
       seen_.push_back(device_event);
       break;
     default:
-      break;  // nothing that could be expected
+      break;  // cannot be expected
   }
 }
 

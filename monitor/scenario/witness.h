@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What has come of itself, until an expectation speaks of it.
+// Keeps callbacks and service events until a scenario's expectations consume them.
 #pragma once
 
 #include <deque>
@@ -15,28 +15,28 @@
 
 namespace norvik::qel::monitor {
 
-// Each call of a client counts once, and the calls of one property in their order: one that is
-// expected leaves those behind that came before it, since calls may repeat a value or fold.
+// An expectation consumes a client's callback once, together with the earlier callbacks of the same
+// property: the library may repeat a value, or fold several changes into one callback.
 //
 // Threads: the main thread.
 class Witness {
  public:
-  // What happens.
+  // Records an event.
   void Note(const Event& event);
-  // All that has happened so far is noted, and this is what the recording does next.
+  // Begins the recording's next act. All earlier events must have been noted.
   void Act(const RecordedWhat& what);
 
-  // Whether there was such a thing, which is used up then.
+  // Consumes a matching callback or event; false if there is none.
   [[nodiscard]] bool Take(const ClientCalled& called);
   [[nodiscard]] bool Take(const DeviceEvent& event);
-  // A call since the last act that no expectation has spoken of; nothing when there is none.
+  // A callback since the last act that no expectation has consumed; nullopt if there is none.
   std::optional<ClientCalled> UnexpectedCall(std::string_view subject) const;
-  // What the client of the property was called with last.
+  // The value of the property's last callback; unknown before the first one.
   Value last(const std::string& property) const;
 
  private:
   struct Call {
-    int act;  // after which it came
+    int act;  // number of the act before it
     Value value;
   };
 
