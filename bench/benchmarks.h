@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What every file with benchmarks needs.
+// Helpers for all files with benchmarks.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +15,7 @@ inline bool IsQuick() {
   return std::getenv("QUORVEL_BENCH_QUICK") != nullptr;
 }
 
-// The rounds that a figure needs, or a few.
+// `count` rounds, or a hundredth of them in quick mode.
 inline int Rounds(int count) {
   return IsQuick() ? (count + 99) / 100 : count;
 }

@@ -59,10 +59,10 @@ constexpr std::array<Callback, sizeof...(kIndices)> BatteryClients(
   return {BatteryClient<kIndices>...};
 }
 
-// Below, the families. CallbackOf() is the function of a client. The constructor registers clients
-// and leaves no worker that would call them. Owe() makes the family's Dispatch() call all of them.
-// Dispatching after the worker has ended relies on the sources, which keep the clients; otherwise
-// the benchmark would fail, because the clients would not be called.
+// The families follow. CallbackOf() returns a client's function. The constructor registers clients
+// and leaves no worker that would call them. Owe() prepares state so that Dispatch() calls all of
+// them. The library keeps the clients after its worker has ended. If it did not, the clients would
+// not be called and the benchmark would fail.
 
 class BatteryDispatch {
  public:
@@ -78,11 +78,11 @@ class BatteryDispatch {
       Must(battery_.RegisterInfoCallback(audio::BatteryInfo::kBatteryLevel, client.callback,
                                          client.turn) == 0);
     }
-    // Ends only the threads and the reports: the clients stay.
+    // Ends the threads and the reports; the clients stay registered.
     battery_.Deinitialize();
   }
 
-  // Without the lock: no other thread is left.
+  // Called without the lock, because no other thread is left.
   void Owe() { battery_.UpdateProperty(audio::BatteryInfo::kBatteryLevel, level_ ^= 1); }
   void Dispatch() { battery_.CallbackToClients(); }
 
@@ -181,8 +181,8 @@ class ThermalDispatch {
       .throttlingStatus = android::hardware::thermal::V2_0::ThrottlingSeverity::SEVERE};
 };
 
-// Without the time of reading the clock, which is half of it for one client. Each round also reads
-// the clock around nothing, after one read that brings it into the cache.
+// The duration of `action` without the time to read the clock, which is half of the total for one
+// client. That time is measured in each round, after one read that warms the cache.
 template <typename Action>
 int64_t TimeOf(Action action) {
   static_cast<void>(NowNs());
@@ -216,7 +216,7 @@ void ToClients(benchmark::State& state) {
   // All on one processor, so that prepared data need not come from another processor's cache.
   const WorkersAreMadeHere here;
   Family family(clients);
-  family.Dispatch();  // whatever the registrations have left
+  family.Dispatch();  // makes the calls that the registrations left pending
 
   const int64_t before = turns_taken;
   family.Owe();

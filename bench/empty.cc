@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// In a shared library of its own: the cost of a call alone. See getters.cc.
+// The baseline of getters.cc: the cost of a call into a shared library.
 extern "C" int EmptyGetter(void* handle, bool use_cached);
 
 int EmptyGetter(void* /*handle*/, bool use_cached) {

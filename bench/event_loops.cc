@@ -82,7 +82,7 @@ class GlibWorker : public Worker {
     });
   }
   ~GlibWorker() override {
-    // From the loop itself: a loop that has not begun to run ignores a request to quit.
+    // Quits from inside the loop, because a loop that does not run yet ignores g_main_loop_quit().
     g_main_context_invoke(context_, Quit, loop_);
     thread_.join();
     g_source_destroy(source_);

@@ -48,7 +48,7 @@ void DoAndHear(Probe& probe, Action action) {
   static_cast<void>(probe.WaitFor(number));
 }
 
-// The callback is another object than the service's, so that no other thread uses it.
+// The benchmark calls a callback object of its own, so that no thread of the service uses it.
 class BatteryEvent : public Worker {
  public:
   explicit BatteryEvent(Probe& probe) {
@@ -79,7 +79,7 @@ class BatteryEvent : public Worker {
       ndk::SharedRefBase::make<audio::AudioHealthInfoCallback>();
 };
 
-// As for the battery.
+// Like BatteryEvent, with a callback object of its own.
 class ThermalEvent : public Worker {
  public:
   explicit ThermalEvent(Probe& probe) {
@@ -173,7 +173,7 @@ std::unique_ptr<Worker> MakeTwoBarePairs(Probe& probe) {
   return MakeBareRelay(std::move(second));
 }
 
-// Makes all threads on the requesting thread's processor.
+// Creates all threads on the requesting thread's processor.
 template <MakeWorker kMake>
 std::unique_ptr<Worker> OnOneProcessor(Probe& probe) {
   PinThisThread(Cpu::kCaller);
@@ -215,8 +215,8 @@ void FromEventToClient(benchmark::State& state, const Row& row) {
   turns.Run(state, kNothingRan);
 }
 
-// Ten sensor handles, of which one has a client for the sensor that reports. Counters:
-// context_switches, those of all threads of the program for an event.
+// Ten sensor handles. Only one has a client for the sensor that reports. Counter context_switches:
+// the context switches of all threads of the program per event.
 void ManyHandles(benchmark::State& state) {
   constexpr size_t kHandles = 10;
   DrainLooper();

@@ -54,7 +54,7 @@ class Handle {
   void* handle_ = nullptr;
 };
 
-// As many threads, ended one after another as in the library.
+// The same number of threads, ended one after another as in the library.
 class BareThreads {
  public:
   explicit BareThreads(const Family& family) {
@@ -102,10 +102,10 @@ void MakeAndDestroy(benchmark::State& state, Family family) {
 }
 
 struct Memory {
-  // Of the C library's allocator, including its headers. It counts a few freed blocks of each size
-  // as used, which is some dozen bytes per handle.
+  // Used memory according to the C library's allocator, with its headers. The allocator counts a
+  // few freed blocks of each size as used, some dozen bytes per handle.
   int64_t heap_bytes;
-  int64_t resident_bytes;  // 0 when the kernel does not tell
+  int64_t resident_bytes;  // 0 if the kernel does not report it
 };
 
 Memory TakenNow() {
@@ -130,7 +130,7 @@ void TakeMemory(benchmark::State& state, Family family) {
   for ([[maybe_unused]] auto round : state) {
     if (!make(kEarlierHandles)) return state.SkipWithError("unexpected number of threads");
     const int threads_before = LibraryThreadCount();
-    malloc_trim(/*pad=*/0);  // or handles would come to lie where memory is resident already
+    malloc_trim(/*pad=*/0);  // otherwise handles would reuse memory that is already resident
     const Memory before = TakenNow();
     if (!make(kHandles)) return state.SkipWithError("unexpected number of threads");
     const Memory after = TakenNow();

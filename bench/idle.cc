@@ -24,14 +24,14 @@ namespace norvik::qel::bench {
 namespace {
 
 constexpr size_t kClients = 7;  // four of the battery, two of sensors, one of a temperature
-constexpr int kThreads = 8;     // two, three and two of the handles, and one for the temperature
+constexpr int kThreads = 8;     // two, three and two per handle, and one for the temperature type
 
 // The cookie tells whether the client has been called.
 void Callback(int /*value*/, void* cookie) {
   *static_cast<std::atomic<bool>*>(cookie) = true;
 }
 
-// A handle of each family, with clients of everything that it offers.
+// One handle of each family, with clients for all properties, both sensors and one temperature.
 class Handles {
  public:
   Handles() {

@@ -64,7 +64,7 @@ def load_times(load, libraries):
     return [statistics.median(taken) for taken in times]
 
 
-# What a phone does often, by the functions that do it. Those of the platform that they call count.
+# The functions of frequent operations. Platform functions that they call are included.
 COUNTED = {
     "a cached getter": "GetBatteryLevel",
     "a battery dispatch to one client": "norvik::qel::audio::BatteryInfo::CallbackToClients()",

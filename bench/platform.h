@@ -1,8 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What benchmarks of parts of the library need of the platform: observes and ends the library's
-// waits at the looper.
+// Platform helpers for benchmarks: they observe and end the library's waits at the looper.
 #pragma once
 
 #include <android/sensor.h>
@@ -28,7 +27,7 @@ void DrainLooper();
 // One reading, as the platform delivers it.
 std::vector<ASensorEvent> Reading(int32_t type, float value);
 
-// The simulated phone's running thermal service, in the form that the library's classes take.
+// Looks up the simulated phone's running thermal service and wraps it for the library's classes.
 android::sp<aidl::android::hardware::thermal::ThermalHidlWrapper> LookUpThermal();
 
 }  // namespace norvik::qel::bench

@@ -57,9 +57,9 @@ constexpr char kNoService[] = "the service cannot be used";
 
 enum class Price { kFree, kPhone };
 
-// Makes the service start all its threads, on the worker's processor. Otherwise it starts one when
-// a call finds none idle, which a thread that has just answered is not for a moment, and on the
-// caller's processor.
+// Makes the service start all its threads, on the worker's processor. Otherwise it would start one
+// on the caller's processor when a call finds no idle thread. A thread that has just answered is
+// not idle at once.
 bool MakeServiceThreads(fake::Script& script, const auto& call) {
   constexpr int kThreads = 16;
   const WorkersAreMadeHere here;
@@ -79,15 +79,15 @@ int64_t ThreadCpuNs() {
   return used.tv_sec * 1'000'000'000 + used.tv_nsec;
 }
 
-// What one of the two ways to ask costs, other than time.
+// The cost of the library's query or of the direct one, except elapsed time.
 struct Cost {
   Latencies cpu_ns = {};  // of the asking thread, without the services' wake-up times
   int64_t allocations = 0;
   int calls = 0;
 };
 
-// Alternates between both ways. Each returns whether its answer was right, and makes `calls` calls
-// of the operation that `script` counts.
+// Alternates between the library's query and the direct one. Each returns whether its answer was
+// right, and makes `calls` calls of the operation that `script` counts.
 void Measure(benchmark::State& state, Price price, fake::Script& script, int calls,
              const std::function<bool()>& library, const std::function<bool()>& direct) {
   const fake::CallLatency latency(price == Price::kPhone ? kPhoneCall : kPhoneCall.zero());
@@ -181,7 +181,7 @@ class ThermalPhone {
     InitThermalInfo(&handle_);
     int size = -1;
     std::vector<int> limits(static_cast<size_t>(sensors_));
-    // Links to the service.
+    // The first query links to the service.
     return GetBatteryChargeLimitCurrent(handle_, limits.data(), &size, /*use_cached=*/false) == 0;
   }
 
@@ -191,7 +191,7 @@ class ThermalPhone {
 
   static constexpr auto kAll = services::ThermalOperation::kGetTemperatures;
   static constexpr auto kOfType = services::ThermalOperation::kGetTemperaturesWithType;
-  // Of an AIDL operation, or of the only HIDL operation for temperatures.
+  // The script of an AIDL operation, or of the only HIDL operation for temperatures.
   fake::Script& script(services::ThermalOperation operation) {
     return path_ == ThermalPath::kAidl
                ? thermal_.on(operation)
@@ -224,7 +224,7 @@ class ThermalPhone {
   const ThermalPath path_;
   const int sensors_;
   simulated::Thermal thermal_;
-  std::shared_ptr<AidlThermal> aidl_;  // of the two, the one that the phone has
+  std::shared_ptr<AidlThermal> aidl_;  // of aidl_ and hidl_ one is null
   ::android::sp<V2_0::IThermal> hidl_;
   void* handle_ = nullptr;
 };
@@ -248,8 +248,8 @@ void Limits(benchmark::State& state, Price price, ThermalPath path) {
   Measure(state, price, phone.script(ThermalPhone::kOfType), /*calls=*/2, library, direct);
 }
 
-// Temperatures by name; a phone with fewer sensors than names lacks the rest. The direct call gets
-// all temperatures and searches for none.
+// Temperatures by name. If there are fewer sensors than names, the remaining names are unknown. The
+// direct call gets all temperatures without a search.
 void Bulk(benchmark::State& state, Price price, ThermalPath path) {
   const int sensors = static_cast<int>(state.range(0));
   const int wanted = static_cast<int>(state.range(1));
@@ -258,7 +258,7 @@ void Bulk(benchmark::State& state, Price price, ThermalPath path) {
   const int known = std::min(sensors, wanted);
   std::vector<std::string> texts;
   for (int i = 0; i < wanted; ++i) {
-    // Known names from all over the service's list.
+    // Known names, spread over the service's list.
     texts.push_back(i < known ? ThermalPhone::SensorName(i * sensors / known)
                               : "unknown_" + std::to_string(i));
   }

@@ -173,7 +173,7 @@ def queries(table, results):
 def dispatch(table, results):
     for family in FAMILIES:
         for clients in CLIENTS:
-            # The fixed cost of a dispatch does not count for a client.
+            # One client bears the fixed cost of a dispatch alone; among 100 it is negligible.
             most = 10 if clients >= 100 else 40 if clients == 1 else None
             above(table, f"{family} dispatch, a client of {clients}", "loop",
                   results.run(f"dispatch/{family}/clients:{clients}"), "per_client_ns",

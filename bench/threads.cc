@@ -44,7 +44,7 @@ void Pin(pid_t thread, Cpu cpu) {
   }
 }
 
-// Voluntary and involuntary ones.
+// The thread's voluntary and involuntary context switches.
 int64_t ContextSwitchesOf(pid_t id) {
   int64_t sum = 0;
   std::istringstream status(ReadThreadFile(id, "status"));

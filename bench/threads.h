@@ -37,9 +37,8 @@ class WorkersAreMadeHere {
 using ContextSwitches = std::map<pid_t, int64_t>;
 ContextSwitches LibraryContextSwitches();
 
-// Polls until there are `count` threads and none has run between two polls some milliseconds apart:
-// all have started and fallen asleep. The kernel sends no notification of that. False after ten
-// seconds.
+// Waits until the library has `count` threads and all are asleep. Polls, because the kernel sends
+// no notification: no thread may have run between two polls. False after ten seconds.
 bool LibraryThreadsSettle(int count);
 
 }  // namespace norvik::qel::bench

@@ -36,18 +36,18 @@ class Latencies {
   std::vector<int64_t> all_;
 };
 
-// Alternates between several ways to do the same, so that other activity on the machine affects all
-// alike. The first is the library's, the others are its baselines.
+// Alternates between the library and its baselines, so that other activity on the machine affects
+// all alike. The first one added is the library.
 class Turns {
  public:
-  // The nanoseconds of one turn; empty if it failed.
+  // Runs one turn and returns its duration in nanoseconds; empty if it failed.
   using Take = std::function<std::optional<int64_t>()>;
 
   void Add(const std::string& name, Take take) { ways_.push_back({name, std::move(take), {}}); }
 
-  // Runs all rounds of a pass; each begins with another way. For each way it sets the counters
+  // Runs all rounds of a pass. Each round starts with the next contender. Sets the counters
   // NAME_p50_ns and NAME_p99_ns, and NAME_p50_ratio and NAME_p99_ratio: the library's time divided
-  // by that of the way. False, with the error, if a turn failed.
+  // by the contender's. Returns false and reports `error` if a turn failed.
   bool Run(benchmark::State& state, const char* error) {
     for ([[maybe_unused]] auto round : state) {
       int64_t sum_ns = 0;

@@ -60,7 +60,8 @@ void Idle(benchmark::State& state) {
   turns.Run(state, kNothingRan);
 }
 
-// A worker that runs an action per request is still busy after the last request was seen.
+// Waits until the worker is idle. A worker that runs the action once per request is still busy
+// after the probe has seen the last request.
 void AwaitQuiet(const Probe& probe) {
   int64_t runs = 0;
   do {
@@ -69,8 +70,8 @@ void AwaitQuiet(const Probe& probe) {
   } while (probe.runs() != runs);
 }
 
-// Requests in a row without waiting. A turn is a burst. Further counters: NAME_request_ns, and
-// NAME_runs, the runs per burst. With debug messages, a logger drops them.
+// A turn is a burst of requests without waiting. Further counters: NAME_request_ns, and NAME_runs,
+// the runs per burst. The logger drops all messages.
 void Burst(benchmark::State& state, android_LogPriority minimum_priority) {
   const int32_t usual_priority = __android_log_set_minimum_priority(minimum_priority);
   __android_log_set_logger([](const __android_log_message*) {});

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Threads that run an action on request: the library's, and the baselines. And that action.
+// Threads that run an action on request (the library's worker and the baselines), and the action.
 #pragma once
 
 #include <atomic>
@@ -21,12 +21,12 @@ namespace norvik::qel::bench {
 class Probe {
  public:
   enum class Asker {
-    kSpins,   // so that its processor does not go to sleep
-    kSleeps,  // so that others can have its processor
+    kSpins,   // busy-waits, so that its processor does not go to sleep
+    kSleeps,  // leaves its processor to other threads
   };
   explicit Probe(Asker asker = Asker::kSpins) : asker_(asker) {}
 
-  // For the requesting thread: the number of a new request, before it is made.
+  // Returns the number of the next request. The requesting thread calls it before the request.
   int64_t Announce() {
     const int64_t number = ++asked_;
     announced_.store(number, std::memory_order_release);
@@ -79,7 +79,7 @@ class Probe {
   std::atomic<int64_t> runs_ = 0;
 };
 
-// Waits until the thread that has just run is asleep again. That takes it a microsecond or two.
+// Busy-waits 50 µs, so that the thread that has just run is asleep again. It needs 1 to 2 µs.
 inline void LetItFallAsleep() {
   const int64_t until = NowNs() + 50'000;
   while (NowNs() < until) {
@@ -101,7 +101,7 @@ class Worker {
 
 using MakeWorker = std::unique_ptr<Worker> (*)(Probe& probe);
 
-// The measured one.
+// The library's RepeatedThread, which is measured.
 std::unique_ptr<Worker> MakeLibraryWorker(Probe& probe);
 // A flag under a mutex with a condition variable that is notified each time, with the mutex held.
 // The thread names itself.

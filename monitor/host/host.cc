@@ -47,7 +47,7 @@ Report ToReport(const aidl::android::hardware::health::HealthInfo& info) {
                        .dock_online = info.chargerDockOnline};
 }
 
-// Nothing for a sensor that the library has no use for.
+// The report is empty for a sensor that the library does not use.
 Report ToReport(const services::SensorReport& report) {
   const auto of = [&](Sensor sensor) {
     SensorReport result = {.sensor = sensor, .values = {}};
@@ -80,7 +80,7 @@ void BecomeHostProcess(const DeviceSetup& setup) {
   if (setup.verbose) {
     __android_log_set_minimum_priority(ANDROID_LOG_DEBUG);
   } else if (getenv("QUORVEL_LOG") == nullptr) {
-    // Warnings are about what the output shows, too.
+    // The output already shows what the library's warnings are about.
     __android_log_set_minimum_priority(ANDROID_LOG_ERROR);
   }
   ABinderProcess_startThreadPool();

@@ -12,11 +12,11 @@ namespace norvik::qel::monitor {
 std::unique_ptr<Device> MakeSimulatedDevice(DeviceObserver observer);
 std::unique_ptr<Device> MakeLinuxDevice(DeviceObserver observer);
 
-// What the library expects of the program that it runs in.
+// Sets the log level and starts the binder threads, which the library needs.
 void BecomeHostProcess(const DeviceSetup& setup);
 
-// The seam between the two kinds of events: services report in the platform's types, which the core
-// of the monitor does not know; `observer` receives the same as DeviceEvents.
+// Returns an observer for services that passes their events on to `observer` as DeviceEvents.
+// Services report in the platform's types, which the monitor's core cannot include.
 services::ServiceObserver ToServiceObserver(DeviceObserver observer);
 
 }  // namespace norvik::qel::monitor

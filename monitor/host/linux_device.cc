@@ -29,7 +29,7 @@ using linux_machine::PowerSupply;
 using linux_machine::SensorSource;
 using linux_machine::TemperatureSource;
 
-// In the order of PowerSupply::Kind: the name for people, and the value that it belongs to.
+// In the order of PowerSupply::Kind: the displayed name, and the key of the property.
 const std::pair<std::string_view, std::string_view> kSupplies[] = {
     {"battery", kBatteryLevel.key},
     {"AC charger", ""},

@@ -26,7 +26,7 @@ using Temperature = simulated::Thermal::Temperature;
 
 constexpr int kUnknown = -1;
 
-// A device may have told a type that has no name here.
+// A recording may have types that this platform version does not know.
 TemperatureType TypeNamed(std::string_view name) {
   for (const TemperatureType type : ndk::enum_range<TemperatureType>()) {
     if (toString(type) == name) return type;
@@ -55,7 +55,7 @@ auto Find(std::vector<Temperature>& temperatures, TemperatureType type, const st
   });
 }
 
-// The operation of that name; nothing when there is none.
+// The operation with the name; nullopt if there is none.
 template <typename Operation>
 std::optional<Operation> Named(std::string_view call, std::string_view (*name)(Operation)) {
   for (int i = 0; i < static_cast<int>(Operation::kCount); ++i) {
@@ -85,7 +85,7 @@ class SimulatedPlayer : public PlayedDevice {
         data.temperatures.push_back(ToTemperature(report));
       }
     });
-    // No client is to wait for a service that never starts.
+    // Otherwise clients would wait for a service that never starts.
     const auto has = [&](std::string_view service) {
       return equipment.services.contains(std::string(service));
     };
@@ -113,7 +113,7 @@ class SimulatedPlayer : public PlayedDevice {
         std::visit([&](const auto& report) { Make(report); }, event.report);
         break;
       default:
-        break;  // what the library's calls have led to will come of itself
+        break;  // events that the library's own calls cause
     }
   }
 
@@ -130,7 +130,7 @@ class SimulatedPlayer : public PlayedDevice {
   }
 
  private:
-  // Null when the service has no such call; the sensor service has none that could be scripted.
+  // Null if the service has no such call. Calls of the sensor service cannot be scripted.
   fake::Script* ScriptOf(std::string_view service, std::string_view call) {
     if (service == kHealthService) {
       const auto operation = Named(call, services::HealthOperationName);
@@ -181,7 +181,7 @@ class SimulatedPlayer : public PlayedDevice {
     sensors_.Report(delivery);
   }
 
-  // A temperature that is reported as it is already is a notification, which changes nothing.
+  // A report without a change is a notification of the same state.
   void Make(const TemperatureReport& report) {
     const Temperature temperature = ToTemperature(report);
     bool changed = true;

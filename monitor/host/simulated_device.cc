@@ -19,7 +19,7 @@ using namespace std::chrono_literals;
 using aidl::android::hardware::thermal::ThrottlingSeverity;
 using simulated::ThermalPath;
 
-// The temperature of that name, which has to be there.
+// The temperature with the name, which must exist.
 simulated::Thermal::Temperature& Named(simulated::Thermal::ThermalData& data,
                                        std::string_view name) {
   const auto found =
@@ -28,7 +28,7 @@ simulated::Thermal::Temperature& Named(simulated::Thermal::ThermalData& data,
   return data.temperatures.at(static_cast<size_t>(found - data.temperatures.begin()));
 }
 
-// A folding phone of today, closed and cool, with nothing near it.
+// A folding phone, initially closed and cool, with no object near it.
 class SimulatedDevice : public Device {
  public:
   explicit SimulatedDevice(DeviceObserver observer)
@@ -56,7 +56,7 @@ class SimulatedDevice : public Device {
   void EndSteps() override { StartHealth(); }
 
  private:
-  // With one more cycle at the end.
+  // Level changes, both chargers, one more charge cycle, and a restart of the health service.
   std::vector<DeviceStep> BatterySteps() {
     return {
         {700ms, [&] { health_.SetLevel(49); }},
@@ -76,8 +76,8 @@ class SimulatedDevice : public Device {
     };
   }
 
-  // A user opens the phone, takes a call and closes it. The service never dies: the library does
-  // not survive that.
+  // A user opens the phone, takes a call and closes it. The sensor service never dies, because the
+  // library does not survive its death.
   std::vector<DeviceStep> SensorSteps() {
     const auto open = [&](float degrees) {
       return [this, degrees] { sensors_.Report(ASENSOR_TYPE_HINGE_ANGLE, degrees); };
@@ -92,8 +92,8 @@ class SimulatedDevice : public Device {
     };
   }
 
-  // A game heats the phone and strains its battery, and the thermal service crashes before all is
-  // cool again. A new one is there at once: the library looks for it for a moment only.
+  // A game heats the phone and strains its battery. The thermal service crashes before the phone
+  // has cooled down, and restarts at once, because the library looks for it only briefly.
   std::vector<DeviceStep> ThermalSteps() {
     const auto heat = [&](const char* name, float celsius, ThrottlingSeverity severity) {
       return [this, name, celsius, severity] {

@@ -45,8 +45,8 @@ bool IsNumber(std::string_view text) {
   return text.empty();
 }
 
-// What JsonCpp accepts and JSON does not, and what ends a program whose JsonCpp throws nothing, as
-// that of a phone does: deep nesting.
+// Refuses what JsonCpp accepts although it is not JSON, and deep nesting: a JsonCpp built without
+// exceptions, as on a phone, ends the program there.
 class StrictScan {
  public:
   explicit StrictScan(std::string_view line) : line_(line) {
@@ -150,7 +150,7 @@ Json::Value ParseJson(std::string_view line) {
   StrictScan scan(line);
   Json::CharReaderBuilder builder;
   Json::CharReaderBuilder::strictMode(&builder.settings_);
-  builder["strictRoot"] = false;  // the caller says what it should be
+  builder["strictRoot"] = false;  // the caller checks the type
   builder["skipBom"] = false;
   const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
   Json::Value value;

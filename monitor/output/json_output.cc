@@ -31,7 +31,7 @@ Json::Value ToJson(const Value& value) {
   return JsonOf(value);
 }
 
-// By kind.
+// In the order of DeviceEvent::Kind.
 constexpr auto kEventNames =
     std::to_array<const char*>({"service_started", "service_died", "callback_registered",
                                 "callback_unregistered", "call_refused", "notice", "reported"});

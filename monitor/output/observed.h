@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What has really been seen: the demo claims nothing else.
+// Counts events and keeps the last values. The demo's results come from here only.
 #pragma once
 
 #include <functional>
@@ -21,15 +21,15 @@ class Observed {
  public:
   void Note(const Event& event);
 
-  // Of all properties, or of one.
+  // The number of callbacks for all properties, or for one.
   int callbacks() const { return callbacks_; }
   int callbacks(std::string_view key) const;
   int count(DeviceEvent::Kind kind, std::string_view service) const;
-  // Of both kinds of thermal services.
+  // Deaths of the AIDL and the HIDL thermal service.
   int thermal_deaths() const;
-  // Links to the health service after the first.
+  // Registrations with the health service after the first one.
   int relinks() const;
-  // As the callbacks heard it last.
+  // The value in the last callback for the property; unknown if there was none.
   Value value(std::string_view key) const;
   // The threads that callbacks ran on.
   const std::set<std::thread::id>& threads() const { return threads_; }
@@ -46,7 +46,7 @@ class Observed {
   std::set<std::thread::id> threads_;
 };
 
-// Of the properties of a family.
+// The number of callbacks for the given properties.
 template <typename Properties>
 int CallbacksOf(const Properties& properties, const Observed& observed) {
   int callbacks = 0;

@@ -18,7 +18,7 @@
 
 namespace norvik::qel::monitor {
 
-// What a JSON object has beside its time and its event.
+// The members of a JSON object after "time" and "event".
 using Fields = std::vector<std::pair<std::string_view, std::variant<std::string, Value>>>;
 
 // Threads: the main thread.
@@ -27,28 +27,28 @@ class Output {
   virtual ~Output() = default;
 
   virtual void Show(const Event& event) = 0;
-  // The same of a notice where only values are printed: in text on standard error.
+  // Shows a notice in commands that print only values: text output uses standard error.
   virtual void Note(const Event& notice) = 0;
-  // A value that was asked for.
+  // A value returned by a getter.
   virtual void ShowReading(const Property& property, const Value& value) = 0;
   virtual void ShowDump(std::string_view family, const std::string& text) = 0;
-  // For programs; people get the same as a table or a sentence.
+  // JSON only. Text output prints the same facts as a table or a sentence.
   virtual void ShowRecord(const char* /*event*/, const Fields& /*fields*/) {}
-  // Help for people; programs get none of it.
+  // Text only: tables, sentences and hints.
   virtual void Explain(const std::string& text) = 0;
-  // The parts of a demonstration.
+  // The parts of a scenario that is played.
   virtual void Heading(const std::string& text) = 0;
   virtual void Say(const std::string& text) = 0;
   virtual void Summary(bool success, const std::string& text, const Observed& observed) = 0;
 
-  // The first line of text and every JSON object name the device.
+  // Names the device in the first line of text and in every JSON object.
   void SetDevice(std::string_view name) { device_ = name; }
-  // Nothing is printed from here on: standard output belongs to a recording.
+  // Stops all printing: the recording goes to standard output.
   void Mute() { lines_.Mute(); }
   const LineWriter& lines() const { return lines_; }
 
  protected:
-  std::string device_;  // empty: none is involved
+  std::string device_;  // empty if the command uses no device
   LineWriter lines_;
 };
 

@@ -33,7 +33,7 @@ size_t CharacterSize(std::string_view text) {
   for (size_t i = 1; i < size; ++i) {
     if ((ByteAt(text, i) & 0xc0) != 0x80) return 0;
   }
-  // Encodings that are too long, surrogates, and what is above U+10FFFF.
+  // Overlong encodings, surrogates, and code points above U+10FFFF.
   const unsigned char second = ByteAt(text, 1);
   const bool is_wrong = (first == 0xe0 && second < 0xa0) || (first == 0xed && second > 0x9f) ||
                         (first == 0xf0 && second < 0x90) || (first == 0xf4 && second > 0x8f);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Text that comes from outside: names of a device maker, lines of a file.
+// Text from outside the program, such as a device maker's names and the lines of a file.
 #pragma once
 
 #include <stddef.h>
@@ -11,13 +11,13 @@
 
 namespace norvik::qel::monitor {
 
-// How many bytes at the beginning of the text are one character in UTF-8. 0: none are.
+// The size in bytes of the UTF-8 character at the beginning of the text; 0 if there is none.
 size_t CharacterSize(std::string_view text);
 
-// What would move the cursor of a terminal, and what is not UTF-8, as an escape: "\x1b", "\u009b".
+// The text with control characters and bytes that are not UTF-8 escaped: "\x1b", "\u009b".
 std::string Printable(std::string_view text);
 
-// Characters, of which each is taken to fill one column.
+// The width of the text in columns. Every character counts as one column.
 size_t ColumnsOf(std::string_view text);
 
 }  // namespace norvik::qel::monitor

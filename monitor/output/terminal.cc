@@ -23,14 +23,14 @@ std::string_view Variable(const char* name) {
 
 constexpr size_t kGap = 2;
 
-// A cell that is this wide is not worth a column of blanks in all other rows.
+// Wider cells do not widen their column, which would fill the other rows with blanks.
 constexpr size_t kWidest = 36;
 
 void DropBlanks(std::string* text) {
   text->erase(text->find_last_not_of(' ') + 1);
 }
 
-// The cell at the present line, or wrapped below it.
+// Appends the cell to the current line, or wraps it onto lines below.
 void AddCell(std::string_view cell, size_t used, size_t columns, std::string* line) {
   if (used + ColumnsOf(cell) <= columns) {
     *line += cell;
@@ -77,9 +77,9 @@ std::string Terminal::Coloured(std::string_view text, std::string_view colour) c
 std::string Wrapped(std::string_view text, size_t columns, size_t indent, size_t used) {
   std::string lines;
   size_t column = used;
-  bool is_first = true;  // of its line
+  bool is_first = true;  // the next word is the first one of its line
   while (!text.empty()) {
-    // A word that no line can hold is cut.
+    // A word longer than a line is split.
     const std::string_view word =
         text.substr(0, text.find(' ')).substr(0, std::max<size_t>(columns - indent, 1));
     text.remove_prefix(word.size());
@@ -120,7 +120,7 @@ std::vector<std::string> TableRows(const std::vector<std::vector<std::string>>& 
     size_t start = 0;
     for (size_t i = 0; i < row.size(); ++i) {
       if (i > 0) {
-        // A cell that does not fit where its column begins may begin earlier.
+        // A cell that does not fit at its column starts further left.
         const size_t width = std::min(ColumnsOf(row[i]), columns);
         const size_t column = std::max(std::min(start, columns - width), EndOf(line) + kGap);
         line.append(column - EndOf(line), ' ');

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What standard output is written to, and how text fits there.
+// The terminal at standard output, and layout of text for its width.
 #pragma once
 
 #include <stddef.h>
@@ -16,15 +16,15 @@ inline constexpr std::string_view kDim = "\033[2m";
 inline constexpr std::string_view kBold = "\033[1m";
 inline constexpr std::string_view kYellow = "\033[33m";
 
-inline constexpr size_t kNarrow = 60;  // columns; with fewer there is no room for tables
+inline constexpr size_t kNarrow = 60;  // columns; a narrower terminal has no room for tables
 
 struct Terminal {
   bool is_terminal = false;
-  bool has_colour = false;  // never with NO_COLOR, or when TERM is "dumb"
-  bool is_limited = false;  // to the columns: a terminal, or COLUMNS is set
-  size_t columns = 80;      // COLUMNS overrides those of a terminal
+  bool has_colour = false;  // false with NO_COLOR, or if TERM is "dumb"
+  bool is_limited = false;  // text is wrapped at `columns`: a terminal, or COLUMNS is set
+  size_t columns = 80;      // COLUMNS overrides the terminal's own width
 
-  // Plain where there are no colours, or none is given.
+  // The text in the colour; unchanged without colour support or if `colour` is empty.
   std::string Coloured(std::string_view text, std::string_view colour) const;
 };
 
@@ -38,11 +38,11 @@ std::string Wrapped(std::string_view text, size_t columns, size_t indent = 0, si
 // narrow for two columns, the description follows below the name.
 std::string TableEntry(std::string_view name, std::string_view description, size_t columns);
 
-// One line per row where the columns fit. In a row that is too wide the last cell continues on
-// lines of its own, or each cell does.
+// One string per row. In a row that does not fit, cells continue on lines below, within the same
+// string.
 std::vector<std::string> TableRows(const std::vector<std::vector<std::string>>& rows,
                                    size_t columns);
-// The same as one text, without a newline at the end.
+// The rows joined into one text, without a newline at the end.
 std::string Table(const std::vector<std::vector<std::string>>& rows, size_t columns);
 
 }  // namespace norvik::qel::monitor

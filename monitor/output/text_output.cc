@@ -97,7 +97,7 @@ class TextOutput : public Output {
   }
 
  private:
-  // Help and dumps have lines of their own.
+  // Wraps the text at the terminal's width. Text that has several lines stays as it is.
   std::string Fitted(const std::string& text, size_t indent = 0) const {
     if (!terminal_.is_limited || text.find('\n') != std::string::npos) return text;
     std::string lines = Wrapped(text, terminal_.columns, indent);
@@ -105,8 +105,7 @@ class TextOutput : public Output {
     return lines;
   }
 
-  // Of lines that differ in their time only and come together, the first is shown at once and the
-  // others are counted.
+  // Of consecutive equal events within two seconds, only the first is shown; the rest is counted.
   void ShowDeviceEvent(WallTime time, const std::string& text) {
     constexpr std::chrono::seconds kTogether(2);
     if (text == repeated_ && time - repeated_since_ < kTogether) {
@@ -149,8 +148,8 @@ class TextOutput : public Output {
 
   const Terminal terminal_ = StandardOutput();
   bool names_device_ = false;
-  std::string date_;      // of the last line with a time
-  std::string repeated_;  // the last line of the device
+  std::string date_;      // the date of the last line with a time
+  std::string repeated_;  // the text of the last device event
   WallTime repeated_since_;
   int repetitions_ = 0;
 };

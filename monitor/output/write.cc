@@ -37,7 +37,7 @@ void WriteFile(const std::string& path, std::string_view content) {
   const std::string draft = in_place ? path : path + ".part";
   const int fd = open(draft.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
   bool done = fd >= 0 && WriteAll(fd, content).empty();
-  // A disk may say only now that it is full.
+  // A full disk may be reported only here. EINVAL: a pipe or terminal cannot be synchronized.
   done = done && (fsync(fd) == 0 || errno == EINVAL);
   if (done && !in_place) done = rename(draft.c_str(), path.c_str()) == 0;
   const int error = errno;

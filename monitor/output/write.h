@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Text that is written at once: whole lines, whole files.
+// Unbuffered output of whole lines and whole files.
 #pragma once
 
 #include <string>
@@ -9,25 +9,26 @@
 
 namespace norvik::qel::monitor {
 
-// Waits where the descriptor does not. Returns what is left when errno says why; empty: nothing is.
+// Writes the text, and waits for a descriptor that is non-blocking. Returns the unwritten rest,
+// which is empty on success; on failure errno is set.
 [[nodiscard]] std::string_view WriteAll(int fd, std::string_view text);
 
-// Replaces a regular file when the content is complete, and otherwise leaves it as it was. Throws
+// Replaces a regular file atomically: a failure leaves the old file unchanged. Throws
 // std::runtime_error.
 void WriteFile(const std::string& path, std::string_view content);
 
-// Standard output, unbuffered: each line is out before the next thing happens.
+// Standard output, unbuffered: each line is written before Write() returns.
 //
 // Threads: the main thread.
 class LineWriter {
  public:
-  // Adds the newline. Nothing is written after a failure.
+  // Appends a newline to the line. Writes nothing after a failure.
   void Write(std::string line);
-  // Lines are dropped from here on.
+  // Drops all later lines.
   void Mute() { is_muted_ = true; }
-  // False once the reader has left.
+  // False after a failure, such as a closed pipe.
   bool open() const { return error_ == 0; }
-  // The error that ended the writing; 0 also when the reader has left, which is no error.
+  // The errno value of the failure, or 0. A pipe closed by its reader counts as no error.
   [[nodiscard]] int error() const;
 
  private:

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The phone that the program runs on: its services are there, or not.
+// The phone that the program runs on, with whatever services it has.
 #include "clients/device.h"
 
 #include <android/binder_process.h>
@@ -14,7 +14,7 @@ namespace {
 
 class Phone : public Device {
  public:
-  // The log is the platform's: its reader says what to show.
+  // Sets no log level: the log is the platform's, and its reader filters it.
   void Start(const DeviceSetup& /*setup*/) override { ABinderProcess_startThreadPool(); }
 };
 

@@ -40,7 +40,7 @@ std::string ErrorOf(const ndk::ScopedAStatus& status) {
   return status.getDescription();
 }
 
-// A link that is taken back at once.
+// Whether linkToDeath() works. The recipient is deleted at once, which removes the link.
 bool CanBeWatched(AIBinder* service, std::string* error) {
   const ndk::ScopedAIBinder_DeathRecipient recipient(AIBinder_DeathRecipient_new([](void*) {}));
   const binder_status_t status = AIBinder_linkToDeath(service, recipient.get(), nullptr);
@@ -99,7 +99,7 @@ TemperatureReport ToReport(const Temperature& temperature) {
           .severity = static_cast<Severity>(temperature.throttlingStatus)};
 }
 
-// Of the service that the library uses.
+// The temperatures from the AIDL service instance that the library uses; nullopt on failure.
 std::optional<std::vector<TemperatureReport>> AidlTemperatures() {
   const std::string instance = InstanceOf(AidlThermal::descriptor);
   if (!AServiceManager_isDeclared(instance.c_str())) return std::nullopt;

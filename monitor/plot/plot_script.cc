@@ -40,7 +40,8 @@ std::string Number(double number) {
   return std::isfinite(number) ? DecimalText(number) : "NaN";
 }
 
-// Within single quotes gnuplot interprets nothing but the quote. A line must not end there.
+// A string literal of gnuplot. Within single quotes only the quote itself is special. A newline is
+// not allowed.
 std::string Quoted(const std::string& text) {
   std::string quoted = "'";
   for (const char c : text) {
@@ -54,7 +55,7 @@ double WidthOf(const std::string& text) {
   return 7.5 * static_cast<double>(ColumnsOf(text));
 }
 
-// How a value is drawn as a bar, in the order of the legend. Without a title it is not drawn.
+// The title in the legend and the colour of a value's bars. Without a title it is not drawn.
 struct Look {
   std::string title;
   std::string colour;
@@ -70,7 +71,8 @@ Look LookOf(Quantity quantity, int value) {
   return {name ? std::string(*name) : "severity " + std::to_string(value), kSeverityColours[known]};
 }
 
-// Times as gnuplot shows them, in UTC; then a value, or the end and a lane.
+// Rows of gnuplot data: a time, then a value, or the end time and a lane. gnuplot prints times as
+// UTC, so they are shifted by the local time's offset.
 using Rows = std::vector<std::array<double, 3>>;
 
 class Script {
@@ -123,7 +125,7 @@ class Script {
         low = std::fmin(low, point.value);
         high = std::fmax(high, point.value);
       }
-      // Cycles that do not change are in no panel.
+      // A cycle count that does not change gets no panel.
       if (quantity == Quantity::kCycles && low == high) continue;
       if (count == 0) PlotDeaths(FamilyOfQuantity(quantity));
       Rows rows;
@@ -141,7 +143,7 @@ class Script {
     Add(quantity, 96, low - margin, high + margin, Number(std::max(1.0, round * decade)));
   }
 
-  // A lane for each name, the first of them on top.
+  // Draws one lane per name, the first one on top.
   void AddBars(Quantity quantity) {
     std::vector<std::string> lanes;
     std::map<int, Rows> bars;
@@ -196,7 +198,7 @@ class Script {
     }
   }
 
-  // In the panels of what the services report.
+  // Marks the times when the family's services were dead.
   void PlotDeaths(std::string_view family) {
     Rows rows;
     for (const auto& [key, life] : timeline_.curves) {
@@ -211,7 +213,7 @@ class Script {
     if (!rows.empty()) Plot(rows, kDeath, "#cc0000", "");
   }
 
-  // The title of the legend may be empty.
+  // An empty title adds no entry to the legend.
   void Plot(const Rows& rows, const std::string& style, const std::string& colour,
             const std::string& title) {
     const std::string name = "$data" + std::to_string(data_count_++);
@@ -227,7 +229,7 @@ class Script {
     ++titles_;
   }
 
-  // Ends a panel: all that has been plotted, between two values.
+  // Ends a panel that has all plots since the last one. Its vertical range is `low` to `high`.
   void Add(Quantity quantity, double height, double low, double high, const std::string& tics) {
     last_panel_ = panels_.size();
     height_ += 34;  // for the title
@@ -239,7 +241,7 @@ class Script {
                std::exchange(plots_, "") + "\nunset label 1\n";
   }
 
-  // At most nine of them, at round times.
+  // At most nine tics, at round times.
   std::string TimeTics() const {
     constexpr auto kSteps = std::to_array<double>(
         {.01, .02, .05, .1,   .2,   .5,   1,     2,     5,     10,    15,     30,     60,     120,
@@ -261,7 +263,7 @@ class Script {
   tm clock_ = {};  // at the beginning
   std::string data_;
   int data_count_ = 0;
-  std::string plots_;  // of the panel
+  std::string plots_;  // of the current panel
   int titles_ = 0;
   std::string panels_;
   size_t last_panel_ = 0;

@@ -10,8 +10,8 @@
 
 namespace norvik::qel::monitor {
 
-// A panel for each quantity above one axis of time. `terminal`: gnuplot's, with its font. Empty
-// when there is nothing to draw.
+// Returns a script with a panel for each quantity above one time axis; empty if there is nothing to
+// draw. `terminal` is the gnuplot terminal with its font.
 std::string PlotScript(const Timeline& timeline, const std::string& title,
                        const std::string& terminal);
 

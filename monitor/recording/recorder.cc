@@ -40,16 +40,16 @@ Json::Value ToJson(std::optional<int> number) {
   return number ? Json::Value(*number) : Json::Value();
 }
 
-// By its number when it has no name.
+// The name of the severity, or its number if it has no name.
 Json::Value NameOrNumber(Severity severity) {
   const auto name = NameOf(severity);
   return name ? JsonText(*name) : Json::Value(static_cast<int>(severity));
 }
 
-// Adds what has happened to a line; nothing for what no recording holds.
+// Adds the members that describe an event to `line`. Events that are not recorded add nothing.
 struct Describer {
   JsonLine& line;
-  std::optional<BatteryReport>& battery;  // a line holds what has changed
+  std::optional<BatteryReport>& battery;  // the last report: a line holds only changed values
 
   void operator()(const DeviceEvent& event) {
     using Kind = DeviceEvent::Kind;
@@ -111,8 +111,8 @@ struct Describer {
   }
   void operator()(const Scene& scene) { line.Add("scene", scene.title); }
   void operator()(const Narration& narration) { line.Add("say", narration.text); }
-  // The report of a sensor that the library has no use for. What has been asked and expected is no
-  // part of what has happened; a refusal will be seen.
+  // Reports of sensors that the library does not use; questions and expectations, which are not
+  // events; refusals, which the service reports when they take effect.
   template <typename What>
   void operator()(const What& /*what*/) {}
 };
@@ -128,7 +128,7 @@ Recorder::Recorder(const std::string& path, ExistingFile existing, std::string_v
                               .Add("began", Iso8601(begin_));
   if (WriteLine(header.text())) return;
   close(fd_);
-  // The file is new and empty.
+  // Do not leave a new file without a complete header.
   if (existing == ExistingFile::kRefuse && path_ != kStandardStream) unlink(path_.c_str());
   throw std::runtime_error(failure_);
 }

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Writes a recording while things happen.
+// Writes a recording while events occur.
 #pragma once
 
 #include <optional>
@@ -13,25 +13,26 @@
 
 namespace norvik::qel::monitor {
 
-// The file is a complete recording after every line, whatever becomes of the program.
+// Writes each event at once, so that the file is a complete recording even if the program crashes.
 //
 // Threads: the main thread.
 class Recorder {
  public:
-  // Makes the file and writes its header. Throws when that cannot be done, or when the file exists
-  // and is to be kept.
+  // Creates the file and writes its header. Throws if that fails, or if the file exists and
+  // `existing` is kRefuse.
   Recorder(const std::string& path, ExistingFile existing, std::string_view device);
   ~Recorder();
   Recorder(const Recorder&) = delete;
   Recorder& operator=(const Recorder&) = delete;
 
-  // False once the file cannot be written. Nothing is written afterwards.
+  // Writes an event. Returns false if the file cannot be written; later calls write nothing.
   [[nodiscard]] bool Note(const Event& event);
-  // What is done now, and no event. Whether it was written, the next Note() or failure() says.
+  // Writes an action of the program with the current time. The next Note() or failure() reports an
+  // error.
   void NoteAct(const RecordedWhat& what);
 
   int event_count() const { return line_count_ - 1; }
-  // What is wrong with the file, in words; empty when nothing is.
+  // The error message; empty if there was no error.
   const std::string& failure() const { return failure_; }
 
  private:
@@ -40,11 +41,11 @@ class Recorder {
 
   const std::string path_;
   const WallTime begin_;
-  std::optional<BatteryReport> battery_;  // as it was written last
+  std::optional<BatteryReport> battery_;  // the last one written
   Seconds last_{};
   int fd_;
   int line_count_ = 0;
-  bool is_closed_ = false;  // nothing can be written any more
+  bool is_closed_ = false;  // set by the first failure; nothing is written afterwards
   std::string failure_;
 };
 

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// A recording: what a device went through, and when its clients were called. A scenario is one that
-// also says what is to be expected.
+// A recording: the events of a device and the callbacks of the library's clients. A scenario is a
+// recording that also states what must happen.
 #pragma once
 
 #include <array>
@@ -22,7 +22,7 @@ namespace norvik::qel::monitor {
 
 using Seconds = std::chrono::duration<double>;
 
-// Clients of the library register with it, or deregister.
+// Clients register with the library (ClientJoined) or deregister (ClientLeft).
 struct ClientJoined {
   std::string subject;  // a family, or the key of one of its properties
 };
@@ -37,7 +37,7 @@ struct ClientCalled {
   Value value;
 };
 
-// For the reader of the output.
+// A heading and a sentence, printed for the user when the recording is played.
 struct Scene {
   std::string title;
 };
@@ -46,21 +46,21 @@ struct Narration {
   std::string text;
 };
 
-// What getters are asked, and what they are to answer.
+// Calls of getters, with the answers that they must return.
 struct Question {
   std::string family;  // one of kQuestions
   std::vector<std::pair<std::string, Value>> answers;
 };
 
-// No client is called that no expectation speaks of.
+// Expects no callback for the subject, except callbacks that other expectations name.
 struct Silence {
   std::string subject;
 };
 
-// Something that comes of itself: clients that are called, what the services see of the library.
+// A callback or a call of the library that must occur within a time, or a silence.
 struct Expectation {
   std::variant<ClientCalled, DeviceEvent, Silence> what;
-  Seconds within;  // real time; all of it for a silence
+  Seconds within;  // real time; a silence lasts all of it
 };
 
 using RecordedWhat = std::variant<DeviceEvent, ClientJoined, ClientLeft, ClientCalled, Scene,
@@ -69,23 +69,23 @@ using RecordedWhat = std::variant<DeviceEvent, ClientJoined, ClientLeft, ClientC
 struct RecordedEvent {
   Seconds at;  // since the beginning
   RecordedWhat what;
-  // Where it stands in the file, if anywhere, and what stands there.
+  // The line number in the file and the text of the line; 0 and empty if the event is implicit.
   int line = 0;
   std::string text = {};
 };
 
 struct Recording {
-  std::string name;    // of the file
-  std::string device;  // empty when the file does not say
+  std::string name;    // the file name
+  std::string device;  // empty if the header does not name it
   std::optional<WallTime> began = {};
   std::vector<RecordedEvent> events;
 };
 
-// The name of standard input or output where a file is expected.
+// The file name that stands for standard input or output.
 inline constexpr std::string_view kStandardStream = "-";
 
 inline constexpr std::string_view kRecordingFormat = "quorvel recording";
-// What is written; all versions from the first on are read.
+// The version that is written. All versions up to this one are read.
 inline constexpr int kRecordingVersion = 2;
 
 inline constexpr std::string_view kBatteryQuestion = "battery";
@@ -96,7 +96,7 @@ inline constexpr std::array kQuestions = {kBatteryQuestion, kTemperaturesQuestio
 inline constexpr std::array kServices = {kHealthService, kSensorService, kThermalService,
                                          kHidlThermalService};
 
-// What a service tells of itself, by the key at which a line names the service.
+// The event kind for each key of a line; the key's value is the name of the service.
 struct ServiceEventKey {
   const char* key;
   DeviceEvent::Kind kind;
@@ -107,14 +107,14 @@ inline constexpr ServiceEventKey kServiceEvents[] = {
     {"registered", DeviceEvent::Kind::kCallbackRegistered},
     {"unregistered", DeviceEvent::Kind::kCallbackUnregistered},
     {"refused", DeviceEvent::Kind::kCallRefused}};
-// Those that the library's calls lead to.
+// The events that are caused by calls of the library.
 inline constexpr auto kLibraryEvents = std::span(kServiceEvents).subspan<2>();
 
 inline constexpr std::array kSensors = {Sensor::kProximity, Sensor::kHingeAngle};
 
 // "demo.jsonl: the device 'simulated'".
 std::string TitleOf(const Recording& recording);
-// Where something is wrong: "demo.jsonl:12", or the name alone for what stands in no line.
+// The place of an event for messages: "demo.jsonl:12", or the file name alone without a line.
 std::string PlaceOf(const Recording& recording, const RecordedEvent& event);
 
 }  // namespace norvik::qel::monitor

@@ -65,7 +65,7 @@ DeviceEvent ReadNotice(RecordingFields& fields) {
   return event;
 }
 
-// One of those; nothing for a line of another kind.
+// The event for the first of `keys` that the line has; nullopt if it has none of them.
 std::optional<DeviceEvent> ReadServiceEvent(RecordingFields& fields,
                                             std::span<const ServiceEventKey> keys) {
   for (const auto& [key, kind] : keys) {
@@ -81,7 +81,7 @@ bool IsRegistration(const DeviceEvent& event) {
   return event.kind == Kind::kCallbackRegistered || event.kind == Kind::kCallbackUnregistered;
 }
 
-// A family or one of its properties.
+// Reads the name of a family or the key of a property.
 std::string ReadSubject(RecordingFields& fields, const std::string& key) {
   std::string subject = fields.Text(key);
   if (FamilyOfSubject(subject)) return subject;
@@ -96,13 +96,13 @@ Refusal ReadRefusal(RecordingFields& fields) {
   return refusal;
 }
 
-// Null is not known.
+// nullopt becomes the unknown value.
 template <typename Number>
 Value ToValue(std::optional<Number> number) {
   return number ? Value(*number) : Value();
 }
 
-// What a client of the property is called with.
+// Reads the value that a callback for the property receives.
 Value ReadValueOf(std::string_view property, RecordingFields& fields, const std::string& key) {
   if (const auto* battery = BatteryPropertyOf(property)) {
     if (battery->is_charger) return fields.Flag(key);
@@ -151,7 +151,7 @@ Expectation ReadExpectation(RecordingFields fields) {
     expectation.what = ReadExpectedCall(fields);
   } else if (auto event = ReadServiceEvent(fields, kLibraryEvents)) {
     if (IsRegistration(*event) && fields.Has("sensor")) {
-      // By its key or, as recordings have it, by its name.
+      // A scenario may use the sensor's key, or its name, which recordings contain.
       const std::string sensor =
           fields.Choice("sensor", std::array{kProximity.key, kHingeAngle.key, kHingeAngle.name});
       event->detail = sensor == kProximity.key ? kProximity.name : kHingeAngle.name;

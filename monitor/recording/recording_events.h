@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What the lines of a recording say.
+// Parses the events of a recording.
 #pragma once
 
 #include "recording/recording.h"
@@ -9,8 +9,8 @@
 
 namespace norvik::qel::monitor {
 
-// All but the time. `battery`: as of the lines before; a line says what has changed. Throws
-// LineError.
+// Parses the event of one line, without its time. `battery` holds the values of the lines before,
+// because a line has only changed values; it is updated. Throws LineError.
 RecordedWhat ReadWhat(RecordingFields& fields, BatteryReport& battery);
 
 }  // namespace norvik::qel::monitor

@@ -12,7 +12,7 @@ namespace norvik::qel::monitor {
 
 namespace {
 
-// 5.0 is none.
+// 5.0 is not an integer.
 bool IsInteger(const Json::Value& field) {
   return field.type() == Json::intValue || field.type() == Json::uintValue;
 }

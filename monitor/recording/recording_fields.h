@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The fields of one object of a recording, each of which has to be what it should be.
+// Typed access to the fields of one JSON object of a recording.
 #pragma once
 
 #include <limits>
@@ -21,44 +21,45 @@ namespace norvik::qel::monitor {
 inline constexpr int kLowestInt = std::numeric_limits<int>::lowest();
 inline constexpr int kHighestInt = std::numeric_limits<int>::max();
 
-// Takes fields by their keys and refuses those that were not taken. Throws LineError.
+// Reads fields by their keys and checks their types. CheckAllTaken() refuses unknown keys. All
+// methods throw LineError.
 //
 // Threads: the main thread.
 class RecordingFields {
  public:
-  // `where` precedes the keys in messages: "battery.", or nothing. The object outlives the fields.
+  // `where` is the prefix of keys in messages: "battery.", or empty. `object` must outlive this.
   RecordingFields(const Json::Value& object, std::string where);
 
   bool Has(const std::string& key) const { return object_.isMember(key); }
-  // In the order of the file.
+  // The keys in the order of the file.
   std::vector<std::string> Keys() const;
-  // The field has to be there.
+  // This and the methods below throw if the field is missing.
   std::string Text(const std::string& key);
-  // One of those.
+  // A text that is one of the choices.
   std::string Choice(const std::string& key, std::span<const std::string_view> choices);
   bool Flag(const std::string& key);
   int Integer(const std::string& key, int lowest, int highest);
   double Number(const std::string& key, double lowest, double highest);
-  // Nothing for null.
+  // nullopt for null.
   std::optional<int> MaybeInteger(const std::string& key, int lowest, int highest);
   std::optional<float> MaybeNumber(const std::string& key);
-  // One, or a list of one or more.
+  // A number, or a list of at least one.
   std::vector<std::optional<float>> Numbers(const std::string& key);
   Severity ReadSeverity(const std::string& key);
   Severities ReadSeverities(const std::string& key);
   // A number, true, false, null or the name of a severity.
   Value AnyValue(const std::string& key);
   RecordingFields Object(const std::string& key);
-  // What has not been taken by now is unknown.
+  // Throws if the object has a key that was not read.
   void CheckAllTaken() const;
 
  private:
   const Json::Value& Take(const std::string& key);
-  // What has been taken, or an element of it.
+  // These convert the last field that was read, or an element of it.
   double ToNumber(const Json::Value& field, double lowest, double highest) const;
   std::optional<float> ToFloat(const Json::Value& field) const;
   Severity ToSeverity(const Json::Value& field) const;
-  // About what has been taken last.
+  // Throws an error about the last field that was read.
   [[noreturn]] void Complain(const std::string& what) const;
 
   const Json::Value& object_;

@@ -21,7 +21,7 @@ namespace norvik::qel::monitor {
 
 namespace {
 
-// The version. A header that lacks something is told from a file that has none.
+// Returns the version. A missing header and an incomplete one have different messages.
 int ReadHeader(const Json::Value& line, Recording& recording) {
   if (!line.isObject() || !line.isMember("format")) {
     throw LineError("the header is missing: {\"format\": \"" + std::string(kRecordingFormat) +
@@ -46,7 +46,7 @@ int ReadHeader(const Json::Value& line, Recording& recording) {
   return version;
 }
 
-// What version 1 does not know; empty for all else.
+// The feature that version 1 does not have; empty if version 1 has the event.
 std::string NewsOf(const RecordedWhat& what) {
   if (const auto* joined = std::get_if<ClientJoined>(&what)) {
     return joined->subject == FamilyOfSubject(joined->subject) ? "" : "a client of one property";
@@ -60,7 +60,7 @@ std::string NewsOf(const RecordedWhat& what) {
   return std::holds_alternative<ClientCalled>(what) ? "" : "a scenario's event";
 }
 
-// One line after the other: some say what has changed since those before.
+// Parses the lines in order. A line may depend on the lines before it.
 class EventReader {
  public:
   explicit EventReader(int version) : version_(version) {}
@@ -88,7 +88,7 @@ class EventReader {
     return last_ = at;
   }
 
-  const int version_;  // a file of version 1 knows less
+  const int version_;  // of the file
   Seconds last_{};
   BatteryReport battery_;
 };
@@ -101,7 +101,7 @@ std::string TitleOf(const Recording& recording) {
 }
 
 std::string PlaceOf(const Recording& recording, const RecordedEvent& event) {
-  if (event.line == 0) return recording.name;  // what the recording takes for granted
+  if (event.line == 0) return recording.name;  // an implicit event
   return recording.name + ":" + std::to_string(event.line);
 }
 
@@ -133,7 +133,7 @@ Recording ReadRecording(std::istream& text, const std::string& name) {
 Recording ReadRecording(const std::string& path) {
   if (path == kStandardStream) return ReadRecording(std::cin, "standard input");
   errno = 0;
-  // It can be opened, and with libc++ looks like an empty file.
+  // A directory can be opened, and with libc++ it reads as an empty file.
   std::error_code unknown;
   if (std::filesystem::is_directory(path, unknown)) {
     throw std::runtime_error("cannot read " + path + ": " +

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Reads recordings, written by a program or by hand.
+// Reads recordings and scenarios.
 #pragma once
 
 #include <istream>
@@ -11,10 +11,10 @@
 
 namespace norvik::qel::monitor {
 
-// The whole file, or standard input for kStandardStream. Throws std::runtime_error when it cannot
-// be read or is no recording: with the file, the line and what is wrong there.
+// Reads a whole file, or standard input for kStandardStream. Throws std::runtime_error if it cannot
+// be read or is not a recording; the message has the file name, the line number and the reason.
 Recording ReadRecording(const std::string& path);
-// The same of a text that has a name.
+// Reads a recording from a stream. `name` is used in messages.
 Recording ReadRecording(std::istream& text, const std::string& name);
 
 }  // namespace norvik::qel::monitor

@@ -46,7 +46,7 @@ class Drawer {
   void Take(const ClientLeft& left) {
     Note(*FamilyOfSubject(left.subject), Moment::Kind::kOther, "leaves: " + left.subject);
   }
-  // All else is not drawn.
+  // Other events are not drawn.
   template <typename What>
   void Take(const What& /*what*/) {}
 
@@ -77,7 +77,7 @@ class Drawer {
   void Add(Quantity quantity, const std::string& name, std::optional<Number> number) {
     constexpr double kUnknown = std::numeric_limits<double>::quiet_NaN();
     double value = number ? static_cast<double>(*number) : kUnknown;
-    // As it was written: 36.6, not 36.59999847.
+    // The shortest decimal, as in the recording: 36.6, not 36.59999847.
     if (std::is_same_v<Number, float> && std::isfinite(value))
       value = JsonNumber(*number).asDouble();
     auto& curve = timeline_.curves[{quantity, name}];
@@ -102,7 +102,7 @@ void Drawer::Take(const DeviceEvent& event) {
     return std::visit([&](const auto& report) { Take(report); }, event.report);
   }
   if (event.kind == Kind::kNotice) return note(Moment::Kind::kOther, event.detail);
-  // A service that is not said to start runs from the beginning.
+  // A service without a start event has been running since the beginning.
   auto& life = timeline_.curves[{Quantity::kService, lane}];
   if (life.empty() && event.kind != Kind::kServiceStarted) life.push_back({0, 1});
   const std::string what = event.detail.empty() ? "" : ": " + event.detail;

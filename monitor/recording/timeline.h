@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// A recording as curves over the time, for pictures and other programs.
+// A recording as curves over time, for plots.
 #pragma once
 
 #include <map>
@@ -32,7 +32,7 @@ struct Timeline {
   };
   struct Point {
     double at;     // seconds since the beginning
-    double value;  // until the next point; NaN: unknown
+    double value;  // valid until the next point; NaN: unknown
   };
   struct Moment {
     double at;
@@ -43,8 +43,8 @@ struct Timeline {
 
   std::optional<WallTime> began;
   double end = 0;
-  // By quantity and name: of the charger, of the service, TYPE:NAME; otherwise empty. Each begins
-  // with a known value.
+  // By quantity and name. The name is that of the charger or service, TYPE:NAME for temperatures,
+  // and otherwise empty. The first value of a curve is known.
   std::map<std::pair<Quantity, std::string>, std::vector<Point>> curves;
   std::vector<Moment> moments;
 };
@@ -53,7 +53,7 @@ Timeline MakeTimeline(const Recording& recording);
 
 // "temperature, °C".
 std::string TextOf(Timeline::Quantity quantity);
-// Whose services report it.
+// The family whose service reports the quantity.
 std::string_view FamilyOfQuantity(Timeline::Quantity quantity);
 
 }  // namespace norvik::qel::monitor

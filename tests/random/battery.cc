@@ -25,7 +25,7 @@ constexpr size_t kAttempts = 10;
 constexpr int kUnknown = -1;
 const Words kWorkers = {"clients"};
 
-// A client is a function of its own, which can be registered for each property.
+// Each client has its own function, which can be registered for each property.
 template <int kClient>
 void OnValue(int value, void* cookie) {
   Client::Hear(value, cookie);
@@ -70,7 +70,7 @@ class Battery : public Family {
   }
 
  private:
-  // What the dump says.
+  // The contents of a dump.
   struct State {
     bool linked = false;
     std::array<int, kProperties> values = {kUnknown, kUnknown, kUnknown, kUnknown};
@@ -86,7 +86,7 @@ class Battery : public Family {
 
   void End() override {
     Deinit(DeinitBatteryInfo, &handle_, kWorkers, [this](int i) { health_.SetLevel(1000 + i); });
-    // Which of the deaths that are held the old handle would have heard of no longer matters.
+    // The old handle's callbacks may stay if a fault kept the service from dropping them.
     ExpectTrue(faulty() || health_.callback_count() <= stray_, "the service keeps a callback");
     stray_ = health_.callback_count();
   }
@@ -98,7 +98,7 @@ class Battery : public Family {
     return (property == 2 ? info.chargerWirelessOnline : info.chargerDockOnline) ? 0 : 1;
   }
 
-  // Those made and not undone.
+  // The links to death that were made and not removed by unlinkToDeath().
   int Links() {
     return health_.on(fake::BinderFunction::kLinkToDeath).calls() -
            health_.on(fake::BinderFunction::kUnlinkToDeath).calls();
@@ -161,10 +161,10 @@ class Battery : public Family {
     if (step[2] == "cached") {
       return ExpectEqual(kGet[p](handle_, true), before_.values[p], "the value");
     }
-    // Whether clients hear of a change is not promised.
+    // Not done while a call is held: it is not promised which clients a found change calls.
     if (worker(kWorkers[0]).state().holding) return;
     int value = kGet[p](handle_, false);
-    // A service that died without a link is only found out by asking it.
+    // Without a link, only a query reveals the death. The second query looks up the new service.
     if (value == -EAGAIN && alive_ && !faulty()) value = kGet[p](handle_, false);
     if (faulty() || deaths_held()) {
       ExpectTrue(value == -EAGAIN || value == OnPhone(p), "the value was never reported");
@@ -204,7 +204,8 @@ class Battery : public Family {
   void Check(const Step& step) override {
     const State now = Dump();
     CheckLink(now, step);
-    // Whom the changes concern. A change that a question has found waits for the next one.
+    // Finds the clients that must be called. A change found by a query is delivered with the next
+    // reported change.
     const bool asked = std::exchange(asked_, false);
     const size_t registered_now = std::exchange(registered_now_, kProperties);
     bool told = false;
@@ -238,15 +239,15 @@ class Battery : public Family {
                "the service keeps " + std::to_string(callbacks) + " callbacks");
     ExpectTrue(alive_ || deaths_held() || !now.linked, "linked to a dead service");
 
-    // A link to the service's death is undone, or ends with that death.
+    // A link to death is removed, or ends with the service.
     const int links = Links() - (now.linked ? 1 : 0);
     const bool may_change = !certain || faulty() || step[0] == "restart" || step[0] == "deaths";
     if (!may_change) ExpectEqual(links, ended_links_, "the number of links left behind");
     ended_links_ = links;
 
-    // Attempts: ten, and one more for each death and first client that has joined them.
+    // The worker makes ten attempts, plus one for each death and first client during the series.
     if (ticked()) {
-      // The first attempt may only find out that the service that was known before has died.
+      // The first attempt may only reveal that the service known so far has died.
       misses_ = certain && !faulty() && !now.linked ? misses_ + 1 : 0;
       ExpectTrue(misses_ < 2, "the pause is over, and there is no link");
     }
@@ -278,11 +279,11 @@ class Battery : public Family {
   void* handle_ = nullptr;
   std::array<std::set<size_t>, kProperties> registered_;
   State before_;
-  // Has changed without a call to its clients: the next one that is called for brings it.
+  // The property has changed, but its clients were not called: the next dispatch calls them.
   std::array<bool, kProperties> owed_ = {};
   bool asked_ = false;                   // this step has asked the service
-  size_t registered_now_ = kProperties;  // in this step, for this property
-  bool first_ = false;                   // as the first client of all
+  size_t registered_now_ = kProperties;  // the property that this step registered a client for
+  bool first_ = false;                   // that client is the handle's only one
   size_t misses_ = 0;
   size_t joins_ = 0;
   bool gave_up_ = false;

@@ -87,7 +87,7 @@ void Client::Join() {
   const Lock lock(TheShared().lock);
   member_ = true;
   if (!worker_.IsFolding()) return;
-  // It may have left a moment ago: a call that is on its way still may bring what it has missed.
+  // A client that left a moment ago may still receive changes with the call that is in progress.
   loose_ = true;
   due_.clear();
 }
@@ -122,7 +122,7 @@ void Client::Check() {
 }
 
 Family::Family(Fold fold, const Words& workers) : fold_(fold) {
-  // The pauses end; 12 of them are as many as it takes to see a worker give up.
+  // Ends the workers' pauses once, or 12 times, which is enough to see a worker give up.
   Add("tick", 3, {{"1", "1", "1", "12"}}, &Family::Tick);
   Add("hold", 3, {workers}, &Family::Hold);
   Add("release", 3, {workers}, &Family::Release);
@@ -134,7 +134,7 @@ Family::~Family() {
 
 void Family::Run(const Steps& steps, std::chrono::seconds patience) {
   SetUpSilentProcess();
-  static char current[200];  // for ever: a signal handler prints it
+  static char current[200];  // static because a signal handler prints it
   const auto begin = [&](size_t number, const std::string& text) {
     snprintf(current, sizeof current, "step %zu, %s", number, text.c_str());
     RestartHangGuard(current, patience);

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What the random tests of the three families share: the clients and what they are promised, the
-// steps that all families have, and the checks of promises that all have.
+// The common part of the random tests: clients with the calls that they must receive, and the steps
+// and checks that all three families have.
 #pragma once
 
 #include <chrono>
@@ -25,21 +25,21 @@
 
 namespace norvik::qel::random_test {
 
-// What the library's threads and the driver share.
+// State shared by the library's threads and the driver.
 struct Shared {
   std::mutex lock;
   std::condition_variable changed;
-  // Counts steps; a row of pauses that end is several.
+  // The number of steps so far. A tick of 12 pauses counts as 12.
   int moment QUORVEL_GUARDED_BY(lock) = 0;
 };
-// Leaked on purpose: a broken library may call at the very end.
+// Leaked on purpose: a broken library may call a client while the process exits.
 Shared& TheShared();
 
-// What becomes of changes that come while a client is inside a call.
+// The change that is delivered of several that arrive while a client is inside a call.
 enum class Fold { kLatest, kOldest };
 
-// The worker thread that calls a group of clients. Kept inside a call by Hold(), so that what comes
-// meanwhile folds for certain.
+// A worker thread of the library that calls a group of clients. Hold() keeps it inside a call, so
+// that changes that arrive meanwhile certainly fold.
 class Worker {
  public:
   explicit Worker(Fold fold) : fold_(fold) {}
@@ -47,12 +47,12 @@ class Worker {
   // The next call does not return before Release().
   void Hold();
   void Release();
-  // Deinit...() has returned: another call ends the program.
+  // Called after Deinit...() has returned: any further call ends the program.
   void Close();
   struct State {
-    bool busy;     // a call is being kept, or will be
-    bool holding;  // a call is being kept
-    bool folding;  // one was kept before this step, so that what this step causes folds
+    bool busy;     // a call is held, or the next one will be
+    bool holding;  // a call is held
+    bool folding;  // a call has been held since before this step, so changes of this step fold
   };
   State state() const;
 
@@ -70,30 +70,30 @@ class Worker {
   int held_since_ QUORVEL_GUARDED_BY(TheShared().lock) = 0;
 };
 
-// A cookie: what its callback has heard, and what it has to hear.
+// The cookie of a registration: the values that the callback has received and must receive.
 //
-// Threads: Hear() runs on the library's; everything else on the driver's, while all threads sleep.
-// Locks: none to hold; the methods take the shared one.
+// Threads: Hear() runs on the library's threads. All else runs on the driver's thread while all
+// other threads sleep.
+// Locks: the methods take the shared lock.
 class Client {
  public:
-  // `reported` has all values that it can hear, now and later.
+  // `reported` holds all values that the client may receive; the caller adds to it later.
   Client(std::string name, Worker& worker, const std::set<int>& reported)
       : name_(std::move(name)), worker_(worker), reported_(reported) {}
 
   void Hear(int value);
   static void Hear(int value, void* cookie) { static_cast<Client*>(cookie)->Hear(value); }
 
-  // A change that this client must be told. While the worker is kept, changes fold.
+  // The client must receive this value. While a call is held, values fold.
   void Expect(int value);
-  // There are others that it may be told, or their order is a matter of luck: for this time it has
-  // to hear the last one that is due (when changes fold into the oldest: any), and otherwise only
-  // what was reported.
+  // Weakens the next Check(), for a step whose values or order are not determined: any reported
+  // value is allowed, but the last one due must arrive last (Fold::kOldest: at least one value).
   void Loosen();
-  // Leaves; what is on its way may still arrive.
+  // The client has left. Calls that are already in progress may still arrive.
   void Leave();
   void Join();
 
-  // With all threads asleep: what has been heard is what had to be.
+  // Ends the program unless the received values are those that were due. All threads must sleep.
   void Check();
 
  private:
@@ -104,13 +104,13 @@ class Client {
   const std::set<int>& reported_;
   std::vector<int> heard_ QUORVEL_GUARDED_BY(TheShared().lock);
   std::vector<int> due_ QUORVEL_GUARDED_BY(TheShared().lock);
-  // The last one due stands for all that came while the worker was kept.
+  // The last value due stands for all values that arrived while the call was held.
   bool folded_ QUORVEL_GUARDED_BY(TheShared().lock) = false;
   bool loose_ QUORVEL_GUARDED_BY(TheShared().lock) = false;
   bool member_ QUORVEL_GUARDED_BY(TheShared().lock) = false;
 };
 
-// A phone, its handles and clients, and the steps that can be done with them.
+// A simulated phone, its handles and clients, and the steps of a random test.
 class Family {
  public:
   virtual ~Family();
@@ -118,18 +118,18 @@ class Family {
   Family& operator=(const Family&) = delete;
 
   const Grammar& grammar() const { return grammar_; }
-  // A whole run, once. Starts the first threads. Ends the program when a promise is broken, or when
-  // a step takes longer than `patience`.
+  // Runs all steps; called once. Starts the first threads. Ends the program if a check fails or a
+  // step takes longer than `patience`.
   void Run(const Steps& steps, std::chrono::seconds patience);
 
  protected:
-  // Steps can hold and release these workers.
+  // `workers` are the names that the steps "hold" and "release" accept.
   Family(Fold fold, const Words& workers);
 
-  // All handles. A run has several rows of them when a step is Renew().
+  // Create and destroy all handles. Renew() does so during a run.
   virtual void Begin() = 0;
   virtual void End() = 0;
-  // Holds the present state against the promises, and keeps it as the state before the next step.
+  // Checks the state after a step, and keeps it as the state before the next step.
   virtual void Check(const Step& step) = 0;
 
   template <typename Derived>
@@ -139,39 +139,39 @@ class Family {
                           (static_cast<Derived*>(this)->*act)(step);
                         }});
   }
-  // "fault NAME OUTCOME": of the next call of each of these functions.
+  // Adds the step "fault NAME OUTCOME", which sets the outcome of the next call of each script.
   void AddFault(const std::string& name, const Words& outcomes,
                 const std::vector<fake::Script*>& scripts);
   void Renew(const Step& /*step*/) {
     End();
     Begin();
   }
-  // "deaths held" keeps death notifications back, "deaths delivered" no longer.
+  // "deaths held" holds death notifications back; "deaths delivered" releases them.
   void Deaths(const Step& step);
 
-  // A new handle, whose workers have these names.
+  // Creates a handle whose workers have these names.
   void Init(void (*init)(void**), void** handle, const Words& workers);
-  // The end of one, which may begin inside a call, and 5 times `change` meanwhile.
+  // Destroys the handle, possibly while a call is held, and runs `change` 5 times meanwhile.
   void Deinit(void (*deinit)(void**), void** handle, const Words& workers,
               const std::function<void(int)>& change);
   Worker& worker(const std::string& name) const { return *workers_.at(name); }
-  // The one of that name. Lives as long as the program, to hear what it must not.
+  // The client with the name. Lives as long as the program, so that a forbidden call is noticed.
   Client& ClientOf(const std::string& worker, const std::string& name,
                    const std::set<int>& reported);
   void CheckClients();
 
   // Waits until no thread can continue by itself.
   static void Settle();
-  // Whether a step before this one has scripted faults, which this one's calls meet.
+  // Whether the previous step has scripted a fault, which calls of this step may meet.
   bool faulty() const { return faulty_; }
   bool deaths_held() const { return deaths_ != nullptr; }
-  // `start` of a service that may run; the library hears of its death only when both are over.
+  // Restarts a service with `start`. The library receives the death notification afterwards.
   void Restart(const std::function<void()>& start);
 
-  // How many workers paused before this step, and whether it has ended their pauses.
+  // The number of workers that paused before this step, and whether this step ended their pauses.
   size_t pausing_before() const { return pausing_before_; }
   bool ticked() const { return ticked_; }
-  // How often it has, since a worker began to pause.
+  // The number of steps that ended pauses, since a worker began to pause.
   size_t ticks() const { return ticks_; }
 
  private:
@@ -194,16 +194,16 @@ class Family {
   size_t ticks_ = 0;
 };
 
-// Takes everything from the beginning of `text` that matches the regular expression, time and
-// again: the groups of each time.
+// Removes all consecutive matches of the pattern at the beginning of `text`, and returns the groups
+// of each match.
 std::vector<Words> TakeAll(std::string& text, const std::string& pattern);
-// Takes what has to be there, once.
+// Removes a match that must occur exactly once.
 Words Take(std::string& text, const std::string& pattern);
 
 std::unique_ptr<Family> MakeBattery();
 std::unique_ptr<Family> MakeSensor();
 std::unique_ptr<Family> MakeThermal();
-// By the name of a family: "battery", "sensor" or "thermal".
+// `name` is "battery", "sensor" or "thermal".
 std::unique_ptr<Family> MakeFamily(const std::string& name);
 
 }  // namespace norvik::qel::random_test

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The same random tests for libFuzzer, whose bytes become steps. The family is the target's.
+// The random tests as a libFuzzer target: the input bytes become steps. Each family has a target.
 #include <cstddef>
 #include <cstdint>
 

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// quorvel_random_test: random steps of C calls and changes of the phone, against the library's
-// promises. Runs go in child processes: a failure may abort or hang, and is then shrunk by trying
-// again with fewer steps.
+// quorvel_random_test: runs random steps (C calls and changes of the phone) and checks the
+// library's promises. Each run has a child process, because a failure may abort or hang. A failing
+// run is shrunk by repeating it with fewer steps.
 #include <stdio.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -27,9 +27,9 @@ namespace {
 
 using namespace norvik::qel::random_test;  // NOLINT(google-build-using-namespace): its own program
 
-// Longer than any step takes on a busy machine.
+// Limit for one step; longer than any step takes on a busy machine.
 constexpr std::chrono::seconds kPatience(norvik::qel::kSanitized ? 100 : 20);
-// While shrinking, where many attempts may hang.
+// Limit while shrinking, when many attempts may hang.
 constexpr std::chrono::seconds kShrinkingPatience(15);
 
 [[noreturn]] void Refuse(const std::string& why) {
@@ -44,7 +44,7 @@ std::string TextOf(const Steps& steps) {
   return text;
 }
 
-// Runs the steps in a child process. Whether it ends well.
+// Runs the steps in a child process. Returns whether it succeeds.
 bool Passes(std::unique_ptr<Family>& family, const Steps& steps, std::chrono::seconds patience,
             bool silent) {
   fflush(nullptr);
@@ -53,14 +53,14 @@ bool Passes(std::unique_ptr<Family>& family, const Steps& steps, std::chrono::se
     if (silent && freopen("/dev/null", "w", stderr) == nullptr) abort();
     family->Run(steps, patience);
     family.reset();
-    exit(0);  // the leak checker looks now
+    exit(0);  // runs the leak checker
   }
   int status = 0;
   if (child < 0 || waitpid(child, &status, 0) != child) Refuse("cannot start a process");
   return status == 0;
 }
 
-// Delta debugging: drops ever smaller pieces as long as what is left fails.
+// Delta debugging: drops ever smaller pieces as long as the remaining steps fail.
 Steps Shrink(std::unique_ptr<Family>& family, Steps steps) {
   for (size_t piece = steps.size(); piece > 0; piece /= 2) {
     for (size_t begin = 0; begin < steps.size();) {
@@ -77,7 +77,7 @@ Steps Shrink(std::unique_ptr<Family>& family, Steps steps) {
   return steps;
 }
 
-// Steps as text, one a line; "#" begins a comment. Or as bytes that a fuzzer has made.
+// Reads steps from a file: text with one step per line and "#" comments, or bytes from a fuzzer.
 Steps Read(const Grammar& grammar, const std::string& path, bool bytes) {
   std::ifstream stream(path, std::ios::binary);
   if (bytes) {

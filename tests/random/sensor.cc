@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The sensor family: two handles, which share the process's looper.
+// The sensor family: two handles that share the process's looper.
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -40,7 +40,7 @@ int Truncated(float value) {
   return static_cast<int>(value);
 }
 
-// What the dump says of a sensor.
+// A sensor's entry in the dump.
 struct State {
   bool known = false;
   bool active = false;
@@ -52,9 +52,9 @@ struct Handle {
   void* handle = nullptr;
   std::array<std::set<int>, kSensors> registered;
   std::array<State, kSensors> before;
-  // By sensor. Its clients have to leave before it is tried again: it was found absent, or refused.
+  // Per sensor: it was absent or refused, and is not tried again before all its clients have left.
   std::array<bool, kSensors> given_up = {};
-  std::array<bool, kSensors> absent = {};  // found so: a handle asks once for a sensor
+  std::array<bool, kSensors> absent = {};  // found absent; a handle looks a sensor up once
   std::array<bool, kSensors> stuck = {};   // the platform has refused to disable it
 };
 
@@ -154,7 +154,7 @@ class Sensors : public Family {
     if (handle.before[s].active) {
       ExpectTrue(result == 0 || (faulty() && result == kRefused), "the sensor is not disabled");
     } else {
-      // Of a sensor that was given up, the reason.
+      // For a sensor that was given up, the result may be the reason.
       const bool reason = given_up && (result == -ENOSYS || result == -EINVAL);
       ExpectTrue(result == 0 || reason, "the result is " + std::to_string(result));
     }
@@ -173,7 +173,7 @@ class Sensors : public Family {
     hub_.Start();
   }
 
-  // A reading that is about to be reported.
+  // Notes a reading that is about to be reported.
   void AddReading(size_t s, float value) {
     reported_[s].insert(Truncated(value));
     if (running_ && !exists_[s]) return;
@@ -181,7 +181,7 @@ class Sensors : public Family {
     arrived_[s] = running_;
   }
 
-  // Pairs of a sensor and a reading, which arrive together.
+  // Reports the step's pairs of a sensor and a reading, all in one delivery.
   void Report(const Step& step) {
     std::vector<services::SensorReading> readings;
     for (size_t i = 1; i < step.size(); i += 2) {
@@ -246,18 +246,18 @@ class Sensors : public Family {
     new_ = nullptr;
   }
 
-  // Whether its clients wait for the service.
+  // Checks one sensor of a handle. Returns whether its clients wait for the service.
   bool CheckSensor(Handle& handle, size_t s, const State& now) {
     const State& before = handle.before[s];
     const auto& registered = handle.registered[s];
     const bool was_enabled = now.active && !before.active;
-    // Its first event is the reading that it has.
+    // An enabled sensor delivers its current reading as the first event.
     const bool event = now.active && (arrived_[s] || (was_enabled && latest_[s]));
     ExpectEqual(now.data, event ? *latest_[s] : before.data, "the data of " + kNames[s]);
     for (const int id : registered) {
       Client* const client = &ClientOf(handle, s, id);
       if (new_ == client && (event || worker(handle.name).state().folding)) client->Loosen();
-      // The first events of two sensors come one after the other.
+      // The first events of both sensors arrive one after the other.
       if (was_enabled && worker(handle.name).state().holding) client->Loosen();
       if ((new_ == client && now.active) || event) client->Expect(now.data);
     }
@@ -286,7 +286,7 @@ class Sensors : public Family {
   std::array<std::optional<int>, kSensors> latest_;
   std::array<std::set<int>, kSensors> reported_ = {std::set{0}, std::set{0}};
   std::array<Handle, kHandles> handles_;
-  // In this step:
+  // Set by the current step.
   std::array<bool, kSensors> arrived_ = {};
   Client* new_ = nullptr;
 };

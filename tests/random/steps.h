@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Steps of a run: lines of words such as "register level 2", and where they come from.
+// The steps of a run, such as "register level 2", and how they are made from bytes or a seed.
 #pragma once
 
 #include <cstddef>
@@ -17,8 +17,7 @@ using Words = std::vector<std::string>;
 using Step = Words;  // the verb, then its arguments
 using Steps = std::vector<Step>;
 
-// A kind of step: its share among the random ones, the words that each argument can be, and what is
-// done.
+// A kind of step: its weight among the random steps, the choices for each argument, and its action.
 struct Verb {
   std::string name;
   size_t weight;
@@ -27,17 +26,17 @@ struct Verb {
 };
 using Grammar = std::vector<Verb>;
 
-// Null when it is no step.
+// The verb of a step; null if the step is not valid.
 const Verb* VerbOf(const Grammar& grammar, const Step& step);
 
-// A byte decides on a verb, and one more on each of its arguments; a last step that lacks bytes
-// gets zeros.
+// Makes steps from bytes: one byte selects the verb, and one more each of its arguments. Missing
+// bytes of the last step count as zeros.
 Steps StepsFromBytes(const Grammar& grammar, std::span<const uint8_t> bytes);
-// Of random bytes, the same on every machine.
+// Makes `count` random steps, the same ones on every machine.
 Steps StepsFromSeed(const Grammar& grammar, uint64_t seed, size_t count);
 std::string StepText(const Step& step);
 
-// The size of the list when the word is not in it.
+// The index of the word, or words.size() if it is not in the list.
 size_t IndexOf(const Words& words, const std::string& word);
 
 }  // namespace norvik::qel::random_test

@@ -24,14 +24,15 @@ using services::ThermalOperation;
 using simulated::ThermalPath;
 
 constexpr std::array kPaths = {ThermalPath::kAidl, ThermalPath::kHidl};
-const Words kTypes = {"CPU", "SKIN", "BCL_CURRENT", "skin"};  // the last one is no type
+const Words kTypes = {"CPU", "SKIN", "BCL_CURRENT", "skin"};  // "skin" is not a type
 constexpr std::array kTypeNumbers = {0, 3, 7, -1};
-const Words kIds = {"0", "1", "2"};  // of each type
-// Ticks after which the attempts may have ended: five, and ten from the last of these on.
+const Words kIds = {"0", "1", "2"};  // for each type
+// The least number of ticks before both series of attempts (five quick, ten slow), or only the slow
+// series, can have ended. The first slow attempt follows the last quick one without a pause.
 constexpr size_t kReconnectTicks = 13;
 constexpr size_t kRestoreTicks = 9;
 
-// A type stands for its index, which makes the tens of the library's ids.
+// The id that the library gets: 10 times the index of the type, plus the id in the step.
 int IdOf(const std::string& type, const std::string& id) {
   return static_cast<int>(10 * IndexOf(kTypes, type)) + std::stoi(id);
 }
@@ -99,12 +100,12 @@ class Thermals : public Family {
   }
 
   bool alive() const { return alive_[0] || alive_[1]; }
-  // The library can reach a service and knows whether one has died.
+  // No call fails by script, and the library has received all death notifications.
   bool certain() const { return !faulty() && !deaths_held(); }
   size_t Callbacks() const {
     return phone_.callback_count(ThermalPath::kAidl) + phone_.callback_count(ThermalPath::kHidl);
   }
-  // The severity on the phone.
+  // The severity of a temperature on the phone; nullopt if it does not exist.
   std::optional<int> Find(int type, const std::string& name) const {
     for (const auto& each : phone_.data().temperatures) {
       if (static_cast<int>(each.type) == kTypeNumbers[type] && each.name == name) {
@@ -113,7 +114,7 @@ class Thermals : public Family {
     }
     return std::nullopt;
   }
-  // How many clients the types have.
+  // The number of clients of each type.
   std::map<int, int> Types() const {
     std::map<int, int> types;
     for (const auto& [id, name] : registered_) ++types[TypeOf(id)];
@@ -160,10 +161,10 @@ class Thermals : public Family {
     ExpectTrue(!alive() || deaths_held(), "a client is not in the dump");
     if (waiting_.empty()) waiting_cleanly_ = pausing_before() == 0;
     waiting_[id].insert(name);
-    clean_ = false;  // attempts of both kinds are made by one worker
+    clean_ = false;  // the slow worker also makes attempts for waiting registrations
   }
 
-  // The others that listen to it hear it again.
+  // A client has joined. The other clients of the temperature are called again, too.
   void Join(int id, const std::string& name) {
     registered_[id] = name;
     ClientOf(id, name).Join();
@@ -180,7 +181,7 @@ class Thermals : public Family {
 
   void Deregister(const Step& step) {
     const int id = IdOf(step[1], step[2]);
-    // The last one of a type waits until no callback of the type is under way.
+    // Deregistering the last client of a type waits for callbacks of the type that are running.
     Worker& called_by = worker(step[1]);
     if (Types()[TypeOf(id)] == 1 && called_by.state().busy) {
       called_by.Release();
@@ -200,7 +201,7 @@ class Thermals : public Family {
     registered_.erase(id);
   }
 
-  // A record has arrived that `certainly` reaches all that listen to it.
+  // A temperature report has arrived. If `certainly`, all clients of the temperature receive it.
   void Event(int type, const std::string& name, int severity, bool certainly) {
     reported_.insert(severity);
     for (const auto& [id, listened] : registered_) {
@@ -212,7 +213,7 @@ class Thermals : public Family {
 
   void ReportEvent(int type, const std::string& name, int severity) {
     const size_t callbacks = Callbacks();
-    // Certain when the services have exactly the types that have clients.
+    // Certain if exactly the types that have clients are registered with the services.
     if (callbacks > 0) Event(type, name, severity, callbacks == types_before_ && stray_ == 0);
   }
 
@@ -228,7 +229,7 @@ class Thermals : public Family {
     phone_.SetTemperature(name, static_cast<float>(severity) / 2);
   }
 
-  // Whatever the temperatures are.
+  // Sends a notification without a change of the temperature.
   void Notify(const Step& step) {
     const int type = TypeOf(step[1]);
     const int severity = std::stoi(step[3]);
@@ -241,7 +242,7 @@ class Thermals : public Family {
 
   void Limits(const Step& step) {
     const bool cached = step[1] == "cached";
-    // The first one asks the service, whose answer has both.
+    // The first getter queries the service. The answer contains both limits.
     std::map<int, int> limits;
     for (const int type : {6, 7}) {
       const auto get = type == 6 ? GetBatteryChargeLimitVoltage : GetBatteryChargeLimitCurrent;
@@ -252,7 +253,7 @@ class Thermals : public Family {
     }
     if (!cached && alive()) gave_up_ = false;
     if (!cached && !certain()) {
-      limits_ = limits;  // as they were, none, or those of one type
+      limits_ = limits;  // the old ones, none, or those of one type
     } else if (!cached && alive()) {
       limits_.clear();
       for (const auto& each : phone_.data().temperatures) {
@@ -306,7 +307,7 @@ class Thermals : public Family {
   }
 
   void Check(const Step& /*step*/) override {
-    // The service may have failed at it, or be one that has died: then they are dropped.
+    // Waiting registrations are dropped if the service fails or has died.
     if (ticked() && !certain()) waiting_cleanly_ = false;
     CheckRegistrations();
     CheckCallbacks();
@@ -321,7 +322,7 @@ class Thermals : public Family {
       if (registered_.contains(id) || !waiting_[id].contains(name)) continue;
       waiting_.erase(id);
       Join(id, name);
-      // Together with others of its name, before or after these.
+      // Other waiting clients of the type may join before or after it.
       for (const auto& [other, listened] : registered_) {
         if (TypeOf(other) == TypeOf(id)) ClientOf(other, listened).Loosen();
       }
@@ -368,8 +369,8 @@ class Thermals : public Family {
 
   void* handle_ = nullptr;
   std::map<int, std::string> registered_;
-  std::map<int, std::set<std::string>> waiting_;  // several names: the first, or a later one
-  std::map<int, int> limits_;                     // as of the last question, by type
+  std::map<int, std::set<std::string>> waiting_;  // by id: the names that it may register
+  std::map<int, int> limits_;                     // by type, from the last query
   size_t types_before_ = 0;
   bool clean_ = false;
   bool waiting_cleanly_ = false;

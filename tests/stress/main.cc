@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// quorvel_stress_test: far more of everything than a device ever sees, all that can happen at once,
-// and what is left afterwards.
+// quorvel_stress_test: far more reports, deaths, clients and handles than on a device, all at once,
+// then a check that nothing leaks.
 #include <malloc.h>
 #include <sched.h>
 #include <stdio.h>
@@ -38,26 +38,26 @@ using fake::HoldDeliveries;
 using Random = std::mt19937_64;
 
 enum class Kind {
-  kReports,  // of a service that lives; in some rounds it starts after its clients have come
-  kDeaths,   // of the service, which comes back
+  kReports,  // the service stays alive; in some rounds it starts after its clients have registered
+  kDeaths,   // the service dies and restarts
 };
 
-// How many there are altogether, and at least in a round.
+// The totals, and the least numbers of a round.
 constexpr double kReports = 100'000;
 constexpr double kDeaths = 10'000;
 constexpr int kReportsOfRound = 1000;
-constexpr int kHandlesOfRound = 10;  // where there are no deaths
+constexpr int kHandlesOfRound = 10;  // in rounds without deaths
 constexpr int kDeathsOfRound = 50;
-// Far longer than a round takes.
+// Limit for one round; far longer than a round takes.
 constexpr std::chrono::minutes kPatience(kSanitized ? 5 : 1);
 
-// The fake platform keeps threads that it once needed: two pools of at most 16 for the program.
-// There are the main thread and, under the sanitizers, one more.
+// The fake platform keeps its threads: two pools of at most 16. The other two are the main thread
+// and a sanitizer's thread.
 constexpr long kOtherThreads = 16 + 16 + 1 + 1;
-// What the allocator may need more after a storm than after a small one.
+// Allowed growth of resident memory between the small first run and the full one.
 constexpr long kSlackKb = 4L * 1024;
 
-// What has been done.
+// The numbers of operations so far.
 struct Done {
   std::atomic<int> reports = 0;
   std::atomic<int> deaths = 0;
@@ -65,7 +65,7 @@ struct Done {
   std::atomic<int> handles = 0;
 };
 
-// Values that follow each other; every round continues where the last one ended.
+// Returns the next value to report, in one sequence for all rounds.
 int NextValue() {
   static std::atomic<int> value{0};
   return value++ % 1'000'000;
@@ -75,15 +75,15 @@ void Deliver() {
   if (!fake::WaitUntilDelivered(std::chrono::hours(1))) Fail("something does not arrive");
 }
 
-// Waits until all has arrived and every other thread of the process sleeps; workers may pause.
+// Waits until all calls are delivered and every other thread of the process sleeps or pauses.
 void Settle() {
   Deliver();
   if (!WaitUntilQuiet()) Fail("a thread does not stop");
   Deliver();
 }
 
-// Waits until `seen` gives `expected`, and lets the pauses of the library's workers end meanwhile:
-// for what the library has to bring about by itself. No worker may be ended meanwhile.
+// Waits until `seen` returns `expected`, and ends the pauses of the library's workers meanwhile. No
+// worker may be ended by Deinit...() meanwhile.
 void Await(const char* what, const std::function<long()>& seen, long expected) {
   SetAwaited(what);
   while (seen() != expected) {
@@ -93,8 +93,8 @@ void Await(const char* what, const std::function<long()>& seen, long expected) {
   SetAwaited(nullptr);
 }
 
-// Every client of the handle hears of a report, two times: one that knows two values only has heard
-// of one then, too.
+// Every client of the handle must receive two reports. Two, because a client with only two values
+// may already have the first one.
 void ExpectAllHear(Subject& subject, Handle& handle) {
   for (int i = 0; i < 2; ++i) {
     Settle();
@@ -108,10 +108,10 @@ void ExpectAllHear(Subject& subject, Handle& handle) {
   }
 }
 
-// Handles that come, are used and go. In every other one a client calls the library when it is
-// called, also while its handle ends.
+// Creates, uses and destroys handles. In every second one a client calls the library from its
+// callback, also while its handle is being destroyed.
 void MakeHandles(Subject& subject, bool strict, const std::atomic<bool>& over, Done& done) {
-  // The latest ones' cookies stay readable: a call that comes too late is noticed.
+  // The cookies of the last handles are kept, so that a late call is noticed.
   std::deque<Handle> gone;
   for (int round = 0; !over; ++round, ++done.handles) {
     Handle& handle = gone.emplace_back(subject);
@@ -119,7 +119,7 @@ void MakeHandles(Subject& subject, bool strict, const std::atomic<bool>& over, D
     if (calls) {
       handle.client(0).then = [&subject, &handle, used = handle.get(), round] {
         subject.Ask(used, round);
-        // Refused or not: Deinit...() may have begun.
+        // May be refused, because Deinit...() may have begun.
         static_cast<void>(subject.Register(used, 1, handle.client(1)));
         static_cast<void>(subject.Deregister(used, 0));
       };
@@ -134,8 +134,8 @@ void MakeHandles(Subject& subject, bool strict, const std::atomic<bool>& over, D
   }
 }
 
-// Deaths that are over before their notifications are handled, and such that come in bursts. After
-// most of them the library gets the time to find the new service.
+// Restarts the service before its death notification is delivered, or several times in a burst.
+// After most restarts the library gets time to find the new service.
 void KillAndStart(Subject& subject, int count, Random& random, long held, Done& done) {
   for (const int end = done.deaths + count; done.deaths < end;) {
     if (random() % 8 != 0) {
@@ -157,12 +157,12 @@ void KillAndStart(Subject& subject, int count, Random& random, long held, Done& 
   }
 }
 
-// In a round two threads report, two register and deregister clients of one handle, one makes
-// handles and ends them, one asks questions. After it, every client that has stayed hears what is
-// reported, and the service holds the callbacks of the handles that there are.
+// In a round two threads report, two register and deregister clients of one handle, one creates and
+// destroys handles, and one queries. Afterwards every remaining client must receive reports, and
+// the service must hold exactly the callbacks of the remaining handles.
 void Round(Subject& subject, Kind kind, int count, Random& random, Done& done) {
   subject.Kill();
-  // Not with deaths: a registration that waits is dropped when the service dies once more.
+  // Not with deaths: a waiting registration is dropped if the service dies again.
   const bool late = kind == Kind::kReports && random() % 4 == 0;
   if (!late) subject.Start();
   const bool strict = kind == Kind::kReports && !late;
@@ -178,7 +178,7 @@ void Round(Subject& subject, Kind kind, int count, Random& random, Done& done) {
     threads.emplace_back([&] {
       while (!over) {
         subject.Report(NextValue());
-        // No device sends faster than all can be handled for long; a queue would only grow.
+        // Without this the queue of reports would grow without limit.
         if (done.reports++ % 64 == 0) Deliver();
       }
     });
@@ -224,8 +224,8 @@ struct Left {
 };
 
 Left MeasureAtRest(Subject& subject) {
-  subject.Kill();  // whose threads are not the program's
-  // A thread that has been joined, or whose process has died, can be listed for a moment still.
+  subject.Kill();  // ends the service's threads
+  // The kernel may still list a thread for a moment after it was joined or its process has died.
   Await(
       "threads that have to end",
       [] {
@@ -243,7 +243,7 @@ Left MeasureAtRest(Subject& subject) {
   return left;
 }
 
-// Rounds, for `count` reports or deaths or more.
+// Runs rounds until there were `count` reports or deaths.
 void Storm(Subject& subject, Kind kind, int count, uint64_t seed, Done& done) {
   Random random(seed);
   const bool deaths = kind == Kind::kDeaths;
@@ -259,7 +259,7 @@ void RunStorm(const std::string& name, const Family& family, Kind kind, double c
   RestartHangGuard("start", std::chrono::minutes(5));
   const std::unique_ptr<Subject> subject = family.make();
   const int count = std::max(1, static_cast<int>(counted));
-  // A small one first: what is kept for ever has been made then.
+  // A small run first, so that allocations that are kept forever have been made.
   Done small;
   Storm(*subject, kind, std::min(count / 10, 500) + 1, seed + 1'000'000, small);
   const Left before = MeasureAtRest(*subject);
@@ -303,7 +303,7 @@ int main(int argc, char** argv) {
       ->check(CLI::PositiveNumber);
   app.add_option("--seed", seed, "of the first time (1)");
   CLI11_PARSE(app, argc, argv);
-  // Memory is comparable only when the allocator does not make more room the more threads meet.
+  // One arena: otherwise the allocator's memory would depend on how many threads run at once.
   mallopt(M_ARENA_MAX, 1);
   norvik::qel::SetUpSilentProcess();
   const auto begin = std::chrono::steady_clock::now();

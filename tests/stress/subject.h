@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// A family as the stress tests see it: handles, clients, a device that reports, a service that
-// dies.
+// The interface of a family for the stress tests: handles, clients, reports, and deaths of the
+// service.
 #pragma once
 
 #include <atomic>
@@ -18,12 +18,12 @@
 
 namespace norvik::qel::stress {
 
-// What a client has heard: the cookie of its registration.
+// The cookie of a registration, with the last value that the client has received.
 struct Client {
   std::atomic<int> last{INT_MIN};
-  // Deinit...() has returned: another call ends the program.
+  // True once Deinit...() has returned: any further call ends the program.
   std::atomic<bool> closed{false};
-  // What it does when it is called. Set before it is registered.
+  // Runs in each call. Set it before the registration.
   std::function<void()> then = nullptr;
 
   static void Hear(int value, void* cookie) {
@@ -32,11 +32,11 @@ struct Client {
     self->last = value;
     if (self->then) self->then();
   }
-  // The same, for an interface that tells clients apart by their functions.
+  // A second function, because battery clients are identified by their functions.
   static void HearToo(int value, void* cookie) { Hear(value, cookie); }
 };
 
-// Threads: any, but one at a time starts and kills the service.
+// Threads: any, but only one at a time may start or kill the service.
 class Subject {
  public:
   virtual ~Subject() = default;
@@ -45,24 +45,24 @@ class Subject {
 
   void (*const init)(void** handle);
   void (*const deinit)(void** handle);
-  const int clients;  // that a handle can have; they have the numbers from 0
-  // How many callbacks the service holds of a handle that has all its clients.
+  const int clients;  // the number of clients of a handle; they are numbered from 0
+  // The number of callbacks that the service holds for a handle with all its clients.
   const long held_by_handle;
 
   [[nodiscard]] virtual int Register(void* handle, int client, Client& cookie) const = 0;
   [[nodiscard]] virtual int Deregister(void* handle, int client) const = 0;
-  // What else can be called at any time. `round` makes it vary.
+  // Calls the family's other functions, which may be called at any time. `round` selects some.
   virtual void Ask(void* handle, int round) const = 0;
 
-  // The device reports something new, of 0 to 999'999, to all clients.
+  // Makes the device report a new value from 0 to 999'999 to all clients.
   virtual void Report(int value) = 0;
-  // What a client hears of that.
+  // The value that a client receives for a report of `value`.
   virtual int Heard(int /*client*/, int value) const { return value; }
 
   virtual void Start() = 0;
-  // For sensors only while no handle has used the service.
+  // For sensors only while no handle uses the service.
   virtual void Kill() = 0;
-  // How many callbacks the running service holds (sensors: how often they are enabled).
+  // The number of callbacks that the running service holds (sensors: enabled sensors).
   virtual long held() const = 0;
 
  protected:
@@ -88,15 +88,15 @@ class Handle {
 
   void* get() const { return handle_; }
   Client& client(int number) { return clients_.at(static_cast<size_t>(number)); }
-  // Ends the program when one is refused. `strict`: also for the reasons that a death gives, or a
-  // registration of the same client on another thread.
+  // Ends the program if the call fails. Unless `strict`, -EINVAL is accepted: a death, or a
+  // registration of the same client on another thread, may cause it.
   void Register(int number, bool strict) {
     Expect(subject_.Register(handle_, number, client(number)), strict, "of a registration");
   }
   void Deregister(int number, bool strict) {
     Expect(subject_.Deregister(handle_, number), strict, "of a deregistration");
   }
-  // From now on no client may be called.
+  // After this no client may be called.
   void Deinit() {
     if (handle_ == nullptr) return;
     subject_.deinit(&handle_);

@@ -49,7 +49,7 @@ const Property& PropertyOf(int client) {
   return kProperties.at(static_cast<size_t>(client % kPropertyCount));
 }
 
-// Two clients of each property, which differ in their functions.
+// Each property has two clients, which differ in their functions.
 BatteryInfoCallback FunctionOf(int client) {
   return client < kPropertyCount ? Client::Hear : Client::HearToo;
 }
@@ -90,8 +90,8 @@ class Battery : public Subject {
 constexpr int kProximity = ASENSOR_TYPE_PROXIMITY;
 constexpr int kHinge = ASENSOR_TYPE_HINGE_ANGLE;
 
-// The library does not survive its service's death, and the hub's service starts once. So each
-// start that follows a Kill() is of a new hub, whose predecessor no handle uses any more.
+// The library does not survive the sensor service's death, and a hub's service starts only once. So
+// a start after Kill() creates a new hub. No handle uses the old one any more.
 class Sensors : public Subject {
  public:
   Sensors() : Subject(InitSensorInfo, DeinitSensorInfo, 4, 2) { Sensors::Kill(); }
@@ -113,7 +113,7 @@ class Sensors : public Subject {
   void Start() override { hub_->Start(); }
   void Kill() override {
     hub_.reset();
-    // The looper is the process's: a wake may be left in it.
+    // Consumes a wake that an earlier handle has left in the process's looper.
     while (ALooper_forThread() != nullptr &&
            ALooper_pollOnce(0, nullptr, nullptr, nullptr) != ALOOPER_POLL_TIMEOUT) {
     }
@@ -171,7 +171,7 @@ class ThermalOver : public Subject {
                 "the result of a limits query");
     DumpThermalInfo(handle, Nowhere());
   }
-  // Severities are passed on as reported, not checked, so that reports can be told apart.
+  // The library does not check severities, so each report can have a different value.
   void Report(int value) override {
     for (const Listened& listened : kListened) {
       thermal_.Notify({.type = listened.type,
