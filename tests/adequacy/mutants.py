@@ -31,13 +31,13 @@ import reasons
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 LIST = pathlib.Path(__file__).with_name("survivors.txt")
 TESTS = ["tests/library/all", "tests/random/all"]
-# The tests of a folder of src/, by parts of their names.
+# For each folder of src/, substrings of the names of its tests.
 WORDS = {"battery": ["Battery", "c_api"], "sensor": ["Sensor", "c_api"],
          "thermal": ["Thermal", "c_api"], "thermal_hidl_wrapper": ["Thermal"],
          "common": ["RepeatedThread", "LiveObjects", "Dump", "ShortRecovery"]}
 
-# What is replaced in a line: all other places stay. The style of the sources puts spaces round
-# operators, which template brackets do not have.
+# Replacements of operators and words. The sources have spaces around operators, which distinguishes
+# them from template brackets.
 SWAPS = [(f" {a} ", f" {b} ") for a, b in
          [("==", "!="), ("!=", "=="), ("<", "<="), ("<=", "<"), (">", ">="), (">=", ">"),
           ("&&", "||"), ("||", "&&"), ("+", "-"), ("-", "+"), ("+=", "-="), ("|=", "=")]]
@@ -102,7 +102,7 @@ def mutate(source):
 
     def add(first, last, text):
         old = " ".join(line.strip() for line in original[first:last + 1])
-        if len(old) < 15:  # says little without the line before
+        if len(old) < 15:  # too short to identify the place without the line before
             old = f"{original[first - 1].strip()} {old}"
         indent = re.match(" *", original[first]).group()
         changed = original[:first] + [indent + text.strip()] + original[last + 1:]
@@ -136,7 +136,7 @@ def mutate(source):
             depth = 1
             while end < len(line) and (depth := depth + balance(line[end])) > 0:
                 end += 1
-            # A simple comparison and a negated condition have been inverted above.
+            # Simple comparisons and negated conditions are inverted above.
             inverted = re.fullmatch(r"![^&|]*|[^&|]* [=!<>]=? [^&|]*", line[begin:end])
             if depth == 0 and not inverted:
                 add(i, i, f"{original[i][:begin]}!({original[i][begin:end]}){original[i][end:]}")
@@ -220,7 +220,7 @@ class Build:
         copy = self.tree / name
         source = copy.read_text()
         counts = {"killed": 0, "rejected by the compiler": 0, "survived": 0, "listed": 0}
-        # The library is shared: the programs need not be linked again, except to try a header.
+        # The library is shared, so only a mutant of a header requires a new build of the programs.
         targets = ["quorvel"] if name.endswith(".cc") else TESTS
         try:
             for mutant, text in mutate(source):
@@ -246,8 +246,8 @@ class Build:
 
 def main(folder, names):
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
-    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))  # ends what runs, as SIGINT does
-    # A mutant may allocate without end.
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))  # ends running tests, as SIGINT does
+    # A mutant may allocate without limit.
     resource.setrlimit(resource.RLIMIT_AS, (8 << 30, resource.RLIM_INFINITY))
     names = names or sorted(str(path.relative_to(ROOT)) for path in (ROOT / "src").rglob("*.cc"))
     for name in names:

@@ -20,13 +20,13 @@ import termios
 import threading
 import unittest
 
-# The monitor, and what a test needs beside it.
+# The monitor, and a second program or file that the test needs.
 QUORVEL, OTHER = (os.path.abspath(path) for path in sys.argv[1:])
-# The phone's monitor on phones of three kinds; two of them lack something.
+# The phone's monitor on three kinds of phones: complete, without services, and old.
 PHONE, BARE, FLAT = ({"program": OTHER, "env": {"QUORVEL_PHONE": kind, "COLUMNS": "500"}}
                      for kind in ("", "bare", "flat"))
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
-LIMIT = 60  # seconds; only a broken monitor meets it
+LIMIT = 60  # seconds; only a broken monitor reaches it
 
 
 class Started(subprocess.Popen):
@@ -73,8 +73,8 @@ def on_machine(devices, *args, **kwargs):
                    **kwargs)
 
 
-# Two batteries, accessories and chargers of every kind, temperatures with and without a known type,
-# one of them unreadable, and a hinge.
+# A machine with two batteries, accessories, all kinds of chargers, temperatures with known and
+# unknown types (one is unreadable), and a hinge.
 MACHINE = [
     ("power_supply", "BAT0", {"type": "Battery", "capacity": "80", "energy_now": "40000000",
                               "energy_full": "50000000", "cycle_count": "5"}),

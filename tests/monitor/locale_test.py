@@ -46,7 +46,7 @@ class LocaleTest(Case):
             out = self.output(run("play", path, "--speed", "0.5", "--json", "--record", path + "2",
                                   "--force", env=env))
             self.output(run("plot", path, "--output", path + ".svg", env=env))
-            # Callbacks of different threads come in any order.
+            # Callbacks of different threads have no order.
             results.append((sorted(re.sub(r'"time":"[^"]*"', "", out).splitlines()),
                             (self.folder / "a.jsonl.svg").read_text()))
             self.assertIn('"value":36.625', (self.folder / "a.jsonl2").read_text())

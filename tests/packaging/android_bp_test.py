@@ -15,7 +15,7 @@ import sys
 import unittest
 
 ROOT = pathlib.Path(sys.argv[1]).resolve()
-# What the tree adds to every module, and what only one side has to say.
+# Flags that the Android source tree adds to every module, and flags that only one build needs.
 OF_THE_TREE = {"-fno-exceptions", "-fno-rtti", "-Wl,-z,defs"}
 OF_ONE_SIDE = re.compile(r"-Werror$|-D|-ffile-prefix-map|-Wthread-safety$")
 
@@ -84,7 +84,7 @@ class AndroidBpTest(unittest.TestCase):
     def test_the_tree_runs_the_checks_of_our_lint(self):
         text = re.search(r"^Checks: >\n(.*?)^\w", (ROOT / ".clang-tidy").read_text(),
                          re.MULTILINE | re.DOTALL)[1]
-        # The tree starts from checks of its own, and its compiler's warnings are errors already.
+        # The Android source tree has default checks, and treats compiler warnings as errors.
         ours = {check for check in re.findall(r"[^\s,]+", text)
                 if check != "-*" and "clang-diagnostic" not in check}
         for name in ("libquorvel", "quorvel", "quorvel_device_test"):

@@ -24,8 +24,8 @@ PLATFORM = "host/fake_platform/include"
 CONTROL = "host/fake_platform/control"
 PRODUCT = ["include", "src", "monitor", "host"]
 SUPPORT = "tests/support"
-# Each target that this build makes: the folders whose headers it may include, and a header that has
-# to compile, so that an include path which is wrong altogether is noticed.
+# Each target of this build: the folders whose headers it may include, and a header that must be
+# found, so that a wrong include path is noticed.
 TARGETS = {
     "quorvel_objects": (["include", "src", PLATFORM], "thermal/thermal_info.h"),
     "quorvel_monitor_core": (["include", "monitor"], "clients/client.h"),
@@ -78,7 +78,7 @@ class BordersTest(unittest.TestCase):
                     is_permitted = header.startswith(tuple(folder + "/" for folder in allowed))
                     (permitted if is_permitted else forbidden).update(spellings(header))
                 forbidden -= permitted
-                # The system's own headers have names, too.
+                # Names that are also headers of the system do not count.
                 forbidden -= reached(forbidden, [])
                 tried += len(forbidden)
                 self.assertEqual(reached(forbidden, include_path), set())

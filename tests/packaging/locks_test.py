@@ -18,7 +18,7 @@ import unittest
 ROOT = pathlib.Path(sys.argv[1]).resolve()
 FOLDERS = ("src", "host", "monitor", "tests", "bench")
 
-# What opens and closes scopes; a variable, a reference to one included, but neither a parameter nor a
+# Tokens: the begin or end of a scope; a mutex variable or reference, but not a parameter or a
 # template argument; an annotation.
 TOKEN = re.compile(r"[{}]|^[ \t]*(?:(?:static|mutable|inline|constinit|const|thread_local)\s+)*"
                    r"(?:std::(?:recursive_|timed_|recursive_timed_|shared_|shared_timed_)?mutex"
