@@ -173,7 +173,7 @@ TEST_F(BinderTest, OnewayCallsArriveInOrderOnAThreadOfTheirOwn) {
   const auto callback = ndk::SharedRefBase::make<Callback>();
   const auto other = ndk::SharedRefBase::make<Callback>();
   const std::shared_ptr<IHealth> proxy = Proxy();
-  std::vector<int> sent = {50};  // from inside the registration
+  std::vector<int> sent = {50};  // the first report is sent during the registration
   {
     // A one-way call returns even while deliveries are held.
     HoldDeliveries hold(Delivery::kOneway);

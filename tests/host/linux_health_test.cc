@@ -163,7 +163,7 @@ TEST_F(LinuxHealthTest, ASupplyIsNotReadBeforeItIsAnnounced) {
   machine_.Add("BAT1", kGoodBattery);
   machine_.Unlist("BAT0");
   health_.Start();
-  machine_.List("BAT0");  // as a driver that is still creating its files
+  machine_.List("BAT0");  // like a driver that is still creating its files
   EXPECT_EQ(AskLevel(), 73);
   machine_.Set("BAT0", "capacity", "20\n");
   machine_.Announce("BAT0", "add");

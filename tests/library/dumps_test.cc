@@ -79,7 +79,7 @@ TEST_P(DumpsTest, ADescriptorThatCannotBeWrittenToCostsNoMemory) {
     const size_t before = mallinfo2().uordblks;
     for (int i = 0; i < 1000; ++i) DumpTo(fd);
     const size_t after = mallinfo2().uordblks;
-    if (!kSanitized) {  // a sanitizer's allocator is not counted
+    if (!kSanitized) {  // mallinfo2() does not count a sanitizer's allocations
       EXPECT_LT(after, before + size_t{100'000}) << "descriptor " << fd;
     }
   }

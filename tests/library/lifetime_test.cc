@@ -145,7 +145,7 @@ TEST_P(LifetimeTest, ADeathNotificationOnItsWayLeavesTheNextHandleAlone) {
     log_.Clear();
     hold.Release();
     ASSERT_TRUE(fake::WaitUntilDelivered());
-    ASSERT_TRUE(Query(handle_));  // a thermal handle that took its service for dead would recover
+    ASSERT_TRUE(Query(handle_));  // a thermal handle whose link had been lost would recover here
     ASSERT_THAT(Log(), IsEmpty()) << "nothing to recover";
     Deinit();
     Init();

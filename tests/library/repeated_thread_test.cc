@@ -83,7 +83,7 @@ class RepeatedThreadTest : public testing::Test {
 TEST_F(RepeatedThreadTest, StartsDuringARunAddOneRunAtMost) {
   constexpr char kReady[] = "Start[worker]: trigger run again.";
   struct Run {
-    int starts;  // inside the run
+    int starts;  // the number of Start() calls during the run
     bool result;
   };
   const struct {

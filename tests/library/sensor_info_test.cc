@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Readings and clients, with the sensor service up.
+// Readings and clients while the sensor service runs.
 #include "sensor/sensor_info.h"
 
 #include "sensor_fixture.h"
@@ -94,7 +94,7 @@ TEST_F(SensorInfoTest, AFailedPollOrReadIsRepeated) {
   hub_.on(SensorFunction::kPollOnce).Then({.status = ALOOPER_POLL_ERROR}, 5);
   RegisterProximity();
   ASSERT_TRUE(hub_.on(SensorFunction::kPollOnce).WaitForCalls(6));
-  EXPECT_LE(Calls(SensorFunction::kGetEvents), 1);  // the look before the first wait
+  EXPECT_LE(Calls(SensorFunction::kGetEvents), 1);  // the read before the first wait
   hub_.Report(kProximity, 5);
   EXPECT_EQ(seen_.Take(), (Call{0, 5}));
   const int reads = Calls(SensorFunction::kGetEvents);

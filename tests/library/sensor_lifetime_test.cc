@@ -75,8 +75,8 @@ TEST_F(SensorLifetimeTest, ASlowPlatformCallHoldsUpNoOtherHandleAndNoDump) {
   EXPECT_TRUE(busy.seen.TakeUntil({0, 20}));
 }
 
-// Runs `action` in a callback between the wake with which Deinit ends the poll and the end of the
-// poll. Then ends the handle.
+// Runs `action` in a callback after Deinit...() has sent the wake that ends the poll, and before
+// the poll ends. Then the handle ends.
 struct ActsAtTheEnd {
   ActsAtTheEnd() {
     client.action = [this](int) { Act(); };

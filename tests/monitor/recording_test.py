@@ -101,7 +101,7 @@ WRONG_SCENARIOS = [
 LEVEL = {"called": "battery_level", "value": 50, "within": 0.1}
 IN_VAIN = [
     ("it last heard: 50 %", BATTERY, {"expect": LEVEL | {"value": 51}}),
-    ("in vain", BATTERY, {"expect": LEVEL}, {"expect": LEVEL}),  # one call, once
+    ("in vain", BATTERY, {"expect": LEVEL}, {"expect": LEVEL}),  # a call meets one expectation
     ("to register", BATTERY, {"expect": {"registered": "health"}},
      {"expect": {"registered": "health", "within": 0.1}}),
     ("to unregister", BATTERY, {"expect": {"unregistered": "health", "within": 0.1}}),

@@ -63,7 +63,7 @@ SHELLS = {
     "bash": ("-euc", """source "$1/quorvel.bash"; COMP_LINE=$2 COMP_POINT=${#2}; _quorvel
                         printf '%s\\n' "${COMPREPLY[@]}\"""", "bash"),
     "fish": ("--no-config", "-c", "source $argv[1]/quorvel.fish; complete --do-complete $argv[2]"),
-    # Runs the function with what zsh would give it, and prints what it offers.
+    # Runs the completion function with the variables of zsh, and prints its candidates.
     "zsh": ("-fc", """compadd() { print -rl -- $names }; _files() { print -rl -- $PREFIX*(N) }
                       compset() { PREFIX=${PREFIX#*=} }
                       words=(${(z)2}); [[ $2 == *' ' ]] && words+=('')
