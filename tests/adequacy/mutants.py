@@ -7,10 +7,10 @@
 
 usage: mutants.py BUILD [FILE...]
 
-FILE is a source under src/; by default all that are not headers. The build is clang's with libc++,
-which also rejects most locks that are dropped. Statements that only log or reserve memory are left
-alone, and so are the mutants in survivors.txt. Fails when another one survives, or one of those is
-not made any more.
+FILE is a source under src/; the default is all sources except headers. The build uses clang with
+libc++, which also rejects most removed locks. Statements that only log or reserve memory are not
+changed, and the mutants in survivors.txt are not tried. Fails if another mutant survives, or if a
+listed one is not made any more.
 """
 
 import collections
@@ -82,7 +82,7 @@ def statements(lines):
 
 
 def unmutated(lines):
-    """The indices of the lines that no test can miss, or that only decide whether to log."""
+    """The indices of lines whose change has no visible effect, or that only decide about a log."""
     found = {i for first, last in statements(lines) for i in range(first, last + 1)
              if NO_EFFECT.search(" ".join(lines[first:last + 1]).split("{")[0])}
     for i, line in enumerate(lines):
@@ -173,7 +173,7 @@ class Build:
             sys.exit(f"the build fails without a mutant: see {self.out}.log")
 
     def execute(self, command, limit):
-        """Whether the command succeeds in time. Ends whatever it has started."""
+        """Runs a command and kills its process group. Returns whether it succeeded in time."""
         with open(self.out.with_suffix(".log"), "wb") as log:
             process = subprocess.Popen(command, cwd=self.tree, stdout=log, stderr=log,
                                        start_new_session=True)
@@ -190,7 +190,7 @@ class Build:
         return self.execute(["cmake", "--build", self.out, "--target", *targets], limit)
 
     def quick_tests(self, words):
-        """The commands that run the tests with such names, with their time limits, the fastest
+        """The commands and time limits of the tests whose names have one of the words, the fastest
         first."""
         commands = {}
         for folder in TESTS:
@@ -216,7 +216,7 @@ class Build:
                 for command, seconds in sorted(commands.items(), key=lambda item: item[1])]
 
     def survivors(self, name, tests, listed):
-        """How many mutants of the source all tests pass, except the listed ones. Prints them."""
+        """Prints the unlisted mutants of a source that pass all tests. Returns their number."""
         copy = self.tree / name
         source = copy.read_text()
         counts = {"killed": 0, "rejected by the compiler": 0, "survived": 0, "listed": 0}

@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The quorvel developers
 # SPDX-License-Identifier: Apache-2.0
 
-"""list, status and doctor, on a simulated phone, on a described machine, and where services lack.
+"""list, status and doctor on a simulated phone, on a fake Linux machine, and without services.
 
 usage: inventory_test.py QUORVEL QUORVEL_PHONE
 """

@@ -6,7 +6,7 @@
 
 usage: monitor_test.py QUORVEL QUORVEL_PHONE
 
-QUORVEL_PHONE is the phone's monitor, on a phone that QUORVEL_PHONE in the environment describes.
+QUORVEL_PHONE is the phone's monitor. The environment variable QUORVEL_PHONE selects its phone.
 """
 
 import collections
@@ -116,7 +116,7 @@ def without_addresses(text):
 
 
 def midnight_in(seconds):
-    """The time zone where the day ends then."""
+    """A time zone in which the day ends after this time."""
     ahead = 86400 - seconds - int(time.time()) % 86400
     sign, ahead = ("-" if ahead >= 0 else ""), abs(ahead)
     return f"QVL{sign}{ahead // 3600}:{ahead // 60 % 60}:{ahead % 60}"
@@ -132,8 +132,8 @@ class MonitorTest(Case):
         cls.sensors = Started("watch", "sensors", "--json", "--for", "8s")
 
     def heard(self, objects, name):
-        """The values that were heard of one property, each after the one before it; of a severity
-        the level."""
+        """The new values of one property; the levels of severities. Checks that each change starts
+        from the value before."""
         changes = [o for o in objects if o["event"] == "value" and o["property"] == name]
         values = [o["new"] for o in changes]
         self.assertEqual([o["old"] for o in changes], [None, *values][:-1])

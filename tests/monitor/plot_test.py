@@ -49,7 +49,7 @@ class PlotTest(Case):
         self.env["PATH"] = f"{self.folder}:{os.environ['PATH']}"
 
     def script(self, *events, **how):
-        """The commands for gnuplot, and the rows of what is plotted under each title."""
+        """The commands for gnuplot, and the data rows and styles of the plots by panel."""
         self.record(*events, **how)
         self.fake_gnuplot('cat "$2"')
         self.run_in("plot", "a.jsonl", "--output", "a.svg")

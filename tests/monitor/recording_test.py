@@ -134,7 +134,7 @@ class RecordingTest(Case):
         return str(self.folder / name)
 
     def events(self, path):
-        """The events of a recording in which every line is what the schema says."""
+        """The events of a recording. Checks every line against the schema."""
         text = pathlib.Path(path).read_text(encoding="utf-8")
         self.assertTrue(text.endswith("\n"))
         lines = [json.loads(line) for line in text.splitlines()]

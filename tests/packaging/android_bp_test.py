@@ -2,8 +2,8 @@
 # SPDX-FileCopyrightText: 2026 The quorvel developers
 # SPDX-License-Identifier: Apache-2.0
 
-"""Android.bp builds each module from the sources and with the flags of the host build, and lets the
-tree run the checks of our own lint.
+"""Android.bp builds each module with the sources and flags of the host build, and enables our own
+lint checks in the Android source tree.
 
 usage: android_bp_test.py ROOT "MODULE:srcs:SOURCE..." "MODULE:flags:FLAG..."...
 """
@@ -38,7 +38,7 @@ def read_modules():
 
 
 def host_build():
-    """By module and property."""
+    """The expected values by module and property, from the command line."""
     values = {}
     for word in sys.argv[2:]:
         name, what, items = word.split(":", 2)

@@ -2,8 +2,8 @@
 # SPDX-FileCopyrightText: 2026 The quorvel developers
 # SPDX-License-Identifier: Apache-2.0
 
-"""The build keeps the borders between the folders: what a folder must not include does not compile
-there. Tries each header of the tree with the include path of each target.
+"""The build keeps the borders between the folders: a header that a folder must not include is not
+found there. Tries each header of the tree with the include path of each target.
 
 usage: borders_test.py ROOT COMPILER FOLDER
 
@@ -51,7 +51,7 @@ HEADERS = sorted(str(path.relative_to(ROOT)) for path in SOURCES if path.suffix 
 
 
 def reached(names, include_path):
-    """Those of the names that an #include finds."""
+    """The subset of the names that an #include finds."""
     text = "".join(f'#if __has_include("{name}")\nfound {name}\n#endif\n' for name in names)
     options = [f"-I{folder}" for folder in include_path]
     done = subprocess.run([COMPILER, "-std=c++20", "-x", "c++", "-E", "-P", *options, "-"],
@@ -60,7 +60,8 @@ def reached(names, include_path):
 
 
 def spellings(header):
-    """The ways in which a source may name it: from the root, and from each folder on the way."""
+    """The names by which a source may include a header: relative to the root and each folder of
+    its path."""
     parts = header.split("/")
     return ["/".join(parts[i:]) for i in range(len(parts))]
 

@@ -2,8 +2,8 @@
 # SPDX-FileCopyrightText: 2026 The quorvel developers
 # SPDX-License-Identifier: Apache-2.0
 
-"""What the documents show works: their commands are run, on their programs and with an installed
-tree; their links are followed, and their table of retries is compared with the code.
+"""Tests the documents: runs their commands on their programs with an installed tree, checks their
+links, and compares their table of retries with the code.
 
 usage: docs_test.py ROOT QUORVEL CMAKE BUILD-FOLDER
 
@@ -58,7 +58,7 @@ def prose(document):
 
 
 def anchors(document):
-    """As the usual renderers make them of headings."""
+    """The anchors that the usual renderers make from headings."""
     headings = re.findall(r"^#+ (.*)$", prose(document), re.MULTILINE)
     return {re.sub(r"[^\w -]", "", heading.lower()).strip().replace(" ", "-")
             for heading in headings}

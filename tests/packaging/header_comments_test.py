@@ -2,8 +2,8 @@
 # SPDX-FileCopyrightText: 2026 The quorvel developers
 # SPDX-License-Identifier: Apache-2.0
 
-"""The comments of quorvel.h list the results that doxygen does not miss: it accepts a function with
-a single @retval, and an enumerator without a comment.
+"""The comments of quorvel.h list all results. doxygen does not check that: it accepts a function
+with a single @retval, and an enumerator without a comment.
 
 usage: header_comments_test.py HEADER
 """
