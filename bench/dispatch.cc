@@ -145,7 +145,7 @@ class SensorDispatch {
   audio::SensorInfo sensor_;
 };
 
-// All clients listen to one temperature, the one of the record.
+// All clients are registered for the temperature in record_.
 class ThermalDispatch {
  public:
   static Callback CallbackOf(size_t /*index*/) { return TakeTurn; }

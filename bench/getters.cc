@@ -22,10 +22,10 @@ namespace {
 
 using Getter = int (*)(void* handle, bool use_cached);
 
-// The time of this many calls; for one, reading the clock would dominate.
+// The number of calls per measurement. For a single call, reading the clock would dominate.
 constexpr int kCalls = 1000;
 
-// Empty if a call returned another value than the first one.
+// The duration of kCalls calls; empty if they returned different values.
 template <Getter kGetter>
 std::optional<int64_t> TimeOfCalls(void* handle) {
   const int expected = kGetter(handle, /*use_cached=*/true);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What a handle without clients costs: its memory, and the time to create and destroy it, compared
+// The cost of a handle without clients: its memory, and the time to create and destroy it, compared
 // with the same number of threads that only wait to end.
 //
 // No service is declared meanwhile. Creating a handle looks up no service. Neither does destroying

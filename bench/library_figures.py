@@ -4,7 +4,7 @@
 
 """The size of the library, its relocations, and the time to load it.
 
-What its dependencies take is loaded with it; the baseline is an empty library that has the same.
+The load time includes the dependencies. The baseline is an empty library with the same ones.
 """
 
 import argparse

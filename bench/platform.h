@@ -14,7 +14,7 @@
 
 namespace norvik::qel::bench {
 
-// When a poll of the process last returned.
+// The time at which the last poll of the process returned.
 int64_t LastPollReturnNs();
 
 // The number of polls started so far. A thread that starts its next poll has finished the events of

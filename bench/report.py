@@ -4,9 +4,9 @@
 
 """report.py RESULTS.json... [--plot FILE.svg]: the library's costs compared with its baselines.
 
-Reads what the benchmark programs and library_figures.py have written, all of one run, and prints a
-table in Markdown. Ends with 1 if a figure is missing or a benchmark has found its own work wrong;
-a mark that is missed is told, and is no failure: machines differ.
+Reads the results of the benchmark programs and library_figures.py from one run, and prints a table
+in Markdown. Exits with 1 if a figure is missing or a benchmark has reported an error. A missed mark
+is shown but is not a failure, because machines differ.
 """
 
 import argparse
@@ -20,7 +20,7 @@ CLIENTS = [1, 10, 100, 1000]
 
 
 class Results:
-    """Medians, and the spread of the passes, by the benchmark's name."""
+    """The medians and the standard deviations of the passes, by the benchmark's name."""
 
     def __init__(self, files):
         self.medians, self.deviations, self.errors, self.figures = {}, {}, [], {}
@@ -76,7 +76,7 @@ class Table:
                     most and ratio <= most, f"{ratio:.{digits}f}")
 
     def turns(self, what, run, beside, theirs, most=None, share="p50"):
-        """What Turns has measured: RUN gives its counters."""
+        """Adds a row for a measurement of Turns, whose counters RUN returns."""
         self.ratio(what, run(f"library_{share}_ns"), beside, run(f"{theirs}_{share}_ns"), most,
                    run(f"{theirs}_{share}_ratio"))
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What the devices of a host have in common.
+// Functions that the devices of a host share.
 #pragma once
 
 #include "clients/device.h"

@@ -125,7 +125,7 @@ class TextOutput : public Output {
     lines_.Write(Fitted("    ** " + Counted(count, "more time") + ": " + what, /*indent=*/4));
   }
 
-  // The time, the plain text and the coloured one. Continuation lines are indented.
+  // Writes the time, the plain text and the coloured text. Continuation lines are indented.
   void WriteAt(WallTime time, const std::string& plain, const std::string& coloured,
                std::string_view colour) {
     const std::string date = DateOf(time);

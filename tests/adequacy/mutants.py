@@ -7,10 +7,10 @@
 
 usage: mutants.py BUILD [FILE...]
 
-FILE is a source under src/; by default all that are not headers. The build is clang's with libc++,
-which also rejects most locks that are dropped. Statements that only log or reserve memory are left
-alone, and so are the mutants in survivors.txt. Fails when another one survives, or one of those is
-not made any more.
+FILE is a source under src/; the default is all sources except headers. The build uses clang with
+libc++, which also rejects most removed locks. Statements that only log or reserve memory are not
+changed, and the mutants in survivors.txt are not tried. Fails if another mutant survives, or if a
+listed one is not made any more.
 """
 
 import collections
@@ -31,13 +31,13 @@ import reasons
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 LIST = pathlib.Path(__file__).with_name("survivors.txt")
 TESTS = ["tests/library/all", "tests/random/all"]
-# The tests of a folder of src/, by parts of their names.
+# For each folder of src/, substrings of the names of its tests.
 WORDS = {"battery": ["Battery", "c_api"], "sensor": ["Sensor", "c_api"],
          "thermal": ["Thermal", "c_api"], "thermal_hidl_wrapper": ["Thermal"],
          "common": ["RepeatedThread", "LiveObjects", "Dump", "ShortRecovery"]}
 
-# What is replaced in a line: all other places stay. The style of the sources puts spaces round
-# operators, which template brackets do not have.
+# Replacements of operators and words. The sources have spaces around operators, which distinguishes
+# them from template brackets.
 SWAPS = [(f" {a} ", f" {b} ") for a, b in
          [("==", "!="), ("!=", "=="), ("<", "<="), ("<=", "<"), (">", ">="), (">=", ">"),
           ("&&", "||"), ("||", "&&"), ("+", "-"), ("-", "+"), ("+=", "-="), ("|=", "=")]]
@@ -82,7 +82,7 @@ def statements(lines):
 
 
 def unmutated(lines):
-    """The indices of the lines that no test can miss, or that only decide whether to log."""
+    """The indices of lines whose change has no visible effect, or that only decide about a log."""
     found = {i for first, last in statements(lines) for i in range(first, last + 1)
              if NO_EFFECT.search(" ".join(lines[first:last + 1]).split("{")[0])}
     for i, line in enumerate(lines):
@@ -102,7 +102,7 @@ def mutate(source):
 
     def add(first, last, text):
         old = " ".join(line.strip() for line in original[first:last + 1])
-        if len(old) < 15:  # says little without the line before
+        if len(old) < 15:  # too short to identify the place without the line before
             old = f"{original[first - 1].strip()} {old}"
         indent = re.match(" *", original[first]).group()
         changed = original[:first] + [indent + text.strip()] + original[last + 1:]
@@ -136,7 +136,7 @@ def mutate(source):
             depth = 1
             while end < len(line) and (depth := depth + balance(line[end])) > 0:
                 end += 1
-            # A simple comparison and a negated condition have been inverted above.
+            # Simple comparisons and negated conditions are inverted above.
             inverted = re.fullmatch(r"![^&|]*|[^&|]* [=!<>]=? [^&|]*", line[begin:end])
             if depth == 0 and not inverted:
                 add(i, i, f"{original[i][:begin]}!({original[i][begin:end]}){original[i][end:]}")
@@ -173,7 +173,7 @@ class Build:
             sys.exit(f"the build fails without a mutant: see {self.out}.log")
 
     def execute(self, command, limit):
-        """Whether the command succeeds in time. Ends whatever it has started."""
+        """Runs a command and kills its process group. Returns whether it succeeded in time."""
         with open(self.out.with_suffix(".log"), "wb") as log:
             process = subprocess.Popen(command, cwd=self.tree, stdout=log, stderr=log,
                                        start_new_session=True)
@@ -190,7 +190,7 @@ class Build:
         return self.execute(["cmake", "--build", self.out, "--target", *targets], limit)
 
     def quick_tests(self, words):
-        """The commands that run the tests with such names, with their time limits, the fastest
+        """The commands and time limits of the tests whose names have one of the words, the fastest
         first."""
         commands = {}
         for folder in TESTS:
@@ -216,11 +216,11 @@ class Build:
                 for command, seconds in sorted(commands.items(), key=lambda item: item[1])]
 
     def survivors(self, name, tests, listed):
-        """How many mutants of the source all tests pass, except the listed ones. Prints them."""
+        """Prints the unlisted mutants of a source that pass all tests. Returns their number."""
         copy = self.tree / name
         source = copy.read_text()
         counts = {"killed": 0, "rejected by the compiler": 0, "survived": 0, "listed": 0}
-        # The library is shared: the programs need not be linked again, except to try a header.
+        # The library is shared, so only a mutant of a header requires a new build of the programs.
         targets = ["quorvel"] if name.endswith(".cc") else TESTS
         try:
             for mutant, text in mutate(source):
@@ -246,8 +246,8 @@ class Build:
 
 def main(folder, names):
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
-    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))  # ends what runs, as SIGINT does
-    # A mutant may allocate without end.
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))  # ends running tests, as SIGINT does
+    # A mutant may allocate without limit.
     resource.setrlimit(resource.RLIMIT_AS, (8 << 30, resource.RLIM_INFINITY))
     names = names or sorted(str(path.relative_to(ROOT)) for path in (ROOT / "src").rglob("*.cc"))
     for name in names:

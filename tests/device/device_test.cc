@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Tests against the services of the device that they run on, through the C functions alone. They
-// run on a phone and on a host alike: nothing here knows which.
+// Tests of the C functions against the services of the device that they run on. The same code runs
+// on a phone and on a host.
 #include <android/binder_process.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -54,7 +54,7 @@ constexpr char kNotFound[] =
 constexpr seconds kReturnLimit(30);         // from the restart of a service to a call of its client
 constexpr int64_t kMemoryTolerance = 1024;  // kilobytes
 
-// From the command line. Families are "battery", "sensor" and "thermal".
+// Options from the command line. Families are "battery", "sensor" and "thermal".
 struct Options {
   seconds limit{5};
   seconds listening{20};
@@ -64,7 +64,7 @@ struct Options {
 };
 Options options;
 
-// Asks until it is so; false after the limit.
+// Polls until `is_so`; false after the limit.
 [[nodiscard]] bool Eventually(const std::function<bool()>& is_so, seconds limit = options.limit) {
   const auto deadline = Clock::now() + limit;
   while (!is_so()) {
@@ -74,10 +74,10 @@ Options options;
   return true;
 }
 
-// The cookie of a registration. One thread waits.
+// The cookie of a registration. Only one thread may wait for calls.
 class Client {
  public:
-  // A battery client is identified by its function: each kId is a client of its own.
+  // A battery client is identified by its function, so each kId is a separate client.
   template <int kId>
   static void OnValue(int value, void* cookie) {
     auto& self = *static_cast<Client*>(cookie);
@@ -90,7 +90,7 @@ class Client {
   std::function<void()> on_call;  // set it before the registration
 
   int calls() const { return calls_; }
-  int value() const { return value_; }  // the last
+  int value() const { return value_; }  // of the last call
   [[nodiscard]] bool WaitForCalls(int count, Clock::duration limit = options.limit) {
     const auto deadline = Clock::now() + limit;
     while (calls_ < count && called_.try_acquire_until(deadline)) {
@@ -118,7 +118,7 @@ std::string DumpText(void (*dump)(void* handle, int fd), void* handle) {
   return text;
 }
 
-// What a client can register for.
+// A value that a client can register for, with the functions of its family.
 struct Subject {
   const char* name;
   const char* family;
@@ -128,7 +128,7 @@ struct Subject {
   // `id` is 0 or 1. A null client registers a null function.
   int (*enroll)(void* handle, int id, Client* client);
   int (*leave)(void* handle, int id);
-  // Whether the service can be used; asked after a registration.
+  // Whether the service can be used. Called after a registration.
   bool (*answers)(void* handle);
 };
 
@@ -142,7 +142,7 @@ int EnrollForThrottling(void* handle, int id, Client* client) {
   return RegisterThermalCallback(handle, &param, client);
 }
 
-// While no service can be reached, a registration waits whatever its name.
+// A registration for an unknown name fails only if the service answers. Otherwise it waits.
 bool ThermalAnswers(void* handle) {
   const ThermalCallbackParam param = {2, "SKIN", "no such temperature", kFunctions[0]};
   return RegisterThermalCallback(handle, &param, handle) != 0;
@@ -203,12 +203,12 @@ class Handle {
   void* handle_ = nullptr;
 };
 
-// A handle with a client that has been called. Skipped, with the reason, without a service.
+// A handle with a client that has been called. Without a service the test is skipped with a reason.
 class SubjectTest : public testing::Test {
  protected:
   explicit SubjectTest(const Subject& subject) : subject_(subject), handle_(subject) {}
   void SetUp() override {
-    static std::map<std::string, std::string> absences;  // kept: to find out takes seconds
+    static std::map<std::string, std::string> absences;  // kept, because finding out takes seconds
     std::string& absence = absences[subject_.name];
     if (absence.empty()) Enroll(&absence);
     if (HasFatalFailure() || absence.empty()) return;
@@ -217,7 +217,7 @@ class SubjectTest : public testing::Test {
   }
 
   const Subject& subject_;
-  Client client_, other_;  // the handle goes before its cookies
+  Client client_, other_;  // declared first, so that the handle is destroyed before its cookies
   Handle handle_;
 
  private:
@@ -258,7 +258,7 @@ INSTANTIATE_TEST_SUITE_P(Device, ClientTest,
                          testing::Values(&kBattery, &kProximity, &kHingeAngle, &kThrottling),
                          [](const auto& info) { return std::string(info.param->name); });
 
-// What this process holds. Binder threads do not count: the platform adds them on demand.
+// Resources of this process. Binder threads do not count, because the platform adds them on demand.
 struct Holdings {
   int threads = 0;
   int64_t descriptors = 0;
@@ -279,10 +279,10 @@ struct Holdings {
     }
     return now;
   }
-  // Since this moment.
+  // Expects that the process has no more resources than in this object.
   void ExpectFlat() const {
     Holdings now;
-    // A joined thread can be listed for a moment.
+    // The kernel may list a joined thread for a moment.
     EXPECT_TRUE(Eventually([&] {
       now = Now();
       return now.threads == threads && now.descriptors == descriptors &&
@@ -353,7 +353,7 @@ TEST_P(ClientTest, SurvivesARestartOfTheService) {
   ASSERT_EQ(std::system(restart->second.c_str()), 0) << restart->second;
   const auto change = options.commands.find("--change-command " + family);
   if (change != options.commands.end()) {
-    // No query here: it would connect. The old service may take a change that precedes its end.
+    // Makes no query, which would reconnect. Repeats the change, which may reach the old service.
     const auto deadline = Clock::now() + kReturnLimit;
     const int calls = client_.calls();
     do {
@@ -373,7 +373,7 @@ TEST_P(ClientTest, SurvivesARestartOfTheService) {
 TEST_F(BatteryQueryTest, CachedAndFreshAgree) {
   const auto agreed = [&](int (*get)(void* handle, bool use_cached)) {
     int fresh = 0;
-    // A report may come in between.
+    // A report may arrive between the two getters.
     EXPECT_TRUE(Eventually([&] {
       fresh = get(handle_.get(), /*use_cached=*/false);
       return fresh == get(handle_.get(), /*use_cached=*/true);

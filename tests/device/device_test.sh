@@ -2,12 +2,12 @@
 # SPDX-FileCopyrightText: 2026 The quorvel developers
 # SPDX-License-Identifier: Apache-2.0
 
-# device_test.sh PROGRAM: the device tests, on simulated phones of every kind.
+# device_test.sh PROGRAM: runs the device tests on all kinds of simulated phones.
 set -euo pipefail
 program=$1
 fail() { printf '%s\n' "$*" >&2; exit 1; }
 
-# run PHONE EXIT-CODE WANTED ARGUMENT...: the output matches WANTED.
+# run PHONE EXIT-CODE WANTED ARGUMENT...: runs the program; its output must match WANTED.
 run() {
   local phone=$1 exit_code=$2 wanted=$3 actual=0
   shift 3

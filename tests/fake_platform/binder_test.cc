@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The rules on which the other tests depend: which objects are remote, on which thread a call runs,
-// the effects of a death.
+// The rules of binder that the other tests depend on: which objects are remote, on which thread a
+// call runs, and the effects of a death.
 #include <aidl/android/hardware/health/BnHealth.h>
 #include <aidl/android/hardware/health/BnHealthInfoCallback.h>
 #include <android/binder_manager.h>
@@ -45,7 +45,7 @@ using testing::ElementsAre;
 using testing::Field;
 using testing::MatchesRegex;
 
-// Remembers what arrives and on which thread.
+// A callback that keeps the reports and the threads that delivered them.
 class Callback : public BnHealthInfoCallback {
  public:
   ndk::ScopedAStatus healthInfoChanged(const HealthInfo& info) override {
@@ -173,9 +173,9 @@ TEST_F(BinderTest, OnewayCallsArriveInOrderOnAThreadOfTheirOwn) {
   const auto callback = ndk::SharedRefBase::make<Callback>();
   const auto other = ndk::SharedRefBase::make<Callback>();
   const std::shared_ptr<IHealth> proxy = Proxy();
-  std::vector<int> sent = {50};  // from inside the registration
+  std::vector<int> sent = {50};  // the first report is sent during the registration
   {
-    // A sender does not wait, even while nothing is delivered.
+    // A one-way call returns even while deliveries are held.
     HoldDeliveries hold(Delivery::kOneway);
     ASSERT_TRUE(proxy->registerCallback(callback).isOk());
     ASSERT_TRUE(proxy->registerCallback(other).isOk());
@@ -239,7 +239,8 @@ TEST_F(BinderTest, NullsReachTheServiceAndMisusedRecipientsAreLogged) {
   EXPECT_THAT(log_.Lines("libbinder_ndk"), testing::SizeIs(2)) << "a cookie without a hook";
 }
 
-// Counts what one link brings. Each notification waits at a gate if there is one.
+// The cookie of a link: counts its death and unlink notifications. Each death notification waits at
+// the gate, if there is one.
 struct Counter {
   std::atomic<int> died{0};
   std::atomic<int> unlinked{0};

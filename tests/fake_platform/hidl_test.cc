@@ -68,7 +68,7 @@ TEST_F(HidlTest, ALookUpGivesANewProxyEachTime) {
   const sp<V2_0::IThermal> back = V2_0::IThermal::castFrom(sp<V1_0::IThermal>(service));
   EXPECT_TRUE(interfacesEqual(back, service));
 
-  // Under its base it is found when that is declared.
+  // The service is found under its base interface only if that is declared.
   EXPECT_EQ(V1_0::IThermal::tryGetService(), nullptr);
   fake::DeclareHidl("android.hardware.thermal@1.0::IThermal/default");
   EXPECT_TRUE(interfacesEqual(V1_0::IThermal::tryGetService(), service));
@@ -130,7 +130,7 @@ TEST_F(HidlTest, AServiceOfTheSameProcessIsTheObjectItself) {
   EXPECT_TRUE(found->unlinkToDeath(recipient));
   EXPECT_FALSE(found->linkToDeath(nullptr, 1));
   EXPECT_FALSE(found->unlinkToDeath(nullptr));
-  // A plain call on the caller's thread, notifications included.
+  // A call to a local object, and its notifications, run on the caller's thread.
   const auto callback = sp<HidlThermalCallback>::make();
   HidlAnswer answer;
   EXPECT_TRUE(

@@ -125,7 +125,7 @@ TEST(ReturnTest, AnUncheckedFailureEndsTheProcess) {
   EXPECT_DEATH(only_described(), "unchecked");
   EXPECT_DEATH(moved(), "unchecked");
   Return<bool> from = Failed();
-  EXPECT_FALSE(Return<bool>(std::move(from)).isOk());  // the check is up to the target alone
+  EXPECT_FALSE(Return<bool>(std::move(from)).isOk());  // only the target must be checked
 
   const Return<bool> checked = Failed();
   EXPECT_FALSE(checked.isOk());

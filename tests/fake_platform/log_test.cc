@@ -48,7 +48,7 @@ TEST(LogTest, DropsLinesBelowTheMinimumPriorityAndIsQuietUnlessAskedForMore) {
               testing::MatchesRegex("[0-9][0-9]-[0-9][0-9] [0-9][0-9]:[0-9][0-9]:[0-9][0-9]"
                                     "\\.[0-9][0-9][0-9] +[0-9]+ +[0-9]+ W tag: kept\n"
                                     ".* D tag: asked for\n"));
-  // A program's own logger gets everything, as on a device.
+  // A program's own logger receives all messages, as on a device.
   __android_log_set_logger([](const __android_log_message*) {});
   EXPECT_EQ(__android_log_print(ANDROID_LOG_VERBOSE, "tag", "text"), 1);
   __android_log_set_logger(__android_log_stderr_logger);

@@ -14,7 +14,7 @@
 namespace norvik::qel {
 namespace {
 
-// In a process of its own, where it may start a thread.
+// Runs in a separate process, because the sensor manager starts a binder thread.
 [[noreturn]] void HearASensor() {
   simulated::SensorHub hub;
   hub.Add(ASENSOR_TYPE_PROXIMITY, "proximity");
@@ -50,7 +50,7 @@ TEST(NoBinderThreadsTest, NothingArrivesBeforeTheThreadPoolIsStarted) {
   EXPECT_FALSE(fake::WaitUntilDelivered(std::chrono::milliseconds(20)));
   EXPECT_TRUE(IsLinked(handle)) << "the death is not heard of";
 
-  // A second object: it need not wait for the first.
+  // A second handle, which does not wait for the first one.
   void* other = nullptr;
   InitBatteryInfo(&other);
   ASSERT_EQ(RegisterBatteryLevelCallback(other, Client<1>, &seen), 0);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The fake platform's looper and sensors behave as the library for vendor code does.
+// The fake platform's looper and sensors behave like the platform's sensor library for vendor code.
 #include <android/looper.h>
 #include <android/sensor.h>
 #include <gmock/gmock.h>
@@ -56,7 +56,7 @@ class PlatformSensorTest : public testing::Test {
     sensor_ = ASensorManager_getDefaultSensor(manager_, ASENSOR_TYPE_PROXIMITY);
   }
 
-  // A queue with the sensor enabled.
+  // Creates a queue and enables the sensor on it.
   ASensorEventQueue* MakeQueue(ALooper_callbackFunc callback = nullptr, void* data = nullptr) {
     ASensorEventQueue* const queue =
         ASensorManager_createEventQueue(manager_, ALooper_forThread(), /*ident=*/5, callback, data);

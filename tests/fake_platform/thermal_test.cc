@@ -33,7 +33,7 @@ using simulated::ThermalPath;
 using testing::ElementsAre;
 using testing::SizeIs;
 
-// One line for each event: its kind, its service and what it is about.
+// An event as one line: its kind, service and content.
 std::string Text(const ServiceEvent& event) {
   static constexpr const char* kKinds[] = {"started", "died",   "registered", "unregistered",
                                            "refused", "notice", "reported"};
@@ -61,7 +61,7 @@ class ThermalTest : public testing::Test {
   }
   ~ThermalTest() override { EXPECT_TRUE(fake::WaitUntilDelivered()); }
 
-  // Whether the service agrees.
+  // Registers a callback. Returns whether the service accepted it.
   bool Add(const sp<HidlThermalCallback>& callback, bool filter = false) {
     HidlAnswer answer;
     return hidl_
@@ -107,7 +107,7 @@ TEST_F(ThermalTest, CallbacksReceiveChangedSeveritiesOfTheirType) {
   expect_heard(*hidl_all, *hidl_skin, "hwbinder:host");
 
   EXPECT_TRUE(aidl_->unregisterThermalChangedCallback(skin).isOk());
-  // Of what is removed, callbacks hear if it throttled.
+  // Removing a throttled temperature notifies its callbacks.
   thermal_.Change([](simulated::Thermal::ThermalData& data) { data.temperatures.clear(); });
   for (const char* name : {"cpu", "skin"}) {
     const Temperature released = all->heard.Take()->temperature;
@@ -169,7 +169,7 @@ TEST_F(ThermalTest, TheObserverReceivesEachEventOnceAndTheStateAtTheStart) {
   thermal_.Notify({.name = "nose"});
   thermal_.Kill(ThermalPath::kAidl);
   thermal_.SetSeverity("skin", ThrottlingSeverity::LIGHT);
-  thermal_.Start(ThermalPath::kAidl);  // the other one has reported it all
+  thermal_.Start(ThermalPath::kAidl);  // the HIDL service has reported all temperatures already
   thermal_.Change([](simulated::Thermal::ThermalData& data) {
     data.temperatures.erase(data.temperatures.begin());
   });

@@ -44,7 +44,8 @@ class LinuxHealthTest : public LinuxFixture {
     EXPECT_TRUE(fake::WaitUntilDelivered());
   }
 
-  // Clients for all four properties, on a machine that knows them; their first calls are taken.
+  // Registers clients for all four properties and takes their first calls. The machine has values
+  // for all.
   void RegisterAll() {
     ASSERT_EQ(RegisterBatteryLevelCallback(handle_, PutValue, &levels_), 0);
     ASSERT_EQ(RegisterBatteryCycleCountCallback(handle_, PutValue, &cycles_), 0);
@@ -108,7 +109,7 @@ TEST_F(LinuxHealthTest, AQuestionReadsWhatTheDriverHasNotAnnounced) {
   machine_.Set("BAT0", "capacity", "64\n");
   EXPECT_EQ(AskLevel(), 64);
 
-  // So do its faults.
+  // A query also reports faults.
   machine_.Set("BAT0", "capacity", "\n");
   EXPECT_EQ(AskLevel(), -1);
   EXPECT_EQ(notices_.Take(), "BAT0/capacity: empty") << "without an event";
@@ -127,7 +128,7 @@ TEST_F(LinuxHealthTest, UnannouncedChangesAreFoundAndTheThreadWakesUpOnlyWhileAC
   ASSERT_EQ(health.callback_count(), 0u);
 
   ASSERT_TRUE(WaitUntilQuiet());  // the service has noticed that the client has left
-  // How often the thread has gone to sleep and been interrupted so far.
+  // The thread's voluntary and involuntary context switches.
   const auto switches = [] {
     const std::string status = ReadThreadFile(ThreadIdsNamed({"power_supply"}).at(0), "status");
     return status.substr(status.find("voluntary_ctxt_switches:"));
@@ -162,7 +163,7 @@ TEST_F(LinuxHealthTest, ASupplyIsNotReadBeforeItIsAnnounced) {
   machine_.Add("BAT1", kGoodBattery);
   machine_.Unlist("BAT0");
   health_.Start();
-  machine_.List("BAT0");  // as a driver that is still creating its files
+  machine_.List("BAT0");  // like a driver that is still creating its files
   EXPECT_EQ(AskLevel(), 73);
   machine_.Set("BAT0", "capacity", "20\n");
   machine_.Announce("BAT0", "add");
@@ -217,8 +218,8 @@ TEST_F(LinuxHealthTest, TheLastStateWinsWhileSuppliesComeAndGoAndManyThreadsAsk)
     machine_.Remove("A_spare");
     EXPECT_TRUE(has(73));
   }
-  AskLevel();  // has the machine read once more
-  // Reports of earlier states may still be on their way, in order; the last one tells the end.
+  AskLevel();  // makes the service read the machine once more
+  // Reports of earlier states may still be queued. They arrive in order.
   ASSERT_TRUE(fake::WaitUntilDelivered());
   EXPECT_EQ(CachedLevel(), 73);
   EXPECT_EQ(AskLevel(), 73);

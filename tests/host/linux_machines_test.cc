@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Whole machines, each described by the files that its kernel shows, and the values read from them.
-// The descriptions are in umockdev's format: umockdev-record makes one of a real machine.
+// Whole machines: the files in their sysfs, and the values that the services read from them. The
+// descriptions are in umockdev's format. umockdev-record makes one from a real machine.
 #include <dlfcn.h>
 #include <errno.h>
 #include <gmock/gmock.h>
@@ -32,12 +32,12 @@
 
 namespace {
 
-// Called before a file is read, with "DEVICE/FILE". The result is an errno number, or 0 to read.
+// Called with "DEVICE/FILE" before the file is read. Returns an errno value to fail, or 0 to read.
 std::function<int(const std::string& file)> before_reading;
 
 }  // namespace
 
-// Replaces libudev's function: in a fake sysfs no file fails with a chosen error.
+// Replaces libudev's function, because a file in a fake sysfs cannot fail with a chosen error.
 extern "C" const char* udev_device_get_sysattr_value(udev_device* device, const char* file) {
   static const auto real = reinterpret_cast<decltype(&udev_device_get_sysattr_value)>(
       dlsym(RTLD_NEXT, "udev_device_get_sysattr_value"));
@@ -83,7 +83,7 @@ Lines Missing(const Lines& from, const Lines& in) {
   return missing;
 }
 
-// All values of the machine as text, a line each: what its services report, and their notices.
+// The values that the machine's services report, and their notices, as text with one line each.
 class Report {
  public:
   static Lines Make(const std::string& types_file = "") {
@@ -144,7 +144,7 @@ class Report {
     }
   }
 
-  // Directly: the service measures only for a client.
+  // Measures without the service, which does so only for a client.
   void AddSensors() {
     Lines listed;
     EXPECT_EQ(linux_machine::ListDevices({"iio"}, &listed), 0);
@@ -156,7 +156,7 @@ class Report {
     };
     add("proximity ", found.proximity);
     add("hinge ", found.hinge);
-    // A sensor is read once to find it and once to measure.
+    // Each sensor is read twice, so a fault may occur twice: to find the sensor, and to measure.
     std::set<std::string> notices;
     for (const auto& fault : found.faults) {
       if (notices.insert(NoticeOf(fault)).second) AddNotice(NoticeOf(fault));
@@ -190,7 +190,7 @@ INSTANTIATE_TEST_SUITE_P(, LinuxMachinesTest, testing::ValuesIn(Machines()), [](
   return name;
 });
 
-// The machine that has every file, and changes of it.
+// A machine that has all files that the services read, for tests that change some of them.
 class LinuxReferenceTest : public testing::Test {
  protected:
   LinuxReferenceTest() {
@@ -199,8 +199,8 @@ class LinuxReferenceTest : public testing::Test {
   }
   ~LinuxReferenceTest() override { before_reading = nullptr; }
 
-  // The lines that the machine reports no longer, and those that it reports now:
-  // "-batteryLevel: 73", "+unreadable skin".
+  // The lines that have disappeared from the report and those that are new: "-batteryLevel: 73",
+  // "+unreadable skin".
   Lines Difference(const Lines& before) const {
     const Lines now = Report::Make();
     Lines difference;
@@ -213,7 +213,7 @@ class LinuxReferenceTest : public testing::Test {
   Lines whole_;
 };
 
-// And none, for changes without an error.
+// The errors of a read and their texts in notices; 0 is for changes without an error.
 constexpr std::pair<int, const char*> kErrors[] = {
     {0, ""},
     {ENODATA, "has no data"},
@@ -221,9 +221,9 @@ constexpr std::pair<int, const char*> kErrors[] = {
     {ENODEV, "cannot be read: No such device"},
     {EAGAIN, "cannot be read: Resource temporarily unavailable"}};
 
-// changes.txt, a case per line: "CHANGE; CHANGE | DIFFERENCE | DIFFERENCE". A change is
-// "DEVICE/FILE=CONTENT", "DEVICE/FILE!" for a file that is absent, or "DEVICE/FILE<error>" for one
-// that fails with each of the errors. A difference with '?' is not caused by the error "no data".
+// changes.txt has a case per line: "CHANGE; CHANGE | DIFFERENCE | DIFFERENCE". A change is
+// "DEVICE/FILE=CONTENT", "DEVICE/FILE!" for a file that is absent, or "DEVICE/FILE<error>" for a
+// file that fails with each of the errors. A difference with '?' does not occur with ENODATA.
 TEST_F(LinuxReferenceTest, AChangedFileHasTheseEffectsAndNoOther) {
   for (const std::string& line : LinesOf("changes.txt")) {
     if (line.empty()) continue;
@@ -264,10 +264,10 @@ TEST_F(LinuxReferenceTest, AChangedFileHasTheseEffectsAndNoOther) {
   }
 }
 
-// Each device vanishes before each of its files that is read, and some between the listing and
-// that.
+// Each device vanishes before each read of one of its files. Some also vanish after the listing of
+// devices and before their first read.
 TEST_F(LinuxReferenceTest, HalfOfADeviceIsNone) {
-  // Files that are about to be read, and devices.
+  // Pairs of a file that is about to be read and the device that vanishes at that moment.
   std::set<std::pair<std::string, std::string>> moments = {
       {"AC/type", "BAT0"}, {"thermal_zone0/type", "hwmon0"}, {"iio:device0/label", "iio:device1"}};
   before_reading = [&](const std::string& file) {

@@ -25,7 +25,7 @@ using testing::IsSupersetOf;
 
 constexpr int kProximity = ASENSOR_TYPE_PROXIMITY;
 
-// In millimetres, with an offset of 10.
+// A sensor that reports millimetres, with an offset of 10.
 const Files kRangefinder = {{"name", "tof\n"},
                             {"in_proximity_raw", "62\n"},
                             {"in_proximity_offset", "-10\n"},
@@ -54,7 +54,7 @@ TEST_F(LinuxSensorTest, AHingeIsReportedInWholeDegrees) {
   sensors_.Start();
   ASSERT_EQ(RegisterHinge(), 0);
   EXPECT_TRUE(hinge_.TakeUntil({1, 90}));
-  // The kernel truncates the scale; whole degrees arrive unchanged all the same.
+  // Whole degrees arrive unchanged although the kernel truncates the scale.
   for (const int degrees : {0, 1, 57, 179, 180, 359, 360}) {
     machine_.Set("iio:device1", "in_angl0_raw", std::to_string(degrees) + "\n");
     EXPECT_TRUE(hinge_.TakeUntil({1, degrees}));
@@ -137,7 +137,7 @@ TEST_F(LinuxSensorTest, SensorsComeAndGo) {
   // Another device serves the registered client.
   machine_.Add("iio:device4", With(kRangefinder, {{"in_proximity_raw", "110\n"}}));
   EXPECT_TRUE(proximity_.TakeUntil({0, 10}));
-  // The first by number counts.
+  // Of several devices, the one with the lowest number is used.
   machine_.Add("iio:device2", With(kRangefinder, {{"in_proximity_raw", "210\n"}}));
   EXPECT_TRUE(proximity_.TakeUntil({0, 20}));
 }

@@ -38,7 +38,8 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// Throttled from 90 degrees on until it is below 85, again from 95 on; off at 105.
+// Trip points: throttling starts at 90 degrees and ends below 85, the next one is at 95, and the
+// machine shuts down at 105.
 const Files kProcessorZone = {
     {"type", "x86_pkg_temp\n"},
     {"temp", "41500\n"},
@@ -81,7 +82,7 @@ class LinuxThermalTest : public LinuxFixture {
     return call ? std::optional(call->value) : std::nullopt;
   }
 
-  // As clients see it; nothing when there is no such temperature.
+  // The temperature that a client's query returns; nullopt if there is none.
   std::optional<float> Read(const char* name) {
     thermistor out = {};
     int count = 1;
@@ -104,7 +105,7 @@ TEST_F(LinuxThermalTest, UnannouncedTripPointsAreReadForClientsAlone) {
   Start();
   ASSERT_EQ(Register("CPU", "x86_pkg_temp"), 0);
   ASSERT_EQ(NextSeverity(), 0);
-  // The hysteresis ends below 85 degrees, and counts only from above.
+  // The hysteresis ends below 85 degrees, and applies only while the temperature falls.
   for (const auto& [millidegrees, severity] :
        {std::pair("90000\n", 2), {"110000\n", 6}, {"95000\n", 3}, {"85000\n", 2}, {"84999\n", 0}}) {
     machine_.Set("thermal_zone0", "temp", millidegrees);
@@ -135,11 +136,11 @@ TEST_F(LinuxThermalTest, ASeverityEndsWithItsZone) {
   machine_.Remove("thermal_zone0");
   EXPECT_EQ(NextSeverity(), 0) << "a zone that is gone throttles nothing";
   EXPECT_EQ(Read("skin"), std::nullopt);
-  // Another comes under the same number, at a temperature within the hysteresis of the old one.
+  // A new zone gets the same number. Its temperature is within the hysteresis of the old zone.
   machine_.Add("thermal_zone0", With(kProcessorZone, {{"type", "skin\n"}, {"temp", "87000\n"}}));
   machine_.Change("thermal_zone0", "temp", "96000\n");
   EXPECT_EQ(NextSeverity(), 3);
-  // There may also be notices of files that a reading found missing.
+  // There may also be notices about files that were missing during a read.
   EXPECT_THAT(Notices(), Contains("this machine has no temperature sensor"));
 }
 
@@ -207,7 +208,7 @@ TEST_F(LinuxThermalTest, AServiceThatWasStoppedServesAgainAndLeavesNothingOpen) 
   ASSERT_EQ(NextSeverity(), 0);
   ASSERT_EQ(DeregisterThermalCallback(handle_, 1), 0);
   thermal_->Stop();
-  ASSERT_TRUE(fake::WaitUntilDelivered());  // the library knows
+  ASSERT_TRUE(fake::WaitUntilDelivered());  // the library has received the death notification
   EXPECT_FALSE(AServiceManager_isDeclared(services::kThermalInstance));
   EXPECT_EQ(Read("x86_pkg_temp"), std::nullopt);
   thermal_->Start();
@@ -219,7 +220,7 @@ TEST_F(LinuxThermalTest, AServiceThatWasStoppedServesAgainAndLeavesNothingOpen) 
   constexpr int kRounds = 20;
   const int before = Descriptors();
   for (int i = 0; i < kRounds; ++i) thermal_->Start();
-  // umockdev may have opened a few of its own meanwhile.
+  // umockdev may have opened a few descriptors of its own.
   EXPECT_LT(Descriptors(), before + kRounds);
 }
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Properties, clients and dispatch, through the C functions.
+// Properties, clients and dispatch of the battery, through the C functions.
 #include "battery_fixture.h"
 
 namespace norvik::qel {
@@ -48,7 +48,7 @@ TEST_F(BatteryInfoTest, ADispatchIsOrderedByPropertyThenByRegistration) {
     ASSERT_EQ(enlist(handle_, client, &seen_), 0);
     ASSERT_TRUE(seen_.TakeUntil(first));
   };
-  // In the reverse order of the properties.
+  // Registers in the reverse order of the properties.
   add(RegisterDockChargerIsOnlineCallback, Client<5>, {5, 1});
   add(RegisterWirelessChargerIsOnlineCallback, Client<4>, {4, 1});
   add(kRegisterCycles, Client<1>, {1, 10});
@@ -73,7 +73,7 @@ TEST_F(BatteryInfoTest, ADispatchIsOrderedByPropertyThenByRegistration) {
 }
 
 TEST_F(BatteryInfoTest, ClientsMayComeAndGoInsideACall) {
-  // Without a service at first, so that both are there before either is called.
+  // No service at first, so that both clients are registered before either is called.
   health_.Kill();
   health_.Undeclare();
   ActingClient leaver;

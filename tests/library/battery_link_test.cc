@@ -19,7 +19,7 @@ constexpr char kAttempt[] = "ReconnectToHealthService";
 
 class BatteryLinkTest : public BatteryFixture {
  protected:
-  // The first client of the level; its call comes once the handle is linked.
+  // Registers the first client. It is called once the handle is linked.
   void RegisterFirst() { ASSERT_EQ(RegisterBatteryLevelCallback(handle_, Client<0>, &seen_), 0); }
   void DeregisterLast() { ASSERT_EQ(DeregisterBatteryLevelCallback(handle_, Client<0>), 0); }
 };
@@ -89,7 +89,7 @@ TEST_F(BatteryLinkTest, UnlinkingCompletesWhateverTheServiceAnswers) {
   EXPECT_THAT(unlink_and_link_again(), IsEmpty());
 }
 
-// The link goes while the death notification is already on its way.
+// The link is removed while its death notification is already being delivered.
 TEST_F(BatteryLinkTest, ALateDeathNotificationLeavesTheNextLinkAlone) {
   for (const bool links_again : {false, true}) {
     RegisterLevel();
@@ -111,7 +111,7 @@ TEST_F(BatteryLinkTest, ALateDeathNotificationLeavesTheNextLinkAlone) {
   log_.Clear();
   {
     const HoldDeliveries hold(Delivery::kDeathNotification);
-    Restart(29);  // and the link has a notification of its own
+    Restart(29);  // the new link has its own death notification
   }
   EXPECT_EQ(seen_.Take(), (Call{0, 29}));
   EXPECT_THAT(Warnings(), IsEmpty()) << "the first attempt finds the service";
@@ -138,7 +138,7 @@ TEST_F(BatteryLinkTest, ALinkRefusedByADeathLooksTheServiceUpAgain) {
   health_.on(BinderFunction::kLinkToDeath).Then({STATUS_DEAD_OBJECT});
   EXPECT_EQ(lookups_until_linked(), 2);
 
-  // The same, revealed only when the registration is undone.
+  // The same, but only the removal of the registration reveals the death.
   DeregisterLast();
   health_.on(BinderFunction::kLinkToDeath).Then({STATUS_NO_MEMORY});
   health_.on(HealthOperation::kUnregisterCallback).Then({STATUS_DEAD_OBJECT});
@@ -159,14 +159,14 @@ TEST_F(BatteryLinkTest, AFailedQueryKeepsTheDeathNotification) {
   hold.Release();
   EXPECT_EQ(seen_.Take(), (Call{0, 12}));
 
-  // The same answer well before the death.
+  // A query fails with the same status before the death.
   health_.on(HealthOperation::kGetHealthInfo).Then({STATUS_DEAD_OBJECT});
   EXPECT_EQ(GetBatteryLevel(handle_, false), -EAGAIN);
   Restart(11);
   EXPECT_EQ(seen_.Take(), (Call{0, 11}));
 }
 
-// The recipient of another part of the process is notified of the same death first.
+// Another recipient in the process is notified of the same death first.
 TEST_F(BatteryLinkTest, AHandleMayEndInsideTheDeathNotificationOfAnotherRecipient) {
   const ndk::SpAIBinder service(AServiceManager_checkService(services::kHealthInstance));
   void* handle = nullptr;

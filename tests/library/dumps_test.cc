@@ -24,7 +24,7 @@ bool IsPending(int signal) {
   return sigismember(&pending, signal) == 1;
 }
 
-// With the signal's default action, which ends the process.
+// Dumps while SIGPIPE has its default action, which would end the process.
 class DumpsTest : public HandleFixture, public testing::WithParamInterface<Family> {
  protected:
   DumpsTest() : HandleFixture(GetParam()) {
@@ -42,7 +42,7 @@ class DumpsTest : public HandleFixture, public testing::WithParamInterface<Famil
 
   sigset_t pipe_signal_;
   const sighandler_t old_handler_ = signal(SIGPIPE, SIG_DFL);
-  Pipe gone_;  // its reader has closed it
+  Pipe gone_;  // the reader has closed its end
 };
 INSTANTIATE_TEST_SUITE_P(, DumpsTest, testing::Values(kBattery, kSensors, kThermal),
                          [](const auto& test) { return test.param.name; });
@@ -79,7 +79,7 @@ TEST_P(DumpsTest, ADescriptorThatCannotBeWrittenToCostsNoMemory) {
     const size_t before = mallinfo2().uordblks;
     for (int i = 0; i < 1000; ++i) DumpTo(fd);
     const size_t after = mallinfo2().uordblks;
-    if (!kSanitized) {  // a sanitizer's allocator is not counted
+    if (!kSanitized) {  // mallinfo2() does not count a sanitizer's allocations
       EXPECT_LT(after, before + size_t{100'000}) << "descriptor " << fd;
     }
   }

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Init...() when the family's object cannot be initialized. No fault of the platform leads there,
-// so the linker directs the calls of the three Initialize() to this file (see CMakeLists.txt).
+// Init...() if the family's object cannot be initialized. No fault of the platform causes that, so
+// the linker redirects the calls of the three Initialize() to this file (see CMakeLists.txt).
 #include "battery/battery_info.h"
 #include "fixture.h"
 #include "sensor/sensor_info.h"
@@ -15,7 +15,7 @@ bool fails = false;
 
 }  // namespace
 
-// The threads run by the time that the failure is known.
+// Fails after the real Initialize() has started the threads.
 #define QUORVEL_FAILING(Class, mangled)                             \
   bool Real##Class(audio::Class* object) asm("__real_" mangled);    \
   bool Failing##Class(audio::Class* object) asm("__wrap_" mangled); \
@@ -43,7 +43,7 @@ TEST_P(InitFailureTest, LeavesNullAndAWarningAndEndsTheWorkers) {
   Init();  // a worker that was not joined would end the process
   fails = false;
   EXPECT_EQ(handle_, nullptr);
-  // A worker that was ended before it began its loop has logged that, too.
+  // A worker that ended before its loop began has also logged a warning, before the last line.
   const auto lines = log_.Lines();
   ASSERT_FALSE(lines.empty());
   EXPECT_EQ(lines.back().priority, ANDROID_LOG_WARN);

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What holds for the handles of all families: they end at any moment, and none waits for the
-// service of another.
+// Lifetime of handles in all families: a handle may end at any moment, and no handle waits for
+// another family's service.
 #include <sys/resource.h>
 
 #include <array>
@@ -33,14 +33,14 @@ Family FamilyOf(Kind kind) {
   return kind == Kind::kSensors ? kSensors : kThermal;
 }
 
-// Of the level, the proximity sensor or the temperature "skin".
+// Registers a client of the battery level, the proximity sensor or the temperature "skin".
 int Add(Kind kind, void* handle, void (*callback)(int, void*), void* cookie) {
   if (kind == Kind::kBattery) return RegisterBatteryLevelCallback(handle, callback, cookie);
   if (kind == Kind::kSensors) return RegisterProximitySensorCallback(handle, 0, callback, cookie);
   return RegisterClient(handle, 0, "SKIN", "skin", callback, cookie);
 }
 
-// A phone with all services, of the two thermal ones the parameter's, and a handle.
+// A phone with all services and a handle. The parameter selects the thermal service.
 class LifetimeTest : public HandleFixture, public testing::WithParamInterface<Kind> {
  protected:
   LifetimeTest() : HandleFixture(FamilyOf(GetParam())) {
@@ -80,7 +80,7 @@ class LifetimeTest : public HandleFixture, public testing::WithParamInterface<Ki
     if (GetParam() == Kind::kBattery) health_.Start();
     if (GetParam() == thermal_kind()) thermal_.Start(path());
   }
-  // A query that the service answers; false when it does not.
+  // Makes a query. Returns whether the service answered.
   static bool Query(void* handle) {
     if (GetParam() == Kind::kBattery) return GetBatteryLevel(handle, /*use_cached=*/false) >= 0;
     return GetParam() == Kind::kSensors || QuerySkin(handle) == 1;
@@ -96,7 +96,7 @@ class LifetimeTest : public HandleFixture, public testing::WithParamInterface<Ki
     ASSERT_EQ(Add(kind, handle, Client<0>, &seen_), 0);
     ASSERT_TRUE(seen_.Take());
   }
-  // The object has gone when the notification of its service's death arrives.
+  // Destroys an object before the death notification of its service arrives.
   template <typename Object>
   void EndBeforeADeathNotification() {
     OverwrittenObject<Object> object;
@@ -145,7 +145,7 @@ TEST_P(LifetimeTest, ADeathNotificationOnItsWayLeavesTheNextHandleAlone) {
     log_.Clear();
     hold.Release();
     ASSERT_TRUE(fake::WaitUntilDelivered());
-    ASSERT_TRUE(Query(handle_));  // a thermal handle that took its service for dead would recover
+    ASSERT_TRUE(Query(handle_));  // a thermal handle whose link had been lost would recover here
     ASSERT_THAT(Log(), IsEmpty()) << "nothing to recover";
     Deinit();
     Init();
@@ -180,8 +180,8 @@ TEST_P(LifetimeTest, AServiceThatNeverAnswersHoldsUpOneHandleUntilItDies) {
   RegisterAndTake();
 }
 
-// Runs in a process of its own. The first worker finds room for its stack or not; in neither case
-// may anything but the exception come of it.
+// Runs in a separate process without address space. Whether or not the first worker still gets a
+// stack, the only effect must be the exception.
 [[noreturn]] void InitWithoutRoom(const Family& family) {
   const rlimit no_room = {.rlim_cur = 1, .rlim_max = RLIM_INFINITY};
   setrlimit(RLIMIT_AS, &no_room);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The library in a program that loads it and lets it go, as an audio service does with its modules.
+// The library in a program that loads and unloads it, as an audio service does with its modules.
 #include <android/sensor.h>
 #include <dlfcn.h>
 
@@ -19,8 +19,8 @@ using simulated::ThermalPath;
 constexpr char kLibrary[] = QUORVEL_TEST_LIBRARY;
 #define LOADED(function) Get(static_cast<decltype(&(function))>(nullptr), #function)
 
-// The library from dlopen() to dlclose(), with one handle of each family, each with a client that
-// has been called. This program is not linked to it.
+// The library from dlopen() to dlclose(), with one handle per family, each with a client that has
+// been called. This program is not linked to the library.
 class LoadedLibrary {
  public:
   LoadedLibrary() {
@@ -45,7 +45,7 @@ class LoadedLibrary {
   LoadedLibrary& operator=(const LoadedLibrary&) = delete;
 
  private:
-  // The function of that name and type, for an immediate call.
+  // Looks up the function with the name. The first argument only gives its type.
   template <typename Function>
   Function* Get(Function* /*type*/, const char* name) const {
     void* const address = dlsym(library_, name);

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Paths that neither the C functions nor the simulated phone lead to: functions that only the
-// classes have, and answers of other services.
+// Code that neither the C functions nor the simulated phone reach: functions that only the classes
+// have, and unusual answers of services.
 #include <hidl/Status.h>
 
 #include "battery/battery_info.h"
@@ -58,13 +58,13 @@ TEST_F(RareThermalTest, AClientThatLeftMayDeregisterAgainDuringDeinit) {
   ASSERT_EQ(RegisterClient(handle_, 1, "SKIN", "skin", ActingClient::OnValue, &client), 0);
   EXPECT_EQ(results.Take(), 0);
   Background end("DeinitThermalInfo()", [this] { DeinitThermalInfo(&handle_); });
-  // From here on, Deinit...() waits for the worker that the client holds.
+  // Once the callback is unregistered, Deinit...() waits for the worker, which is in the client.
   EXPECT_TRUE(Eventually([this] { return thermal_.callback_count(ThermalPath::kHidl) == 0; }));
   gate.Open();
   EXPECT_EQ(results.Take(), -EINVAL);
 }
 
-// Answers FAILURE to queries and sends its temperatures with it.
+// A service that answers queries with FAILURE together with temperatures.
 class FailingThermal : public services::HidlThermalService {
  public:
   using HidlThermalService::HidlThermalService;
@@ -89,7 +89,7 @@ TEST_F(RareThermalTest, RecordsThatComeWithAFailureAreDropped) {
   DeinitThermalInfo(&handle_);
 }
 
-// A service in this process, whose links the transport fails to carry.
+// A service in this process whose death links fail in the transport.
 class UnlinkableThermal : public services::HidlThermalService {
  public:
   using HidlThermalService::HidlThermalService;
@@ -101,7 +101,7 @@ class UnlinkableThermal : public services::HidlThermalService {
   Return<bool> unlinkToDeath(const sp<android::hardware::hidl_death_recipient>&) override {
     return android::hardware::Status::fromStatusT(android::UNKNOWN_ERROR);
   }
-  sp<android::hardware::hidl_death_recipient> kept;  // as by a transport that is about to notify it
+  sp<android::hardware::hidl_death_recipient> kept;  // for a notification despite the failure
 };
 
 TEST_F(RareThermalTest, ALinkThatTheTransportFailsToCarryIsLoggedAndNothingElse) {

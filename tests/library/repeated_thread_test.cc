@@ -12,8 +12,8 @@ namespace {
 std::atomic<int> g_allocations{0};
 }  // namespace
 
-// Counts what is allocated anywhere in the process; the standard operators free it. The sanitizers
-// bring operators of their own.
+// Counts all allocations in the process. The standard operators free the memory. The sanitizers
+// have operators of their own.
 #if !QUORVEL_SANITIZED
 [[gnu::noinline]] void* operator new(size_t size) {
   g_allocations.fetch_add(1, std::memory_order_relaxed);
@@ -31,7 +31,7 @@ using fake::LogCapture;
 using fake::LogLine;
 using std::chrono::steady_clock;
 
-// An action that is a function.
+// A thread whose action is a function.
 class FunctionThread : public RepeatedThread {
  public:
   FunctionThread(uint32_t pause_ms, uint32_t repeat_count, std::function<bool()> action)
@@ -42,7 +42,7 @@ class FunctionThread : public RepeatedThread {
   const std::function<bool()> action_;
 };
 
-// An action that tells the test when it is inside and stays there until the test gives its result.
+// A thread whose action signals that it has begun and waits until the test supplies its result.
 struct GatedThread : FunctionThread {
   explicit GatedThread(uint32_t pause_ms = 0, uint32_t repeat_count = 0)
       : FunctionThread(pause_ms, repeat_count, [this] {
@@ -83,7 +83,7 @@ class RepeatedThreadTest : public testing::Test {
 TEST_F(RepeatedThreadTest, StartsDuringARunAddOneRunAtMost) {
   constexpr char kReady[] = "Start[worker]: trigger run again.";
   struct Run {
-    int starts;  // inside the run
+    int starts;  // the number of Start() calls during the run
     bool result;
   };
   const struct {
@@ -95,15 +95,15 @@ TEST_F(RepeatedThreadTest, StartsDuringARunAddOneRunAtMost) {
        {{3, true}, {0, true}},
        {kReady, "Start[worker]: run again is already ready.",
         "Start[worker]: run again is already ready.", "ThreadLoop[worker]: action run again!"}},
-      // After a success the further run has all its retries.
+      // After a success the requested run has all its retries.
       {2,
        {{0, false}, {1, true}, {0, false}, {0, true}},
        {kReady, "ThreadLoop[worker]: action run again!"}},
-      // During the retries none is added.
+      // A request during the retries adds no run.
       {3,
        {{1, false}, {0, false}, {0, false}},
        {kReady, "ThreadLoop[worker]: action run again at repeated 1 !"}},
-      // During the last one the further run has no retries, nor has another one.
+      // A request during the last retry adds a run without retries. So does a request during that.
       {2,
        {{0, false}, {1, false}, {1, false}, {0, false}},
        {kReady, "ThreadLoop[worker]: action run again at last count(2:2)!", kReady,
@@ -147,8 +147,8 @@ TEST_F(RepeatedThreadTest, AFailingActionIsRunTheGivenNumberOfTimesWithPauses) {
 }
 
 TEST_F(RepeatedThreadTest, DeinitializeCutsAPauseShort) {
-  // Nothing outside shows that the pause has begun: a Deinitialize() that comes just before it ends
-  // the thread silently. So it is tried until one has met the pause.
+  // A test cannot see that the pause has begun, and a Deinitialize() just before it ends the thread
+  // without a message. So this repeats until a Deinitialize() falls into the pause.
   for (int attempt = 0; attempt < 1000 && Log().empty(); ++attempt) {
     GatedThread thread(/*pause_ms=*/3'600'000, /*repeat_count=*/10);
     thread.results.Put(false);
@@ -175,7 +175,7 @@ TEST_F(RepeatedThreadTest, DeinitializeWaitsForARunAndEndsSilently) {
   EXPECT_THAT(Log(), IsEmpty());
 }
 
-// For a worker that must not wait for itself or another one.
+// A worker uses this because it must not join itself or another worker.
 TEST_F(RepeatedThreadTest, AnActionMayAskItsOwnThreadToEnd) {
   Seen<bool> on_worker;
   std::counting_semaphore<> may_end{0};
@@ -207,7 +207,7 @@ TEST_F(RepeatedThreadTest, DeinitializeBeforeTheThreadHasBegunEndsIt) {
           .priority = ANDROID_LOG_WARN,
           .tag = "audio_hw_repeated_thread",
           .text = "Deinitialize[worker]: Thread wasn't started, force to end the thread."}));
-  EndsInTime([&] { thread.ThreadLoop(); });  // what the thread does when it begins at last
+  EndsInTime([&] { thread.ThreadLoop(); });  // the thread's function, if it starts late
   EXPECT_FALSE(thread.entered.try_acquire());
 }
 
@@ -248,7 +248,7 @@ TEST_F(RepeatedThreadTest, NothingIsAllocatedAfterInitialize) {
   for (int i = 0; i < 1000; ++i) thread.Start();
   const int runs_before = runs;
   thread.Start();
-  // Not Eventually(), whose function may be allocated.
+  // Does not use Eventually(), which may allocate its function object.
   const auto deadline = steady_clock::now() + kHangGuard;
   while (runs == runs_before && steady_clock::now() < deadline) std::this_thread::yield();
   thread.Deinitialize();

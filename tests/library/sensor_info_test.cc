@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Readings and clients, with the sensor service up.
+// Readings and clients while the sensor service runs.
 #include "sensor/sensor_info.h"
 
 #include "sensor_fixture.h"
@@ -19,7 +19,7 @@ class SensorInfoTest : public SensorFixture {
 TEST_F(SensorInfoTest, ProximityIsDispatchedBeforeTheHingeAngle) {
   ASSERT_EQ(RegisterProximitySensorCallback(handle_, 9, SlowClient::OnValue, &slow_), 0);
   ASSERT_EQ(slow_.seen.Take(), 0);
-  // Both calls are due while the first lasts, the hinge angle's first.
+  // Both calls become due during the first call, the hinge angle's before the proximity's.
   ASSERT_EQ(RegisterHingeAngleSensorCallback(handle_, 1, Client<1>, &seen_), 0);
   ASSERT_EQ(RegisterProximitySensorCallback(handle_, 0, Client<0>, &seen_), 0);
   slow_.gate.Open();
@@ -50,14 +50,14 @@ TEST_F(SensorInfoTest, ClientsAreKnownByIdAndThePollLastsAsLongAsTheyDo) {
   EXPECT_EQ(hub_.last_request(kProximity)->max_latency_us, 0) << "no batching";
   EXPECT_EQ(DeregisterProximitySensorCallback(handle_, 1), 0);
   EXPECT_EQ(log_.Count("DeregisterCallback: remove id(1)"), 1);
-  // The poll is for both sensors.
+  // Both sensors share one poll.
   EXPECT_EQ(log_.Count("EnableSensor: poll started."), 1);
   EXPECT_EQ(log_.Count("DisableSensor: poll stopped."), 0);
   EXPECT_EQ(DeregisterHingeAngleSensorCallback(handle_, 1), 0);
   EXPECT_EQ(log_.Count("DisableSensor: poll stopped."), 1);
 }
 
-// Hundreds of times, since the end of a poll and the start of the next may meet anywhere.
+// Repeated, because the end of a poll may overlap with the start of the next one at any point.
 TEST_F(SensorInfoTest, ThePollEndsAndStartsAgainWithTheSensors) {
   RegisterProximity();
   for (int round = 1; round <= 300; ++round) {
@@ -80,12 +80,12 @@ TEST_F(SensorInfoTest, EventsOfOtherSensorsCallNoClient) {
   hub_.SendUnasked({stray, event(kProximity, 2), stray});
   EXPECT_EQ(seen_.Take(), (Call{0, 2}));
   EXPECT_TRUE(log_.WaitFor("GetAudioSensorType: unknown sensor 5", 2));
-  // The reading of a sensor without clients is kept all the same.
+  // The reading of a sensor without clients is kept, too.
   hub_.SendUnasked({event(kHinge, 45)});
   hub_.Report(kProximity, 3);
   EXPECT_EQ(seen_.Take(), (Call{0, 3}));
   EXPECT_THAT(Dump(), HasSubstr("active:F, data:45"));
-  // And the calls that are due before it are made.
+  // Calls that are due from an earlier event of the same delivery are still made.
   hub_.SendUnasked({event(kProximity, 4), event(kHinge, 45)});
   EXPECT_EQ(seen_.Take(), (Call{0, 4}));
 }
@@ -94,20 +94,20 @@ TEST_F(SensorInfoTest, AFailedPollOrReadIsRepeated) {
   hub_.on(SensorFunction::kPollOnce).Then({.status = ALOOPER_POLL_ERROR}, 5);
   RegisterProximity();
   ASSERT_TRUE(hub_.on(SensorFunction::kPollOnce).WaitForCalls(6));
-  EXPECT_LE(Calls(SensorFunction::kGetEvents), 1);  // the look before the first wait
+  EXPECT_LE(Calls(SensorFunction::kGetEvents), 1);  // the read before the first wait
   hub_.Report(kProximity, 5);
   EXPECT_EQ(seen_.Take(), (Call{0, 5}));
   const int reads = Calls(SensorFunction::kGetEvents);
   hub_.on(SensorFunction::kGetEvents).Then({.status = -EAGAIN});
   hub_.Report(kProximity, 6);
   ASSERT_TRUE(hub_.on(SensorFunction::kGetEvents).WaitForCalls(reads + 1));
-  // Woken for this one, the poll reads both.
+  // The next event wakes the poll, which then reads both.
   hub_.Report(kProximity, 7);
   EXPECT_EQ(seen_.Take(), (Call{0, 7}));
 }
 
-// The platform answers 0 today when it enables a sensor; what else it may answer one day is for the
-// caller to see.
+// The platform currently returns 0 when it enables a sensor. Any other result is passed on to the
+// caller.
 TEST_F(SensorInfoTest, AnotherAnswerThanZeroIsReturnedAndKeepsNoClient) {
   hub_.on(SensorFunction::kRegisterSensor).Then({.status = -5});
   EXPECT_EQ(RegisterProximitySensorCallback(handle_, 0, Client<0>, &seen_), -5);
@@ -154,7 +154,7 @@ TEST_F(SensorInfoTest, TheDumpShowsSensorsAndClients) {
   EXPECT_TRUE(Eventually([&] { return Dump() == expected; })) << Dump();
 }
 
-// The class, which C++ callers may use without the C functions.
+// The SensorInfo class, which C++ callers may use without the C functions.
 class SensorObjectTest : public SensorFixture {
  protected:
   int Add(SensorInfo::AudioSensorType type) {
@@ -207,7 +207,7 @@ TEST_F(SensorlessTest, TheLastClientOfASensorThatWasGivenUpReceivesTheReason) {
   hub_.Start();
   hub_.on(SensorFunction::kCreateEventQueue).Then({.status = STATUS_UNKNOWN_ERROR});
   ASSERT_EQ(RegisterProximitySensorCallback(handle_, 0, Client<0>, &seen_), 0);
-  // This one makes the worker connect at once, for both.
+  // This registration makes the worker connect at once, for both sensors.
   look_ups().Then({.status = STATUS_UNKNOWN_ERROR});
   hub_.on(SensorFunction::kRegisterSensor).Then({.status = -5});
   ASSERT_EQ(RegisterHingeAngleSensorCallback(handle_, 0, Client<1>, &seen_), 0);
@@ -216,7 +216,7 @@ TEST_F(SensorlessTest, TheLastClientOfASensorThatWasGivenUpReceivesTheReason) {
   EXPECT_EQ(log_.Count("DisableSensor: already disabled."), 1);
   EXPECT_EQ(DeregisterHingeAngleSensorCallback(handle_, 0), -ENOSYS);
   EXPECT_EQ(log_.Count("DisableSensor: already disabled."), 1);
-  // It was looked up once.
+  // The sensor was looked up only once.
   for (int i = 2; i <= 3; ++i) {
     EXPECT_EQ(RegisterHingeAngleSensorCallback(handle_, 0, Client<1>, &seen_), -ENOSYS);
     EXPECT_EQ(log_.Count("EnableSensor: sensor HINGE_ANGLE isn't supported."), i);

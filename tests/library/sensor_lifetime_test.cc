@@ -31,8 +31,8 @@ struct Listener {
   void* handle = nullptr;
 };
 
-// All handles poll one looper: each poll may take the others' events, each wake the end of another.
-// Three, since of two handles never more than one waits for its turn.
+// All handles poll one looper, so a poll may take another handle's events, and a wake may end
+// another handle's poll. Three handles, because with two at most one waits for the looper.
 TEST_F(SensorLifetimeTest, HandlesThatShareTheLooperReceiveEveryReportAndEndAlone) {
   std::array<std::unique_ptr<Listener>, 3> listeners;
   for (auto& listener : listeners) listener = std::make_unique<Listener>();
@@ -48,7 +48,7 @@ TEST_F(SensorLifetimeTest, HandlesThatShareTheLooperReceiveEveryReportAndEndAlon
   }
 }
 
-// One handle is inside a call to the platform, with its lock held.
+// The busy handle is inside a call to the platform and holds its lock.
 TEST_F(SensorLifetimeTest, ASlowPlatformCallHoldsUpNoOtherHandleAndNoDump) {
   Listener busy;
   Listener idle;
@@ -75,8 +75,8 @@ TEST_F(SensorLifetimeTest, ASlowPlatformCallHoldsUpNoOtherHandleAndNoDump) {
   EXPECT_TRUE(busy.seen.TakeUntil({0, 20}));
 }
 
-// Runs `action` in a callback between the wake with which Deinit ends the poll and the end of the
-// poll. Then ends the handle.
+// Runs `action` in a callback after Deinit...() has sent the wake that ends the poll, and before
+// the poll ends. Then the handle ends.
 struct ActsAtTheEnd {
   ActsAtTheEnd() {
     client.action = [this](int) { Act(); };
@@ -124,7 +124,7 @@ TEST_F(SensorLifetimeTest, ACallbackThatRegistersDoesNotKeepAnEndingHandleGoing)
   end.Run(hub_, &handle_, RegisterProximitySensorCallback);
 }
 
-// Two handles that are never given back, one of which polls while the other waits its turn.
+// Exits with two handles that were not destroyed: one polls, the other waits for the looper.
 [[noreturn]] void ExitWithHandles() {
   static auto& hub = *new simulated::SensorHub;
   hub.Add(kProximity, "proximity");
@@ -144,8 +144,8 @@ TEST(SensorExitDeathTest, TheProcessMayExitWithHandlesLeft) {
   EXPECT_EXIT(ExitWithHandles(), testing::ExitedWithCode(0), "");
 }
 
-// The worker enables a sensor that waited for the service. Its second attempt comes a second after
-// the first.
+// The worker enables a sensor that waited for the service. Its second attempt follows a second
+// after the first.
 using SensorEndSlowTest = SensorFixture;
 TEST_F(SensorEndSlowTest, ASensorThatWaitedDoesNotKeepAnEndingHandleGoing) {
   ASSERT_EQ(RegisterProximitySensorCallback(handle_, 0, Client<0>, &seen_), 0);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The link to the sensor service: late, absent, unusable.
+// The connection to a sensor service that is late, absent or unusable.
 #include <android/binder_ibinder.h>
 #include <android/binder_manager.h>
 
@@ -20,7 +20,7 @@ using SensorLinkSlowTest = SensorFixture;
 
 TEST_F(SensorLinkSlowTest, ASensorThatWaitsTakesFurtherClientsAndLetsThemGo) {
   ASSERT_EQ(RegisterProximitySensorCallback(handle_, 0, Client<0>, &seen_), 0);
-  // Once for the registration, once for the first attempt of the worker.
+  // One look-up by the registration, and one by the worker's first attempt.
   ASSERT_TRUE(look_ups().WaitForCalls(2));
   ASSERT_EQ(RegisterProximitySensorCallback(handle_, 1, Client<0>, &seen_), 0);
   EXPECT_EQ(RegisterProximitySensorCallback(handle_, 1, Client<0>, &seen_), -EINVAL);
@@ -29,7 +29,7 @@ TEST_F(SensorLinkSlowTest, ASensorThatWaitsTakesFurtherClientsAndLetsThemGo) {
   EXPECT_EQ(DeregisterProximitySensorCallback(handle_, 1), 0);
   EXPECT_EQ(Calls(SensorFunction::kDisableSensor), 0);
   EXPECT_THAT(Log(ANDROID_LOG_ERROR), IsEmpty());
-  // The attempt after the pause: can miss it, never invent it.
+  // No attempt follows after the pause. This can miss a bug, never invent one.
   EXPECT_FALSE(look_ups().WaitForCalls(3, std::chrono::milliseconds(2000)));
 }
 
@@ -54,13 +54,13 @@ TEST_F(SensorLinkTest, WithoutManagerLooperOrQueueAClientWaits) {
     EXPECT_THAT(Dump(), HasSubstr("client id:0"));
     EXPECT_EQ(DeregisterProximitySensorCallback(handle_, 0), 0);
   }
-  // Each time from the beginning, without a further look for a service that is there.
+  // Each registration made one look-up. A service that is there is not looked for again.
   EXPECT_EQ(look_ups().calls(), 3);
-  // A looper that has to be prepared will do.
+  // Without a looper of the thread, ALooper_prepare() is sufficient.
   hub_.on(SensorFunction::kForThread).Then({.status = STATUS_UNKNOWN_ERROR});
   RegisterProximity();
   EXPECT_EQ(log_.Count("InitSensorInterface: start to initialize sensor interface"),
-            2);  // and once for the last of the cases
+            2);  // once for this registration, and once for the last case above
   EXPECT_EQ(log_.Count("InitSensorInterface: success to initialize sensor interface"), 1);
   EXPECT_EQ(look_ups().calls(), 4);
   RegisterHinge();
@@ -86,41 +86,41 @@ TEST(SensorReferenceTest, TheReferenceToTheServiceIsGivenBack) {
     DeinitSensorInfo(&handle);
     EXPECT_EQ(hub.queue_count(), 0u);
   }
-  // The platform's manager has gone with the service: only the library could still hold it.
+  // The platform's sensor manager has been destroyed, so only the library could still hold it.
   EXPECT_EQ(service.promote().get(), nullptr);
 }
 
-// Longer than the ten runs that a worker has for one trigger.
+// The search lasts longer than the ten runs of a worker for one request.
 TEST_F(SensorLinkSlowTest, AServiceIsLookedForUntilItComes) {
   const auto begin = std::chrono::steady_clock::now();
   ASSERT_EQ(RegisterProximitySensorCallback(handle_, 0, Client<0>, &seen_), 0);
   ASSERT_EQ(RegisterHingeAngleSensorCallback(handle_, 0, Client<1>, &seen_), 0);
   ASSERT_EQ(RegisterHingeAngleSensorCallback(handle_, 1, Client<2>, &seen_), 0);
   ASSERT_TRUE(look_ups().WaitForCalls(2 + 12, std::chrono::seconds(60)));
-  // Two registrations and the first attempt, and eleven attempts after a pause each.
+  // The look-ups: two registrations, the first attempt, and eleven attempts after a pause each.
   EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
   EXPECT_THAT(Warnings(), Each(kAbsent));
-  // No call is due while a sensor is not enabled: the first call comes with a reading.
+  // Clients of a sensor that is not enabled are not called before its first reading.
   EXPECT_THAT(Dump(), Not(HasSubstr("need_to_update:T")));
   EXPECT_TRUE(seen_.empty());
-  hub_.on(SensorFunction::kRegisterSensor).Then({.status = -5});  // the proximity sensor's turn
+  hub_.on(SensorFunction::kRegisterSensor).Then({.status = -5});  // for the proximity sensor
   hub_.Report(kHinge, 120);
   hub_.Start();
   EXPECT_THAT(seen_.TakeMany(2), ElementsAre(Call{1, 120}, Call{2, 120}));
   EXPECT_EQ(log_.Count(kGivenUp), 1);
-  // The client of the sensor that was refused is there.
+  // The client of the refused sensor stays registered.
   EXPECT_THAT(Dump(), HasSubstr("client id:0"));
 }
 
 using SensorLateServiceSlowTest = HingelessFixture;
 
-// The proximity sensor is no longer waited for when the service comes, and the device has no hinge.
+// When the service starts, the proximity sensor has no client left, and the device has no hinge.
 TEST_F(SensorLateServiceSlowTest, OnlySensorsThatExistAndHaveClientsAreEnabled) {
   ASSERT_EQ(RegisterProximitySensorCallback(handle_, 0, Client<0>, &seen_), 0);
   ASSERT_EQ(RegisterHingeAngleSensorCallback(handle_, 0, Client<1>, &seen_), 0);
   EXPECT_EQ(DeregisterProximitySensorCallback(handle_, 0), 0);
   hub_.Start();
-  ASSERT_TRUE(log_.WaitFor(kGivenUp));  // of the hinge angle, which is the last to be waited for
+  ASSERT_TRUE(log_.WaitFor(kGivenUp));  // for the hinge angle, the last sensor with clients
   EXPECT_EQ(hub_.listeners(kProximity), 0);
   EXPECT_EQ(Calls(SensorFunction::kRegisterSensor), 0);
   RegisterProximity();
@@ -132,7 +132,7 @@ TEST_F(SensorLinkSlowTest, AServiceThatCannotBeUsedIsGivenUpAfterTenAttempts) {
   ASSERT_TRUE(look_ups().WaitForCalls(2));
   hub_.Start();
   ASSERT_TRUE(look_ups().WaitForCalls(1 + 10, std::chrono::seconds(60)));
-  // An eleventh attempt would come a second later: can miss it, never invent it.
+  // An eleventh attempt would follow a second later. This can miss a bug, never invent one.
   EXPECT_FALSE(look_ups().WaitForCalls(1 + 11, std::chrono::milliseconds(2500)));
   hub_.on(SensorFunction::kCreateEventQueue).Clear();
   EXPECT_EQ(DeregisterProximitySensorCallback(handle_, 0), 0);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// How the clients of temperatures come and go, and what they receive.
+// Registration and deregistration of thermal clients, and the values that they receive.
 #include "quorvel/fake/service_process.h"
 #include "thermal_fixture.h"
 
@@ -37,7 +37,7 @@ TEST_P(ThermalClientsTest, TheLastDeregistrationWaitsForACallbackUnderWay) {
     returned = true;
   });
   ASSERT_TRUE(on(ThermalCall::kUnregister).WaitForCalls(1));
-  RegisterCpu();  // once the lock is free; a slow client holds up no other type
+  RegisterCpu();  // needs the lock; a slow client does not block clients of other types
   EXPECT_FALSE(returned);
   slow_.gate.Open();
 }
@@ -70,7 +70,7 @@ TEST_P(ThermalClientsTest, TemperaturesThatTheServiceDoesNotReportAreRefused) {
   EXPECT_EQ(Dump(), "ThermalInfo:\n");
 }
 
-// "SPEAKER" is no type of the library; a HIDL service reports it as UNKNOWN, which is -1.
+// The library does not know the type "SPEAKER". A HIDL service reports it as UNKNOWN, which is -1.
 TEST_P(ThermalClientsTest, AnUnknownTypeIsQueriedAsUnknown) {
   EXPECT_EQ(Register<1>("SPEAKER", "speaker"), is_aidl() ? -EINVAL : 0);
   EXPECT_EQ(log_.Count("GetThermalTypeByName: unknown temperature type name! SPEAKER"), 1);
@@ -105,7 +105,7 @@ TEST_P(ThermalClientsTest, TheDumpListsTypesAndClients) {
 
 using ThermalHidlClientsTest = ThermalFixture;
 
-// Over HIDL a transport can fail on its own.
+// In HIDL the transport itself can fail.
 TEST_F(ThermalHidlClientsTest, FailedTransactionsAreLogged) {
   Bring(ThermalPath::kHidl);
   const auto fail = [this](HidlThermalOperation operation) {
@@ -122,7 +122,7 @@ TEST_F(ThermalHidlClientsTest, FailedTransactionsAreLogged) {
                                       "DeregisterCallbackToThermal: Transaction failed. "));
 }
 
-// Notifies from inside the registration, and waits until that has been handled.
+// A service that notifies during a registration, and waits until the notification is handled.
 class HastyThermal : public services::ThermalService {
  public:
   using ThermalService::ThermalService;

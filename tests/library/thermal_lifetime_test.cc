@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Thermal clients that call the library from their callbacks, and handles that end meanwhile.
+// Thermal clients that call the library from their callbacks, also while their handle ends.
 #include <fstream>
 #include <iterator>
 
@@ -18,13 +18,13 @@ class ThermalLifetimeTest : public ThermalPathTest {
     Deinit();
     EXPECT_EQ(registered(), 0u);
   }
-  // The unregistrations that the service has received.
+  // The number of unregistrations that the service has received.
   int Unregistered() { return on(ThermalCall::kUnregister).calls(); }
   int RegisterActing(int id, ActingClient& client, const char* type = "SKIN",
                      const char* name = "skin") {
     return RegisterClient(handle_, id, type, name, ActingClient::OnValue, &client);
   }
-  // Only the two threads of the handle are left: those of types end by themselves.
+  // Waits until only the handle's two threads are left. The types' threads end by themselves.
   static bool TypesHaveEnded() {
     return Eventually([] { return LibraryThreadCount() == 2; });
   }
@@ -34,13 +34,13 @@ class ThermalLifetimeTest : public ThermalPathTest {
 };
 QUORVEL_TEST_BOTH_PATHS(ThermalLifetimeTest);
 
-// Every thread that has not been joined keeps its stack mapped.
+// The number of memory mappings. A thread that was not joined keeps its stack mapped.
 int Mappings() {
   std::ifstream maps("/proc/self/maps");
   return static_cast<int>(std::count(std::istreambuf_iterator<char>(maps), {}, '\n'));
 }
 
-// Only callbacks call, so workers alone can join the workers that have ended.
+// Only callbacks call the library, so only workers can join the workers that have ended.
 TEST_P(ThermalLifetimeTest, CallbacksThatReplaceThemselvesLeaveNothingBehind) {
   const int rounds = kSanitized ? 50 : 300;
   int round = 0;
@@ -80,7 +80,7 @@ TEST_P(ThermalLifetimeTest, ACallbackAndAThreadMayDeregisterTheSameLastClient) {
     int outside = 0;
     EndsInTime([&] { outside = DeregisterThermalCallback(handle_, 1); });
     ASSERT_TRUE(TypesHaveEnded());
-    // The thread may have come before the client was called at all.
+    // The thread may have deregistered the client before its first call.
     const auto inside = results_.Take(std::chrono::milliseconds(0));
     ASSERT_TRUE(outside == 0 ? !inside || inside == -EINVAL : inside == 0);
     ASSERT_EQ(Unregistered(), round) << "unregistered once";
@@ -131,14 +131,14 @@ TEST_P(ThermalLifetimeTest, DeinitWaitsForACallbackAndRefusesItsRegistrations) {
   EXPECT_TRUE(Eventually([] { return LibraryThreadCount() == 0; }));
 }
 
-// Connected by one path, a callback makes a link by the other while its handle ends; that link's
-// death notification comes when the handle is gone.
+// While its handle ends, a callback connects to the service of the other path. That service's death
+// notification arrives after the handle has been destroyed.
 TEST_P(ThermalLifetimeTest, ALinkMadeDuringDeinitIsNotUsedAfterwards) {
   std::optional<HoldDeliveries> notifications;
   Gate called;
   ActingClient self = {.action = [&](int) {
     called.Pass();
-    // Until the handle has left its types and its service.
+    // Waits until Deinit...() has removed the handle's types.
     EXPECT_TRUE(Eventually([this] { return Dump() == "ThermalInfo:\n"; }));
     Bring(other_path());
     results_.Put(QuerySkin(handle_));
@@ -158,7 +158,7 @@ TEST_P(ThermalLifetimeTest, ALinkMadeDuringDeinitIsNotUsedAfterwards) {
   EXPECT_TRUE(fake::WaitUntilDelivered());
 }
 
-// The new handle is probably at the same address.
+// The new handle probably has the same address as the old one.
 TEST_P(ThermalLifetimeTest, ADeathNotificationOfAnEarlierServiceLeavesALinkByTheOtherPathAlone) {
   RegisterSkin();
   HoldDeliveries notifications(Delivery::kDeathNotification);

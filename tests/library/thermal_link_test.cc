@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The link to the thermal service: which service, when, its deaths, and what waits for it.
+// The link to the thermal service: the choice of the service, its deaths, and registrations that
+// wait for it.
 #include "thermal_fixture.h"
 
 namespace norvik::qel {
@@ -66,7 +67,7 @@ TEST_P(ThermalDeathTest, ALinkRefusedByADeathIsTreatedAsADeathNotification) {
                                    : thermal_.on(BinderFunction::kHidlLinkToDeath);
     link.Then({.status = STATUS_DEAD_OBJECT}, times);
   };
-  // The operation's own, and then the worker finds one that lives.
+  // The operation's link is refused. Then the worker links to a service that is alive.
   refuse(1);
   EXPECT_TRUE(Operate()) << "the connection counts as made";
   ASSERT_TRUE(log_.WaitFor(kRecovered));
@@ -79,7 +80,7 @@ TEST_P(ThermalDeathTest, ALinkRefusedByADeathIsTreatedAsADeathNotification) {
     EXPECT_THAT(Warnings(), ElementsAre(kNotDeclared, kNotDeclared));
   }
 
-  // Each refusal is one of the worker's five attempts; then the other worker makes its first one.
+  // The refusals use up the quick worker's five attempts. Then the slow worker succeeds.
   RegisterSkin();
   refuse(5);
   Restart();
@@ -107,7 +108,7 @@ TEST_P(ThermalDeathTest, RegistrationsWaitForALateService) {
   ASSERT_EQ(Register<1>("SKIN", "skin"), 0);
   EXPECT_EQ(log_.Count(Queued(1)), 1);
   ASSERT_TRUE(log_.WaitFor(kNotReady));
-  // The same id keeps what it has; another one waits, too.
+  // The first registration of an id is kept. Registrations with other ids also wait.
   EXPECT_EQ(RegisterClient(handle_, 1, "CPU", "cpu", Client<1>, &seen_), 0);
   EXPECT_EQ(log_.Count(Queued(1)), 1);
   ASSERT_EQ(Register<2>("CPU", "none"), 0);
@@ -126,7 +127,7 @@ TEST_P(ThermalDeathTest, RegistrationsWaitForALateService) {
   EXPECT_EQ(registered(), 1u);
   EXPECT_EQ(DeregisterThermalCallback(handle_, 1), 0);
 
-  // What has failed is dropped for good.
+  // A waiting registration that has failed is not tried again.
   thermal_.Kill(GetParam());
   ASSERT_TRUE(fake::WaitUntilDelivered());
   ASSERT_EQ(Register<1>("SKIN", "skin"), 0);

@@ -19,7 +19,7 @@ using Thermistors = std::vector<std::pair<std::string, float>>;
 using ThermalNamesTest = ThermalFixture;
 using ThermalHidlQueriesTest = ThermalFixture;
 
-// Types that came after those of HIDL need not be known.
+// The library need not know types that were added after HIDL.
 TEST_F(ThermalNamesTest, TypesAreThoseThatTheHeaderHasConstantsFor) {
   std::ifstream file(QUORVEL_TEST_HEADER);
   const std::string header{std::istreambuf_iterator<char>(file), {}};
@@ -59,7 +59,7 @@ TEST_F(ThermalNamesTest, OtherNamesAreRefused) {
   EXPECT_EQ(Warnings(), warnings);
 }
 
-// The getter's values, with room for `room`.
+// The values that a getter writes to an array of `room` elements.
 using Getter = int (*)(void* handle, int* values, int* size, bool use_cached);
 std::vector<int> Limits(Getter get, void* handle, bool use_cached, int room = 16) {
   std::vector<int> values(64, -1000);
@@ -139,7 +139,7 @@ TEST_P(ThermalQueriesTest, TheDumpPrintsNamesUnchanged) {
   };
   EXPECT_TRUE(text == "ThermalInfo:\n" + entry("%s%n AUDIO\n\t\xff") + entry(large)) << text.size();
 
-  // A dump that waits for its reader holds up no other call.
+  // A dump that waits for its reader does not block other calls.
   Pipe pipe;
   const size_t capacity = pipe.Shrink();
   {
@@ -148,7 +148,7 @@ TEST_P(ThermalQueriesTest, TheDumpPrintsNamesUnchanged) {
     EndsInTime([&] { EXPECT_THAT(Currents(), ElementsAre(1, 1)); });
     EXPECT_TRUE(pipe.Read(text.size()) == text);
   }
-  // The first error ends it: what a full pipe has taken stays in order and nothing follows.
+  // The first write error ends a dump: the pipe contains the beginning of the text only.
   ASSERT_EQ(fcntl(pipe.writer(), F_SETFL, O_NONBLOCK), 0);
   DumpThermalInfo(handle_, pipe.writer());
   EXPECT_EQ(pipe.unread(), capacity);
@@ -200,7 +200,7 @@ TEST_P(ThermalQueriesTest, BulkReadingsAreSortedAndEachOnce) {
   EXPECT_EQ(Bulk(handle_, {"skin", "cpu", "skin"}, 2), (Thermistors{{"cpu", 40}, {"skin", 36.5F}}));
   EXPECT_EQ(Bulk(handle_, {"skin", "ski", "SKIN", "none"}, 4), (Thermistors{{"skin", 36.5F}}));
   EXPECT_EQ(Bulk(handle_, {"none"}, 1), Thermistors{});
-  // A name that a service reports ends at a NUL.
+  // A reported name ends at its first NUL.
   AddTemperature(TemperatureType::GPU, std::string("gpu\0core", 8));
   EXPECT_EQ(Bulk(handle_, {"gpu"}, 1), (Thermistors{{"gpu", 0}}));
   const int calls = is_aidl() ? thermal_.on(ThermalOperation::kGetTemperatures).calls()
@@ -208,7 +208,7 @@ TEST_P(ThermalQueriesTest, BulkReadingsAreSortedAndEachOnce) {
   EXPECT_EQ(calls, 4) << "one call answers all";
   EXPECT_THAT(Log(ANDROID_LOG_ERROR), IsEmpty());
 
-  // Long names are cut off.
+  // Long names are truncated.
   const std::string fits(63, 'a');
   const std::string too_long(64, 'b');
   AddTemperature(TemperatureType::SKIN, fits);
@@ -249,7 +249,7 @@ TEST_P(ThermalQueriesTest, BulkQueriesWithInvalidArgumentsAreRefused) {
   EXPECT_THAT(Log(), IsEmpty());
 }
 
-// Over HIDL a transport can fail on its own.
+// In HIDL the transport itself can fail.
 TEST_F(ThermalHidlQueriesTest, AFailedTransactionLeavesNoLimitsAndNoReadings) {
   EXPECT_EQ(Bulk(handle_, {"skin"}, 1), Thermistors{}) << "no service";
   EXPECT_THAT(Log(), ElementsAre(kNotDeclared));
@@ -275,7 +275,7 @@ TEST_F(ThermalHidlQueriesTest, AFailedTransactionLeavesNoLimitsAndNoReadings) {
   }
 }
 
-// C++ callers may ask for no name at all.
+// C++ callers may pass an empty list of names.
 TEST(ThermalInfoTest, NoNamesHaveNoAnswer) {
   audio::ThermalInfo thermal_info;
   EXPECT_EQ(thermal_info.GetBulkTemperatureByNames({}), std::nullopt);

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Thermal clients after the service's death: however long it is away, and whichever thread connects
-// to its successor.
+// Recovery of thermal clients after the service's death, for any length of its absence and any
+// thread that reconnects.
 #include "pauses.h"
 #include "process_state.h"
 #include "thermal_fixture.h"
@@ -15,7 +15,7 @@ constexpr int kSlowAttempts = 10;  // of "thermal_restore", 1000 ms apart
 
 class ThermalRecoveryTest : public ThermalPathTest {
  protected:
-  // Both receive the next change, and the service has each callback once.
+  // Both clients receive the next change, and the service holds each callback once.
   void ExpectBothReceive() {
     ASSERT_TRUE(IsRegistered(2));
     severity_ = severity_ % 6 + 1;
@@ -37,7 +37,7 @@ class ThermalRecoveryTest : public ThermalPathTest {
 // The workers' pauses last until the test ends them.
 class ThermalShortRecoveryTest : public ThermalRecoveryTest {
  protected:
-  // The service dies; the workers look for it in vain `attempts` times, and pause.
+  // Kills the service and waits until the workers have made `attempts` attempts and pause.
   void StayAway(int attempts) {
     const int before = look_up().calls();
     thermal_.Kill(GetParam());
@@ -58,7 +58,7 @@ class ThermalShortRecoveryTest : public ThermalRecoveryTest {
     }));
   }
   static bool AreIdle() { return PausingWorkers() == 0; }
-  // Both workers have used up their attempts.
+  // Lets both workers use up their attempts.
   void GiveUp() {
     StayAway(kQuickAttempts + kSlowAttempts);
     EndPausesUntil(AreIdle);
@@ -102,8 +102,8 @@ TEST_P(ThermalShortRecoveryTest, AfterGivingUpAnyOperationBringsTheClientsBack) 
   EXPECT_EQ(log_.Count(kNotReady), 4 * kSlowAttempts);
 }
 
-// The service comes back for one query in the middle of a series of attempts, and dies again: the
-// quick worker makes what is left of its series, the slow one all of its own.
+// The service returns for one query in the middle of a series of attempts, and dies again. The
+// quick worker continues its series; the slow worker makes all its attempts.
 TEST_P(ThermalShortRecoveryTest, ASecondDeathDuringARecoveryIsRecoveredFrom) {
   RegisterBoth();
   for (const int attempts : {3, kQuickAttempts + 1, kQuickAttempts + 4}) {
@@ -132,8 +132,8 @@ TEST_P(ThermalShortRecoveryTest, WithoutClientsTheSlowWorkerIsNotStarted) {
 
 QUORVEL_TEST_BOTH_PATHS(ThermalRecoveryTest);
 
-// The worker is kept from its attempt until a caller has connected; then the worker finds nothing
-// to do, and neither does a second caller.
+// The worker registers the types while a caller waits for the lock. That caller and later ones must
+// not register them again.
 TEST_P(ThermalRecoveryTest, EveryTypeIsRegisteredOncePerConnection) {
   RegisterBoth();
   const int before = on(ThermalCall::kRegister).calls();
@@ -164,7 +164,7 @@ TEST_P(ThermalRecoveryTest, ARefusalIsNotRepeatedOnTheSameConnection) {
   ASSERT_NO_FATAL_FAILURE(ExpectBothReceive());
 }
 
-// Each refused registration ends its worker before the next one begins.
+// The worker of a refused registration ends before the next registration is tried.
 TEST_P(ThermalRecoveryTest, WaitingRegistrationsThatFailLeaveNoWorkers) {
   constexpr int kWaiting = 300;
   RegisterSkin();
@@ -178,7 +178,7 @@ TEST_P(ThermalRecoveryTest, WaitingRegistrationsThatFailLeaveNoWorkers) {
         RegisterClient(handle_, id, id % 2 == 0 ? "CPU" : "GPU", "no such name", Client<9>, &seen_),
         0);
   }
-  // The last one's query: all before it have been refused.
+  // Stops in the query of the last registration, when all others have been refused.
   const auto gate = std::make_shared<Gate>();
   for (int i = 1; i < kWaiting; ++i) on(ThermalCall::kQuery).Then({});
   on(ThermalCall::kQuery).Then(Outcome::After(gate));
@@ -187,7 +187,7 @@ TEST_P(ThermalRecoveryTest, WaitingRegistrationsThatFailLeaveNoWorkers) {
   ASSERT_TRUE(gate->WaitForArrivals());
   EXPECT_TRUE(Eventually([&] { return workers() <= 2u; })) << workers();
   gate->Open();
-  // Together: a worker that has just begun does not bear its name yet.
+  // Both in one condition, because a worker that has just started does not have its name yet.
   EXPECT_TRUE(Eventually([&] { return workers() == 1u && registered() == 1; }))
       << workers() << " workers, " << registered() << " registered";
 }

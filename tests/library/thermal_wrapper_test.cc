@@ -15,7 +15,7 @@
 #include "thermal_doubles.h"
 #include "thermal_fixture.h"
 
-// What `debug` hands to the service it leaves to it, deliberately; nothing else may leak.
+// debug() leaks its arguments on purpose: a local service may keep them. Nothing else may leak.
 extern "C" const char* __lsan_default_suppressions() {  // NOLINT: the sanitizer's name
   return "leak:ThermalHidlWrapper::debug\n";
 }
@@ -36,18 +36,18 @@ using hal::Temperature;
 using hal::ThermalHidlWrapper;
 using HidlType = V2_0::TemperatureType;
 
-// A service in this process, for what a proxy cannot show. What it does comes before its status; a
-// registration notifies before it returns.
+// A service in this process, for effects that a proxy hides. Its operations return `status` after
+// they have written their results. A registration notifies before it returns.
 class LocalThermal : public services::ThermalService {
  public:
   using Status = ndk::ScopedAStatus;
   using ThermalService::ThermalService;
 
   std::function<Status()> status = [] { return Status::ok(); };
-  // What the callback answered to the notification.
+  // Whether the callback answered the notification with ok.
   bool notification_was_ok = false;
   int dumps = 0;
-  // As the last dump was given them.
+  // The arguments of the last dump.
   int dump_descriptor = -1;
   std::vector<const char*> dump_arguments = {};
 
@@ -102,7 +102,7 @@ class ThermalWrapperFixture : public testing::Test {
     EXPECT_EQ(answer.thread, std::this_thread::get_id());
     return records;
   }
-  // The three queries of HIDL 2.0 when they succeed.
+  // The three queries of HIDL 2.0. They must succeed unless failure_ is set.
   auto Temperatures(bool filter = false, HidlType type = HidlType::SKIN) {
     return Ask<V2_0::Temperature>(&ThermalHidlWrapper::getCurrentTemperatures, filter, type);
   }
@@ -113,7 +113,7 @@ class ThermalWrapperFixture : public testing::Test {
   auto Coolers(bool filter = false, V2_0::CoolingType type = V2_0::CoolingType::CPU) {
     return Ask<V2_0::CoolingDevice>(&ThermalHidlWrapper::getCurrentCoolingDevices, filter, type);
   }
-  // All three fail and bring no record.
+  // All three queries fail and return no records.
   void ExpectAllFail(bool filter, const std::string& message) {
     failure_ = &message;
     EXPECT_TRUE(Temperatures(filter).empty());
@@ -128,7 +128,7 @@ class ThermalWrapperFixture : public testing::Test {
   const std::string* failure_ = nullptr;  // the expected message, if any
 };
 
-// A record as text, in which all NaN are equal.
+// Records as text, so that NaN compares equal.
 template <typename Record>
 std::vector<std::string> Texts(const std::vector<Record>& records) {
   std::vector<std::string> texts;
@@ -152,7 +152,7 @@ TEST_F(ThermalQueryTest, TheQueriesOfHidl1AreRefusedWithoutACallToTheService) {
 }
 
 TEST_F(ThermalQueryTest, TemperaturesAreUnchangedExceptUnknownTypes) {
-  // Severities as they are, known or not.
+  // Severities are passed on unchanged, also unknown ones.
   const struct {
     int32_t aidl, hidl;
     float value;
@@ -173,7 +173,7 @@ TEST_F(ThermalQueryTest, TemperaturesAreUnchangedExceptUnknownTypes) {
     }
   });
   EXPECT_EQ(Texts(Temperatures()), Texts(expected));
-  // The service filters. A type that HIDL has no name for travels as the number it is.
+  // The service filters. A type without a name in HIDL is passed on as its number.
   EXPECT_THAT(Texts(Temperatures(true, static_cast<HidlType>(10))),
               ElementsAre(toString(expected[7])));
   EXPECT_EQ(Calls(ThermalOperation::kGetTemperatures), 1);
@@ -238,7 +238,7 @@ TEST_F(ThermalQueryTest, AFailureOfTheServiceIsAStatusWithItsMessageAndNoRecords
   thermal_.Kill(ThermalPath::kAidl);
   ExpectAllFail(/*filter=*/false, "");
 
-  // A service may have written half an answer when it fails.
+  // A service that fails may have written a partial answer.
   const auto local = ndk::SharedRefBase::make<LocalThermal>(thermal_.data());
   wrapper_ = sp<ThermalHidlWrapper>::make(local);
   EXPECT_EQ(Temperatures().size(), 2u);
@@ -278,7 +278,8 @@ TEST_F(ThermalQueryTest, DebugLeavesDescriptorAndOptionsToTheService) {
   native_handle_delete(native);
 }
 
-// A caller's mistake is reported; an operation that needs the service then ends the process.
+// A wrapper without a service is a caller's mistake. It is reported, and then an operation that
+// needs the service ends the process.
 TEST(ThermalWrapperDeathTest, WithoutAServiceEachOperationReportsAndContinues) {
   constexpr char kMessage[] = "Thermal AIDL HAL client used by HIDL wrapper was not initialized";
   const auto wrapper = sp<ThermalHidlWrapper>::make(nullptr);
@@ -295,7 +296,7 @@ TEST(ThermalWrapperDeathTest, WithoutAServiceEachOperationReportsAndContinues) {
   EXPECT_DEATH(wrapper->registerThermalChangedCallback(callback, false, type, print).isOk(),
                report);
 
-  // Calls that end before they need the service.
+  // These calls fail before they need the service.
   std::vector<std::string> messages;
   const auto keep = [&](const auto& status) { messages.push_back(status.debugMessage); };
   EXPECT_TRUE(wrapper->registerThermalChangedCallback(nullptr, false, type, keep).isOk());
@@ -332,12 +333,12 @@ class ThermalCallbackTest : public ThermalWrapperFixture {
     return {
         .type = type, .name = name, .value = 45.5F, .throttlingStatus = ThrottlingSeverity::SEVERE};
   }
-  // The service notifies, and the callback receives it.
+  // Makes the service notify, and expects that the callback receives it.
   void ExpectNotified(HidlThermalCallback& callback) {
     thermal_.Notify(Hot("skin"));
     EXPECT_EQ(Take(callback), "skin");
   }
-  // The name in the oldest notification.
+  // Takes the oldest notification and returns its name.
   static std::string Take(HidlThermalCallback& callback) {
     const auto heard = callback.heard.Take();
     return heard ? std::string(heard->temperature.name) : "(nothing)";
@@ -352,7 +353,7 @@ TEST_F(ThermalCallbackTest, CallbacksReceiveWhatTheyAskedForAlsoWithoutTheWrappe
   ASSERT_TRUE(Succeeded(Register(callback_, false, HidlType::BATTERY)));
   ASSERT_TRUE(Succeeded(Register(batteries, true, HidlType::BATTERY)));
   EXPECT_EQ(Calls(ThermalOperation::kRegisterThermalChangedCallback), 1);
-  // A type that HIDL has no name for travels as the number it is.
+  // A type without a name in HIDL is passed on as its number.
   ASSERT_TRUE(Succeeded(Register(speakers, true, static_cast<HidlType>(TemperatureType::SPEAKER))));
   EXPECT_EQ(Calls(ThermalOperation::kRegisterThermalChangedCallbackWithType), 2);
   wrapper_.clear();
@@ -372,7 +373,7 @@ TEST_F(ThermalCallbackTest, CallbacksReceiveWhatTheyAskedForAlsoWithoutTheWrappe
   EXPECT_EQ(heard->thread, "binder:host");
 }
 
-// Two proxies of one callback of another process are the same callback.
+// Two proxies of one callback in another process count as the same callback.
 TEST_F(ThermalCallbackTest, CallbacksAreComparedAsInterfacesNotAsPointers) {
   constexpr char kInstance[] = "android.hardware.thermal@2.0::IThermalChangedCallback/default";
   fake::DeclareHidl(kInstance);
@@ -422,7 +423,7 @@ TEST_F(ThermalCallbackTest, RegistrationsWaitForEachOther) {
   Seen<bool> refused;
   Background duplicate("a duplicate",
                        [&] { refused.Put(FailedWith(Register(callback_), kRegistered)); });
-  // Can miss that the duplicate does not wait, never invent it.
+  // This can miss a bug, never invent one.
   EXPECT_FALSE(refused.Take(std::chrono::milliseconds(20)));
   service->Open();
   ASSERT_TRUE(result.WaitForArrivals());
@@ -448,7 +449,7 @@ TEST_F(ThermalCallbackTest, NotificationsQueriesAndRefusedNullsNeedNoLock) {
   gate->Open();
 }
 
-// A callback that reports its end.
+// A callback that reports its destruction.
 class Reporting : public HidlThermalCallback {
  public:
   Reporting(Seen<std::string>& ends, const char* name) : ends_(ends), name_(name) {}
@@ -471,7 +472,7 @@ TEST_F(ThermalCallbackTest, CallbacksStayInOrderAndTheLatestIsReleasedFirst) {
   thermal_.Notify(Hot("skin"));
   for (const size_t i : {0, 2, 3}) EXPECT_EQ(Take(*callbacks[i]), "skin");
   EXPECT_TRUE(callbacks[1]->heard.empty());
-  // From here on the wrapper alone holds them.
+  // From here on only the wrapper holds the callbacks.
   thermal_.Kill(ThermalPath::kAidl);
   ASSERT_TRUE(fake::WaitUntilDelivered());
   callbacks.clear();
@@ -489,8 +490,8 @@ class Failing : public HidlThermalCallback {
   }
 };
 
-// A service in the same process sees the answer to a notification, and may send one while a
-// callback is being registered.
+// A service in the same process receives the result of a notification, and may notify during a
+// registration.
 TEST_F(ThermalCallbackTest, TheServiceIsAnsweredOkWhenACallbackFails) {
   const auto local = ndk::SharedRefBase::make<LocalThermal>(thermal_.data());
   wrapper_ = sp<ThermalHidlWrapper>::make(local);
@@ -498,7 +499,7 @@ TEST_F(ThermalCallbackTest, TheServiceIsAnsweredOkWhenACallbackFails) {
   EXPECT_TRUE(Succeeded(Register(failing)));
   EXPECT_TRUE(local->notification_was_ok);
   EXPECT_EQ(Take(*failing), "early");
-  // Refusals without a status.
+  // The service refuses calls with a null status.
   local->status = [] { return ndk::ScopedAStatus(nullptr); };
   EXPECT_TRUE(FailedWith(Register(callback_), ""));
   EXPECT_TRUE(FailedWith(Unregister(failing), ""));

@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The quorvel developers
 # SPDX-License-Identifier: Apache-2.0
 
-"""list, status and doctor, on a simulated phone, on a described machine, and where services lack.
+"""list, status and doctor on a simulated phone, on a fake Linux machine, and without services.
 
 usage: inventory_test.py QUORVEL QUORVEL_PHONE
 """
@@ -79,7 +79,7 @@ class InventoryTest(Case):
                 self.assertLessEqual(max(map(len, out.splitlines())), columns, out)
             text = " ".join(out.split())
             self.assertIn("SKIN:skin unknown -> NONE", text)
-            # A registration for each.
+            # One registration per client.
             self.assertIn("** 1 more time: linked: the library's callback", text)
         code, out = on_terminal(80, "status", rows=12)
         self.assertEqual((code, len(out.splitlines())), (0, 11))
@@ -93,7 +93,7 @@ class InventoryTest(Case):
         first = first.removeprefix("Device: simulated\n")
         self.assertEqual({len(screen.splitlines()) for screen in others}, {len(first.splitlines())})
         self.assertNotIn("* ", first)
-        # Bold marks what has changed, yellow what is alarming.
+        # Bold marks changed values, yellow marks high severities.
         self.assertRegex("".join(others), r"\n\033\[1m\* [a-zA-Z_: ]+? {2,}\d")
         self.assertRegex("".join(others), r"\n.*\033\[33m. (CPU|SKIN):.*, (MODERATE|SEVERE)")
 

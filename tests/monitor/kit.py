@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The quorvel developers
 # SPDX-License-Identifier: Apache-2.0
 
-"""What the monitor's tests share. Every wait has a deadline and says what it has waited for."""
+"""Helpers of the monitor's tests. Every wait has a deadline and names what it waited for."""
 
 import concurrent.futures
 import datetime
@@ -20,17 +20,17 @@ import termios
 import threading
 import unittest
 
-# The monitor, and what a test needs beside it.
+# The monitor, and a second program or file that the test needs.
 QUORVEL, OTHER = (os.path.abspath(path) for path in sys.argv[1:])
-# The phone's monitor on phones of three kinds; two of them lack something.
+# The phone's monitor on three kinds of phones: complete, without services, and old.
 PHONE, BARE, FLAT = ({"program": OTHER, "env": {"QUORVEL_PHONE": kind, "COLUMNS": "500"}}
                      for kind in ("", "bare", "flat"))
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
-LIMIT = 60  # seconds; only a broken monitor meets it
+LIMIT = 60  # seconds; only a broken monitor reaches it
 
 
 class Started(subprocess.Popen):
-    """A program that runs on the simulated phone, unless `env` (merged) says otherwise."""
+    """A running program, on the simulated phone by default. `env` is added to the environment."""
 
     def __init__(self, *args, program=QUORVEL, env=None, **kwargs):
         env = {**os.environ, "QUORVEL_DEVICE": "simulated" if program == QUORVEL else "",
@@ -56,13 +56,13 @@ class Started(subprocess.Popen):
 
 
 def run(*args, written=None, **kwargs):
-    """The exit code and both outputs; `written` is what the program finds in its standard input."""
+    """Runs a program with `written` as standard input. Returns the exit code and both outputs."""
     stdin = {} if written is None else {"stdin": subprocess.PIPE}
     return Started(*args, **stdin, **kwargs).finish(written)
 
 
 def on_machine(devices, *args, **kwargs):
-    """The Linux device with these (SUBSYSTEM, NAME, FILES) and no others."""
+    """Runs the monitor on a Linux machine that has only these devices (SUBSYSTEM, NAME, FILES)."""
     with tempfile.NamedTemporaryFile("w", suffix=".umockdev") as file:
         for subsystem, name, files in devices:
             file.write(f"P: /devices/test/{subsystem}/{name}\nE: SUBSYSTEM={subsystem}\n")
@@ -73,8 +73,8 @@ def on_machine(devices, *args, **kwargs):
                    **kwargs)
 
 
-# Two batteries, accessories and chargers of every kind, temperatures with and without a known type,
-# one of them unreadable, and a hinge.
+# A machine with two batteries, accessories, all kinds of chargers, temperatures with known and
+# unknown types (one is unreadable), and a hinge.
 MACHINE = [
     ("power_supply", "BAT0", {"type": "Battery", "capacity": "80", "energy_now": "40000000",
                               "energy_full": "50000000", "cycle_count": "5"}),
@@ -96,7 +96,7 @@ MACHINE = [
 
 
 def on_terminal(columns, *args, rows=60, **env):
-    """What a terminal of that size receives."""
+    """Runs the monitor on a terminal of this size. Returns the exit code and the output."""
     terminal, program = pty.openpty()
     fcntl.ioctl(program, termios.TIOCSWINSZ, struct.pack("HHHH", rows, columns, 0, 0))
     process = Started(*args, stdout=program, env={"TERM": "xterm", **env})
@@ -129,7 +129,7 @@ class Case(unittest.TestCase):
         return result[1]
 
     def says(self, table, run=run, **kwargs):
-        """Each command line has its exit code and prints these texts; columns count as one space."""
+        """Checks the exit code and texts of each command line. Columns count as one space."""
         with concurrent.futures.ThreadPoolExecutor(4) as pool:
             results = pool.map(lambda line: run(*line.split(), **kwargs), table)
         for (line, (code, *wanted)), (done, out, err) in zip(table.items(), results):
@@ -144,7 +144,7 @@ class Case(unittest.TestCase):
             self.assertIn(complaint, result[2])
 
     def objects(self, result, code=0):
-        """The objects of a JSON output, each a whole line with its time."""
+        """The objects of a JSON output. Checks that each is one line and has a time."""
         out = self.output(result, code)
         self.assertTrue(out.endswith("\n"))
         objects = [json.loads(line) for line in out.splitlines()]

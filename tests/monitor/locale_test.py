@@ -2,12 +2,12 @@
 # SPDX-FileCopyrightText: 2026 The quorvel developers
 # SPDX-License-Identifier: Apache-2.0
 
-"""The monitor says and reads the same in a locale whose decimal point is a comma.
+"""The monitor's output and input are the same in a locale with a decimal comma.
 
 usage: locale_test.py QUORVEL ENTER_LOCALE
 
-LOCPATH and QUORVEL_TEST_LOCALE name the locale. ENTER_LOCALE is the library that has a program enter
-its user's locale, which the monitor does not do by itself.
+LOCPATH and QUORVEL_TEST_LOCALE name the locale. ENTER_LOCALE is a library to preload that makes a
+program use the locale of its environment, which the monitor does not do by itself.
 """
 
 import functools
@@ -46,7 +46,7 @@ class LocaleTest(Case):
             out = self.output(run("play", path, "--speed", "0.5", "--json", "--record", path + "2",
                                   "--force", env=env))
             self.output(run("plot", path, "--output", path + ".svg", env=env))
-            # Callbacks of different threads come in any order.
+            # Callbacks of different threads have no order.
             results.append((sorted(re.sub(r'"time":"[^"]*"', "", out).splitlines()),
                             (self.folder / "a.jsonl.svg").read_text()))
             self.assertIn('"value":36.625', (self.folder / "a.jsonl2").read_text())

@@ -6,7 +6,7 @@
 
 usage: monitor_test.py QUORVEL QUORVEL_PHONE
 
-QUORVEL_PHONE is the phone's monitor, on a phone that QUORVEL_PHONE in the environment describes.
+QUORVEL_PHONE is the phone's monitor. The environment variable QUORVEL_PHONE selects its phone.
 """
 
 import collections
@@ -21,7 +21,7 @@ from kit import BARE, FLAT, MACHINE, PHONE, Case, Started, on_machine, run
 
 SEVERITIES = ["NONE", "LIGHT", "MODERATE", "SEVERE", "CRITICAL", "EMERGENCY", "SHUTDOWN"]
 
-# What commands print of the simulated phone,
+# The exit codes and texts of commands on the simulated phone.
 ON_SIMULATED = {
     "get battery": (0, "Device: simulated battery level 50 % battery cycle count 10 "
                        "wireless charger offline dock charger offline"),
@@ -32,7 +32,7 @@ ON_SIMULATED = {
     "get temperatures nose cpu --json":
         (3, '"property":"nose","value":null,', '"property":"cpu","value":40.0,',
          "unknown or not present: nose; it reports cpu, skin, ")}
-# of the phone that they run on,
+# On a complete phone.
 ON_PHONE = {
     "get battery": (0, "battery level 61 %", "dock charger online", "wireless charger offline"),
     "get sensors": (0, "proximity 5 cm", "hinge angle 120 degrees"),
@@ -47,13 +47,13 @@ ON_PHONE = {
     "--version": (0, "quorvel "),
     **dict.fromkeys(("", "demo", "watch fans", "dump --for 2s", "dump --device linux", "-x dump"),
                     (2, "quorvel: ", "(see quorvel --help)"))}
-# of one without a hinge, with a thermal service of the older kind,
+# On a phone without a hinge, with a HIDL thermal service.
 ON_FLAT = {
     "get bcl": (3, "limits NONE" + 19 * ", LIGHT" + " battery voltage limits none reported"),
     "get bcl --json":
         (3, '"property":"bcl_current","value":[{"level":0,"name":"NONE"}' +
          19 * ',{"level":1,"name":"LIGHT"}' + "]", '"property":"bcl_voltage","value":[]'),
-    # A thermistor that is out of order is there all the same. Its name has a colon.
+    # A broken thermistor is listed with an unknown value. Its name has a colon.
     "get temperatures back:left": (3, "Device: phone back:left unknown"),
     "get temperatures back:left --json": (3, '"property":"back:left","value":null'),
     "watch thermal SKIN:back:left --json --for 1s":
@@ -62,7 +62,7 @@ ON_FLAT = {
     "get sensors --json": (3, '"proximity","value":0,', '"hinge_angle","value":null,'),
     "watch sensors --for 100ms": (0, "hinge angle not present"),
     "dump": (0, "HINGE_ANGLE initialized:T active:F")}
-# of one without services,
+# On a phone without services.
 ON_BARE = {
     "get battery": (1, "quorvel: the health service cannot be asked"),
     "get sensors": (1, "quorvel: the sensor service has not reported"),
@@ -72,7 +72,7 @@ ON_BARE = {
     "dump": (1, "linked to services = F", "SensorInfo:", "ThermalInfo:",
              "quorvel: the health service has not reported", "the sensor service has not reported",
              "the thermal service cannot be asked")}
-# of a machine,
+# On a Linux machine.
 ON_MACHINE = {
     "get temperatures acpitz x86_pkg_temp":
         (3, "Device: linux acpitz not present x86_pkg_temp 81.5 degrees C",
@@ -85,7 +85,7 @@ ON_MACHINE = {
          '"wireless_charger","old":null,"new":true,', '"dock_charger","old":null,"new":false,'),
     "dump": (0, "Battery Level = 50", "HINGE_ANGLE initialized:T active:T, data:90",
              "ThermalInfo:")}
-# and of one without any of that.
+# On a Linux machine without battery, sensors and temperatures.
 ON_EMPTY_MACHINE = {
     "watch battery --for 1s": (0, "** device: this machine has no battery"),
     "get battery": (3, "battery level unknown ", "quorvel: this machine has no battery",
@@ -96,11 +96,12 @@ ON_EMPTY_MACHINE = {
 
 HEARD_ON_PHONE = {
     "watch battery": "battery level +unknown +-> +61 %",
-    # The library may have heard the sensor before it first calls its client.
+    # The first reading may arrive before the client's first call.
     "watch sensors": r"hinge angle +(unknown|0 degrees) +-> +120 degrees",
     "watch thermal SKIN:skin": "SKIN:skin +unknown +-> +LIGHT"}
 
-# How the values of the simulated phone begin; the one that arrives when a service is back.
+# Commands, the property and value that show that the service is back, and the first values of all
+# properties.
 LIVES = {
     "battery --for 15s": ("battery_level", 50, {
         "battery_level": [50, 49, 48, 49, 50, 51], "battery_cycle_count": [10, 11],
@@ -115,7 +116,7 @@ def without_addresses(text):
 
 
 def midnight_in(seconds):
-    """The time zone where the day ends then."""
+    """A time zone in which the day ends after this time."""
     ahead = 86400 - seconds - int(time.time()) % 86400
     sign, ahead = ("-" if ahead >= 0 else ""), abs(ahead)
     return f"QVL{sign}{ahead // 3600}:{ahead // 60 % 60}:{ahead % 60}"
@@ -124,15 +125,15 @@ def midnight_in(seconds):
 class MonitorTest(Case):
     @classmethod
     def setUpClass(cls):
-        # What takes long runs beside all the rest.
+        # Long-running commands run in parallel with the other tests.
         cls.demo = Started("demo", env={"TZ": midnight_in(8)})
         cls.demo_json = Started("demo", "--json")
         cls.lives = {line: Started("watch", *line.split(), "--json") for line in LIVES}
         cls.sensors = Started("watch", "sensors", "--json", "--for", "8s")
 
     def heard(self, objects, name):
-        """The values that were heard of one property, each after the one before it; of a severity
-        the level."""
+        """The new values of one property; the levels of severities. Checks that each change starts
+        from the value before."""
         changes = [o for o in objects if o["event"] == "value" and o["property"] == name]
         values = [o["new"] for o in changes]
         self.assertEqual([o["old"] for o in changes], [None, *values][:-1])
@@ -175,7 +176,7 @@ class MonitorTest(Case):
 
     def test_the_sensors_of_the_simulated_phone_live_while_they_are_watched(self):
         objects = self.objects(self.sensors.finish())
-        # Readings may be heard twice or, on a busy machine, fold.
+        # A reading may arrive twice or, on a busy machine, be skipped.
         angles = self.heard(objects, "hinge_angle")
         opening = angles[:angles.index(180) + 1]
         self.assertEqual((opening[0], sorted(opening)), (0, opening))
@@ -191,7 +192,7 @@ class MonitorTest(Case):
         self.says({"watch thermal SKIN:x86_pkg_temp --json --for 1s": (
             0, '"SKIN:x86_pkg_temp","old":null,"new":{"level":2,')}, run=told)
         self.write("types", "\ntemperature COLD x86_pkg_temp\n")
-        # A broken file is named also where only values are printed, and before a failure.
+        # A faulty file is reported also by commands that print only values, and before a failure.
         self.says({"get temperatures x86_pkg_temp": (0, f"quorvel: {types}:2: "),
                    "get temperatures attic --json": (3, '"event":"notice"', f'"{types}:2: '),
                    "watch thermal CPU:attic": (3, f"** device: {types}:2: ")}, run=told)
@@ -212,7 +213,7 @@ class MonitorTest(Case):
             for number in (signal.SIGINT, signal.SIGTERM):
                 with self.subTest(command=command, number=number):
                     process = Started(*command)
-                    process.until("dock charger")  # it runs once this line has come
+                    process.until("dock charger")  # printed once the command runs
                     process.send_signal(number)
                     code, out, err = process.finish()
                     self.assertEqual(code, 130 if command == ["demo"] else 0, err)
@@ -244,7 +245,7 @@ class MonitorTest(Case):
                                "10 for the heat, 2 deaths of the health service and 1 of the thermal "
                                r"service, 1 refusal and 2 relinks in .*\n\Z")
         self.assertEqual(text.count("Demo "), 1)
-        # The day passes meanwhile.
+        # The demo runs past midnight.
         day = re.split(r"\n--- \d{4}-\d\d-\d\d\n", text)
         self.assertEqual([set(re.findall(r"(?m)^(\d\d):\d\d:\d\d\.\d{3}  ", part)) for part in day],
                          [{"23"}, {"00"}])

@@ -29,7 +29,7 @@ def temperature(at, name, value, severity="NONE", kind="SKIN"):
 class PlotTest(Case):
     def setUp(self):
         super().setUp()
-        self.env = {"LC_ALL": "C", "TZ": "UTC-1"}  # that is an hour ahead of UTC
+        self.env = {"LC_ALL": "C", "TZ": "UTC-1"}  # an hour ahead of UTC
 
     def record(self, *events, began="2026-11-22T02:46:46.500Z"):
         header = {"format": "quorvel recording", "version": 2, "device": "d"}
@@ -49,7 +49,7 @@ class PlotTest(Case):
         self.env["PATH"] = f"{self.folder}:{os.environ['PATH']}"
 
     def script(self, *events, **how):
-        """The commands for gnuplot, and the rows of what is plotted under each title."""
+        """The commands for gnuplot, and the data rows and styles of the plots by panel."""
         self.record(*events, **how)
         self.fake_gnuplot('cat "$2"')
         self.run_in("plot", "a.jsonl", "--output", "a.svg")
@@ -74,7 +74,7 @@ class PlotTest(Case):
             self.assertAlmostEqual(rows[0][0], begin + i / 100, 5)
             self.assertEqual([row[1] for row in rows], [30 + i / 10] * 2)
             self.assertEqual(rows[-1][0], begin + 3)
-        # Each line differs from all others in its colour or its dashes.
+        # All curves differ in colour or dashes.
         looks = [re.search(r"dt (\S+) lc rgb '(\S+)'", style).groups() for _, style in curves]
         self.assertEqual(len(set(looks)), 16)
         severities = plots["throttling"]

@@ -25,7 +25,7 @@ DOCS = ROOT / "docs"
 HEADER = '{"format": "quorvel recording", "version": 1}\n'
 HEADER_2 = '{"format": "quorvel recording", "version": 2}\n'
 EVENT = HEADER + '{"at": 1, "proximity": 5}\n'
-# Files that cannot be played: why not, and their lines; the last one is to blame.
+# Files that cannot be played: the reason, and their lines, the last of which is faulty.
 WRONG = [
     ("empty", ""),
     ("header", '{"at": 0, "proximity": 5}\n'),
@@ -97,11 +97,11 @@ WRONG_SCENARIOS = [
     ("no call 'sing'", BATTERY, {"refuse": "health", "call": "sing"}),
     ("told", BATTERY, {"refuse": "health", "call": "update"},
      {"expect": {"refused": "health", "call": "registerCallback"}})]
-# Scenarios whose last line fails when it is played, and how.
+# Scenarios whose last line fails when it is played, with the message.
 LEVEL = {"called": "battery_level", "value": 50, "within": 0.1}
 IN_VAIN = [
     ("it last heard: 50 %", BATTERY, {"expect": LEVEL | {"value": 51}}),
-    ("in vain", BATTERY, {"expect": LEVEL}, {"expect": LEVEL}),  # one call, once
+    ("in vain", BATTERY, {"expect": LEVEL}, {"expect": LEVEL}),  # a call meets one expectation
     ("to register", BATTERY, {"expect": {"registered": "health"}},
      {"expect": {"registered": "health", "within": 0.1}}),
     ("to unregister", BATTERY, {"expect": {"unregistered": "health", "within": 0.1}}),
@@ -113,7 +113,7 @@ IN_VAIN = [
     ("cannot be asked", BATTERY, {"refuse": "health", "call": "getHealthInfo"},
      {"ask": "battery", "answer": {"battery_level": 50}}),
     ("cpu not present, not 40.0", SKIN, {"ask": "temperatures", "answer": {"skin": 30, "cpu": 40}})]
-# What the library's calls lead to depends on its pauses; all else is the device's own.
+# Events caused by the library's calls, which depend on its pauses. All others are the device's own.
 OF_THE_LIBRARY = {"called", "registered", "unregistered", "refused"}
 
 
@@ -124,7 +124,7 @@ class RecordingTest(Case):
             json.loads((DOCS / "recording.schema.json").read_text(encoding="utf-8")))
         folder = tempfile.TemporaryDirectory()
         cls.addClassCleanup(folder.cleanup)
-        # What takes long runs beside all the rest.
+        # Long-running commands run in parallel with the other tests.
         cls.script_file = os.path.join(folder.name, "script")
         cls.script = Started("record", cls.script_file, "--for", "13s")
         cls.demo_file = os.path.join(folder.name, "demo")
@@ -134,7 +134,7 @@ class RecordingTest(Case):
         return str(self.folder / name)
 
     def events(self, path):
-        """The events of a recording in which every line is what the schema says."""
+        """The events of a recording. Checks every line against the schema."""
         text = pathlib.Path(path).read_text(encoding="utf-8")
         self.assertTrue(text.endswith("\n"))
         lines = [json.loads(line) for line in text.splitlines()]
@@ -212,7 +212,7 @@ class RecordingTest(Case):
                 self.assertRegex(out.splitlines()[-1], "^Play FAILED: ")
                 self.assertIn(f"{path}:{len(lines) + 1}: ", out)
                 self.assertIn(reason, out)
-        # A family that joins by itself does so in no line.
+        # Without a "join" the player registers clients itself; such a failure has no line number.
         for place, *lines in (
                 (":3", SKIN, {"after": 0.1, "join": "CPU:cpu"},
                  {"expect": {"silence": "CPU:cpu", "for": 0}}),
@@ -220,7 +220,7 @@ class RecordingTest(Case):
             path = self.scenario(*lines)
             self.assertRegex(self.output(run("play", path), 1),
                              f"Play FAILED: {path}{place}: .*refuses to register")
-        # A file that ends early fails, too; and no text of a file moves the cursor.
+        # A play that ends early fails, too. Control characters of a file are not printed.
         path = self.scenario({"say": "a\u001b[2J\nb"}, {"join": "sensors"}, {"proximity": 5},
                              {"expect": {"called": "proximity", "value": 5}})
         out = self.output(run("play", path, "--step", stdin=subprocess.DEVNULL), 1)
@@ -245,7 +245,7 @@ class RecordingTest(Case):
             {"expect": {"called": "SKIN:s", "value": "SEVERE"}},
             {"expect": {"called": "hinge_angle", "value": 10}},
             {"ask": "battery", "answer": {"battery_level": 50, "wireless_charger": False}},
-            {"started": "thermal (HIDL)"},  # beside the other one
+            {"started": "thermal (HIDL)"},  # in addition to the AIDL service
             {"hinge_angle": [20, None, 30.5]}, {"expect": {"called": "hinge_angle", "value": 30}},
             {"battery": {}},
             {"gone": "SKIN:s"}, {"expect": {"called": "SKIN:s", "value": "NONE"}},
@@ -310,7 +310,7 @@ class RecordingTest(Case):
                            preexec_fn=lambda: os.close(2))
         self.assertEqual(code, 0, out)
         self.events(path)
-        # And nothing that the program has opened is taken for its input.
+        # Without standard input, a file that the program opens must not take its place.
         process = Started("play", path, "--step", stdin=None, preexec_fn=lambda: os.close(0))
         self.assertNotIn("->", self.output(process.finish()))
 
@@ -323,7 +323,7 @@ class RecordingTest(Case):
         path = self.path("full")
         for args in (("record", path, "--for", "30s", "--force"),
                      ("play", DOCS / "examples/crash.jsonl", "--record", path, "--force")):
-            # The counters of a coverage build would be cut off, too.
+            # Redirects the counters of a coverage build, which the limit would truncate.
             full = run(*args, preexec_fn=limit_files, env={"GCOV_PREFIX": str(self.folder)})
             self.failure(full, "cannot write " + path)
             self.events(path)

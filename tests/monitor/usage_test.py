@@ -15,16 +15,16 @@ import unittest
 from kit import QUORVEL, ROOT, Case, Started, run
 
 COMPLETIONS = str(ROOT / "packaging/completions")
-# The shells find the program by its name, and an entry of the help is one line.
+# With PATH the shells find the program by its name. With COLUMNS an entry of the help is one line.
 HERE = {"PATH": f"{os.path.dirname(QUORVEL)}:{os.environ['PATH']}", "COLUMNS": "500",
         "QUORVEL_DEVICE": "simulated"}
 
-# Operands by their word in the help, and values of options.
+# Example operands and option values, by their words in the help.
 OPERANDS = {"": [], "[COMMAND]": [], "FILE": ["a"], "RECORDING": ["a"], "NAME...": ["n"],
             "TYPE:NAME...": ["SKIN:n"]}
 VALUES = {"DEVICE": "linux", "DURATION": "1s", "FILE": "b", "N": "2", "csv|perfetto": "csv"}
 
-# Command lines and a part of the complaint.
+# Invalid command lines and a part of the error message.
 WRONG = {
     "": "command", "sing": "sing", "watch": "battery", "get fish": "fish", "help me": "'me'",
     "watch battery get": "get", "no\nsuch": "'no\\x0asuch'", "get bcl 1": "'1'",
@@ -63,7 +63,7 @@ SHELLS = {
     "bash": ("-euc", """source "$1/quorvel.bash"; COMP_LINE=$2 COMP_POINT=${#2}; _quorvel
                         printf '%s\\n' "${COMPREPLY[@]}\"""", "bash"),
     "fish": ("--no-config", "-c", "source $argv[1]/quorvel.fish; complete --do-complete $argv[2]"),
-    # Runs the function with what zsh would give it, and prints what it offers.
+    # Runs the completion function with the variables of zsh, and prints its candidates.
     "zsh": ("-fc", """compadd() { print -rl -- $names }; _files() { print -rl -- $PREFIX*(N) }
                       compset() { PREFIX=${PREFIX#*=} }
                       words=(${(z)2}); [[ $2 == *' ' ]] && words+=('')
@@ -131,7 +131,7 @@ class UsageTest(Case):
                   "watch battery ": set(), "watch battery --for ": set(), "record a ": set(),
                   "sing ": set()}
         for shell in filter(shutil.which, SHELLS):
-            # bash replaces only what follows the last = or :
+            # bash replaces only the text after the last = or :
             stem, kind = ("", "") if shell == "bash" else ("--device=", "SKIN:")
             for line, words in {**wanted, "dump --device=li": {stem + "linux"}}.items():
                 self.assertEqual(self.offered(shell, f"quorvel {line}"), words, (shell, line))

@@ -2,12 +2,12 @@
 # SPDX-FileCopyrightText: 2026 The quorvel developers
 # SPDX-License-Identifier: Apache-2.0
 
-# abi_test.sh [--renew] LIBRARY: the C functions of LIBRARY, which has debug information, against
-# libquorvel.abi.xml: same names, arguments, results and records. With --renew the library is right,
-# and that file is written again.
+# abi_test.sh [--renew] LIBRARY: compares the C functions of LIBRARY, which needs debug information,
+# with libquorvel.abi.xml: names, arguments, results and records. --renew writes that file from the
+# library.
 #
-# Only what is reachable from the C functions is compared, so that neither the compiler nor its
-# options nor the classes behind show in it; nor does the processor, where sizes agree.
+# Only types reachable from the C functions are compared, so that the result does not depend on the
+# compiler, its options or the classes; nor on the processor, if sizes agree.
 set -euo pipefail
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 promised=$here/libquorvel.abi.xml
@@ -23,7 +23,7 @@ printf '  %s\n' "${functions[@]}" >>"$work/functions"
 abidw --kmi-whitelist "$work/functions" --exported-interfaces-only --headers-dir "$here/../../include" \
   --drop-private-types --drop-undefined-syms --type-id-style hash --no-elf-needed \
   --no-corpus-path --no-comp-dir-path --no-show-locs "$library" >"$work/abi.xml"
-# Some compilers describe one twice.
+# Some compilers describe a function twice.
 described=$(grep -o "elf-symbol-id=.[A-Za-z]*" "$work/abi.xml" | sort -u | wc -l || true)
 [ "$described" = ${#functions[@]} ] ||
   { echo "$described functions described, not all: has $library debug information?"; exit 1; }

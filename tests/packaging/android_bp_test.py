@@ -2,8 +2,8 @@
 # SPDX-FileCopyrightText: 2026 The quorvel developers
 # SPDX-License-Identifier: Apache-2.0
 
-"""Android.bp builds each module from the sources and with the flags of the host build, and lets the
-tree run the checks of our own lint.
+"""Android.bp builds each module with the sources and flags of the host build, and enables our own
+lint checks in the Android source tree.
 
 usage: android_bp_test.py ROOT "MODULE:srcs:SOURCE..." "MODULE:flags:FLAG..."...
 """
@@ -15,7 +15,7 @@ import sys
 import unittest
 
 ROOT = pathlib.Path(sys.argv[1]).resolve()
-# What the tree adds to every module, and what only one side has to say.
+# Flags that the Android source tree adds to every module, and flags that only one build needs.
 OF_THE_TREE = {"-fno-exceptions", "-fno-rtti", "-Wl,-z,defs"}
 OF_ONE_SIDE = re.compile(r"-Werror$|-D|-ffile-prefix-map|-Wthread-safety$")
 
@@ -38,7 +38,7 @@ def read_modules():
 
 
 def host_build():
-    """By module and property."""
+    """The expected values by module and property, from the command line."""
     values = {}
     for word in sys.argv[2:]:
         name, what, items = word.split(":", 2)
@@ -84,7 +84,7 @@ class AndroidBpTest(unittest.TestCase):
     def test_the_tree_runs_the_checks_of_our_lint(self):
         text = re.search(r"^Checks: >\n(.*?)^\w", (ROOT / ".clang-tidy").read_text(),
                          re.MULTILINE | re.DOTALL)[1]
-        # The tree starts from checks of its own, and its compiler's warnings are errors already.
+        # The Android source tree has default checks, and treats compiler warnings as errors.
         ours = {check for check in re.findall(r"[^\s,]+", text)
                 if check != "-*" and "clang-diagnostic" not in check}
         for name in ("libquorvel", "quorvel", "quorvel_device_test"):

@@ -2,8 +2,8 @@
 # SPDX-FileCopyrightText: 2026 The quorvel developers
 # SPDX-License-Identifier: Apache-2.0
 
-"""The build keeps the borders between the folders: what a folder must not include does not compile
-there. Tries each header of the tree with the include path of each target.
+"""The build keeps the borders between the folders: a header that a folder must not include is not
+found there. Tries each header of the tree with the include path of each target.
 
 usage: borders_test.py ROOT COMPILER FOLDER
 
@@ -24,8 +24,8 @@ PLATFORM = "host/fake_platform/include"
 CONTROL = "host/fake_platform/control"
 PRODUCT = ["include", "src", "monitor", "host"]
 SUPPORT = "tests/support"
-# Each target that this build makes: the folders whose headers it may include, and a header that has
-# to compile, so that an include path which is wrong altogether is noticed.
+# Each target of this build: the folders whose headers it may include, and a header that must be
+# found, so that a wrong include path is noticed.
 TARGETS = {
     "quorvel_objects": (["include", "src", PLATFORM], "thermal/thermal_info.h"),
     "quorvel_monitor_core": (["include", "monitor"], "clients/client.h"),
@@ -51,7 +51,7 @@ HEADERS = sorted(str(path.relative_to(ROOT)) for path in SOURCES if path.suffix 
 
 
 def reached(names, include_path):
-    """Those of the names that an #include finds."""
+    """The subset of the names that an #include finds."""
     text = "".join(f'#if __has_include("{name}")\nfound {name}\n#endif\n' for name in names)
     options = [f"-I{folder}" for folder in include_path]
     done = subprocess.run([COMPILER, "-std=c++20", "-x", "c++", "-E", "-P", *options, "-"],
@@ -60,7 +60,8 @@ def reached(names, include_path):
 
 
 def spellings(header):
-    """The ways in which a source may name it: from the root, and from each folder on the way."""
+    """The names by which a source may include a header: relative to the root and each folder of
+    its path."""
     parts = header.split("/")
     return ["/".join(parts[i:]) for i in range(len(parts))]
 
@@ -78,7 +79,7 @@ class BordersTest(unittest.TestCase):
                     is_permitted = header.startswith(tuple(folder + "/" for folder in allowed))
                     (permitted if is_permitted else forbidden).update(spellings(header))
                 forbidden -= permitted
-                # The system's own headers have names, too.
+                # Names that are also headers of the system do not count.
                 forbidden -= reached(forbidden, [])
                 tried += len(forbidden)
                 self.assertEqual(reached(forbidden, include_path), set())

@@ -2,8 +2,8 @@
 # SPDX-FileCopyrightText: 2026 The quorvel developers
 # SPDX-License-Identifier: Apache-2.0
 
-"""What the documents show works: their commands are run, on their programs and with an installed
-tree; their links are followed, and their table of retries is compared with the code.
+"""Tests the documents: runs their commands on their programs with an installed tree, checks their
+links, and compares their table of retries with the code.
 
 usage: docs_test.py ROOT QUORVEL CMAKE BUILD-FOLDER
 
@@ -27,7 +27,7 @@ ROOT = pathlib.Path(sys.argv[1]).resolve()
 QUORVEL = pathlib.Path(sys.argv[2]).resolve()
 CMAKE = sys.argv[3]
 BUILD = pathlib.Path(sys.argv[4]).resolve()
-LIMIT = 120  # seconds; only a broken program meets it
+LIMIT = 120  # seconds; only a broken program reaches it
 
 DOCUMENTS = sorted([*(ROOT / name for name in ("README.md", "CONTRIBUTING.md", "SECURITY.md")),
                     *ROOT.glob("docs/*.md")])
@@ -38,7 +38,7 @@ NOT_RUN = {
     r"export PKG_CONFIG_PATH=": "it says where a tree is installed, and this test has its own",
 }
 
-# The library's log on standard error, which no document shows.
+# Lines of the library's log on standard error, which the documents do not show.
 LOG_LINE = re.compile(r"^\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} +\d+ +\d+ [VDIWEF] .*\n", re.MULTILINE)
 COMPILER = re.compile(r"(cc|c\+\+) ")
 FILE_NAME = re.compile(r"(?:/\*|//) ([a-z_]+\.(?:cc|c))\b")
@@ -58,7 +58,7 @@ def prose(document):
 
 
 def anchors(document):
-    """As the usual renderers make them of headings."""
+    """The anchors that the usual renderers make from headings."""
     headings = re.findall(r"^#+ (.*)$", prose(document), re.MULTILINE)
     return {re.sub(r"[^\w -]", "", heading.lower()).strip().replace(" ", "-")
             for heading in headings}
@@ -99,7 +99,7 @@ class DocsTest(unittest.TestCase):
         subprocess.run([CMAKE, "--install", BUILD, "--prefix", folder.name, "--strip"], check=True,
                        stdout=subprocess.DEVNULL, timeout=LIMIT)
         package, = pathlib.Path(folder.name).rglob("quorvel.pc")
-        # As the documents have their readers set it.
+        # The environment that the documents tell readers to set.
         cls.installed = {"PKG_CONFIG_PATH": str(package.parent),
                          "LD_LIBRARY_PATH": str(package.parent.parent)}
 

@@ -2,9 +2,9 @@
 # SPDX-FileCopyrightText: 2026 The quorvel developers
 # SPDX-License-Identifier: Apache-2.0
 
-# exports_test.sh LIBRARY ROOT VERSION: the list of exports, the header's functions and the library's
-# symbols, each compared with the others; whatever else has to name every function; and whatever has
-# to tell the version.
+# exports_test.sh LIBRARY ROOT VERSION: compares the list of exports, the header's functions and the
+# library's symbols with each other; checks the other files that must name every function, and the
+# files that contain the version.
 set -euo pipefail
 export LC_ALL=C
 library=$1 root=$2 version=$3
@@ -28,15 +28,15 @@ for place in tests/library/c_api_test.c tests/packaging/libquorvel.abi.xml; do
   [ -z "$missing" ] || fail "in the header, not in $place:" "$missing"
 done
 
-# Classes: each listed one has exported members, and nothing else of C++ is exported.
+# Each listed class has exported members, and no other C++ symbols are exported.
 listed=$(sed -n 's/^ *\(_ZN\)K\?\(.*\)\*;$/\1\2E/p' "$map" | c++filt)
 exported=$(grep '::' <<<"$symbols" | sed -e 's/^vtable for //' -e 's/\([a-z:]*::[A-Za-z]*\).*/\1/')
 compare "the list" "$listed" "the library" "$exported"
-# What is listed by its whole mangled name, such as a table of virtual functions.
+# Symbols that are listed by their full mangled name, such as virtual function tables.
 while read -r name; do
   nm --dynamic --defined-only "$library" | grep -q " $name$" || fail "not in the library: $name"
 done < <(sed -n 's/^ *\(_Z[A-Za-z0-9_]*\);$/\1/p' "$map")
-# The platform may hold callbacks of the library after the last handle is gone.
+# The platform may hold callbacks of the library after the last handle is destroyed.
 dynamic=$(readelf --dynamic --wide "$library")
 grep -q NODELETE <<<"$dynamic" || fail "the library can be unmapped: linked without -z nodelete"
 

@@ -2,8 +2,8 @@
 # SPDX-FileCopyrightText: 2026 The quorvel developers
 # SPDX-License-Identifier: Apache-2.0
 
-"""The comments of quorvel.h list the results that doxygen does not miss: it accepts a function with
-a single @retval, and an enumerator without a comment.
+"""The comments of quorvel.h list all results. doxygen does not check that: it accepts a function
+with a single @retval, and an enumerator without a comment.
 
 usage: header_comments_test.py HEADER
 """
@@ -16,7 +16,7 @@ import unittest
 
 HEADER = pathlib.Path(sys.argv[1]).read_text()
 
-# Functions that differ in these words only fail in the same ways.
+# Functions that differ only in these words have the same errors.
 KINDS = [r"BatteryLevel|BatteryCycleCount|WirelessChargerIsOnline|DockChargerIsOnline",
          r"ProximitySensor|HingeAngleSensor", r"ChargeLimitCurrent|ChargeLimitVoltage"]
 
@@ -46,7 +46,7 @@ class HeaderCommentsTest(unittest.TestCase):
             for name, listed in functions.items():
                 self.assertEqual(together - listed, set(), f"{name}: add @retval")
         self.assertEqual(results["GetWirelessChargerIsOnline"], results["GetDockChargerIsOnline"])
-        # The constants for no value are results.
+        # The constants for unknown values are results, too.
         constants = set(re.findall(r"^  (QUORVEL_\w+_UNKNOWN) = ", HEADER, re.MULTILINE))
         self.assertEqual(len(constants), 2)
         self.assertLessEqual(constants, set.union(*results.values()))

@@ -2,9 +2,9 @@
 # SPDX-FileCopyrightText: 2026 The quorvel developers
 # SPDX-License-Identifier: Apache-2.0
 
-# install_test.sh PREFIX WORK-FOLDER [BUILD-PATH]: what is installed under PREFIX (or unpacked from
-# packages there) serves projects that know nothing else of this one: the examples are built and run
-# with it. With BUILD-PATH, no installed file may name that folder.
+# install_test.sh PREFIX WORK-FOLDER [BUILD-PATH]: builds and runs the examples with only the files
+# that are installed under PREFIX, or unpacked there from packages. With BUILD-PATH, no installed
+# file may contain that path.
 set -euo pipefail
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 examples=$here/../../examples
@@ -26,9 +26,9 @@ fi
 library=$(find "$prefix" -name 'libquorvel.so')
 [ -n "$library" ] || fail "no libquorvel.so under $prefix"
 libdir=$(dirname "$library")
-# Unpacked packages lie where no linker looks: they have no run path of their own.
+# Libraries in unpacked packages have no run path, and no linker searches their folder.
 if ! readelf --dynamic "$library" | grep -q RUNPATH; then export LD_LIBRARY_PATH=$libdir; fi
-# Nothing but the C and C++ libraries and the fake platform.
+# The library may need only the C and C++ libraries and the fake platform.
 needed=$(readelf --dynamic --wide "$library" | sed -n 's/.*NEEDED.*\[\(.*\)\]/\1/p')
 ! grep -vE '^(libquorvel_fake_platform\.so\.[0-9.]+|libstdc\+\+\.so\.6|libc\.so\.6|libgcc_s\.so\.1|libm\.so\.6|ld-linux[-a-z0-9]*\.so\.[0-9])$' \
   <<<"$needed" || fail "libquorvel.so needs more than it should"
@@ -36,7 +36,7 @@ needed=$(readelf --dynamic --wide "$library" | sed -n 's/.*NEEDED.*\[\(.*\)\]/\1
 generator=()
 if command -v ninja >/dev/null; then generator=(-G Ninja); fi
 for name in c_client cpp_client downstream_test; do
-  # -Werror: the installed headers are others' to their users, and must not warn there either.
+  # -Werror, because the installed headers must not cause warnings in other projects.
   run "$name-configure" cmake "${generator[@]}" -S "$examples/$name" -B "$work/$name" --fresh \
     -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF \
     -DCMAKE_C_FLAGS="-Wall -Wextra -Werror" -DCMAKE_CXX_FLAGS="-O0 -Wall -Wextra -Wpedantic -Werror"
@@ -46,7 +46,7 @@ for name in c_client cpp_client downstream_test; do
 done
 
 export PKG_CONFIG_PATH=$libdir/pkgconfig
-# The linker finds what a library needs by the library's own run path, or has to be told.
+# The linker finds a library's dependencies by its run path; without one it needs an option.
 rm -rf "$work/make"
 cp -r "$examples/c_client" "$work/make"
 run make make -C "$work/make" CFLAGS="-O0 -Wall -Wextra -Werror" \
@@ -56,11 +56,11 @@ for client in c_client/client make/client; do
   grep -qx "battery level: the health service cannot be asked" "$work/c_client.log" ||
     fail "$client has not asked: $(cat "$work/c_client.log")"
   grep -q "linked to services = F" "$work/c_client.log" || fail "$client has not dumped"
-  # With a phone it hears what the phone reports.
+  # With a simulated phone the client receives its reports.
   run c_client_and_phone timeout 60 "$work/${client}_and_phone" 50
   grep -qx "battery level: 80 %" "$work/c_client_and_phone.log" ||
     fail "${client}_and_phone has heard nothing: $(cat "$work/c_client_and_phone.log")"
-  # What this machine says depends on the machine, but its service runs.
+  # The values depend on this machine, but its service must run.
   run c_client_and_machine timeout 60 "$work/${client}_and_machine" 0
   grep -q "linked to services = T" "$work/c_client_and_machine.log" ||
     fail "${client}_and_machine has no service: $(cat "$work/c_client_and_machine.log")"
@@ -69,7 +69,7 @@ run cpp_client timeout 60 "$work/cpp_client/client"
 diff <(printf 'battery level: %d %%\n' 80 79 78) "$work/cpp_client.log" || fail "other levels"
 run downstream_test env -C "$work/downstream_test" ctest --output-on-failure --no-tests=error
 
-# The header's version is the packages'.
+# The packages have the header's version.
 wanted=$(sed -n 's/^#define QUORVEL_VERSION_M[A-Z]* //p' "$prefix/include/quorvel.h" | paste -sd.)
 for package in quorvel quorvel-fake-platform quorvel-simulated quorvel-linux; do
   [[ $(pkg-config --modversion "$package") = "$wanted".* ]] || fail "$package is not $wanted"

@@ -2,12 +2,12 @@
 # SPDX-FileCopyrightText: 2026 The quorvel developers
 # SPDX-License-Identifier: Apache-2.0
 
-"""Every mutex says what it guards: clang checks only what is annotated, and takes a lock without
-annotations for one that is used rightly.
+"""Every mutex has an annotation that names what it guards. clang checks only annotated data, and
+reports nothing about a mutex without annotations.
 
 usage: locks_test.py ROOT
 
-A mutex that only keeps threads apart says so beside it: "Guards no member: ...".
+A mutex that guards no data has a comment at its declaration: "Guards no member: ...".
 """
 
 import pathlib
@@ -18,7 +18,7 @@ import unittest
 ROOT = pathlib.Path(sys.argv[1]).resolve()
 FOLDERS = ("src", "host", "monitor", "tests", "bench")
 
-# What opens and closes scopes; a variable, a reference to one included, but neither a parameter nor a
+# Tokens: the begin or end of a scope; a mutex variable or reference, but not a parameter or a
 # template argument; an annotation.
 TOKEN = re.compile(r"[{}]|^[ \t]*(?:(?:static|mutable|inline|constinit|const|thread_local)\s+)*"
                    r"(?:std::(?:recursive_|timed_|recursive_timed_|shared_|shared_timed_)?mutex"
@@ -35,7 +35,7 @@ def without_comments(text):
 
 
 def is_explained(lines, number):
-    """Whether the line, or the comment above it, has the reason."""
+    """Whether the line or the comment above it states the reason."""
     while not REASON.search(lines[number]):
         number -= 1
         if number < 0 or not lines[number].lstrip().startswith("//"):
@@ -44,8 +44,8 @@ def is_explained(lines, number):
 
 
 def unguarded(text):
-    """Name and line of each mutex that guards nothing; how many mutexes there are. What a mutex
-    guards stands beside it: not in a class inside or around, whose lock may have the same name."""
+    """The name and line of each mutex that guards nothing, and the number of mutexes. Guarded data
+    must be in the same scope, because inner and outer classes may have a mutex of the same name."""
     code = without_comments(text) + "}"  # ends the file
     lines = text.splitlines()
     found, count, scopes = [], 0, [({}, set())]

@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The quorvel developers
 # SPDX-License-Identifier: Apache-2.0
 
-"""The prose of the project does not use certain words: each has a plainer replacement.
+"""The project's prose does not use certain words that have plainer replacements.
 
 usage: words_test.py ROOT
 

@@ -129,7 +129,7 @@ Family::Family(Fold fold, const Words& workers) : fold_(fold) {
 }
 
 Family::~Family() {
-  Settle();  // the services have gone
+  Settle();  // the services have ended
 }
 
 void Family::Run(const Steps& steps, std::chrono::seconds patience) {

@@ -29,12 +29,12 @@ class BatteryFixture : public HandleFixture {
 
   int Calls(HealthOperation operation) { return health_.on(operation).calls(); }
   bool IsLinked() const { return qel::IsLinked(handle_); }
-  // Client 0 registers for the level and is called with the present one.
+  // Registers client 0 for the level and takes its first call, which has the current level.
   void RegisterLevel() {
     ASSERT_EQ(RegisterBatteryLevelCallback(handle_, Client<0>, &seen_), 0);
     ASSERT_EQ(seen_.Take(), (Call{0, health_.info().batteryLevel}));
   }
-  // The battery has another level after the death.
+  // Restarts the service with another level.
   void Restart(int level) {
     health_.Kill();
     health_.SetLevel(level);

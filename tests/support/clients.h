@@ -27,7 +27,8 @@ inline void PutValue(int value, void* cookie) {
   static_cast<Seen<int>*>(cookie)->Put(value);
 }
 
-// A client is a function, so each number is a client of its own. The cookie is a Seen<Call>.
+// A client that keeps its number and the value. Each kClient is a function of its own, which the
+// battery functions need to tell clients apart. The cookie is a Seen<Call>.
 template <int kClient>
 void Client(int value, void* cookie) {
   static_cast<Seen<Call>*>(cookie)->Put({.client = kClient, .value = value});

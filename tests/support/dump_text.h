@@ -12,7 +12,7 @@
 
 namespace norvik::qel {
 
-// What one of the Dump...() functions writes.
+// The text that one of the Dump...() functions writes.
 inline std::string TextOf(void (*dump)(void* handle, int fd), void* handle) {
   FILE* file = tmpfile();
   if (file == nullptr) abort();

@@ -1,8 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Loaded before a program, it has the program enter its user's locale, as if its author had asked
-// for that.
+// A library to preload: makes the program use the locale of the environment.
 #include <locale>
 
 namespace {

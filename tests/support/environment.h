@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What a test may expect of the place where it runs.
+// Properties of the environment that a test runs in.
 #pragma once
 
 namespace norvik::qel {

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What the fixtures of all families share. Includes what most of their tests need.
+// The common base of all families' fixtures, with the includes that most of their tests need.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -40,7 +40,7 @@ using testing::Not;
 // The functions that all families have.
 struct Family {
   const char* name;
-  const char* log_tag;  // what its tags begin with
+  const char* log_tag;  // the prefix of its log tags
   void (*init)(void** handle);
   void (*deinit)(void** handle);
   void (*dump)(void* handle, int fd);
@@ -52,8 +52,8 @@ inline constexpr Family kSensors = {"Sensors", "audio_hw_sensor", InitSensorInfo
 inline constexpr Family kThermal = {"Thermal", "audio_hw_thermal", InitThermalInfo,
                                     DeinitThermalInfo, DumpThermalInfo};
 
-// An object of the library whose memory is overwritten at its end, after which any use of it ends
-// the process: its locks are invalid.
+// An object of the library whose memory is overwritten when it ends. Any later use ends the
+// process, because its locks are invalid.
 template <typename Object>
 class OverwrittenObject {
  public:
@@ -69,14 +69,14 @@ class OverwrittenObject {
   Object* const object_ = new (memory_) Object;
 };
 
-// A handle, and what its clients and its log have received. A fixture derives from this, has the
-// phone as a member, initializes the handle, and ends it with the phone still there.
+// A handle, its clients' calls and its log. A derived fixture has the phone as a member,
+// initializes the handle, and ends it before the phone is destroyed.
 class HandleFixture : public testing::Test {
  protected:
   explicit HandleFixture(const Family& family) : family_(family) {}
 
   void Init() { family_.init(&handle_); }
-  // A test ends the handle itself when cookies of its own are destroyed before the fixture.
+  // A test whose cookies are destroyed before the fixture must call this itself.
   void Deinit() {
     slow_.gate.Open();
     EndsInTime([this] { family_.deinit(&handle_); }, "Deinit...()");

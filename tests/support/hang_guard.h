@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Ends a whole program that hangs or has failed, with a message. Background of waiting.h does so
-// for one action that hangs.
+// Ends a program that hangs or has failed, with a message. Background in waiting.h does so for a
+// single action that hangs.
 #pragma once
 
 #include <chrono>
@@ -10,15 +10,15 @@
 
 namespace norvik::qel {
 
-// A sign of life, and what is under way from now on: unless another one follows within `limit`, the
-// program prints `what` and aborts. `what` must live until the next one.
+// Restarts the guard's timer. Unless the next call follows within `limit`, the program prints
+// `what`, the current activity, and aborts. `what` must stay valid until the next call.
 //
 // Threads: any.
 void RestartHangGuard(const char* what, std::chrono::seconds limit);
-// What the program waits for meanwhile, for the same message; null when it waits for nothing.
+// Sets what the program waits for, which is added to the message; null if it does not wait.
 void SetAwaited(const char* what);
 
-// Prints what is under way and what is wrong, and aborts.
+// Prints the current activity and the error, and aborts.
 [[noreturn]] void Fail(const std::string& what);
 inline void ExpectTrue(bool is_so, const std::string& what) {
   if (!is_so) Fail(what);

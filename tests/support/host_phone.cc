@@ -1,11 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// The phone of a program that expects to find its services running: it comes up before main() and
-// goes after it. The environment says how, in QUORVEL_PHONE: "bare" without services; "hidl" for
-// the other thermal service; "flat" for an old phone, which has that one and lacks a hinge and
-// values; "absent", "late" or "refused" for a service, as in "late-battery". The signal SIGUSR1
-// restarts the health and thermal services with other values, SIGUSR2 changes values.
+// A simulated phone for a program that expects running services. It starts before main() and ends
+// after it. The environment variable QUORVEL_PHONE selects its kind: "bare" has no services; "hidl"
+// has the HIDL thermal service; "flat" is an old phone with the HIDL thermal service, without a
+// hinge and some values; "absent-", "late-" or "refused-" with a family ("late-battery") concern
+// one service. SIGUSR1 restarts the health and thermal services with other values; SIGUSR2 changes
+// values.
 #include <android/log.h>
 #include <android/sensor.h>
 #include <signal.h>
@@ -36,7 +37,7 @@ using services::ThermalOperation;
 using simulated::ThermalPath;
 
 constexpr int kAlways = 1000;  // more calls than a test makes
-// Beside the one that it has anyway; more than the library has room for in the usual case.
+// Limits in addition to the usual one; together more than GetBatteryChargeLimitCapacity().
 constexpr int kMoreLimits = 19;
 
 class Phone {
@@ -79,7 +80,7 @@ class Phone {
     const auto start = [&](const std::string& family, BinderFunction look_up, auto start_service) {
       if (how == "late-" + family) {
         late_ = std::thread([this, look_up, start_service] {
-          static_cast<void>(health_.on(look_up).WaitForCalls(1));  // in vain
+          static_cast<void>(health_.on(look_up).WaitForCalls(1));  // which finds no service
           start_service();
         });
       } else if (how != "absent-" + family) {
@@ -108,7 +109,7 @@ class Phone {
                          level_ == 61 ? ThrottlingSeverity::LIGHT : ThrottlingSeverity::NONE);
   }
 
-  // Many limits of the battery's current and none of its voltage; a thermistor out of order.
+  // Adds many battery current limits and a broken thermistor; removes the voltage limit.
   void WearOut() {
     thermal_.Change([](simulated::Thermal::ThermalData& data) {
       std::erase_if(data.temperatures, [](const auto& temperature) {
@@ -125,7 +126,7 @@ class Phone {
     });
   }
 
-  // As the access policy does for calls.
+  // Refuses a family's calls, as the access policy does.
   void Refuse(const std::string& how) {
     const fake::Outcome refused = {.status = STATUS_PERMISSION_DENIED};
     if (how == "refused-battery") {

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// A fake sysfs for a test, which the program sees instead of the machine's own.
+// A fake sysfs for a test. It replaces the machine's own sysfs in the test program.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -31,25 +31,26 @@ inline Files With(Files files, const Files& others) {
   return files;
 }
 
-// A text with the escapes of C.
+// The text with its C escape sequences replaced.
 inline std::string Unescaped(const std::string& text) {
   const g_autofree gchar* plain = g_strcompress(text.c_str());
   return plain;
 }
 
-// A machine of whose devices only those exist that a test adds, of one subsystem unless it says so.
+// A machine that has only the devices that a test adds. Most methods use the one subsystem that is
+// given to the constructor.
 class Machine {
  public:
   explicit Machine(const char* subsystem)
       : testbed_(umockdev_testbed_new()), subsystem_(subsystem) {
-    // Of a real machine's directories only those exist that hold a device.
+    // The fake sysfs has no directories without devices, so /sys/kernel shows that it is not used.
     EXPECT_FALSE(std::filesystem::exists("/sys/kernel")) << "run this under umockdev-wrapper";
   }
   ~Machine() { g_object_unref(testbed_); }
   Machine(const Machine&) = delete;
   Machine& operator=(const Machine&) = delete;
 
-  // A description in umockdev's format; Load() takes all devices of a file.
+  // Adds all devices (Load) or one device of a file in umockdev's format.
   void Load(const std::string& path) {
     g_autoptr(GError) error = nullptr;
     umockdev_testbed_add_from_file(testbed_, path.c_str(), &error);
@@ -66,7 +67,7 @@ class Machine {
     EXPECT_TRUE(umockdev_testbed_add_from_string(testbed_, text.c_str(), nullptr)) << name;
   }
 
-  // The kernel announces it.
+  // Adds a device and announces it with a uevent.
   void Add(const std::string& name, const Files& files) { AddTo(subsystem_, name, files); }
   void AddTo(const std::string& subsystem, const std::string& name, const Files& files) {
     std::vector<gchar*> attributes;
@@ -79,7 +80,7 @@ class Machine {
     g_free(umockdev_testbed_add_devicev(testbed_, subsystem.c_str(), name.c_str(),
                                         /*parent=*/nullptr, attributes.data(), no_properties));
   }
-  // Announced before the files have gone, as the kernel does.
+  // Removes a device. As in the kernel, the uevent comes before its files disappear.
   void Remove(const std::string& name) {
     Announce(name, "remove");
     Vanish(name);
@@ -90,7 +91,7 @@ class Machine {
   void Set(const std::string& name, const std::string& file, const std::string& content) {
     umockdev_testbed_set_attribute(testbed_, DevPath(name).c_str(), file.c_str(), content.c_str());
   }
-  // The content of a file; nothing if it is absent.
+  // The content of a file; nullopt if it is absent.
   std::optional<std::string> Get(const std::string& name, const std::string& file) {
     std::ifstream in(RealPath(name, file));
     if (!in) return std::nullopt;
@@ -108,12 +109,12 @@ class Machine {
     Set(name, file, content);
     Announce(name);
   }
-  // Takes it from the list of devices, or puts it back there, and announces nothing.
+  // Unlist() removes a device from the list of devices; List() adds it. Neither sends a uevent.
   void Unlist(const std::string& name) { std::filesystem::remove(ListEntry(name)); }
   void List(const std::string& name) {
     std::filesystem::create_directory_symlink("../../devices/" + name, ListEntry(name));
   }
-  // Root may read anything, so this is the one way that libudev refuses to.
+  // Write-only for its owner: libudev does not read such a file even as root.
   void MakeUnreadable(const std::string& name, const std::string& file) {
     EXPECT_EQ(chmod(RealPath(name, file).c_str(), 0200), 0);
   }
@@ -135,9 +136,9 @@ class Machine {
   const std::string subsystem_;
 };
 
-// Whether it becomes so while several threads ask. No thread may ask while a test changes the fake
-// sysfs: umockdev finds the files that the program has open in a table without a lock, and loses
-// an announcement now and then when another thread uses that table.
+// Waits until `is_so` while three threads call `ask`. A test must not change the fake sysfs at that
+// time: umockdev keeps the program's open files in a table without a lock, and may lose a uevent
+// when another thread uses that table.
 [[nodiscard]] inline bool EventuallyWhileAsked(const std::function<bool()>& is_so,
                                                const std::function<void()>& ask) {
   std::atomic<bool> done = false;
@@ -153,14 +154,15 @@ class Machine {
   return was_so;
 }
 
-// A machine, and the notices of a service that reads one of its subsystems.
+// A machine, and the notices of the service that reads its subsystem.
 class LinuxFixture : public testing::Test {
  protected:
-  // An empty `marker_file` of a device causes a notice.
+  // `marker` is a device name prefix. An empty `marker_file` in a device causes a notice, by which
+  // Notices() recognizes that earlier events have been handled.
   LinuxFixture(const char* subsystem, std::string marker, std::string marker_file)
       : machine_(subsystem), marker_(std::move(marker)), marker_file_(std::move(marker_file)) {}
 
-  // Keeps the notices of the service. Threads: any.
+  // An observer that keeps the service's notices. Threads: any.
   services::ServiceObserver observer() {
     return [this](const services::ServiceEvent& event) {
       if (event.kind == services::ServiceEvent::Kind::kNotice) notices_.Put(event.detail);

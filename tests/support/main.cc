@@ -13,7 +13,7 @@
 
 #include "hang_guard.h"
 
-// A test that hangs ends the program, with its name. Slow ones sit out real pauses.
+// Ends the program with the name of a test that hangs. Slow tests wait for real pauses.
 class HangGuard : public testing::EmptyTestEventListener {
   void OnTestStart(const testing::TestInfo& info) override {
     using std::chrono::minutes;
@@ -27,12 +27,11 @@ class HangGuard : public testing::EmptyTestEventListener {
 
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
-  // Tests look at the log through a LogCapture; what is logged outside one is only noise.
+  // Tests read the log through a LogCapture. Other log output is not needed.
   __android_log_set_minimum_priority(ANDROID_LOG_ERROR);
   // A death test runs in a new process from its start: the binder threads do not survive a fork.
   GTEST_FLAG_SET(death_test_style, "threadsafe");
-  // A program may have a locale of its own, on which nothing here may depend, except the language
-  // of the system's messages.
+  // Runs the tests in another locale, except for the language of the system's messages.
   if (const char* const name = std::getenv("QUORVEL_TEST_LOCALE")) {
     std::locale::global(std::locale(name));
     setlocale(LC_MESSAGES, "C");

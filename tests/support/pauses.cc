@@ -25,7 +25,7 @@ namespace {
 
 struct Pause;
 
-// Never destroyed: threads may wait to the end of the program.
+// Never destroyed, because threads may wait until the program ends.
 struct Pauses {
   std::mutex lock;
   std::vector<Pause*> all QUORVEL_GUARDED_BY(lock);
@@ -44,10 +44,10 @@ struct Pause {
   bool ending QUORVEL_GUARDED_BY(ThePauses().lock) = false;  // `over` is about to be set
 };
 
-// By how many seconds the calling thread's clock has been moved on.
+// The number of seconds by which the calling thread's clock is ahead.
 thread_local time_t ahead = 0;
 
-// Whether this is where a function of the library returns to.
+// Whether a return address is in the library.
 bool IsLibrary(const void* address) {
   Dl_info info;
   return dladdr(address, &info) != 0 && info.dli_fname != nullptr &&
@@ -72,8 +72,8 @@ void EndPauses() {
     }
   }
   for (Pause* pause : all) {
-    // With the waiting thread's own mutex: it has either not looked yet, or sleeps and wakes. It
-    // does not leave in between: each pause is ended once, and lasts until then.
+    // Under the waiting thread's own mutex, so that it either sees `over` before it waits or is
+    // woken. The pause still exists: once `ending` is set, it lasts until `over` is set.
     pthread_mutex_lock(pause->mutex);
     pause->over = true;
     pthread_cond_broadcast(pause->condition);
@@ -90,13 +90,13 @@ void EndPauses() {
 
 extern "C" {
 
-// What the thread sanitizer makes of it, which it has to see; null without that sanitizer.
+// The thread sanitizer's interceptor, which must see the call; null without that sanitizer.
 __attribute__((weak)) int __interceptor_pthread_cond_clockwait(pthread_cond_t* condition,
                                                                pthread_mutex_t* mutex,
                                                                clockid_t clock,
                                                                const timespec* deadline);
 
-// These take the C library's place, whose parameters have no names that others may use.
+// These replace the C library's functions, whose parameter names are reserved.
 // NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
 __attribute__((visibility("default"))) int clock_gettime(clockid_t clock, timespec* time) noexcept {
   const int result = static_cast<int>(syscall(SYS_clock_gettime, clock, time));
@@ -119,7 +119,7 @@ __attribute__((visibility("default"))) int pthread_cond_clockwait(pthread_cond_t
     std::lock_guard<std::mutex> lock(ThePauses().lock);
     ThePauses().all.push_back(&pause);
   }
-  // Whatever wakes the worker, its loop looks why, and comes back unless it has ended.
+  // Any wake-up may end this wait: the worker's loop checks its state and waits again.
   int result = 0;
   for (bool leaves = false; !leaves;) {
     if (!pause.over) result = pthread_cond_wait(condition, mutex);
@@ -133,7 +133,7 @@ __attribute__((visibility("default"))) int pthread_cond_clockwait(pthread_cond_t
   if (!pause.over) return result;
   timespec now;
   clock_gettime(CLOCK_MONOTONIC, &now);
-  // Up to a second too far.
+  // Advances the clock past the deadline, by up to a second more than needed.
   if (deadline->tv_sec >= now.tv_sec) ahead += deadline->tv_sec - now.tv_sec + 1;
   return ETIMEDOUT;
 }

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Keeps the library's workers in their pauses until the test ends these.
+// Keeps the library's workers in their pauses until the test ends the pauses.
 //
 // With real pauses a test would depend on the speed of the machine, and wait for seconds. A program
 // that links pauses.cc brings its own pthread_cond_clockwait() and clock_gettime(), which the
@@ -16,9 +16,9 @@ namespace norvik::qel {
 
 // The number of workers in a pause.
 size_t PausingWorkers();
-// Ends all these pauses, and returns when the workers have left them. A worker holds its own lock
-// from then until it is idle or runs again, so a request after the return does not join the series
-// of attempts that has ended. No worker may be ended (by Deinit...()) meanwhile.
+// Ends all current pauses, and returns when the workers have left them. A worker then holds its own
+// lock until it is idle or runs again, so a later request does not join the series of attempts that
+// has ended. No worker may be ended by Deinit...() meanwhile.
 void EndPauses();
 
 }  // namespace norvik::qel

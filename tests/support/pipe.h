@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// A pipe whose reader does as the test wants.
+// A pipe whose reader is controlled by the test.
 #pragma once
 
 #include <fcntl.h>
@@ -33,14 +33,14 @@ class Pipe {
     ends_[0] = -1;
   }
 
-  // Makes the pipe as small as the system can; how many bytes it then takes.
+  // Makes the pipe as small as the system allows. Returns its capacity in bytes.
   size_t Shrink() { return static_cast<size_t>(fcntl(ends_[1], F_SETPIPE_SZ, 1)); }
   size_t unread() const {
     int count = 0;
     EXPECT_EQ(ioctl(ends_[0], FIONREAD, &count), 0);
     return static_cast<size_t>(count);
   }
-  // Waits for so many bytes; fewer when no more have come.
+  // Waits for `size` bytes. Returns fewer if no more arrive in time.
   std::string Read(size_t size) {
     constexpr auto kLimit = std::chrono::milliseconds(kHangGuard);
     std::string text(size, '\0');

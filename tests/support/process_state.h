@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What this process holds, as the kernel tells it.
+// The threads, descriptors and memory of this process, as reported by the kernel.
 #pragma once
 
 #include <sys/types.h>
@@ -19,8 +19,8 @@
 
 namespace norvik::qel {
 
-// Of every thread, the caller's too. One that has been joined can be listed for a moment still: ask
-// with Eventually().
+// The ids of all threads, including the caller's. The kernel may list a joined thread for a moment:
+// use Eventually().
 inline std::vector<pid_t> ThreadIds() {
   std::vector<pid_t> ids;
   for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
@@ -29,7 +29,7 @@ inline std::vector<pid_t> ThreadIds() {
   return ids;
 }
 
-// /proc/self/task/ID/FILE. Empty when the thread has just ended.
+// The content of /proc/self/task/ID/FILE; empty if the thread has just ended.
 inline std::string ReadThreadFile(pid_t id, const char* file) {
   std::ifstream in("/proc/self/task/" + std::to_string(id) + "/" + file);
   std::string text;
@@ -37,14 +37,14 @@ inline std::string ReadThreadFile(pid_t id, const char* file) {
   return text;
 }
 
-// The kernel keeps 15 characters of it.
+// The thread's name, of which the kernel keeps 15 characters.
 inline std::string ThreadName(pid_t id) {
   std::string name = ReadThreadFile(id, "comm");
   if (name.ends_with('\n')) name.pop_back();
   return name;
 }
 
-// The calling thread's.
+// The calling thread's name.
 inline std::string ThreadName() {
   return ThreadName(gettid());
 }
@@ -60,8 +60,8 @@ inline std::vector<pid_t> ThreadIdsNamed(std::initializer_list<std::string_view>
   return ids;
 }
 
-// The library's workers, of whatever handles. By their full names: a test program and its threads
-// may be called thermal_..., too.
+// The workers of all handles. Compares full names, because a test program and its threads may also
+// be called thermal_....
 inline std::vector<pid_t> LibraryThreadIds() {
   return ThreadIdsNamed({"battery_callback", "battery_reconnect", "sensor_callback", "sensor_poll",
                          "sensor_reconnect", "thermal_callback", "thermal_reconnect",
@@ -72,8 +72,8 @@ inline int LibraryThreadCount() {
   return static_cast<int>(LibraryThreadIds().size());
 }
 
-// Not from statm, which may lag behind by some dozen pages per processor. 0 when the kernel does
-// not tell.
+// The resident memory; 0 if the kernel does not report it. Does not use statm, which may lag behind
+// by some dozen pages per processor.
 inline int64_t ResidentBytes() {
   std::ifstream rollup("/proc/self/smaps_rollup");
   std::string field;

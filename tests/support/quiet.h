@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// How the driver knows that everything that a step has caused is over, whichever thread does it.
+// Waits until all threads have finished the work that a step of a test has caused.
 #pragma once
 
 #include <sched.h>
@@ -16,10 +16,10 @@
 
 namespace norvik::qel {
 
-// By thread: how often it has left a processor, on its own and otherwise.
+// The voluntary and involuntary context switches, by thread.
 using Look = std::map<pid_t, std::string>;
 
-// False when a thread is awake.
+// Reads the context switches of all other threads. False if a thread is awake.
 inline bool LookAtThreads(Look& look) {
   look.clear();
   for (const pid_t id : ThreadIds()) {
@@ -34,14 +34,14 @@ inline bool LookAtThreads(Look& look) {
   return true;
 }
 
-// Waits until no other thread of the process can go on by itself: all sleep, at a lock, a gate, a
-// condition variable or in the kernel. Only the caller can cause what happens next, except what
-// waits for a time (the pauses of workers do not: see pauses.h). False after half a minute.
+// Waits until all other threads of the process sleep: at a lock, a gate, a condition variable or in
+// the kernel. After that only the caller or a timeout can wake a thread. The pauses of workers have
+// no timeout (see pauses.h). False after half a minute.
 //
-// No cooperation of the threads is needed: the kernel tells each one's state and how often it has
-// been on a processor. Two looks are taken at all of them. A thread that sleeps at both and has not
-// run in between slept all the time from the one to the other; so at the moment between the looks
-// all were asleep at once, and no thread was left to wake one.
+// The threads need not cooperate: the kernel reports each thread's state and context switches. All
+// threads are looked at twice. A thread that sleeps at both looks without a context switch between
+// them slept all the time. So between the looks all threads were asleep at once, and none was left
+// to wake another.
 [[nodiscard]] inline bool WaitUntilQuiet() {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
   Look first;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// A simulated phone with a sensor hub, whose service a test starts, and a sensor handle.
+// A simulated phone with a sensor hub, and a sensor handle. The test starts the hub's service.
 #pragma once
 
 #include "fixture.h"
@@ -22,7 +22,7 @@ class SensorFixture : public HandleFixture {
   }
   ~SensorFixture() override { Deinit(); }
 
-  // Client 0 registers and is called with the 0 of a sensor that has not reported yet.
+  // Registers client 0 and takes its first call: 0, because the sensor has not reported yet.
   void RegisterProximity(int id = 0) {
     ASSERT_EQ(RegisterProximitySensorCallback(handle_, id, Client<0>, &seen_), 0);
     ASSERT_EQ(seen_.Take(), (Call{0, 0}));

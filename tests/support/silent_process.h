@@ -13,8 +13,8 @@
 
 namespace norvik::qel {
 
-// Makes the program a host for the library, once: binder threads, no log, and no waiting for a
-// service that is declared but does not run.
+// Prepares the program for the library, once: starts binder threads, drops the log, and makes
+// look-ups not wait for a service that is declared but does not run.
 inline void SetUpSilentProcess() {
   static const bool done = [] {
     __android_log_set_logger([](const __android_log_message*) {});

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// What tests hand to thermal services.
+// Callbacks that tests pass to thermal services.
 #pragma once
 
 #include <aidl/android/hardware/thermal/BnThermalChangedCallback.h>
@@ -17,7 +17,7 @@
 
 namespace norvik::qel {
 
-// One notification, and the name of its thread.
+// A notification and the name of the thread that delivered it.
 template <typename Temperature>
 struct Heard {
   Temperature temperature;
@@ -44,7 +44,7 @@ class HidlThermalCallback : public android::hardware::thermal::V2_0::IThermalCha
   Seen<Heard<Temperature>> heard;
 };
 
-// Result callbacks of HIDL calls that keep what they are given and count their calls.
+// The answer of a HIDL call. Take() makes the result callback, which keeps its arguments here.
 struct HidlAnswer {
   android::hardware::thermal::V1_0::ThermalStatus status{};
   int calls = 0;

@@ -22,7 +22,7 @@ using simulated::ThermalPath;
   return RegisterThermalCallback(handle, &param, cookie);
 }
 
-// How many of these temperatures a query reads: 0 without a service.
+// The number of "skin" temperatures that a query returns: 0 without a service.
 [[nodiscard]] inline int QuerySkin(void* handle) {
   const char* name = "skin";
   thermistor out = {};
@@ -31,7 +31,7 @@ using simulated::ThermalPath;
   return count;
 }
 
-// No service is declared or runs at first.
+// A handle and a simulated phone without a declared or running thermal service.
 class ThermalFixture : public HandleFixture {
  protected:
   ThermalFixture() : HandleFixture(kThermal) {
@@ -53,7 +53,7 @@ class ThermalFixture : public HandleFixture {
   [[nodiscard]] int Register(const char* type, const char* name) {
     return RegisterClient(handle_, kClient, type, name, Client<kClient>, &seen_);
   }
-  // And takes its first call, which brings the present severity.
+  // Registers the client and takes its first call, which has the current severity.
   template <int kClient>
   void RegisterAndTake(const char* type, const char* name, int severity = 0) {
     ASSERT_EQ(Register<kClient>(type, name), 0);
@@ -61,7 +61,7 @@ class ThermalFixture : public HandleFixture {
   }
   void RegisterSkin() { RegisterAndTake<1>("SKIN", "skin"); }
   void RegisterCpu() { RegisterAndTake<2>("CPU", "cpu"); }
-  // Any operation that needs the service and changes nothing; whether the service answered.
+  // Runs an operation that needs the service. Returns whether the service answered.
   [[nodiscard]] bool Operate() { return QuerySkin(handle_) == 1; }
 
   simulated::Thermal thermal_;
@@ -72,10 +72,10 @@ inline constexpr char kNotDeclared[] = "Thermal AIDL service is not declared";
 inline constexpr char kNotRunning[] = "Unable to get Thermal AIDL service, this will be retried...";
 inline constexpr char kRecovered[] = "GetThermalService: recover thermal service connection";
 
-// The operations of either service that a test scripts.
+// The operations that a test can script on both services.
 enum class ThermalCall { kQuery, kRegister, kUnregister };
 
-// The same over either service, which runs from the beginning.
+// A ThermalFixture with a running service, AIDL or HIDL by the parameter.
 class ThermalPathTest : public ThermalFixture, public testing::WithParamInterface<ThermalPath> {
  protected:
   ThermalPathTest() { Bring(GetParam()); }
@@ -102,7 +102,7 @@ class ThermalPathTest : public ThermalFixture, public testing::WithParamInterfac
   void SetSkin(int severity) {
     thermal_.SetSeverity("skin", static_cast<ThrottlingSeverity>(severity));
   }
-  // A restart that is over before the death notification arrives.
+  // Restarts the service before the death notification is delivered.
   void Restart() {
     fake::HoldDeliveries notifications(fake::Delivery::kDeathNotification);
     thermal_.Start(GetParam());

@@ -4,10 +4,10 @@
 
 # under_umockdev.sh PROGRAM [ARGUMENT...]: runs a program that has umockdev make a fake sysfs.
 #
-# What umockdev preloads keeps the open files of the program in tables without a lock. When several
-# threads of it open and close files it now and then loses an announcement, and says so, or breaks
-# the heap, and a signal ends the program. Then the program is run again, twice at most. A test that
-# fails by itself fails at once, and so does whatever a sanitizer finds.
+# The library that umockdev preloads keeps the program's open files in tables without a lock. When
+# several threads open and close files, it sometimes loses a uevent and prints a message, or
+# corrupts the heap, and a signal ends the program. In both cases the program is run again, at most
+# twice. A failed test or a sanitizer's report fails at once.
 set -uo pipefail
 output=$(mktemp -d)
 trap 'rm -rf "$output"' EXIT

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// How tests wait: for the event itself, with a limit that only a broken build meets.
+// Waiting in tests: for the event itself, with a limit that only a broken build reaches.
 #pragma once
 
 #include <chrono>
@@ -23,8 +23,8 @@ namespace norvik::qel {
 
 inline constexpr std::chrono::seconds kHangGuard(10);
 
-// For a state without an event, such as the number of threads: asks until it is so. False after the
-// hang guard.
+// Polls until `is_so`, for a state without an event, such as the number of threads. False after
+// kHangGuard.
 [[nodiscard]] inline bool Eventually(const std::function<bool()>& is_so) {
   const auto deadline = std::chrono::steady_clock::now() + kHangGuard;
   while (!is_so()) {
@@ -34,7 +34,7 @@ inline constexpr std::chrono::seconds kHangGuard(10);
   return true;
 }
 
-// What happened on another thread, in order; the test takes it out one by one.
+// A queue of values that other threads put and the test takes, in order.
 //
 // Threads: any.
 template <typename T>
@@ -45,7 +45,7 @@ class Seen {
     values_.push_back(std::move(value));
     changed_.notify_all();
   }
-  // The oldest one, waited for; nothing after `limit`.
+  // Waits for the oldest value and takes it; nullopt after `limit`.
   [[nodiscard]] std::optional<T> Take(std::chrono::milliseconds limit = kHangGuard) {
     std::unique_lock<std::mutex> lock(lock_);
     fake::AssertHeld(lock_);
@@ -55,7 +55,7 @@ class Seen {
     values_.pop_front();
     return value;
   }
-  // The oldest `count`; fewer when no more come in time.
+  // Takes the oldest `count` values; fewer if no more arrive in time.
   [[nodiscard]] std::vector<T> TakeMany(size_t count) {
     std::vector<T> values;
     while (values.size() < count) {
@@ -65,7 +65,7 @@ class Seen {
     }
     return values;
   }
-  // Takes values up to `last`; false when it does not come in time.
+  // Takes values up to `last`; false if it does not arrive in time.
   [[nodiscard]] bool TakeUntil(const T& last) {
     return Eventually([&] { return Take() == last; });
   }
@@ -80,8 +80,8 @@ class Seen {
   std::deque<T> values_ QUORVEL_GUARDED_BY(lock_);
 };
 
-// An action on a thread of its own. Join() and the destructor wait for its end. One that does not
-// end can only be ended with the process: `what` says which it was.
+// Runs an action on a thread of its own. Join() and the destructor wait for its end. An action that
+// hangs ends the process, with `what` in the message.
 class Background {
  public:
   Background(const char* what, std::function<void()> action)
@@ -100,7 +100,7 @@ class Background {
   const std::future<void> done_;  // its destructor joins
 };
 
-// Runs what must come to an end.
+// Runs an action that must end in time.
 inline void EndsInTime(std::function<void()> action, const char* what = "an action of a test") {
   Background(what, std::move(action)).Join();
 }
