@@ -4,6 +4,8 @@
 // Readings and clients while the sensor service runs.
 #include "sensor/sensor_info.h"
 
+#include <limits>
+
 #include "sensor_fixture.h"
 
 namespace norvik::qel {
@@ -88,6 +90,9 @@ TEST_F(SensorInfoTest, EventsOfOtherSensorsCallNoClient) {
   // Calls that are due from an earlier event of the same delivery are still made.
   hub_.SendUnasked({event(kProximity, 4), event(kHinge, 45)});
   EXPECT_EQ(seen_.Take(), (Call{0, 4}));
+  // The first number above the range of int.
+  hub_.Report(kProximity, 2147483648.0F);
+  EXPECT_EQ(seen_.Take(), (Call{0, std::numeric_limits<int>::max()}));
 }
 
 TEST_F(SensorInfoTest, AFailedPollOrReadIsRepeated) {
@@ -222,6 +227,7 @@ TEST_F(SensorlessTest, TheLastClientOfASensorThatWasGivenUpReceivesTheReason) {
     EXPECT_EQ(log_.Count("EnableSensor: sensor HINGE_ANGLE isn't supported."), i);
   }
   EXPECT_EQ(Calls(SensorFunction::kGetDefaultSensor), 2);
+  EXPECT_EQ(Calls(SensorFunction::kDisableSensor), 0);
   EXPECT_EQ(log_.Count("EnableSensor: start to initialize sensor HINGE_ANGLE"), 1);
   EXPECT_EQ(log_.Count("EnableSensor: end to initialize sensor HINGE_ANGLE"), 1);
 }
