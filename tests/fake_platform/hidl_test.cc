@@ -27,12 +27,9 @@ namespace V1_0 = android::hardware::thermal::V1_0;
 namespace V2_0 = android::hardware::thermal::V2_0;
 using android::sp;
 using android::wp;
-using android::hardware::hidl_death_recipient;
 using android::hardware::interfacesEqual;
 using android::hardware::Return;
-using android::hardware::Void;
 using android::hidl::base::V1_0::IBase;
-using fake::Outcome;
 using services::HidlThermalOperation;
 using services::HidlThermalService;
 using simulated::ThermalPath;
@@ -100,7 +97,7 @@ TEST_F(HidlTest, ALookUpWithoutAServiceReturnsNull) {
   EXPECT_NE(waiting.get(), nullptr) << "waited for";
 }
 
-struct Recipient : hidl_death_recipient {
+struct Recipient : android::hardware::hidl_death_recipient {
   void serviceDied(uint64_t cookie, const wp<IBase>& who) override {
     if (gate != nullptr) gate->Pass();
     thread = ThreadName();
@@ -153,7 +150,7 @@ TEST_F(HidlTest, ACallRunsInTheServiceAndItsResultCallbackInTheCaller) {
   EXPECT_FALSE(answer.failed());
   EXPECT_THAT(temperatures, SizeIs(thermal_.data().temperatures.size()));
 
-  on(kOperation).Then(Outcome::Exception(EX_ILLEGAL_STATE, "not now"));
+  on(kOperation).Then(fake::Outcome::Exception(EX_ILLEGAL_STATE, "not now"));
   ASSERT_TRUE(call().isOk());
   EXPECT_TRUE(answer.failed());
   EXPECT_EQ(answer.status.debugMessage, "not now");
@@ -178,7 +175,7 @@ TEST_F(HidlTest, AServiceMustCallItsResultCallbackOnce) {
     explicit RudeService(int count) : HidlThermalService({}), answers(count) {}
     Return<void> getCpuUsages(getCpuUsages_cb _hidl_cb) override {
       for (int i = 0; i < answers; ++i) _hidl_cb({}, {});
-      return Void();
+      return android::hardware::Void();
     }
     const int answers;
   };

@@ -20,7 +20,6 @@ namespace {
 
 using android::RefBase;
 using android::sp;
-using android::wp;
 using android::hardware::hidl_string;
 using android::hardware::hidl_vec;
 using android::hardware::Return;
@@ -40,7 +39,7 @@ TEST(RefBaseTest, AnObjectGoesWithItsLastStrongReferenceAndNeverWhileItIsPromote
   for (int round = 0; round < 500; ++round) {
     std::atomic<int> deleted{0};
     auto object = sp<Counted>::make(deleted);
-    const wp<RefBase> weak = object;
+    const android::wp<RefBase> weak = object;
     {
       sp<RefBase> other = object;
       const sp<RefBase> moved = std::move(other);

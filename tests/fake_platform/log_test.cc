@@ -15,12 +15,11 @@
 namespace norvik::qel {
 namespace {
 
-using fake::LogCapture;
 using fake::LogLine;
 using testing::ElementsAre;
 
 TEST(LogTest, GoesToTheLoggerWithTagPriorityAndText) {
-  LogCapture log;
+  fake::LogCapture log;
   errno = ENOENT;
   EXPECT_EQ(__android_log_print(ANDROID_LOG_WARN, "tag", "%s: %d", "Function", 7), 1);
   EXPECT_EQ(errno, ENOENT);

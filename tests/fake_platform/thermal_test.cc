@@ -30,8 +30,6 @@ using android::sp;
 using services::ServiceEvent;
 using services::ThermalOperation;
 using simulated::ThermalPath;
-using testing::ElementsAre;
-using testing::SizeIs;
 
 // An event as one line: its kind, service and content.
 std::string Text(const ServiceEvent& event) {
@@ -149,7 +147,7 @@ TEST_F(ThermalTest, ServicesRefuseNullKnownAndUnknownCallbacks) {
 TEST_F(ThermalTest, TheObserverReceivesEachEventOnceAndTheStateAtTheStart) {
   const size_t count = thermal_.data().temperatures.size();
   const std::vector<std::string> start = events_.TakeMany(count + 2);
-  ASSERT_THAT(start, SizeIs(count + 2));
+  ASSERT_THAT(start, testing::SizeIs(count + 2));
   EXPECT_EQ(start[0], "reported thermal: cpu 40 NONE");
   EXPECT_EQ(start[1], "reported thermal: skin 30 NONE");
   EXPECT_EQ(start[count], "started thermal");
@@ -175,7 +173,7 @@ TEST_F(ThermalTest, TheObserverReceivesEachEventOnceAndTheStateAtTheStart) {
   });
   EXPECT_THAT(
       events_.TakeMany(9),
-      ElementsAre(
+      testing::ElementsAre(
           "registered thermal (HIDL)",
           "refused thermal (HIDL): registerThermalChangedCallback: the callback is registered "
           "already",

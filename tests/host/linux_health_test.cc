@@ -26,7 +26,6 @@
 namespace norvik::qel {
 namespace {
 
-using aidl::android::hardware::health::IHealth;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -175,8 +174,8 @@ TEST_F(LinuxHealthTest, ASupplyIsNotReadBeforeItIsAnnounced) {
 TEST_F(LinuxHealthTest, UnknownValuesAreRefused) {
   machine_.Add("BAT0", With(kGoodBattery, {{"capacity", "\n"}, {"current_now", "-250\n"}}));
   health_.Start();
-  const auto service =
-      IHealth::fromBinder(ndk::SpAIBinder(AServiceManager_checkService(services::kHealthInstance)));
+  const auto service = aidl::android::hardware::health::IHealth::fromBinder(
+      ndk::SpAIBinder(AServiceManager_checkService(services::kHealthInstance)));
   ASSERT_NE(service, nullptr);
   int32_t value = 0;
   EXPECT_EQ(service->getCapacity(&value).getExceptionCode(), EX_UNSUPPORTED_OPERATION);

@@ -51,9 +51,6 @@ extern "C" const char* udev_device_get_sysattr_value(udev_device* device, const 
 namespace norvik::qel {
 namespace {
 
-using aidl::android::hardware::health::HealthInfo;
-using testing::ElementsAre;
-using testing::UnorderedElementsAreArray;
 using Lines = std::vector<std::string>;
 
 const std::string kMachines = QUORVEL_TEST_MACHINES "/";
@@ -70,7 +67,7 @@ Lines LinesOf(const std::string& file) {
   return Split(text.str(), "\n");
 }
 
-Lines FieldsOf(const HealthInfo& info) {
+Lines FieldsOf(const aidl::android::hardware::health::HealthInfo& info) {
   const std::string text = info.toString();
   return Split(text.substr(text.find('{') + 1), ", ");
 }
@@ -256,7 +253,7 @@ TEST_F(LinuxReferenceTest, AChangedFileHasTheseEffectsAndNoOther) {
         expected.push_back(
             std::regex_replace(part.substr(is_optional ? 1 : 0), std::regex("<error>"), text));
       }
-      EXPECT_THAT(Difference(whole_), UnorderedElementsAreArray(expected));
+      EXPECT_THAT(Difference(whole_), testing::UnorderedElementsAreArray(expected));
       before_reading = nullptr;
     }
     for (auto undo = restore.rbegin(); undo != restore.rend(); ++undo) (*undo)();
@@ -291,7 +288,7 @@ TEST_F(LinuxReferenceTest, HalfOfADeviceIsNone) {
     before_reading = nullptr;
     ASSERT_TRUE(gone);
     EXPECT_THAT(Difference(while_vanishing),
-                ElementsAre("-! " + device + ": vanished while it was read"));
+                testing::ElementsAre("-! " + device + ": vanished while it was read"));
     machine_.LoadDevice(kReference, device);
     ASSERT_EQ(Report::Make(), whole_);
   }

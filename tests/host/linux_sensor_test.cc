@@ -21,7 +21,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::IsSupersetOf;
 
 constexpr int kProximity = ASENSOR_TYPE_PROXIMITY;
 
@@ -114,7 +113,7 @@ TEST_F(LinuxSensorTest, ASensorThatIsEnabledAgainForgetsItsOldReading) {
   InitSensorInfo(&late);
   Seen<Call> seen;
   EXPECT_EQ(RegisterProximitySensorCallback(late, 1, Client<0>, &seen), 0);
-  EXPECT_THAT(Notices(), IsSupersetOf({"iio:device0/in_proximity_raw: empty"}));
+  EXPECT_THAT(Notices(), testing::IsSupersetOf({"iio:device0/in_proximity_raw: empty"}));
   machine_.Set("iio:device0", "in_proximity_raw", "90\n");
   std::optional<Call> call;
   while ((call = seen.Take()) && call->value != 8) EXPECT_NE(call->value, 5);

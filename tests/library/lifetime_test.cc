@@ -19,8 +19,6 @@
 namespace norvik::qel {
 namespace {
 
-using services::HealthOperation;
-
 enum class Kind { kBattery, kSensors, kAidlThermal, kHidlThermal };
 
 std::string KindName(const testing::TestParamInfo<Kind>& info) {
@@ -86,7 +84,7 @@ class LifetimeTest : public HandleFixture, public testing::WithParamInterface<Ki
     return GetParam() == Kind::kSensors || QuerySkin(handle) == 1;
   }
   fake::Script& query_script() {
-    if (GetParam() == Kind::kBattery) return health_.on(HealthOperation::kGetHealthInfo);
+    if (GetParam() == Kind::kBattery) return health_.on(services::HealthOperation::kGetHealthInfo);
     return path() == ThermalPath::kAidl
                ? thermal_.on(ThermalOperation::kGetTemperatures)
                : thermal_.on(HidlThermalOperation::kGetCurrentTemperatures);

@@ -27,7 +27,6 @@ namespace norvik::qel {
 namespace {
 
 using audio::RepeatedThread;
-using fake::LogCapture;
 using fake::LogLine;
 using std::chrono::steady_clock;
 
@@ -77,7 +76,7 @@ class RepeatedThreadTest : public testing::Test {
     return texts;
   }
 
-  LogCapture log_;
+  fake::LogCapture log_;
 };
 
 TEST_F(RepeatedThreadTest, StartsDuringARunAddOneRunAtMost) {

@@ -28,7 +28,6 @@ namespace V1_0 = android::hardware::thermal::V1_0;
 namespace V2_0 = android::hardware::thermal::V2_0;
 using android::sp;
 using android::hardware::hidl_handle;
-using android::hardware::hidl_string;
 using android::hardware::hidl_vec;
 using hal::CoolingDevice;
 using hal::CoolingType;
@@ -257,7 +256,7 @@ TEST_F(ThermalQueryTest, DebugLeavesDescriptorAndOptionsToTheService) {
   native->data[0] = 11;
   native->data[1] = 12;
   {
-    const hidl_vec<hidl_string> options = {"--all", "", "two words"};
+    const hidl_vec<android::hardware::hidl_string> options = {"--all", "", "two words"};
     EXPECT_TRUE(wrapper_->debug(hidl_handle(native), options).isOk());
   }
   EXPECT_EQ(local->dump_descriptor, 11);

@@ -33,8 +33,6 @@ namespace norvik::qel::stress {
 
 namespace {
 
-using fake::Delivery;
-using fake::HoldDeliveries;
 using Random = std::mt19937_64;
 
 enum class Kind {
@@ -139,7 +137,7 @@ void MakeHandles(Subject& subject, bool strict, const std::atomic<bool>& over, D
 void KillAndStart(Subject& subject, int count, Random& random, long held, Done& done) {
   for (const int end = done.deaths + count; done.deaths < end;) {
     if (random() % 8 != 0) {
-      const HoldDeliveries notifications(Delivery::kDeathNotification);
+      const fake::HoldDeliveries notifications(fake::Delivery::kDeathNotification);
       subject.Kill();
       subject.Start();
       if (random() % 2 == 0) subject.Report(NextValue());
