@@ -71,7 +71,9 @@ void EndPauses() {
       if (!std::exchange(pause->ending, true)) all.push_back(pause);
     }
   }
+  std::vector<pthread_mutex_t*> mutexes;  // the pauses go when the workers leave them
   for (Pause* pause : all) {
+    mutexes.push_back(pause->mutex);
     // Under the waiting thread's own mutex, so that it either sees `over` before it waits or is
     // woken. The pause still exists: once `ending` is set, it lasts until `over` is set.
     pthread_mutex_lock(pause->mutex);
@@ -79,13 +81,20 @@ void EndPauses() {
     pthread_cond_broadcast(pause->condition);
     pthread_mutex_unlock(pause->mutex);
   }
-  std::unique_lock<std::mutex> lock(ThePauses().lock);
-  fake::AssertHeld(ThePauses().lock);
-  ThePauses().left.wait(lock, []() QUORVEL_REQUIRES(ThePauses().lock) {
-    return std::none_of(ThePauses().all.begin(), ThePauses().all.end(),
-                        [](const Pause* pause)
-                            QUORVEL_REQUIRES(ThePauses().lock) { return pause->ending; });
-  });
+  {
+    std::unique_lock<std::mutex> lock(ThePauses().lock);
+    fake::AssertHeld(ThePauses().lock);
+    ThePauses().left.wait(lock, []() QUORVEL_REQUIRES(ThePauses().lock) {
+      return std::none_of(ThePauses().all.begin(), ThePauses().all.end(),
+                          [](const Pause* pause)
+                              QUORVEL_REQUIRES(ThePauses().lock) { return pause->ending; });
+    });
+  }
+  // A worker keeps its mutex from the end of its pause until it is idle or runs again.
+  for (pthread_mutex_t* mutex : mutexes) {
+    pthread_mutex_lock(mutex);
+    pthread_mutex_unlock(mutex);
+  }
 }
 
 extern "C" {

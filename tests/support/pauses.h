@@ -16,9 +16,9 @@ namespace norvik::qel {
 
 // The number of workers in a pause.
 size_t PausingWorkers();
-// Ends all current pauses, and returns when the workers have left them. A worker then holds its own
-// lock until it is idle or runs again, so a later request does not join the series of attempts that
-// has ended. No worker may be ended by Deinit...() meanwhile.
+// Ends all current pauses, and returns when each of those workers is idle or runs again: a later
+// request does not join a series of attempts that has ended. No worker may be ended by Deinit...()
+// meanwhile.
 void EndPauses();
 
 }  // namespace norvik::qel
