@@ -20,13 +20,12 @@ struct Command {
   std::string_view name;
   std::string_view family = {};  // the second word, for a command that needs one
   // The operands: "FILE", "[COMMAND]" for an optional one, "NAME..." for one or more. Shells
-  // complete COMMAND, FILE, NAME, RECORDING, TYPE:NAME and choices such as "csv|perfetto".
+  // complete COMMAND, FILE, NAME, RECORDING and choices such as "csv|perfetto".
   std::string_view operands = {};
   std::string_view summary;
   std::string_view text = {};     // the rest of the help
   std::string_view options = {};  // names of those that are not general: "device for"
   int (*run)(const Options& options, Output& output);  // returns the program's exit code
-  std::string_view service = {};  // a session shows the events of this service only
 };
 
 struct Option {
@@ -63,7 +62,7 @@ std::string ManualLists();
 const Option* OptionNamed(std::string_view name);
 // Throws UsageError. `source` is the option or variable that names the device.
 const DeviceType& DeviceNamed(std::string_view name, const std::string& source);
-// "watch thermal TYPE:NAME..."
+// "watch NAME..."
 std::string UsageOf(const Command& command);
 bool Takes(const Command& command, const Option& option);
 // The names of all commands, or of those that take an option, each once.

@@ -20,11 +20,8 @@ inline constexpr int kExitInterrupted = 130;
 inline constexpr char kLegend[] = "Lines with ** come from the device, others from callbacks.";
 inline constexpr char kRefusal[] = "the library refuses to register a callback";
 
-int GetBattery(const Options& options, Output& output);
-int GetSensors(const Options& options, Output& output);
 int Watch(const Options& options, Output& output);
-int GetTemperatures(const Options& options, Output& output);
-int GetChargeLimits(const Options& options, Output& output);
+int Get(const Options& options, Output& output);
 int List(const Options& options, Output& output);
 int Status(const Options& options, Output& output);
 int Doctor(const Options& options, Output& output);

@@ -9,14 +9,13 @@
 #include <vector>
 
 #include "cli/command_table.h"
+#include "cli/names.h"
 #include "clients/inventory.h"
 #include "clients/subjects.h"
 
 namespace norvik::qel::monitor {
 
 namespace {
-
-using Temperatures = std::vector<TemperatureReport>;
 
 // Prints candidates for the word that is being typed.
 class Candidates {
@@ -50,11 +49,6 @@ class Candidates {
       AddCommands();
     } else if (value == "DEVICE") {
       for (const DeviceType& type : DeviceTypes()) Add(type.name, type.description);
-    } else if (value.starts_with("TYPE:NAME")) {
-      for (const std::string_view& type : kThermalTypes) Add(std::string(type) + ":");
-      AddTemperatures(/*with_type=*/true);
-    } else if (value.starts_with("NAME")) {
-      AddTemperatures(/*with_type=*/false);
     } else if (value.find('|') != value.npos) {
       for (size_t end; !value.empty(); value.remove_prefix(std::min(end + 1, value.size()))) {
         end = std::min(value.find('|'), value.size());
@@ -63,18 +57,23 @@ class Candidates {
     }
   }
 
- private:
-  // Adds the temperatures that the device reports now.
-  void AddTemperatures(bool with_type) const {
+  // Adds what the command can name of the device. `first`: the first operand, if it is complete.
+  void AddNames(const Command& command, std::string_view first) const {
+    const bool is_thermal = IsThermalWord(first);
+    for (const NameWord& word : NameWords()) {
+      if (!is_thermal && CanName(command, word.word)) Add(word.word, word.text);
+    }
     const std::unique_ptr<Device> device = device_.make([](const DeviceEvent&) {});
     device->Start({});
-    for (const TemperatureReport& report : PlatformTemperatures().value_or(Temperatures())) {
-      if (!with_type || IsWatchableType(report.type)) {
-        Add((with_type ? report.type + ":" : "") + report.name);
-      }
+    for (const std::string& key : KeysOf()) {
+      const bool fits = !is_thermal || SplitTemperatureKey(key);
+      if (fits && CanName(command, key)) Add(key);
     }
+    if (!is_thermal || command.name != "watch") return;
+    for (const std::string_view& type : kThermalTypes) Add(std::string(type) + ":");
   }
 
+ private:
   const DeviceType& device_;
   const std::string_view typed_;
   const std::string_view stem_;
@@ -140,6 +139,9 @@ void AddOperands(const Line& line, const Candidates& candidates) {
       return;
     }
     if (families > 0 && command.family != line.operands.front()) return;
+    if (command.operands == "NAME...") {
+      return candidates.AddNames(command, line.operands.empty() ? "" : line.operands.front());
+    }
     const bool takes_more = command.operands.find("...") != std::string_view::npos;
     if (takes_more || line.operands.size() == families) candidates.AddValues(command.operands);
   });

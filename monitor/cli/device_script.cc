@@ -6,14 +6,17 @@
 #include <algorithm>
 #include <utility>
 
+#include "clients/subjects.h"
+
 namespace norvik::qel::monitor {
 
 using Clock = Session::Clock;
 
-DeviceScript::DeviceScript(Device& device, std::string_view service) : device_(device) {
-  for (const std::string_view its_service : {kHealthService, kSensorService, kThermalService}) {
-    if (!its_service.starts_with(service)) continue;
-    auto steps = device.StepsOf(its_service);
+DeviceScript::DeviceScript(Device& device, const std::set<std::string_view>& families)
+    : device_(device) {
+  for (const std::string_view service : {kHealthService, kSensorService, kThermalService}) {
+    if (!families.empty() && !families.contains(FamilyOfService(service))) continue;
+    auto steps = device.StepsOf(service);
     if (!steps.empty()) loops_.push_back({.steps = std::move(steps)});
   }
 }

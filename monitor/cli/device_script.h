@@ -4,6 +4,7 @@
 // Runs the scripted steps of a device while a session shows its events.
 #pragma once
 
+#include <set>
 #include <string_view>
 #include <vector>
 
@@ -14,8 +15,8 @@ namespace norvik::qel::monitor {
 // Threads: the main thread.
 class DeviceScript {
  public:
-  // Runs the steps of `service`, or of all services if it is empty.
-  explicit DeviceScript(Device& device, std::string_view service = "");
+  // Runs the steps of the families' services, or of all services.
+  explicit DeviceScript(Device& device, const std::set<std::string_view>& families = {});
   ~DeviceScript() { device_.EndSteps(); }
   DeviceScript(const DeviceScript&) = delete;
   DeviceScript& operator=(const DeviceScript&) = delete;

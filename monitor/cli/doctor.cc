@@ -117,7 +117,7 @@ class LibraryChecks {
     const bool registered = client_.Join(kSensorFamily);
     for (const SensorProperty* sensor : kSensorProperties) {
       if (!client_.Lacks(*sensor)) continue;
-      checks_.Add(kSensorService, std::string(sensor->name), Result::kWarning,
+      checks_.Add(kSensorService, std::string(sensor->key), Result::kWarning,
                   "the device has no such sensor",
                   "nothing, if that is true; otherwise let the sensor service list it");
     }
@@ -140,7 +140,7 @@ class LibraryChecks {
         std::find_if(temperatures->begin(), temperatures->end(),
                      [](const auto& report) { return IsWatchableType(report.type); });
     if (first == temperatures->end()) return;
-    const std::string key = first->type + ":" + first->name;
+    const std::string key = KeyOf(*first);
     const Property property = PropertyOf(key);
     if (CheckRegistered(service, client_.Join(key))) CheckFirstValue(service, {&property});
   }
@@ -161,7 +161,7 @@ class LibraryChecks {
     };
     static_cast<void>(session_.WaitFor(heard, std::max(end_ - start, Clock::duration::zero())));
     const auto time = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start);
-    const std::string of = properties.size() == 1 ? " of " + std::string(properties[0]->name) : "";
+    const std::string of = properties.size() == 1 ? " of " + std::string(properties[0]->key) : "";
     checks_.Check(
         service, "first value" + of, heard(), std::to_string(time.count()) + " ms",
         "check that the service reports when a callback is registered, and look for 'avc: "
@@ -184,7 +184,7 @@ class LibraryChecks {
       checks_.Add(service, "types", Result::kWarning,
                   Counted(static_cast<int>(unknown), "temperature") +
                       " of a type that the library does not know",
-                  "ask for them by name, as quorvel get temperatures does");
+                  "ask for them by name, as quorvel get does");
     }
   }
 

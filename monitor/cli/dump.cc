@@ -23,7 +23,7 @@ constexpr std::array<std::string_view, 2> kTemperatures = {"SKIN:skin",
 Session::Wake Fill(Client& client, Session& session, Session::Clock::time_point until,
                    std::vector<std::string>& wrong) {
   if (!client.ReadLimits()) {
-    wrong.emplace_back("the thermal service cannot be asked");
+    wrong.push_back(FailureOf(kThermalService));
     return Session::Wake::kTime;
   }
   if (session.device().StepsOf(kThermalService).empty()) return Session::Wake::kEvent;

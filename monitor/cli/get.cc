@@ -2,10 +2,10 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <algorithm>
-#include <utility>
+#include <stdexcept>
 
-#include "cli/command_table.h"
 #include "cli/commands.h"
+#include "cli/names.h"
 #include "cli/session.h"
 #include "clients/inventory.h"
 #include "output/output.h"
@@ -14,114 +14,124 @@ namespace norvik::qel::monitor {
 
 namespace {
 
-using Reading = std::pair<Property, Value>;
+using Reports = std::vector<TemperatureReport>;
 
-// A device for one query. It has no session: a signal ends the program at once, even while a
-// service does not answer.
-class AskedDevice {
- public:
-  // Starts the device, and prints its notices about the command's service.
-  AskedDevice(const Options& options, Output& output)
-      : device_(options.device->make(
-            [events = events_](DeviceEvent event) { events->Post(std::move(event)); })) {
-    device_->Start({.verbose = options.verbose});
-    while (const std::optional<Event> event = events_->Take()) {
-      const auto& what = std::get<DeviceEvent>(event->what);
-      const bool is_notice = what.kind == DeviceEvent::Kind::kNotice;
-      if (is_notice && what.service.starts_with(options.command->service)) output.Note(*event);
-    }
-  }
-
-  const std::shared_ptr<EventQueue>& events() const { return events_; }
-
- private:
-  const std::shared_ptr<EventQueue> events_ = std::make_shared<EventQueue>();
-  const std::unique_ptr<Device> device_;
+struct Reading {
+  Named name;
+  Value value = {};
 };
+using Readings = std::vector<Reading>;
 
 bool IsKnown(const Value& value) {
   const auto* const several = std::get_if<Severities>(&value);
   return value != Value() && value != Value(Absent()) && (several == nullptr || !several->empty());
 }
 
-// `hint`: appended to the message that names the missing values.
-int ShowReadings(const std::vector<Reading>& readings, Output& output,
-                 const std::string& hint = {}) {
-  std::string missing;
-  for (const auto& [property, value] : readings) {
-    output.ShowReading(property, value);
-    if (!IsKnown(value)) missing += (missing.empty() ? "" : ", ") + std::string(property.name);
-  }
-  if (missing.empty()) return EXIT_SUCCESS;
-  Complain("unknown or not present: " + missing + hint);
-  return kExitUnknown;
+[[noreturn]] void Fail(const std::string& text) {
+  throw std::runtime_error(text);
 }
 
-int Fail(const std::string& text) {
-  Complain(text);
-  return EXIT_FAILURE;
+// The readings of a family.
+std::vector<Reading*> Of(std::string_view family, Readings& readings) {
+  std::vector<Reading*> found;
+  for (Reading& reading : readings) {
+    if (reading.name.family == family) found.push_back(&reading);
+  }
+  return found;
+}
+
+// The following functions read the values of one family. They throw if its service cannot be asked.
+
+void ReadBattery(Client& client, Readings& readings) {
+  for (Reading* const reading : Of(kBatteryFamily, readings)) {
+    const auto value = client.Read(*BatteryPropertyOf(reading->name.key));
+    if (!value) Fail(FailureOf(kHealthService));
+    reading->value = *value;
+  }
+}
+
+void ReadTemperatures(const Reports& reports, Client& client, Readings& readings) {
+  std::vector<std::string> names;
+  std::vector<Reading*> reported;
+  for (Reading* const reading : Of(kThermalFamily, readings)) {
+    reading->value = Absent();
+    const TemperatureReport* const report = FindReport(reading->name.key, reports);
+    if (report == nullptr) continue;
+    names.push_back(report->name);
+    reported.push_back(reading);
+  }
+  const auto values = names.empty() ? std::vector<Value>() : client.ReadTemperatures(names);
+  if (!values) Fail(FailureOf(kThermalService));
+  for (size_t i = 0; i < reported.size(); ++i) reported[i]->value = (*values)[i];
+}
+
+void ReadLimits(Client& client, Readings& readings) {
+  const std::vector<Reading*> wanted = Of(kLimitsWord, readings);
+  if (wanted.empty()) return;
+  const auto limits = client.ReadLimits();
+  if (!limits) Fail(FailureOf(kThermalService));
+  for (Reading* const reading : wanted) {
+    reading->value = (*limits)[reading->name.key == kCurrentLimits.key ? 0 : 1];
+  }
+}
+
+// The library has no getters for sensors, only callbacks. False if the session is stopped.
+bool ReadSensors(Session& session, Client& client, Readings& readings) {
+  const std::vector<Reading*> wanted = Of(kSensorFamily, readings);
+  if (wanted.empty()) return true;
+  bool is_usable = StateOf(kSensorService, LookUpServices()).is_found;
+  for (const Reading* const reading : wanted) {
+    is_usable = is_usable && client.Join(reading->name.key);
+  }
+  if (!is_usable) Fail(FailureOf(kSensorService));
+  const auto wake = WaitForReadings(session, client, Session::Clock::now() + kReportLimit);
+  if (wake == Session::Wake::kStop) return false;
+  session.ShowPending();
+  if (wake == Session::Wake::kTime && session.observed().callbacks() == 0) {
+    Fail(SilenceOf(kSensorService));
+  }
+  for (Reading* const reading : wanted) {
+    reading->value = ReadingOf(*SensorPropertyOf(reading->name.key), client, session);
+  }
+  return true;
+}
+
+int Show(const Readings& readings, const Reports& reports, Output& output) {
+  std::string missing;
+  bool is_unreported = false;
+  for (const auto& [name, value] : readings) {
+    output.ShowReading(PropertyOf(name.key), value);
+    if (!IsKnown(value)) missing += (missing.empty() ? "" : ", ") + name.key;
+    is_unreported |= name.family == kThermalFamily && value == Value(Absent());
+  }
+  if (missing.empty()) return EXIT_SUCCESS;
+  Complain("unknown or not present: " + missing +
+           (is_unreported ? KnownTemperatures(reports) : ""));
+  return kExitUnknown;
 }
 
 }  // namespace
 
-int GetBattery(const Options& options, Output& output) {
-  const AskedDevice device(options, output);
-  Client client(device.events());
-  std::vector<Reading> readings;
-  for (const BatteryProperty* property : kBatteryProperties) {
-    const std::optional<Value> value = client.Read(*property);
-    if (!value) {
-      return Fail("the health service cannot be asked for the " + std::string(property->name));
-    }
-    readings.emplace_back(*property, *value);
-  }
-  return ShowReadings(readings, output);
-}
-
-// The library has no getters for sensors, only callbacks.
-int GetSensors(const Options& options, Output& output) {
-  Session session(options, output, {.show_events = false});
+int Get(const Options& options, Output& output) {
+  std::vector<Named> names = NamesIn(options);
+  const std::set<std::string_view> families = FamiliesOf(names);
+  Session session(options, output, {.show_events = false, .families = families, .waits = false});
+  session.ShowPending();  // the notices, also before a failure
   Client client(session.events());
-  if (!client.Join(kSensorFamily)) return session.Fail(kRefusal);
-  const auto wake = WaitForReadings(session, client, Session::Clock::now() + kReportLimit);
-  if (wake == Session::Wake::kStop) return kExitInterrupted;
-  if (wake == Session::Wake::kTime && session.observed().callbacks() == 0) {
-    return session.Fail(SilenceOf(kSensorService));
+  Reports reports;
+  if (families.contains(kThermalFamily)) {
+    auto reported = PlatformTemperatures();
+    if (!reported) Fail(FailureOf(kThermalService));
+    reports = std::move(*reported);
   }
-  std::vector<Reading> readings;
-  readings.reserve(kSensorProperties.size());
-  for (const SensorProperty* property : kSensorProperties) {
-    readings.emplace_back(*property, ReadingOf(*property, client, session));
-  }
-  return ShowReadings(readings, output);
-}
-
-int GetTemperatures(const Options& options, Output& output) {
-  const AskedDevice device(options, output);
-  Client client(device.events());
-  const auto values = client.ReadTemperatures(options.operands);
-  if (!values) return Fail("the thermal service cannot be asked");
-  std::vector<Reading> readings;
-  for (size_t i = 0; i < values->size(); ++i) {
-    const std::string& name = options.operands[i];
-    readings.emplace_back(Property{.key = name, .name = name, .unit = kCelsius}, (*values)[i]);
-  }
-  const auto is_absent = [](const Reading& reading) { return reading.second == Value(Absent()); };
-  const bool any_is_absent = std::any_of(readings.begin(), readings.end(), is_absent);
-  return ShowReadings(readings, output,
-                      any_is_absent ? KnownTemperatures(/*with_type=*/false) : "");
-}
-
-int GetChargeLimits(const Options& options, Output& output) {
-  const AskedDevice device(options, output);
-  Client client(device.events());
-  const auto limits = client.ReadLimits();
-  if (!limits) return Fail("the thermal service cannot be asked");
-  std::vector<Reading> readings;
-  for (size_t i = 0; i < limits->size(); ++i) {
-    readings.emplace_back(*kChargeLimitProperties[i], (*limits)[i]);
-  }
-  return ShowReadings(readings, output);
+  names = LookedUp(names, *options.command, reports);
+  Readings readings;
+  for (Named& name : names) readings.push_back({.name = std::move(name)});
+  ReadBattery(client, readings);
+  ReadTemperatures(reports, client, readings);
+  ReadLimits(client, readings);
+  if (!ReadSensors(session, client, readings)) return kExitInterrupted;
+  return Show(readings, reports, output);
 }
 
 }  // namespace norvik::qel::monitor

@@ -22,7 +22,7 @@ struct Entry {
 };
 
 constexpr Entry kOutput[] = {
-    {"12:00:03.120  battery level  50 %  ->  49 %", "a client's callback was called"},
+    {"12:00:03.120  battery_level  50 %  ->  49 %", "a client's callback was called"},
     {"12:00:03.120  ** ...",
      "the device reports that a service started, died or refused a call, or that the library "
      "registered a callback there"},
@@ -56,8 +56,9 @@ constexpr Entry kJson[] = {
      "(doctor)"},
     {"properties",
      "battery_level (percent), battery_cycle_count, wireless_charger, dock_charger, proximity "
-     "(cm), hinge_angle (degrees), TYPE:NAME (throttling), NAME (degrees Celsius), bcl_current, "
-     "bcl_voltage (lists of throttling)"},
+     "(cm), hinge_angle (degrees), TYPE:NAME (in value the throttling, otherwise degrees Celsius, "
+     "mA, mV "
+     "or percent), bcl_current, bcl_voltage (lists of throttling)"},
 };
 
 constexpr Entry kEnvironment[] = {
@@ -81,7 +82,7 @@ constexpr Entry kExitCodes[] = {
      "is no recording or exists already, output cannot be written, something that the demo or a "
      "played file expects does not happen"},
     {"2", "the command line is wrong"},
-    {"3", "a value that was asked for is unknown or absent (get, watch thermal)"},
+    {"3", "a value that was asked for is unknown or absent (get, watch)"},
     {"130",
      "interrupted by SIGINT or SIGTERM, or by a reader that closed the output, before it was done"},
 };
@@ -154,7 +155,7 @@ std::string HelpOf(const std::string& name, size_t columns) {
     if (command.name != name) return;
     usage += TableEntry(UsageOf(command), command.summary, columns);
     if (!command.text.empty()) details += "\n" + Wrapped(command.text, columns);
-    if (command.operands.starts_with("TYPE")) details += "\n" + Wrapped(Types(), columns);
+    if (command.operands.starts_with("NAME")) details += "\n" + Wrapped(Types(), columns);
     if (!options.empty()) return;  // all rows of a command take the same options
     for (const Option& option : AllOptions()) {
       if (Takes(command, option)) options += TableEntry(NameOf(option), TextOf(option), columns);

@@ -10,6 +10,7 @@
 #include <set>
 
 #include "cli/command_table.h"
+#include "cli/names.h"
 
 namespace norvik::qel::monitor {
 
@@ -114,7 +115,8 @@ void CheckOperands(const Command& command, const std::vector<std::string>& opera
   }
   const bool is_missing = !wanted.empty() && !is_optional && operands.empty();
   if (is_missing || std::count(operands.begin(), operands.end(), "") > 0) {
-    throw UsageError(where + std::string(wanted) + " is missing");
+    const std::string known = wanted == "NAME..." ? ", use " + KnownNames(command) : "";
+    throw UsageError(where + std::string(wanted) + " is missing" + known);
   }
 }
 

@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "cli/commands.h"
+#include "clients/subjects.h"
 
 namespace norvik::qel::monitor {
 
@@ -52,17 +53,13 @@ void StopSignals::Accept() {
   pthread_sigmask(SIG_SETMASK, &before_, nullptr);
 }
 
-std::string SilenceOf(std::string_view service) {
-  return "the " + std::string(service) + " service has not reported anything within " +
-         std::to_string(kReportLimit.count()) + " s";
-}
-
 Session::Session(const Options& options, Output& output, const Setup& setup)
     : output_(output),
       show_events_(setup.show_events),
       show_notices_(setup.show_notices),
-      service_(options.command->service),
+      families_(setup.families),
       listener_(setup.listener),
+      signals_(setup.waits ? std::make_unique<StopSignals>() : nullptr),
       device_((setup.make_device ? setup.make_device : options.device->make)(
           [queue = events_](DeviceEvent event) { queue->Post(std::move(event)); })) {
   device_->Start({.verbose = options.verbose});
@@ -86,13 +83,13 @@ Session::Wake Session::WaitUntil(Clock::time_point until, int input) {
 Session::Wake Session::Wait(Clock::time_point until, int input) {
   if (stopped_ || !output_.lines().open()) return Wake::kStop;
   pollfd fds[] = {
-      {.fd = signals_.fd(), .events = POLLIN, .revents = 0},
+      {.fd = signals_ ? signals_->fd() : kNoInput, .events = POLLIN, .revents = 0},
       {.fd = STDOUT_FILENO, .events = 0, .revents = 0},  // reports a closed reader
       {.fd = events_->fd(), .events = POLLIN, .revents = 0},
       {.fd = input, .events = POLLIN, .revents = 0},
   };
   if (poll(fds, std::size(fds), MillisecondsUntil(until)) <= 0) return Wake::kTime;
-  if (fds[0].revents != 0) signals_.Accept();
+  if (fds[0].revents != 0) signals_->Accept();
   stopped_ = fds[0].revents != 0 || (fds[1].revents & (POLLERR | POLLHUP)) != 0;
   if (stopped_) return Wake::kStop;
   return fds[3].revents != 0 ? Wake::kInput : Wake::kTime;
@@ -112,8 +109,7 @@ int Session::Fail(const std::string& text, int exit_code) {
 void Session::ShowEvent(const Event& event) {
   if (const auto* const device_event = std::get_if<DeviceEvent>(&event.what)) {
     if (device_event->kind == DeviceEvent::Kind::kReported) return;
-    // By prefix: "thermal" includes "thermal (HIDL)".
-    if (!device_event->service.starts_with(service_)) return;
+    if (!families_.empty() && !families_.contains(FamilyOfService(device_event->service))) return;
     if (!show_events_ && show_notices_ && device_event->kind == DeviceEvent::Kind::kNotice)
       output_.Note(event);
   }

@@ -11,6 +11,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -24,9 +25,6 @@ namespace norvik::qel::monitor {
 
 // The time limit for the first report. Reached only if a service does not work.
 inline constexpr std::chrono::seconds kReportLimit(5);
-
-// The error message at the end of that time.
-std::string SilenceOf(std::string_view service);
 
 // Receives SIGINT and SIGTERM through a descriptor. Made before the program's other threads, which
 // inherit the blocked signals.
@@ -59,8 +57,12 @@ class Session {
   using Clock = std::chrono::steady_clock;
 
   struct Setup {
-    bool show_events = true;   // of the command's service, or of all services
+    bool show_events = true;
+    // Of the services of these families only; empty: of all.
+    std::set<std::string_view> families = {};
     bool show_notices = true;  // if events, which include notices, are not shown
+    // False: a signal ends the program at once, even while a service does not answer.
+    bool waits = true;
     // Called with every event, shown or not. False stops the session.
     std::function<bool(const Event&)> listener = nullptr;
     // Replaces the device of the options.
@@ -107,9 +109,9 @@ class Session {
   Output& output_;
   const bool show_events_;
   const bool show_notices_;
-  const std::string_view service_;  // empty: all
+  const std::set<std::string_view> families_;
   const std::function<bool(const Event&)> listener_;
-  StopSignals signals_;  // before the device, whose threads inherit the mask
+  const std::unique_ptr<StopSignals> signals_;  // before the device, whose threads inherit the mask
   const std::shared_ptr<EventQueue> events_ = std::make_shared<EventQueue>();
   const std::unique_ptr<Device> device_;
   Observed observed_;

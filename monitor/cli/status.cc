@@ -129,7 +129,7 @@ class StatusScreen {
       has_changed |= is_new;
       if (is_new || !follows_ || !has_been_shown_) output_.ShowRecord("item", ToFields(item));
       colours.emplace_back(is_new ? kBold : "").append(IsAlarming(item) ? kYellow : "");
-      rows.push_back({(is_new ? "* " : "  ") + item.name, ShortValueOf(item)});
+      rows.push_back({(is_new ? "* " : "  ") + item.key, ShortValueOf(item)});
       if (follows_ && terminal.columns >= kNarrow) rows.back().push_back(history.Bars());
     }
     const std::string services = StateOfServices(inventory.services);

@@ -5,6 +5,7 @@
 
 #include "cli/commands.h"
 #include "cli/device_script.h"
+#include "cli/names.h"
 #include "cli/session.h"
 #include "clients/inventory.h"
 
@@ -12,62 +13,71 @@ namespace norvik::qel::monitor {
 
 namespace {
 
-// The key of a TYPE:NAME, whose type may be in lower case. Throws UsageError.
-std::string TemperatureKeyOf(const std::string& operand) {
-  auto parts = SplitTemperatureKey(operand);
-  if (!parts) {
-    throw UsageError("watch thermal: '" + operand + "' is no TYPE:NAME, use one such as SKIN:skin");
-  }
-  for (char& c : parts->type) {
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-  }
-  if (IsWatchableType(parts->type)) return parts->type + ":" + parts->name;
-  std::string types;
-  for (const std::string_view type : kThermalTypes) types.append(type).append(", ");
-  throw UsageError("watch thermal: '" + parts->type + "' is no type of temperature, use " + types +
-                   "or " + std::string(kUnknownThermalType));
+// Clients of a service that does not run are silent.
+void ExplainSilence(const std::set<std::string_view>& families, Output& output) {
+  const std::vector<ServiceState> services = LookUpServices();
+  const auto explain = [&](std::string_view family, const ServiceState& state, const char* how) {
+    if (!families.contains(family) || state.is_found) return;
+    output.Explain("No " + std::string(state.service) + " service yet: the library looks for it " +
+                   how + "; quorvel doctor tells more.");
+  };
+  explain(kBatteryFamily, StateOf(kHealthService, services), "ten times");
+  explain(kSensorFamily, StateOf(kSensorService, services), "once a second");
+  explain(kThermalFamily, ThermalServiceOf(services), "ten times, once a second");
 }
 
-using Clock = Session::Clock;
-
-// Prints a hint if no callback comes within 1 s: a running service answers at once.
-void ExplainSilence(Session& session, Clock::time_point end) {
-  const auto heard = [&] { return session.observed().callbacks() > 0; };
-  const auto wait = std::min<Clock::duration>(std::chrono::seconds(1), end - Clock::now());
-  if (session.WaitFor(heard, wait) != Session::Wake::kTime) return;
-  session.output().Explain(
-      "No thermal service yet: the library looks for it ten times, once a second.");
+// Shows the sensors that the device lacks. Returns them as a list if nothing else is watched.
+std::string ShowAbsent(const std::vector<Named>& names, const Client& client, Session& session) {
+  std::string absent;
+  bool all = true;
+  for (const auto& [family, key] : names) {
+    const SensorProperty* const sensor = SensorPropertyOf(key);
+    const bool is_absent = sensor != nullptr && client.Lacks(*sensor);
+    all &= is_absent;
+    if (!is_absent) continue;
+    absent += (absent.empty() ? "" : ", ") + key;
+    session.events()->Post(
+        ValueChange{.property = sensor, .old_value = {}, .new_value = Absent(), .thread = {}});
+  }
+  return all ? absent : "";
 }
 
 }  // namespace
 
-// Watches a family, or the temperatures that the operands name.
 int Watch(const Options& options, Output& output) {
-  const std::string family(options.command->family);
-  const bool is_thermal = family == kThermalFamily;
-  std::vector<std::string> subjects;  // checked before anything is printed or started
-  for (const std::string& operand : options.operands) {
-    subjects.push_back(TemperatureKeyOf(operand));
-  }
-  if (!is_thermal) subjects = {family};
-  output.Explain("Watching the " + (is_thermal ? "throttling" : family) +
+  std::vector<Named> names = NamesIn(options);
+  const std::set<std::string_view> families = FamiliesOf(names);
+  std::span<const std::string> shown = options.operands;
+  if (shown.size() > 1 && IsThermalWord(shown.front())) shown = shown.subspan(1);
+  output.Explain("Watching " + Enumerated(shown, "and") +
                  (options.duration ? "." : "; Ctrl-C ends."));
   if (options.device->tells) output.Explain(kLegend);
-  Session session(options, output, {});
+  Session session(options, output, {.families = families});
   Client client(session.events());
-  for (const std::string& subject : subjects) {
-    if (client.Join(subject)) continue;
-    if (!is_thermal) return session.Fail(kRefusal);
-    return session.Fail("the thermal service reports no temperature " + subject +
-                            KnownTemperatures(/*with_type=*/true),
-                        kExitUnknown);
+  std::vector<TemperatureReport> reports;
+  if (families.contains(kThermalFamily)) {
+    auto reported = PlatformTemperatures();
+    const Named all = {kThermalFamily, std::string(kThermalFamily)};
+    const bool can_wait = !ThermalServiceOf(LookUpServices()).is_found &&
+                          std::count(names.begin(), names.end(), all) == 0;
+    if (!reported && !can_wait) return session.Fail(FailureOf(kThermalService));
+    if (reported) reports = std::move(*reported);
+    std::erase_if(reports,
+                  [&](const auto& report) { return !CanName(*options.command, KeyOf(report)); });
   }
-  for (const SensorProperty* sensor : kSensorProperties) {
-    if (client.Lacks(*sensor)) output.ShowReading(*sensor, Absent());
+  ExplainSilence(families, output);
+  names = LookedUp(names, *options.command, reports);
+  for (const auto& [family, key] : names) {
+    if (key != kThermalFamily && client.Join(key)) continue;
+    if (family == kThermalFamily) {
+      return session.Fail("not present: " + key + KnownTemperatures(reports), kExitUnknown);
+    }
+    const bool is_sensor = family == kSensorFamily;
+    return session.Fail(FailureOf(is_sensor ? kSensorService : kHealthService, kRefusal));
   }
-  const Clock::time_point end = EndOf(options);
-  if (is_thermal) ExplainSilence(session, end);
-  DeviceScript(session.device(), options.command->service).Run(session, end);
+  const std::string absent = ShowAbsent(names, client, session);
+  if (!absent.empty()) return session.Fail("not present: " + absent, kExitUnknown);
+  DeviceScript(session.device(), families).Run(session, EndOf(options));
   return EXIT_SUCCESS;
 }
 

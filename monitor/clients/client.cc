@@ -54,7 +54,7 @@ void* Client::HandleOf(std::string_view family) {
 }
 
 void Client::Learn(const TemperatureReport& report) {
-  const std::string key = report.type + ":" + report.name;
+  const std::string key = KeyOf(report);
   if (!TemperatureOf(key)) return;
   const bool is_known =
       std::find(temperatures_.begin(), temperatures_.end(), key) != temperatures_.end();

@@ -54,6 +54,11 @@ struct TemperatureReport {
   Severity severity;
 };
 
+// "SKIN:skin"
+inline std::string KeyOf(const TemperatureReport& report) {
+  return report.type + ":" + report.name;
+}
+
 struct TemperatureGone {
   std::string type;
   std::string name;

@@ -24,25 +24,14 @@ std::string DescriptionOfSensor(std::string_view key) {
   return property != nullptr ? DescriptionOf(property->sensor) : "";
 }
 
-// The BCL types measure the battery, not heat.
-std::string_view UnitOf(std::string_view type) {
-  if (type == "BCL_VOLTAGE") return " mV";
-  if (type == "BCL_CURRENT") return " mA";
-  return type == "BCL_PERCENTAGE" ? " %" : kCelsius;
-}
-
 Item ToItem(std::string_view service, const Property& property) {
-  return {.service = service,
-          .key = std::string(property.key),
-          .name = std::string(property.name),
-          .unit = property.unit};
+  return {.service = service, .key = std::string(property.key), .unit = property.unit};
 }
 
 Item ToItem(std::string_view service, const TemperatureReport& report) {
   Item item = {.service = service,
-               .key = report.type + ":" + report.name,
-               .name = report.type + ":" + report.name,
-               .unit = UnitOf(report.type),
+               .key = KeyOf(report),
+               .unit = PropertyOf(KeyOf(report)).unit,
                .value = report.value ? Value(*report.value) : Value(),
                .severity = report.severity};
   if (!IsWatchableType(report.type))
@@ -50,23 +39,30 @@ Item ToItem(std::string_view service, const TemperatureReport& report) {
   return item;
 }
 
+void AddSource(const std::string& part, Item& item) {
+  item.source += (item.source.empty() ? "" : ", ") + part;
+}
+
 // Adds each part to the source of its item, and collects the power supplies to list. A temperature
 // that has a part, but that the service does not report, becomes an item without a value.
 void AddParts(std::vector<DevicePart> parts, Inventory* inventory) {
-  std::map<std::string, Item*> items;
+  std::map<std::string, Item*, std::less<>> items;
   std::vector<Item> unreported;
   for (Item& item : inventory->items) items.emplace(item.key, &item);
   for (DevicePart& part : parts) {
     const bool is_temperature = part.item.find(':') != std::string::npos;
     const bool is_supply = !is_temperature && SensorPropertyOf(part.item) == nullptr;
+    // A battery is the source of both its values.
+    const std::string_view second = part.item == kBatteryLevel.key ? kBatteryCycleCount.key : "";
+    if (const auto found = items.find(second); found != items.end())
+      AddSource(part.name, *found->second);
     if (const auto found = items.find(part.item); found != items.end()) {
       Item& item = *found->second;
-      item.source += (item.source.empty() ? "" : ", ") + part.name;
+      AddSource(part.name, item);
       if (!is_supply && !part.remark.empty()) item.remark = part.remark;
     } else if (is_temperature) {
       unreported.push_back({.service = kThermalService,
                             .key = part.item,
-                            .name = part.item,
                             .source = part.name,
                             .remark = part.remark});
     }
@@ -86,7 +82,7 @@ const ServiceState& ThermalServiceOf(const std::vector<ServiceState>& services) 
 }
 
 std::string ValueOf(const Item& item) {
-  std::string text = InWords({.key = {}, .name = {}, .unit = item.unit}, item.value);
+  std::string text = InWords({.key = {}, .unit = item.unit}, item.value);
   if (item.severity) text += ", " + InWords({}, Value(*item.severity));
   return text;
 }
@@ -111,26 +107,35 @@ std::vector<std::string> KeysOf() {
       keys.emplace_back(property->key);
   }
   if (const auto temperatures = PlatformTemperatures()) {
-    for (const auto& report : *temperatures) keys.push_back(report.type + ":" + report.name);
+    for (const auto& report : *temperatures) keys.push_back(KeyOf(report));
   }
   for (const Property* property : kChargeLimitProperties) keys.emplace_back(property->key);
   return keys;
 }
 
-std::string KnownTemperatures(bool with_type) {
+std::string KnownTemperatures(const std::vector<TemperatureReport>& reports) {
   constexpr size_t kMost = 20;
-  const auto reports = PlatformTemperatures();
-  if (!reports) return {};
-  std::string names;
-  size_t count = 0;
-  for (const TemperatureReport& report : *reports) {
-    if (with_type && !IsWatchableType(report.type)) continue;
-    if (++count > kMost) break;
-    names +=
-        (count == 1 ? "; it reports " : ", ") + (with_type ? report.type + ":" : "") + report.name;
+  std::string names = reports.empty() ? "none" : "";
+  for (size_t i = 0; i < reports.size() && i < kMost; ++i) {
+    names += (i == 0 ? "" : ", ") + KeyOf(reports[i]);
   }
-  if (count == 0) return "; it reports none";
-  return count > kMost ? names + ", ... (quorvel list)" : names;
+  return "; the thermal service reports " + names +
+         (reports.size() > kMost ? ", ... (quorvel list)" : "");
+}
+
+std::string FailureOf(std::string_view service, const std::string& otherwise) {
+  const std::vector<ServiceState> services = LookUpServices();
+  const ServiceState& state =
+      service == kThermalService ? ThermalServiceOf(services) : StateOf(service, services);
+  std::string reason = state.answers ? otherwise : state.error;
+  if (!state.is_found) reason = state.instance + " is not found";
+  return "the " + std::string(service) + " service cannot be asked: " + reason +
+         "; quorvel doctor tells more";
+}
+
+std::string SilenceOf(std::string_view service) {
+  return FailureOf(service, "it has not reported anything within " +
+                                std::to_string(kReportLimit.count()) + " s");
 }
 
 Session::Wake WaitForReadings(Session& session, const Client& client,
@@ -197,6 +202,7 @@ Inventory InventoryReader::Read() {
     if (has_sensors && item.source.empty()) item.source = DescriptionOfSensor(item.key);
     if (item.source.empty()) item.source = std::string(item.service) + " service";
   }
+  session_.ShowPending();  // the notices
   return inventory;
 }
 

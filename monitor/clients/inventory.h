@@ -20,7 +20,6 @@ namespace norvik::qel::monitor {
 struct Item {
   std::string_view service;  // kHealthService and the like
   std::string key;           // "battery_level", "SKIN:skin"
-  std::string name;          // for people: "battery level", "SKIN:skin"
   std::string_view unit = {};
   Value value = {};                       // unknown if the service does not run
   std::optional<Severity> severity = {};  // of a temperature
@@ -42,9 +41,13 @@ struct Inventory {
 // The keys of all items, without asking for values.
 std::vector<std::string> KeysOf();
 
-// The end of a message about an unknown temperature: "; it reports CPU:cpu, SKIN:skin", or names
-// without types. Empty if the service cannot be queried.
-std::string KnownTemperatures(bool with_type);
+// The end of a message about an unknown temperature: "; the thermal service reports CPU:cpu".
+std::string KnownTemperatures(const std::vector<TemperatureReport>& reports);
+// The message about a service that cannot be queried, with the reason and the next step.
+// `otherwise` is the reason if the service answers.
+std::string FailureOf(std::string_view service, const std::string& otherwise = "the call fails");
+// The same at the end of kReportLimit.
+std::string SilenceOf(std::string_view service);
 
 // The thermal service that the library uses; the AIDL one if neither runs.
 const ServiceState& ThermalServiceOf(const std::vector<ServiceState>& services);

@@ -21,6 +21,13 @@ bool IsKnownType(std::string_view type) {
   return std::find(kThermalTypes.begin(), kThermalTypes.end(), type) != kThermalTypes.end();
 }
 
+// The BCL types measure the battery, not heat.
+std::string_view UnitOf(std::string_view type) {
+  if (type == "BCL_VOLTAGE") return " mV";
+  if (type == "BCL_CURRENT") return " mA";
+  return type == "BCL_PERCENTAGE" ? " %" : kCelsius;
+}
+
 }  // namespace
 
 bool IsWatchableType(std::string_view type) {
@@ -33,6 +40,10 @@ const BatteryProperty* BatteryPropertyOf(std::string_view key) {
 
 const SensorProperty* SensorPropertyOf(std::string_view key) {
   return Find(kSensorProperties, key);
+}
+
+bool IsChargeLimit(std::string_view key) {
+  return Find(kChargeLimitProperties, key) != nullptr;
 }
 
 std::optional<TemperatureKey> SplitTemperatureKey(std::string_view key) {
@@ -67,7 +78,7 @@ Property PropertyOf(std::string_view key) {
   if (const auto* battery = BatteryPropertyOf(key)) return *battery;
   if (const auto* sensor = SensorPropertyOf(key)) return *sensor;
   if (const auto* limits = Find(kChargeLimitProperties, key)) return *limits;
-  return {.key = key, .name = key, .unit = ""};
+  return {.key = key, .unit = UnitOf(key.substr(0, key.find(':')))};
 }
 
 Value Interpret(std::string_view key, int number) {

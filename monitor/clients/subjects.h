@@ -27,49 +27,46 @@ struct BatteryProperty : Property {
   int (*deregister_callback)(void* handle, BatteryInfoCallback callback);
 };
 
-inline constexpr BatteryProperty kBatteryLevel = {
-    {.key = "battery_level", .name = "battery level", .unit = " %"},
-    /*is_charger=*/false,
-    GetBatteryLevel,
-    RegisterBatteryLevelCallback,
-    DeregisterBatteryLevelCallback};
-inline constexpr BatteryProperty kBatteryCycleCount = {
-    {.key = "battery_cycle_count", .name = "battery cycle count", .unit = ""},
-    /*is_charger=*/false,
-    GetBatteryCycleCount,
-    RegisterBatteryCycleCountCallback,
-    DeregisterBatteryCycleCountCallback};
-inline constexpr BatteryProperty kWirelessCharger = {
-    {.key = "wireless_charger", .name = "wireless charger", .unit = ""},
-    /*is_charger=*/true,
-    GetWirelessChargerIsOnline,
-    RegisterWirelessChargerIsOnlineCallback,
-    DeregisterWirelessChargerIsOnlineCallback};
-inline constexpr BatteryProperty kDockCharger = {
-    {.key = "dock_charger", .name = "dock charger", .unit = ""},
-    /*is_charger=*/true,
-    GetDockChargerIsOnline,
-    RegisterDockChargerIsOnlineCallback,
-    DeregisterDockChargerIsOnlineCallback};
+inline constexpr BatteryProperty kBatteryLevel = {{.key = "battery_level", .unit = " %"},
+                                                  /*is_charger=*/false,
+                                                  GetBatteryLevel,
+                                                  RegisterBatteryLevelCallback,
+                                                  DeregisterBatteryLevelCallback};
+inline constexpr BatteryProperty kBatteryCycleCount = {{.key = "battery_cycle_count", .unit = ""},
+                                                       /*is_charger=*/false,
+                                                       GetBatteryCycleCount,
+                                                       RegisterBatteryCycleCountCallback,
+                                                       DeregisterBatteryCycleCountCallback};
+inline constexpr BatteryProperty kWirelessCharger = {{.key = "wireless_charger", .unit = ""},
+                                                     /*is_charger=*/true,
+                                                     GetWirelessChargerIsOnline,
+                                                     RegisterWirelessChargerIsOnlineCallback,
+                                                     DeregisterWirelessChargerIsOnlineCallback};
+inline constexpr BatteryProperty kDockCharger = {{.key = "dock_charger", .unit = ""},
+                                                 /*is_charger=*/true,
+                                                 GetDockChargerIsOnline,
+                                                 RegisterDockChargerIsOnlineCallback,
+                                                 DeregisterDockChargerIsOnlineCallback};
 inline constexpr std::array kBatteryProperties = {&kBatteryLevel, &kBatteryCycleCount,
                                                   &kWirelessCharger, &kDockCharger};
 
 struct SensorProperty : Property {
   Sensor sensor;
+  std::string_view name;  // for people: "hinge angle"; recordings contain it
   int (*register_callback)(void* handle, int id, SensorCallbackFunc callback, void* cookie);
   int (*deregister_callback)(void* handle, int id);
 };
 
-inline constexpr SensorProperty kProximity = {
-    {.key = "proximity", .name = "proximity", .unit = " cm"},
-    Sensor::kProximity,
-    RegisterProximitySensorCallback,
-    DeregisterProximitySensorCallback};
-inline constexpr SensorProperty kHingeAngle = {
-    {.key = "hinge_angle", .name = "hinge angle", .unit = " degrees"},
-    Sensor::kHingeAngle,
-    RegisterHingeAngleSensorCallback,
-    DeregisterHingeAngleSensorCallback};
+inline constexpr SensorProperty kProximity = {{.key = "proximity", .unit = " cm"},
+                                              Sensor::kProximity,
+                                              "proximity",
+                                              RegisterProximitySensorCallback,
+                                              DeregisterProximitySensorCallback};
+inline constexpr SensorProperty kHingeAngle = {{.key = "hinge_angle", .unit = " degrees"},
+                                               Sensor::kHingeAngle,
+                                               "hinge angle",
+                                               RegisterHingeAngleSensorCallback,
+                                               DeregisterHingeAngleSensorCallback};
 inline constexpr std::array kSensorProperties = {&kProximity, &kHingeAngle};
 
 // The throttling severities of the battery's limits.
@@ -77,12 +74,10 @@ struct ChargeLimitProperty : Property {
   int (*get)(void* handle, int* values, int* size, bool use_cached);
 };
 
-inline constexpr ChargeLimitProperty kCurrentLimits = {
-    {.key = "bcl_current", .name = "battery current limits", .unit = ""},
-    GetBatteryChargeLimitCurrent};
-inline constexpr ChargeLimitProperty kVoltageLimits = {
-    {.key = "bcl_voltage", .name = "battery voltage limits", .unit = ""},
-    GetBatteryChargeLimitVoltage};
+inline constexpr ChargeLimitProperty kCurrentLimits = {{.key = "bcl_current", .unit = ""},
+                                                       GetBatteryChargeLimitCurrent};
+inline constexpr ChargeLimitProperty kVoltageLimits = {{.key = "bcl_voltage", .unit = ""},
+                                                       GetBatteryChargeLimitVoltage};
 inline constexpr std::array kChargeLimitProperties = {&kCurrentLimits, &kVoltageLimits};
 
 inline constexpr std::string_view kCelsius = " degrees C";
@@ -100,6 +95,7 @@ bool IsWatchableType(std::string_view type);
 // Null if there is no property with this key.
 const BatteryProperty* BatteryPropertyOf(std::string_view key);
 const SensorProperty* SensorPropertyOf(std::string_view key);
+bool IsChargeLimit(std::string_view key);
 
 // The parts of TYPE:NAME, for any type; nullopt if one is missing. The device maker's name may
 // contain further colons.
@@ -119,8 +115,8 @@ std::optional<std::string_view> FamilyOfSubject(std::string_view subject);
 // Whether the subject is this property or its family.
 bool Covers(std::string_view subject, std::string_view property);
 
-// The key, name and unit of a property. For a property that is in no table, such as a temperature's
-// throttling, the result refers to `key`.
+// The key and unit of a property. For a property that is in no table, a temperature, the result
+// refers to `key`.
 Property PropertyOf(std::string_view key);
 // Converts a number from the C interface to the property's value.
 Value Interpret(std::string_view key, int number);

@@ -26,8 +26,7 @@ using Severities = std::vector<Severity>;
 using Value = std::variant<std::monostate, int, bool, Absent, float, Severity, Severities>;
 
 struct Property {
-  std::string_view key;   // for programs: "battery_level"
-  std::string_view name;  // for people: "battery level"
+  std::string_view key;   // its name: "battery_level"
   std::string_view unit;  // follows a number: " %"
 };
 

@@ -34,8 +34,8 @@ const std::pair<std::string_view, std::string_view> kSupplies[] = {
     {"battery", kBatteryLevel.key},
     {"AC charger", ""},
     {"USB charger", ""},
-    {kWirelessCharger.name, kWirelessCharger.key},
-    {kDockCharger.name, kDockCharger.key},
+    {"wireless charger", kWirelessCharger.key},
+    {"dock charger", kDockCharger.key},
     {"power supply", ""},
 };
 // In the order of PowerSupply::Weight.

@@ -62,7 +62,7 @@ class TextOutput : public Output {
     }
     const auto& change = std::get<ValueChange>(event.what);
     WriteAt(event.time,
-            Padded(Printable(change.property->name)) +
+            Padded(Printable(change.property->key)) +
                 monitor::InWords(*change.property, change.old_value) + "  ->  ",
             monitor::InWords(*change.property, change.new_value), kBold);
   }
@@ -73,7 +73,7 @@ class TextOutput : public Output {
   }
 
   void ShowReading(const Property& property, const Value& value) override {
-    Write(Padded(Printable(property.name)) + monitor::InWords(property, value));
+    Write(Padded(Printable(property.key)) + monitor::InWords(property, value));
   }
 
   void ShowDump(std::string_view /*family*/, const std::string& text) override {

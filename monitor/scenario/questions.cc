@@ -49,10 +49,9 @@ Answer Ask(const Question& question, Client& client) {
   for (size_t i = 0; i < values->size(); ++i) {
     const auto& [key, expected] = question.answers[i];
     const Property property = question.family == kTemperaturesQuestion
-                                  ? Property{.key = key, .name = key, .unit = kCelsius}
+                                  ? Property{.key = key, .unit = kCelsius}
                                   : PropertyOf(key);
-    const std::string name(property.name);
-    const std::string read = name + " " + InWords(property, (*values)[i]);
+    const std::string read = key + " " + InWords(property, (*values)[i]);
     answer.text += (i == 0 ? "It reads: " : ", ") + read;
     if (!answer.fault.empty() || Matches((*values)[i], expected)) continue;
     answer.fault = "the client reads " + read + ", not " + InWords(property, expected);

@@ -23,15 +23,19 @@ class InventoryTest(Case):
         self.assertEqual([item["property"] for item in items], names)
         temperatures = {item["property"]: item for item in items if item["severity"]}
         watchable = [name for name, item in temperatures.items() if not item["remark"]]
-        self.output(run("watch", "thermal", *watchable, "--for", "1ms"))
         self.assertEqual(temperatures.keys() - watchable, {"SPEAKER:speaker"})
-        self.output(run("get", "temperatures", *(name.partition(":")[2] for name in temperatures)))
+        watched = [name for name in names if name not in temperatures and "bcl" not in name]
+        self.output(run("watch", *watched, *watchable, "--for", "1ms"))
+        readings = self.objects(run("get", *names, "--json"))
+        self.assertEqual([(o["property"], o["value"]) for o in readings],
+                         [(item["property"], item["value"]) for item in items])
 
     def test_a_machine_is_listed_with_the_reason_for_what_does_not_count(self):
         lines = self.objects(on_machine(MACHINE, "list", "--json"))
         items = {line["property"]: line for line in lines if line["event"] == "item"}
         parts = {line["name"]: line["remark"] for line in lines if line["event"] == "supply"}
         for name, value, source in (("battery_level", 50, "BAT0, BAT1"),
+                                    ("battery_cycle_count", 7, "BAT0, BAT1"),
                                     ("wireless_charger", True, "pad"),
                                     ("hinge_angle", 90, "iio:device0 (hinge)"),
                                     ("CPU:x86_pkg_temp", 81.5, "thermal_zone1"),
@@ -50,7 +54,7 @@ class InventoryTest(Case):
         self.says({"doctor": (
             0, *(f"ok {service}: running, look-up allowed"
                  for service in ("health", "sensor", "thermal")),
-            "ok health: link made", "ok sensor: first value of hinge angle", " 0 failed",
+            "ok health: link made", "ok sensor: first value of hinge_angle", " 0 failed",
             "warning health: notice: keyboard: ignored as an accessory",
             "warning thermal: notice: thermal_zone0/temp", "warning sensor: proximity: the device has "
             "no such sensor", "ok device: hidpp_battery_0: battery, ignored: feeds a peripheral")},
@@ -59,14 +63,14 @@ class InventoryTest(Case):
             0, "ok thermal (HIDL): death notification possible",
             "ok thermal (HIDL): first value of ",
             "warning thermal (HIDL): readings: 1 temperature without a value",
-            "warning sensor: hinge angle: the device has no such sensor")}, **FLAT)
+            "warning sensor: hinge_angle: the device has no such sensor")}, **FLAT)
         self.says({
             "doctor": (
                 1, "failed health: declared: android.hardware.health.IHealth/default; next: declare ",
                 "avc: denied", "failed sensor: running, look-up allowed: ", " is not found; next: ",
                 " 1 ok, 0 warnings, 3 failed"),
             "status": (0, "services: health down, sensor down, thermal down",
-                       "battery level unknown")}, **BARE)
+                       "battery_level unknown")}, **BARE)
 
     def test_text_fits_its_terminal_and_has_colours_there_only(self):
         watch = "watch thermal skin:skin bcl_current:AUDIO_current --for 300ms"

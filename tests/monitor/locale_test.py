@@ -36,7 +36,7 @@ class LocaleTest(Case):
     def test_values_have_a_point_and_files_of_the_kernel_are_read(self):
         self.says({"get temperatures cpu": (0, "40.0 degrees C"),
                    "get temperatures AUDIO_voltage --json": (0, '"value":3900.0,')}, env=ENTERED)
-        self.says({"get sensors": (3, "hinge angle 90 degrees")},
+        self.says({"get sensors": (3, "hinge_angle 90 degrees")},
                   run=functools.partial(on_machine, MACHINE), env=ENTERED)
 
     def test_recordings_are_read_written_and_drawn(self):

@@ -23,61 +23,74 @@ SEVERITIES = ["NONE", "LIGHT", "MODERATE", "SEVERE", "CRITICAL", "EMERGENCY", "S
 
 # The exit codes and texts of commands on the simulated phone.
 ON_SIMULATED = {
-    "get battery": (0, "Device: simulated battery level 50 % battery cycle count 10 "
-                       "wireless charger offline dock charger offline"),
-    "get sensors": (0, "Device: simulated proximity 5 cm hinge angle 0 degrees"),
-    "get bcl": (0, "Device: simulated battery current limits NONE battery voltage limits NONE"),
-    "get temperatures skin cpu skin":
-        (0, "Device: simulated skin 30.0 degrees C cpu 40.0 degrees C skin 30.0 degrees C"),
+    "get battery": (0, "Device: simulated battery_level 50 % battery_cycle_count 10 "
+                       "wireless_charger offline dock_charger offline"),
+    "get sensors": (0, "Device: simulated proximity 5 cm hinge_angle 0 degrees"),
+    "get bcl": (0, "Device: simulated bcl_current NONE bcl_voltage NONE"),
+    # Names of several families and spellings; each value comes once.
+    "get bcl_voltage skin:skin proximity SPEAKER:speaker SKIN:skin battery_level":
+        (0, "Device: simulated bcl_voltage NONE SKIN:skin 30.0 degrees C proximity 5 cm "
+            "SPEAKER:speaker 30.0 degrees C battery_level 50 %"),
+    "get temperatures": (0, "AUDIO_current 500.0 mA", "BCL_VOLTAGE:battery_voltage 3900.0 mV"),
     "get temperatures nose cpu --json":
-        (3, '"property":"nose","value":null,', '"property":"cpu","value":40.0,',
-         "unknown or not present: nose; it reports cpu, skin, ")}
+        (3, '"property":"nose","value":null,', '"property":"CPU:cpu","value":40.0,',
+         "unknown or not present: nose; the thermal service reports CPU:cpu, SKIN:skin, "),
+    "watch hinge_angle SKIN:skin --for 200ms":
+        (0, "Watching hinge_angle and SKIN:skin.", "hinge_angle unknown -> 0 degrees",
+         "SKIN:skin unknown -> NONE")}
 # On a complete phone.
 ON_PHONE = {
-    "get battery": (0, "battery level 61 %", "dock charger online", "wireless charger offline"),
-    "get sensors": (0, "proximity 5 cm", "hinge angle 120 degrees"),
-    "get temperatures skin cpu": (0, "skin 38.5 degrees C", "cpu 40.0 degrees C"),
-    "watch --for=1ms sensors": (0, "Device: phone", "Watching the sensors."),
+    "get battery": (0, "battery_level 61 %", "dock_charger online", "wireless_charger offline"),
+    "get sensors": (0, "proximity 5 cm", "hinge_angle 120 degrees"),
+    "get temperatures skin cpu": (0, "SKIN:skin 38.5 degrees C CPU:cpu 40.0 degrees C"),
+    "watch --for=1ms sensors": (0, "Device: phone", "Watching sensors."),
     "dump": (0, "linked to services = T"),
     "list": (0, "battery_level 61 % health service",
              "SKIN:skin 38.5 degrees C, LIGHT thermal service"),
     "status": (0, "services: health up, sensor up, thermal up", "SKIN:skin 38.5 C, LIGHT"),
     "doctor": (0, "ok health: link made", "ok thermal: callback registered", " 0 failed"),
-    "help": (0, "watch thermal TYPE:NAME"),
+    "help": (0, "watch NAME..."),
     "--version": (0, "quorvel "),
     **dict.fromkeys(("", "demo", "watch fans", "dump --for 2s", "dump --device linux", "-x dump"),
                     (2, "quorvel: ", "(see quorvel --help)"))}
 # On a phone without a hinge, with a HIDL thermal service.
 ON_FLAT = {
-    "get bcl": (3, "limits NONE" + 19 * ", LIGHT" + " battery voltage limits none reported"),
+    "get bcl": (3, "bcl_current NONE" + 19 * ", LIGHT" + " bcl_voltage none reported"),
     "get bcl --json":
         (3, '"property":"bcl_current","value":[{"level":0,"name":"NONE"}' +
          19 * ',{"level":1,"name":"LIGHT"}' + "]", '"property":"bcl_voltage","value":[]'),
     # A broken thermistor is listed with an unknown value. Its name has a colon.
-    "get temperatures back:left": (3, "Device: phone back:left unknown"),
-    "get temperatures back:left --json": (3, '"property":"back:left","value":null'),
+    "get temperatures back:left": (3, "Device: phone SKIN:back:left unknown"),
+    "get temperatures back:left --json": (3, '"property":"SKIN:back:left","value":null'),
     "watch thermal SKIN:back:left --json --for 1s":
         (0, '"property":"SKIN:back:left","old":null,"new":{"level":0,"name":"NONE"}'),
-    "get sensors": (3, "Device: phone proximity 0 cm hinge angle not present"),
+    "get sensors": (3, "Device: phone proximity 0 cm hinge_angle not present"),
     "get sensors --json": (3, '"proximity","value":0,', '"hinge_angle","value":null,'),
-    "watch sensors --for 100ms": (0, "hinge angle not present"),
+    "watch sensors --for 100ms": (0, "hinge_angle unknown -> not present"),
+    "watch hinge_angle": (3, "quorvel: not present: hinge_angle"),
     "dump": (0, "HINGE_ANGLE initialized:T active:F")}
 # On a phone without services.
 ON_BARE = {
     "get battery": (1, "quorvel: the health service cannot be asked"),
-    "get sensors": (1, "quorvel: the sensor service has not reported"),
+    "get sensors": (1, "quorvel: the sensor service cannot be asked: ", " is not found; quorvel doctor"),
     "get bcl": (1, "quorvel: the thermal service cannot be asked"),
     "get temperatures skin": (1, "quorvel: the thermal service cannot be asked"),
+    "watch thermal": (1, "quorvel: the thermal service cannot be asked"),
     "watch thermal SKIN:skin --for 100ms": (0, "No thermal service yet"),
+    "watch battery sensors --for 1ms": (0, "No health service yet", "No sensor service yet"),
     "dump": (1, "linked to services = F", "SensorInfo:", "ThermalInfo:",
-             "quorvel: the health service has not reported", "the sensor service has not reported",
+             "quorvel: the health service cannot be asked: ", "the sensor service cannot be asked",
              "the thermal service cannot be asked")}
+# On a phone whose thermal service refuses to list temperatures.
+ON_REFUSED = dict.fromkeys(
+    ("get skin:skin", "get temperatures skin", "get bcl", "watch thermal", "watch SKIN:skin"),
+    (1, "quorvel: the thermal service cannot be asked: the call fails; quorvel doctor"))
 # On a Linux machine.
 ON_MACHINE = {
     "get temperatures acpitz x86_pkg_temp":
-        (3, "Device: linux acpitz not present x86_pkg_temp 81.5 degrees C",
-         "unknown or not present: acpitz"),
-    "get sensors": (3, "Device: linux proximity not present hinge angle 90 degrees"),
+        (3, "Device: linux acpitz not present CPU:x86_pkg_temp 81.5 degrees C",
+         "unknown or not present: acpitz; the thermal service reports CPU:x86_pkg_temp, "),
+    "get sensors": (3, "Device: linux proximity not present hinge_angle 90 degrees"),
     "watch thermal CPU:x86_pkg_temp --json --for 1s":
         (0, '"property":"CPU:x86_pkg_temp","old":null,"new":{"level":2,"name":"MODERATE"}'),
     "watch battery --json --for 1s":
@@ -88,16 +101,21 @@ ON_MACHINE = {
 # On a Linux machine without battery, sensors and temperatures.
 ON_EMPTY_MACHINE = {
     "watch battery --for 1s": (0, "** device: this machine has no battery"),
-    "get battery": (3, "battery level unknown ", "quorvel: this machine has no battery",
-                    "quorvel: unknown or not present: battery level, battery cycle count"),
+    "watch sensors": (3, "hinge_angle unknown -> not present",
+                      "quorvel: not present: proximity, hinge_angle"),
+    "get sensors": (3, "quorvel: this machine has no proximity sensor"),
+    "list": (0, "quorvel: this machine has no temperature sensor"),
+    "get temperatures": (3, "thermal not present", "the thermal service reports none"),
+    "get battery": (3, "battery_level unknown ", "quorvel: this machine has no battery",
+                    "quorvel: unknown or not present: battery_level, battery_cycle_count"),
     "get battery --json": (3, '"battery_level","value":null,"device":"linux"',
                            '"battery_cycle_count","value":null', '"wireless_charger","value":false',
                            '"dock_charger","value":false')}
 
 HEARD_ON_PHONE = {
-    "watch battery": "battery level +unknown +-> +61 %",
+    "watch battery": "battery_level +unknown +-> +61 %",
     # The first reading may arrive before the client's first call.
-    "watch sensors": r"hinge angle +(unknown|0 degrees) +-> +120 degrees",
+    "watch sensors": r"hinge_angle +(unknown|0 degrees) +-> +120 degrees",
     "watch thermal SKIN:skin": "SKIN:skin +unknown +-> +LIGHT"}
 
 # Commands, the property and value that show that the service is back, and the first values of all
@@ -147,6 +165,7 @@ class MonitorTest(Case):
         self.says(ON_FLAT, **FLAT)
         self.says(ON_BARE, **BARE)
         self.assertEqual(run("get", "bcl", **BARE)[1], "")
+        self.says(ON_REFUSED, program=PHONE["program"], env={"QUORVEL_PHONE": "refused-thermal"})
         self.says(ON_MACHINE, run=functools.partial(on_machine, MACHINE))
         self.says(ON_EMPTY_MACHINE, run=functools.partial(on_machine, ()))
 
@@ -213,7 +232,7 @@ class MonitorTest(Case):
             for number in (signal.SIGINT, signal.SIGTERM):
                 with self.subTest(command=command, number=number):
                     process = Started(*command)
-                    process.until("dock charger")  # printed once the command runs
+                    process.until("dock_charger")  # printed once the command runs
                     process.send_signal(number)
                     code, out, err = process.finish()
                     self.assertEqual(code, 130 if command == ["demo"] else 0, err)
@@ -237,7 +256,7 @@ class MonitorTest(Case):
                      "callback is registered with the health service", "47 %  ->  46 %",
                      "the library listens to the hinge angle sensor", "60 degrees  ->  89 degrees",
                      "no longer listens to the proximity sensor", "SEVERE  ->  CRITICAL",
-                     "battery current limits MODERATE, battery voltage limits LIGHT"):
+                     "bcl_current MODERATE, bcl_voltage LIGHT"):
             self.assertIn(part, text)
         self.assertEqual(re.findall(r"reads: skin ([\d.]+) degrees C, cpu [\d.]+ degrees C", text),
                          ["36.5", "41.2", "46.0", "50.4", "40.7", "31.1"])

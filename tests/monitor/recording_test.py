@@ -109,7 +109,7 @@ IN_VAIN = [
      {"expect": {"refused": "health", "call": "update", "within": 0.1}}),
     ("called with 51 %", BATTERY, {"expect": LEVEL}, {"after": 0.1, "battery": {"level": 51}},
      {"expect": {"silence": "battery_level", "for": 30}}),
-    ("battery level 50 %, not 49 %", BATTERY, {"ask": "battery", "answer": {"battery_level": 49}}),
+    ("battery_level 50 %, not 49 %", BATTERY, {"ask": "battery", "answer": {"battery_level": 49}}),
     ("cannot be asked", BATTERY, {"refuse": "health", "call": "getHealthInfo"},
      {"ask": "battery", "answer": {"battery_level": 50}}),
     ("cpu not present, not 40.0", SKIN, {"ask": "temperatures", "answer": {"skin": 30, "cpu": 40}})]

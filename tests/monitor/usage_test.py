@@ -20,17 +20,17 @@ HERE = {"PATH": f"{os.path.dirname(QUORVEL)}:{os.environ['PATH']}", "COLUMNS": "
         "QUORVEL_DEVICE": "simulated"}
 
 # Example operands and option values, by their words in the help.
-OPERANDS = {"": [], "[COMMAND]": [], "FILE": ["a"], "RECORDING": ["a"], "NAME...": ["n"],
-            "TYPE:NAME...": ["SKIN:n"]}
+OPERANDS = {"": [], "[COMMAND]": [], "FILE": ["a"], "RECORDING": ["a"], "NAME...": ["bcl"]}
 VALUES = {"DEVICE": "linux", "DURATION": "1s", "FILE": "b", "N": "2", "csv|perfetto": "csv"}
 
 # Invalid command lines and a part of the error message.
 WRONG = {
-    "": "command", "sing": "sing", "watch": "battery", "get fish": "fish", "help me": "'me'",
-    "watch battery get": "get", "no\nsuch": "'no\\x0asuch'", "get bcl 1": "'1'",
-    "watch thermal": "TYPE:NAME", "watch thermal skin": "'skin'", "watch thermal SKIN:": "'SKIN:'",
+    "": "command", "sing": "sing", "watch": "battery", "help me": "'me'",
+    "get fish": "'fish', use battery, sensors, ", "watch battery get": "'get'",
+    "watch bcl_current": "quorvel get bcl_current", "no\nsuch": "'no\\x0asuch'", "get bcl 1": "'1'",
+    "watch thermal skin": "'skin'", "watch thermal SKIN:": "'SKIN:'",
     "watch thermal :skin": "':skin'", "watch thermal SKIN:skin ski:x": "'SKI'",
-    "get temperatures": "NAME", "get temperatures ": "NAME", "get thermal": "bcl",
+    "get": "NAME", "get temperatures ": "NAME", "watch SPEAKER:speaker": "'SPEAKER'",
     "dump --fast": "--fast", "-x dump": "'-x'", "dump --device toaster": "toaster",
     "dump --device": "--device", "dump --json=maybe": "maybe",
     "record": "FILE", "record a b": "'b'", "play ": "FILE", "play - --step": "standard input",
@@ -87,7 +87,7 @@ class UsageTest(Case):
                 self.assertIn(complaint, err)
 
     def test_a_command_takes_what_its_help_lists_and_nothing_else(self):
-        self.assertIn("watch thermal TYPE:NAME...", COMMANDS)
+        self.assertIn("watch NAME...", COMMANDS)
         every = options_in(HELP)
         for command in COMMANDS:
             name, words = command.split()[0], re.findall(r"[a-z]+(?= |$)", command)
@@ -114,7 +114,7 @@ class UsageTest(Case):
         listed = HELP.split("\nTYPE is one of ")[1].split(". ")[0]
         self.assertEqual(re.split(r",\s", listed), types)
         self.says({f"watch thermal {name}:nose --for 1s": (
-            3, f"quorvel: the thermal service reports no temperature {name}:nose; it reports CPU:")
+            3, f"quorvel: not present: {name}:nose; the thermal service reports CPU:")
                    for name in types})
         self.assertLessEqual({f"{name}:" for name in types},
                              self.offered("bash", "quorvel watch thermal "))
@@ -123,13 +123,14 @@ class UsageTest(Case):
         (self.folder / "day.jsonl").touch()
         file = {f"{self.folder}/day.jsonl"}
         wanted = {"": set(NAMES), "--json re": {"record"}, "--": options_in(HELP).keys(),
-                  "--device linux watch b": {"battery"}, "dump --device li": {"linux"},
-                  "get temperatures --device simulated sk": {"skin"}, "export a --to c": {"csv"},
-                  "get ": {"battery", "sensors", "temperatures", "bcl"},
+                  "watch b": {"battery", "battery_level", "battery_cycle_count"},
+                  "dump --device li": {"linux"}, "get temperatures --device simulated SK": {"SKIN:skin"},
+                  "export a --to c": {"csv"},
+                  "get b": {"battery", "battery_level", "battery_cycle_count", "bcl", "bcl_current",
+                            "bcl_voltage"},
                   "play --": options_in(run("help", "play", env=HERE)[1]).keys(),
                   f"play {self.folder}/d": file, f"demo --record {self.folder}/d": file,
-                  "watch battery ": set(), "watch battery --for ": set(), "record a ": set(),
-                  "sing ": set()}
+                  "watch battery --for ": set(), "record a ": set(), "sing ": set()}
         for shell in filter(shutil.which, SHELLS):
             # bash replaces only the text after the last = or :
             stem, kind = ("", "") if shell == "bash" else ("--device=", "SKIN:")

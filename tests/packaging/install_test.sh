@@ -76,7 +76,7 @@ for package in quorvel quorvel-fake-platform quorvel-simulated quorvel-linux; do
 done
 if [ -x "$prefix/bin/quorvel" ]; then
   [[ $("$prefix/bin/quorvel" --version) = "quorvel $wanted".* ]] || fail "quorvel is not $wanted"
-  "$prefix/bin/quorvel" get battery --device simulated | grep -q "battery level" || fail "quorvel does not work"
+  "$prefix/bin/quorvel" get battery --device simulated | grep -q "battery_level" || fail "quorvel does not work"
   documents=$prefix/share/doc/quorvel
   for document in $("$prefix/bin/quorvel" --man | grep -o 'docs/[a-z./]*[a-z]') \
     host/linux_machine/README.md; do
