@@ -116,6 +116,7 @@ int Get(const Options& options, Output& output) {
   std::vector<Named> names = NamesIn(options);
   const std::set<std::string_view> families = FamiliesOf(names);
   Session session(options, output, {.show_events = false, .families = families, .waits = false});
+  NoteIgnoredBatteries(session);
   session.ShowPending();  // the notices, also before a failure
   Client client(session.events());
   Reports reports;

@@ -53,6 +53,7 @@ int Watch(const Options& options, Output& output) {
                  (options.duration ? "." : "; Ctrl-C ends."));
   if (options.device->tells) output.Explain(kLegend);
   Session session(options, output, {.families = families});
+  NoteIgnoredBatteries(session);
   Client client(session.events());
   std::vector<TemperatureReport> reports;
   if (families.contains(kThermalFamily)) {

@@ -138,6 +138,17 @@ std::string SilenceOf(std::string_view service) {
                                 std::to_string(kReportLimit.count()) + " s");
 }
 
+void NoteIgnoredBatteries(Session& session) {
+  for (const DevicePart& part : session.device().Parts()) {
+    // The service itself says that it takes a battery for an accessory's.
+    const bool is_told = part.remark.ends_with("accessory");
+    if (part.kind != kBatteryFamily || !part.item.empty() || is_told) continue;
+    session.events()->Post(DeviceEvent{.kind = DeviceEvent::Kind::kNotice,
+                                       .service = std::string(kHealthService),
+                                       .detail = part.name + ": " + part.remark});
+  }
+}
+
 Session::Wake WaitForReadings(Session& session, const Client& client,
                               Session::Clock::time_point until) {
   constexpr std::chrono::seconds kGrace(1);

@@ -52,6 +52,9 @@ std::string SilenceOf(std::string_view service);
 // The thermal service that the library uses; the AIDL one if neither runs.
 const ServiceState& ThermalServiceOf(const std::vector<ServiceState>& services);
 
+// Posts a notice for each battery that does not count, for commands that do not list the parts.
+void NoteIgnoredBatteries(Session& session);
+
 // Waits until the client has a reading of each of its sensors. The first callback carries the
 // library's stored value, which is 0 before the first event: for a sensor with only that 0, the
 // wait is up to 1 s longer. kTime: a sensor's callback was not called before `until`.

@@ -96,6 +96,9 @@ ON_MACHINE = {
     "watch battery --json --for 1s":
         (0, '"battery_level","old":null,"new":50,', '"battery_cycle_count","old":null,"new":7,',
          '"wireless_charger","old":null,"new":true,', '"dock_charger","old":null,"new":false,'),
+    "get battery_level CPU:x86_pkg_temp":
+        (0, "battery_level 50 %", "quorvel: hidpp_battery_0: ignored: feeds a peripheral",
+         "quorvel: keyboard: ignored as an accessory"),
     "dump": (0, "Battery Level = 50", "HINGE_ANGLE initialized:T active:T, data:90",
              "ThermalInfo:")}
 # On a Linux machine without battery, sensors and temperatures.

@@ -124,7 +124,8 @@ class UsageTest(Case):
         file = {f"{self.folder}/day.jsonl"}
         wanted = {"": set(NAMES), "--json re": {"record"}, "--": options_in(HELP).keys(),
                   "watch b": {"battery", "battery_level", "battery_cycle_count"},
-                  "dump --device li": {"linux"}, "get temperatures --device simulated SK": {"SKIN:skin"},
+                  "dump --device li": {"linux"},
+                  "get temperatures --device simulated SK": {"SKIN:skin"},
                   "export a --to c": {"csv"},
                   "get b": {"battery", "battery_level", "battery_cycle_count", "bcl", "bcl_current",
                             "bcl_voltage"},
