@@ -39,6 +39,12 @@ Item ToItem(std::string_view service, const TemperatureReport& report) {
   return item;
 }
 
+// `value`: nullopt if the service cannot be queried.
+void SetValue(const std::optional<Value>& value, Item& item) {
+  item.value = value.value_or(Value());
+  if (!value) item.remark = "the call fails";
+}
+
 void AddSource(const std::string& part, Item& item) {
   item.source += (item.source.empty() ? "" : ", ") + part;
 }
@@ -191,7 +197,7 @@ Inventory InventoryReader::Read() {
   const bool has_health = IsFound(kHealthService, inventory.services);
   for (const BatteryProperty* property : kBatteryProperties) {
     Item& item = items.emplace_back(ToItem(kHealthService, *property));
-    if (has_health) item.value = client_.Read(*property).value_or(Value());
+    if (has_health) SetValue(client_.Read(*property), item);
   }
   const bool has_sensors = IsFound(kSensorService, inventory.services);
   for (const SensorProperty* property : kSensorProperties) {
@@ -199,14 +205,17 @@ Inventory InventoryReader::Read() {
     if (has_sensors) item.value = ReadingOf(*property, client_, session_);
   }
   const auto temperatures = PlatformTemperatures();
+  const ServiceState& thermal = ThermalServiceOf(inventory.services);
   if (temperatures) {
-    const std::string_view service = ThermalServiceOf(inventory.services).service;
-    for (const TemperatureReport& report : *temperatures) items.push_back(ToItem(service, report));
+    for (const TemperatureReport& report : *temperatures) {
+      items.push_back(ToItem(thermal.service, report));
+    }
   }
   const auto limits = temperatures ? client_.ReadLimits() : std::nullopt;
   for (size_t i = 0; i < kChargeLimitProperties.size(); ++i) {
     Item& item = items.emplace_back(ToItem(kThermalService, *kChargeLimitProperties[i]));
-    if (limits) item.value = (*limits)[i];
+    if (thermal.is_found)
+      SetValue(limits ? std::optional<Value>((*limits)[i]) : std::nullopt, item);
   }
   AddParts(session_.device().Parts(), &inventory);
   for (Item& item : items) {

@@ -85,6 +85,7 @@ ON_BARE = {
 ON_REFUSED = dict.fromkeys(
     ("get skin:skin", "get temperatures skin", "get bcl", "watch thermal", "watch SKIN:skin"),
     (1, "quorvel: the thermal service cannot be asked: the call fails; quorvel doctor"))
+ON_REFUSED["list"] = (0, "bcl_current unknown thermal service; the call fails")
 # On a Linux machine.
 ON_MACHINE = {
     "get temperatures acpitz x86_pkg_temp":
