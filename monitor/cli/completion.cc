@@ -60,8 +60,8 @@ class Candidates {
   // Adds what the command can name of the device. `first`: the first operand, if it is complete.
   void AddNames(const Command& command, std::string_view first) const {
     const bool is_thermal = IsThermalWord(first);
-    for (const NameWord& word : NameWords()) {
-      if (!is_thermal && CanName(command, word.word)) Add(word.word, word.text);
+    for (const std::string_view word : NameWords()) {
+      if (!is_thermal && CanName(command, word)) Add(word);
     }
     const std::unique_ptr<Device> device = device_.make([](const DeviceEvent&) {});
     device->Start({});

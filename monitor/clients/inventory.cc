@@ -45,26 +45,18 @@ void SetValue(const std::optional<Value>& value, Item& item) {
   if (!value) item.remark = "the call fails";
 }
 
-void AddSource(const std::string& part, Item& item) {
-  item.source += (item.source.empty() ? "" : ", ") + part;
-}
-
 // Adds each part to the source of its item, and collects the power supplies to list. A temperature
 // that has a part, but that the service does not report, becomes an item without a value.
 void AddParts(std::vector<DevicePart> parts, Inventory* inventory) {
-  std::map<std::string, Item*, std::less<>> items;
+  std::map<std::string, Item*> items;
   std::vector<Item> unreported;
   for (Item& item : inventory->items) items.emplace(item.key, &item);
   for (DevicePart& part : parts) {
     const bool is_temperature = part.item.find(':') != std::string::npos;
     const bool is_supply = !is_temperature && SensorPropertyOf(part.item) == nullptr;
-    // A battery is the source of both its values.
-    const std::string_view second = part.item == kBatteryLevel.key ? kBatteryCycleCount.key : "";
-    if (const auto found = items.find(second); found != items.end())
-      AddSource(part.name, *found->second);
     if (const auto found = items.find(part.item); found != items.end()) {
       Item& item = *found->second;
-      AddSource(part.name, item);
+      item.source += (item.source.empty() ? "" : ", ") + part.name;
       if (!is_supply && !part.remark.empty()) item.remark = part.remark;
     } else if (is_temperature) {
       unreported.push_back({.service = kThermalService,
@@ -218,6 +210,7 @@ Inventory InventoryReader::Read() {
       SetValue(limits ? std::optional<Value>((*limits)[i]) : std::nullopt, item);
   }
   AddParts(session_.device().Parts(), &inventory);
+  items[1].source = items[0].source;  // the batteries, also of the cycle count
   for (Item& item : items) {
     if (has_sensors && item.source.empty()) item.source = DescriptionOfSensor(item.key);
     if (item.source.empty()) item.source = std::string(item.service) + " service";
