@@ -183,11 +183,8 @@ const DeviceType& DeviceNamed(std::string_view name, const std::string& source) 
 }
 
 std::string UsageOf(const Command& command) {
-  std::string usage(command.name);
-  for (const std::string_view word : {command.family, command.operands}) {
-    if (!word.empty()) usage.append(" ").append(word);
-  }
-  return usage;
+  const std::string name(command.name);
+  return command.operands.empty() ? name : name + " " + std::string(command.operands);
 }
 
 bool Takes(const Command& command, const Option& option) {
@@ -199,7 +196,7 @@ std::vector<std::string> CommandNames(const Option* taken) {
   std::vector<std::string> names;
   ForEachCommand([&](const Command& command) {
     if (taken != nullptr && !Takes(command, *taken)) return;
-    if (names.empty() || names.back() != command.name) names.emplace_back(command.name);
+    names.emplace_back(command.name);
   });
   return names;
 }

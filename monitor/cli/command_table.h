@@ -18,7 +18,6 @@ class Output;
 
 struct Command {
   std::string_view name;
-  std::string_view family = {};  // the second word, for a command that needs one
   // The operands: "FILE", "[COMMAND]" for an optional one, "NAME..." for one or more. Shells
   // complete COMMAND, FILE, NAME, RECORDING and choices such as "csv|perfetto".
   std::string_view operands = {};

@@ -33,12 +33,7 @@ class Candidates {
   }
 
   void AddCommands() const {
-    std::string_view last;
-    ForEachCommand([&](const Command& command) {
-      const bool is_single = command.family.empty();
-      if (command.name != last) Add(command.name, is_single ? command.summary : "");
-      last = command.name;
-    });
+    ForEachCommand([&](const Command& command) { Add(command.name, command.summary); });
   }
 
   // `value`: Command::operands or Option::value.
@@ -60,7 +55,7 @@ class Candidates {
   // Adds what the command can name of the device. `first`: the first operand, if it is complete.
   void AddNames(const Command& command, std::string_view first) const {
     const bool is_thermal = IsThermalWord(first);
-    for (const std::string_view word : NameWords()) {
+    for (const std::string_view word : kNameWords) {
       if (!is_thermal && CanName(command, word)) Add(word);
     }
     const std::unique_ptr<Device> device = device_.make([](const DeviceEvent&) {});
@@ -99,8 +94,8 @@ const Option* FindOption(std::string_view word) {
 // The words before the one that is being typed.
 struct Line {
   std::string command = {};
-  std::vector<std::string> operands = {};  // including the family
-  const Option* open = nullptr;            // the option whose value is being typed
+  std::vector<std::string> operands = {};
+  const Option* open = nullptr;  // the option whose value is being typed
 };
 
 Line Read(std::span<const std::string> words) {
@@ -133,17 +128,10 @@ void AddOptions(const Line& line, const Candidates& candidates) {
 void AddOperands(const Line& line, const Candidates& candidates) {
   ForEachCommand([&](const Command& command) {
     if (command.name != line.command) return;
-    const size_t families = command.family.empty() ? 0 : 1;
-    if (line.operands.size() < families) {
-      candidates.Add(command.family, command.summary);
-      return;
-    }
-    if (families > 0 && command.family != line.operands.front()) return;
     if (command.operands == "NAME...") {
       return candidates.AddNames(command, line.operands.empty() ? "" : line.operands.front());
     }
-    const bool takes_more = command.operands.find("...") != std::string_view::npos;
-    if (takes_more || line.operands.size() == families) candidates.AddValues(command.operands);
+    if (line.operands.empty()) candidates.AddValues(command.operands);
   });
 }
 

@@ -193,7 +193,6 @@ std::string ManualLists() {
   std::string page = ".Pp\nThe commands are:\n.Bl -tag -width Ds\n";
   ForEachCommand([&](const Command& command) {
     std::string head = "Ic " + std::string(command.name);
-    if (!command.family.empty()) head += " Cm " + std::string(command.family);
     std::string text = Capital(std::string(command.summary));
     if (!command.text.empty())
       text += ".\n" + std::string(command.text.substr(0, command.text.size() - 1));

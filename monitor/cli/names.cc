@@ -4,6 +4,7 @@
 #include "cli/names.h"
 
 #include <algorithm>
+#include <span>
 
 #include "cli/command_table.h"
 #include "clients/subjects.h"
@@ -12,10 +13,7 @@ namespace norvik::qel::monitor {
 
 namespace {
 
-constexpr std::string_view kTemperatures = "temperatures";
 constexpr std::string_view kLimits = "bcl";
-constexpr std::string_view kWords[] = {kBatteryFamily, kSensorFamily, kThermalFamily, kTemperatures,
-                                       kLimits};
 
 // The keys that a word or a key stands for. Empty for a single temperature.
 std::vector<std::string> KeysOf(std::string_view word) {
@@ -59,12 +57,8 @@ std::string ReasonAgainst(const Command& command, const std::string& operand) {
 
 }  // namespace
 
-std::span<const std::string_view> NameWords() {
-  return kWords;
-}
-
 bool IsThermalWord(std::string_view word) {
-  return word == kThermalFamily || word == kTemperatures;
+  return word == kThermalFamily || word == "temperatures";
 }
 
 bool CanName(const Command& command, std::string_view name) {
@@ -74,7 +68,7 @@ bool CanName(const Command& command, std::string_view name) {
 }
 
 std::string KnownNames(const Command& command) {
-  std::vector<std::string> names(std::begin(kWords), std::end(kWords));
+  std::vector<std::string> names(std::begin(kNameWords), std::end(kNameWords));
   for (const std::string_view word : {kBatteryFamily, kSensorFamily, kLimits}) {
     for (std::string& key : KeysOf(word)) names.push_back(std::move(key));
   }

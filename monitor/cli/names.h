@@ -5,7 +5,6 @@
 #pragma once
 
 #include <set>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,7 +15,8 @@
 namespace norvik::qel::monitor {
 
 // The words that stand for several names.
-std::span<const std::string_view> NameWords();
+inline constexpr std::string_view kNameWords[] = {"battery", "sensors", "thermal", "temperatures",
+                                                  "bcl"};
 // Whether the word stands for all temperatures. As the first of several operands it says that the
 // others are temperatures; `get` then takes them without their types, too.
 bool IsThermalWord(std::string_view word);

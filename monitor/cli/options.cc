@@ -78,35 +78,24 @@ void CheckChoice(const Option& entry, const std::string& value) {
                    names);
 }
 
-// `words`: the command line without its options. Removes the command and its family from it.
+// `words`: the command line without its options. Removes the command from it.
 const Command& TakeCommand(std::vector<std::string>& words) {
   const std::string all_names = Enumerated(CommandNames(), "or");
   if (words.empty()) throw UsageError("a command is missing, use " + all_names);
-  const std::string name = words.front();
-  words.erase(words.begin());
-  const std::string family = words.empty() ? "" : words.front();
   const Command* found = nullptr;
-  std::vector<std::string> families;
   ForEachCommand([&](const Command& entry) {
-    if (entry.name != name) return;
-    families.emplace_back(entry.family);
-    if (entry.family.empty() || entry.family == family) found = &entry;
+    if (entry.name == words.front()) found = &entry;
   });
-  if (families.empty()) throw UsageError("unknown command '" + name + "', use " + all_names);
   if (found == nullptr) {
-    throw UsageError(name + ": " +
-                     (family.empty() ? "a name is missing" : "unknown '" + family + "'") +
-                     ", use " + Enumerated(families, "or"));
+    throw UsageError("unknown command '" + words.front() + "', use " + all_names);
   }
-  if (!found->family.empty()) words.erase(words.begin());
+  words.erase(words.begin());
   return *found;
 }
 
 void CheckOperands(const Command& command, const std::vector<std::string>& operands) {
   const std::string_view wanted = command.operands;
-  const std::string where = std::string(command.name) +
-                            (command.family.empty() ? "" : " " + std::string(command.family)) +
-                            ": ";
+  const std::string where = std::string(command.name) + ": ";
   const bool is_optional = wanted.starts_with('[');
   const bool is_list = wanted.find("...") != std::string_view::npos;
   const size_t most = wanted.empty() ? 0 : is_list ? operands.size() : 1;

@@ -21,7 +21,7 @@ enum class ExistingFile { kRefuse, kOverwrite };
 
 struct Options {
   const Command* command = nullptr;
-  std::vector<std::string> operands = {};  // what follows the command and its family
+  std::vector<std::string> operands = {};  // what follows the command
   const DeviceType* device = nullptr;
   bool help = false;
   bool version = false;
