@@ -296,4 +296,4 @@ class MonitorTest(Case):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=["monitor_test"])
+    unittest.main()

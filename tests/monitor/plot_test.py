@@ -178,4 +178,4 @@ class PlotTest(Case):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=["plot_test"])
+    unittest.main()

@@ -98,10 +98,12 @@ WRONG_SCENARIOS = [
     ("told", BATTERY, {"refuse": "health", "call": "update"},
      {"expect": {"refused": "health", "call": "registerCallback"}})]
 # Scenarios whose last line fails when it is played, with the message.
-LEVEL = {"called": "battery_level", "value": 50, "within": 0.1}
+LEVEL = {"called": "battery_level", "value": 50}
 IN_VAIN = [
-    ("it last heard: 50 %", BATTERY, {"expect": LEVEL | {"value": 51}}),
-    ("in vain", BATTERY, {"expect": LEVEL}, {"expect": LEVEL}),  # a call meets one expectation
+    ("it last heard: 50 %", BATTERY, {"expect": LEVEL},
+     {"expect": LEVEL | {"value": 51, "within": 0.1}}),
+    # A call meets one expectation.
+    ("in vain", BATTERY, {"expect": LEVEL}, {"expect": LEVEL | {"within": 0.1}}),
     ("to register", BATTERY, {"expect": {"registered": "health"}},
      {"expect": {"registered": "health", "within": 0.1}}),
     ("to unregister", BATTERY, {"expect": {"unregistered": "health", "within": 0.1}}),
@@ -333,4 +335,4 @@ class RecordingTest(Case):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=["recording_test"])
+    unittest.main()

@@ -147,4 +147,4 @@ class UsageTest(Case):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=["usage_test"])
+    unittest.main()
