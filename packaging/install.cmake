@@ -129,19 +129,17 @@ if(QUORVEL_MONITOR)
   # The build of the monitor makes both.
   install(FILES ${PROJECT_BINARY_DIR}/man/quorvel.1$<$<BOOL:${QUORVEL_DEBIAN}>:.gz> DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT monitor)
   install(TARGETS quorvel_monitor RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT monitor)
-  file(GLOB completions RELATIVE ${PROJECT_SOURCE_DIR}/packaging/completions CONFIGURE_DEPENDS
-       packaging/completions/*)
+  # Where the shells look: Debian's zsh has a folder of its own for packages.
+  set(zsh $<IF:$<BOOL:${QUORVEL_DEBIAN}>,vendor-completions,site-functions>)
   foreach(completion
           "quorvel.bash|bash-completion/completions|quorvel"
-          "_quorvel|zsh/vendor-completions|_quorvel"
+          "_quorvel|zsh/${zsh}|_quorvel"
           "quorvel.fish|fish/vendor_completions.d|quorvel.fish")
     string(REPLACE "|" ";" completion ${completion})
     list(GET completion 0 file)
     list(GET completion 1 folder)
     list(GET completion 2 name)
-    if(file IN_LIST completions)
-      install(FILES packaging/completions/${file} DESTINATION ${CMAKE_INSTALL_DATADIR}/${folder}
-              RENAME ${name} COMPONENT monitor)
-    endif()
+    install(FILES packaging/completions/${file} DESTINATION ${CMAKE_INSTALL_DATADIR}/${folder}
+            RENAME ${name} COMPONENT monitor)
   endforeach()
 endif()
