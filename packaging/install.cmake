@@ -114,14 +114,15 @@ install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT de
 
 if(QUORVEL_MONITOR)
   if(QUORVEL_DEBIAN)
-    # The monitor's help refers to these documents. Its package does not depend on libquorvel-dev,
-    # which has all documents.
-    install(FILES docs/recordings.md docs/recording.schema.json
-            DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quorvel/docs COMPONENT monitor)
-    install(DIRECTORY docs/examples
-            DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quorvel/docs COMPONENT monitor)
-    install(FILES host/linux_machine/README.md
-            DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quorvel/host/linux_machine COMPONENT monitor)
+    # The monitor's guide, and what it and the help refer to. Its package does not depend on
+    # libquorvel-dev, which has all documents.
+    set(doc ${CMAKE_INSTALL_DATADIR}/doc/quorvel)
+    install(FILES docs/monitor.md docs/recordings.md docs/recording.schema.json
+            DESTINATION ${doc}/docs COMPONENT monitor)
+    install(DIRECTORY docs/examples DESTINATION ${doc}/docs COMPONENT monitor)
+    install(FILES host/linux_machine/README.md DESTINATION ${doc}/host/linux_machine
+            COMPONENT monitor)
+    install(FILES monitor/README.md DESTINATION ${doc}/monitor COMPONENT monitor)
   else()
     file(RELATIVE_PATH from_bin_to_lib /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
     set_target_properties(quorvel_monitor PROPERTIES INSTALL_RPATH "$ORIGIN/${from_bin_to_lib}")
