@@ -53,6 +53,7 @@ std::span<const Command> GeneralCommands() {
        .run = List},
       {.name = "status",
        .summary = "print the present state on one screen",
+       .text = "--for ends --follow and needs it.",
        .options = "device follow for",
        .run = Status},
       {.name = "watch",
