@@ -55,7 +55,8 @@ constexpr Entry kJson[] = {
      "\"refusals\"; of the thermal service \"thermal_deaths\" (demo, play); \"success\", \"text\" "
      "(doctor)"},
     {"properties",
-     "battery_level (percent), battery_cycle_count, wireless_charger, dock_charger, proximity "
+     "one of battery_level (percent), battery_cycle_count, wireless_charger, dock_charger, "
+     "proximity "
      "(cm), hinge_angle (degrees), TYPE:NAME (throttling), NAME (degrees Celsius), bcl_current, "
      "bcl_voltage (lists of throttling)"},
 };
@@ -127,9 +128,14 @@ std::string TakersOf(const Option& option) {
   return option.is_general ? "" : " (" + Enumerated(CommandNames(&option), "and") + ")";
 }
 
+std::string UsageLine(const std::string& start, const std::string& words, size_t columns) {
+  const size_t indent = start.size() + 4;
+  return start + Wrapped("quorvel " + words + " [OPTIONS]", columns, indent, start.size());
+}
+
 std::string GeneralHelp(size_t columns) {
-  std::string text = Wrapped("quorvel: " + std::string(kPurpose), columns) +
-                     "\nUsage: quorvel COMMAND [OPTIONS]\n\nCommands:\n";
+  std::string text = Wrapped("quorvel: " + std::string(kPurpose), columns) + "\n" +
+                     UsageLine("Usage: ", "COMMAND [OPERAND...]", columns) + "\nCommands:\n";
   ForEachCommand([&](const Command& command) {
     text += TableEntry(UsageOf(command), command.summary, columns);
   });
@@ -147,12 +153,15 @@ std::string GeneralHelp(size_t columns) {
 
 // Throws UsageError for an unknown command.
 std::string HelpOf(const std::string& name, size_t columns) {
-  std::string usage;
+  std::string usages;
+  std::string summaries;
   std::string details;
   std::string options;
   ForEachCommand([&](const Command& command) {
     if (command.name != name) return;
-    usage += TableEntry(UsageOf(command), command.summary, columns);
+    const std::string usage = UsageOf(command);
+    usages += UsageLine(usages.empty() ? "Usage: " : "       ", usage, columns);
+    summaries += TableEntry(usage, command.summary, columns);
     if (!command.text.empty()) details += "\n" + Wrapped(command.text, columns);
     if (command.operands.starts_with("TYPE")) details += "\n" + Wrapped(Types(), columns);
     if (!options.empty()) return;  // all rows of a command take the same options
@@ -160,12 +169,11 @@ std::string HelpOf(const std::string& name, size_t columns) {
       if (Takes(command, option)) options += TableEntry(NameOf(option), TextOf(option), columns);
     }
   });
-  if (usage.empty()) {
+  if (usages.empty()) {
     throw UsageError("help: unknown command '" + name + "', use " +
                      Enumerated(CommandNames(), "or"));
   }
-  return "Usage: quorvel " + name + " ... [OPTIONS]\n\n" + usage + details + "\nOptions:\n" +
-         options + "\n" +
+  return usages + "\n" + summaries + details + "\nOptions:\n" + options + "\n" +
          Wrapped("'quorvel help' describes the output, the exit codes and the environment.",
                  columns);
 }

@@ -13,13 +13,26 @@
 
 namespace norvik::qel::monitor {
 
+namespace {
+
+void CheckForce(const Options& options) {
+  const bool has_record = !options.record.empty();
+  if (options.existing == ExistingFile::kOverwrite && !has_record) {
+    throw UsageError("--force needs --record FILE");
+  }
+}
+
+}  // namespace
+
 int Demo(const Options& options, Output& output) {
+  CheckForce(options);
   std::istringstream text{std::string(kDemoScenario)};
   return PlayBack(ReadRecording(text, kDemoScenarioName), "Demo",
                   "Playing the demo on a simulated phone.", options, output);
 }
 
 int Play(const Options& options, Output& output) {
+  CheckForce(options);
   if (options.speed && options.step) throw UsageError("--step cannot be combined with --speed");
   const std::string& path = options.operands.front();
   if (options.step && path == kStandardStream) {
