@@ -65,7 +65,7 @@ int Plot(const Options& options, Output& output) {
   const Recording recording = ReadRecording(path);
   const std::string script =
       PlotScript(MakeTimeline(recording), TitleOf(recording),
-                 is_svg ? "svg font 'sans-serif,13'" : "pngcairo font 'sans,10'");
+                 is_svg ? "svg font 'sans-serif,13'" : "pngcairo font 'sans,13' fontscale .75");
   if (script.empty()) throw std::runtime_error(path + " holds nothing that could be drawn");
   WriteFile(options.output, RunGnuplot(script));
   output.Explain("Drawn into " + options.output + ".");
