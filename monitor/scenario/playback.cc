@@ -125,8 +125,12 @@ class Playback {
     while (whole && !is_scenario_ && session_.WaitUntil(Clock::now() + kQuiet) == Wake::kEvent) {
       // WaitUntil() has noted the event.
     }
-    const bool is_stopped = failure_.empty() && !whole && !input_ended_;
-    if (is_scenario_) SumUp(title, is_stopped, Clock::now() - start);
+    const bool is_stopped = failure_.empty() && !whole;
+    if (is_scenario_) {
+      SumUp(title, is_stopped, Clock::now() - start);
+    } else if (!failure_.empty()) {
+      Complain(failure_);
+    }
     const std::string unwritten = recorder_ ? recorder_->failure() : "";
     if (!unwritten.empty()) Complain(unwritten);
     if (is_stopped && unwritten.empty()) return kExitInterrupted;
@@ -279,9 +283,7 @@ class Playback {
       char key = 0;
       const ssize_t count = read(STDIN_FILENO, &key, 1);
       if (count == 0 || (count < 0 && errno != EINTR && errno != EAGAIN)) {
-        input_ended_ = true;
-        // Fails a scenario: its remaining expectations have not been met.
-        return is_scenario_ && Fail("the input ended before this was played");
+        return Fail("the input ended before this was played");
       }
       if (count > 0 && key == '\n') return true;
     }
@@ -317,8 +319,7 @@ class Playback {
   int scene_ = 0;
   bool health_died_ = false;
   bool refused_ = false;  // the library refused a client
-  bool input_ended_ = false;
-  std::string failure_;  // the first failure, with its line; empty: none
+  std::string failure_;   // the first failure, with its line; empty: none
 };
 
 }  // namespace

@@ -281,7 +281,7 @@ class RecordingTest(Case):
             process.stdin.write("\n")
             process.stdin.flush()
             process.until(heard)
-        self.output(process.finish())  # at the end of its input
+        self.failure(process.finish(), f"{path}:4: the input ended before this was played")
         self.assertEqual([event["value"] for event in self.events(again)
                           if event.get("called") == "battery_level"], [50, 51])
 
@@ -312,7 +312,7 @@ class RecordingTest(Case):
         self.events(path)
         # Without standard input, a file that the program opens must not take its place.
         process = Started("play", path, "--step", stdin=None, preexec_fn=lambda: os.close(0))
-        self.assertNotIn("->", self.output(process.finish()))
+        self.assertNotIn("->", self.output(process.finish(), 1))
 
     def test_a_full_disk_leaves_a_whole_recording_and_is_a_failure(self):
         limit = 1001
