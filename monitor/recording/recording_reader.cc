@@ -147,4 +147,14 @@ Recording ReadRecording(const std::string& path) {
   return recording;
 }
 
+void CheckIsAnotherFile(const std::string& output, const std::string& recording) {
+  std::error_code unknown;  // a file that does not exist is no other's
+  const bool is_same =
+      std::filesystem::is_regular_file(output, unknown) &&
+      std::filesystem::equivalent(output, recording == kStandardStream ? "/dev/stdin" : recording,
+                                  unknown);
+  if (!is_same) return;
+  throw std::runtime_error("cannot write " + output + ": it is the recording itself");
+}
+
 }  // namespace norvik::qel::monitor

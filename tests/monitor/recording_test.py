@@ -293,6 +293,21 @@ class RecordingTest(Case):
             self.assertEqual(pathlib.Path(path).read_text(encoding="ascii"), "all my work")
         self.output(run("record", path, "--force", "--for", "100ms"))
         self.events(path)
+        # What is read is not overwritten, whatever its name. Names are printed without their bytes.
+        os.link(path, self.path("link.svg"))
+        before = pathlib.Path(path).read_bytes()
+        for args in (("export", path, "--to", "csv", "--output", self.path("link.svg")),
+                     ("plot", path, "--output", self.path("link.svg")),
+                     ("play", path, "--record", self.path("link.svg"), "--force"),
+                     ("play", "-", "--record", path, "--force")):
+            with open(path, "rb") as stdin:
+                self.failure(run(*args, stdin=stdin), "it is the recording itself")
+            self.assertEqual(pathlib.Path(path).read_bytes(), before)
+        bell = self.path("\a")
+        self.assertEqual(2, self.output(run("record", bell, "--for", "1ms")).count("\\x07"))
+        for args in (("play",), ("export", "--to", "csv", "--output", bell + ".csv")):
+            out = self.output(run(*args, bell))
+            self.assertEqual(("\a" in out, "\\x07" in out), (False, True), out)
 
     def test_a_signal_leaves_a_whole_recording(self):
         for number in (signal.SIGINT, signal.SIGTERM, signal.SIGKILL):
@@ -330,6 +345,8 @@ class RecordingTest(Case):
             self.assertGreater(os.path.getsize(path), limit - 200)
         self.failure(run("record", "/dev/full", "--force"), "cannot write /dev/full")
         self.failure(run("record", self.path("no/such")), "cannot write")
+        for force in ((), ("--force",)):
+            self.failure(run("record", str(self.folder), *force), "Is a directory")
 
 
 if __name__ == "__main__":
