@@ -65,6 +65,15 @@ std::optional<Operation> Named(std::string_view call, std::string_view (*name)(O
   return std::nullopt;
 }
 
+template <typename Operation>
+std::vector<std::string_view> Names(std::string_view (*name)(Operation)) {
+  std::vector<std::string_view> names;
+  for (int i = 0; i < static_cast<int>(Operation::kCount); ++i) {
+    names.push_back(name(static_cast<Operation>(i)));
+  }
+  return names;
+}
+
 class SimulatedPlayer : public PlayedDevice {
  public:
   SimulatedPlayer(const Equipment& equipment, DeviceObserver observer)
@@ -117,8 +126,11 @@ class SimulatedPlayer : public PlayedDevice {
     }
   }
 
-  bool CanRefuse(const Refusal& refusal) override {
-    return ScriptOf(refusal.service, refusal.call) != nullptr;
+  std::vector<std::string_view> CallsOf(std::string_view service) override {
+    if (service == kHealthService) return Names(services::HealthOperationName);
+    if (service == kThermalService) return Names(services::ThermalOperationName);
+    if (service == kHidlThermalService) return Names(services::HidlThermalOperationName);
+    return {};
   }
 
   void Refuse(const Refusal& refusal) override {

@@ -14,6 +14,7 @@
 #include <system_error>
 #include <utility>
 
+#include "cli/decimal.h"
 #include "clients/subjects.h"
 #include "recording/recording_events.h"
 
@@ -84,7 +85,10 @@ class EventReader {
     }
     if (has_after) throw LineError("'at' and 'after' exclude each other");
     const Seconds at(fields.Number("at", 0, kLongest));
-    if (at < last_) throw LineError("time goes backwards: 'at' is less than in a line before");
+    if (at < last_) {
+      throw LineError("time goes backwards: 'at' is " + DecimalText(at.count()) + " after " +
+                      DecimalText(last_.count()) + " in a line before");
+    }
     return last_ = at;
   }
 

@@ -21,6 +21,7 @@
 #include "clients/subjects.h"
 #include "output/printable.h"
 #include "recording/recorder.h"
+#include "recording/recording_fields.h"
 #include "scenario/play_plan.h"
 #include "scenario/questions.h"
 #include "scenario/witness.h"
@@ -145,10 +146,12 @@ class Playback {
     if (phone == nullptr) throw std::runtime_error("this program has no phone to play on");
     for (const RecordedEvent& event : recording_.events) {
       const auto* const refusal = std::get_if<Refusal>(&event.what);
-      if (refusal == nullptr || phone->CanRefuse(*refusal)) continue;
+      if (refusal == nullptr) continue;
+      const std::vector<std::string_view> calls = phone->CallsOf(refusal->service);
+      if (std::find(calls.begin(), calls.end(), refusal->call) != calls.end()) continue;
       throw std::runtime_error(PlaceOf(recording_, event) + ": the " + refusal->service +
-                               " service has no call '" + refusal->call +
-                               "' that it could be told to refuse");
+                               " service cannot be told to refuse '" + refusal->call +
+                               (calls.empty() ? "'" : "', only one of " + Listed(calls)));
     }
     phone_ = phone.get();
     return phone;
