@@ -55,16 +55,7 @@ auto Find(std::vector<Temperature>& temperatures, TemperatureType type, const st
   });
 }
 
-// The operation with the name; nullopt if there is none.
-template <typename Operation>
-std::optional<Operation> Named(std::string_view call, std::string_view (*name)(Operation)) {
-  for (int i = 0; i < static_cast<int>(Operation::kCount); ++i) {
-    const auto operation = static_cast<Operation>(i);
-    if (name(operation) == call) return operation;
-  }
-  return std::nullopt;
-}
-
+// The operations in their order.
 template <typename Operation>
 std::vector<std::string_view> Names(std::string_view (*name)(Operation)) {
   std::vector<std::string_view> names;
@@ -72,6 +63,15 @@ std::vector<std::string_view> Names(std::string_view (*name)(Operation)) {
     names.push_back(name(static_cast<Operation>(i)));
   }
   return names;
+}
+
+// The operation with the name; nullopt if there is none.
+template <typename Operation>
+std::optional<Operation> Named(std::string_view call, std::string_view (*name)(Operation)) {
+  const auto names = Names(name);
+  const auto found = std::find(names.begin(), names.end(), call);
+  if (found == names.end()) return std::nullopt;
+  return static_cast<Operation>(found - names.begin());
 }
 
 class SimulatedPlayer : public PlayedDevice {

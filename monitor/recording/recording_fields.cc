@@ -32,12 +32,6 @@ std::string InWords(const Json::Value& field) {
 
 }  // namespace
 
-std::string Listed(std::span<const std::string_view> names) {
-  std::string list;
-  for (const std::string_view name : names) list += (list.empty() ? "" : ", ") + std::string(name);
-  return list;
-}
-
 RecordingFields::RecordingFields(const Json::Value& object, std::string where)
     : object_(object), where_(std::move(where)) {
   if (object.isObject()) return;
@@ -57,10 +51,9 @@ bool RecordingFields::IsAbout(std::string_view key) {
 }
 
 void RecordingFields::ComplainAboutKeys() const {
-  const std::vector<std::string> keys = Keys();
-  const std::string what = Listed(std::vector<std::string_view>(keys.begin(), keys.end()));
+  const std::string keys = Listed(Keys());
   throw LineError(Name() + " does not say what happens: " +
-                  (keys.empty() ? "it is empty, use " : "none of its keys (" + what + ") is ") +
+                  (keys.empty() ? "it is empty, use " : "none of its keys (" + keys + ") is ") +
                   "one of " + Listed(subjects_));
 }
 
@@ -148,8 +141,7 @@ RecordingFields RecordingFields::Object(const std::string& key) {
 void RecordingFields::CheckAllTaken() const {
   for (const std::string& key : Keys()) {
     if (taken_.contains(key)) continue;
-    throw LineError("unknown key '" + where_ + key + "', accepted here: " +
-                    Listed(std::vector<std::string_view>(accepted_.begin(), accepted_.end())));
+    throw LineError("unknown key '" + where_ + key + "', accepted here: " + Listed(accepted_));
   }
 }
 

@@ -22,7 +22,12 @@ inline constexpr int kLowestInt = std::numeric_limits<int>::lowest();
 inline constexpr int kHighestInt = std::numeric_limits<int>::max();
 
 // "a, b, c"
-std::string Listed(std::span<const std::string_view> names);
+template <typename Names>
+std::string Listed(const Names& names) {
+  std::string list;
+  for (const std::string_view name : names) list += (list.empty() ? "" : ", ") + std::string(name);
+  return list;
+}
 
 // Reads fields by their keys and checks their types. CheckAllTaken() refuses unknown keys. All
 // methods throw LineError, with the value and what is accepted.
