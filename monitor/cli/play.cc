@@ -7,6 +7,7 @@
 #include "cli/commands.h"
 #include "cli/options.h"
 #include "output/output.h"
+#include "output/printable.h"
 #include "recording/recording_reader.h"
 #include "scenario/demo_scenario.h"
 #include "scenario/playback.h"
@@ -38,9 +39,10 @@ int Play(const Options& options, Output& output) {
   if (options.step && path == kStandardStream) {
     throw UsageError("play: --step reads Enter from standard input, so - cannot be the recording");
   }
+  CheckIsAnotherFile(options.record, path);
   const Recording recording = ReadRecording(path);
   return PlayBack(recording, "Play",
-                  "Playing " + recording.name + " on a simulated phone" +
+                  "Playing " + Printable(recording.name) + " on a simulated phone" +
                       (options.step ? ", an event at each Enter." : "."),
                   options, output);
 }
