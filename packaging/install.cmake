@@ -114,14 +114,15 @@ install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT de
 
 if(QUORVEL_MONITOR)
   if(QUORVEL_DEBIAN)
-    # The monitor's help refers to these documents. Its package does not depend on libquorvel-dev,
-    # which has all documents.
-    install(FILES docs/recordings.md docs/recording.schema.json
-            DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quorvel/docs COMPONENT monitor)
-    install(DIRECTORY docs/examples
-            DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quorvel/docs COMPONENT monitor)
-    install(FILES host/linux_machine/README.md
-            DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quorvel/host/linux_machine COMPONENT monitor)
+    # The monitor's guide, and what it and the help refer to. Its package does not depend on
+    # libquorvel-dev, which has all documents.
+    set(doc ${CMAKE_INSTALL_DATADIR}/doc/quorvel)
+    install(FILES docs/monitor.md docs/recordings.md docs/recording.schema.json
+            DESTINATION ${doc}/docs COMPONENT monitor)
+    install(DIRECTORY docs/examples DESTINATION ${doc}/docs COMPONENT monitor)
+    install(FILES host/linux_machine/README.md DESTINATION ${doc}/host/linux_machine
+            COMPONENT monitor)
+    install(FILES monitor/README.md DESTINATION ${doc}/monitor COMPONENT monitor)
   else()
     file(RELATIVE_PATH from_bin_to_lib /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
     set_target_properties(quorvel_monitor PROPERTIES INSTALL_RPATH "$ORIGIN/${from_bin_to_lib}")
@@ -129,19 +130,17 @@ if(QUORVEL_MONITOR)
   # The build of the monitor makes both.
   install(FILES ${PROJECT_BINARY_DIR}/man/quorvel.1$<$<BOOL:${QUORVEL_DEBIAN}>:.gz> DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT monitor)
   install(TARGETS quorvel_monitor RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT monitor)
-  file(GLOB completions RELATIVE ${PROJECT_SOURCE_DIR}/packaging/completions CONFIGURE_DEPENDS
-       packaging/completions/*)
+  # Where the shells look: Debian's zsh has a folder of its own for packages.
+  set(zsh $<IF:$<BOOL:${QUORVEL_DEBIAN}>,vendor-completions,site-functions>)
   foreach(completion
           "quorvel.bash|bash-completion/completions|quorvel"
-          "_quorvel|zsh/vendor-completions|_quorvel"
+          "_quorvel|zsh/${zsh}|_quorvel"
           "quorvel.fish|fish/vendor_completions.d|quorvel.fish")
     string(REPLACE "|" ";" completion ${completion})
     list(GET completion 0 file)
     list(GET completion 1 folder)
     list(GET completion 2 name)
-    if(file IN_LIST completions)
-      install(FILES packaging/completions/${file} DESTINATION ${CMAKE_INSTALL_DATADIR}/${folder}
-              RENAME ${name} COMPONENT monitor)
-    endif()
+    install(FILES packaging/completions/${file} DESTINATION ${CMAKE_INSTALL_DATADIR}/${folder}
+            RENAME ${name} COMPONENT monitor)
   endforeach()
 endif()

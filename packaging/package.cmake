@@ -70,7 +70,9 @@ if(QUORVEL_MONITOR)
   set(CPACK_DEBIAN_MONITOR_PACKAGE_RECOMMENDS "gnuplot-nox | gnuplot")
 endif()
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/debian/triggers)
-set(CPACK_DEBIAN_DEV_PACKAGE_SUGGESTS "libquorvel-simulated-dev, quorvel")
+# The examples in it need the tools, and some the machine's package.
+set(CPACK_DEBIAN_DEV_PACKAGE_SUGGESTS
+    "cmake, g++, libquorvel-linux-dev, libquorvel-simulated-dev, make, pkg-config, quorvel")
 
 if(QUORVEL_DEBIAN)
   # Dated as the changelog dates the version, so that packages come out alike every time.

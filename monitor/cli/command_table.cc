@@ -53,6 +53,7 @@ std::span<const Command> GeneralCommands() {
        .run = List},
       {.name = "status",
        .summary = "print the present state on one screen",
+       .text = "--for ends --follow and needs it.",
        .options = "device follow for",
        .run = Status},
       {.name = "watch",
@@ -96,7 +97,8 @@ std::span<const Command> GeneralCommands() {
        .summary = "print a recording as a table or as trace events",
        .text = "--to csv prints a table for spreadsheets: a row for each time at which something "
                "happened, with the values that hold. --to perfetto prints trace events for the "
-               "Perfetto viewer: counters, the services' lives and events.",
+               "Perfetto viewer: counters, the services' lives and events. The file - is standard "
+               "input.",
        .options = "to output",
        .run = Export},
       {.name = "help",
@@ -180,6 +182,16 @@ const DeviceType& DeviceNamed(std::string_view name, const std::string& source) 
   }
   throw UsageError(source + ": unknown '" + std::string(name) + "', use " +
                    Enumerated(names, "or"));
+}
+
+std::vector<std::string> ChoicesOf(std::string_view value) {
+  std::vector<std::string> choices;
+  if (value.find('|') == std::string_view::npos) return choices;
+  for (size_t end; !value.empty(); value.remove_prefix(std::min(end + 1, value.size()))) {
+    end = std::min(value.find('|'), value.size());
+    choices.emplace_back(value.substr(0, end));
+  }
+  return choices;
 }
 
 std::string UsageOf(const Command& command) {

@@ -61,6 +61,8 @@ std::string ManualLists();
 const Option* OptionNamed(std::string_view name);
 // Throws UsageError. `source` is the option or variable that names the device.
 const DeviceType& DeviceNamed(std::string_view name, const std::string& source);
+// "csv" and "perfetto" of "csv|perfetto". Empty if the value is not one of choices.
+std::vector<std::string> ChoicesOf(std::string_view value);
 // "watch NAME..."
 std::string UsageOf(const Command& command);
 bool Takes(const Command& command, const Option& option);

@@ -3,7 +3,6 @@
 
 #include <stdio.h>
 
-#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -44,11 +43,8 @@ class Candidates {
       AddCommands();
     } else if (value == "DEVICE") {
       for (const DeviceType& type : DeviceTypes()) Add(type.name, type.description);
-    } else if (value.find('|') != value.npos) {
-      for (size_t end; !value.empty(); value.remove_prefix(std::min(end + 1, value.size()))) {
-        end = std::min(value.find('|'), value.size());
-        Add(value.substr(0, end));
-      }
+    } else {
+      for (const std::string& choice : ChoicesOf(value)) Add(choice);
     }
   }
 

@@ -14,6 +14,7 @@
 #include "cli/options.h"
 #include "output/json.h"
 #include "output/output.h"
+#include "output/printable.h"
 #include "recording/recording_reader.h"
 #include "recording/timeline.h"
 
@@ -141,13 +142,15 @@ std::string ToTraceEvents(const Timeline& timeline, const std::string& title) {
 int Export(const Options& options, Output& output) {
   if (options.to.empty())
     throw UsageError("export: --to is missing, use --to csv or --to perfetto");
-  const Recording recording = ReadRecording(options.operands.front());
+  const std::string& path = options.operands.front();
+  CheckIsAnotherFile(options.output, path);
+  const Recording recording = ReadRecording(path);
   const Timeline timeline = MakeTimeline(recording);
   const std::string text =
       options.to == "csv" ? ToCsv(timeline) : ToTraceEvents(timeline, TitleOf(recording));
   if (!options.output.empty()) {
     WriteFile(options.output, text);
-    output.Explain("Exported into " + options.output + ".");
+    output.Explain("Exported into " + Printable(options.output) + ".");
   } else if (!WriteAll(STDOUT_FILENO, text).empty() && errno != EPIPE) {
     throw std::runtime_error("cannot write: " + std::generic_category().message(errno));
   }

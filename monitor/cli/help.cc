@@ -55,10 +55,9 @@ constexpr Entry kJson[] = {
      "\"refusals\"; of the thermal service \"thermal_deaths\" (demo, play); \"success\", \"text\" "
      "(doctor)"},
     {"properties",
-     "battery_level (percent), battery_cycle_count, wireless_charger, dock_charger, proximity "
-     "(cm), hinge_angle (degrees), TYPE:NAME (in value the throttling, otherwise degrees Celsius, "
-     "mA, mV "
-     "or percent), bcl_current, bcl_voltage (lists of throttling)"},
+     "one of battery_level (percent), battery_cycle_count, wireless_charger, dock_charger, "
+     "proximity (cm), hinge_angle (degrees), TYPE:NAME (in value the throttling, otherwise degrees "
+     "Celsius, mA, mV or percent), bcl_current, bcl_voltage (lists of throttling)"},
 };
 
 constexpr Entry kEnvironment[] = {
@@ -128,9 +127,14 @@ std::string TakersOf(const Option& option) {
   return option.is_general ? "" : " (" + Enumerated(CommandNames(&option), "and") + ")";
 }
 
+std::string UsageLine(const std::string& start, const std::string& words, size_t columns) {
+  const size_t indent = start.size() + 4;
+  return start + Wrapped("quorvel " + words + " [OPTIONS]", columns, indent, start.size());
+}
+
 std::string GeneralHelp(size_t columns) {
-  std::string text = Wrapped("quorvel: " + std::string(kPurpose), columns) +
-                     "\nUsage: quorvel COMMAND [OPTIONS]\n\nCommands:\n";
+  std::string text = Wrapped("quorvel: " + std::string(kPurpose), columns) + "\n" +
+                     UsageLine("Usage: ", "COMMAND [OPERAND...]", columns) + "\nCommands:\n";
   ForEachCommand([&](const Command& command) {
     text += TableEntry(UsageOf(command), command.summary, columns);
   });
@@ -148,30 +152,29 @@ std::string GeneralHelp(size_t columns) {
 
 // Throws UsageError for an unknown command.
 std::string HelpOf(const std::string& name, size_t columns) {
-  std::string usage;
-  std::string details;
-  std::string options;
+  const Command* found = nullptr;
   ForEachCommand([&](const Command& command) {
-    if (command.name != name) return;
-    usage += TableEntry(UsageOf(command), command.summary, columns);
-    if (!command.text.empty()) details += "\n" + Wrapped(command.text, columns);
-    if (command.operands.starts_with("NAME")) details += "\n" + Wrapped(Types(), columns);
-    if (!options.empty()) return;  // all rows of a command take the same options
-    for (const Option& option : AllOptions()) {
-      if (Takes(command, option)) options += TableEntry(NameOf(option), TextOf(option), columns);
-    }
+    if (command.name == name) found = &command;
   });
-  if (usage.empty()) {
+  if (found == nullptr) {
     throw UsageError("help: unknown command '" + name + "', use " +
                      Enumerated(CommandNames(), "or"));
   }
-  return "Usage: quorvel " + name + " ... [OPTIONS]\n\n" + usage + details + "\nOptions:\n" +
-         options + "\n" +
+  const std::string usage = UsageOf(*found);
+  std::string text =
+      UsageLine("Usage: ", usage, columns) + "\n" + TableEntry(usage, found->summary, columns);
+  if (!found->text.empty()) text += "\n" + Wrapped(found->text, columns);
+  if (found->operands.starts_with("NAME")) text += "\n" + Wrapped(Types(), columns);
+  text += "\nOptions:\n";
+  for (const Option& option : AllOptions()) {
+    if (Takes(*found, option)) text += TableEntry(NameOf(option), TextOf(option), columns);
+  }
+  return text + "\n" +
          Wrapped("'quorvel help' describes the output, the exit codes and the environment.",
                  columns);
 }
 
-// "TYPE:NAME..." in the markup of the manual page: words in capitals are arguments.
+// "NAME..." in the markup of the manual page: words in capitals are arguments.
 std::string Argument(std::string_view words) {
   return words.empty() ? "" : " Ar " + std::string(words);
 }

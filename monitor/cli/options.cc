@@ -50,32 +50,49 @@ const Option* OptionOf(int result) {
   return nullptr;
 }
 
-[[noreturn]] void RefuseMissingValue(const Option& entry) {
-  throw UsageError("--" + std::string(entry.name) + ": the value is missing, give a " +
-                   std::string(entry.value));
+std::string OptionsOf(const Command& command, const std::string& last) {
+  std::vector<std::string> names;
+  for (const Option& option : AllOptions()) {
+    if (Takes(command, option)) names.push_back("--" + std::string(option.name));
+  }
+  return Enumerated(names, last);
 }
 
-[[noreturn]] void RefuseOption(int result, char** argv) {
-  const Option* const entry = OptionOf(optopt);
-  if (entry != nullptr && result == ':') RefuseMissingValue(*entry);
-  std::string word = argv[optind - 1];
-  if (entry != nullptr && word.starts_with("--")) {
+// Explains what getopt_long() has just refused.
+[[noreturn]] void RefuseOption(std::span<char* const> words) {
+  std::string word = words[static_cast<size_t>(optind) - 1];
+  const std::string name = word.substr(0, word.find('='));
+  if (const Option* const entry = OptionOf(optopt)) {
     throw UsageError("--" + std::string(entry->name) + " takes no value, remove '" +
-                     word.substr(word.find('=')) + "'");
+                     word.substr(name.size()) + "'");
+  }
+  std::vector<std::string> meant;
+  for (const Option& option : AllOptions()) {
+    const std::string whole = "--" + std::string(option.name);
+    if (optopt == 0 && whole.starts_with(name)) meant.push_back(whole);
+  }
+  if (!meant.empty()) {
+    throw UsageError("option '" + word + "' is ambiguous, use " + Enumerated(meant, "or"));
   }
   // A word may have several letters: the message names the wrong one only.
-  if (optopt != 0 && !word.starts_with("--")) word = {'-', static_cast<char>(optopt)};
-  throw UsageError("unknown option '" + word + "'");
+  if (optopt != 0) word = {'-', static_cast<char>(optopt)};
+  std::string text = "unknown option '" + word + "'";
+  for (const char* const other : words) {
+    const Command* command = nullptr;  // all rows of a command take the same options
+    ForEachCommand([&](const Command& entry) {
+      if (entry.name == other) command = &entry;
+    });
+    if (command == nullptr) continue;
+    throw UsageError(std::string(other) + ": " + text + ", use " + OptionsOf(*command, "or"));
+  }
+  throw UsageError(text);
 }
 
 void CheckChoice(const Option& entry, const std::string& value) {
-  if (entry.value.find('|') == std::string_view::npos) return;
-  const std::string choices = "|" + std::string(entry.value) + "|";
-  if (!value.empty() && choices.find("|" + value + "|") != std::string::npos) return;
-  std::string names(entry.value);
-  std::replace(names.begin(), names.end(), '|', ' ');
-  throw UsageError("--" + std::string(entry.name) + ": unknown '" + value + "', use one of " +
-                   names);
+  const std::vector<std::string> choices = ChoicesOf(entry.value);
+  if (choices.empty() || std::count(choices.begin(), choices.end(), value) > 0) return;
+  throw UsageError("--" + std::string(entry.name) + ": unknown '" + value + "', use " +
+                   Enumerated(choices, "or"));
 }
 
 // `words`: the command line without its options. Removes the command from it.
@@ -95,29 +112,27 @@ const Command& TakeCommand(std::vector<std::string>& words) {
 
 void CheckOperands(const Command& command, const std::vector<std::string>& operands) {
   const std::string_view wanted = command.operands;
-  const std::string where = std::string(command.name) + ": ";
+  const std::string who(command.name);
   const bool is_optional = wanted.starts_with('[');
+  const std::string word(is_optional ? wanted.substr(1, wanted.size() - 2) : wanted);
   const bool is_list = wanted.find("...") != std::string_view::npos;
   const size_t most = wanted.empty() ? 0 : is_list ? operands.size() : 1;
   if (operands.size() > most) {
-    throw UsageError(where + "unexpected argument '" + operands[most] + "'");
+    throw UsageError(who + " takes " + (most == 0 ? "no operands" : "one " + word) + ", remove '" +
+                     operands[most] + "'");
   }
   const bool is_missing = !wanted.empty() && !is_optional && operands.empty();
   if (is_missing || std::count(operands.begin(), operands.end(), "") > 0) {
     const std::string known = wanted == "NAME..." ? ", use " + KnownNames(command) : "";
-    throw UsageError(where + std::string(wanted) + " is missing" + known);
+    throw UsageError(who + ": " + std::string(wanted) + " is missing" + known);
   }
 }
 
 void CheckOptions(const Command& command, const std::set<const Option*>& given) {
   for (const Option* entry : given) {
     if (Takes(command, *entry)) continue;
-    std::vector<std::string> taken;
-    for (const Option& other : AllOptions()) {
-      if (Takes(command, other)) taken.push_back("--" + std::string(other.name));
-    }
     throw UsageError(std::string(command.name) + " does not take --" + std::string(entry->name) +
-                     ", only " + Enumerated(taken, "and"));
+                     ", only " + OptionsOf(command, "and"));
   }
 }
 
@@ -140,10 +155,16 @@ Options ParseOptions(int argc, char** argv) {
     // NOLINTNEXTLINE(concurrency-mt-unsafe): there is no other thread yet
     const int result = getopt_long(argc, argv, letters.c_str(), long_options.data(), nullptr);
     if (result == -1) break;
-    const Option* const entry = OptionOf(result);
-    if (entry == nullptr) RefuseOption(result, argv);
-    const std::string value = entry->value.empty() ? "" : optarg;
-    if (value.empty() && !entry->value.empty()) RefuseMissingValue(*entry);
+    const bool is_missing = result == ':';  // some C libraries: also a value that is not taken
+    const Option* const entry = OptionOf(is_missing ? optopt : result);
+    if (entry == nullptr || (is_missing && entry->value.empty())) {
+      RefuseOption(std::span(argv, static_cast<size_t>(argc)));
+    }
+    // Any value but the name of a file says what it has to be.
+    const std::string value = is_missing || entry->value.empty() ? "" : optarg;
+    if (value.empty() && entry->value == "FILE") {
+      throw UsageError("--" + std::string(entry->name) + ": FILE is missing");
+    }
     CheckChoice(*entry, value);
     entry->set(value, options);
     given.insert(entry);

@@ -15,6 +15,7 @@
 #include "cli/commands.h"
 #include "cli/options.h"
 #include "output/output.h"
+#include "output/printable.h"
 #include "plot/plot_script.h"
 #include "recording/recording_reader.h"
 
@@ -62,13 +63,14 @@ int Plot(const Options& options, Output& output) {
   if (!is_svg && !options.output.ends_with(".png")) {
     throw UsageError("--output: '" + options.output + "' ends neither with .svg nor with .png");
   }
+  CheckIsAnotherFile(options.output, path);
   const Recording recording = ReadRecording(path);
   const std::string script =
       PlotScript(MakeTimeline(recording), TitleOf(recording),
-                 is_svg ? "svg font 'sans-serif,13'" : "pngcairo font 'sans,10'");
+                 is_svg ? "svg font 'sans-serif,13'" : "pngcairo font 'sans,13' fontscale .75");
   if (script.empty()) throw std::runtime_error(path + " holds nothing that could be drawn");
   WriteFile(options.output, RunGnuplot(script));
-  output.Explain("Drawn into " + options.output + ".");
+  output.Explain("Drawn into " + Printable(options.output) + ".");
   return EXIT_SUCCESS;
 }
 

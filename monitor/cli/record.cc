@@ -7,6 +7,7 @@
 #include "cli/device_script.h"
 #include "cli/session.h"
 #include "clients/client.h"
+#include "output/printable.h"
 #include "recording/recorder.h"
 
 namespace norvik::qel::monitor {
@@ -15,7 +16,7 @@ int Record(const Options& options, Output& output) {
   const std::string& path = options.operands.front();
   if (path == kStandardStream) output.Mute();
   Recorder recorder(path, options.existing, options.device->name);
-  output.Explain("Recording into " + path + (options.duration ? "." : "; Ctrl-C ends."));
+  output.Explain("Recording into " + Printable(path) + (options.duration ? "." : "; Ctrl-C ends."));
   Client* learner = nullptr;
   Session session(options, output, {.listener = [&](const Event& event) {
                     const auto* const told = std::get_if<DeviceEvent>(&event.what);
@@ -39,7 +40,7 @@ int Record(const Options& options, Output& output) {
   // The time of this line is the recording's length.
   recorder.NoteAct(Narration{.text = "The recording ends."});
   if (!recorder.failure().empty()) return session.Fail(recorder.failure());
-  output.Explain("Recorded " + Counted(event_count, "event") + " in " + path + ".");
+  output.Explain("Recorded " + Counted(event_count, "event") + " in " + Printable(path) + ".");
   return refused ? EXIT_FAILURE : EXIT_SUCCESS;
 }
 

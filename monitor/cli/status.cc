@@ -193,6 +193,7 @@ class StatusScreen {
 }  // namespace
 
 int Status(const Options& options, Output& output) {
+  if (options.duration && !options.follow) throw UsageError("status: --for needs --follow");
   // A notice would break a screen that is redrawn.
   Session session(options, output, {.show_events = false, .show_notices = !options.follow});
   InventoryReader reader(session);

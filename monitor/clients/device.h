@@ -81,8 +81,8 @@ class PlayedDevice : public Device {
   // Ignores those that the library's calls cause. A report needs no running service: a service that
   // starts later has its values.
   virtual void Play(const DeviceEvent& event) = 0;
-  // Whether the service has this call and can refuse it.
-  virtual bool CanRefuse(const Refusal& refusal) = 0;
+  // The calls that the service can refuse.
+  virtual std::vector<std::string_view> CallsOf(std::string_view service) = 0;
   // Scripts the refusals.
   virtual void Refuse(const Refusal& refusal) = 0;
 };

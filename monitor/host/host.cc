@@ -7,11 +7,12 @@
 #include <android/log.h>
 #include <android/sensor.h>
 #include <limits.h>
-#include <stdlib.h>
 
 #include <cmath>
 #include <optional>
 #include <utility>
+
+#include "quorvel/fake/log_capture.h"
 
 namespace norvik::qel::monitor {
 
@@ -79,10 +80,9 @@ Report ToReport(const services::Report& report) {
 void BecomeHostProcess(const DeviceSetup& setup) {
   if (setup.verbose) {
     __android_log_set_minimum_priority(ANDROID_LOG_DEBUG);
-  } else if (getenv("QUORVEL_LOG") == nullptr) {
-    // The output already shows what the library's warnings are about.
-    __android_log_set_minimum_priority(ANDROID_LOG_ERROR);
   }
+  // The output already shows what the library's warnings are about.
+  fake::SetDefaultLogPriority(ANDROID_LOG_ERROR);
   ABinderProcess_startThreadPool();
 }
 

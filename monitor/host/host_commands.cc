@@ -25,7 +25,7 @@ std::span<const Command> SimulationCommands() {
       {.name = "plot",
        .operands = "FILE",
        .summary = "draw a recording as a timeline, with gnuplot",
-       .text = "The name of the --output FILE ends in .svg or .png.",
+       .text = "The name of the --output FILE ends in .svg or .png. The file - is standard input.",
        .options = "output",
        .run = Plot},
   };

@@ -55,14 +55,23 @@ auto Find(std::vector<Temperature>& temperatures, TemperatureType type, const st
   });
 }
 
+// The operations in their order.
+template <typename Operation>
+std::vector<std::string_view> Names(std::string_view (*name)(Operation)) {
+  std::vector<std::string_view> names;
+  for (int i = 0; i < static_cast<int>(Operation::kCount); ++i) {
+    names.push_back(name(static_cast<Operation>(i)));
+  }
+  return names;
+}
+
 // The operation with the name; nullopt if there is none.
 template <typename Operation>
 std::optional<Operation> Named(std::string_view call, std::string_view (*name)(Operation)) {
-  for (int i = 0; i < static_cast<int>(Operation::kCount); ++i) {
-    const auto operation = static_cast<Operation>(i);
-    if (name(operation) == call) return operation;
-  }
-  return std::nullopt;
+  const auto names = Names(name);
+  const auto found = std::find(names.begin(), names.end(), call);
+  if (found == names.end()) return std::nullopt;
+  return static_cast<Operation>(found - names.begin());
 }
 
 class SimulatedPlayer : public PlayedDevice {
@@ -117,8 +126,11 @@ class SimulatedPlayer : public PlayedDevice {
     }
   }
 
-  bool CanRefuse(const Refusal& refusal) override {
-    return ScriptOf(refusal.service, refusal.call) != nullptr;
+  std::vector<std::string_view> CallsOf(std::string_view service) override {
+    if (service == kHealthService) return Names(services::HealthOperationName);
+    if (service == kThermalService) return Names(services::ThermalOperationName);
+    if (service == kHidlThermalService) return Names(services::HidlThermalOperationName);
+    return {};
   }
 
   void Refuse(const Refusal& refusal) override {

@@ -34,8 +34,10 @@ std::string_view WriteAll(int fd, std::string_view text) {
 void WriteFile(const std::string& path, std::string_view content) {
   struct stat existing = {};
   const bool in_place = stat(path.c_str(), &existing) == 0 && !S_ISREG(existing.st_mode);
-  const std::string draft = in_place ? path : path + ".part";
-  const int fd = open(draft.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  // O_EXCL: the draft may not replace a file either, such as the recording that is exported.
+  const std::string draft = in_place ? path : path + ".part" + std::to_string(getpid());
+  const int how = O_WRONLY | O_CREAT | O_CLOEXEC | (in_place ? O_TRUNC : O_EXCL);
+  const int fd = open(draft.c_str(), how, 0666);
   bool done = fd >= 0 && WriteAll(fd, content).empty();
   // A full disk may be reported only here. EINVAL: a pipe or terminal cannot be synchronized.
   done = done && (fsync(fd) == 0 || errno == EINVAL);

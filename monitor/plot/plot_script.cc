@@ -24,7 +24,12 @@ namespace {
 
 using Quantity = Timeline::Quantity;
 
-constexpr double kLineHeight = 19;  // of a lane or an entry of a legend, in pixels
+// In pixels, for the fonts of both terminals.
+constexpr double kLineHeight = 19;  // of a lane or an entry of a legend
+constexpr double kTitleHeight = 34;
+constexpr double kPlotWidth = 660;
+constexpr double kFontSize = 13;
+constexpr double kHeadlineSize = 18;
 
 constexpr std::array kColours = {"#0072b2", "#d55e00", "#009e73", "#cc79a7",
                                  "#e69f00", "#56b4e9", "#8c510a", "#444444"};
@@ -32,6 +37,8 @@ constexpr std::array kDashes = {"1", "(12,6)", "(3,4)"};
 constexpr std::array kSeverityColours = {"#dcdcdc", "#fed976", "#feb24c", "#fc6d2c",
                                          "#e31a1c", "#a10026", "#4b0018", "#6a3d9a"};
 constexpr char kBar[] = "1:3:1:2:($3-.36):($3+.36) with boxxyerror";
+constexpr char kLine[] =
+    "set arrow from screen R + 16/X, screen Z to screen R + 46/X, screen Z nohead ";
 constexpr char kDeath[] =
     "1:(L):1:2:(L):(H) with boxxyerror fs transparent solid .2 border rgb '#cc0000'";
 
@@ -51,8 +58,21 @@ std::string Quoted(const std::string& text) {
   return quoted + "'";
 }
 
-double WidthOf(const std::string& text) {
-  return 7.5 * static_cast<double>(ColumnsOf(text));
+// At least the width in pixels, in wide fonts as well: gnuplot does not tell how wide a text is.
+double WidthOf(std::string_view text) {
+  constexpr std::string_view kNarrow = " !'(),-./:;I[\\]`fijlrt{|}";
+  constexpr std::string_view kWide = "%@MWmw";
+  constexpr std::string_view kCapitalSized = "#&+<=>ABCDEFGHJKLNOPQRSTUVXYZ^~";
+  double width = 0;  // as a part of the font size
+  for (const char c : text) {
+    if ((static_cast<unsigned char>(c) & 0xc0) == 0x80) continue;  // inside a character
+    width += static_cast<unsigned char>(c) >= 0x80   ? 1.3
+             : kNarrow.find(c) != kNarrow.npos       ? .42
+             : kWide.find(c) != kWide.npos           ? 1
+             : kCapitalSized.find(c) != kNarrow.npos ? .84
+                                                     : .64;
+  }
+  return width * kFontSize;
 }
 
 // The title in the legend and the colour of a value's bars. Without a title it is not drawn.
@@ -96,21 +116,22 @@ class Script {
     if (panels_.empty()) return "";
     panels_.insert(last_panel_, "set format x F timedate\n");
     height_ += 62;
-    const double width = left_ + 660 + right_;
     std::array<char, 64> clock;
     strftime(clock.data(), clock.size(),
              timeline_.began ? ", %Y-%m-%d (UTC%z)" : ", time since the beginning", &clock_);
+    const std::string headline = Printable(title) + clock.data();
+    right_ = std::max(right_, WidthOf(headline) * kHeadlineSize / kFontSize - kPlotWidth + 10);
+    const double width = left_ + kPlotWidth + right_;
     return "set terminal " + terminal + " noenhanced background rgb 'white' size " + Number(width) +
            "," + Number(height_) + "\nset encoding utf8\n" + data_ + "X = 0. + " + Number(width) +
-           "\nY = 0. + " + Number(height_) + "\nset multiplot\nset lmargin at screen " +
-           Number(left_) + "/X\nset rmargin at screen 1 - " + Number(right_) +
-           "/X\nset key at screen 1 - " + Number(right_ - 8) +
-           "/X, graph 1 left top Left reverse samplen 2 spacing 1.1\n"
+           "\nY = 0. + " + Number(height_) + "\nR = 1 - " + Number(right_) +
+           "/X\nset multiplot\nset lmargin at screen " + Number(left_) +
+           "/X\nset rmargin at screen R\nunset key\n"
            "set grid xtics ytics lt 1 lw .5 lc rgb '#dddddd'\nset border lc rgb '#888888'\n"
            "set style fill solid border\nset tics scale .5 nomirror textcolor rgb 'black'\n" +
            TimeTics() + "set format x ''\nset xrange [" + Number(begin_) + ":" +
-           Number(begin_ + length_) + "]\nset label 1 " + Quoted(title + clock.data()) +
-           " at screen " + Number(left_) + "/X, screen 1 - 24/Y font ',14'\n" + panels_ +
+           Number(begin_ + length_) + "]\nset label 1 " + Quoted(headline) + " at screen " +
+           Number(left_) + "/X, screen 1 - 24/Y font '," + Number(kHeadlineSize) + "'\n" + panels_ +
            "unset multiplot\n";
   }
 
@@ -131,12 +152,15 @@ class Script {
       Rows rows;
       for (const auto& [at, value] : curve) rows.push_back({begin_ + at, value, 0});
       rows.push_back({begin_ + length_, curve.back().value, 0});
-      Plot(rows, std::string("1:2 with steps lw 2.2 dt ") + kDashes[count / 8 % kDashes.size()],
-           kColours[count % kColours.size()], key.second);
+      const std::string look = std::string("lw 2.2 dt ") + kDashes[count / 8 % kDashes.size()];
+      const std::string colour = kColours[count % kColours.size()];
+      Plot(rows, "1:2 with steps " + look, colour);
+      Name(key.second, kLine + look, colour);
       ++count;
     }
     if (count == 0) return;
-    const double margin = std::max(1.0, (high - low) / 12);
+    // Relative to the value, too: gnuplot refuses a range that is empty at its precision.
+    const double margin = std::max({1.0, (high - low) / 12, std::abs(high) * 1e-6});
     const double step = (high - low + 2 * margin) / 6;
     const double decade = std::pow(10, std::floor(std::log10(step)));
     const double round = step <= decade ? 1 : step <= 2 * decade ? 2 : step <= 5 * decade ? 5 : 10;
@@ -160,7 +184,9 @@ class Script {
     if (quantity != Quantity::kService) PlotDeaths(FamilyOfQuantity(quantity));
     for (const auto& [value, rows] : bars) {
       const Look look = LookOf(quantity, value);
-      if (!look.title.empty()) Plot(rows, kBar, look.colour, look.title);
+      if (look.title.empty()) continue;
+      Plot(rows, kBar, look.colour);
+      Name(look.title, std::string(kLine) + "lw 11", look.colour);
     }
     if (quantity == Quantity::kService) PlotMoments(lanes);
     std::string tics;
@@ -169,7 +195,7 @@ class Script {
       left_ = std::max(left_, 20 + WidthOf(lanes[i]));
     }
     const auto count = static_cast<double>(lanes.size());
-    if (titles_ > 0) Add(quantity, kLineHeight * count, count + .6, .4, tics + ")");
+    if (!legend_.empty()) Add(quantity, kLineHeight * count, count + .6, .4, tics + ")");
     plots_.clear();
   }
 
@@ -194,7 +220,9 @@ class Script {
         rows.push_back({begin_ + moment.at, 0, static_cast<double>(lane - lanes.begin() + 1)});
       }
       if (rows.empty()) continue;
-      Plot(rows, std::string("1:3 with points pt ") + type, colour, title);
+      Plot(rows, std::string("1:3 with points pt ") + type, colour);
+      Name(title, std::string("set label '' at screen R + 31/X, screen Z point pt ") + type,
+           colour);
     }
   }
 
@@ -210,35 +238,41 @@ class Script {
         if (life[i].value == 0) rows.push_back({begin_ + life[i].at, begin_ + to, 0});
       }
     }
-    if (!rows.empty()) Plot(rows, kDeath, "#cc0000", "");
+    if (!rows.empty()) Plot(rows, kDeath, "#cc0000");
   }
 
-  // An empty title adds no entry to the legend.
-  void Plot(const Rows& rows, const std::string& style, const std::string& colour,
-            const std::string& title) {
+  void Plot(const Rows& rows, const std::string& style, const std::string& colour) {
     const std::string name = "$data" + std::to_string(data_count_++);
     data_ += name + " << END\n";
     for (const auto& [x, y, z] : rows) {
       data_ += Number(x) + " " + Number(y) + " " + Number(z) + "\n";
     }
     data_ += "END\n";
-    plots_ += (plots_.empty() ? "plot " : ", ") + name + " using " + style + " lc rgb '" + colour +
-              (title.empty() ? "' notitle" : "' title " + Quoted(title));
+    plots_ +=
+        (plots_.empty() ? "plot " : ", ") + name + " using " + style + " lc rgb '" + colour + "'";
+  }
+
+  // Adds an entry to the legend; `sample` draws at the height Z. gnuplot's own legend would start
+  // columns, or omit entries, where a terminal's lines are higher than expected.
+  void Name(const std::string& title, const std::string& sample, const std::string& colour) {
     if (title.empty()) return;
-    right_ = std::max(right_, 60 + WidthOf(title));
-    ++titles_;
+    const double y = height_ + kTitleHeight + kLineHeight * (titles_++ + .5);
+    legend_ += "Z = 1 - " + Number(y) + "/Y\n" + sample + " lc rgb '" + colour + "'\nset label " +
+               Quoted(title) + " at screen R + 52/X, screen Z\n";
+    right_ = std::max(right_, 62 + WidthOf(title));
   }
 
   // Ends a panel that has all plots since the last one. Its vertical range is `low` to `high`.
   void Add(Quantity quantity, double height, double low, double high, const std::string& tics) {
     last_panel_ = panels_.size();
-    height_ += 34;  // for the title
+    height_ += kTitleHeight;
     panels_ += "set tmargin at screen 1 - " + Number(height_) + "/Y\n";
     height_ += std::max(height, kLineHeight * std::exchange(titles_, 0));
     panels_ += "set bmargin at screen 1 - " + Number(height_) + "/Y\nL = " + Number(low) +
                "\nH = " + Number(high) + "\nset yrange [L:H]\nset ytics " + tics +
                "\nset label 2 " + Quoted(TextOf(quantity)) + " at graph 0, graph 1 offset 0,.6\n" +
-               std::exchange(plots_, "") + "\nunset label 1\n";
+               std::exchange(legend_, "") + std::exchange(plots_, "") +
+               "\nunset label\nunset arrow\n";
   }
 
   // At most nine tics, at round times.
@@ -263,12 +297,14 @@ class Script {
   tm clock_ = {};  // at the beginning
   std::string data_;
   int data_count_ = 0;
-  std::string plots_;  // of the current panel
-  int titles_ = 0;
+  // Of the current panel.
+  std::string plots_;
+  std::string legend_;
+  int titles_ = 0;  // in the legend
   std::string panels_;
   size_t last_panel_ = 0;
   // In pixels.
-  double left_ = 70;    // the names of the lanes
+  double left_ = 100;   // the names of the lanes
   double right_ = 120;  // the legends
   double height_ = 36;
 };

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
@@ -30,6 +31,8 @@ int Open(const std::string& path, ExistingFile existing) {
   const int how = existing == ExistingFile::kRefuse ? O_EXCL : O_TRUNC;
   const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | how, 0666);
   if (fd >= 0) return fd;
+  std::error_code unknown;
+  if (std::filesystem::is_directory(path, unknown)) errno = EISDIR;  // whatever `existing` is
   if (errno == EEXIST) {
     throw std::runtime_error(path + " exists already; --force overwrites it");
   }

@@ -69,7 +69,7 @@ DeviceEvent ReadNotice(RecordingFields& fields) {
 std::optional<DeviceEvent> ReadServiceEvent(RecordingFields& fields,
                                             std::span<const ServiceEventKey> keys) {
   for (const auto& [key, kind] : keys) {
-    if (!fields.Has(key)) continue;
+    if (!fields.IsAbout(key)) continue;
     DeviceEvent event = {.kind = kind, .service = fields.Choice(key, kServices)};
     if (kind == Kind::kCallRefused) event.detail = fields.Text("call");
     return event;
@@ -81,12 +81,24 @@ bool IsRegistration(const DeviceEvent& event) {
   return event.kind == Kind::kCallbackRegistered || event.kind == Kind::kCallbackUnregistered;
 }
 
+template <typename Properties>
+std::vector<std::string_view> KeysOf(const Properties& properties) {
+  std::vector<std::string_view> keys;
+  for (const Property* property : properties) keys.push_back(property->key);
+  return keys;
+}
+
+// The properties of clients, for messages.
+std::string ListedProperties() {
+  return Listed(KeysOf(kBatteryProperties)) + ", " + Listed(KeysOf(kSensorProperties)) +
+         ", TYPE:NAME of a temperature (TYPE: " + Listed(kThermalTypes) + ")";
+}
+
 // Reads the name of a family or the key of a property.
 std::string ReadSubject(RecordingFields& fields, const std::string& key) {
   std::string subject = fields.Text(key);
   if (FamilyOfSubject(subject)) return subject;
-  throw LineError("'" + key + "' is '" + subject +
-                  "', which is no family, no property and no TYPE:NAME of a temperature");
+  fields.Complain("one of " + Listed(kClientFamilies) + ", " + ListedProperties());
 }
 
 Refusal ReadRefusal(RecordingFields& fields) {
@@ -112,14 +124,20 @@ Value ReadValueOf(std::string_view property, RecordingFields& fields, const std:
   return fields.ReadSeverity(key);
 }
 
+// What the family can be asked for; temperatures have any name.
+std::vector<std::string_view> AskableOf(std::string_view family) {
+  if (family == kBatteryQuestion) return KeysOf(kBatteryProperties);
+  if (family == kLimitsQuestion) return KeysOf(kChargeLimitProperties);
+  return {"names of temperatures"};
+}
+
 Value ReadAnswer(std::string_view family, RecordingFields& answers, const std::string& key) {
   if (family == kTemperaturesQuestion) return ToValue(answers.MaybeNumber(key));
   const bool is_limit = key == kCurrentLimits.key || key == kVoltageLimits.key;
   if (family == kLimitsQuestion && is_limit) return answers.ReadSeverities(key);
   const bool is_battery = BatteryPropertyOf(key) != nullptr;
   if (family == kBatteryQuestion && is_battery) return ReadValueOf(key, answers, key);
-  throw LineError("'answer." + key + "' is nothing that '" + std::string(family) +
-                  "' could be asked for");
+  throw LineError("unknown key 'answer." + key + "', accepted here: " + Listed(AskableOf(family)));
 }
 
 Question ReadQuestion(RecordingFields& fields) {
@@ -128,26 +146,24 @@ Question ReadQuestion(RecordingFields& fields) {
   for (const std::string& key : answers.Keys()) {
     question.answers.emplace_back(key, ReadAnswer(question.family, answers, key));
   }
-  if (question.answers.empty()) throw LineError("'answer' is empty");
+  if (question.answers.empty())
+    fields.Complain("an object with " + Listed(AskableOf(question.family)));
   return question;
 }
 
 ClientCalled ReadExpectedCall(RecordingFields& fields) {
   std::string property = fields.Text("called");
-  if (!FamilyOfProperty(property)) {
-    throw LineError("'expect.called' is '" + property +
-                    "', which is no property and no TYPE:NAME of a temperature");
-  }
+  if (!FamilyOfProperty(property)) fields.Complain("one of " + ListedProperties());
   const Value value = ReadValueOf(property, fields, "value");
   return {.property = std::move(property), .value = value};
 }
 
 Expectation ReadExpectation(RecordingFields fields) {
   Expectation expectation = {.what = Silence(), .within = kUsualWait};
-  const bool is_silence = fields.Has("silence");
+  const bool is_silence = fields.IsAbout("silence");
   if (is_silence) {
     expectation.what = Silence{.subject = ReadSubject(fields, "silence")};
-  } else if (fields.Has("called")) {
+  } else if (fields.IsAbout("called")) {
     expectation.what = ReadExpectedCall(fields);
   } else if (auto event = ReadServiceEvent(fields, kLibraryEvents)) {
     if (IsRegistration(*event) && fields.Has("sensor")) {
@@ -158,8 +174,7 @@ Expectation ReadExpectation(RecordingFields fields) {
     }
     expectation.what = *std::move(event);
   } else {
-    throw LineError(
-        "'expect' has none of the keys called, registered, unregistered, refused, silence");
+    fields.ComplainAboutKeys();
   }
   const char* const within = is_silence ? "for" : "within";
   if (is_silence || fields.Has(within)) {
@@ -172,32 +187,32 @@ Expectation ReadExpectation(RecordingFields fields) {
 }  // namespace
 
 RecordedWhat ReadWhat(RecordingFields& fields, BatteryReport& battery) {
-  if (fields.Has("battery")) return ReadBattery(fields.Object("battery"), battery);
+  if (fields.IsAbout("battery")) return ReadBattery(fields.Object("battery"), battery);
   for (const Sensor sensor : kSensors) {
     const std::string key(PropertyOf(sensor).key);
-    if (!fields.Has(key)) continue;
+    if (!fields.IsAbout(PropertyOf(sensor).key)) continue;
     return Reported(kSensorService, SensorReport{.sensor = sensor, .values = fields.Numbers(key)});
   }
-  if (fields.Has("temperature")) return ReadTemperature(fields.Object("temperature"));
+  if (fields.IsAbout("temperature")) return ReadTemperature(fields.Object("temperature"));
   if (auto event = ReadServiceEvent(fields, kServiceEvents)) {
     if (IsRegistration(*event) && fields.Has("sensor")) event->detail = fields.Text("sensor");
     const bool has_reason = event->kind == Kind::kCallRefused && fields.Has("reason");
     if (has_reason) event->detail += ": " + fields.Text("reason");
     return *std::move(event);
   }
-  if (fields.Has("notice")) return ReadNotice(fields);
-  if (fields.Has("called")) {
+  if (fields.IsAbout("notice")) return ReadNotice(fields);
+  if (fields.IsAbout("called")) {
     return ClientCalled{.property = fields.Text("called"), .value = fields.AnyValue("value")};
   }
-  if (fields.Has("join")) return ClientJoined{.subject = ReadSubject(fields, "join")};
-  if (fields.Has("gone")) return ReadGone(fields);
-  if (fields.Has("scene")) return Scene{.title = fields.Text("scene")};
-  if (fields.Has("say")) return Narration{.text = fields.Text("say")};
-  if (fields.Has("leave")) return ClientLeft{.subject = ReadSubject(fields, "leave")};
-  if (fields.Has("refuse")) return ReadRefusal(fields);
-  if (fields.Has("ask")) return ReadQuestion(fields);
-  if (fields.Has("expect")) return ReadExpectation(fields.Object("expect"));
-  throw LineError("it does not say what happened: none of its keys is the name of an event");
+  if (fields.IsAbout("join")) return ClientJoined{.subject = ReadSubject(fields, "join")};
+  if (fields.IsAbout("gone")) return ReadGone(fields);
+  if (fields.IsAbout("scene")) return Scene{.title = fields.Text("scene")};
+  if (fields.IsAbout("say")) return Narration{.text = fields.Text("say")};
+  if (fields.IsAbout("leave")) return ClientLeft{.subject = ReadSubject(fields, "leave")};
+  if (fields.IsAbout("refuse")) return ReadRefusal(fields);
+  if (fields.IsAbout("ask")) return ReadQuestion(fields);
+  if (fields.IsAbout("expect")) return ReadExpectation(fields.Object("expect"));
+  fields.ComplainAboutKeys();
 }
 
 }  // namespace norvik::qel::monitor

@@ -4,6 +4,7 @@
 #include "recording/recording_fields.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "cli/decimal.h"
@@ -17,14 +18,43 @@ bool IsInteger(const Json::Value& field) {
   return field.type() == Json::intValue || field.type() == Json::uintValue;
 }
 
+// The value for messages: a text in quotes, or JSON.
+std::string InWords(const Json::Value& field) {
+  constexpr size_t kLongest = 60;  // bytes
+  std::string text = field.isString() ? field.asString() : ToLine(field);
+  if (text.size() > kLongest) {
+    size_t size = kLongest;
+    while ((static_cast<unsigned char>(text[size]) & 0xc0) == 0x80) --size;  // inside a character
+    text = text.substr(0, size) + "...";
+  }
+  return field.isString() ? "'" + text + "'" : text;
+}
+
 }  // namespace
 
 RecordingFields::RecordingFields(const Json::Value& object, std::string where)
     : object_(object), where_(std::move(where)) {
   if (object.isObject()) return;
-  throw LineError(where_.empty()
-                      ? "not an object"
-                      : "'" + where_.substr(0, where_.size() - 1) + "' is not an object");
+  throw LineError(Name() + " is " + InWords(object) + ", not an object");
+}
+
+bool RecordingFields::Has(const std::string& key) {
+  if (std::find(accepted_.begin(), accepted_.end(), key) == accepted_.end()) {
+    accepted_.push_back(key);
+  }
+  return object_.isMember(key);
+}
+
+bool RecordingFields::IsAbout(std::string_view key) {
+  subjects_.push_back(key);
+  return object_.isMember(key.data(), key.data() + key.size());
+}
+
+void RecordingFields::ComplainAboutKeys() const {
+  const std::string keys = Listed(Keys());
+  throw LineError(Name() + " does not say what happens: " +
+                  (keys.empty() ? "it is empty, use " : "none of its keys (" + keys + ") is ") +
+                  "one of " + Listed(subjects_));
 }
 
 std::vector<std::string> RecordingFields::Keys() const {
@@ -37,7 +67,7 @@ std::vector<std::string> RecordingFields::Keys() const {
 
 std::string RecordingFields::Text(const std::string& key) {
   const Json::Value& field = Take(key);
-  if (!field.isString()) Complain("is not a text");
+  if (!field.isString()) Complain("a text");
   return field.asString();
 }
 
@@ -45,22 +75,21 @@ std::string RecordingFields::Choice(const std::string& key,
                                     std::span<const std::string_view> choices) {
   std::string text = Text(key);
   if (std::find(choices.begin(), choices.end(), text) != choices.end()) return text;
-  std::string names;
-  for (const std::string_view choice : choices) {
-    names += (names.empty() ? "" : ", ") + std::string(choice);
-  }
-  Complain("is '" + text + "' and not one of " + names);
+  Complain((choices.size() > 1 ? "one of " : "") + Listed(choices));
 }
 
 bool RecordingFields::Flag(const std::string& key) {
   const Json::Value& field = Take(key);
-  if (!field.isBool()) Complain("is neither true nor false");
+  if (!field.isBool()) Complain("true or false");
   return field.asBool();
 }
 
 int RecordingFields::Integer(const std::string& key, int lowest, int highest) {
-  if (!IsInteger(Take(key))) Complain("is not a whole number");
-  return static_cast<int>(Number(key, lowest, highest));
+  const Json::Value& field = Take(key);
+  if (!IsInteger(field) || field.asDouble() < lowest || field.asDouble() > highest) {
+    Complain("a whole number from " + std::to_string(lowest) + " to " + std::to_string(highest));
+  }
+  return field.asInt();
 }
 
 double RecordingFields::Number(const std::string& key, double lowest, double highest) {
@@ -79,7 +108,7 @@ std::optional<float> RecordingFields::MaybeNumber(const std::string& key) {
 std::vector<std::optional<float>> RecordingFields::Numbers(const std::string& key) {
   const Json::Value& field = Take(key);
   if (!field.isArray()) return {ToFloat(field)};
-  if (field.empty()) Complain("is an empty list");
+  if (field.empty()) Complain("a number or a list of at least one");
   std::vector<std::optional<float>> numbers;
   for (const Json::Value& element : field) numbers.push_back(ToFloat(element));
   return numbers;
@@ -91,7 +120,7 @@ Severity RecordingFields::ReadSeverity(const std::string& key) {
 
 Severities RecordingFields::ReadSeverities(const std::string& key) {
   const Json::Value& field = Take(key);
-  if (!field.isArray()) Complain("is not a list");
+  if (!field.isArray()) Complain("a list of severities");
   Severities severities;
   for (const Json::Value& element : field) severities.push_back(ToSeverity(element));
   return severities;
@@ -111,7 +140,8 @@ RecordingFields RecordingFields::Object(const std::string& key) {
 
 void RecordingFields::CheckAllTaken() const {
   for (const std::string& key : Keys()) {
-    if (!taken_.contains(key)) throw LineError("unknown key '" + where_ + key + "'");
+    if (taken_.contains(key)) continue;
+    throw LineError("unknown key '" + where_ + key + "', accepted here: " + Listed(accepted_));
   }
 }
 
@@ -123,11 +153,9 @@ const Json::Value& RecordingFields::Take(const std::string& key) {
 }
 
 double RecordingFields::ToNumber(const Json::Value& field, double lowest, double highest) const {
-  if (!field.isNumeric()) Complain("is not a number");
-  const auto number = field.asDouble();
+  const double number = field.isNumeric() ? field.asDouble() : NAN;
   if (number >= lowest && number <= highest) return number;
-  Complain("is " + ToLine(field) + ", out of the range from " + DecimalText(lowest) + " to " +
-           DecimalText(highest));
+  Complain(field, "a number from " + DecimalText(lowest) + " to " + DecimalText(highest));
 }
 
 std::optional<float> RecordingFields::ToFloat(const Json::Value& field) const {
@@ -137,18 +165,22 @@ std::optional<float> RecordingFields::ToFloat(const Json::Value& field) const {
 }
 
 Severity RecordingFields::ToSeverity(const Json::Value& field) const {
-  if (IsInteger(field)) {
-    return static_cast<Severity>(static_cast<int>(ToNumber(field, kLowestInt, kHighestInt)));
+  if (IsInteger(field) && field.isInt()) return static_cast<Severity>(field.asInt());
+  if (const auto severity = SeverityNamed(field.isString() ? field.asString() : "")) {
+    return *severity;
   }
-  if (!field.isString()) Complain("is neither the name nor the number of a severity");
-  const auto name = field.asString();
-  const auto severity = SeverityNamed(name);
-  if (!severity) Complain("is '" + name + "', which is no severity");
-  return *severity;
+  std::string names;
+  for (int i = 0; NameOf(Severity{i}); ++i) names += std::string(*NameOf(Severity{i})) + ", ";
+  Complain(field, "one of " + names + "or a whole number");
 }
 
-void RecordingFields::Complain(const std::string& what) const {
-  throw LineError("'" + where_ + last_ + "' " + what);
+std::string RecordingFields::Name() const {
+  return where_.empty() ? "the line" : "'" + where_.substr(0, where_.size() - 1) + "'";
+}
+
+void RecordingFields::Complain(const Json::Value& field, const std::string& accepted) const {
+  const char* const verb = &field == &object_[last_] ? "' is " : "' contains ";
+  throw LineError("'" + where_ + last_ + verb + InWords(field) + ", not " + accepted);
 }
 
 }  // namespace norvik::qel::monitor

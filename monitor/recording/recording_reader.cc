@@ -14,6 +14,7 @@
 #include <system_error>
 #include <utility>
 
+#include "cli/decimal.h"
 #include "clients/subjects.h"
 #include "recording/recording_events.h"
 
@@ -84,7 +85,10 @@ class EventReader {
     }
     if (has_after) throw LineError("'at' and 'after' exclude each other");
     const Seconds at(fields.Number("at", 0, kLongest));
-    if (at < last_) throw LineError("time goes backwards: 'at' is less than in a line before");
+    if (at < last_) {
+      throw LineError("time goes backwards: 'at' is " + DecimalText(at.count()) + " after " +
+                      DecimalText(last_.count()) + " in a line before");
+    }
     return last_ = at;
   }
 
@@ -145,6 +149,16 @@ Recording ReadRecording(const std::string& path) {
     throw std::runtime_error("cannot read " + path + ": " + std::generic_category().message(errno));
   }
   return recording;
+}
+
+void CheckIsAnotherFile(const std::string& output, const std::string& recording) {
+  std::error_code unknown;  // a file that does not exist is no other's
+  const bool is_same =
+      std::filesystem::is_regular_file(output, unknown) &&
+      std::filesystem::equivalent(output, recording == kStandardStream ? "/dev/stdin" : recording,
+                                  unknown);
+  if (!is_same) return;
+  throw std::runtime_error("cannot write " + output + ": it is the recording itself");
 }
 
 }  // namespace norvik::qel::monitor

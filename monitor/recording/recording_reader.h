@@ -17,4 +17,7 @@ Recording ReadRecording(const std::string& path);
 // Reads a recording from a stream. `name` is used in messages.
 Recording ReadRecording(std::istream& text, const std::string& name);
 
+// Throws std::runtime_error if `output`, a file to write, is the file of the recording.
+void CheckIsAnotherFile(const std::string& output, const std::string& recording);
+
 }  // namespace norvik::qel::monitor

@@ -21,6 +21,7 @@
 #include "clients/subjects.h"
 #include "output/printable.h"
 #include "recording/recorder.h"
+#include "recording/recording_fields.h"
 #include "scenario/play_plan.h"
 #include "scenario/questions.h"
 #include "scenario/witness.h"
@@ -125,8 +126,12 @@ class Playback {
     while (whole && !is_scenario_ && session_.WaitUntil(Clock::now() + kQuiet) == Wake::kEvent) {
       // WaitUntil() has noted the event.
     }
-    const bool is_stopped = failure_.empty() && !whole && !input_ended_;
-    if (is_scenario_) SumUp(title, is_stopped, Clock::now() - start);
+    const bool is_stopped = failure_.empty() && !whole;
+    if (is_scenario_) {
+      SumUp(title, is_stopped, Clock::now() - start);
+    } else if (!failure_.empty()) {
+      Complain(failure_);
+    }
     const std::string unwritten = recorder_ ? recorder_->failure() : "";
     if (!unwritten.empty()) Complain(unwritten);
     if (is_stopped && unwritten.empty()) return kExitInterrupted;
@@ -141,10 +146,12 @@ class Playback {
     if (phone == nullptr) throw std::runtime_error("this program has no phone to play on");
     for (const RecordedEvent& event : recording_.events) {
       const auto* const refusal = std::get_if<Refusal>(&event.what);
-      if (refusal == nullptr || phone->CanRefuse(*refusal)) continue;
+      if (refusal == nullptr) continue;
+      const std::vector<std::string_view> calls = phone->CallsOf(refusal->service);
+      if (std::find(calls.begin(), calls.end(), refusal->call) != calls.end()) continue;
       throw std::runtime_error(PlaceOf(recording_, event) + ": the " + refusal->service +
-                               " service has no call '" + refusal->call +
-                               "' that it could be told to refuse");
+                               " service cannot be told to refuse '" + refusal->call +
+                               (calls.empty() ? "'" : "', only one of " + Listed(calls)));
     }
     phone_ = phone.get();
     return phone;
@@ -279,9 +286,7 @@ class Playback {
       char key = 0;
       const ssize_t count = read(STDIN_FILENO, &key, 1);
       if (count == 0 || (count < 0 && errno != EINTR && errno != EAGAIN)) {
-        input_ended_ = true;
-        // Fails a scenario: its remaining expectations have not been met.
-        return is_scenario_ && Fail("the input ended before this was played");
+        return Fail("the input ended before this was played");
       }
       if (count > 0 && key == '\n') return true;
     }
@@ -317,8 +322,7 @@ class Playback {
   int scene_ = 0;
   bool health_died_ = false;
   bool refused_ = false;  // the library refused a client
-  bool input_ended_ = false;
-  std::string failure_;  // the first failure, with its line; empty: none
+  std::string failure_;   // the first failure, with its line; empty: none
 };
 
 }  // namespace

@@ -12,7 +12,6 @@ namespace {
 
 using testing::Each;
 
-constexpr char kAbsent[] = "InitSensorInterface: sensor service isn't ready, start to reconnect!";
 constexpr char kGivenUp[] = "ReconnectToSensorService: client should register proper sensor";
 
 using SensorLinkTest = SensorFixture;
@@ -99,7 +98,7 @@ TEST_F(SensorLinkSlowTest, AServiceIsLookedForUntilItComes) {
   ASSERT_TRUE(look_ups().WaitForCalls(2 + 12, std::chrono::seconds(60)));
   // The look-ups: two registrations, the first attempt, and eleven attempts after a pause each.
   EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
-  EXPECT_THAT(Warnings(), Each(kAbsent));
+  EXPECT_THAT(Warnings(), Each(kNoService));
   // Clients of a sensor that is not enabled are not called before its first reading.
   EXPECT_THAT(Dump(), Not(HasSubstr("need_to_update:T")));
   EXPECT_TRUE(seen_.empty());

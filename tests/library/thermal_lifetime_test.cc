@@ -53,18 +53,16 @@ TEST_P(ThermalLifetimeTest, CallbacksThatReplaceThemselvesLeaveNothingBehind) {
   relay.action = [&](int) {
     most_threads = std::max(most_threads, LibraryThreadCount());
     const int id = round++;
-    if (id == rounds) {
-      results_.Put(0);
-      return;
-    }
+    results_.Put(id);
+    if (id == rounds) return;
     EXPECT_EQ(DeregisterThermalCallback(handle_, id), 0);
     EXPECT_EQ(add(), 0);
   };
   const int mappings = Mappings();
   ASSERT_EQ(add(), 0);
-  EXPECT_TRUE(results_.Take());
+  EXPECT_EQ(results_.TakeMany(rounds + 1).size(), rounds + 1u);
   EXPECT_EQ(Unregistered(), rounds);
-  EXPECT_LE(most_threads, 2 + 3);
+  EXPECT_LT(most_threads, rounds / 2);
   if (!kSanitized) {
     EXPECT_LT(Mappings(), mappings + rounds / 2);
   }
@@ -117,7 +115,8 @@ TEST_P(ThermalLifetimeTest, DeinitWaitsForACallbackAndRefusesItsRegistrations) {
     int result = 0;
     EXPECT_TRUE(Eventually([&] {
       result = Register<9>("CPU", "cpu");
-      return result != 0 || DeregisterThermalCallback(handle_, 9) != 0;
+      static_cast<void>(DeregisterThermalCallback(handle_, 9));  // Deinit...() may have been first
+      return result != 0;
     }));
     EXPECT_EQ(result, -EINVAL);
     results_.Put(DeregisterThermalCallback(handle_, 1));

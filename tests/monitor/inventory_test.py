@@ -114,4 +114,4 @@ class InventoryTest(Case):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=["inventory_test"])
+    unittest.main()

@@ -21,7 +21,7 @@ import threading
 import unittest
 
 # The monitor, and a second program or file that the test needs.
-QUORVEL, OTHER = (os.path.abspath(path) for path in sys.argv[1:])
+QUORVEL, OTHER = (os.path.abspath(sys.argv.pop(1)) for _ in range(2))
 # The phone's monitor on three kinds of phones: complete, without services, and old.
 PHONE, BARE, FLAT = ({"program": OTHER, "env": {"QUORVEL_PHONE": kind, "COLUMNS": "500"}}
                      for kind in ("", "bare", "flat"))

@@ -55,4 +55,4 @@ class LocaleTest(Case):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=["locale_test"])
+    unittest.main()

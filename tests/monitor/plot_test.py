@@ -20,6 +20,8 @@ from kit import Case, run
 BEGAN = 1795315606.5  # seconds since 1970
 NAME = "sk'in \"1\", `touch HERE` $(touch HERE) \\ <&> \u00fc\nEND: {/Bold x}"
 
+ZONES = [f"nvme:Composite@hwmon{i}:temp2" for i in range(16)]
+
 
 def temperature(at, name, value, severity="NONE", kind="SKIN"):
     return {"at": at, "temperature": {"type": kind, "name": name, "value": value,
@@ -58,8 +60,8 @@ class PlotTest(Case):
                 for name, rows in re.findall(r"^(\$data\d+) << END\n(.*?)^END$", text,
                                              re.DOTALL | re.MULTILINE)}
         plots = [(panel, [(data[name], style) for name, style in
-                          re.findall(r"(\$data\d+) (using .*?(?:notitle|title '[^']*'))", line)])
-                 for panel, line in re.findall(r"set label 2 '(.*?)' at.*?\nplot (.*)", text)]
+                          re.findall(r"(\$data\d+) (using .*? lc rgb '[^']*')", line)])
+                 for panel, line in re.findall(r"set label 2 '(.*?)' at(?s:.*?)\nplot (.*)", text)]
         return text, dict(plots)
 
     def test_values_and_times_are_those_of_the_recording(self):
@@ -92,15 +94,16 @@ class PlotTest(Case):
         dead, runs, dies = plots["services and clients"]
         self.assertEqual((dead[0], runs[0]), ([[1, 3, 1], [4, 5, 1]], [[0, 1, 1], [3, 4, 1]]))
         self.assertEqual([row[0] for row in dies[0]], [1, 4])
-        self.assertIn("title 'service is dead'", dead[1])
+        self.assertIn("rgb '#f0b3b3'", dead[1])
 
     def test_a_picture_shows_what_there_is_whatever_its_name(self):
         self.record(
             {"at": 0, "battery": {"level": None, "wireless": True, "cycles": 5}},
             {"at": 0, "hinge_angle": 30}, temperature(1, NAME, 36.5, "SEVERE"),
-            temperature(1, "limit", 3900, kind="BCL_VOLTAGE"),
+            temperature(1, "limit", 2e38, kind="BCL_VOLTAGE"),
+            *(temperature(1, zone, 40, kind="UNKNOWN") for zone in ZONES),
             {"at": 2, "died": "health"}, {"at": 2, "refused": "thermal", "call": "getName"},
-            {"at": 3, "called": "battery_level", "value": 50})
+            {"at": 2, "registered": "thermal"}, {"at": 3, "called": "battery_level", "value": 50})
         svg = "it's a `plot`.svg"
         self.run_in("plot", "a.jsonl", "--output", svg)
         texts = ["".join(text.itertext()).strip() for text in xml.etree.ElementTree.parse(
@@ -108,12 +111,22 @@ class PlotTest(Case):
         for text in ("wireless", "online", "hinge angle, degrees", "temperature, \u00b0C",
                      "SEVERE", "charge limit, mV", "health service", "service dies",
                      "service refuses a call", "battery client", "client is called",
-                     "SKIN:" + NAME.replace("\n", " "), "03:46:47.00"):
+                     "service is dead", "library registers", "03:46:47.00"):
             self.assertIn(text, texts)
+        # The name of a lane and in the legend.
+        for name in ("SKIN:" + NAME.replace("\n", " "), *("UNKNOWN:" + zone for zone in ZONES)):
+            self.assertEqual(texts.count(name), 2, name)
         for text in ("battery level, %", "battery cycles"):  # unknown, and without a change
             self.assertNotIn(text, texts)
         self.run_in("plot", "a.jsonl", "--output", "a.png")
-        self.assertEqual((self.folder / "a.png").read_bytes()[:4], b"\x89PNG")
+        png = (self.folder / "a.png").read_bytes()
+        self.assertEqual(png[:4], b"\x89PNG")
+        # The first and the last column are white: no text is cut.
+        last = int.from_bytes(png[16:20], "big") - 1
+        edges = run("-e", f"set table; plot 'a.png' binary filetype=png every {last} with rgbimage",
+                    program="gnuplot", cwd=self.folder)[1]
+        colours = re.findall(rf"^ *(0|{last}) +\d+ +(\d+ +\d+ +\d+) ", edges, re.MULTILINE)
+        self.assertEqual(set(colours), {("0", "255  255  255"), (str(last), "255  255  255")})
         self.assertEqual(sorted(os.listdir(self.folder)), ["a.jsonl", "a.png", svg])
 
     def test_a_plot_that_cannot_be_made_leaves_the_old_one(self):
@@ -178,4 +191,4 @@ class PlotTest(Case):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=["plot_test"])
+    unittest.main()

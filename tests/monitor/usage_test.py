@@ -26,18 +26,21 @@ VALUES = {"DEVICE": "linux", "DURATION": "1s", "FILE": "b", "N": "2", "csv|perfe
 # Invalid command lines and a part of the error message.
 WRONG = {
     "": "command", "sing": "sing", "watch": "battery", "help me": "'me'",
+    "list x": "list takes no operands, remove 'x'", "help watch battery": "takes one COMMAND",
     "get fish": "'fish', use battery, sensors, ", "watch battery get": "'get'",
     "watch bcl_current": "quorvel get bcl_current", "no\nsuch": "'no\\x0asuch'", "get bcl 1": "'1'",
     "watch thermal skin": "'skin'", "watch thermal SKIN:": "'SKIN:'",
     "watch thermal :skin": "':skin'", "watch thermal SKIN:skin ski:x": "'SKI'",
     "get": "NAME", "get temperatures ": "NAME", "watch SPEAKER:speaker": "'SPEAKER'",
-    "dump --fast": "--fast", "-x dump": "'-x'", "dump --device toaster": "toaster",
+    "dump --fast": "use --device, --json,", "--fast": "'--fast'", "--json -xh": "'-x'",
+    "--ve dump": "'--ve' is ambiguous, use --verbose or --version", "dump --device toaster": "toaster",
     "dump --device": "--device", "dump --json=maybe": "maybe",
+    "status --for 1s": "--follow", "demo --force": "--record", "play --force a": "--record",
     "record": "FILE", "record a b": "'b'", "play ": "FILE", "play - --step": "standard input",
     "play a --speed 0": "'0'", "play a --speed x": "'x'", "play a --speed inf": "'inf'",
     "play a --speed 2 --step": "--step", "plot a": "--output", "plot a --output b.pdf": "b.pdf",
-    "export a": "--to", "export a --to xls": "'xls'",
-    "watch battery --for": "--for", "watch battery --for 10": "'10'",
+    "export a": "--to", "export a --to xls": "'xls', use csv or perfetto",
+    "watch battery --for": "500ms", "watch battery --for 10": "'10'",
     "watch battery --for 0s": "'0s'", "watch battery --for -1s": "'-1s'",
     "watch battery --for .s": "'.s'", "watch battery --for 8760.1h": "1ms to 8760h",
     "watch battery --for 99999999999999999999s": "99999999999999999999s"}
@@ -93,6 +96,7 @@ class UsageTest(Case):
             name, words = command.split()[0], re.findall(r"[a-z]+(?= |$)", command)
             text = self.output(run(name, "--help", env=HERE))
             self.assertEqual(self.output(run("help", name, env=HERE)), text)
+            self.assertIn(f" quorvel {command} [OPTIONS]\n", text)
             operands = OPERANDS[command.removeprefix(" ".join(words)).strip()]
             for option in every.keys() - options_in(text).keys():
                 value = [VALUES[every[option]]] if every[option] else []
@@ -144,9 +148,10 @@ class UsageTest(Case):
     def test_the_manual_page_has_no_mistake(self):
         page = (ROOT / "docs/man/quorvel.1").read_text()
         self.assertIn('.\\" LISTS\n', page)
+        self.assertNotRegex(self.output(run("--man")), r"[A-Z][a-z]+_")  # of a JSON field
         path = self.write("quorvel.1", page.replace('.\\" LISTS\n', self.output(run("--man"))))
         self.assertEqual(run("-Tlint", "-Wwarning", path, program="mandoc"), (0, "", ""))
 
 
 if __name__ == "__main__":
-    unittest.main(argv=["usage_test"])
+    unittest.main()

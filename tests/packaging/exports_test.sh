@@ -45,6 +45,6 @@ printf '#include "quorvel.h"\nQUORVEL_VERSION_MAJOR.QUORVEL_VERSION_MINOR.QUORVE
   cc -E -P -I "$root/include" -x c - | tail -1 | tr -d ' ' | grep -qxF "$version" ||
   fail "the header's version is not $version"
 newest=$(sed -n 's/^## \[\([0-9.]*\)\].*/\1/p' "$root/CHANGELOG.md" | head -1)
-[ "$newest" = "$version" ] || fail "CHANGELOG.md tells of '$newest', not of $version"
+[ "$newest" = "$version" ] || fail "the newest version in CHANGELOG.md is '$newest', not $version"
 [ "$failed" = 0 ] || exit 1
 echo "$version exports $(wc -l <<<"$declared") functions, $(sort -u <<<"$listed" | wc -l) classes"

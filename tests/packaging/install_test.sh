@@ -79,12 +79,17 @@ if [ -x "$prefix/bin/quorvel" ]; then
   "$prefix/bin/quorvel" get battery --device simulated | grep -q "battery_level" || fail "quorvel does not work"
   documents=$prefix/share/doc/quorvel
   for document in $("$prefix/bin/quorvel" --man | grep -o 'docs/[a-z./]*[a-z]') \
-    host/linux_machine/README.md; do
-    [ -f "$documents/$document" ] || fail "the help points to $document, which is not there"
+    docs/monitor.md host/linux_machine/README.md monitor/README.md; do
+    [ -f "$documents/$document" ] || fail "the help or the guide points to $document, which is not there"
   done
   gzip -cdf "$prefix"/share/man/man1/quorvel.1* | grep -q '^\.It Fl -json' ||
     fail "the manual page lacks the options"
   "$prefix/bin/quorvel" play "$documents/docs/examples/crash.jsonl" --speed 100 >/dev/null 2>&1 ||
     fail "an example cannot be played"
+  # Packages are unpacked in a folder of this name; ./dev install uses /usr/local.
+  [[ $prefix = */usr ]] && root=/usr || root=/usr/local
+  completion=$(find "$prefix" -name _quorvel)
+  ! command -v zsh >/dev/null || zsh -fc 'print -l $fpath' | grep -xF "$root$(dirname "${completion#"$prefix"}")" >/dev/null ||
+    fail "zsh does not look for $completion"
 fi
 echo "what is installed works: three examples, CMake and pkg-config"

@@ -4,17 +4,18 @@
 // quorvel_random_test: runs random steps (C calls and changes of the phone) and checks the
 // library's promises. Each run has a child process, because a failure may abort or hang. A failing
 // run is shrunk by repeating it with fewer steps.
+#include <getopt.h>
 #include <stdio.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -31,6 +32,17 @@ using namespace norvik::qel::random_test;  // NOLINT(google-build-using-namespac
 constexpr std::chrono::seconds kPatience(norvik::qel::kSanitized ? 100 : 20);
 // Limit while shrinking, when many attempts may hang.
 constexpr std::chrono::seconds kShrinkingPatience(15);
+
+constexpr char kUsage[] =
+    "use [--family battery|sensor|thermal] [--seed N] [--runs N] [--steps N], or --family NAME "
+    "--replay [--bytes] FILE...";
+constexpr option kOptions[] = {{"family", 1, nullptr, 'f'},
+                               {"seed", 1, nullptr, 's'},
+                               {"runs", 1, nullptr, 'r'},
+                               {"steps", 1, nullptr, 'n'},
+                               {"replay", 0, nullptr, 'p'},
+                               {"bytes", 0, nullptr, 'b'},
+                               {}};
 
 [[noreturn]] void Refuse(const std::string& why) {
   fprintf(stderr, "quorvel_random_test: %s\n", why.c_str());
@@ -80,6 +92,7 @@ Steps Shrink(std::unique_ptr<Family>& family, Steps steps) {
 // Reads steps from a file: text with one step per line and "#" comments, or bytes from a fuzzer.
 Steps Read(const Grammar& grammar, const std::string& path, bool bytes) {
   std::ifstream stream(path, std::ios::binary);
+  if (!stream) Refuse("cannot read " + path);
   if (bytes) {
     const std::vector<uint8_t> input{std::istreambuf_iterator<char>(stream), {}};
     return StepsFromBytes(grammar, input);
@@ -92,11 +105,8 @@ Steps Read(const Grammar& grammar, const std::string& path, bool bytes) {
     const Step step{std::istream_iterator<std::string>(words), {}};
     if (step.empty()) continue;
     if (VerbOf(grammar, step) == nullptr) {
-      Refuse(std::string(path)
-                 .append(": line ")
-                 .append(std::to_string(number))
-                 .append(": not a step: ")
-                 .append(line));
+      fprintf(stderr, "%s: line %d: not a step: %s\n", path.c_str(), number, line.c_str());
+      exit(1);
     }
     steps.push_back(step);
   }
@@ -108,39 +118,33 @@ Steps Read(const Grammar& grammar, const std::string& path, bool bytes) {
 // NOLINTNEXTLINE(bugprone-exception-escape): an exception may end the program
 int main(int argc, char** argv) {
   std::vector<std::string> names = {"battery", "sensor", "thermal"};
-  std::string only;
-  uint64_t seed = 1;
-  size_t runs = 10;
-  size_t count = 250;
-  std::vector<std::string> replays;
-  bool bytes = false;
-  CLI::App app("Tries random steps, C calls and changes of the phone, against the promises.");
-  app.footer("A run that fails is shrunk to few steps, which can be replayed.");
-  app.add_option("--family", only, "this family alone: battery, sensor or thermal")
-      ->check(CLI::IsMember(names));
-  app.add_option("--seed", seed, "of the first run (1); the next runs have the next seeds");
-  app.add_option("--runs", runs, "how many runs of each family (10)")->check(CLI::PositiveNumber);
-  app.add_option("--steps", count, "how many steps a run has (250)")->check(CLI::PositiveNumber);
-  app.add_option("--replay", replays, "runs the steps in these files, one run each")
-      ->check(CLI::ExistingFile)
-      ->needs("--family");
-  app.add_flag("--bytes", bytes, "the files are inputs of a fuzz target");
-  CLI11_PARSE(app, argc, argv);
-  if (!only.empty()) names = {only};
-  if (!replays.empty()) runs = replays.size();
+  std::map<int, uint64_t> values = {{'s', 1}, {'r', 10}, {'n', 250}, {'b', 0}, {'p', 0}};
+  for (int letter; (letter = getopt_long(argc, argv, "", kOptions, nullptr)) != -1;) {
+    const std::string value = letter == '?' ? "?" : optarg == nullptr ? "1" : optarg;
+    if (letter == 'f' && std::count(names.begin(), names.end(), value) > 0) {
+      names = {value};
+    } else if (value.find_first_not_of("0123456789") != std::string::npos ||
+               (values[letter] = strtoull(value.c_str(), nullptr, 10)) == 0) {
+      Refuse(kUsage);
+    }
+  }
+  const std::vector<std::string> replays(argv + optind, argv + argc);
+  const bool replay = values['p'] != 0;
+  if (replay == replays.empty() || (replay && names.size() > 1)) Refuse(kUsage);
+  const size_t runs = replay ? replays.size() : values['r'];
   for (const std::string& name : names) {
     std::unique_ptr<Family> family = MakeFamily(name);
     const auto begin = std::chrono::steady_clock::now();
     size_t steps_done = 0;
     for (size_t i = 0; i < runs; ++i) {
-      Steps steps = replays.empty() ? StepsFromSeed(family->grammar(), seed + i, count)
-                                    : Read(family->grammar(), replays[i], bytes);
+      Steps steps = replays.empty() ? StepsFromSeed(family->grammar(), values['s'] + i, values['n'])
+                                    : Read(family->grammar(), replays[i], values['b'] != 0);
       steps_done += steps.size();
       if (Passes(family, steps, kPatience, /*silent=*/false)) continue;
       fprintf(stderr, "\n%s fails with %zu steps, shrinking\n", name.c_str(), steps.size());
       if (!Passes(family, steps, kShrinkingPatience, /*silent=*/true))
         steps = Shrink(family, steps);
-      const std::string run = replays.empty() ? std::to_string(seed + i)
+      const std::string run = replays.empty() ? std::to_string(values['s'] + i)
                                               : std::filesystem::path(replays[i]).stem().string();
       std::filesystem::path path = std::filesystem::read_symlink("/proc/self/exe");
       path.replace_filename("failure-").concat(name).concat("-").concat(run).concat(".txt");

@@ -3,17 +3,18 @@
 
 // quorvel_stress_test: far more reports, deaths, clients and handles than on a device, all at once,
 // then a check that nothing leaks.
+#include <getopt.h>
 #include <malloc.h>
 #include <sched.h>
 #include <stdio.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <atomic>
 #include <chrono>
 #include <deque>
 #include <functional>
+#include <map>
 #include <memory>
 #include <random>
 #include <string>
@@ -285,36 +286,31 @@ void RunStorm(const std::string& name, const Family& family, Kind kind, double c
 // NOLINTNEXTLINE(bugprone-exception-escape): an exception may end the program
 int main(int argc, char** argv) {
   using namespace norvik::qel::stress;  // NOLINT(google-build-using-namespace): its own program
+  constexpr option kOptions[] = {
+      {"family", 1, nullptr, 'f'}, {"seed", 1, nullptr, 's'}, {"scale", 1, nullptr, 'x'}, {}};
   std::string only;
-  double scale = 1;
-  double seconds = 0;
-  uint64_t seed = 1;
-  CLI::App app(
-      "100,000 reports and 10,000 deaths of the service in each family, while clients and handles "
-      "come and go, and what they leave behind.");
-  app.footer("Ends with 1 when something is not as documented, or more is left than there was.");
-  app.add_option("--family", only, "this family alone: battery, sensor, thermal or thermal-hidl")
-      ->check(CLI::IsMember(&kFamilies));
-  app.add_option("--scale", scale, "this many times as many (1)")->check(CLI::PositiveNumber);
-  app.add_option("--seconds", seconds,
-                 "again with the next seeds until that much time has passed; once at least")
-      ->check(CLI::PositiveNumber);
-  app.add_option("--seed", seed, "of the first time (1)");
-  CLI11_PARSE(app, argc, argv);
+  std::map<int, double> values = {{'s', 1}, {'x', 1}};
+  for (int letter; (letter = getopt_long(argc, argv, "", kOptions, nullptr)) != -1;) {
+    const std::string value = optarg == nullptr ? "" : optarg;
+    if (letter == 'f' && kFamilies.contains(value)) {
+      only = value;
+    } else if (value.find_first_not_of("0123456789.") != std::string::npos ||
+               (values[letter] = strtod(value.c_str(), nullptr)) == 0) {
+      fprintf(stderr,
+              "use [--family battery|sensor|thermal|thermal-hidl] [--seed N] [--scale N]\n");
+      return 1;
+    }
+  }
   // One arena: otherwise the allocator's memory would depend on how many threads run at once.
   mallopt(M_ARENA_MAX, 1);
   norvik::qel::SetUpSilentProcess();
-  const auto begin = std::chrono::steady_clock::now();
-  do {
-    printf("seed %llu\n", static_cast<unsigned long long>(seed));
-    for (const auto& [name, family] : kFamilies) {
-      if (!only.empty() && only != name) continue;
-      RunStorm(name, family, Kind::kReports, kReports * scale, seed);
-      if (family.survives_deaths) RunStorm(name, family, Kind::kDeaths, kDeaths * scale, seed);
-    }
-    ++seed;
-  } while (std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count() <
-           seconds);
+  const auto seed = static_cast<uint64_t>(values['s']);
+  const double scale = values['x'];
+  for (const auto& [name, family] : kFamilies) {
+    if (!only.empty() && only != name) continue;
+    RunStorm(name, family, Kind::kReports, kReports * scale, seed);
+    if (family.survives_deaths) RunStorm(name, family, Kind::kDeaths, kDeaths * scale, seed);
+  }
   printf("all stress tests over, nothing left behind\n");
   return 0;
 }

@@ -13,13 +13,14 @@
 
 #include "hang_guard.h"
 
-// Ends the program with the name of a test that hangs. Slow tests wait for real pauses.
+// Ends the program with the name of a test that hangs, before ctest does so without it. Slow tests
+// wait for real pauses.
 class HangGuard : public testing::EmptyTestEventListener {
   void OnTestStart(const testing::TestInfo& info) override {
     using std::chrono::minutes;
     name_ = std::string(info.test_suite_name()) + "." + info.name();
     const bool slow = name_.find("Slow") != std::string::npos;
-    norvik::qel::RestartHangGuard(name_.c_str(), slow ? minutes(20) : minutes(5));
+    norvik::qel::RestartHangGuard(name_.c_str(), slow ? minutes(20) : minutes(4));
   }
 
   std::string name_;

@@ -12,6 +12,8 @@ namespace norvik::qel {
 inline constexpr int kProximity = ASENSOR_TYPE_PROXIMITY;
 inline constexpr int kHinge = ASENSOR_TYPE_HINGE_ANGLE;
 inline constexpr int kProximityMinDelayUs = 20'000;
+inline constexpr char kNoService[] =
+    "InitSensorInterface: sensor service isn't ready, start to reconnect!";
 
 class SensorFixture : public HandleFixture {
  protected:

@@ -14,6 +14,7 @@
 #include <mutex>
 #include <string>
 
+#include "quorvel/fake/log_capture.h"
 #include "quorvel/fake/thread_annotations.h"
 
 namespace {
@@ -24,6 +25,7 @@ constexpr size_t kBufferSize = 1024;
 std::atomic<__android_logger_function> g_logger{__android_log_stderr_logger};
 std::atomic<__android_aborter_function> g_aborter{nullptr};
 std::atomic<int32_t> g_minimum_priority{ANDROID_LOG_DEFAULT};
+std::atomic<int32_t> g_default_priority{ANDROID_LOG_WARN};
 
 // Guards the default tag, which may be replaced while other threads log. Both are leaked on
 // purpose: threads may log until the process ends.
@@ -44,9 +46,9 @@ class ErrnoKeeper {
 
 // Standard error is quiet unless a user or the program asks for more.
 int32_t StderrMinimum() {
-  static const int32_t minimum = [] {
+  static const android_LogPriority asked = [] {
     const char* const name = getenv("QUORVEL_LOG");
-    if (name == nullptr) return ANDROID_LOG_WARN;
+    if (name == nullptr || *name == '\0') return ANDROID_LOG_DEFAULT;
     static constexpr struct {
       const char* name;
       android_LogPriority priority;
@@ -58,10 +60,11 @@ int32_t StderrMinimum() {
     for (const auto& known : kNames) {
       if (strcmp(name, known.name) == 0) return known.priority;
     }
-    fprintf(stderr, "QUORVEL_LOG is '%s', use debug, info, warn, error or none\n", name);
-    return ANDROID_LOG_WARN;
+    fprintf(stderr, "%s: QUORVEL_LOG: unknown '%s', use debug, info, warn, error or none\n",
+            program_invocation_short_name, name);
+    return ANDROID_LOG_DEFAULT;
   }();
-  return minimum;
+  return asked != ANDROID_LOG_DEFAULT ? asked : g_default_priority.load(std::memory_order_relaxed);
 }
 
 char PriorityLetter(int32_t priority) {
@@ -90,6 +93,10 @@ int Emit(int prio, const char* tag, const char* text) {
 }
 
 }  // namespace
+
+void norvik::qel::fake::SetDefaultLogPriority(int32_t priority) {
+  g_default_priority = priority;
+}
 
 extern "C" {
 

@@ -67,7 +67,8 @@ int32_t __android_log_set_minimum_priority(int32_t priority);
 int32_t __android_log_get_minimum_priority(void);
 void __android_log_set_default_tag(const char* tag);
 // 1 or 0. While no minimum is set, `default_prio` is the minimum; on a host, while no logger is set
-// either, at least ANDROID_LOG_WARN or what the environment variable QUORVEL_LOG says.
+// either, at least ANDROID_LOG_WARN, or what the environment variable QUORVEL_LOG says if that is
+// debug, info, warn, error or none.
 int __android_log_is_loggable(int prio, const char* tag, int default_prio);
 
 #ifdef __cplusplus

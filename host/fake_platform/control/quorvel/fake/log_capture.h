@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
-// Captures the log for as long as it lives, so that tests can compare it.
+// Control of the log: what standard error shows, and a capture for tests.
 #pragma once
 
 #include <android/log.h>
@@ -12,6 +12,10 @@
 
 namespace norvik::qel::fake {
 
+// Standard error shows the log from this priority up, ANDROID_LOG_WARN at first, unless QUORVEL_LOG
+// names another one.
+void SetDefaultLogPriority(int32_t priority);
+
 struct LogLine {
   int priority = 0;
   std::string tag = {};
@@ -19,8 +23,8 @@ struct LogLine {
   bool operator==(const LogLine&) const = default;
 };
 
-// Replaces the process's logger: nothing is printed while it lives. Lowers the minimum priority to
-// debug. Only one capture may exist at a time.
+// Captures the log for as long as it lives. Replaces the process's logger: nothing is printed
+// meanwhile. Lowers the minimum priority to debug. Only one capture may exist at a time.
 //
 // Threads: any.
 class LogCapture {
