@@ -167,6 +167,14 @@ std::span<const Option> AllOptions() {
   return kOptions;
 }
 
+const Command* CommandNamed(std::string_view name) {
+  const Command* found = nullptr;
+  ForEachCommand([&](const Command& command) {
+    if (command.name == name) found = &command;
+  });
+  return found;
+}
+
 const Option* OptionNamed(std::string_view name) {
   for (const Option& option : AllOptions()) {
     if (option.name == name) return &option;

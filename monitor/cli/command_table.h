@@ -57,7 +57,8 @@ void PrintCompletions(std::span<const std::string> words);
 // --man`.
 std::string ManualLists();
 
-// Null if there is none.
+// The following two return null if there is none.
+const Command* CommandNamed(std::string_view name);
 const Option* OptionNamed(std::string_view name);
 // Throws UsageError. `source` is the option or variable that names the device.
 const DeviceType& DeviceNamed(std::string_view name, const std::string& source);

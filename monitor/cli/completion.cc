@@ -112,23 +112,21 @@ Line Read(std::span<const std::string> words) {
 }
 
 void AddOptions(const Line& line, const Candidates& candidates) {
+  const Command* const command = CommandNamed(line.command);
   for (const Option& option : AllOptions()) {
-    bool is_taken = line.command.empty();
-    ForEachCommand([&](const Command& command) {
-      is_taken |= command.name == line.command && Takes(command, option);
-    });
+    const bool is_taken = command != nullptr ? Takes(*command, option) : line.command.empty();
     if (is_taken) candidates.Add("--" + std::string(option.name), option.text);
   }
 }
 
 void AddOperands(const Line& line, const Candidates& candidates) {
-  ForEachCommand([&](const Command& command) {
-    if (command.name != line.command) return;
-    if (command.operands == "NAME...") {
-      return candidates.AddNames(command, line.operands.empty() ? "" : line.operands.front());
-    }
-    if (line.operands.empty()) candidates.AddValues(command.operands);
-  });
+  const Command* const command = CommandNamed(line.command);
+  if (command == nullptr) return;
+  if (command->operands == "NAME...") {
+    candidates.AddNames(*command, line.operands.empty() ? "" : line.operands.front());
+  } else if (line.operands.empty()) {
+    candidates.AddValues(command->operands);
+  }
 }
 
 }  // namespace

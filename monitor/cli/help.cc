@@ -152,10 +152,7 @@ std::string GeneralHelp(size_t columns) {
 
 // Throws UsageError for an unknown command.
 std::string HelpOf(const std::string& name, size_t columns) {
-  const Command* found = nullptr;
-  ForEachCommand([&](const Command& command) {
-    if (command.name == name) found = &command;
-  });
+  const Command* const found = CommandNamed(name);
   if (found == nullptr) {
     throw UsageError("help: unknown command '" + name + "', use " +
                      Enumerated(CommandNames(), "or"));

@@ -78,10 +78,7 @@ std::string OptionsOf(const Command& command, const std::string& last) {
   if (optopt != 0) word = {'-', static_cast<char>(optopt)};
   std::string text = "unknown option '" + word + "'";
   for (const char* const other : words) {
-    const Command* command = nullptr;  // all rows of a command take the same options
-    ForEachCommand([&](const Command& entry) {
-      if (entry.name == other) command = &entry;
-    });
+    const Command* const command = CommandNamed(other);
     if (command == nullptr) continue;
     throw UsageError(std::string(other) + ": " + text + ", use " + OptionsOf(*command, "or"));
   }
@@ -99,10 +96,7 @@ void CheckChoice(const Option& entry, const std::string& value) {
 const Command& TakeCommand(std::vector<std::string>& words) {
   const std::string all_names = Enumerated(CommandNames(), "or");
   if (words.empty()) throw UsageError("a command is missing, use " + all_names);
-  const Command* found = nullptr;
-  ForEachCommand([&](const Command& entry) {
-    if (entry.name == words.front()) found = &entry;
-  });
+  const Command* const found = CommandNamed(words.front());
   if (found == nullptr) {
     throw UsageError("unknown command '" + words.front() + "', use " + all_names);
   }
