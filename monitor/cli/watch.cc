@@ -48,6 +48,7 @@ int Watch(const Options& options, Output& output) {
   std::vector<std::string> subjects;  // checked before anything is printed or started
   for (const std::string& operand : options.operands) {
     subjects.push_back(TemperatureKeyOf(operand));
+    output.ExpectName(subjects.back());
   }
   if (!is_thermal) subjects = {family};
   output.Explain("Watching the " + (is_thermal ? "throttling" : family) +
