@@ -29,48 +29,58 @@ constexpr char kRefusedLookUp[] =
 
 enum class Result { kOk, kWarning, kFailed };
 constexpr std::array<std::string_view, 3> kResultNames = {"ok", "warning", "failed"};
+constexpr std::array<std::string_view, 3> kResultColours = {kGreen, kYellow, kRed};
 
-// Prints each check when it is done, and counts the results.
+// Prints each check when it is done, and counts the results. Does neither once the session has
+// stopped: a wait that was interrupted has no result.
 class Checks {
  public:
-  explicit Checks(Output& output) : output_(output) {}
+  explicit Checks(Session& session) : session_(session) {}
 
   void Add(std::string_view subject, const std::string& check, Result result,
            const std::string& detail, const std::string& next_step = {}) {
+    if (session_.stopped()) return;
     ++counts_[static_cast<size_t>(result)];
     const std::string_view name = kResultNames[static_cast<size_t>(result)];
-    output_.ShowRecord("check", {{"subject", std::string(subject)},
-                                 {"check", check},
-                                 {"result", std::string(name)},
-                                 {"detail", detail},
-                                 {"next_step", next_step}});
-    std::string line(name);
-    line.append(kResultWidth - line.size(), ' ');
-    line += std::string(subject) + ": " + check + (detail.empty() ? "" : ": " + detail);
+    session_.output().ShowRecord("check", {{"subject", std::string(subject)},
+                                           {"check", check},
+                                           {"result", std::string(name)},
+                                           {"detail", detail},
+                                           {"next_step", next_step}});
+    std::string line = std::string(subject) + ": " + check;
+    if (!detail.empty()) line += ": " + detail;
     if (!next_step.empty()) line += "; next: " + next_step;
-    std::string text = Wrapped(Printable(line), StandardOutput().columns, kResultWidth);
+    const std::string result_cell =
+        terminal_.Coloured(name, kResultColours[static_cast<size_t>(result)]) +
+        std::string(kResultWidth - name.size(), ' ');
+    std::string text = Wrapped(result_cell + Printable(line), terminal_.limit, kResultWidth);
     text.pop_back();
-    output_.Explain(text);
+    session_.output().Explain(text);
   }
-  // Adds a check that is ok, or failed with the next step. Returns `is_ok`.
+  // Adds a check that is ok, or else failed or a warning with the next step. Returns `is_ok`.
   bool Check(std::string_view subject, const std::string& check, bool is_ok,
-             const std::string& detail, const std::string& next_step) {
-    Add(subject, check, is_ok ? Result::kOk : Result::kFailed, detail, is_ok ? "" : next_step);
+             const std::string& detail, const std::string& next_step,
+             Result otherwise = Result::kFailed) {
+    Add(subject, check, is_ok ? Result::kOk : otherwise, detail, is_ok ? "" : next_step);
     return is_ok;
   }
   int Finish() {
     const auto [ok, warnings, failed] = counts_;
     const std::string text = std::to_string(ok) + " ok, " + Counted(warnings, "warning") + ", " +
                              std::to_string(failed) + " failed";
-    output_.ShowRecord("summary", {{"success", Value(failed == 0)}, {"text", text}});
-    output_.Explain("\n" + text);
+    if (!session_.stopped()) {
+      session_.output().ShowRecord("summary", {{"success", Value(failed == 0)}, {"text", text}});
+      session_.output().Explain("\n" + text);
+    }
+    if (session_.stopped()) return kExitInterrupted;
     return failed == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
   }
 
  private:
   static constexpr size_t kResultWidth = 9;
 
-  Output& output_;
+  Session& session_;
+  const Terminal terminal_ = StandardOutput();
   std::array<int, 3> counts_ = {};
 };
 
@@ -96,20 +106,15 @@ bool CheckService(const ServiceState& state, Checks& checks) {
   return answers;
 }
 
-// Checks that the library's clients receive values. All families share one deadline.
+// Checks that the library's clients receive values.
 class LibraryChecks {
  public:
   LibraryChecks(Session& session, Checks& checks)
-      : session_(session),
-        checks_(checks),
-        end_(Clock::now() + kReportLimit),
-        client_(session.events()) {}
+      : session_(session), checks_(checks), client_(session.events()) {}
 
   void CheckBattery() {
     if (!CheckRegistered(kHealthService, client_.Join(kBatteryFamily))) return;
-    checks_.Check(kHealthService, "link made",
-                  client_.Dump(kBatteryFamily).find("linked to services = T") != std::string::npos,
-                  "", "look at the library's log for the reason (tag audio_hw_battery)");
+    CheckLink(kHealthService, kBatteryFamily, "linked to services = T");
     CheckFirstValue(kHealthService, {kBatteryProperties.begin(), kBatteryProperties.end()});
   }
 
@@ -118,16 +123,24 @@ class LibraryChecks {
     for (const SensorProperty* sensor : kSensorProperties) {
       if (!client_.Lacks(*sensor)) continue;
       checks_.Add(kSensorService, std::string(sensor->key), Result::kWarning,
-                  "the device has no such sensor",
+                  "the device has no such sensor, so no callback is registered for it",
                   "nothing, if that is true; otherwise let the sensor service list it");
     }
-    if (!CheckRegistered(kSensorService, registered)) return;
-    for (const SensorProperty* sensor : client_.sensors()) {
+    const std::vector<const SensorProperty*> sensors = client_.sensors();
+    if (registered && sensors.empty()) return;
+    std::string names;
+    for (const SensorProperty* sensor : sensors) {
+      names.append(names.empty() ? "" : ", ").append(sensor->key);
+    }
+    if (!CheckRegistered(kSensorService, registered, names)) return;
+    CheckLink(kSensorService, kSensorFamily, "Poll :T");  // polls while a sensor is enabled
+    for (const SensorProperty* sensor : sensors) {
       CheckFirstValue(kSensorService, {sensor});
     }
   }
 
-  // Registers for the first temperature that can be watched.
+  // Registers for the first temperature that can be watched. Whether the service has accepted the
+  // callback cannot be found out: the library only logs it.
   void CheckThermal(std::string_view service) {
     const auto temperatures = PlatformTemperatures();
     if (!checks_.Check(service, "temperatures listed", temperatures.has_value(),
@@ -139,16 +152,25 @@ class LibraryChecks {
     const auto first =
         std::find_if(temperatures->begin(), temperatures->end(),
                      [](const auto& report) { return IsWatchableType(report.type); });
-    if (first == temperatures->end()) return;
+    if (first == temperatures->end()) {
+      return checks_.Add(service, "callback registered, first value", Result::kWarning,
+                         "not checked: there is no temperature that can be watched",
+                         "nothing, if that is true; otherwise let the thermal service list one");
+    }
     const std::string key = KeyOf(*first);
     const Property property = PropertyOf(key);
-    if (CheckRegistered(service, client_.Join(key))) CheckFirstValue(service, {&property});
+    if (CheckRegistered(service, client_.Join(key), key)) CheckFirstValue(service, {&property});
   }
 
  private:
-  bool CheckRegistered(std::string_view service, bool registered) {
-    return checks_.Check(service, "callback registered", registered, "",
-                         "look at the library's log: its tags begin with audio_hw");
+  bool CheckRegistered(std::string_view service, bool registered, const std::string& names = {}) {
+    return checks_.Check(service, "callback registered", registered, names, kLog);
+  }
+
+  // `mark`: what the family's dump has while it is linked.
+  void CheckLink(std::string_view service, std::string_view family, const char* mark) {
+    const bool is_linked = client_.Dump(family).find(mark) != std::string::npos;
+    checks_.Check(service, "link made", is_linked, "", kLog);
   }
 
   // Waits for a callback of any of the properties.
@@ -159,7 +181,7 @@ class LibraryChecks {
         return session_.observed().callbacks(property->key) > 0;
       });
     };
-    static_cast<void>(session_.WaitFor(heard, std::max(end_ - start, Clock::duration::zero())));
+    static_cast<void>(session_.WaitFor(heard, kReportLimit));
     const auto time = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start);
     const std::string of = properties.size() == 1 ? " of " + std::string(properties[0]->key) : "";
     checks_.Check(
@@ -188,23 +210,30 @@ class LibraryChecks {
     }
   }
 
+  static constexpr char kLog[] = "look at the library's log: its tags begin with audio_hw";
+
   Session& session_;
   Checks& checks_;
-  const Clock::time_point end_;
   Client client_;
 };
 
-// Lists the device's parts, and its notices as warnings.
+// Lists the device's parts and its notices. One about the battery level says how the level is made,
+// any other one what is missing or wrong.
 void CheckDevice(Device& device, const std::vector<DeviceEvent>& notices, Checks& checks) {
+  constexpr char kNext[] =
+      "nothing, if that is right; otherwise look at the device and its driver "
+      "(host/linux_machine/README.md says which files are read)";
   for (const DevicePart& part : device.Parts()) {
     std::string detail = part.kind;
     for (const std::string& text : {part.value, part.item, part.remark}) {
       if (!text.empty()) detail += ", " + text;
     }
-    checks.Add("device", part.name, Result::kOk, detail);
+    checks.Check("device", part.name, part.remark != kCannotBeRead, detail, kNext,
+                 Result::kWarning);
   }
   for (const DeviceEvent& notice : notices) {
-    checks.Add(notice.service, "notice", Result::kWarning, notice.detail);
+    checks.Check(notice.service, "notice", notice.detail.starts_with("battery level:"),
+                 notice.detail, kNext, Result::kWarning);
   }
 }
 
@@ -221,7 +250,7 @@ int Doctor(const Options& options, Output& output) {
          }
          return true;
        }});
-  Checks checks(output);
+  Checks checks(session);
   checks.Check("process", "binder threads started", HasBinderThreads(), "",
                "call ABinderProcess_startThreadPool() before the first handle is made");
   const std::vector<ServiceState> services = LookUpServices();

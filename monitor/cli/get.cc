@@ -52,7 +52,9 @@ std::string WaitForSensors(const std::vector<std::string>& keys, Client& client,
 int Get(const Options& options, Output& output) {
   std::vector<std::string> keys = KeysIn(options);
   const std::set<std::string_view> families = FamiliesOf(keys);
-  Session session(options, output, {.show_events = false, .families = families, .waits = false});
+  Session session(
+      options, output,
+      {.show_events = false, .families = families, .waits = families.contains(kSensorFamily)});
   NoteIgnoredBatteries(session);
   session.ShowPending();  // the notices, also before a failure
   Client client(session.events());
@@ -60,9 +62,11 @@ int Get(const Options& options, Output& output) {
   if (families.contains(kThermalFamily)) reports = PlatformTemperatures();
   if (!reports) return session.Fail(FailureOf(kThermalService));
   keys = LookedUp(keys, *reports);
+  for (const std::string& key : keys) output.ExpectName(key);
   if (const auto fault = WaitForSensors(keys, client, session); !fault.empty()) {
     return session.Fail(fault);
   }
+  if (session.stopped()) return kExitInterrupted;
   std::vector<Value> values;
   for (const std::string& key : keys) {
     const auto* const sensor = SensorPropertyOf(key);

@@ -43,7 +43,7 @@ std::string Listed(const Rows& rows, size_t columns) {
   if (columns >= kNarrow) return Table(rows, columns);
   std::string text;
   for (const auto& row : rows) {
-    text += TableEntry(Printable(row[0]), Printable(Joined(row[1], row[2])), columns);
+    text += TableEntry(row[0], Joined(row[1], row[2]), columns);
   }
   text.pop_back();
   return text;
@@ -60,20 +60,21 @@ int List(const Options& options, Output& output) {
   InventoryReader reader(session);
   if (reader.WaitForSensors() == Session::Wake::kStop) return kExitInterrupted;
   const Inventory inventory = reader.Read();
+  const Terminal terminal = StandardOutput();
   Rows items = {{"NAME", "VALUE", "SOURCE"}};
   for (const Item& item : inventory.items) {
-    items.push_back({item.key, ValueOf(item), Joined(item.source, item.remark)});
+    items.push_back({Printable(item.key), terminal.Coloured(ValueOf(item), ColourOf(WorstOf(item))),
+                     Printable(Joined(item.source, item.remark))});
     output.ShowRecord("item", ToFields(item));
   }
   Rows supplies;
   for (const DevicePart& part : inventory.supplies) {
-    supplies.push_back({part.name, part.kind, Joined(part.value, part.remark)});
+    supplies.push_back({Printable(part.name), part.kind, Joined(part.value, part.remark)});
     output.ShowRecord("supply", ToFields(part));
   }
-  const size_t columns = StandardOutput().columns;
-  output.Explain(Listed(items, columns));
-  if (!supplies.empty()) output.Explain("\nPower supplies:\n" + Listed(supplies, columns));
-  return EXIT_SUCCESS;
+  output.Explain(Listed(items, terminal.limit));
+  if (!supplies.empty()) output.Explain("\nPower supplies:\n" + Listed(supplies, terminal.limit));
+  return session.stopped() ? kExitInterrupted : EXIT_SUCCESS;
 }
 
 }  // namespace norvik::qel::monitor

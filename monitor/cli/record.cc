@@ -22,7 +22,10 @@ int Record(const Options& options, Output& output) {
                     const auto* const told = std::get_if<DeviceEvent>(&event.what);
                     const auto* const report =
                         told != nullptr ? std::get_if<TemperatureReport>(&told->report) : nullptr;
-                    if (learner != nullptr && report != nullptr) learner->Learn(*report);
+                    if (learner != nullptr && report != nullptr) {
+                      learner->Learn(*report);
+                      output.ExpectName(KeyOf(*report));
+                    }
                     return recorder.Note(event);
                   }});
   Client client(session.events());

@@ -81,7 +81,7 @@ Session::Wake Session::WaitUntil(Clock::time_point until, int input) {
 
 // Waits for the first of: a reason to stop, an event, the end of the time, input.
 Session::Wake Session::Wait(Clock::time_point until, int input) {
-  if (stopped_ || !output_.lines().open()) return Wake::kStop;
+  if (stopped()) return Wake::kStop;
   pollfd fds[] = {
       {.fd = signals_ ? signals_->fd() : kNoInput, .events = POLLIN, .revents = 0},
       {.fd = STDOUT_FILENO, .events = 0, .revents = 0},  // reports a closed reader

@@ -100,6 +100,8 @@ class Session {
   Device& device() { return *device_; }
   const std::shared_ptr<EventQueue>& events() { return events_; }
   const Observed& observed() const { return observed_; }
+  // Whether every further wait returns kStop.
+  bool stopped() const { return stopped_ || !output_.lines().open(); }
 
  private:
   // Returns kTime also if an event is pending.

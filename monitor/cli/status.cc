@@ -10,6 +10,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -17,6 +18,7 @@
 #include "cli/device_script.h"
 #include "cli/session.h"
 #include "clients/inventory.h"
+#include "output/printable.h"
 #include "output/terminal.h"
 
 namespace norvik::qel::monitor {
@@ -96,20 +98,16 @@ std::string StateOfServices(const std::vector<ServiceState>& services) {
   return text;
 }
 
-// Puts the temperatures last, the most severe and hottest first: the screen may not show all.
+// Puts the throttled items first, the most severe and hottest at the top, and the other
+// temperatures last: the screen may not show all.
 void SortByUrgency(std::vector<Item>* items) {
-  const auto is_temperature = [](const Item& item) { return item.severity.has_value(); };
-  std::stable_sort(items->begin(), items->end(), [&](const Item& a, const Item& b) {
-    if (!is_temperature(a) || !is_temperature(b)) return is_temperature(a) < is_temperature(b);
-    return std::pair(*a.severity, NumberOf(a.value)) > std::pair(*b.severity, NumberOf(b.value));
-  });
-}
-
-bool IsAlarming(const Item& item) {
-  const auto* const limits = std::get_if<Severities>(&item.value);
-  const auto is_alarming = [](Severity severity) { return severity >= Severity::kModerate; };
-  return is_alarming(item.severity.value_or(Severity::kNone)) ||
-         (limits != nullptr && std::any_of(limits->begin(), limits->end(), is_alarming));
+  const auto urgency = [](const Item& item) {
+    // Other units cannot be compared with degrees.
+    const auto heat = item.unit == kCelsius ? NumberOf(item.value) : std::nullopt;
+    return std::tuple(WorstOf(item), !item.severity.has_value(), heat);
+  };
+  std::stable_sort(items->begin(), items->end(),
+                   [&](const Item& a, const Item& b) { return urgency(a) > urgency(b); });
 }
 
 class StatusScreen {
@@ -128,9 +126,9 @@ class StatusScreen {
       const bool is_new = history.Add(item);
       has_changed |= is_new;
       if (is_new || !follows_ || !has_been_shown_) output_.ShowRecord("item", ToFields(item));
-      colours.emplace_back(is_new ? kBold : "").append(IsAlarming(item) ? kYellow : "");
-      rows.push_back({(is_new ? "* " : "  ") + item.key, ShortValueOf(item)});
-      if (follows_ && terminal.columns >= kNarrow) rows.back().push_back(history.Bars());
+      colours.emplace_back(is_new ? kBold : "").append(WorstOf(item) >= kAlarming ? kYellow : "");
+      rows.push_back({(is_new ? "* " : "  ") + Printable(item.key), ShortValueOf(item)});
+      if (follows_ && terminal.limit >= kNarrow) rows.back().push_back(history.Bars());
     }
     const std::string services = StateOfServices(inventory.services);
     has_changed |= services != services_;
@@ -165,12 +163,12 @@ class StatusScreen {
   std::string ScreenOf(const Rows& rows, const std::vector<std::string>& colours,
                        const Terminal& terminal) const {
     const std::string clock = TimeOfDay(std::chrono::system_clock::now()).substr(0, 8);
-    std::string services = Wrapped("services: " + services_, terminal.columns, 2);
+    std::string services = Wrapped("services: " + services_, terminal.limit, 2);
     services.pop_back();
     const bool all_up = services_.find(" down") == std::string::npos;
     std::string screen = terminal.Coloured(clock, kDim) + "\n" +
                          terminal.Coloured(services, all_up ? kBold : kYellow);
-    const std::vector<std::string> table = TableRows(rows, terminal.columns);
+    const std::vector<std::string> table = TableRows(rows, terminal.limit);
     size_t lines = LinesOf(screen);
     for (const std::string& row : table) lines += LinesOf(row);
     const size_t height = lines < Height() ? Height() : Height() - 1;  // room for the last line
@@ -209,7 +207,7 @@ int Status(const Options& options, Output& output) {
     script.Run(session, next);
     wake = session.WaitUntil(Session::Clock::now());
   }
-  return wake == Session::Wake::kStop && !options.follow ? kExitInterrupted : EXIT_SUCCESS;
+  return session.stopped() && !options.follow ? kExitInterrupted : EXIT_SUCCESS;
 }
 
 }  // namespace norvik::qel::monitor

@@ -50,7 +50,9 @@ int Watch(const Options& options, Output& output) {
   ExplainSilence(families, output);
   std::string absent;
   bool all_are_absent = true;
-  for (const std::string& key : LookedUp(keys, reports)) {
+  keys = LookedUp(keys, reports);
+  for (const std::string& key : keys) output.ExpectName(key);
+  for (const std::string& key : keys) {
     if (key == kThermalFamily || !client.Join(key)) {
       const std::string_view service = ServiceOf(key);
       if (service != kThermalService) return session.Fail(FailureOf(service, kRefusal));

@@ -25,6 +25,9 @@ struct DeviceSetup {
   bool verbose = false;
 };
 
+// The remark of a part whose value is missing.
+inline constexpr char kCannotBeRead[] = "cannot be read";
+
 // A part of the device: the source of a value, or a part that contributes to none.
 struct DevicePart {
   std::string name;         // the kernel's: "BAT0", "thermal_zone3"

@@ -79,6 +79,10 @@ const ServiceState& ThermalServiceOf(const std::vector<ServiceState>& services) 
   return hidl.is_found && !(aidl.is_found && aidl.is_declared == true) ? hidl : aidl;
 }
 
+Severity WorstOf(const Item& item) {
+  return std::max(WorstOf(item.value), item.severity.value_or(Severity::kNone));
+}
+
 std::string ValueOf(const Item& item) {
   std::string text = InWords({.key = {}, .unit = item.unit}, item.value);
   if (item.severity) text += ", " + InWords({}, Value(*item.severity));

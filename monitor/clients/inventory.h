@@ -27,6 +27,7 @@ struct Item {
   std::string remark = {};                // "cannot be read"
 };
 
+Severity WorstOf(const Item& item);
 // "36.5 degrees C, SEVERE"
 std::string ValueOf(const Item& item);
 Fields ToFields(const Item& item);

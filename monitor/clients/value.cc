@@ -49,6 +49,13 @@ std::optional<Severity> SeverityNamed(std::string_view name) {
   return static_cast<Severity>(found - kSeverityNames.begin());
 }
 
+Severity WorstOf(const Value& value) {
+  if (const auto* severity = std::get_if<Severity>(&value)) return *severity;
+  const auto* const several = std::get_if<Severities>(&value);
+  if (several == nullptr || several->empty()) return Severity::kNone;
+  return *std::max_element(several->begin(), several->end());
+}
+
 std::string InWords(const Property& property, const Value& value) {
   if (const int* number = std::get_if<int>(&value)) {
     return std::to_string(*number) + std::string(property.unit);

@@ -20,6 +20,7 @@ struct Absent {
 // How strongly the device throttles. A service may report other numbers, too.
 enum class Severity : int { kNone, kLight, kModerate, kSevere, kCritical, kEmergency, kShutdown };
 using Severities = std::vector<Severity>;
+inline constexpr Severity kAlarming = Severity::kModerate;  // and all that are worse
 
 // In this order: unknown; a number; online or offline; not present; a measurement; a severity;
 // several severities.
@@ -34,6 +35,9 @@ struct Property {
 std::optional<std::string_view> NameOf(Severity severity);
 // The severity with this name; nullopt if there is none.
 std::optional<Severity> SeverityNamed(std::string_view name);
+
+// The worst severity in the value; NONE if there is none.
+Severity WorstOf(const Value& value);
 
 // "50 %", "online", "unknown", "not present", "36.5 degrees C", "SEVERE", "NONE, LIGHT".
 std::string InWords(const Property& property, const Value& value);

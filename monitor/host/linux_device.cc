@@ -51,6 +51,7 @@ DevicePart ToPart(const PowerSupply& supply) {
     return part;
   }
   part.item = item;
+  if (part.value.empty()) part.remark = kCannotBeRead;
   if (item.empty()) part.remark = "neither a wireless nor a dock charger";
   if (supply.share && supply.weight != PowerSupply::Weight::kNone) {
     part.remark = std::to_string(std::lround(100 * *supply.share)) + " % of the level, by " +
@@ -63,7 +64,7 @@ DevicePart ToPart(const TemperatureSource& source) {
   return {.name = source.device,
           .kind = "temperature",
           .item = toString(source.type) + ":" + source.name,
-          .remark = source.is_readable ? "" : "cannot be read"};
+          .remark = source.is_readable ? "" : kCannotBeRead};
 }
 
 DevicePart ToPart(const SensorSource& source) {

@@ -43,12 +43,15 @@ class Output {
 
   // Names the device in the first line of text and in every JSON object.
   void SetDevice(std::string_view name) { device_ = name; }
+  // Text only: makes the column of names wide enough for a name that may come.
+  void ExpectName(std::string_view name);
   // Stops all printing: the recording goes to standard output.
   void Mute() { lines_.Mute(); }
   const LineWriter& lines() const { return lines_; }
 
  protected:
-  std::string device_;  // empty if the command uses no device
+  std::string device_;      // empty if the command uses no device
+  size_t name_width_ = 24;  // columns; longer names that are not expected stand out
   LineWriter lines_;
 };
 

@@ -59,9 +59,15 @@ std::string Printable(std::string_view text) {
 }
 
 size_t ColumnsOf(std::string_view text) {
-  return static_cast<size_t>(std::count_if(text.begin(), text.end(), [](char c) {
-    return (static_cast<unsigned char>(c) & 0xc0) != 0x80;
-  }));
+  size_t columns = 0;
+  for (size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '\033') {
+      i = std::min(text.find('m', i), text.size());
+    } else if ((ByteAt(text, i) & 0xc0) != 0x80) {
+      ++columns;
+    }
+  }
+  return columns;
 }
 
 }  // namespace norvik::qel::monitor

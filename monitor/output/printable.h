@@ -17,7 +17,8 @@ size_t CharacterSize(std::string_view text);
 // The text with control characters and bytes that are not UTF-8 escaped: "\x1b", "\u009b".
 std::string Printable(std::string_view text);
 
-// The width of the text in columns. Every character counts as one column.
+// The width of the text in columns. Every character counts as one column, sequences that set
+// colours count as none.
 size_t ColumnsOf(std::string_view text);
 
 }  // namespace norvik::qel::monitor

@@ -64,8 +64,8 @@ Terminal StandardOutput() {
   }
   const std::string_view columns = Variable("COLUMNS");
   std::from_chars(columns.data(), columns.data() + columns.size(), terminal.columns);
-  terminal.is_limited = terminal.is_terminal || !columns.empty();
   terminal.columns = std::max(terminal.columns, kNarrowest);
+  if (terminal.is_terminal || !columns.empty()) terminal.limit = terminal.columns;
   return terminal;
 }
 
@@ -79,16 +79,19 @@ std::string Wrapped(std::string_view text, size_t columns, size_t indent, size_t
   size_t column = used;
   bool is_first = true;  // the next word is the first one of its line
   while (!text.empty()) {
+    std::string_view word = text.substr(0, text.find(' '));
     // A word longer than a line is split.
-    const std::string_view word =
-        text.substr(0, text.find(' ')).substr(0, std::max<size_t>(columns - indent, 1));
-    text.remove_prefix(word.size());
-    if (text.starts_with(' ')) text.remove_prefix(1);
+    while (ColumnsOf(word) > std::max<size_t>(columns - indent, 1)) word.remove_suffix(1);
     if (!is_first && column + 1 + ColumnsOf(word) > columns) {
+      DropBlanks(&lines);
       lines.append("\n").append(indent, ' ');
       column = indent;
       is_first = true;
+      text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
+      continue;
     }
+    text.remove_prefix(word.size());
+    if (text.starts_with(' ')) text.remove_prefix(1);
     lines.append(is_first ? "" : " ").append(word);
     column += ColumnsOf(word) + (is_first ? 0 : 1);
     is_first = false;
@@ -125,7 +128,7 @@ std::vector<std::string> TableRows(const std::vector<std::vector<std::string>>& 
         const size_t column = std::max(std::min(start, columns - width), EndOf(line) + kGap);
         line.append(column - EndOf(line), ' ');
       }
-      AddCell(Printable(row[i]), EndOf(line), columns, &line);
+      AddCell(row[i], EndOf(line), columns, &line);
       start += widths[i] + kGap;
     }
     DropBlanks(&line);

@@ -3,6 +3,7 @@
 
 #include <stdio.h>
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -15,13 +16,8 @@ namespace norvik::qel::monitor {
 
 namespace {
 
-constexpr size_t kNameWidth = 26;
-constexpr std::string_view kDeviceMark = "** device: ";
-
-std::string Padded(const std::string& text) {
-  const size_t columns = ColumnsOf(text);
-  return text + std::string(columns + 2 < kNameWidth ? kNameWidth - columns : 2, ' ');
-}
+constexpr std::chrono::seconds kTogether(2);
+constexpr size_t kSeconds = 8;  // the size of "12:00:03"
 
 std::string InWords(const DeviceEvent& event) {
   const std::string service = "the " + event.service + " service";
@@ -57,14 +53,14 @@ class TextOutput : public Output {
 
   void Show(const Event& event) override {
     if (const auto* device_event = std::get_if<DeviceEvent>(&event.what)) {
-      ShowDeviceEvent(event.time, std::string(kDeviceMark) + Printable(InWords(*device_event)));
+      ShowDeviceEvent(event.time, Printable(InWords(*device_event)));
       return;
     }
     const auto& change = std::get<ValueChange>(event.what);
-    WriteAt(event.time,
-            Padded(Printable(change.property->key)) +
-                monitor::InWords(*change.property, change.old_value) + "  ->  ",
-            monitor::InWords(*change.property, change.new_value), kBold);
+    const std::string name = Printable(change.property->key);
+    ExpectName(name);
+    ShowChange(event.time, name, monitor::InWords(*change.property, change.old_value),
+               Shown(*change.property, change.new_value));
   }
 
   void Note(const Event& notice) override {
@@ -73,7 +69,7 @@ class TextOutput : public Output {
   }
 
   void ShowReading(const Property& property, const Value& value) override {
-    Write(Padded(Printable(property.key)) + monitor::InWords(property, value));
+    Write(Fitted(Padded(Printable(property.key)) + Shown(property, value), /*indent=*/4));
   }
 
   void ShowDump(std::string_view /*family*/, const std::string& text) override {
@@ -81,13 +77,18 @@ class TextOutput : public Output {
     Write(text.ends_with('\n') ? text.substr(0, text.size() - 1) : text);
   }
 
-  void Explain(const std::string& text) override { Write(Fitted(text)); }
+  void Explain(const std::string& text) override {
+    EndRepetition();
+    Write(Fitted(text));
+  }
+
   void Heading(const std::string& text) override {
     EndRepetition();
-    Write("\n" + terminal_.Coloured(Printable(text), kBold));
+    Write("\n" + Fitted(terminal_.Coloured(Printable(text), kBold), /*indent=*/4));
   }
 
   void Say(const std::string& text) override {
+    EndRepetition();
     Write(Fitted("   " + Printable(text), /*indent=*/3));
   }
 
@@ -97,23 +98,47 @@ class TextOutput : public Output {
   }
 
  private:
+  bool Fits(const std::string& line) const { return ColumnsOf(line) <= terminal_.limit; }
+
   // Wraps the text at the terminal's width. Text that has several lines stays as it is.
   std::string Fitted(const std::string& text, size_t indent = 0) const {
-    if (!terminal_.is_limited || text.find('\n') != std::string::npos) return text;
-    std::string lines = Wrapped(text, terminal_.columns, indent);
+    if (Fits(text) || text.find('\n') != std::string::npos) return text;
+    std::string lines = Wrapped(text, terminal_.limit, indent);
     lines.pop_back();  // Write() ends the line
     return lines;
   }
 
+  std::string Padded(const std::string& name) const {
+    return name + std::string(std::max(name_width_, ColumnsOf(name)) - ColumnsOf(name) + 2, ' ');
+  }
+
+  std::string Shown(const Property& property, const Value& value) const {
+    return terminal_.Coloured(monitor::InWords(property, value), ColourOf(WorstOf(value)));
+  }
+
+  // Aligned, or without that if the line would not fit, or else as two lines.
+  void ShowChange(WallTime time, const std::string& name, const std::string& before,
+                  const std::string& after) {
+    const std::string clock = ClockAt(time);
+    const std::string line = clock + Padded(name) + before + "  ->  " + after;
+    if (Fits(line)) return Write(line);
+    std::string first = name;
+    std::string second = before + " -> " + after;
+    const std::string short_line = clock + first + "  " + second;
+    if (Fits(short_line)) return Write(short_line);
+    if (!Fits(clock + first)) std::swap(first, second);
+    Write(Fitted(clock + first, /*indent=*/4));
+    Write(Fitted("    " + second, /*indent=*/4));
+  }
+
   // Of consecutive equal events within two seconds, only the first is shown; the rest is counted.
   void ShowDeviceEvent(WallTime time, const std::string& text) {
-    constexpr std::chrono::seconds kTogether(2);
     if (text == repeated_ && time - repeated_since_ < kTogether) {
       ++repetitions_;
       return;
     }
     EndRepetition();
-    WriteAt(time, "", text, kYellow);
+    Write(Fitted(ClockAt(time) + terminal_.Coloured("** device: " + text, kYellow), /*indent=*/4));
     repeated_ = text;
     repeated_since_ = time;
   }
@@ -121,22 +146,18 @@ class TextOutput : public Output {
   void EndRepetition() {
     const int count = std::exchange(repetitions_, 0);
     if (count == 0) return;
-    const std::string what = repeated_.substr(kDeviceMark.size());
-    lines_.Write(Fitted("    ** " + Counted(count, "more time") + ": " + what, /*indent=*/4));
+    const std::string text = "** " + Counted(count, "more time") + ": " + repeated_;
+    lines_.Write(Fitted("    " + terminal_.Coloured(text, kYellow), /*indent=*/4));
   }
 
-  // Writes the time, the plain text and the coloured text. Continuation lines are indented.
-  void WriteAt(WallTime time, const std::string& plain, const std::string& coloured,
-               std::string_view colour) {
+  // The start of a line. A line with the date precedes the first one of a new day.
+  std::string ClockAt(WallTime time) {
+    if (time - repeated_since_ >= kTogether) EndRepetition();
     const std::string date = DateOf(time);
     if (!date_.empty() && date != date_) Write("--- " + date);
     date_ = date;
-    const std::string clock = TimeOfDay(time) + "  ";
-    if (terminal_.is_limited && ColumnsOf(clock + plain + coloured) > terminal_.columns) {
-      Write(Fitted(clock + plain + coloured, /*indent=*/4));
-    } else {
-      Write(terminal_.Coloured(clock, kDim) + plain + terminal_.Coloured(coloured, colour));
-    }
+    const size_t size = terminal_.limit < kNarrow ? kSeconds : std::string::npos;
+    return terminal_.Coloured(TimeOfDay(time).substr(0, size), kDim) + "  ";
   }
 
   void Write(const std::string& text) {
@@ -155,6 +176,12 @@ class TextOutput : public Output {
 };
 
 }  // namespace
+
+void Output::ExpectName(std::string_view name) {
+  constexpr size_t kWidest = 36;  // wider names stand out, instead of widening all lines
+  const size_t width = ColumnsOf(Printable(name));
+  if (width <= kWidest) name_width_ = std::max(name_width_, width);
+}
 
 std::unique_ptr<Output> MakeTextOutput() {
   return std::make_unique<TextOutput>();

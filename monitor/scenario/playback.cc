@@ -103,7 +103,10 @@ class Playback {
                       [this](DeviceObserver observer) { return MakePhone(std::move(observer)); }}),
         client_(session_.events()) {
     if (!options.record.empty()) recorder_.emplace(options.record, options.existing, "simulated");
-    for (const TemperatureReport& report : plan_.equipment.temperatures) client_.Learn(report);
+    for (const TemperatureReport& report : plan_.equipment.temperatures) {
+      client_.Learn(report);
+      output.ExpectName(report.type + ":" + report.name);
+    }
   }
   // Restarts a dead health service, as DeviceScript does: the client's teardown would wait for it.
   ~Playback() {

@@ -8,10 +8,12 @@ usage: inventory_test.py QUORVEL QUORVEL_PHONE
 """
 
 import functools
+import os
 import re
+import signal
 import unittest
 
-from kit import BARE, FLAT, MACHINE, Case, Started, on_machine, on_terminal, run
+from kit import BARE, FLAT, MACHINE, OTHER, Case, Started, on_machine, on_terminal, run
 
 
 class InventoryTest(Case):
@@ -55,10 +57,20 @@ class InventoryTest(Case):
             0, *(f"ok {service}: running, look-up allowed"
                  for service in ("health", "sensor", "thermal")),
             "ok health: link made", "ok sensor: first value of hinge_angle", " 0 failed",
+            "ok sensor: callback registered: hinge_angle ok sensor: link made",
             "warning health: notice: keyboard: ignored as an accessory",
+            "ok health: notice: battery level: BAT0 (50 %) and BAT1 (50 %) together, by energy",
+            "warning device: thermal_zone0: temperature, UNKNOWN:acpitz, cannot be read; next: ",
             "warning thermal: notice: thermal_zone0/temp", "warning sensor: proximity: the device has "
             "no such sensor", "ok device: hidpp_battery_0: battery, ignored: feeds a peripheral")},
-            run=functools.partial(on_machine, MACHINE), env={"COLUMNS": "500"})
+            run=functools.partial(on_machine, MACHINE))
+        self.says({"doctor": (0, "hinge_angle: the device has no such sensor, so no callback is ",
+                              "warning thermal: callback registered, first value: not checked: ",
+                              "warning health: notice: this machine has no battery; next: ")},
+                  run=functools.partial(on_machine, ()))
+        # A silent service does not use up the time of the others.
+        self.says({"doctor": (1, "failed health: first value", "ok thermal: first value", " 2 failed")},
+                  program=OTHER, env={"QUORVEL_PHONE": "refused-battery"})
         self.says({"doctor": (
             0, "ok thermal (HIDL): death notification possible",
             "ok thermal (HIDL): first value of ",
@@ -72,25 +84,48 @@ class InventoryTest(Case):
             "status": (0, "services: health down, sensor down, thermal down",
                        "battery_level unknown")}, **BARE)
 
+    def test_what_is_cut_off_was_interrupted(self):
+        def interrupted():
+            signal.pthread_sigmask(signal.SIG_BLOCK, [signal.SIGINT])
+            os.kill(os.getpid(), signal.SIGINT)
+        reader, writer = os.pipe()
+        os.close(reader)
+        for command in ("doctor", "list", "status", "get sensors"):
+            with self.subTest(command):
+                self.assertEqual(run(*command.split(), stdout=writer), (130, None, ""))
+                code, out, err = run(*command.split(), preexec_fn=interrupted)
+                self.assertEqual((code, err), (130, ""))
+                self.assertNotIn("failed", out)
+        os.close(writer)
+
     def test_text_fits_its_terminal_and_has_colours_there_only(self):
-        watch = "watch thermal skin:skin bcl_current:AUDIO_current --for 300ms"
-        self.assertIn("\033[1mNONE", on_terminal(80, *watch.split())[1])
+        watch = "watch thermal skin:skin bcl_voltage:battery_voltage --for 300ms"
         for columns in (40, 80):
+            for command, wanted in ((watch, "\033[1mNONE\033[0m"), (watch, "\033[33m** device: lin"),
+                                    ("doctor", "\033[32mok\033[0m "), ("get bcl", "\033[1mNONE")):
+                self.assertIn(wanted, on_terminal(columns, *command.split())[1])
             for command in ("status", "list", "doctor", watch):
                 code, out = on_terminal(columns, *command.split(), NO_COLOR="1")
                 self.assertEqual(code, 0)
                 self.assertNotIn("\033", out)
                 self.assertLessEqual(max(map(len, out.splitlines())), columns, out)
+            # No trailing blanks; no line that is only a time or begins within the change.
+            self.assertNotRegex(out, r"(?m) $|^[\d:.]+$|^ *->")
+            first = [line.index("unknown") for line in out.splitlines() if "unknown" in line]
+            self.assertEqual(len(set(first)), {40: 2, 80: 1}[columns], out)
             text = " ".join(out.split())
             self.assertIn("SKIN:skin unknown -> NONE", text)
             # One registration per client.
             self.assertIn("** 1 more time: linked: the library's callback", text)
+        for command in ("list", "doctor"):  # one line each in a pipe
+            self.assertNotRegex(self.output(run(command)), "(?m)^ ")
         code, out = on_terminal(80, "status", rows=12)
         self.assertEqual((code, len(out.splitlines())), (0, 11))
         self.assertIn(" more: quorvel list\n", out)
 
     def test_status_follows_in_place_on_a_terminal(self):
-        code, out = on_terminal(80, "status", "--follow", "--for", "4s")
+        # Also without room for all, it shows what is throttled.
+        code, out = on_terminal(80, "status", "--follow", "--for", "4s", rows=12)
         self.assertEqual(code, 0)
         first, *others = re.split("\033\\[\\d+A\033\\[J", out)
         self.assertGreater(len(others), 2)

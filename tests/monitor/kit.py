@@ -23,7 +23,7 @@ import unittest
 # The monitor, and a second program or file that the test needs.
 QUORVEL, OTHER = (os.path.abspath(sys.argv.pop(1)) for _ in range(2))
 # The phone's monitor on three kinds of phones: complete, without services, and old.
-PHONE, BARE, FLAT = ({"program": OTHER, "env": {"QUORVEL_PHONE": kind, "COLUMNS": "500"}}
+PHONE, BARE, FLAT = ({"program": OTHER, "env": {"QUORVEL_PHONE": kind}}
                      for kind in ("", "bare", "flat"))
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 LIMIT = 60  # seconds; only a broken monitor reaches it

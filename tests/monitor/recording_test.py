@@ -295,7 +295,8 @@ class RecordingTest(Case):
                      ("demo", "--record", path)):
             self.failure(run(*args), "exists already")
             self.assertEqual(pathlib.Path(path).read_text(encoding="ascii"), "all my work")
-        self.output(run("record", path, "--force", "--for", "100ms"))
+        out = self.output(run("record", path, "--force", "--for", "100ms"))
+        self.assertRegex(out, r"more times: .*\n(.*\n)*Recorded \d+ events in .*\n\Z")
         self.events(path)
         # What is read is not overwritten, whatever its name. Names are printed without their bytes.
         os.link(path, self.path("link.svg"))
