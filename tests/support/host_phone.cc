@@ -154,7 +154,15 @@ std::unique_ptr<Phone> MakePhone() {
   __android_log_set_minimum_priority(ANDROID_LOG_FATAL);
   const char* const environment = std::getenv("QUORVEL_PHONE");
   const std::string how = environment != nullptr ? environment : "";
-  return how != "bare" ? std::make_unique<Phone>(how) : nullptr;
+  if (how == "bare") return nullptr;
+  // The phone's threads inherit the mask: only the program itself receives these signals.
+  sigset_t stops = {};
+  sigaddset(&stops, SIGINT);
+  sigaddset(&stops, SIGTERM);
+  pthread_sigmask(SIG_BLOCK, &stops, nullptr);
+  auto phone = std::make_unique<Phone>(how);
+  pthread_sigmask(SIG_UNBLOCK, &stops, nullptr);
+  return phone;
 }
 
 // NOLINTNEXTLINE(cert-err58-cpp): without services there is nothing to test
