@@ -164,7 +164,13 @@ std::span<const Option> AllOptions() {
        .set = [](Text, Options& options) { options.version = true; },
        .is_general = true},
   };
-  return kOptions;
+  // A phone's program has no command for some of them.
+  static const std::vector<Option> taken = [] {
+    std::vector<Option> options(std::begin(kOptions), std::end(kOptions));
+    std::erase_if(options, [](const Option& option) { return CommandNames(&option).empty(); });
+    return options;
+  }();
+  return taken;
 }
 
 const Command* CommandNamed(std::string_view name) {

@@ -40,6 +40,7 @@ struct Option {
 std::span<const Command> GeneralCommands();
 // The commands that need a simulated phone. Empty in a build for a phone.
 std::span<const Command> SimulationCommands();
+// Those that a command takes.
 std::span<const Option> AllOptions();
 
 // The rows of all commands in the order of the help.

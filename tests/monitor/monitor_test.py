@@ -52,7 +52,8 @@ ON_PHONE = {
     "help": (0, "watch NAME..."),
     "--version": (0, "quorvel "),
     **dict.fromkeys(("", "demo", "watch fans", "dump --for 2s", "dump --device linux", "-x dump"),
-                    (2, "quorvel: ", "(see quorvel --help)"))}
+                    (2, "quorvel: ", "(see quorvel --help)")),
+    "record a --step": (2, "unknown option '--step'")}
 # On a phone without a hinge, with a HIDL thermal service.
 ON_FLAT = {
     "get bcl": (3, "bcl_current NONE" + 19 * ", LIGHT" + " bcl_voltage none reported"),
