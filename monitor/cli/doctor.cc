@@ -100,8 +100,8 @@ bool CheckService(const ServiceState& state, Checks& checks) {
   const bool answers =
       checks.Check(service, "answers", state.answers, state.answers ? "" : state.error,
                    "look for 'avc: denied { call }' and for a crash of the service in the log");
-  checks.Check(service, "death notification possible", state.is_watched,
-               state.is_watched ? "" : state.error,
+  checks.Check(service, "death notification possible", state.is_alive != nullptr,
+               state.is_alive != nullptr ? "" : state.error,
                "run the client in another process than the service, while the service lives");
   return answers;
 }

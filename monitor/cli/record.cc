@@ -1,7 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The quorvel developers
 // SPDX-License-Identifier: Apache-2.0
 
+#include <algorithm>
+#include <chrono>
+#include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "cli/commands.h"
 #include "cli/device_script.h"
@@ -9,6 +14,7 @@
 #include "clients/client.h"
 #include "output/printable.h"
 #include "recording/recorder.h"
+#include "recording/survey.h"
 
 namespace norvik::qel::monitor {
 
@@ -18,27 +24,50 @@ int Record(const Options& options, Output& output) {
   Recorder recorder(path, options.existing, options.device->name);
   output.Explain("Recording into " + Printable(path) + (options.duration ? "." : "; Ctrl-C ends."));
   Client* learner = nullptr;
+  const auto note = [&](const Event& event) {
+    const auto* const told = std::get_if<DeviceEvent>(&event.what);
+    const auto* const report =
+        told != nullptr ? std::get_if<TemperatureReport>(&told->report) : nullptr;
+    if (learner != nullptr && report != nullptr) {
+      learner->Learn(*report);
+      output.ExpectName(KeyOf(*report));
+    }
+    return recorder.Note(event);
+  };
+  std::optional<Survey> survey;
+  if (!options.device->tells) survey.emplace(note);
   Session session(options, output, {.listener = [&](const Event& event) {
-                    const auto* const told = std::get_if<DeviceEvent>(&event.what);
-                    const auto* const report =
-                        told != nullptr ? std::get_if<TemperatureReport>(&told->report) : nullptr;
-                    if (learner != nullptr && report != nullptr) {
-                      learner->Learn(*report);
-                      output.ExpectName(KeyOf(*report));
-                    }
-                    return recorder.Note(event);
+                    if (survey) survey->Note(event);
+                    return note(event);
                   }});
   Client client(session.events());
   learner = &client;
   session.ShowPending();  // the device has already reported its temperatures
   bool refused = false;
-  for (const std::string_view family : kClientFamilies) {
-    recorder.NoteAct(ClientJoined{.subject = std::string(family)});
-    refused |= !client.Join(family);
+  std::vector<std::string> absent(kClientFamilies.begin(), kClientFamilies.end());
+  const auto look = [&] {
+    if (survey) survey->Look(client);
+    std::erase_if(absent, [&](const std::string& family) {
+      if (survey && !survey->families().contains(family)) return false;
+      recorder.NoteAct(ClientJoined{.subject = family});
+      // The other clients are recorded.
+      if (!client.Join(family) && !std::exchange(refused, true)) Complain(kRefusal);
+      return true;
+    });
+  };
+  look();
+  if (!absent.empty()) {
+    output.Explain("No service answers for " + Enumerated(absent, "and") +
+                   " yet: recorded once one does; quorvel doctor tells more.");
   }
-  // The other clients are recorded.
-  if (refused) Complain(kRefusal);
-  DeviceScript(session.device()).Run(session, EndOf(options));
+  DeviceScript script(session.device());
+  const auto end = EndOf(options);
+  do {
+    const auto next = Session::Clock::now() + std::chrono::seconds(1);
+    script.Run(session, survey ? std::min(end, next) : end);
+    session.ShowPending();
+    look();
+  } while (!session.stopped() && Session::Clock::now() < end && recorder.failure().empty());
   const int event_count = recorder.event_count();
   // The time of this line is the recording's length.
   recorder.NoteAct(Narration{.text = "The recording ends."});

@@ -37,6 +37,7 @@ struct BatteryReport {
   std::optional<int> cycle_count;
   bool wireless_online = false;
   bool dock_online = false;
+  bool operator==(const BatteryReport&) const = default;
 };
 
 enum class Sensor { kProximity, kHingeAngle };

@@ -8,6 +8,7 @@
 #pragma once
 
 #include <algorithm>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -23,10 +24,11 @@ struct ServiceState {
   std::string_view service;  // kHealthService and the like
   std::string instance;      // "android.hardware.health.IHealth/default"
   std::optional<bool> is_declared = {};
-  bool is_found = false;    // the look-up returns it: it runs, and this process may use it
-  bool answers = false;     // it answers an empty call
-  bool is_watched = false;  // a death notification can be requested
-  std::string error = {};   // of the call or the request that failed
+  bool is_found = false;   // the look-up returns it: it runs, and this process may use it
+  bool answers = false;    // it answers an empty call
+  std::string error = {};  // of the call or the request that failed
+  // Whether this service itself still runs. Null if a death notification cannot be requested.
+  std::function<bool()> is_alive = {};
 };
 
 // Looks up all services without waiting for one: health, sensor, thermal, thermal (HIDL).

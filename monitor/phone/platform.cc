@@ -13,6 +13,7 @@
 #include <android/sensor.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <memory>
 
@@ -40,12 +41,15 @@ std::string ErrorOf(const ndk::ScopedAStatus& status) {
   return status.getDescription();
 }
 
-// Whether linkToDeath() works. The recipient is deleted at once, which removes the link.
-bool CanBeWatched(AIBinder* service, std::string* error) {
-  const ndk::ScopedAIBinder_DeathRecipient recipient(AIBinder_DeathRecipient_new([](void*) {}));
-  const binder_status_t status = AIBinder_linkToDeath(service, recipient.get(), nullptr);
-  if (status != STATUS_OK) *error = ErrorOf(ndk::ScopedAStatus::fromStatus(status));
-  return status == STATUS_OK;
+// Requests a death notification, without which AIBinder_isAlive() does not learn of a death. The
+// deletion of the recipient removes the link.
+std::function<bool()> Watch(const ndk::SpAIBinder& service, std::string* error) {
+  const auto recipient = std::make_shared<ndk::ScopedAIBinder_DeathRecipient>(
+      AIBinder_DeathRecipient_new([](void*) {}));
+  const binder_status_t status = AIBinder_linkToDeath(service.get(), recipient->get(), nullptr);
+  if (status == STATUS_OK) return [service, recipient] { return AIBinder_isAlive(service.get()); };
+  *error = ErrorOf(ndk::ScopedAStatus::fromStatus(status));
+  return nullptr;
 }
 
 ServiceState LookUp(std::string_view service, const char* descriptor) {
@@ -59,13 +63,16 @@ ServiceState LookUp(std::string_view service, const char* descriptor) {
   const binder_status_t ping = AIBinder_ping(binder.get());
   state.answers = ping == STATUS_OK;
   if (!state.answers) state.error = ErrorOf(ndk::ScopedAStatus::fromStatus(ping));
-  state.is_watched = CanBeWatched(binder.get(), &state.error);
+  state.is_alive = Watch(binder, &state.error);
   return state;
 }
 
-struct NoRecipient : android::hardware::hidl_death_recipient {
+struct Recipient : android::hardware::hidl_death_recipient {
   void serviceDied(uint64_t /*cookie*/,
-                   const android::wp<android::hidl::base::V1_0::IBase>& /*who*/) override {}
+                   const android::wp<android::hidl::base::V1_0::IBase>& /*who*/) override {
+    has_died = true;
+  }
+  std::atomic<bool> has_died = false;
 };
 
 sp<HidlThermal> FindHidlThermal() {
@@ -81,11 +88,14 @@ ServiceState LookUpHidlThermal() {
   const Return<void> ping = service->ping();
   state.answers = ping.isOk();
   if (!state.answers) state.error = ping.description();
-  const sp<NoRecipient> recipient = sp<NoRecipient>::make();
+  const sp<Recipient> recipient = sp<Recipient>::make();
   const Return<bool> link = service->linkToDeath(recipient, /*cookie=*/0);
-  state.is_watched = link.isOk() && static_cast<bool>(link);
   if (!link.isOk()) state.error = link.description();
-  if (state.is_watched) static_cast<void>(service->unlinkToDeath(recipient).isOk());
+  if (!link.isOk() || !static_cast<bool>(link)) return state;
+  const std::shared_ptr<HidlThermal> linked(service.get(), [service, recipient](HidlThermal*) {
+    static_cast<void>(service->unlinkToDeath(recipient).isOk());
+  });
+  state.is_alive = [linked, recipient] { return !recipient->has_died; };
   return state;
 }
 

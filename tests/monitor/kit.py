@@ -49,10 +49,13 @@ class Started(subprocess.Popen):
         self.guard.cancel()
         return self.returncode, out, err
 
-    def until(self, text):
-        """Reads up to a line with this text."""
-        if not any(re.search(text, line) for line in iter(self.stdout.readline, "")):
-            raise AssertionError(f"no line '{text}' of {self.args}")
+    def until(self, *texts):
+        """Reads until each of these texts was in a line."""
+        missing = set(texts)
+        while missing and (line := self.stdout.readline()):
+            missing = {text for text in missing if not re.search(text, line)}
+        if missing:
+            raise AssertionError(f"no lines {missing} of {self.args}")
 
 
 def run(*args, written=None, **kwargs):

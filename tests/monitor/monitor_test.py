@@ -10,6 +10,7 @@ QUORVEL_PHONE is the phone's monitor. The environment variable QUORVEL_PHONE sel
 """
 
 import collections
+import csv
 import functools
 import json
 import re
@@ -221,16 +222,37 @@ class MonitorTest(Case):
                    "get temperatures attic --json": (3, '"event":"notice"', f'"{types}:2: '),
                    "watch thermal CPU:attic": (3, f"** device: {types}:2: ")}, run=told)
 
-    def test_a_phone_is_watched_and_recorded_and_says_nothing_of_itself(self):
+    def test_a_phone_is_watched_and_says_nothing_of_itself(self):
         for command, line in HEARD_ON_PHONE.items():
             process = Started(*command.split(), **PHONE)
             process.until(line)
             process.stdout.close()
             self.assertEqual(process.finish()[0], 0)
-        path = self.folder / "a.jsonl"
-        self.assertIn("Recorded", self.output(run("record", str(path), "--for", "500ms", **PHONE)))
-        self.assertIn('"join":"thermal"', path.read_text())
         self.assertNotIn("**", self.output(run("watch", "battery", "--for", "1ms", **PHONE)))
+
+    def test_a_phone_is_recorded_by_what_its_clients_hear(self):
+        path = self.folder / "a.jsonl"
+        # The thermal service may start after the recording. 0 is no signal.
+        process = Started("record", path, **{**PHONE, "env": {"QUORVEL_PHONE": "late-thermal"}})
+        for number, *lines in (
+                (0, "->  61 %", "->  5 cm", "->  120 degrees", "SKIN:skin +unknown +->  LIGHT"),
+                (signal.SIGUSR2, "->  62 %", "LIGHT  ->  NONE"), (signal.SIGUSR1, "->  61 %"),
+                (signal.SIGTERM, "Recorded ")):
+            process.send_signal(number)
+            process.until(*lines)
+        self.output(process.finish())
+        for part in ('"battery":{"level":62}', '"name":"skin","severity":"NONE"',
+                     '"died":"health"', '"died":"thermal"'):
+            self.assertIn(part, path.read_text())
+        table = self.output(run("export", path, "--to", "csv", **PHONE)).splitlines()
+        self.assertLessEqual({
+            "battery level, %": "61", "dock charger": "1", "proximity, cm": "5",
+            "hinge angle, degrees": "120", "SKIN:skin temperature, degrees C": "38.5",
+            "health service": "1"}.items(), list(csv.DictReader(table))[-1].items())
+        self.output(run("play", path, "--speed", "10"))
+        self.assertIn("No service answers for battery, sensors and thermal yet", self.output(
+            run("record", path, "--force", "--for", "1ms", **BARE)))
+        self.output(run("play", path))
 
     def test_a_signal_ends_watch_and_demo_cleanly(self):
         for command in (["watch", "battery"], ["demo"]):
