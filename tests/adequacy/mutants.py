@@ -34,7 +34,7 @@ TESTS = ["tests/library/all", "tests/random/all"]
 # For each folder of src/, substrings of the names of its tests.
 WORDS = {"battery": ["Battery", "c_api"], "sensor": ["Sensor", "c_api"],
          "thermal": ["Thermal", "c_api"], "thermal_hidl_wrapper": ["Thermal"],
-         "common": ["RepeatedThread", "LiveObjects", "Dump", "ShortRecovery"]}
+         "common": ["RepeatedThread", "LiveObjects", "Dump", "ShortRecovery", "ThermalLifetime"]}
 
 # Replacements of operators and words. The sources have spaces around operators, which distinguishes
 # them from template brackets.
