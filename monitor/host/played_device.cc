@@ -58,10 +58,9 @@ auto Find(std::vector<Temperature>& temperatures, TemperatureType type, const st
 // The operations in their order.
 template <typename Operation>
 std::vector<std::string_view> Names(std::string_view (*name)(Operation)) {
-  std::vector<std::string_view> names;
-  for (int i = 0; i < static_cast<int>(Operation::kCount); ++i) {
-    names.push_back(name(static_cast<Operation>(i)));
-  }
+  std::vector<std::string_view> names(static_cast<size_t>(Operation::kCount));
+  std::generate(names.begin(), names.end(),
+                [&, i = 0]() mutable { return name(static_cast<Operation>(i++)); });
   return names;
 }
 

@@ -3,6 +3,7 @@
 
 #include "recording/recording_events.h"
 
+#include <algorithm>
 #include <array>
 #include <optional>
 #include <utility>
@@ -83,8 +84,9 @@ bool IsRegistration(const DeviceEvent& event) {
 
 template <typename Properties>
 std::vector<std::string_view> KeysOf(const Properties& properties) {
-  std::vector<std::string_view> keys;
-  for (const Property* property : properties) keys.push_back(property->key);
+  std::vector<std::string_view> keys(properties.size());
+  std::transform(properties.begin(), properties.end(), keys.begin(),
+                 [](const Property* property) { return property->key; });
   return keys;
 }
 
