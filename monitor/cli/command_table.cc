@@ -53,17 +53,18 @@ std::span<const Command> GeneralCommands() {
        .run = List},
       {.name = "status",
        .summary = "print the present state on one screen",
-       .text = "--for ends --follow and needs it.",
+       .text = "--for ends --follow, and is refused without it.",
        .options = "device follow for",
        .run = Status},
       {.name = "watch",
        .operands = "NAME...",
        .summary = "print values as they change",
-       .text = "NAME is one that quorvel list prints, such as battery_level or SKIN:skin; battery, "
-               "sensors or thermal name all of their values. Of a temperature, watch prints the "
-               "throttling severity. While a service is not up, watch waits for it, as the library "
-               "does. A temperature that the service then does not report is named in the debug "
-               "log only.",
+       .text =
+           "NAME is one that quorvel list prints, such as battery_level or SKIN:skin; battery, "
+           "sensors or thermal name all of their values. Of a temperature, watch prints the "
+           "throttling severity. While a service is not up, watch waits for it, as the library "
+           "does; only thermal needs the service, which lists the names. A temperature that the "
+           "service then does not report is named in the debug log only.",
        .options = "device for",
        .run = Watch},
       {.name = "get",

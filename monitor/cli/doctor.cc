@@ -206,7 +206,7 @@ class LibraryChecks {
       checks_.Add(service, "types", Result::kWarning,
                   Counted(static_cast<int>(unknown), "temperature") +
                       " of a type that the library does not know",
-                  "ask for them by name, as quorvel get does");
+                  "ask for them by name, as quorvel get does; quorvel list names them");
     }
   }
 

@@ -102,7 +102,7 @@ std::string Types() {
   for (const std::string_view& type : kThermalTypes) {
     text.append(" ").append(type) += &type == &kThermalTypes.back() ? '.' : ',';
   }
-  return text + " UNKNOWN stands for any other.";
+  return text + " UNKNOWN is what a service reports for any other.";
 }
 
 std::string NameOf(const Option& option) {

@@ -4,7 +4,6 @@
 #include "cli/names.h"
 
 #include <algorithm>
-#include <span>
 
 #include "cli/command_table.h"
 #include "clients/subjects.h"
@@ -49,7 +48,7 @@ std::string ReasonAgainst(const Command& command, const std::string& operand) {
     std::string types;
     for (const std::string_view known : kThermalTypes) types.append(known).append(", ");
     return "'" + type + "' is no type that can be watched, use " + types + "or " +
-           std::string(kUnknownThermalType);
+           std::string(kUnknownThermalType) + "; or quorvel get " + operand;
   }
   if (CanName(command, operand)) return "unknown '" + operand + "', use " + KnownNames(command);
   return "'" + operand + "' cannot be watched, use quorvel get " + operand;
@@ -77,16 +76,26 @@ std::string KnownNames(const Command& command) {
   return Enumerated(names, "or");
 }
 
+std::span<const std::string> NamesIn(const Options& options) {
+  const std::span<const std::string> operands = options.operands;
+  if (operands.size() < 2 || !IsThermalWord(operands.front())) return operands;
+  const auto rest = operands.subspan(1);
+  const bool are_temperatures = std::all_of(rest.begin(), rest.end(), [&](const auto& operand) {
+    return options.command->name == "get" ? KeysOf(operand).empty()
+                                          : SplitTemperatureKey(operand).has_value();
+  });
+  return are_temperatures ? rest : operands;
+}
+
 std::vector<std::string> KeysIn(const Options& options) {
   const Command& command = *options.command;
-  std::span<const std::string> operands = options.operands;
-  const bool is_thermal = operands.size() > 1 && IsThermalWord(operands.front());
-  if (is_thermal) operands = operands.subspan(1);
+  const std::span<const std::string> names = NamesIn(options);
+  const bool are_temperatures = names.size() < options.operands.size();
   std::vector<std::string> all;
-  for (const std::string& operand : operands) {
-    std::vector<std::string> keys = is_thermal ? std::vector<std::string>() : KeysOf(operand);
+  for (const std::string& operand : names) {
+    std::vector<std::string> keys = KeysOf(operand);
     if (SplitTemperatureKey(operand)) keys = {operand};
-    if (keys.empty() && is_thermal && command.name == "get") keys = {":" + operand};
+    if (keys.empty() && are_temperatures) keys = {":" + operand};
     if (keys.empty() || !CanName(command, operand)) {
       throw UsageError(std::string(command.name) + ": " + ReasonAgainst(command, operand));
     }

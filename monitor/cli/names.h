@@ -5,6 +5,7 @@
 #pragma once
 
 #include <set>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,14 +18,16 @@ namespace norvik::qel::monitor {
 // The words that stand for several names.
 inline constexpr std::string_view kNameWords[] = {"battery", "sensors", "thermal", "temperatures",
                                                   "bcl"};
-// Whether the word stands for all temperatures. As the first of several operands it says that the
-// others are temperatures; `get` then takes them without their types, too.
+// Whether the word stands for all temperatures.
 bool IsThermalWord(std::string_view word);
 // Whether the command takes the word or name: `watch` takes none without callbacks.
 bool CanName(const Command& command, std::string_view name);
 // All that the command takes, for error messages.
 std::string KnownNames(const Command& command);
 
+// The operands. Without the first one if that only says that all others are temperatures: "get
+// temperatures skin", where they need no types, "watch thermal SKIN:skin".
+std::span<const std::string> NamesIn(const Options& options);
 // The keys that the operands name. Those of temperatures are not looked up: kThermalFamily stands
 // for all, ":skin" for one without a type, and a type may be in lower case. Throws UsageError.
 std::vector<std::string> KeysIn(const Options& options);

@@ -51,7 +51,10 @@ int Record(const Options& options, Output& output) {
       if (survey && !survey->families().contains(family)) return false;
       recorder.NoteAct(ClientJoined{.subject = family});
       // The other clients are recorded.
-      if (!client.Join(family) && !std::exchange(refused, true)) Complain(kRefusal);
+      if (!client.Join(family)) {
+        refused = true;
+        Complain(std::string(kRefusal) + " for " + family);
+      }
       return true;
     });
   };

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <algorithm>
+#include <iterator>
 
 #include "cli/commands.h"
 #include "cli/device_script.h"
@@ -30,27 +31,26 @@ void ExplainSilence(const std::set<std::string_view>& families, Output& output) 
 int Watch(const Options& options, Output& output) {
   std::vector<std::string> keys = KeysIn(options);
   const std::set<std::string_view> families = FamiliesOf(keys);
-  std::span<const std::string> shown = options.operands;
-  if (shown.size() > 1 && IsThermalWord(shown.front())) shown = shown.subspan(1);
-  output.Explain("Watching " + Enumerated(shown, "and") +
+  output.Explain("Watching " + Enumerated(NamesIn(options), "and") +
                  (options.duration ? "." : "; Ctrl-C ends."));
   if (options.device->tells) output.Explain(kLegend);
   Session session(options, output, {.families = families});
   NoteIgnoredBatteries(session);
   Client client(session.events());
-  std::vector<TemperatureReport> reports;
+  std::vector<TemperatureReport> reports, watchable;
   if (families.contains(kThermalFamily)) {
     const auto reported = PlatformTemperatures();
     const bool can_wait = !ThermalServiceOf(LookUpServices()).is_found &&
                           std::count(keys.begin(), keys.end(), kThermalFamily) == 0;
     if (!reported && !can_wait) return session.Fail(FailureOf(kThermalService));
     if (reported) reports = *reported;
-    std::erase_if(reports, [&](const auto& it) { return !CanName(*options.command, KeyOf(it)); });
+    std::copy_if(reports.begin(), reports.end(), std::back_inserter(watchable),
+                 [&](const auto& it) { return CanName(*options.command, KeyOf(it)); });
   }
   ExplainSilence(families, output);
   std::string absent;
   bool all_are_absent = true;
-  keys = LookedUp(keys, reports);
+  keys = LookedUp(keys, watchable);
   for (const std::string& key : keys) output.ExpectName(key);
   for (const std::string& key : keys) {
     if (key == kThermalFamily || !client.Join(key)) {

@@ -209,7 +209,7 @@ Inventory InventoryReader::Read() {
   }
   const auto limits = temperatures ? client_.ReadLimits() : std::nullopt;
   for (size_t i = 0; i < kChargeLimitProperties.size(); ++i) {
-    Item& item = items.emplace_back(ToItem(kThermalService, *kChargeLimitProperties[i]));
+    Item& item = items.emplace_back(ToItem(thermal.service, *kChargeLimitProperties[i]));
     if (thermal.is_found)
       SetValue(limits ? std::optional<Value>((*limits)[i]) : std::nullopt, item);
   }

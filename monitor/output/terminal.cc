@@ -63,9 +63,10 @@ Terminal StandardOutput() {
     terminal.columns = size.ws_col;
   }
   const std::string_view columns = Variable("COLUMNS");
-  std::from_chars(columns.data(), columns.data() + columns.size(), terminal.columns);
-  terminal.columns = std::max(terminal.columns, kNarrowest);
-  if (terminal.is_terminal || !columns.empty()) terminal.limit = terminal.columns;
+  size_t asked = 0;  // stays 0 if COLUMNS is no number
+  std::from_chars(columns.data(), columns.data() + columns.size(), asked);
+  terminal.columns = std::max(asked > 0 ? asked : terminal.columns, kNarrowest);
+  if (terminal.is_terminal || asked > 0) terminal.limit = terminal.columns;
   return terminal;
 }
 

@@ -161,6 +161,7 @@ double RecordingFields::ToNumber(const Json::Value& field, double lowest, double
 std::optional<float> RecordingFields::ToFloat(const Json::Value& field) const {
   constexpr double kHighest = std::numeric_limits<float>::max();
   if (field.isNull()) return std::nullopt;
+  if (!field.isNumeric()) Complain(field, "a number");
   return static_cast<float>(ToNumber(field, -kHighest, kHighest));
 }
 
@@ -171,7 +172,7 @@ Severity RecordingFields::ToSeverity(const Json::Value& field) const {
   }
   std::string names;
   for (int i = 0; NameOf(Severity{i}); ++i) names += std::string(*NameOf(Severity{i})) + ", ";
-  Complain(field, "one of " + names + "or a whole number");
+  Complain(field, "one of " + names + "or a whole number of 32 bits");
 }
 
 std::string RecordingFields::Name() const {
